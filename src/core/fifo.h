@@ -1,0 +1,89 @@
+// A thread-safe queue, first in, first out.
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <optional>
+
+#include "core/waiting.h"
+
+namespace zvr {
+
+/// Any thread may use any member. A capacity of 0 means no limit.
+template <class Item>
+class Fifo {
+public:
+    explicit Fifo(std::size_t capacity = 0) : capacity_(capacity) {}
+
+    /// Adds an item if there is room; tells whether there was.
+    bool tryPut(Item item) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (capacity_ != 0 && items_.size() >= capacity_) return false;
+            items_.push_back(std::move(item));
+        }
+        arrived_.notify_one();
+        return true;
+    }
+
+    /// Waits for room at most until `deadline`.
+    bool put(Item item, Deadline deadline, const Attend& attend = {}) {
+        const bool room = waitAttended(deadline, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            if (!waitOn(left_, lock, until, [&] { return capacity_ == 0 || items_.size() < capacity_; })) return false;
+            items_.push_back(std::move(item));
+            return true;
+        });
+        if (room) arrived_.notify_one();
+        return room;
+    }
+
+    std::optional<Item> tryGet() {
+        const std::lock_guard lock(mutex_);
+        return pop();
+    }
+
+    /// Waits for an item at most until `deadline`.
+    std::optional<Item> get(Deadline deadline, const Attend& attend = {}) {
+        std::optional<Item> item;
+        waitAttended(deadline, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            waitOn(arrived_, lock, until, [&] { return !items_.empty(); });
+            item = pop();
+            return item.has_value();
+        });
+        return item;
+    }
+
+    /// Waits until at least `count` items are there, at most until `deadline`; tells how many there are then.
+    std::size_t waitForSize(std::size_t count, Deadline deadline, const Attend& attend = {}) {
+        waitAttended(deadline, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            return waitOn(arrived_, lock, until, [&] { return items_.size() >= count; });
+        });
+        return size();
+    }
+
+    std::size_t size() const {
+        const std::lock_guard lock(mutex_);
+        return items_.size();
+    }
+
+    std::size_t capacity() const { return capacity_; }
+
+private:
+    std::optional<Item> pop() {
+        if (items_.empty()) return std::nullopt;
+        std::optional<Item> item(std::move(items_.front()));
+        items_.pop_front();
+        if (capacity_ != 0) left_.notify_one();
+        return item;
+    }
+
+    const std::size_t capacity_;
+    mutable std::mutex mutex_;
+    std::condition_variable arrived_, left_;
+    std::deque<Item> items_;
+};
+
+}  // namespace zvr

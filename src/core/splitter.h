@@ -1,0 +1,61 @@
+// Cuts a byte stream back into frames.
+//
+// A trailer alone does not end a frame, since data may hold 13 10; a start byte alone does not begin one, since data
+// may hold 2. A frame is where a start byte, its length field and a trailer agree. The frame whose trailer comes first
+// in the stream is taken, with the earliest start byte that fits this trailer, and everything up to the trailer's end
+// is consumed with it.
+//
+// Trying the start bytes for every trailer would cost quadratic work on hostile bytes. But a start byte predicts the
+// one place where its trailer would have to stand. So each start byte is looked at once: the place holds a trailer,
+// or it does not, or it has not arrived yet and is remembered in a bitmap until it has.
+//
+// Not thread-safe: a splitter belongs to the receive thread of its client.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "core/frame.h"
+
+namespace zvr {
+
+class Splitter {
+public:
+    /// Adds received bytes behind what is not consumed yet.
+    void append(ByteView bytes);
+
+    /// Consumes the complete frames and returns them in stream order.
+    std::vector<Packet> split();
+
+    /// Everything received and not yet consumed.
+    ByteView stream() const { return ByteView(buffer_).subspan(front_); }
+    void setStream(ByteView bytes);
+
+    /// Offset in the stream at which the next search for a trailer starts: behind the last one that ended no frame.
+    std::size_t lastIndex() const;
+    void setLastIndex(std::size_t index);
+
+private:
+    static constexpr std::size_t ringBits = 1 << 16;  // more than a start byte can predict ahead
+
+    std::size_t firstTrailer();
+    std::size_t firstPendingTrailer();
+    std::size_t startOf(std::size_t trailer) const;
+    Packet packetAt(std::size_t start, std::size_t trailer) const;
+    void restart(std::size_t lastIndex);
+    void dropDeadPrefix();
+    void setPending(std::size_t place);
+    void clearPending(std::size_t from, std::size_t end);
+
+    Bytes buffer_;
+    std::size_t front_ = 0;      // the stream begins here in buffer_; all places below are offsets in the stream
+    std::size_t lastIndex_ = 0;  // trailers before it have proved to end no frame
+    std::size_t searched_ = 0;   // and so have all before this one
+    std::size_t scanned_ = 0;    // start bytes before it have made their prediction
+
+    std::array<std::uint64_t, ringBits / 64> pending_{};  // predicted places that have not arrived, modulo ringBits
+    std::size_t pendingEnd_ = 0;                          // all of them lie between searched_ and here
+};
+
+}  // namespace zvr

@@ -1,0 +1,52 @@
+// How a thread of the engine waits: on a condition, until a time, with a look at the caller every few milliseconds.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <limits>
+#include <mutex>
+
+namespace zvr {
+
+using Clock = std::chrono::steady_clock;
+using Deadline = Clock::time_point;
+
+inline constexpr Deadline forever = Deadline::max();
+
+/// The time `seconds` from now; `forever` where the clock cannot tell it any more.
+inline Deadline deadlineIn(double seconds) {
+    constexpr double limit = 1e9;
+    if (seconds > limit) return forever;
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+/// Called now and then while a thread waits, on that thread and with no lock of the engine held. It may throw, which
+/// ends the wait. An empty one is never called.
+using Attend = std::function<void()>;
+
+/// Longest time between two calls of an Attend.
+inline constexpr std::chrono::milliseconds attendEvery{25};
+
+/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `attend`.
+template <class Wait>
+bool waitAttended(Deadline deadline, const Attend& attend, Wait&& wait) {
+    for (;;) {
+        const Deadline piece = attend ? std::min(deadline, Clock::now() + attendEvery) : deadline;
+        if (wait(piece)) return true;
+        if (Clock::now() >= deadline) return false;
+        if (attend) attend();
+    }
+}
+
+/// Waits on a condition variable; tells whether the predicate came true.
+template <class Predicate>
+bool waitOn(std::condition_variable& condition, std::unique_lock<std::mutex>& lock, Deadline until, Predicate done) {
+    if (until == forever) {
+        condition.wait(lock, done);
+        return true;
+    }
+    return condition.wait_until(lock, until, done);
+}
+
+}  // namespace zvr

@@ -1,0 +1,64 @@
+// The receive thread of one connection.
+//
+// Who runs what: the thread runs Receiver::run from the construction of a device to its close. It reads from the
+// source, cuts frames and files them through the sink; nothing else touches the source's splitter. The user's side
+// only turns the gate, replaces the source and ends the thread. Nobody joins the thread: it holds all it needs.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "core/gate.h"
+#include "transport/client.h"
+
+namespace zvr {
+
+class Receiver : public std::enable_shared_from_this<Receiver> {
+public:
+    /// Files one packet; what it throws ends the thread.
+    using Sink = std::function<void(const Packet&)>;
+    /// Told of the failure that ends a thread, on that thread.
+    using Report = std::function<void(const std::string& threadName, std::exception_ptr)>;
+
+    Receiver(std::string name, std::size_t readLength, Sink sink, Report report);
+
+    /// Starts the thread. It waits at the gate until that is opened.
+    void start();
+
+    /// The body of the thread; also runs on the caller's thread, until `end`.
+    void run();
+
+    /// Ends the thread soon: a read that waits for nobody ends when its client lets go of its link.
+    void end();
+
+    bool alive() const { return running_ > 0; }
+    const std::string& name() const { return name_; }
+    /// Waits for the thread's end; tells whether it came.
+    bool awaitEnd(Deadline deadline, const Attend& attend = {}) const;
+
+    void setSource(std::shared_ptr<PacketSource> source);
+
+    Gate gate;
+
+private:
+    Reading cycle(std::vector<Packet>& packets);
+
+    const std::string name_;
+    const std::size_t readLength_;
+    const Sink sink_;
+    const Report report_;
+    std::atomic<bool> killed_{false};
+    std::atomic<int> running_{0};
+    mutable std::mutex mutex_;
+    mutable std::condition_variable ended_;
+    std::shared_ptr<PacketSource> source_;
+};
+
+/// Waits until no thread that this library started runs any more, at most until `deadline`.
+void awaitAllThreads(Deadline deadline);
+
+/// Starts a thread of the library. It counts in awaitAllThreads until `body` has returned.
+void startThread(const std::string& name, std::function<void()> body);
+
+}  // namespace zvr
