@@ -4,6 +4,8 @@
 #include <pthread.h>
 #endif
 
+#include "core/immortal.h"
+
 namespace zvr {
 
 namespace {
@@ -19,7 +21,7 @@ struct ThreadCount {
 
 // Never destroyed: a thread may count itself out while the process ends.
 ThreadCount& threadCount() {
-    static auto& count = *std::make_unique<ThreadCount>().release();
+    static auto& count = *immortal(std::make_unique<ThreadCount>());
     return count;
 }
 

@@ -1,0 +1,33 @@
+// The extension module: each folder puts its part into the package, in the order of the layers.
+#include "devices/devices.h"
+#include "digital/digital.h"
+#include "models/models.h"
+#include "protocol/protocol.h"
+#include "protocol/runtime.h"
+#include "services/services.h"
+
+namespace {
+
+void prepare(pybind11::module_& module) {
+    using namespace zvr::python;
+    rememberMainThread();
+    prepareCoroutineType(module);
+    prepareOperationType(module);
+    pybind11::module_::import("atexit").attr("register")(pybind11::cpp_function([] {
+        endAllRuntimes();
+        leaveInterpreter();
+    }));
+}
+
+}  // namespace
+
+PYBIND11_MODULE(pyzvr, module) {
+    module.doc() = "Host-side driver library for data-acquisition, control and motion devices.";
+    prepare(module);
+    zvr::python::Package package(module);
+    zvr::python::defineProtocol(package);
+    zvr::python::defineDevices(package);
+    zvr::python::defineServices(package);
+    zvr::python::defineDigital(package);
+    zvr::python::defineModels(package);
+}

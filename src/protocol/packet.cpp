@@ -1,0 +1,247 @@
+// The request engine on the caller's side: frames out, replies from the pools, in both forms.
+#include "core/constants.h"
+#include "core/failures.h"
+#include "core/frame.h"
+#include "protocol/protocol.h"
+#include "protocol/runtime.h"
+#include "python/raising.h"
+
+namespace zvr::python {
+
+namespace {
+
+const Parameter command{"cmd", "int", "command code"};
+const Parameter data{"data_out", "Sequence[int]", "byte values of the request's data"};
+const Parameter seconds{"timeout", "float", "seconds"};
+const Returns reply{"bytes", "data of the reply", "the device"};
+const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
+
+[[noreturn]] void timedOut() { throw Failure(FailureId::ReceivePacketTimeoutError); }
+
+// Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
+EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
+
+std::shared_ptr<EchoPool> echoPool(py::handle self) {
+    return py::cast<std::shared_ptr<EchoPool>>(attribute(self, "data_pool_echo"));
+}
+
+// Sends and waits without a step in Python between the two, so that the interpreter lock is given away once.
+Object exchangeOnce(NetworkClient& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
+    const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
+    const Bytes frame = buildFrame(command, data);
+    const auto received = blocking([&](const Attend& attend) {
+        const Deadline deadline = deadlineIn(timeout);
+        if (!client.send(frame, deadline, attend)) return std::optional<Bytes>();
+        return pool.await(key, deadline, attend);
+    });
+    if (!received) timedOut();
+    return toBytes(*received);
+}
+
+bool stepsAreOurs(py::handle self, py::handle client) {
+    return py::isinstance<NetworkClient>(client) && hasOwnMethod(client, "sendPacket") &&
+           hasOwnMethod(self, "_preparePacket") && hasOwnMethod(self, "_getReplyFromPool");
+}
+
+Object echoPacket(py::handle self, const Object& command, const Object& data, const Object& timeout) {
+    const Object client = attribute(self, "client_cmd");
+    const int code = py::cast<int>(command);
+    const double limit = secondsOf(timeout);
+    if (limit > 0 && stepsAreOurs(self, client)) {
+        const auto link = py::cast<std::shared_ptr<NetworkClient>>(client);
+        return exchangeOnce(*link, *echoPool(self), code, bytesOf(data), limit);
+    }
+    const Object frame = callMethod(self, "_preparePacket", command, data);
+    callMethod(client, "sendPacket", frame);
+    return callMethod(self, "_getReplyFromPool", py::int_(keyOf(code, data)), timeout);
+}
+
+// Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
+Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, const Object& timeout) {
+    const double limit = secondsOf(timeout);
+    const py::float_ quickTry(QUICK_TRY);
+    double timer = 0.0;
+    for (int count = 0; count < NUM_RETRIES && timer < limit; ++count, timer += QUICK_TRY) {
+        try {
+            return callMethod(self, "_echoPacket", command, data, quickTry);
+        } catch (const py::error_already_set& error) {
+            if (!isFailure(error, FailureId::ReceivePacketTimeoutError)) throw;
+        }
+    }
+    if (timer >= limit) timedOut();
+    return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
+}
+
+Object getReplyFromPool(py::handle self, const Object& key, const Object& timeout) {
+    const double limit = secondsOf(timeout);
+    if (limit <= 0) timedOut();
+    const auto pool = echoPool(self);
+    const auto number = py::cast<EchoPool::Key>(key);
+    auto data = pool->take(number);
+    if (!data) {
+        data = blocking([&](const Attend& attend) { return pool->await(number, deadlineIn(limit), attend); });
+    }
+    if (!data) timedOut();
+    return toBytes(*data);
+}
+
+// Takes what is in a queue now, at most `count` items; -1 means all.
+Object takeStreaming(py::handle queue, const Object& count) {
+    const auto size = py::cast<Py_ssize_t>(callMethod(queue, "qsize"));
+    const auto wanted = py::cast<Py_ssize_t>(count);
+    py::list items;
+    const Py_ssize_t times = wanted > -1 && wanted < size ? wanted : size;
+    for (Py_ssize_t i = 0; i < times; ++i) items.append(callMethod(queue, "get_nowait"));
+    if (items.size() == 1 && PyList_Check(Object(items[0]).ptr()) != 0) return py::list(items[0]);
+    return items;
+}
+
+Object getStreamingFromPool(py::handle, const Object& queue, const Object& count, const Object& delay) {
+    const auto wanted = py::cast<Py_ssize_t>(count);
+    const auto missing = [&] { return py::cast<Py_ssize_t>(callMethod(queue, "qsize")) < wanted; };
+    if (wanted > -1 && missing()) {
+        const double limit = secondsOf(delay);
+        if (py::isinstance<StreamFifo>(queue)) {
+            const auto fifo = py::cast<std::shared_ptr<StreamFifo>>(queue);
+            blocking([&](const Attend& attend) {
+                return fifo->waitForSize(static_cast<std::size_t>(wanted), deadlineIn(limit), attend);
+            });
+        } else {
+            sleepBlocking(limit);
+        }
+    }
+    return takeStreaming(queue, count);
+}
+
+// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
+bool sendNow(py::handle self, const Object& frame) {
+    const Object client = attribute(self, "client_cmd");
+    if (!py::isinstance<NetworkClient>(client) || !hasOwnMethod(client, "sendPacket")) {
+        callMethod(client, "sendPacket", frame);
+        return true;
+    }
+    const auto link = py::cast<std::shared_ptr<NetworkClient>>(client);
+    const Bytes bytes = bytesOf(frame);
+    const WithoutGil released;
+    return link->send(bytes, Clock::now());
+}
+
+Result sendWithoutReplySteps(Op op, Object command, Object data) {
+    const Object frame = op.call("_preparePacket", command, data);
+    const Deadline deadline = deadlineIn(PACKET_TIMEOUT);
+    while (!sendNow(op.self(), frame)) {
+        if (Clock::now() >= deadline) throw AwaitTimedOut();
+        co_await op.sleep(ECHO_DELAY);
+    }
+    co_return py::none();
+}
+
+// A peer that takes no more bytes is one that does not answer in time.
+Result echoPacketSteps(Op op, Object command, Object data, Object timeout) {
+    const Object frame = op.call("_preparePacket", command, data);
+    const EchoPool::Key key = keyOf(py::cast<int>(command), data);
+    const Deadline deadline = deadlineIn(secondsOf(timeout));
+    while (!sendNow(op.self(), frame)) {
+        if (Clock::now() >= deadline) co_return py::none();
+        co_await op.sleep(ECHO_DELAY);
+    }
+    try {
+        co_return co_await within(deadline, op.call("_getReplyFromPool_async", py::int_(key)));
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(hostObject("asyncio", "TimeoutError"))) throw;
+    }
+    co_return py::none();
+}
+
+Result echoPacketWithRetrySteps(Op op, Object command, Object data, Object retries, Object timeout) {
+    const auto most = py::cast<int>(retries);
+    const py::int_ attempt(RETRY_TIMEOUT);
+    for (int count = 0; count < most; ++count) {
+        const Object value = co_await op.request("_echoPacket", command, data, attempt);
+        if (!value.is_none()) co_return value;
+    }
+    const double left = std::max(secondsOf(timeout) - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
+    co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
+}
+
+Result getReplySteps(Op op, Object key) {
+    const auto pool = echoPool(op.self());
+    const auto number = py::cast<EchoPool::Key>(key);
+    for (;;) {
+        if (const auto data = pool->take(number)) co_return toBytes(*data);
+        co_await ArrivalPending(runtimeOf(op.self()).wakers, pool, number);
+    }
+}
+
+Result broadcastSteps(Op op, Object command, Object data) {
+    const Object records = attribute(op.self(), "data_pool_bcst")[command];
+    callMethod(records, "clear");
+    const Object frame = op.call("_preparePacket", command, data);
+    const Object client = attribute(op.self(), "client_udp");
+    for (int i = 0; i < NUM_BCST_RETRIES; ++i) callMethod(client, "sendBcstPacket", frame);
+    co_await op.sleep(PACKET_TIMEOUT);
+    co_return records;
+}
+
+Definition broadcastDefinition() {
+    return {"_broadcastPacket",
+            {command, data},
+            "Sends a request to every device on the network and collects the replies for 5 seconds.",
+            {"RecordSet", "the replies without their first byte; the set stays live in the pool", "the devices"},
+            {},
+            steps(Calls<broadcastSteps>{})};
+}
+
+}  // namespace
+
+void definePacket(Package& package) {
+    const Parameter queue{"queue_", "Fifo", "queue of samples"};
+    const Parameter count{"num_samples", "int", "most items to take; -1 for all that are there"};
+    const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};
+    const Parameter key{"cmd", "int", "key of the echo pool"};
+    const Returns samples{"list", "the items; a lone item that is a list comes flat", "the queue"};
+    const Returns maybeReply{"bytes | None", "data of the reply, or None if there was none in time", "the device"};
+
+    package.makeClass("Packet_based", {}, "What both forms of the request engine share.")
+        .method("_preparePacket", {command, data.withDefault("[]")}, "Builds a frame.",
+                {"list[int]", "byte values of the whole frame"},
+                {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
+                [](py::handle, const Object& code, const Object& bytes) -> Object {
+                    return toList(buildFrame(py::cast<int>(code), bytesOf(bytes)));
+                });
+
+    const auto broadcast = std::make_shared<const Definition>(broadcastDefinition());
+    package.makeClass("Packet", {"Packet_based"}, "The request engine, blocking.")
+        .method("_echoPacket", {command, data, seconds}, "Sends a request once and waits for its reply.", reply,
+                noReply, Calls<echoPacket>{})
+        .method("_echoPacketWithRetry", {command, data, seconds.withDefault("5")},
+                "Sends a request, up to three times in quick succession, and waits for its reply.", reply, noReply,
+                Calls<echoPacketWithRetry>{})
+        .method("_getReplyFromPool", {key, seconds}, "Waits for a reply and takes it from the echo pool.", reply,
+                noReply, Calls<getReplyFromPool>{})
+        .method("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue.", samples, {},
+                Calls<getStreamingFromPool>{})
+        .method("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
+                [](py::handle self, const Object& code, const Object& bytes) {
+                    const Object frame = callMethod(self, "_preparePacket", code, bytes);
+                    callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
+                })
+        .add(broadcast, Form::method);
+
+    package.makeClass("Packet_async", {"Packet_based"}, "The request engine, awaitable.")
+        .awaitable("_echoPacket", {command, data, seconds.withDefault("5")},
+                   "Sends a request once and waits for its reply.", maybeReply, {}, Calls<echoPacketSteps>{})
+        .awaitable(
+            "_echoPacketWithRetry",
+            {command, data, {"num_retries", "int", "times to send, one second apart", "3"}, seconds.withDefault("5")},
+            "Sends a request until its reply is there.", reply, {}, Calls<echoPacketWithRetrySteps>{})
+        .awaitable("_getReplyFromPool", {key}, "Waits for a reply, without a limit, and takes it from the echo pool.",
+                   reply, {}, Calls<getReplySteps>{})
+        .awaitable("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue; never waits.", samples,
+                   {}, [](Op, Object items, Object most, Object) -> Result { co_return takeStreaming(items, most); })
+        .awaitable("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
+                   Calls<sendWithoutReplySteps>{})
+        .add(broadcast, Form::awaitable);
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,121 @@
+#include "protocol/runtime.h"
+
+#include <set>
+
+#include "core/immortal.h"
+#include "python/operation.h"
+#include "python/raising.h"
+#include "python/values.h"
+
+namespace zvr::python {
+
+namespace {
+
+// All runtimes that are alive; touched under the interpreter lock only.
+std::set<DeviceRuntime*>& runtimes() {
+    static auto& all = immortal<std::set<DeviceRuntime*>>();
+    return all;
+}
+
+// A client that is not one of ours, or one with a step overridden in Python: it is read through the object's field.
+class PythonSource final : public PacketSource {
+public:
+    PythonSource(SharedObject reference, const char* field) : reference_(std::move(reference)), field_(field) {}
+
+    Reading receive(std::size_t length, std::vector<Packet>& packets) override {
+        Reading reading = Reading::ended;
+        onInterpreter([&] {
+            const Object self = callObject(reference_.get());
+            if (self.is_none()) return;
+            const Object client = attribute(self, field_);
+            if (client.is_none()) return;
+            reading = Reading::idle;
+            try {
+                for (const py::handle packet : callMethod(client, "recvAndSplitPacket", py::int_(length))) {
+                    const auto [command, data] = py::cast<std::pair<int, Object>>(packet);
+                    packets.push_back({command, bytesOf(data)});
+                    reading = Reading::data;
+                }
+            } catch (py::error_already_set&) {
+                // A failed read is one that brings nothing.
+            }
+        });
+        return reading;
+    }
+
+private:
+    const SharedObject reference_;
+    const char* const field_;
+};
+
+std::shared_ptr<NetworkClient> nativeClient(py::handle client) {
+    if (!py::isinstance<NetworkClient>(client) || !hasOwnMethod(client, "recvAndSplitPacket") ||
+        !hasOwnMethod(client, "recvPacket") || !hasOwnMethod(client, "_splitPacket")) {
+        return nullptr;
+    }
+    return py::cast<std::shared_ptr<NetworkClient>>(client);
+}
+
+}  // namespace
+
+SharedObject shared(py::handle object) {
+    return {Py_NewRef(object.ptr()), [](PyObject* held) { onInterpreter([held] { Py_DECREF(held); }); }};
+}
+
+DeviceRuntime::~DeviceRuntime() {
+    runtimes().erase(this);
+    setKilled(true);
+}
+
+void DeviceRuntime::setKilled(bool killed) {
+    killed_ = killed;
+    if (!killed) return;
+    for (auto& [field, connection] : connections_) {
+        connection.receiver->end();
+        if (connection.client) connection.client->abandon();
+        connection.receiver->setSource(nullptr);
+    }
+}
+
+std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const char* clientField, const char* threadName,
+                                                       int readLength) {
+    runtimes().insert(this);
+    Receiver::Sink sink = [pools = pools](const Packet& packet) mutable { pools.file(packet.command, packet.data); };
+    if (!hasOwnMethod(self, "_putToDataPool") || !hasOwnMethod(self, "_checkCommandType")) {
+        sink = [reference = shared(callObject(hostObject("weakref", "ref"), self))](const Packet& packet) {
+            if (!interpreterAlive()) return;
+            const py::gil_scoped_acquire acquired;
+            const Object object = callObject(reference.get());
+            if (!object.is_none()) {
+                callMethod(object, "_putToDataPool", py::int_(packet.command), toBytes(packet.data));
+            }
+        };
+    }
+    auto receiver = std::make_shared<Receiver>(threadName, readLength, std::move(sink), reportThreadFailure);
+    connections_[clientField].receiver = receiver;
+    receiver->start();
+    return receiver;
+}
+
+void DeviceRuntime::setClient(py::handle self, const char* clientField, py::handle client) {
+    const auto found = connections_.find(clientField);
+    if (found == connections_.end()) return;
+    Connection& connection = found->second;
+    connection.client = nativeClient(client);
+    if (connection.client) {
+        connection.receiver->setSource(connection.client);
+    } else {
+        const SharedObject reference = shared(callObject(hostObject("weakref", "ref"), self));
+        connection.receiver->setSource(std::make_shared<PythonSource>(reference, clientField));
+    }
+}
+
+DeviceRuntime& runtimeOf(py::handle self) { return *py::cast<DeviceRuntime*>(attribute(self, "_runtime")); }
+
+void endAllRuntimes() {
+    for (DeviceRuntime* runtime : runtimes()) runtime->setKilled(true);
+    const WithoutGil released;
+    awaitAllThreads(Clock::now() + std::chrono::seconds(2));
+}
+
+}  // namespace zvr::python

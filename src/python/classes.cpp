@@ -1,0 +1,93 @@
+#include "python/classes.h"
+
+namespace zvr::python {
+
+namespace {
+
+Object classOf(Package& package, const std::string& name) {
+    const Object own = py::getattr(package.module(), name.c_str(), py::none());
+    return own.is_none() ? Object(py::module_::import("builtins").attr(name.c_str())) : own;
+}
+
+void annotate(py::handle type, const FieldDoc& field) {
+    const Object names = attribute(type, "__dict__");
+    if (!names.contains("__annotations__")) setAttribute(type, "__annotations__", py::dict());
+    attribute(type, "__annotations__")[py::str(field.name)] = py::str(field.type);
+    const auto doc = py::cast<std::string>(attribute(type, "__doc__"));
+    const bool first = doc.find("\n\nAttributes:") == std::string::npos;
+    setAttribute(type, "__doc__",
+                 py::str(doc + (first ? "\n\nAttributes:" : "") + "\n    " + field.name + " (" + field.type +
+                         "): " + field.doc + "."));
+}
+
+std::string nameOf(py::handle type) { return py::cast<std::string>(attribute(type, "__name__")); }
+
+}  // namespace
+
+ClassMaker& ClassMaker::addProperty(const FieldDoc& field, PlainBody get, PlainBody set) {
+    const auto accessor = [&](Parameters parameters, Returns returns, PlainBody body) {
+        return makeOperation(std::make_shared<const Definition>(Definition{
+                                 field.name, std::move(parameters), field.doc, std::move(returns), {}, body}),
+                             Form::method, nameOf(type_));
+    };
+    const Object getter = accessor({}, {field.type, field.doc}, get);
+    const Object setter = set == nullptr ? Object(py::none()) : accessor({{"value", field.type, ""}}, {}, set);
+    py::setattr(type_, field.name.c_str(),
+                callObject(hostObject("builtins", "property"), getter, setter, py::none(), py::str(field.doc)));
+    return *this;
+}
+
+ClassMaker& ClassMaker::field(const FieldDoc& field) {
+    annotate(type_, field);
+    return *this;
+}
+
+ClassMaker& ClassMaker::add(Definition definition, Form form) {
+    return add(std::make_shared<const Definition>(std::move(definition)), form);
+}
+
+ClassMaker& ClassMaker::add(std::shared_ptr<const Definition> definition, Form form) {
+    rememberRaises(*definition);
+    const std::string name = definition->name + (form == Form::awaitable ? "_async" : "");
+    py::setattr(type_, name.c_str(), makeOperation(std::move(definition), form, nameOf(type_)));
+    return *this;
+}
+
+ClassMaker Package::makeClass(const std::string& name, const std::vector<std::string>& bases, const std::string& doc) {
+    py::tuple baseTuple(bases.size());
+    for (std::size_t i = 0; i < bases.size(); ++i) baseTuple[i] = classOf(*this, bases[i]);
+    py::dict body;
+    body["__module__"] = "pyzvr";
+    body["__doc__"] = doc;
+    const Object type = callObject(borrow(reinterpret_cast<PyObject*>(&PyType_Type)), py::str(name), baseTuple, body);
+    py::setattr(module_, name.c_str(), type);
+    return type;
+}
+
+void Package::addFunction(Definition definition) {
+    const std::string name = definition.name;
+    rememberRaises(definition);
+    py::setattr(module_, name.c_str(),
+                makeOperation(std::make_shared<const Definition>(std::move(definition)), Form::function, ""));
+}
+
+Feature::Feature(Package& package, const std::string& prefix, const std::string& doc, Base base)
+    : based_(base == Base::own ? std::optional(package.makeClass(prefix + "Based", {},
+                                                                 doc + "\n\nWhat both forms of the feature share."))
+                               : std::nullopt),
+      blocking_(package.makeClass(prefix + "Module", basesOf("Packet", prefix, base), doc + "\n\nBlocking form.")),
+      twin_(package.makeClass(prefix + "Module_async", basesOf("Packet_async", prefix, base),
+                              doc + "\n\nAwaitable form.")) {}
+
+std::vector<std::string> Feature::basesOf(const char* engine, const std::string& prefix, Base base) {
+    return base == Base::own ? std::vector<std::string>{engine, prefix + "Based"} : std::vector<std::string>{engine};
+}
+
+Feature& Feature::add(Definition definition) {
+    const auto shared = std::make_shared<const Definition>(std::move(definition));
+    blocking_.add(shared, Form::blocking);
+    twin_.add(shared, Form::awaitable);
+    return *this;
+}
+
+}  // namespace zvr::python

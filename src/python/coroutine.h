@@ -1,0 +1,94 @@
+// The bridge between C++ coroutines and the host's.
+//
+// An operation with steps is one C++ coroutine that serves both forms. In the blocking form every co_await completes in
+// place, so the coroutine runs through on the caller's thread. In the awaitable form the same coroutine lives in an
+// object of the host's coroutine protocol: it suspends on an awaitable of the host, which this object then drives on
+// its behalf, passing values, failures and cancellation down and their outcome up.
+//
+// All of it happens under the interpreter lock.
+#pragma once
+
+#include <coroutine>
+#include <exception>
+
+#include "python/common.h"
+
+namespace zvr::python {
+
+/// A time limit struck in the awaitable form; becomes the event loop's timeout error.
+struct AwaitTimedOut : std::runtime_error {
+    AwaitTimedOut() : std::runtime_error("the time limit of an awaited exchange struck") {}
+};
+
+/// The running steps of one call.
+class [[nodiscard]] Result {
+public:
+    struct promise_type {
+        Object value;                ///< what the steps returned
+        std::exception_ptr failure;  ///< or threw
+        Object awaited;              ///< the host's iterator that they wait for, while they are suspended
+        Object answer;               ///< what that returned
+        std::exception_ptr trouble;  ///< or raised
+        Deadline limit = forever;    ///< waits for the device end here
+
+        Result get_return_object() { return Result(Handle::from_promise(*this)); }
+        std::suspend_always initial_suspend() noexcept { return {}; }
+        std::suspend_always final_suspend() noexcept { return {}; }
+        void return_value(Object result) { value = std::move(result); }
+        void unhandled_exception() { failure = std::current_exception(); }
+    };
+    using Handle = std::coroutine_handle<promise_type>;
+
+    explicit Result(Handle handle) : handle_(handle) {}
+    Result(Result&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    Result& operator=(Result&&) = delete;
+    ~Result() {
+        if (handle_) handle_.destroy();
+    }
+
+    /// Runs the steps of a blocking call through.
+    Object runThrough() {
+        handle_.resume();
+        return outcome();
+    }
+
+    Handle handle() const { return handle_; }
+
+    /// What the finished steps returned or threw.
+    Object outcome() {
+        if (handle_.promise().failure) std::rethrow_exception(handle_.promise().failure);
+        return std::move(handle_.promise().value);
+    }
+
+private:
+    Handle handle_;
+};
+
+/// One awaited step: its result is there, or comes from an awaitable of the host.
+class [[nodiscard]] Pending {
+public:
+    static Pending done(Object value) { return Pending(std::move(value), true); }
+    static Pending on(py::handle awaitable);
+
+    bool await_ready() const noexcept { return done_; }
+    void await_suspend(Result::Handle handle);
+    Object await_resume();
+
+private:
+    Pending(Object value, bool done) : value_(std::move(value)), done_(done) {}
+
+    Object value_;
+    bool done_;
+    Result::Handle steps_;
+};
+
+/// A host coroutine object that runs the steps when it is awaited.
+Object makeCoroutine(Result steps, py::handle name, py::handle qualifiedName);
+
+bool isOurCoroutine(py::handle object);
+/// Waits for the device inside this coroutine end at `limit` at the latest.
+void limitCoroutine(py::handle coroutine, Deadline limit);
+
+void prepareCoroutineType(py::module_& module);
+
+}  // namespace zvr::python

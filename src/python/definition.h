@@ -1,0 +1,112 @@
+// What is written once of every callable of the package. The method, its awaitable twin, the signature, the docstring,
+// the line of the type stub and the row of the reference page all come from here.
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "python/op.h"
+
+namespace zvr::python {
+
+struct Parameter {
+    std::string name;           ///< "*args" and "**kwargs" take what is left over
+    std::string type;           ///< as in the type stub
+    std::string doc;            ///< unit, range, shape
+    std::string standard = {};  ///< default, as a Python literal; empty if there is none
+
+    Parameter withDefault(std::string literal) const { return {name, type, doc, std::move(literal)}; }
+};
+
+using Parameters = std::vector<Parameter>;
+
+struct Returns {
+    std::string type = "None";  ///< as in the type stub
+    std::string doc = {};       ///< value, unit, shape
+    std::string source = {};    ///< where it comes from: the device, a host record, a table
+};
+
+/// Entries are "SomeError: when", or "@_checkX" for all that `_checkX` raises.
+using Raises = std::vector<std::string>;
+
+struct Definition;
+using Arguments = const Object*;  ///< one per parameter, in order
+
+/// A body that is done when it returns.
+using PlainBody = Object (*)(const Definition&, py::handle self, Arguments);
+/// A body that waits for the device; serves both forms.
+using StepsBody = Result (*)(const Definition&, Op, Arguments);
+
+struct Exchange;
+
+struct Definition {
+    std::string name;
+    Parameters parameters;
+    std::string summary;
+    Returns returns;
+    Raises raises;
+    std::variant<PlainBody, StepsBody> body;
+    std::shared_ptr<const Exchange> exchange = {};  ///< of an operation that is one exchange
+    std::size_t tag = 0;                            ///< tells a body that serves many definitions which one it is
+};
+
+namespace detail {
+
+template <class Method>
+struct Signature;
+template <class Function, class Back, class First, class... Rest>
+struct Signature<Back (Function::*)(First, Rest...) const> {
+    using Returned = Back;
+    static constexpr std::size_t arguments = sizeof...(Rest);
+};
+
+template <class Function>
+using SignatureOf = Signature<decltype(&Function::operator())>;
+
+template <class Function, class First, std::size_t... index>
+decltype(auto) spread(First&& first, Arguments arguments, std::index_sequence<index...>) {
+    return Function{}(std::forward<First>(first), arguments[index]...);
+}
+
+template <class Function, class First>
+decltype(auto) spread(First&& first, Arguments arguments) {
+    return spread<Function>(std::forward<First>(first), arguments,
+                            std::make_index_sequence<SignatureOf<Function>::arguments>());
+}
+
+}  // namespace detail
+
+/// A function as a body, where a lambda would only forward to it.
+template <auto function>
+struct Calls;
+template <class Back, class First, class... Rest, Back (*function)(First, Rest...)>
+struct Calls<function> {
+    Back operator()(First first, Rest... rest) const { return function(std::forward<First>(first), rest...); }
+};
+
+/// A body from a lambda without captures that takes (py::handle self, one Object per parameter).
+template <class Function>
+PlainBody plain(Function) {
+    return [](const Definition&, py::handle self, Arguments arguments) -> Object {
+        using Returned = typename detail::SignatureOf<Function>::Returned;
+        if constexpr (std::is_void_v<Returned>) {
+            detail::spread<Function>(self, arguments);
+            return py::none();
+        } else if constexpr (std::is_base_of_v<Object, Returned>) {
+            return detail::spread<Function>(self, arguments);
+        } else {
+            return py::cast(detail::spread<Function>(self, arguments));
+        }
+    };
+}
+
+/// A body from a coroutine lambda without captures that takes (Op op, one Object per parameter).
+template <class Function>
+StepsBody steps(Function) {
+    return [](const Definition&, Op op, Arguments arguments) -> Result {
+        return detail::spread<Function>(std::move(op), arguments);
+    };
+}
+
+}  // namespace zvr::python

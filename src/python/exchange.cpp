@@ -1,0 +1,144 @@
+#include "python/exchange.h"
+
+#include <algorithm>
+
+#include "core/failures.h"
+
+namespace zvr::python {
+
+namespace {
+
+std::size_t indexOf(const Parameters& parameters, const std::string& name) {
+    const auto found = std::ranges::find(parameters, name, &Parameter::name);
+    if (found == parameters.end()) throw std::logic_error("no parameter is called " + name);
+    return static_cast<std::size_t>(found - parameters.begin());
+}
+
+void run(const Check& check, const Definition& definition, py::handle self, const std::vector<Object>& arguments) {
+    std::vector<PyObject*> values{self.ptr()};
+    for (const std::string& name : check.arguments) {
+        values.push_back(arguments[indexOf(definition.parameters, name)].ptr());
+    }
+    if (check.test != nullptr) {
+        check.test(values[1]);
+        return;
+    }
+    const py::str method(check.method);
+    own(PyObject_VectorcallMethod(method.ptr(), values.data(), values.size(), nullptr));
+}
+
+void append(Payload& data, const Field& field, py::handle value) {
+    switch (field.kind) {
+        case Field::Kind::byte: data.add(value); return;
+        case Field::Kind::u16: data.add(pack<std::uint16_t>(value)); return;
+        case Field::Kind::u32: data.add(pack<std::uint32_t>(value)); return;
+        case Field::Kind::i32: data.add(pack<std::int32_t>(value)); return;
+        case Field::Kind::f32: data.add(pack<float>(value)); return;
+        case Field::Kind::text: data.extend(codePoints(value)); return;
+        case Field::Kind::bytes: data.extend(value); return;
+        case Field::Kind::address: data.extend(addressBytes(value)); return;
+        case Field::Kind::mac: data.extend(macBytes(value)); return;
+        case Field::Kind::constant: data.add(field.value); return;
+    }
+}
+
+std::string textOf(const Field& field) {
+    switch (field.kind) {
+        case Field::Kind::byte: return field.argument;
+        case Field::Kind::u16: return "u16(" + field.argument + ")";
+        case Field::Kind::u32: return "u32(" + field.argument + ")";
+        case Field::Kind::i32: return "i32(" + field.argument + ")";
+        case Field::Kind::f32: return "f32(" + field.argument + ")";
+        case Field::Kind::text: return "text(" + field.argument + ")";
+        case Field::Kind::bytes: return "bytes(" + field.argument + ")";
+        case Field::Kind::address: return "ip(" + field.argument + ")";
+        case Field::Kind::mac: return "mac(" + field.argument + ")";
+        case Field::Kind::constant: break;
+    }
+    return std::to_string(field.value);
+}
+
+Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> arguments) {
+    const Exchange& exchange = *definition.exchange;
+    for (const Check& check : exchange.checks) run(check, definition, op.self(), arguments);
+    Payload data;
+    for (const Field& field : exchange.payload) {
+        const bool given = field.kind != Field::Kind::constant;
+        append(data, field, given ? arguments[indexOf(definition.parameters, field.argument)] : Object());
+    }
+    const Object reply = co_await op.exchange(exchange.command, data.list());
+    const Bytes bytes = bytesOf(reply);
+    co_return exchange.reply.decode(op.self(), bytes);
+}
+
+// The steps begin after the call has returned, so they keep the arguments.
+Result runExchange(const Definition& definition, Op op, Arguments arguments) {
+    return exchangeSteps(definition, std::move(op), {arguments, arguments + definition.parameters.size()});
+}
+
+}  // namespace
+
+Object statusOf(const Bytes& reply, std::size_t place) {
+    if (reply.size() <= place) throw std::out_of_range("the reply has no status byte");
+    const int status = reply[place];
+    const auto refusal = failureOfStatus(status);
+    return py::int_(refusal ? rowOf(*refusal).code : status);
+}
+
+Reply status(std::size_t place) {
+    return {[place](py::handle, const Bytes& data) { return statusOf(data, place); },
+            {"int", "0, or the negative code of the device's refusal (-7000 to -7028)",
+             "the device's status, byte " + std::to_string(place) + " of its reply"}};
+}
+
+Reply byteAt(std::size_t place, std::string doc) {
+    return {[place](py::handle, const Bytes& data) -> Object { return py::int_(data.at(place)); },
+            {"int", std::move(doc), "the device, byte " + std::to_string(place) + " of its reply"}};
+}
+
+Reply textReply(std::string doc, std::size_t length) {
+    return {[length](py::handle, const Bytes& data) -> Object {
+                return python::textOf(ByteView(data).first(std::min(length, data.size())));
+            },
+            {"str", std::move(doc), "the device"}};
+}
+
+Reply byteList(std::string doc) {
+    return {[](py::handle, const Bytes& data) -> Object { return toList(data); },
+            {"list[int]", std::move(doc), "the device"}};
+}
+
+Reply kept(std::string field, Reply reply) {
+    reply.returns.doc += "; also kept in `" + field + "`";
+    return {[field = std::move(field), decode = reply.decode](py::handle self, const Bytes& data) {
+                Object value = decode(self, data);
+                py::setattr(self, field.c_str(), value);
+                return value;
+            },
+            reply.returns};
+}
+
+std::string Exchange::commandName() const {
+    return std::string(std::ranges::find(commandTable(), command, &CommandName::code)->name);
+}
+
+std::string Exchange::payloadText() const {
+    std::string text;
+    for (const Field& field : payload) text += (text.empty() ? "" : ", ") + textOf(field);
+    return text;
+}
+
+Definition defineExchange(Row row) {
+    Definition definition{
+        std::move(row.name), std::move(row.parameters), std::move(row.summary), row.reply.returns, {}, runExchange, {}};
+    for (const Check& check : row.checks) {
+        definition.raises.push_back(check.test == nullptr
+                                        ? "@" + check.method
+                                        : "InputTypeNotCorrectError: `" + check.arguments[0] + "` has the wrong type");
+    }
+    definition.exchange = std::make_shared<Exchange>(
+        Exchange{row.command, std::move(row.checks), std::move(row.payload), std::move(row.reply)});
+    return definition;
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,45 @@
+#include "python/op.h"
+
+#include <cmath>
+#include <thread>
+
+namespace zvr::python {
+
+void sleepBlocking(double seconds) {
+    blocking([deadline = deadlineIn(seconds)](const Attend& attend) {
+        waitAttended(deadline, attend, [](Deadline until) {
+            std::this_thread::sleep_until(until);
+            return false;
+        });
+    });
+}
+
+Pending Op::run(Result steps) const {
+    if (!awaitable()) return Pending::done(steps.runThrough());
+    const py::handle name(interned("steps"));
+    return Pending::on(makeCoroutine(std::move(steps), name, name));
+}
+
+Pending Op::sleep(double seconds) const {
+    if (awaitable()) return Pending::on(callObject(hostObject("asyncio", "sleep"), py::float_(seconds)));
+    sleepBlocking(seconds);
+    return Pending::done(py::none());
+}
+
+Pending within(Deadline limit, py::handle awaitable) {
+    if (!isOurCoroutine(awaitable)) {
+        const double seconds = std::chrono::duration<double>(limit - Clock::now()).count();
+        return Pending::on(callObject(hostObject("asyncio", "wait_for"), awaitable, py::float_(seconds)));
+    }
+    limitCoroutine(awaitable, limit);
+    return Pending::on(awaitable);
+}
+
+double secondsOf(py::handle seconds) {
+    const double value = PyFloat_AsDouble(seconds.ptr());
+    if (value == -1.0 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+    if (std::isnan(value)) throw py::value_error("a time in seconds is not a number");
+    return value;
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,59 @@
+// What the steps of an operation see: their object, the form they run in, and the ways to wait.
+#pragma once
+
+#include "python/event_loop.h"
+
+namespace zvr::python {
+
+/// A value in a device operation's data: 16, 32 or 64 bits, packed most significant byte first.
+using Packed = Bytes;
+
+class Op {
+public:
+    /// A null timeout makes it the awaitable form.
+    Op(py::handle self, Object timeout) : self_(borrow(self.ptr())), timeout_(std::move(timeout)) {}
+
+    py::handle self() const { return self_; }
+    bool awaitable() const { return !timeout_; }
+    /// The caller's seconds, as given; only in the blocking form.
+    const Object& timeout() const { return timeout_; }
+
+    /// Calls a method of the object that has one form.
+    template <class... Args>
+    Object call(const char* name, const Args&... args) const {
+        return callMethod(self_, name, args...);
+    }
+
+    /// Runs another operation of the object in the same form: name(args..., timeout), or await name_async(args...).
+    template <class... Args>
+    Pending request(const char* name, const Args&... args) const {
+        if (!awaitable()) return Pending::done(callMethod(self_, name, args..., timeout_));
+        return Pending::on(callNamed(self_, internedTwin(name), args...));
+    }
+
+    /// One exchange with the device; gives the reply's data.
+    Pending exchange(int command, const py::list& data) const {
+        return request("_echoPacketWithRetry", py::int_(command), data);
+    }
+
+    /// Runs steps that several operations share, in the same form.
+    Pending run(Result steps) const;
+
+    /// Waits this many seconds.
+    Pending sleep(double seconds) const;
+
+private:
+    Object self_;
+    Object timeout_;
+};
+
+/// Awaits something of the host until `limit`, which raises the event loop's timeout error.
+Pending within(Deadline limit, py::handle awaitable);
+
+/// Blocks this many seconds, with the host's signal handlers running.
+void sleepBlocking(double seconds);
+
+/// Seconds that a caller gave. Throws a type failure for what is no number and a value failure for not-a-number.
+double secondsOf(py::handle seconds);
+
+}  // namespace zvr::python

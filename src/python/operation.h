@@ -1,0 +1,29 @@
+// The one C type of every method and function of the package.
+//
+// It has the vectorcall protocol and the flag of a method descriptor, so that a call through an instance makes no bound
+// method, and `__text_signature__`, so that inspect.signature and help() read it. Its attributes `__stub__` and
+// `__exchange__` feed the type stub and the reference page.
+#pragma once
+
+#include "python/definition.h"
+
+namespace zvr::python {
+
+enum class Form {
+    function,   ///< of the module: no object
+    method,     ///< of a class, as defined
+    blocking,   ///< an operation X(..., timeout=3)
+    awaitable,  ///< its twin X_async(...)
+};
+
+/// Makes the callable. `owner` is the name of the class that it goes into, empty for a function.
+Object makeOperation(std::shared_ptr<const Definition> definition, Form form, const std::string& owner);
+
+bool isOurOperation(py::handle object);
+
+/// The object's attribute of this name if it is a method of ours that nobody has replaced; else nothing.
+bool hasOwnMethod(py::handle object, const char* name);
+
+void prepareOperationType(py::module_& module);
+
+}  // namespace zvr::python

@@ -1,0 +1,85 @@
+#include "python/raising.h"
+
+#include <system_error>
+
+#include "core/immortal.h"
+#include "python/coroutine.h"
+
+namespace zvr::python {
+
+namespace {
+
+std::vector<Object>& failureClasses() {
+    static auto& classes = immortal(std::vector<Object>(failureTable().size()));
+    return classes;
+}
+
+void setError(py::handle type, py::handle value) { PyErr_SetObject(type.ptr(), value.ptr()); }
+void setError(py::handle type, const char* text) { PyErr_SetString(type.ptr(), text); }
+
+void raiseFailure(const Failure& failure) {
+    const py::handle type = failureClass(failure.id());
+    setError(type, failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type));
+}
+
+}  // namespace
+
+void raiseCurrent() noexcept {
+    try {
+        try {
+            throw;
+        } catch (py::error_already_set& error) {
+            error.restore();
+        } catch (const py::builtin_exception& error) {
+            error.set_error();
+        } catch (const Failure& failure) {
+            raiseFailure(failure);
+        } catch (const AwaitTimedOut&) {
+            PyErr_SetNone(hostObject("asyncio", "TimeoutError").ptr());
+        } catch (const std::system_error& error) {
+            setError(PyExc_OSError,
+                     callObject(PyExc_OSError, py::int_(error.code().value()), py::str(error.code().message())));
+        } catch (const WrongLength& error) {
+            setError(hostObject("struct", "error"), error.what());
+        } catch (const std::overflow_error& error) {
+            setError(PyExc_OverflowError, error.what());
+        } catch (const std::out_of_range& error) {
+            setError(PyExc_IndexError, error.what());
+        } catch (const std::invalid_argument& error) {
+            setError(PyExc_ValueError, error.what());
+        } catch (const std::bad_alloc&) {
+            PyErr_NoMemory();
+        } catch (const std::exception& error) {
+            setError(PyExc_RuntimeError, error.what());
+        }
+    } catch (py::error_already_set& error) {
+        error.restore();
+    } catch (...) {
+        setError(PyExc_RuntimeError, "an unknown failure");
+    }
+}
+
+py::handle failureClass(FailureId id) { return failureClasses()[static_cast<std::size_t>(id)]; }
+
+void setFailureClass(FailureId id, Object failureClass) {
+    failureClasses()[static_cast<std::size_t>(id)] = std::move(failureClass);
+}
+
+bool isFailure(const py::error_already_set& error, FailureId id) { return error.matches(failureClass(id)); }
+
+void reportThreadFailure(const std::string& threadName, std::exception_ptr failure) noexcept {
+    onInterpreter([&] {
+        try {
+            std::rethrow_exception(failure);
+        } catch (...) {
+            raiseCurrent();
+        }
+        const py::error_already_set error;
+        const Object thread = hostObject("types", "SimpleNamespace")(py::arg("name") = threadName);
+        const py::tuple fields =
+            py::make_tuple(error.type(), error.value(), error.trace() ? error.trace() : Object(py::none()), thread);
+        attribute(py::module_::import("threading"), "excepthook")(hostObject("threading", "ExceptHookArgs")(fields));
+    });
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,22 @@
+// How failures of C++ become failures of Python.
+#pragma once
+
+#include "core/failures.h"
+#include "python/common.h"
+
+namespace zvr::python {
+
+/// Sets the exception that is being handled as the Python failure; to be called in a catch block.
+void raiseCurrent() noexcept;
+
+/// The Python class of a failure.
+py::handle failureClass(FailureId id);
+void setFailureClass(FailureId id, Object failureClass);
+
+/// Whether a Python failure is one of this class.
+bool isFailure(const py::error_already_set& error, FailureId id);
+
+/// Reports a failure that ends a thread of the library through the host's threading.excepthook.
+void reportThreadFailure(const std::string& threadName, std::exception_ptr failure) noexcept;
+
+}  // namespace zvr::python

@@ -1,0 +1,292 @@
+// The system module: identity, driver information, clock and alarm, reboot, slots of the chassis, service operations.
+#include "core/constants.h"
+#include "core/failures.h"
+#include "services/services.h"
+
+namespace zvr::python {
+
+namespace {
+
+constexpr std::array slotModes = {"Idle", "DI", "DO", "DIO", "Motion", "AIO", "Switch"};
+constexpr std::array pinModes = {"Disabled", "Idle", "DI", "DO", "UART", "I2C", "SPI", "CAN", "PWM", "ADC"};
+
+const Parameter port{"port", "int", "port number, from 0"};
+const Parameter slot{"slot", "int", "slot of the chassis: 1, 2 or 4"};
+const Parameter mode{"mode", "int", "mode number, 0 to 255"};
+const Parameter day{"day", "int", "day of the month"};
+const Parameter hour{"hour", "int", "hour, 0 to 23"};
+const Parameter minute{"minute", "int", "minute, 0 to 59"};
+const Parameter second{"second", "int", "second, 0 to 59"};
+const Parameter page{"page_number", "int", "page of the EEPROM, 0 to 255"};
+
+// Year, month, day, hour, minute, second.
+Object dateText(const Bytes& data, std::size_t from, int firstYear) {
+    const ByteView field = slice(data, from, 6);
+    return py::str("{:04d}-{:02d}-{:02d}, {:02d}:{:02d}:{:02d}")
+        .format(firstYear + field[0], field[1], field[2], field[3], field[4], field[5]);
+}
+
+bool isWifi(py::handle self) { return py::isinstance(self, py::module_::import("pyzvr").attr("WifiDevice")); }
+
+// The Wi-Fi devices count their years from 2000, all others from 1900.
+Reply clockReply() {
+    return {[](py::handle self, const Bytes& data) { return dateText(data, 0, isWifi(self) ? 2000 : 1900); },
+            {"str", "\"YYYY-MM-DD, hh:mm:ss\"", "the device's clock"}};
+}
+
+Reply driverInfoReply() {
+    return {[](py::handle, const Bytes& data) { return callMethod(textOf(data), "split", py::str("_")); },
+            {"list[str]", "name, version and what else the firmware tells", "the device"}};
+}
+
+Reply aliasReply() {
+    return {[](py::handle, const Bytes& data) -> Object {
+                constexpr std::uint8_t end[] = {CMD_CR, CMD_LF};
+                const auto found = std::search(data.begin(), data.end(), std::begin(end), std::end(end));
+                return textOf(ByteView(data.begin(), found));
+            },
+            {"str", "the alias, up to 16 characters", "the device"}};
+}
+
+Reply alarmStateReply() {
+    return {[](py::handle, const Bytes& data) -> Object { return py::str(data.at(1) == 1 ? "on" : "off"); },
+            {"str", "\"on\" or \"off\"", "the device"}};
+}
+
+Reply alarmConfigReply() {
+    return {[](py::handle, const Bytes& data) { return dateText(data, 1, 0); },
+            {"str", "the alarm's time in the form of the clock, its year as the device counts", "the device"}};
+}
+
+Result getPinModes(Op op, Object port) {
+    checkIsInt(port);
+    const Object reply = co_await op.exchange(GET_PIN_MODE_OF_SLOT, payload(port));
+    const Bytes data = bytesOf(reply);
+    const int pins = data.at(1);
+    // Two pins a byte, the low half first; with an odd number of pins the last half is listed too.
+    py::list modes;
+    py::list names;
+    for (const std::uint8_t pair : slice(data, 2, static_cast<std::size_t>(pins + 1) / 2)) {
+        for (const int number : {pair & 15, pair >> 4}) {
+            modes.append(number);
+            names.append(pinModes.at(static_cast<std::size_t>(number)));
+        }
+    }
+    setAttribute(op.self(), "num_of_pins", py::int_(pins));
+    setAttribute(op.self(), "pin_mode_list", modes);
+    co_return names;
+}
+
+Result getSlotMode(Op op, Object slot) {
+    op.call("_checkLatticeSlot", slot);
+    const Object reply = co_await op.exchange(GET_SLOT_MODE, payload());
+    const Bytes data = bytesOf(reply);
+    py::list modes;
+    for (const std::uint8_t state : slice(data, 1, data.at(0) / 2)) {
+        const std::size_t number = state & 15;
+        modes.append(number < slotModes.size() ? slotModes[number] : slotModes[0]);
+    }
+    const Object port = slot - py::int_(1);
+    co_return own(PyObject_GetItem(modes.ptr(), port.ptr()));
+}
+
+Result setSlotMode(Op op, Object slot, Object mode) {
+    op.call("_checkLatticeSlot", slot);
+    const Object port = slot - py::int_(1);
+    const Object reply = co_await op.exchange(SET_SLOT_MODE, payload(port * py::int_(2), mode));
+    co_return py::int_(bytesOf(reply).at(1));
+}
+
+// A year below 100 is one of the last century; every device is sent the years since 1900.
+Result setClock(Op op, Object year, Object month, Object day, Object hour, Object minute, Object second) {
+    for (const py::handle field : {year, month, day, hour, minute, second}) checkIsInt(field);
+    const py::int_ century(1900);
+    if (year < py::int_(100)) year = year + century;
+    const Object reply = co_await op.exchange(SET_DATE_TIME, payload(year - century, month, day, hour, minute, second));
+    co_return statusOf(bytesOf(reply), 0);
+}
+
+const Returns slotStatus{"int", "the device's status, 0 for success; it is not checked", "the device"};
+
+template <int mode>
+void defineSlotSetter(Feature& system, const std::string& name) {
+    const std::string title = slotModes[mode];
+    system.operation(
+        name, {slot}, "Puts a slot of the chassis into the mode \"" + title + "\".", slotStatus, {"@_checkLatticeSlot"},
+        [](Op op, Object slot) -> Result { co_return co_await op.request("_Sys_setSlotMode", slot, py::int_(mode)); });
+}
+
+std::vector<Row> rows() {
+    const std::string serialDoc = "the serial number, up to 8 characters";
+    return {
+        {"Sys_getDriverInfo",
+         {},
+         {},
+         GET_DRIVER_INFO,
+         {constant(0)},
+         driverInfoReply(),
+         "Reads name and version of the device's driver."},
+        {"_getDriverInfo_dev",
+         {mode},
+         {},
+         GET_DRIVER_INFO,
+         {u8("mode")},
+         kept("driver_info", textReply("the driver information, unsplit")),
+         "Reads driver information of a kind."},
+        {"Sys_getDeviceAlias", {}, {}, GET_DEV_ALIAS, {}, aliasReply(), "Reads the name that a user gave the device."},
+        {"Sys_setDeviceAlias",
+         {{"alias", "str", "the name, up to 16 characters"}},
+         {},
+         SET_DEV_ALIAS,
+         {text("alias")},
+         status(0),
+         "Gives the device a name."},
+        {"Sys_getRTC",
+         {},
+         {},
+         GET_DATE_TIME,
+         {constant(0)},
+         kept("rtc_time", clockReply()),
+         "Reads the device's clock."},
+        {"Sys_startRTCAlarm",
+         {mode, day, hour, minute, second},
+         {},
+         RTC_START_ALARM,
+         {constant(0), u8("mode"), u8("day"), u8("hour"), u8("minute"), u8("second")},
+         byteAt(1, "the device's status; it is not checked"),
+         "Starts the clock's alarm."},
+        {"Sys_stopRTCAlarm",
+         {},
+         {},
+         RTC_STOP_ALARM,
+         {constant(0)},
+         byteAt(1, "the device's status; it is not checked"),
+         "Stops the clock's alarm."},
+        {"_Sys_getRTCAlarmState",
+         {},
+         {},
+         RTC_GET_ALARM_STATE,
+         {constant(0)},
+         alarmStateReply(),
+         "Tells whether the alarm is on."},
+        {"_Sys_getRTCAlarmConfig",
+         {},
+         {},
+         RTC_GET_ALARM_CONFIG,
+         {constant(0)},
+         alarmConfigReply(),
+         "Reads the alarm's time."},
+        {"Sys_getSerialNumber",
+         {},
+         {},
+         GET_SERIAL_NUMBER,
+         {},
+         kept("serial_number", textReply(serialDoc, 8)),
+         "Reads the serial number."},
+        {"Sys_reboot", {}, {}, REBOOT, {constant(REBOOT)}, status(0), "Restarts the device."},
+        {"_Sys_rebootOnBootloader",
+         {},
+         {},
+         REBOOT_ON_BOOTLOADER,
+         {constant(REBOOT_ON_BOOTLOADER)},
+         status(0),
+         "Restarts the device in its bootloader."},
+        {"_getEEPROMPage",
+         {page},
+         {},
+         GET_EEPROM_PAGE,
+         {u8("page_number")},
+         byteList("the page's byte values"),
+         "Reads a page of the EEPROM."},
+        {"_setEEPROMPage",
+         {page, {"int_list", "Sequence[int]", "byte values, 0 to 255"}},
+         {},
+         SET_EEPROM_PAGE,
+         {u8("page_number"), bytes("int_list")},
+         status(0),
+         "Writes a page of the EEPROM."},
+        {"_getEEPROMDevice",
+         {{"device_number", "int", "number of the EEPROM chip, 0 to 255"}},
+         {},
+         GET_EEPROM_DEVICE,
+         {u8("device_number")},
+         byteList("what the chip tells of itself"),
+         "Reads an EEPROM chip's identification."},
+        {"_setEEPROMByte",
+         {page, {"byte_index", "int", "byte of the page, 0 to 255"}, {"value", "int", "byte value, 0 to 255"}},
+         {},
+         SET_EEPROM_BYTE,
+         {u8("page_number"), u8("byte_index"), u8("value")},
+         status(0),
+         "Writes a byte of the EEPROM."},
+        {"_setSerialNumber",
+         {{"serial_num", "str", serialDoc}},
+         {},
+         SET_SERIAL_NUMBER,
+         {text("serial_num")},
+         status(0),
+         "Gives the device a serial number."},
+        {"_resetFactory", {}, {}, RESET_FACTORY, {}, status(0), "Puts the device back to its delivered state."},
+        {"_getThreads",
+         {},
+         {},
+         GET_THREADS,
+         {},
+         kept("thread_info", textReply("the firmware's threads")),
+         "Lists the firmware's threads."},
+    };
+}
+
+}  // namespace
+
+void defineSystem(Package& package) {
+    Feature system(package, "System", "What every device offers: identity, clock, reboot; the slots of the chassis.");
+    system.field({"serial_number", "str", "last serial number read"})
+        .field({"rtc_time", "str", "last time read"})
+        .field({"driver_info", "str", "last driver information read by the service operation"})
+        .field({"thread_info", "str", "last list of firmware threads read"})
+        .field({"num_of_pins", "int", "number of pins of the port read last"})
+        .field({"pin_mode_list", "list[int]", "mode numbers of the port read last"})
+        .shared("_checkLatticeSlot", {slot}, "Refuses a slot that takes no module.", {},
+                {"InputTypeNotCorrectError: `slot` has the wrong type",
+                 "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
+                [](py::handle, const Object& slot) {
+                    checkIsInt(slot);
+                    for (const int usable : {1, 2, 4}) {
+                        if (slot.equal(py::int_(usable))) return;
+                    }
+                    throw Failure(FailureId::LatticePortNotAvaliableError);
+                })
+        .rows(rows())
+        .operation("Sys_getPythonVersion", {}, "Tells the library's version; asks no device.",
+                   {"str", "the version", "the library"}, {}, [](Op) -> Result { co_return py::str(LIBRARY_VERSION); })
+        .operation("Sys_getPinModeInPort", {port}, "Reads what each pin of a port is used for.",
+                   {"list[str]",
+                    "one of \"Disabled\", \"Idle\", \"DI\", \"DO\", \"UART\", \"I2C\", \"SPI\", \"CAN\", \"PWM\", "
+                    "\"ADC\" per pin; the numbers are kept in `pin_mode_list`",
+                    "the device"},
+                   {"InputTypeNotCorrectError: `port` has the wrong type"}, Calls<getPinModes>{})
+        .operation("Sys_setRTC",
+                   {{"year", "int", "year; below 100 it counts from 1900"},
+                    {"month", "int", "month, 1 to 12"},
+                    day,
+                    hour,
+                    minute,
+                    second},
+                   "Sets the device's clock.", status(0).returns,
+                   {"InputTypeNotCorrectError: an argument has the wrong type"}, Calls<setClock>{})
+        .operation("Sys_getMode", {slot}, "Reads the mode of a slot of the chassis.",
+                   {"str", "\"Idle\", \"DI\", \"DO\", \"DIO\", \"Motion\", \"AIO\" or \"Switch\"", "the device"},
+                   {"@_checkLatticeSlot"}, Calls<getSlotMode>{})
+        .operation("_Sys_setSlotMode", {slot, mode}, "Puts a slot of the chassis into a mode.", slotStatus,
+                   {"@_checkLatticeSlot"}, Calls<setSlotMode>{});
+    defineSlotSetter<0>(system, "Sys_setIdleMode");
+    defineSlotSetter<1>(system, "Sys_setDIMode");
+    defineSlotSetter<2>(system, "Sys_setDOMode");
+    defineSlotSetter<3>(system, "Sys_setDIOMode");
+    defineSlotSetter<4>(system, "Sys_setMotionMode");
+    defineSlotSetter<5>(system, "Sys_setAIOMode");
+    defineSlotSetter<6>(system, "Sys_setSwitchMode");
+}
+
+}  // namespace zvr::python
