@@ -10,7 +10,8 @@ namespace {
 
 // A caller gives way to other threads for this long before it parks: on one core the device's answer and the receive
 // thread's work happen meanwhile, and parking and waking cost as much as an exchange over loopback.
-constexpr std::chrono::microseconds yieldFor{20};
+constexpr std::chrono::microseconds longestYield{20};
+constexpr int mostSkips = 6;  // as a power of two
 
 // Lets one thread sleep until it is told of an arrival.
 class Parker final : public Listener {
@@ -60,18 +61,30 @@ std::optional<Bytes> EchoPool::take(Key key) {
     return data;
 }
 
-std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const Attend& attend) {
+void EchoPool::yieldFor(Key key, Deadline deadline) {
+    if (callsToSkip_ > 0) {
+        --callsToSkip_;
+        return;
+    }
     std::uint64_t seen = arrivals_.load(std::memory_order_acquire);
-    if (auto data = take(key)) return data;
-    const Deadline yieldUntil = std::min(deadline, Clock::now() + yieldFor);
+    if (contains(key)) return;
+    const Deadline until = std::min(deadline, Clock::now() + longestYield);
     do {
         std::this_thread::yield();
         const std::uint64_t now = arrivals_.load(std::memory_order_acquire);
-        if (now == seen) continue;
+        if (now != seen && contains(key)) {
+            missesInARow_ = 0;
+            return;
+        }
         seen = now;
-        if (auto data = take(key)) return data;
-    } while (Clock::now() < yieldUntil);
+    } while (Clock::now() < until);
+    missesInARow_ = std::min(missesInARow_ + 1, mostSkips);
+    callsToSkip_ = (1 << missesInARow_) - 1;
+}
 
+std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const Attend& attend) {
+    yieldFor(key, deadline);
+    if (auto data = take(key)) return data;
     const auto parker = std::make_shared<Parker>();
     listen(key, parker);
     struct Forget {

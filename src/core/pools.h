@@ -33,6 +33,9 @@ public:
     void put(Key key, Bytes data);
     /// Removes and returns the reply.
     std::optional<Bytes> take(Key key);
+    /// Gives way to other threads for some microseconds, in case the reply is one of a near device. After a miss this
+    /// does nothing for a growing number of calls, so that a slow device costs no processor time.
+    void yieldFor(Key key, Deadline deadline = forever);
     /// Waits for a reply until `deadline` and takes it. A reply that is there only at the deadline is left.
     std::optional<Bytes> await(Key key, Deadline deadline, const Attend& attend = {});
 
@@ -49,6 +52,7 @@ private:
     std::unordered_map<Key, Bytes> replies_;
     std::vector<std::pair<Key, std::shared_ptr<Listener>>> listeners_;
     std::atomic<std::uint64_t> arrivals_{0};
+    std::atomic<int> missesInARow_{0}, callsToSkip_{0};
 };
 
 /// A listener's stay in a pool.

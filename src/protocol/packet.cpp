@@ -113,8 +113,9 @@ Object getStreamingFromPool(py::handle, const Object& queue, const Object& count
     return takeStreaming(queue, count);
 }
 
-// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
-bool sendNow(py::handle self, const Object& frame) {
+// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment. A near
+// device's reply is there on return, which spares the way through the loop's selector.
+bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> expected = {}) {
     const Object client = attribute(self, "client_cmd");
     if (!py::isinstance<NetworkClient>(client) || !hasOwnMethod(client, "sendPacket")) {
         callMethod(client, "sendPacket", frame);
@@ -122,8 +123,11 @@ bool sendNow(py::handle self, const Object& frame) {
     }
     const auto link = py::cast<std::shared_ptr<NetworkClient>>(client);
     const Bytes bytes = bytesOf(frame);
+    const auto pool = expected ? echoPool(self) : nullptr;
     const WithoutGil released;
-    return link->send(bytes, Clock::now());
+    const bool sent = link->send(bytes, Clock::now());
+    if (sent && pool) pool->yieldFor(*expected);
+    return sent;
 }
 
 Result sendWithoutReplySteps(Op op, Object command, Object data) {
@@ -141,7 +145,7 @@ Result echoPacketSteps(Op op, Object command, Object data, Object timeout) {
     const Object frame = op.call("_preparePacket", command, data);
     const EchoPool::Key key = keyOf(py::cast<int>(command), data);
     const Deadline deadline = deadlineIn(secondsOf(timeout));
-    while (!sendNow(op.self(), frame)) {
+    while (!sendNow(op.self(), frame, key)) {
         if (Clock::now() >= deadline) co_return py::none();
         co_await op.sleep(ECHO_DELAY);
     }
@@ -167,9 +171,15 @@ Result echoPacketWithRetrySteps(Op op, Object command, Object data, Object retri
 Result getReplySteps(Op op, Object key) {
     const auto pool = echoPool(op.self());
     const auto number = py::cast<EchoPool::Key>(key);
+    Wakers& wakers = runtimeOf(op.self()).wakers;
     for (;;) {
-        if (const auto data = pool->take(number)) co_return toBytes(*data);
-        co_await ArrivalPending(runtimeOf(op.self()).wakers, pool, number);
+        const auto data = pool->take(number);
+        if (!data) {
+            co_await ArrivalPending(wakers, pool, number);
+            continue;
+        }
+        if (wakers.loopIsDue()) co_await op.sleep(0);
+        co_return toBytes(*data);
     }
 }
 

@@ -195,6 +195,14 @@ std::shared_ptr<Waker> Wakers::of(py::handle loop) {
     return wakers_.emplace_back(Waker::make(loop));
 }
 
+bool Wakers::loopIsDue() {
+    constexpr std::chrono::microseconds longest{500};
+    const Deadline now = Clock::now();
+    if (now - lastTurn_ < longest) return false;
+    lastTurn_ = now;
+    return true;
+}
+
 bool ArrivalPending::await_suspend(Result::Handle handle) {
     const Deadline limit = handle.promise().limit;
     if (limit <= Clock::now()) throw AwaitTimedOut();
@@ -202,6 +210,7 @@ bool ArrivalPending::await_suspend(Result::Handle handle) {
     arrival_ = std::make_shared<Arrival>(wakers_.of(loop), callMethod(loop, "create_future"), limit);
     listening_.emplace(pool_, key_, arrival_);
     if (pool_->contains(key_)) return false;
+    wakers_.loopHasTurn();
     pending_.emplace(Pending::on(arrival_->future()));
     pending_->await_suspend(handle);
     return true;

@@ -79,7 +79,13 @@ class Wakers {
 public:
     std::shared_ptr<Waker> of(py::handle loop);
 
+    /// Replies that are there at once do not suspend their step. Whether the loop has gone without a turn for so long
+    /// that the step ought to; the answer counts as a turn.
+    bool loopIsDue();
+    void loopHasTurn() { lastTurn_ = Clock::now(); }
+
 private:
+    Deadline lastTurn_{};
     std::vector<std::shared_ptr<Waker>> wakers_;
 };
 
