@@ -11,16 +11,12 @@ namespace {
 
 [[noreturn]] void missing(py::handle key) { throw py::key_error(py::cast<std::string>(py::str(key))); }
 
-// Gives a class the rest of what its kind of collection has.
-void completeAs(py::handle type, const char* kind, std::initializer_list<const char*> methods) {
+// Gives a class the rest of what its kind of collection has; `items` are the type's parameters in the type stub.
+void completeAs(py::handle type, const char* kind, const char* items, std::initializer_list<const char*> methods) {
     const Object mixin = py::module_::import("collections.abc").attr(kind);
+    py::setattr(type, "__stub_base__", py::str(std::string(kind) + items));
     for (const char* name : methods) py::setattr(type, name, attribute(mixin, name));
     attribute(mixin, "register")(type);
-}
-
-void completeMapping(py::handle type) {
-    completeAs(type, "MutableMapping",
-               {"get", "pop", "popitem", "clear", "update", "setdefault", "keys", "values", "items", "__eq__"});
 }
 
 template <class Keys, class Convert>
@@ -36,6 +32,7 @@ Thing& thing(py::handle self) {
 }
 
 const Parameter keyParameter{"key", "Any", "key of the pool"};
+const Parameter soughtParameter{"key", "object", "what is looked for"};
 
 void defineEchoPool(Package& package) {
     const Parameter reply{"value", "bytes", "data of the reply"};
@@ -60,7 +57,7 @@ void defineEchoPool(Package& package) {
                 [](py::handle self, const Object& key) {
                     if (!thing<EchoPool>(self).take(py::cast<EchoPool::Key>(key))) missing(key);
                 })
-        .method("__contains__", {keyParameter}, "Whether a reply is there.", {"bool"}, {},
+        .method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
                 [](py::handle self, const Object& key) {
                     return PyLong_Check(key.ptr()) != 0 && thing<EchoPool>(self).contains(py::cast<EchoPool::Key>(key));
                 })
@@ -70,7 +67,8 @@ void defineEchoPool(Package& package) {
                 [](py::handle self) {
                     return iteratorOver(thing<EchoPool>(self).keys(), [](EchoPool::Key key) { return py::int_(key); });
                 });
-    completeMapping(type);
+    completeAs(type, "MutableMapping", "[int, bytes]",
+               {"get", "pop", "popitem", "clear", "update", "setdefault", "keys", "values", "items", "__eq__"});
 }
 
 // A key is the command, or a tuple of it with port and chip select.
@@ -98,13 +96,13 @@ void defineStreamPool(Package& package) {
     ClassMaker(type)
         .method("__getitem__", {keyParameter}, "The queue of a key.", {"Fifo"}, {},
                 [](py::handle self, const Object& key) { return thing<StreamPool>(self).at(streamKey(key)); })
-        .method("__contains__", {keyParameter}, "Whether the queue exists.", {"bool"}, {},
+        .method("__contains__", {soughtParameter}, "Whether the queue exists.", {"bool"}, {},
                 [](py::handle self, const Object& key) { return thing<StreamPool>(self).contains(streamKey(key)); })
         .method("__len__", {}, "Number of queues.", {"int"}, {},
                 [](py::handle self) { return thing<StreamPool>(self).keys().size(); })
         .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
                 [](py::handle self) { return iteratorOver(thing<StreamPool>(self).keys(), toObject); });
-    completeAs(type, "Mapping", {"keys", "values", "items", "get", "__eq__"});
+    completeAs(type, "Mapping", "[Any, Fifo]", {"keys", "values", "items", "get", "__eq__"});
 }
 
 StreamItem streamItem(py::handle item) { return item.is_none() ? StreamItem() : StreamItem(bytesOf(item)); }
@@ -176,7 +174,7 @@ void defineBroadcastPool(Package& package) {
     const auto set = py::class_<RecordSet, std::shared_ptr<RecordSet>>(
         package.module(), "RecordSet", "Replies to one broadcast command; equal ones count once.");
     ClassMaker(set)
-        .method("__contains__", {record}, "Whether a reply is there.", {"bool"}, {},
+        .method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
                 [](py::handle self, const Object& value) {
                     return PyBytes_Check(value.ptr()) != 0 && thing<RecordSet>(self).contains(bytesOf(value));
                 })
@@ -189,7 +187,8 @@ void defineBroadcastPool(Package& package) {
         .method("discard", {record}, "Removes a reply if it is there.", {}, {},
                 [](py::handle self, const Object& value) { thing<RecordSet>(self).discard(bytesOf(value)); })
         .method("clear", {}, "Removes all replies.", {}, {}, [](py::handle self) { thing<RecordSet>(self).clear(); });
-    completeAs(set, "MutableSet", {"remove", "pop", "isdisjoint", "__eq__", "__le__", "__lt__", "__ge__", "__gt__"});
+    completeAs(set, "MutableSet", "[bytes]",
+               {"remove", "pop", "isdisjoint", "__eq__", "__le__", "__lt__", "__ge__", "__gt__"});
 
     const auto pool = py::class_<BroadcastPool, std::shared_ptr<BroadcastPool>>(
         package.module(), "BroadcastPool", "Set of replies per broadcast command. A missing key makes an empty set.");
@@ -197,7 +196,7 @@ void defineBroadcastPool(Package& package) {
         .method("__getitem__", {keyParameter}, "The set of a command.", {"RecordSet"}, {},
                 [](py::handle self, const Object& key) { return thing<BroadcastPool>(self).at(py::cast<int>(key)); })
         .method(
-            "__contains__", {keyParameter}, "Whether the set exists.", {"bool"}, {},
+            "__contains__", {soughtParameter}, "Whether the set exists.", {"bool"}, {},
             [](py::handle self, const Object& key) { return thing<BroadcastPool>(self).contains(py::cast<int>(key)); })
         .method("__len__", {}, "Number of sets.", {"int"}, {},
                 [](py::handle self) { return thing<BroadcastPool>(self).keys().size(); })
@@ -205,7 +204,7 @@ void defineBroadcastPool(Package& package) {
                 [](py::handle self) {
                     return iteratorOver(thing<BroadcastPool>(self).keys(), [](int key) { return py::int_(key); });
                 });
-    completeAs(pool, "Mapping", {"keys", "values", "items", "get", "__eq__"});
+    completeAs(pool, "Mapping", "[int, RecordSet]", {"keys", "values", "items", "get", "__eq__"});
 }
 
 void defineGate(Package& package) {

@@ -48,7 +48,7 @@ ClassMaker& ClassMaker::add(Definition definition, Form form) {
 
 ClassMaker& ClassMaker::add(std::shared_ptr<const Definition> definition, Form form) {
     rememberRaises(*definition);
-    const std::string name = definition->name + (form == Form::awaitable ? "_async" : "");
+    const std::string name = nameIn(*definition, form);
     py::setattr(type_, name.c_str(), makeOperation(std::move(definition), form, nameOf(type_)));
     return *this;
 }

@@ -174,9 +174,14 @@ PyObject* text(const std::string& value) { return py::str(value).release().ptr()
 
 }  // namespace
 
+std::string nameIn(const Definition& definition, Form form) {
+    const bool isTwin = form == Form::awaitable && !definition.name.starts_with("__");
+    return definition.name + (isTwin ? "_async" : "");
+}
+
 Object makeOperation(std::shared_ptr<const Definition> definition, Form form, const std::string& owner) {
     const Parameters parameters = parametersOf(*definition, form);
-    const std::string name = definition->name + (form == Form::awaitable ? "_async" : "");
+    const std::string name = nameIn(*definition, form);
     OperationObject* self = PyObject_New(OperationObject, &operationType);
     if (self == nullptr) throw py::error_already_set();
     Object result = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));

@@ -16,6 +16,9 @@ enum class Form {
     awaitable,  ///< its twin X_async(...)
 };
 
+/// The name that a definition has in a form: a twin's ends in "_async".
+std::string nameIn(const Definition& definition, Form form);
+
 /// Makes the callable. `owner` is the name of the class that it goes into, empty for a function.
 Object makeOperation(std::shared_ptr<const Definition> definition, Form form, const std::string& owner);
 

@@ -1,0 +1,89 @@
+# Everything from set-up to benchmarks. `make help` lists the targets.
+PYTHON ?= /usr/bin/python3
+CMAKE ?= $(or $(wildcard /usr/bin/cmake),cmake)
+BUILD = build/default
+SIM = $(CURDIR)/$(BUILD)/bin/zvr-sim
+PYTHONPATH := $(CURDIR)/build
+FUZZ_SECONDS ?= 60
+
+export PYTHONPATH
+export PYTHONDONTWRITEBYTECODE = 1
+# The tests, the examples and the benchmarks start the simulator from here.
+export ZVR_SIM = $(SIM)
+
+configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) >/dev/null
+setup = @tools/setup.sh $(1)
+
+.PHONY: help build demo test bench asan tsan fuzz lint stubs docs clean
+
+help: ## Lists the targets
+	@sed -n 's/^\([a-z]*\):.*## /\1\t/p' Makefile | expand -t 10
+
+build: ## Builds the importable package build/pyzvr/ and the simulator
+	$(call setup,build test)
+	$(call configure,default)
+	$(CMAKE) --build $(BUILD)
+	@$(MAKE) --no-print-directory package
+
+# The package folder is put together from the module, the stub and the marker of its type information.
+.PHONY: package
+package:
+	@mkdir -p build/pyzvr
+	@rm -f build/pyzvr/*
+	@cp $(BUILD)/package/pyzvr/__init__.*.so python/pyzvr/__init__.pyi python/pyzvr/py.typed build/pyzvr/
+
+demo: build ## Runs the main job against the simulator
+	$(PYTHON) examples/demo.py
+
+test: build ## Runs all tests
+	cd $(BUILD) && ctest --output-on-failure --no-tests=error
+	$(PYTHON) -m pytest -q tests/python
+	$(PYTHON) -m mypy.stubtest pyzvr --allowlist tests/stubtest_allowlist.txt
+	$(PYTHON) -m mypy examples
+	$(PYTHON) tools/generate.py --check
+
+bench: ## Measures beside what a user would pick instead
+	$(call setup,build test bench)
+	$(call configure,bench)
+	$(CMAKE) --build $(BUILD)
+	@$(MAKE) --no-print-directory package
+	$(PYTHON) bench/run.py
+
+asan: ## Runs engine and Python tests under the address and undefined-behaviour sanitizers
+	$(call setup,build asan)
+	$(call configure,asan)
+	$(CMAKE) --build build/asan
+	cd build/asan && ctest --output-on-failure --no-tests=error
+	PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim \
+	ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
+	LD_PRELOAD="$$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
+	$(PYTHON) -X faulthandler -m pytest -q -p no:cacheprovider tests/python
+
+tsan: ## Runs the engine's tests under the thread sanitizer
+	$(call setup,build tsan)
+	$(call configure,tsan)
+	$(CMAKE) --build build/tsan
+	cd build/tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure --no-tests=error
+
+fuzz: ## Fuzzes for FUZZ_SECONDS each
+	$(call setup,build fuzz)
+	$(call configure,fuzz)
+	$(CMAKE) --build build/fuzz
+	mkdir -p build/fuzz/corpus
+	build/fuzz/bin/splitter_fuzz -max_total_time=$(FUZZ_SECONDS) -max_len=100000 build/fuzz/corpus fuzz/corpus/splitter
+
+lint: ## Checks format and habits
+	$(call setup,build lint)
+	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+	$(call configure,lint)
+	$(CMAKE) --build build/lint --target pyzvr
+	git ls-files 'src/*.cpp' 'simulator/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy -p build/lint --quiet
+	$(PYTHON) -m pyflakes examples bench tests/python tools
+
+stubs: build ## Writes the type stub and the reference page from the module
+	$(PYTHON) tools/generate.py
+
+docs: stubs ## The same
+
+clean: ## Removes what was built
+	rm -rf build
