@@ -6,8 +6,9 @@
 // is consumed with it.
 //
 // Trying the start bytes for every trailer would cost quadratic work on hostile bytes. But a start byte predicts the
-// one place where its trailer would have to stand. So each start byte is looked at once: the place holds a trailer,
-// or it does not, or it has not arrived yet and is remembered in a bitmap until it has.
+// one place where its trailer would have to stand. So the trailers are visited in order, and before one is decided,
+// every start byte before it has marked the place that it predicts; each start byte is looked at once, and only if a
+// trailer comes at all.
 //
 // Not thread-safe: a splitter belongs to the receive thread of its client.
 #pragma once
@@ -37,25 +38,29 @@ public:
     void setLastIndex(std::size_t index);
 
 private:
-    static constexpr std::size_t ringBits = 1 << 16;  // more than a start byte can predict ahead
+    static constexpr std::size_t ring = 1 << 16;  // more than a start byte can predict ahead
 
     std::size_t firstTrailer();
-    std::size_t firstPendingTrailer();
     std::size_t startOf(std::size_t trailer) const;
     Packet packetAt(std::size_t start, std::size_t trailer) const;
     void restart(std::size_t lastIndex);
     void dropDeadPrefix();
-    void setPending(std::size_t place);
-    void clearPending(std::size_t from, std::size_t end);
+    void markPredictions(std::size_t end, std::size_t floor);
+    void markBlock(std::size_t start, std::size_t floor);
+    bool isMarked(std::size_t place) const { return marks_[place % ring] == mark_; }
+    void advance(std::size_t place);
 
     Bytes buffer_;
     std::size_t front_ = 0;      // the stream begins here in buffer_; all places below are offsets in the stream
     std::size_t lastIndex_ = 0;  // trailers before it have proved to end no frame
     std::size_t searched_ = 0;   // and so have all before this one
-    std::size_t scanned_ = 0;    // start bytes before it have made their prediction
+    std::size_t scanned_ = 0;    // start bytes before it have marked their predictions, or predict no place of interest
 
-    std::array<std::uint64_t, ringBits / 64> pending_{};  // predicted places that have not arrived, modulo ringBits
-    std::size_t pendingEnd_ = 0;                          // all of them lie between searched_ and here
+    // The predicted places between searched_ and markedEnd_ hold the mark, modulo ring. What older frames left there
+    // are older marks.
+    std::array<std::uint8_t, ring> marks_{};
+    std::uint8_t mark_ = 1;
+    std::size_t markedEnd_ = 0;
 };
 
 }  // namespace zvr

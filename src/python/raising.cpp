@@ -37,8 +37,10 @@ void raiseCurrent() noexcept {
         } catch (const AwaitTimedOut&) {
             PyErr_SetNone(hostObject("asyncio", "TimeoutError").ptr());
         } catch (const std::system_error& error) {
-            setError(PyExc_OSError,
-                     callObject(PyExc_OSError, py::int_(error.code().value()), py::str(error.code().message())));
+            // The host picks the subclass by the number.
+            const Object failure =
+                callObject(PyExc_OSError, py::int_(error.code().value()), py::str(error.code().message()));
+            setError(py::type::of(failure), failure);
         } catch (const WrongLength& error) {
             setError(hostObject("struct", "error"), error.what());
         } catch (const std::overflow_error& error) {

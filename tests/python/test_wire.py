@@ -1,0 +1,208 @@
+"""What each operation sends and what it makes of a reply, in both forms, at a client that is a test double."""
+
+import pytest
+from conftest import Double
+
+import pyzvr
+
+U16 = pyzvr.convertU16To2U8
+REFUSED = b"\x00\x15"  # status 21 at byte 1
+
+
+class Box(pyzvr.Device, pyzvr.SystemModule, pyzvr.NetworkModule, pyzvr.SystemModule_async, pyzvr.NetworkModule_async):
+    pass
+
+
+# operation, arguments, command, data sent, reply, result, field that keeps it
+SYSTEM = [
+    ("Sys_getDriverInfo", (), "GET_DRIVER_INFO", [0], b"Tarn_3.2_x\0\0", ["Tarn", "3.2", "x"], None),
+    ("_getDriverInfo_dev", (7,), "GET_DRIVER_INFO", [7], b"a_b", "a_b", "driver_info"),
+    ("Sys_getDeviceAlias", (), "GET_DEV_ALIAS", [], b"bench\r\nrest\xff", "bench", None),
+    ("Sys_getDeviceAlias", (), "GET_DEV_ALIAS", [], b"whole", "whole", None),
+    ("Sys_setDeviceAlias", ("Ab",), "SET_DEV_ALIAS", [65, 98], b"\0", 0, None),
+    ("Sys_setRTC", (24, 1, 2, 3, 4, 5), "SET_DATE_TIME", [24, 1, 2, 3, 4, 5], b"\0", 0, None),
+    ("Sys_setRTC", (2024, 1, 2, 3, 4, 5), "SET_DATE_TIME", [124, 1, 2, 3, 4, 5], b"\x14", -7004, None),
+    ("Sys_getRTC", (), "GET_DATE_TIME", [0], bytes([124, 1, 2, 3, 4, 5]), "2024-01-02, 03:04:05", "rtc_time"),
+    ("Sys_startRTCAlarm", (1, 2, 3, 4, 5), "RTC_START_ALARM", [0, 1, 2, 3, 4, 5], b"\0\x15", 21, None),
+    ("Sys_stopRTCAlarm", (), "RTC_STOP_ALARM", [0], b"\0\0", 0, None),
+    ("_Sys_getRTCAlarmState", (), "RTC_GET_ALARM_STATE", [0], b"\0\1", "on", None),
+    ("_Sys_getRTCAlarmState", (), "RTC_GET_ALARM_STATE", [0], b"\0\2", "off", None),
+    ("_Sys_getRTCAlarmConfig", (), "RTC_GET_ALARM_CONFIG", [0], bytes(range(7)), "0001-02-03, 04:05:06", None),
+    ("Sys_getSerialNumber", (), "GET_SERIAL_NUMBER", [], b"SN01\0\0\0\0more", "SN01", "serial_number"),
+    ("Sys_reboot", (), "REBOOT", [250], b"\x50", -7027, None),
+    ("_Sys_rebootOnBootloader", (), "REBOOT_ON_BOOTLOADER", [251], b"\0", 0, None),
+    ("Sys_getMode", (4,), "GET_SLOT_MODE", [], b"\x08\x10\x19\x02\x36", "Switch", None),
+    ("Sys_getMode", (2,), "GET_SLOT_MODE", [], b"\x08\x10\x19\x02\x36", "Idle", None),
+    ("Sys_setIdleMode", (1,), "SET_SLOT_MODE", [0, 0], b"\0\0", 0, None),
+    ("Sys_setDIMode", (2,), "SET_SLOT_MODE", [2, 1], b"\2\x0a", 10, None),
+    ("Sys_setDOMode", (4,), "SET_SLOT_MODE", [6, 2], b"\6\0", 0, None),
+    ("Sys_setDIOMode", (1,), "SET_SLOT_MODE", [0, 3], b"\0\0", 0, None),
+    ("Sys_setMotionMode", (1,), "SET_SLOT_MODE", [0, 4], b"\0\0", 0, None),
+    ("Sys_setAIOMode", (1,), "SET_SLOT_MODE", [0, 5], b"\0\0", 0, None),
+    ("Sys_setSwitchMode", (1,), "SET_SLOT_MODE", [0, 6], b"\0\0", 0, None),
+    ("_getEEPROMPage", (3,), "GET_EEPROM_PAGE", [3], b"\1\2\xff", [1, 2, 255], None),
+    ("_setEEPROMPage", (3, [9, 8]), "SET_EEPROM_PAGE", [3, 9, 8], b"\x28", -7012, None),
+    ("_getEEPROMDevice", (1,), "GET_EEPROM_DEVICE", [1], b"\7", [7], None),
+    ("_setEEPROMByte", (1, 2, 3), "SET_EEPROM_BYTE", [1, 2, 3], b"\0", 0, None),
+    ("_setSerialNumber", ("SN01",), "SET_SERIAL_NUMBER", list(b"SN01"), b"\0", 0, None),
+    ("_resetFactory", (), "RESET_FACTORY", [], b"\0", 0, None),
+    ("_getThreads", (), "GET_THREADS", [], b"main;net\0", "main;net", "thread_info"),
+    ("Sys_getPinModeInPort", (2,), "GET_PIN_MODE_OF_SLOT", [2], b"\2\3\x32\x94",
+     ["DI", "DO", "UART", "ADC"], None),
+    ("Net_getGateway", (), "GET_GATEWAY", [], b"\xc0\xa8\1\1", "192.168.1.1", "gateway"),
+    ("Sys_getGateway", (), "GET_GATEWAY", [], b"\xc0\xa8\1\1", "192.168.1.1", "gateway"),
+    ("_setGateway", ("10.0.0.1",), "SET_GATEWAY", [10, 0, 0, 1], b"\0", 0, None),
+    ("Net_getIPAddrAndSubmask", (), "GET_IP", [], b"\xc0\xa8\1\x6e\xff\xff\xff\0",
+     ["192.168.1.110", "255.255.255.0"], None),
+    ("Sys_getIPAddrAndSubmask", (), "GET_IP", [], b"\xc0\xa8\1\x6e\xff\xff\xff\0",
+     ["192.168.1.110", "255.255.255.0"], None),
+    ("Net_setIPAddrAndSubmask", ("10.0.0.2",), "SET_IP", [10, 0, 0, 2, 255, 255, 255, 0], b"\0", 0, None),
+    ("Sys_setIPAddrAndSubmask", ("10.0.0.2", "255.0.0.0"), "SET_IP", [10, 0, 0, 2, 255, 0, 0, 0], b"\x48", -7025, None),
+    ("Net_getMACAddr", (), "GET_MAC", [], b"\0\x0a\xff\1\2\3", "0:a:ff:1:2:3", "mac_addr"),
+    ("Sys_getMACAddr", (), "GET_MAC", [], b"\0\x0a\xff\1\2\3", "0:a:ff:1:2:3", "mac_addr"),
+    ("_setMACAddr", ("0:a:ff:1:2:3",), "SET_MAC", [0, 10, 255, 1, 2, 3], b"\0", 0, None),
+]
+
+
+@pytest.mark.parametrize("operation, arguments, command, sent, reply, result, field", SYSTEM)
+def test_system_and_network(call, operation, arguments, command, sent, reply, result, field):
+    box = Box()
+    box.client_cmd = Double(box)
+    box.client_cmd.replies = {getattr(pyzvr, command): reply}
+    assert call(box, operation, *arguments) == result
+    assert box.client_cmd.sent == [(getattr(pyzvr, command), bytes(sent))]
+    if field:
+        assert getattr(box, field) == result
+
+
+def test_pin_modes_are_kept(call):
+    box = Box()
+    box.client_cmd = Double(box)
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\3\x21\x03"}
+    assert call(box, "Sys_getPinModeInPort", 0) == ["Idle", "DI", "DO", "Disabled"]
+    assert (box.num_of_pins, box.pin_mode_list) == (3, [1, 2, 3, 0])
+
+
+LEVELS = b"\0\x01\xa5"
+DIO = [
+    ("DIO_loadStartup", (0,), "LOAD_DIO_STARTUP", [0, 1, 1, 1, 1, 1, 1], b"\0\0\1\0\2\0\3",
+     ([1] + [0] * 7, [0, 1] + [0] * 6, [1, 1] + [0] * 6)),
+    ("_DIO_saveStartup", (0, 1, 2, 3), "SAVE_DIO_STARTUP", [0, *U16(1), *U16(2), *U16(3)], b"\0\0", 0),
+    ("_getDIOCurrent", (0, 259), "GET_DIO_CURRENT", [0, 1, 3, 1, 1, 1, 1, 1, 1], b"\0\0\1\0\0\0\0",
+     ([1] + [0] * 7, [0] * 8, [0] * 8)),
+    ("_setDIOCurrent", (0, 1, 2, 3, 4), "SET_DIO_CURRENT", [0, 0, 1, 0, 2, 0, 3, 0, 4], REFUSED, -7005),
+    ("_toggleDIODirection", (0, 1, 2), "TOGGLE_DIO_DIR", [0, 0, 1, 0, 2], b"\0\0", 0),
+    ("_getDIOState", (0, 65535), "GET_DIO_STATE", [0, 255, 255], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("_setDIOState", (0, 1, 1), "SET_DIO_STATE", [0, 0, 1, 0, 1], b"\0\x32", -7015),
+    ("_readDI", (0,), "READ_DI", [0, 0], b"\0\0", 0),
+    ("_writeDO", (0,), "WRITE_DO", [0, 0], b"\0\0", 0),
+    ("_readAndGetDI", (0, 1), "READ_AND_GET_DI", [0, 0, 1], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("_setAndWriteDO", (0, 1, 1), "SET_AND_WRITE_DO", [0, 0, 1, 0, 1], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("_DIO_setPortDI", (1,), "SET_SLOT_DI", [1, 0], b"\1\0", 0),
+    ("_DIO_setPortDO", (0,), "SET_SLOT_DO", [0, 0], b"\0\0", 0),
+    ("_DIO_setPortIdle", (0,), "SET_SLOT_IDLE", [0, 0], b"\0\0", 0),
+    ("_toggleAndWriteDO", (0, 6), "TOGGLE_AND_WRITE_DO", [0, 0, 6], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("_closeDIOInPins", (0, 5), "SET_DIO_CURRENT", [0, 0, 5, 0, 0, 0, 0, 0, 0], b"\0\0", 0),
+    ("_closeDIOInPort", (0,), "SET_DIO_CURRENT", [0, 255, 255, 0, 0, 0, 0, 0, 0], b"\0\0", 0),
+    ("DI_closePort", (1,), "SET_DIO_CURRENT", [1, 255, 255, 0, 0, 0, 0, 0, 0], b"\0\0", 0),
+    ("DI_closePins", (0, [0, 2]), "SET_DIO_CURRENT", [0, 0, 5, 0, 0, 0, 0, 0, 0], b"\0\0", 0),
+    ("DO_closePins", (0, 6), "SET_DIO_CURRENT", [0, 0, 6, 0, 0, 0, 0, 0, 0], b"\0\0", 0),
+    ("DI_readPort", (0,), "READ_AND_GET_DI", [0, 255, 255], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("DI_readPins", (0, [7, 1, 0]), "READ_AND_GET_DI", [0, 0, 131], LEVELS, [1, 0, 1]),
+    ("DO_writePort", (0, [1, 0, 1]), "SET_AND_WRITE_DO", [0, 255, 255, 0, 5], LEVELS, 0),
+    ("DO_writePort", (0, 0x1234), "SET_AND_WRITE_DO", [0, 255, 255, 0x12, 0x34], LEVELS, 0),
+    ("DO_writePins", (0, [0, 2], [0, 7]), "SET_AND_WRITE_DO", [0, 0, 5, 0, 4], LEVELS, 0),
+    ("DO_writePins", (0, 3, 1), "SET_AND_WRITE_DO", [0, 0, 3, 0, 1], LEVELS, 0),
+    ("DO_togglePort", (0,), "TOGGLE_AND_WRITE_DO", [0, 255, 255], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+    ("DO_togglePins", (0, [9]), "TOGGLE_AND_WRITE_DO", [0, 2, 0], LEVELS, [1, 0, 1, 0, 0, 1, 0, 1]),
+]
+
+
+@pytest.mark.parametrize("operation, arguments, command, sent, reply, result", DIO)
+def test_digital(bench, call, operation, arguments, command, sent, reply, result):
+    bench.client_cmd.replies = {getattr(pyzvr, command): reply}
+    assert call(bench, operation, *arguments) == result
+    assert bench.client_cmd.sent == [(getattr(pyzvr, command), bytes(sent))]
+
+
+ALL_IDLE, NONE_FREE = b"\0\x08\x11\x11\x11\x11", b"\0\x08\x44\x44\x44\x44"
+
+
+@pytest.mark.parametrize("operation, arguments, mask, direction", [
+    ("DI_openPort", (0,), 65535, 0), ("DI_openPins", (0, [0, 2]), 5, 0),
+    ("DO_openPort", (0,), 65535, 65535), ("DO_openPins", (0, [0, 2]), 5, 65535), ("DO_openPins", (0, 5), 5, 65535)])
+def test_opening_reads_the_pin_modes_first(bench, call, operation, arguments, mask, direction):
+    bench.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: ALL_IDLE, pyzvr.SET_DIO_CURRENT: REFUSED}
+    assert call(bench, operation, *arguments) == -7005
+    assert bench.client_cmd.sent == [
+        (pyzvr.GET_PIN_MODE_OF_SLOT, b"\0"),
+        (pyzvr.SET_DIO_CURRENT, bytes([0, *U16(mask), 255, 255, *U16(direction), 0, 0]))]
+    bench.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = NONE_FREE
+    failure = pyzvr.DIPortNotAvaliableError if operation.startswith("DI") else pyzvr.DOPortNotAvaliableError
+    with pytest.raises(failure):
+        call(bench, operation, *arguments)
+    assert len(bench.client_cmd.sent) == 3
+
+
+REFUSALS = [
+    ("DI_openPort", (9,), pyzvr.DIPortNotAvaliableError), ("DI_openPort", ("0",), pyzvr.InputTypeNotCorrectError),
+    ("DI_openPins", (1, [0, 2]), pyzvr.PinsNotExistError), ("DI_openPins", (0, (0,)), pyzvr.InputTypeNotCorrectError),
+    ("DI_openPins", (0, 5), TypeError), ("DI_closePins", (0, 5), TypeError), ("DI_readPins", (0, 5), TypeError),
+    ("DI_readPort", (9,), pyzvr.DIPortNotAvaliableError), ("DO_openPort", (1,), pyzvr.DOPortNotAvaliableError),
+    ("DO_openPins", (0, 0x100), pyzvr.PinsNotExistError), ("DO_closePort", (1,), pyzvr.DOPortNotAvaliableError),
+    ("DO_writePort", (0, "1"), pyzvr.InputTypeNotCorrectError), ("DO_writePort", (0, 65536), OverflowError),
+    ("DO_writePins", (0, [0, 1], [1]), pyzvr.PinsValueNotDefineError),
+    ("DO_writePins", (0, 3, [1, 1]), pyzvr.InputTypeNotConsistentError),
+    ("DO_togglePins", (1, [0]), pyzvr.DOPortNotAvaliableError), ("DO_togglePins", (0, 1 << 16), OverflowError),
+    ("_DIO_setPortIdle", (1,), pyzvr.DOPortNotAvaliableError), ("DIO_loadStartup", (256,), ValueError),
+    ("_setDIOCurrent", (0, -1, 0, 0, 0), OverflowError), ("_setDIOCurrent", (0, "1", 0, 0, 0), TypeError),
+    ("Sys_setIdleMode", (3,), pyzvr.LatticePortNotAvaliableError), ("Sys_getMode", (0,), pyzvr.LatticePortNotAvaliableError),
+    ("Sys_getMode", ("1",), pyzvr.InputTypeNotCorrectError), ("Sys_getPinModeInPort", (0.0,), pyzvr.InputTypeNotCorrectError),
+    ("Sys_setRTC", (2024, 1, 1, 0, 0, "0"), pyzvr.InputTypeNotCorrectError), ("Sys_setRTC", (2200, 1, 1, 0, 0, 0), ValueError),
+    ("_getEEPROMPage", (-1,), ValueError), ("Sys_setDeviceAlias", ("œ",), ValueError),
+]
+
+
+@pytest.mark.parametrize("operation, arguments, failure", REFUSALS)
+def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operation, arguments, failure):
+    with pytest.raises(failure):
+        call(bench, operation, *arguments)
+    assert bench.client_cmd.sent == []
+
+
+@pytest.mark.parametrize("operation, arguments, failure", [
+    ("_setGateway", (5,), pyzvr.InputTypeNotCorrectError), ("_setGateway", ("x",), OSError), ("Net_setIPAddrAndSubmask", ("1.2.3.4", None), pyzvr.InputTypeNotCorrectError),
+    ("_setMACAddr", ("0:g",), ValueError)])
+def test_bad_addresses_fail_before_anything_is_sent(call, operation, arguments, failure):
+    box = Box()
+    box.client_cmd = Double(box)
+    with pytest.raises(failure):
+        call(box, operation, *arguments)
+    assert box.client_cmd.sent == []
+
+
+def test_wifi_devices_count_years_from_2000(call):
+    class WifiBox(pyzvr.WifiDevice, pyzvr.SystemModule, pyzvr.SystemModule_async):
+        def _getDeviceName(self):
+            return "Heron-Box"
+
+    with WifiBox() as box:
+        box.client_cmd = Double(box)
+        box.client_cmd.replies = {pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5])}
+        assert call(box, "Sys_getRTC") == "2024-01-02, 03:04:05"
+
+
+def test_models_of_fixed_function_open_and_close_without_traffic(call):
+    class Mine(pyzvr.TarnDio):
+        """A subclass counts as its model."""
+
+    with Mine() as box:
+        box.client_cmd = Double(box)
+        for side in ("DI", "DO"):
+            for verb in ("open", "close"):
+                assert call(box, f"{side}_{verb}Port", 99) == 0
+                assert call(box, f"{side}_{verb}Pins", 99, "nonsense") == 0
+        with pytest.raises(pyzvr.DIPortNotAvaliableError):
+            call(box, "DI_readPort", 99)
+        assert box.client_cmd.sent == [] and box.DI_getPinMap() == {1: [0, 1, 2, 3, 4, 5, 6, 7]}
+        assert box.DO_getPinMap() == {0: [0, 1, 2, 3, 4, 5]} and box._getDeviceName() == "Tarn-Dio"
