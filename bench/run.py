@@ -1,0 +1,241 @@
+"""Measures the library beside what a user would pick instead, all in one run.
+
+Round trips: one request for the serial number and its reply, by a bare blocking socket, by asyncio streams, by a C++
+client with one thread, and by the library in both forms, all against one simulator. Each batch of one contender runs
+between batches of the others, in a new order every round, so that what the machine does meanwhile hits all alike. Only
+ratios within a run count. Once with everything pinned to one core, once unpinned.
+"""
+
+from __future__ import annotations
+
+import argparse
+import asyncio
+import json
+import os
+import random
+import socket
+import statistics
+import subprocess
+import sys
+import threading
+import time
+from pathlib import Path
+
+import pyzvr
+
+ROOT = Path(__file__).resolve().parent.parent
+BIN = Path(os.environ.get("ZVR_SIM", ROOT / "build/default/bin/zvr-sim")).parent
+REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
+REPLY_LENGTH = 14
+now = time.perf_counter_ns
+
+
+class Simulator:
+    def __init__(self, *options: str) -> None:
+        command = [str(BIN / "zvr-sim"), "TarnDio", "--port", "0", "--stdin-stop", *options]
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        said = json.loads(self.process.stdout.readline())
+        self.address = said["host"], said["command_port"]
+
+    def __enter__(self) -> Simulator:
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.process.stdin.close()
+        self.process.wait()
+
+
+class BareSocket:
+    name = "blocking Python socket"
+
+    def __init__(self, address: tuple[str, int]) -> None:
+        self.socket = socket.create_connection(address)
+        self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+
+    def batch(self, count: int) -> list[int]:
+        times = []
+        for _ in range(count):
+            begin = now()
+            self.socket.sendall(REQUEST)
+            received = self.socket.recv(100)
+            while len(received) < REPLY_LENGTH:
+                received += self.socket.recv(100)
+            times.append(now() - begin)
+        return times
+
+    def close(self) -> None:
+        self.socket.close()
+
+
+class Streams:
+    name = "asyncio streams"
+
+    def __init__(self, address: tuple[str, int]) -> None:
+        self.loop = asyncio.new_event_loop()
+        self.reader, self.writer = self.loop.run_until_complete(asyncio.open_connection(*address))
+
+    async def run(self, count: int) -> list[int]:
+        times = []
+        for _ in range(count):
+            begin = now()
+            self.writer.write(REQUEST)
+            await self.reader.readexactly(REPLY_LENGTH)
+            times.append(now() - begin)
+        return times
+
+    def batch(self, count: int) -> list[int]:
+        return self.loop.run_until_complete(self.run(count))
+
+    def close(self) -> None:
+        self.writer.close()
+        self.loop.run_until_complete(self.writer.wait_closed())
+        self.loop.close()
+
+
+class NativeClient:
+    name = "C++ client, one thread"
+
+    def __init__(self, address: tuple[str, int]) -> None:
+        command = [str(BIN / "roundtrip_client"), address[0], str(address[1])]
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+
+    def batch(self, count: int) -> list[int]:
+        self.process.stdin.write(f"run {count}\n")
+        self.process.stdin.flush()
+        return [int(text) for text in self.process.stdout.readline().split()]
+
+    def close(self) -> None:
+        self.process.stdin.close()
+        self.process.wait()
+
+
+class Blocking:
+    name = "pyzvr, blocking"
+
+    def __init__(self, address: tuple[str, int]) -> None:
+        self.box = pyzvr.TarnDio()
+        self.box.connect(*address, verbose=False)
+
+    def batch(self, count: int) -> list[int]:
+        times = []
+        read = self.box.Sys_getSerialNumber
+        for _ in range(count):
+            begin = now()
+            read()
+            times.append(now() - begin)
+        return times
+
+    def close(self) -> None:
+        self.box.close(verbose=False)
+
+
+class Awaited(Blocking):
+    name = "pyzvr, awaited"
+
+    def __init__(self, address: tuple[str, int]) -> None:
+        super().__init__(address)
+        self.loop = asyncio.new_event_loop()
+
+    async def run(self, count: int) -> list[int]:
+        times = []
+        read = self.box.Sys_getSerialNumber_async
+        for _ in range(count):
+            begin = now()
+            await read()
+            times.append(now() - begin)
+        return times
+
+    def batch(self, count: int) -> list[int]:
+        return self.loop.run_until_complete(self.run(count))
+
+    def close(self) -> None:
+        super().close()
+        self.loop.close()
+
+
+def measure(kinds: list[type], address: tuple[str, int], rounds: int, count: int) -> dict[str, list[int]]:
+    contenders = [kind(address) for kind in kinds]
+    times: dict[str, list[int]] = {contender.name: [] for contender in contenders}
+    for contender in contenders:
+        contender.batch(count)
+    for _ in range(rounds):
+        for contender in random.sample(contenders, len(contenders)):
+            times[contender.name] += contender.batch(count)
+    for contender in contenders:
+        contender.close()
+    return times
+
+
+def report(title: str, times: dict[str, list[int]]) -> dict[str, float]:
+    medians = {name: statistics.median(values) / 1000 for name, values in times.items()}
+    print(f"\n{title}\n{'':26}{'median us':>12}{'p99 us':>12}{'of socket':>12}")
+    for name, values in times.items():
+        tail = statistics.quantiles(values, n=100)[98] / 1000
+        print(f"{name:26}{medians[name]:12.1f}{tail:12.1f}{medians[name] / medians[BareSocket.name]:12.2f}")
+    return medians
+
+
+def goal(text: str, value: float, limit: float) -> None:
+    print(f"  {text}: {value:.2f} (goal: at most {limit:g}) {'reached' if value <= limit else 'MISSED'}")
+
+
+def round_trips(rounds: int, count: int, pinned: bool) -> None:
+    if pinned:
+        os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
+    with Simulator() as simulator:
+        kinds = [BareSocket, Streams, NativeClient, Blocking, Awaited]
+        times = measure(kinds, simulator.address, rounds, count)
+    medians = report("Round trips, " + ("everything on one core" if pinned else "unpinned"), times)
+    print()
+    goal("blocking / Python socket", medians[Blocking.name] / medians[BareSocket.name], 1.5 if pinned else 99)
+    goal("awaited / asyncio streams", medians[Awaited.name] / medians[Streams.name], 0.7 if pinned else 99)
+
+
+def beside_a_computing_thread(rounds: int) -> None:
+    """A device that takes 300 us, while another Python thread of the process computes."""
+    stop = threading.Event()
+
+    def compute() -> None:
+        while not stop.is_set():
+            sum(range(1000))
+
+    thread = threading.Thread(target=compute)
+    with Simulator("--delay", "0.0003") as simulator:
+        thread.start()
+        times = measure([BareSocket, Blocking], simulator.address, rounds, 20)
+        stop.set()
+        thread.join()
+    medians = report("Round trips with a device of 300 us beside a computing Python thread", times)
+    print()
+    goal("blocking / Python socket", medians[Blocking.name] / medians[BareSocket.name], 1.0)
+
+
+def splitter() -> None:
+    command = [str(BIN / "splitter_bench"), "--benchmark_format=json"]
+    results = json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)["benchmarks"]
+    print(f"\nSplitter\n{'':34}{'GB/s':>10}{'ns/byte':>10}")
+    for result in results:
+        rate = result["bytes_per_second"]
+        print(f"{result['name']:34}{rate / 1e9:10.2f}{1e9 / rate:10.3f}")
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("part", nargs="?", choices=["pinned", "unpinned", "computing", "splitter"])
+    parser.add_argument("--rounds", type=int, default=30, help="batches of each contender")
+    parser.add_argument("--count", type=int, default=500, help="round trips of a batch")
+    arguments = parser.parse_args()
+    if arguments.part in ("pinned", "unpinned"):
+        round_trips(arguments.rounds, arguments.count, arguments.part == "pinned")
+    elif arguments.part == "computing":
+        beside_a_computing_thread(arguments.rounds)
+    elif arguments.part == "splitter":
+        splitter()
+    else:
+        # Each part in a process of its own: pinning is for good.
+        for part in ("pinned", "unpinned", "computing", "splitter"):
+            subprocess.run([sys.executable, __file__, part, *sys.argv[1:]], check=True)
+
+
+if __name__ == "__main__":
+    main()

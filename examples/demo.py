@@ -1,0 +1,99 @@
+"""The main job against a simulated box: connect, identify, read and write lines in both forms, log to CSV.
+
+    python3 examples/demo.py            starts the simulator of a Tarn-Dio-Lite by itself
+    python3 examples/demo.py HOST PORT  uses a device
+"""
+
+from __future__ import annotations
+
+import asyncio
+import csv
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import pyzvr
+
+MODEL = "TarnDioLite"
+SAMPLES = 200
+
+
+def start_simulator() -> tuple[subprocess.Popen[str], str, int]:
+    """Starts the simulator; it ends by itself when its standard input closes."""
+    program = os.environ.get("ZVR_SIM") or shutil.which("zvr-sim")
+    if program is None:
+        sys.exit("zvr-sim is not found: build it with `make build`, or name it in ZVR_SIM")
+    process = subprocess.Popen(
+        [program, MODEL, "--port", "0", "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True
+    )
+    assert process.stdout is not None
+    address = json.loads(process.stdout.readline())
+    print("Simulator:", address)
+    return process, address["host"], address["command_port"]
+
+
+def identify(box: pyzvr.TarnDioLite) -> None:
+    print("Driver:   ", " ".join(box.Sys_getDriverInfo()))
+    print("Serial:   ", box.Sys_getSerialNumber())
+    print("Clock:    ", box.Sys_getRTC())
+    print("Address:  ", *box.Net_getIPAddrAndSubmask(), box.Net_getMACAddr())
+
+
+def read_and_write(box: pyzvr.TarnDioLite) -> None:
+    """Output port 0 is wired to input port 2 in the simulator."""
+    assert box.DO_openPort(0) == 0 and box.DI_openPort(2) == 0
+    for word in (0b00000000, 0b10100101, 0b11111111):
+        box.DO_writePort(0, word)
+        print(f"Wrote {word:08b} to port 0, read", box.DI_readPort(2), "from port 2")
+    print("Toggled:  ", box.DO_togglePins(0, [0, 7]))
+    try:
+        box.DI_readPins(2, [8])
+    except pyzvr.PinsNotExistError as failure:
+        print("Refused:  ", failure)
+
+
+async def read_and_write_async(box: pyzvr.TarnDioLite) -> None:
+    """The same on one event loop, several requests at once."""
+    await asyncio.gather(box.DO_openPort_async(1), box.DI_openPort_async(3))
+    await box.DO_writePort_async(1, 0b01010101)
+    levels, clock = await asyncio.gather(box.DI_readPort_async(3), box.Sys_getRTC_async())
+    print("Awaited:  ", levels, clock)
+
+
+def log(box: pyzvr.TarnDioLite, path: Path) -> None:
+    """A counter on port 0, read back from port 2 and logged."""
+    begin = time.perf_counter()
+    with path.open("w", newline="") as file:
+        writer = csv.writer(file)
+        writer.writerow(["seconds", *(f"pin {pin}" for pin in range(8))])
+        for count in range(SAMPLES):
+            box.DO_writePort(0, count % 256)
+            writer.writerow([f"{time.perf_counter() - begin:.6f}", *box.DI_readPort(2)])
+    rate = SAMPLES / (time.perf_counter() - begin)
+    print(f"Logged {SAMPLES} rows to {path} at {rate:.0f} rows a second")
+
+
+def main() -> None:
+    process = None
+    if len(sys.argv) == 3:
+        host, port = sys.argv[1], int(sys.argv[2])
+    else:
+        process, host, port = start_simulator()
+    with pyzvr.TarnDioLite() as box:
+        box.connect(host, port)
+        identify(box)
+        read_and_write(box)
+        asyncio.run(read_and_write_async(box))
+        log(box, Path(tempfile.gettempdir()) / "pyzvr-demo.csv")
+    if process is not None and process.stdin is not None:
+        process.stdin.close()
+        process.wait()
+
+
+if __name__ == "__main__":
+    main()

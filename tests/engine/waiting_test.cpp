@@ -1,0 +1,203 @@
+// The queue and the gate, with real threads on both sides.
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <thread>
+
+#include "core/bytes.h"
+#include "core/fifo.h"
+#include "core/gate.h"
+#include "support.h"
+
+namespace zvr {
+namespace {
+
+using testing::endsSoon;
+using testing::Interrupted;
+using testing::Milestone;
+using testing::patience;
+
+TEST(Fifo, FullQueueRefusesAtOnceAndAtTheDeadlineAndKeepsItsItems) {
+    Fifo<int> fifo(2);
+    EXPECT_TRUE(fifo.tryPut(1));
+    EXPECT_TRUE(fifo.put(2, forever));
+    EXPECT_FALSE(fifo.tryPut(3));
+    EXPECT_FALSE(fifo.put(4, Clock::now()));
+    EXPECT_FALSE(fifo.put(5, Clock::now() + std::chrono::milliseconds(5)));
+    EXPECT_EQ(fifo.size(), 2u);
+    EXPECT_EQ(fifo.tryGet(), 1);
+    EXPECT_EQ(fifo.get(Clock::now()), 2);
+    EXPECT_EQ(fifo.tryGet(), std::nullopt);
+    EXPECT_EQ(fifo.get(Clock::now() + std::chrono::milliseconds(5)), std::nullopt);
+}
+
+TEST(Fifo, QueueWithoutLimitTakesAll) {
+    Fifo<int> fifo;
+    for (int i = 0; i < 10'000; ++i) ASSERT_TRUE(fifo.tryPut(i));
+    EXPECT_EQ(fifo.size(), 10'000u);
+    EXPECT_EQ(fifo.tryGet(), 0);
+}
+
+TEST(Fifo, WaitingPutGoesOnWhenAnItemLeaves) {
+    Fifo<int> fifo(1);
+    ASSERT_TRUE(fifo.tryPut(1));
+    auto put = std::async(std::launch::async, [&] { return fifo.put(2, forever); });
+    EXPECT_EQ(fifo.get(patience()), 1);
+    ASSERT_TRUE(endsSoon(put));
+    EXPECT_TRUE(put.get());
+    EXPECT_EQ(fifo.tryGet(), 2);
+}
+
+// A reader that waits for a number of items must not eat the wake-up of one that waits for any item.
+TEST(Fifo, ReaderIsWokenThoughAnotherOneWaitsForMoreItems) {
+    for (int round = 0; round < 200; ++round) {
+        Fifo<int> fifo;
+        Milestone started;
+        auto many = std::async(std::launch::async, [&] {
+            started.reach();
+            return fifo.waitForSize(2, forever);
+        });
+        ASSERT_TRUE(started.awaitCount(1));
+        auto one = std::async(std::launch::async, [&] {
+            started.reach();
+            return fifo.get(forever);
+        });
+        ASSERT_TRUE(started.awaitCount(2));
+        std::this_thread::yield();
+        fifo.tryPut(1);
+        const bool woken = one.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+        for (int i = 0; i < 3; ++i) fifo.tryPut(2);  // lets both go in any case
+        EXPECT_EQ(one.get(), 1);
+        EXPECT_GE(many.get(), 2u);
+        ASSERT_TRUE(woken) << "in round " << round;
+    }
+}
+
+TEST(Fifo, WaitForSizeTellsWhatIsThereAtTheDeadline) {
+    Fifo<int> fifo;
+    fifo.tryPut(1);
+    EXPECT_EQ(fifo.waitForSize(1, Clock::now()), 1u);
+    EXPECT_EQ(fifo.waitForSize(3, Clock::now() + std::chrono::milliseconds(5)), 1u);
+    EXPECT_EQ(fifo.waitForSize(0, forever), 1u);
+}
+
+TEST(Fifo, AttendEndsTheWaitsAndMayUseTheQueue) {
+    Fifo<int> fifo(1);
+    const Attend interrupt = [] { throw Interrupted(); };
+    EXPECT_THROW(fifo.get(forever, interrupt), Interrupted);
+    EXPECT_THROW(fifo.waitForSize(1, forever, interrupt), Interrupted);
+    EXPECT_EQ(fifo.get(forever, [&] { fifo.tryPut(7); }), 7);
+    fifo.tryPut(1);
+    EXPECT_THROW(fifo.put(2, forever, interrupt), Interrupted);
+    EXPECT_TRUE(fifo.put(3, forever, [&] { fifo.tryGet(); }));
+    EXPECT_EQ(fifo.tryGet(), 3);
+}
+
+TEST(Fifo, ManyProducersAndConsumersLoseAndReorderNothing) {
+    struct Item {
+        int producer, number;
+    };
+    constexpr int producers = 3, consumers = 3, each = 4000;
+    Fifo<std::optional<Item>> fifo(8);
+    std::vector<std::future<std::vector<Item>>> results;
+    for (int c = 0; c < consumers; ++c) {
+        results.push_back(std::async(std::launch::async, [&] {
+            std::vector<Item> items;
+            for (;;) {
+                const auto item = fifo.get(patience());
+                if (!item || !*item) return items;  // late, or the marker that ends a consumer
+                items.push_back(**item);
+            }
+        }));
+    }
+    {
+        std::vector<std::jthread> threads;
+        for (int p = 0; p < producers; ++p) {
+            threads.emplace_back([&, p] {
+                for (int i = 0; i < each; ++i) EXPECT_TRUE(fifo.put(Item{p, i}, i % 2 == 0 ? patience() : forever));
+            });
+        }
+    }
+    for (int c = 0; c < consumers; ++c) EXPECT_TRUE(fifo.put(std::nullopt, patience()));
+    std::vector<std::vector<int>> seen(producers);
+    for (auto& result : results) {
+        std::vector<int> last(producers, -1);
+        for (const Item& item : result.get()) {
+            EXPECT_GT(item.number, last[static_cast<std::size_t>(item.producer)]);
+            last[static_cast<std::size_t>(item.producer)] = item.number;
+            seen[static_cast<std::size_t>(item.producer)].push_back(item.number);
+        }
+    }
+    std::vector<int> all(each);
+    std::iota(all.begin(), all.end(), 0);
+    for (auto& numbers : seen) {
+        std::ranges::sort(numbers);
+        EXPECT_EQ(numbers, all);
+    }
+}
+
+TEST(Gate, IsShutFromTheStartAndBothTurnsMayBeRepeated) {
+    Gate gate;
+    EXPECT_TRUE(gate.locked());
+    gate.acquire();
+    gate.acquire();
+    EXPECT_TRUE(gate.locked());
+    gate.release();
+    gate.release();
+    EXPECT_FALSE(gate.locked());
+    const std::uint64_t open = gate.pass();
+    EXPECT_EQ(gate.pass(), open);  // passing turns nothing
+    gate.acquire();
+    EXPECT_TRUE(gate.locked());
+    gate.release();
+    EXPECT_GT(gate.pass(), open);
+}
+
+TEST(Gate, PassWaitsForTheReleaseThroughManyCycles) {
+    Gate gate;
+    constexpr int cycles = 500;
+    Milestone passed, shut;
+    std::jthread thread([&] {
+        for (int i = 1; i <= cycles; ++i) {
+            gate.pass();
+            passed.reach();
+            if (!shut.awaitCount(i)) return;
+        }
+    });
+    for (int i = 1; i <= cycles; ++i) {
+        EXPECT_EQ(passed.count(), i - 1) << "passed a shut gate";
+        gate.release();
+        ASSERT_TRUE(passed.awaitCount(i));
+        gate.acquire();
+        shut.reach();
+    }
+}
+
+TEST(Gate, AwaitTurnHearsOfEveryTurnEvenOfOneBeforeTheCall) {
+    Gate gate;
+    gate.release();
+    const std::uint64_t turn = gate.pass();
+    gate.awaitTurn(turn, Clock::now() + std::chrono::milliseconds(5));  // nobody turns it
+    EXPECT_EQ(gate.pass(), turn);
+    gate.acquire();
+    gate.awaitTurn(turn);
+    gate.release();
+    for (int round = 0; round < 300; ++round) {
+        const std::uint64_t now = gate.pass();
+        auto waiting = std::async(std::launch::async, [&] { gate.awaitTurn(now); });
+        gate.acquire();
+        ASSERT_TRUE(endsSoon(waiting));
+        gate.release();
+    }
+}
+
+TEST(Waiting, TimesTooFarAwayAreForeverAndPastOnesArePast) {
+    EXPECT_EQ(deadlineIn(std::numeric_limits<double>::infinity()), forever);
+    EXPECT_EQ(deadlineIn(1e300), forever);
+    EXPECT_LE(deadlineIn(0), Clock::now());
+    EXPECT_LT(deadlineIn(-5), Clock::now());
+    EXPECT_GT(deadlineIn(999'999), Clock::now());
+}
+
+}  // namespace
+}  // namespace zvr
