@@ -23,14 +23,6 @@ build: ## Builds the importable package build/pyzvr/ and the simulator
 	$(call setup,build test)
 	$(call configure,default)
 	$(CMAKE) --build $(BUILD)
-	@$(MAKE) --no-print-directory package
-
-# The package folder is put together from the module, the stub and the marker of its type information.
-.PHONY: package
-package:
-	@mkdir -p build/pyzvr
-	@rm -f build/pyzvr/*
-	@cp $(BUILD)/package/pyzvr/__init__.*.so python/pyzvr/__init__.pyi python/pyzvr/py.typed build/pyzvr/
 
 demo: build ## Runs the main job against the simulator
 	$(PYTHON) examples/demo.py
@@ -46,7 +38,6 @@ bench: ## Measures beside what a user would pick instead
 	$(call setup,build test bench)
 	$(call configure,bench)
 	$(CMAKE) --build $(BUILD)
-	@$(MAKE) --no-print-directory package
 	$(PYTHON) bench/run.py
 
 asan: ## Runs engine and Python tests under the address and undefined-behaviour sanitizers

@@ -22,7 +22,7 @@ public:
             if (capacity_ != 0 && items_.size() >= capacity_) return false;
             items_.push_back(std::move(item));
         }
-        arrived_.notify_one();
+        arrived_.notify_all();
         return true;
     }
 
@@ -34,7 +34,7 @@ public:
             items_.push_back(std::move(item));
             return true;
         });
-        if (room) arrived_.notify_one();
+        if (room) arrived_.notify_all();
         return room;
     }
 
@@ -82,7 +82,7 @@ private:
 
     const std::size_t capacity_;
     mutable std::mutex mutex_;
-    std::condition_variable arrived_, left_;
+    std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
     std::deque<Item> items_;
 };
 

@@ -21,8 +21,8 @@ struct ThreadCount {
 
 // Never destroyed: a thread may count itself out while the process ends.
 ThreadCount& threadCount() {
-    static auto& count = *immortal(std::make_unique<ThreadCount>());
-    return count;
+    static const auto& count = immortal(std::make_unique<ThreadCount>());
+    return *count;
 }
 
 }  // namespace

@@ -4,14 +4,17 @@
 
 #include <optional>
 
+#include "core/immortal.h"
+
 namespace zvr {
 
 namespace {
 
-// Sockets need a context to live in; nothing ever runs in this one, since every operation is a direct one.
+// Sockets need a context to live in; nothing ever runs in this one, since every operation is a direct one. Never
+// destroyed: a thread may let go of its socket while the process ends.
 asio::io_context& restingContext() {
-    static asio::io_context context;
-    return context;
+    static const auto& context = immortal(std::make_unique<asio::io_context>());
+    return *context;
 }
 
 [[noreturn]] void fail(const std::error_code& error) { throw std::system_error(error); }
@@ -63,22 +66,23 @@ private:
 
 }  // namespace
 
-bool Socket::awaitEvent(short events, Deadline deadline, const Attend& attend) {
-    return waitAttended(deadline, attend, [&](Deadline until) {
+short Socket::awaitEvent(short events, Deadline deadline, const Attend& attend) {
+    pollfd entry{fileno(), events, 0};
+    waitAttended(deadline, attend, [&](Deadline until) {
         int milliseconds = -1;
         if (until != forever) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
             milliseconds = static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000));
         }
-        pollfd entry{fileno(), events, 0};
         return ::poll(&entry, 1, milliseconds) > 0;
     });
+    return entry.revents;
 }
 
 Reading Socket::read(Bytes& buffer, const Attend& attend) {
     const double limit = timeout;
     const Deadline deadline = deadlineIn(limit);
-    for (;;) {
+    for (short events = 0;;) {
         std::error_code error;
         const std::size_t count = receiveNow(buffer, error);
         if (!error) {
@@ -86,7 +90,12 @@ Reading Socket::read(Bytes& buffer, const Attend& attend) {
             return count != 0 ? Reading::data : endsWithNothing() ? Reading::ended : Reading::idle;
         }
         if (!isTransient(error)) fail(error);
-        if (!awaitEvent(POLLIN, deadline, attend)) fail(asio::error::timed_out);
+        if ((events & POLLHUP) != 0) {  // a datagram socket that is shut down has nothing to read, and says so for ever
+            buffer.clear();
+            return Reading::ended;
+        }
+        events = awaitEvent(POLLIN, deadline, attend);
+        if (events == 0) fail(asio::error::timed_out);
     }
 }
 
@@ -102,7 +111,7 @@ bool Socket::send(ByteView bytes, Deadline deadline, const Attend& attend) {
             partly = true;
         } else if (!isTransient(error)) {
             fail(error);
-        } else if (!awaitEvent(POLLOUT, deadline, attend)) {
+        } else if (awaitEvent(POLLOUT, deadline, attend) == 0) {
             return false;
         }
     }

@@ -33,7 +33,8 @@ protected:
     virtual bool endsWithNothing() const = 0;
 
 private:
-    bool awaitEvent(short events, Deadline deadline, const Attend& attend);
+    /// What came, as poll tells it; 0 if nothing came in time.
+    short awaitEvent(short events, Deadline deadline, const Attend& attend);
 };
 
 /// Connects to an IPv4 address or host name. Throws std::system_error.

@@ -42,11 +42,13 @@ public:
     }
 
 private:
-    std::optional<std::size_t> find(const Bytes& wanted, std::size_t from, std::size_t end) const {
-        for (std::size_t i = from; i + wanted.size() <= end; ++i) {
-            if (std::equal(wanted.begin(), wanted.end(), stream.begin() + static_cast<std::ptrdiff_t>(i))) return i;
-        }
-        return std::nullopt;
+    template <std::size_t Size>
+    std::optional<std::size_t> find(const std::uint8_t (&wanted)[Size], std::size_t from, std::size_t end) const {
+        if (from >= end) return std::nullopt;
+        const auto last = stream.begin() + static_cast<std::ptrdiff_t>(end);
+        const auto found = std::search(stream.begin() + static_cast<std::ptrdiff_t>(from), last, wanted, wanted + Size);
+        if (found == last) return std::nullopt;
+        return static_cast<std::size_t>(found - stream.begin());
     }
 
     // Signed, unlike what a sender writes.

@@ -1,0 +1,37 @@
+#include "device.h"
+
+namespace zvr::sim {
+
+Bytes padded(std::string_view text, std::size_t width) {
+    Bytes bytes(text.begin(), text.end());
+    bytes.resize(width);
+    return bytes;
+}
+
+Device::Device(const Model& model, Identity identity) : identity(std::move(identity)), model_(model) {
+    for (const AddModule add : model.modules) add(*this);
+}
+
+void Device::on(Command command, Handler handler) { handlers_[command] = {std::move(handler), false}; }
+
+void Device::onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler) {
+    handlers_[command] = {
+        [handler = std::move(handler)](ByteView data) { return handler(slice(data, 0, 1)[0], data.subspan(1)); }, true};
+}
+
+void Device::reboot() {
+    for (const auto& action : rebootActions_) action();
+}
+
+std::optional<Bytes> Device::handle(const Packet& request) {
+    const auto found = handlers_.find(request.command);
+    if (found == handlers_.end()) return std::nullopt;
+    try {
+        return found->second.handler(request.data);
+    } catch (const WrongLength&) {
+        if (!found->second.selectsPort) return reply(Status::parser);
+        return reply(request.data.empty() ? 0 : request.data[0], Status::parser);
+    }
+}
+
+}  // namespace zvr::sim

@@ -1,0 +1,74 @@
+// A simulated device: the commands that it knows, and what its modules share.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "core/commands.h"
+#include "core/frame.h"
+#include "models.h"
+
+namespace zvr::sim {
+
+/// Status bytes that a device answers.
+enum class Status : std::uint8_t {
+    ok = 0,
+    notEnabled = 10,
+    pinIndex = 11,
+    clock = 20,
+    eeprom = 40,
+    digital = 50,
+    bootloader = 73,
+    parser = 80,
+};
+
+inline Bytes reply(Status status) { return {static_cast<std::uint8_t>(status)}; }
+inline Bytes reply(std::uint8_t port, Status status) { return {port, static_cast<std::uint8_t>(status)}; }
+
+/// Text filled with zeros to a width, or cut to it.
+Bytes padded(std::string_view text, std::size_t width);
+
+struct Identity {
+    std::string serial = "SIM00001";
+    std::string alias = "bench";
+};
+
+/// Serves any number of connections from one thread.
+class Device {
+public:
+    using Handler = std::function<Bytes(ByteView data)>;
+
+    Device(const Model& model, Identity identity);
+
+    const Model& model() const { return model_; }
+    Identity identity;
+
+    /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
+    /// as one that cannot be parsed.
+    void on(Command command, Handler handler);
+    /// A command whose first byte selects a port; the reply repeats it.
+    void onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler);
+    /// What a module does when the device restarts.
+    void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
+    void reboot();
+
+    /// What each pin of a port is used for, by number; set by the module that has the lines.
+    std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
+
+    /// The data of the reply; nothing to a command that the device does not know.
+    std::optional<Bytes> handle(const Packet& request);
+
+private:
+    struct Entry {
+        Handler handler;
+        bool selectsPort;
+    };
+
+    const Model& model_;
+    std::map<int, Entry> handlers_;
+    std::vector<std::function<void()>> rebootActions_;
+};
+
+}  // namespace zvr::sim

@@ -1,0 +1,12 @@
+// What a model is put together from: each function gives a device the commands of one module.
+#pragma once
+
+#include "device.h"
+
+namespace zvr::sim {
+
+void addSystem(Device& device);
+void addNetwork(Device& device);
+void addDio(Device& device);
+
+}  // namespace zvr::sim

@@ -1,0 +1,142 @@
+#include "options.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <stdexcept>
+
+namespace zvr::sim {
+
+namespace {
+
+constexpr const char* usage = R"(usage: zvr-sim MODEL [options]
+
+The device side of a model, for trying and testing without hardware. It prints one line of JSON with its address and
+serves until SIGTERM or SIGINT.
+
+  --host ADDRESS     local IPv4 address to listen on (127.0.0.1)
+  --port N           TCP port of the commands; 0 takes a free one (0)
+  --serial TEXT      serial number, up to 8 characters (SIM00001)
+  --alias TEXT       device alias, up to 16 characters (bench)
+  --stdin-stop       stop when standard input closes
+  --verbose          log every exchange on standard error
+  --list             list the models
+
+Faults of the replies; P is a probability from 0 to 1:
+  --drop P           answer nothing
+  --duplicate P      send the reply twice
+  --corrupt P        change one byte of it
+  --truncate P       send only its first half
+  --delay SECONDS    send it that much later
+  --split N          send it in pieces of N bytes
+  --coalesce N       hold replies until N are there, and send them at once
+  --flood N          send N bytes of garbage before it
+  --cut N            end the connection after N replies
+  --stall N          answer nothing more after N replies
+  --fault-command C  name or number of the only command that has faults
+  --seed N           start of the random numbers (1)
+)";
+
+struct BadOption : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+template <class Number>
+Number numberOf(std::string_view text, Number least, Number most) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || !(number >= least && number <= most)) {
+        throw BadOption("\"" + std::string(text) + "\" is not a number from " + std::to_string(least) + " to " +
+                        std::to_string(most));
+    }
+    return number;
+}
+
+double probabilityOf(std::string_view text) { return numberOf(text, 0.0, 1.0); }
+std::size_t countOf(std::string_view text) { return numberOf<std::size_t>(text, 1, 1 << 24); }
+
+// The texts go into JSON and onto the wire as they are.
+std::string textOf(std::string_view text, std::size_t width) {
+    const bool plain = std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+    if (!plain || text.size() > width) {
+        throw BadOption("\"" + std::string(text) + "\" is not up to " + std::to_string(width) + " plain characters");
+    }
+    return std::string(text);
+}
+
+int commandOf(std::string_view text) {
+    const auto found = std::ranges::find(commandTable(), text, &CommandName::name);
+    return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
+}
+
+struct Option {
+    const char* name;
+    bool takesValue;
+    void (*set)(Options& options, std::string_view value);
+};
+
+constexpr Option table[] = {
+    {"host", true, [](Options& o, std::string_view v) { o.host = v; }},
+    {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
+    {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
+    {"alias", true, [](Options& o, std::string_view v) { o.identity.alias = textOf(v, 16); }},
+    {"stdin-stop", false, [](Options& o, std::string_view) { o.stopWithInput = true; }},
+    {"verbose", false, [](Options& o, std::string_view) { o.verbose = true; }},
+    {"drop", true, [](Options& o, std::string_view v) { o.faults.drop = probabilityOf(v); }},
+    {"duplicate", true, [](Options& o, std::string_view v) { o.faults.duplicate = probabilityOf(v); }},
+    {"corrupt", true, [](Options& o, std::string_view v) { o.faults.corrupt = probabilityOf(v); }},
+    {"truncate", true, [](Options& o, std::string_view v) { o.faults.truncate = probabilityOf(v); }},
+    {"delay", true, [](Options& o, std::string_view v) { o.faults.delay = numberOf(v, 0.0, 3600.0); }},
+    {"split", true, [](Options& o, std::string_view v) { o.faults.split = countOf(v); }},
+    {"coalesce", true, [](Options& o, std::string_view v) { o.faults.coalesce = countOf(v); }},
+    {"flood", true, [](Options& o, std::string_view v) { o.faults.flood = countOf(v); }},
+    {"cut", true, [](Options& o, std::string_view v) { o.faults.cut = countOf(v); }},
+    {"stall", true, [](Options& o, std::string_view v) { o.faults.stall = numberOf<std::size_t>(v, 0, 1 << 24); }},
+    {"fault-command", true, [](Options& o, std::string_view v) { o.faults.command = commandOf(v); }},
+    {"seed", true, [](Options& o, std::string_view v) { o.faults.seed = numberOf(v, 0U, 0xFFFFFFFFU); }},
+};
+
+}  // namespace
+
+std::variant<Options, int> parseOptions(int argc, char** argv) {
+    constexpr int help = 1000, list = 1001;
+    std::vector<option> known;
+    for (int i = 0; const Option& entry : table) {
+        known.push_back({entry.name, entry.takesValue ? required_argument : no_argument, nullptr, i++});
+    }
+    known.push_back({"help", no_argument, nullptr, help});
+    known.push_back({"list", no_argument, nullptr, list});
+    known.push_back({nullptr, 0, nullptr, 0});
+
+    Options options;
+    try {
+        for (int chosen; (chosen = getopt_long(argc, argv, "", known.data(), nullptr)) != -1;) {
+            if (chosen == '?') return 2;
+            if (chosen == help) {
+                std::cout << usage;
+                return 0;
+            }
+            if (chosen == list) {
+                for (const Model& model : models()) std::cout << model.name << '\t' << model.displayName << '\n';
+                return 0;
+            }
+            const Option& entry = table[chosen];
+            try {
+                entry.set(options, optarg != nullptr ? optarg : "");
+            } catch (const BadOption& refusal) {
+                throw BadOption(std::string("--") + entry.name + ": " + refusal.what());
+            }
+        }
+        if (optind + 1 != argc) throw BadOption("one MODEL is wanted; --list tells which there are");
+        options.model = findModel(argv[optind]);
+        if (options.model == nullptr) throw BadOption(std::string("no model is called ") + argv[optind]);
+    } catch (const BadOption& refusal) {
+        std::cerr << "zvr-sim: " << refusal.what() << '\n';
+        return 2;
+    }
+    return options;
+}
+
+}  // namespace zvr::sim

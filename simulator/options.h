@@ -1,0 +1,24 @@
+// The command line.
+#pragma once
+
+#include <variant>
+
+#include "device.h"
+#include "faults.h"
+
+namespace zvr::sim {
+
+struct Options {
+    const Model* model = nullptr;
+    Identity identity;
+    std::string host = "127.0.0.1";
+    int port = 0;
+    bool stopWithInput = false;
+    bool verbose = false;
+    FaultOptions faults;
+};
+
+/// What the command line asks for: options, or an exit status after help or a refusal has been printed.
+std::variant<Options, int> parseOptions(int argc, char** argv);
+
+}  // namespace zvr::sim

@@ -1,0 +1,342 @@
+// The network clients over real sockets of this host.
+#include "transport/network.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <thread>
+
+#include "core/failures.h"
+#include "support.h"
+
+namespace zvr {
+namespace {
+
+using asio::ip::tcp;
+using testing::endsSoon;
+using testing::Interrupted;
+using testing::Milestone;
+using testing::openDescriptors;
+using testing::patience;
+
+constexpr const char* loopback = "127.0.0.1";
+
+// The device's side of TCP connections.
+class Peer {
+public:
+    int port() const { return acceptor_.local_endpoint().port(); }
+    tcp::socket accept() { return acceptor_.accept(); }
+
+    tcp::socket connect(TcpClient& client) {
+        client.connect(loopback, port());
+        return accept();
+    }
+
+private:
+    asio::io_context context_;
+    tcp::acceptor acceptor_{context_, tcp::endpoint(asio::ip::make_address_v4(loopback), 0)};
+};
+
+Bytes readAll(tcp::socket& socket, std::size_t count) {
+    Bytes bytes(count);
+    asio::read(socket, asio::buffer(bytes));
+    return bytes;
+}
+
+// The peer ends the connection without a farewell.
+void reset(tcp::socket& socket) {
+    socket.set_option(asio::socket_base::linger(true, 0));
+    socket.close();
+}
+
+template <class Action>
+std::string failureOf(Action action) {
+    try {
+        action();
+    } catch (const Failure& failure) {
+        return std::string(rowOf(failure.id()).name);
+    } catch (const std::system_error& error) {
+        return error.code() == asio::error::timed_out ? "timed out" : "system error";
+    }
+    return "none";
+}
+
+// Sends until the peer's buffer and this side's one are full to the last byte; tells how many bytes fit.
+std::size_t fill(NetworkClient& client) {
+    const Bytes junk(1 << 16, 0x55);
+    pollfd entry{client.socket()->fileno(), POLLOUT, 0};
+    std::size_t filled = 0;
+    for (std::size_t before = 1; before != filled;) {
+        before = filled;
+        for (std::size_t chunk = junk.size(); chunk > 0;) {
+            const ssize_t sent = ::send(entry.fd, junk.data(), chunk, MSG_DONTWAIT | MSG_NOSIGNAL);
+            if (sent < 0) {
+                chunk /= 2;
+            } else {
+                filled += static_cast<std::size_t>(sent);
+            }
+        }
+        ::poll(&entry, 1, 50);  // room may come while the bytes move on to the peer
+    }
+    return filled;
+}
+
+TEST(TcpClient, ConnectFailsWithTheNetworkFailureWhereNobodyListens) {
+    int port = 0;
+    {
+        Peer gone;
+        port = gone.port();
+    }
+    TcpClient client;
+    EXPECT_EQ(failureOf([&] { client.connect(loopback, port); }), "NetworkConnectionError");
+    EXPECT_EQ(client.socket(), nullptr);
+    EXPECT_EQ(failureOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
+    client.setTimeout(1);  // nothing to set it on
+    Bytes buffer(10);
+    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "system error");
+    EXPECT_EQ(failureOf([&] { client.send(Bytes{1}, patience()); }), "system error");
+}
+
+TEST(TcpClient, ConnectsToAHostByName) {
+    Peer peer;
+    TcpClient client;
+    client.connect("localhost", peer.port());
+    tcp::socket device = peer.accept();
+    EXPECT_EQ(client.socket()->peerName(), (std::pair<std::string, int>(loopback, peer.port())));
+    EXPECT_EQ(client.socket()->localName().second, device.remote_endpoint().port());
+}
+
+// A listener whose queue is full answers no more: a connect to it hangs as it does to a host that is switched off.
+class SilentHost : public ::testing::Test {
+protected:
+    SilentHost() {
+        ::listen(acceptor_.native_handle(), 0);
+        for (tcp::socket& socket : queue_) {
+            socket.open(tcp::v4());
+            socket.non_blocking(true);
+            const auto endpoint = acceptor_.local_endpoint();
+            ::connect(socket.native_handle(), endpoint.data(), static_cast<socklen_t>(endpoint.size()));
+        }
+    }
+    int port() const { return acceptor_.local_endpoint().port(); }
+
+    asio::io_context context_;
+    tcp::acceptor acceptor_{context_, tcp::endpoint(asio::ip::make_address_v4(loopback), 0)};
+    std::array<tcp::socket, 4> queue_{tcp::socket(context_), tcp::socket(context_), tcp::socket(context_),
+                                      tcp::socket(context_)};
+};
+
+TEST_F(SilentHost, ConnectIsEndedByAttendAndLeavesNoSocketOpen) {
+    TcpClient client;
+    const auto before = openDescriptors();
+    int looks = 0;
+    const Attend interrupt = [&] {
+        if (++looks == 3) throw Interrupted();
+    };
+    EXPECT_THROW(client.connect(loopback, port(), interrupt), Interrupted);
+    EXPECT_EQ(looks, 3);
+    EXPECT_EQ(client.socket(), nullptr);
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SilentHost, ConnectEndsAtItsLimit) {
+    const Deadline begin = Clock::now();
+    EXPECT_EQ(failureOf([&] { connectTcp(loopback, port(), std::chrono::seconds(1), {}); }), "timed out");
+    EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
+}
+
+TEST(TcpClient, PeerThatClosesEndsTheStreamBehindItsLastBytes) {
+    Peer peer;
+    TcpClient client;
+    {
+        tcp::socket device = peer.connect(client);
+        asio::write(device, asio::buffer("ab", 2));
+    }
+    Bytes buffer(10);
+    EXPECT_EQ(client.read(buffer), Reading::data);
+    EXPECT_EQ(buffer, (Bytes{'a', 'b'}));
+    for (int i = 0; i < 3; ++i) {
+        buffer.resize(10);
+        EXPECT_EQ(client.read(buffer), Reading::ended);
+        EXPECT_TRUE(buffer.empty());
+    }
+    EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
+    EXPECT_EQ(client.socket(), nullptr);
+}
+
+TEST(TcpClient, DisconnectAfterAResetFailsKeepsTheSocketAndConnectRecovers) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    reset(device);
+    Bytes buffer(10);
+    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "system error");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(failureOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
+        EXPECT_NE(client.socket(), nullptr);
+    }
+    EXPECT_EQ(failureOf([&] { client.send(Bytes{1}, patience()); }), "system error");  // and no signal kills us
+    tcp::socket again = peer.connect(client);
+    EXPECT_TRUE(client.send(Bytes{1, 2}, patience()));
+    EXPECT_EQ(readAll(again, 2), (Bytes{1, 2}));
+    client.abandon();
+    EXPECT_EQ(client.socket(), nullptr);
+}
+
+TEST(TcpClient, FramesAreCutOverReadsAndOverAReconnect) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    const Bytes frame = buildFrame(183, Bytes(4000, 13));
+    asio::write(device, asio::buffer(frame));
+    asio::write(device, asio::buffer(frame.data(), 1000));
+    std::vector<Packet> all, packets;
+    while (all.empty()) {
+        ASSERT_EQ(client.receive(1536, packets), Reading::data);
+        all.insert(all.end(), packets.begin(), packets.end());
+    }
+    while (client.splitter.stream().size() < 1000) client.receive(1536, packets);
+    client.disconnect();
+    device = peer.connect(client);
+    asio::write(device, asio::buffer(frame.data() + 1000, frame.size() - 1000));
+    while (all.size() < 2) {
+        packets.clear();
+        ASSERT_EQ(client.receive(1536, packets), Reading::data);
+        all.insert(all.end(), packets.begin(), packets.end());
+    }
+    EXPECT_EQ(all[0], (Packet{183, Bytes(4000, 13)}));
+    EXPECT_EQ(all[1], all[0]);
+    EXPECT_TRUE(client.splitter.stream().empty());
+}
+
+TEST(TcpClient, ReadEndsAtTheTimeoutOfTheSocketOrWhenAttendThrows) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    Bytes buffer(10);
+    EXPECT_THROW(client.read(buffer, [] { throw Interrupted(); }), Interrupted);
+    client.setTimeout(0.01);
+    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "timed out");
+    client.setTimeout(std::numeric_limits<double>::infinity());
+    asio::write(device, asio::buffer("a", 1));
+    EXPECT_EQ(client.read(buffer), Reading::data);
+}
+
+TEST(TcpClient, SendToAPeerThatDoesNotReadEndsAtItsDeadlineWithNothingSent) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    const std::size_t filled = fill(client);
+    EXPECT_FALSE(client.send(Bytes{1, 2, 3}, Clock::now() - std::chrono::seconds(1)));
+    const Deadline deadline = Clock::now() + std::chrono::milliseconds(40);
+    EXPECT_FALSE(client.send(Bytes{1, 2, 3}, deadline));
+    EXPECT_GE(Clock::now(), deadline);
+    EXPECT_THROW(client.send(Bytes{1, 2, 3}, forever, [] { throw Interrupted(); }), Interrupted);
+    client.setTimeout(0.02);
+    EXPECT_FALSE(client.send(Bytes{1, 2, 3}, forever));
+    client.setTimeout(std::numeric_limits<double>::infinity());
+    // The peer reads on, and the next frame is the first one it gets.
+    auto sent = std::async(std::launch::async, [&] { return client.send(Bytes{4, 5}, patience()); });
+    readAll(device, filled);
+    ASSERT_TRUE(endsSoon(sent));
+    EXPECT_TRUE(sent.get());
+    EXPECT_EQ(readAll(device, 2), (Bytes{4, 5}));
+}
+
+// Half a frame would spoil the next one, so a send that never waits finishes what it began.
+TEST(TcpClient, SendThatWentInPartIsCompleted) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    Bytes large(16 << 20);
+    for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
+    for (const Deadline deadline : {Clock::now() - std::chrono::seconds(1), forever}) {
+        auto sent = std::async(std::launch::async, [&] { return client.send(large, deadline); });
+        EXPECT_EQ(readAll(device, large.size()), large);
+        ASSERT_TRUE(endsSoon(sent));
+        EXPECT_TRUE(sent.get());
+    }
+}
+
+TEST(TcpClient, DisconnectWakesTheReadOfAnotherThread) {
+    Peer peer;
+    for (int round = 0; round < 20; ++round) {
+        TcpClient client;
+        tcp::socket device = peer.connect(client);
+        Milestone reading;
+        auto read = std::async(std::launch::async, [&] {
+            Bytes buffer(10);
+            reading.reach();
+            return failureOf([&] { EXPECT_EQ(client.read(buffer), Reading::ended); });
+        });
+        ASSERT_TRUE(reading.awaitCount(1));
+        if (round % 2 == 0) std::this_thread::yield();
+        client.disconnect();
+        ASSERT_TRUE(endsSoon(read));
+        const std::string outcome = read.get();  // the read may have come after the disconnect
+        EXPECT_TRUE(outcome == "none" || outcome == "system error") << outcome;
+        std::error_code error;
+        EXPECT_EQ(device.read_some(asio::buffer(Bytes(1).data(), 1), error), 0u);
+        EXPECT_EQ(error, asio::error::eof);
+    }
+}
+
+TEST(UdpClient, TakenPortIsTheNetworkFailureAndAFreeOneReceives) {
+    UdpClient first, second;
+    first.bind(loopback, 0);
+    const int port = first.socket()->localName().second;
+    EXPECT_EQ(failureOf([&] { second.bind(loopback, port); }), "NetworkConnectionError");
+    EXPECT_EQ(failureOf([&] { second.bind("no address", 0); }), "NetworkConnectionError");
+    EXPECT_EQ(second.socket(), nullptr);
+
+    asio::io_context context;
+    asio::ip::udp::socket sender(context, asio::ip::udp::v4());
+    const asio::ip::udp::endpoint target(asio::ip::make_address_v4(loopback), static_cast<std::uint16_t>(port));
+    std::vector<Packet> packets;
+    sender.send_to(asio::buffer(Bytes{}), target);
+    EXPECT_EQ(first.receive(512, packets), Reading::idle);  // an empty datagram is not the end
+    sender.send_to(asio::buffer(buildFrame(252, Bytes{1, 2})), target);
+    EXPECT_EQ(first.receive(512, packets), Reading::data);
+    EXPECT_EQ(packets, (std::vector<Packet>{{252, {1, 2}}}));
+}
+
+TEST(UdpClient, DisconnectWakesTheReadOfAnotherThreadAndFreesThePort) {
+    UdpClient client;
+    client.bind("", 0);
+    const int port = client.socket()->localName().second;
+    for (int round = 0; round < 20; ++round) {
+        Milestone reading;
+        auto read = std::async(std::launch::async, [&] {
+            Bytes buffer(10);
+            reading.reach();
+            return failureOf([&] { EXPECT_NE(client.read(buffer), Reading::data); });
+        });
+        ASSERT_TRUE(reading.awaitCount(1));
+        if (round % 2 == 0) std::this_thread::yield();
+        EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
+        ASSERT_TRUE(endsSoon(read));
+        ASSERT_EQ(failureOf([&] { client.bind("", port); }), "none") << "in round " << round;
+    }
+}
+
+TEST(NetworkClient, ConnectingAgainAndAgainLeaksNoDescriptor) {
+    Peer peer;
+    TcpClient client;
+    UdpClient udp;
+    peer.connect(client);
+    const auto before = openDescriptors();
+    for (int i = 0; i < 200; ++i) {
+        if (i % 3 == 0) client.disconnect();  // connecting also lets go of the socket before
+        tcp::socket device = peer.connect(client);
+        if (i % 5 == 0) reset(device);
+        udp.bind(loopback, 0);
+        if (i % 2 == 0) udp.disconnect();
+    }
+    client.abandon();
+    udp.abandon();
+    EXPECT_EQ(openDescriptors(), before - 1);
+}
+
+}  // namespace
+}  // namespace zvr

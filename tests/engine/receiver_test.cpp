@@ -1,0 +1,284 @@
+// The receive loop, on real connections and on sources that misbehave on purpose.
+#include "transport/receiver.h"
+
+#include <gtest/gtest.h>
+
+#include "support.h"
+#include "transport/network.h"
+
+namespace zvr {
+namespace {
+
+using asio::ip::tcp;
+using testing::endsSoon;
+using testing::Milestone;
+using testing::patience;
+
+// What a receiver delivered and reported.
+class Delivery {
+public:
+    std::shared_ptr<Receiver> receiver(std::shared_ptr<PacketSource> source, const std::string& name = "_recvCMDThread") {
+        auto made = std::make_shared<Receiver>(
+            name, 1536, [this](const Packet& packet) { take(packet); },
+            [this](const std::string& thread, std::exception_ptr failure) {
+                const std::lock_guard lock(mutex_);
+                reports_.emplace_back(thread, failure);
+            });
+        made->setSource(std::move(source));
+        made->start();
+        return made;
+    }
+
+    std::vector<int> commands() const {
+        const std::lock_guard lock(mutex_);
+        return commands_;
+    }
+    std::vector<std::pair<std::string, std::exception_ptr>> reports() const {
+        const std::lock_guard lock(mutex_);
+        return reports_;
+    }
+
+    Milestone packets;
+
+private:
+    void take(const Packet& packet) {
+        if (packet.command == 666) throw std::out_of_range("a frame too short for its key");
+        {
+            const std::lock_guard lock(mutex_);
+            commands_.push_back(packet.command);
+        }
+        packets.reach();
+    }
+
+    mutable std::mutex mutex_;
+    std::vector<int> commands_;
+    std::vector<std::pair<std::string, std::exception_ptr>> reports_;
+};
+
+// Counts the reads and answers each of them as told.
+class FakeSource : public PacketSource {
+public:
+    using Answer = std::function<Reading(int call, std::vector<Packet>& packets)>;
+    explicit FakeSource(Answer answer) : answer_(std::move(answer)) {}
+
+    Reading receive(std::size_t, std::vector<Packet>& packets) override {
+        struct Count {
+            Milestone& calls;
+            ~Count() { calls.reach(); }
+        } const count{calls};
+        return answer_(calls.count() + 1, packets);
+    }
+
+    Milestone calls;
+
+private:
+    Answer answer_;
+};
+
+class ReceiverTest : public ::testing::Test {
+protected:
+    ~ReceiverTest() override {
+        // No thread may outlive what its sink refers to.
+        for (const auto& receiver : started_) receiver->end();
+        for (const auto& client : clients_) client->abandon();
+        for (const auto& receiver : started_) EXPECT_TRUE(receiver->awaitEnd(patience()));
+    }
+
+    std::shared_ptr<Receiver> start(std::shared_ptr<PacketSource> source) {
+        return started_.emplace_back(delivery_.receiver(std::move(source)));
+    }
+
+    std::shared_ptr<TcpClient> connect(tcp::socket& device) {
+        auto client = clients_.emplace_back(std::make_shared<TcpClient>());
+        client->connect("127.0.0.1", acceptor_.local_endpoint().port());
+        device = acceptor_.accept();
+        return client;
+    }
+
+    static void write(tcp::socket& device, int command) { asio::write(device, asio::buffer(buildFrame(command, {}))); }
+
+    asio::io_context context_;
+    tcp::acceptor acceptor_{context_, tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
+    tcp::socket device_{context_};
+    Delivery delivery_;
+    std::vector<std::shared_ptr<TcpClient>> clients_;
+    std::vector<std::shared_ptr<Receiver>> started_;
+};
+
+TEST_F(ReceiverTest, PacketsReachTheSinkInOrderOnceTheGateIsOpen) {
+    const auto receiver = start(connect(device_));
+    EXPECT_TRUE(receiver->alive());
+    Bytes stream;
+    std::vector<int> expected;
+    for (int i = 0; i < 3000; ++i) {
+        const int command = 0x100 + i;
+        const Bytes frame = buildFrame(command, Bytes(static_cast<std::size_t>(i % 40), 13));
+        stream.insert(stream.end(), frame.begin(), frame.end());
+        expected.push_back(command);
+    }
+    receiver->gate.release();
+    asio::write(device_, asio::buffer(stream));
+    ASSERT_TRUE(delivery_.packets.awaitCount(3000));
+    EXPECT_EQ(delivery_.commands(), expected);
+}
+
+// A second read before anybody turned the gate would be the first of a spinning thread's millions.
+TEST_F(ReceiverTest, DeadPeerIsReadOnceAndThenOncePerTurnOfTheGate) {
+    const auto client = connect(device_);
+    const auto source = std::make_shared<FakeSource>(
+        [&](int, std::vector<Packet>& packets) { return client->receive(1536, packets); });
+    const auto receiver = start(source);
+    device_.close();
+    receiver->gate.release();
+    ASSERT_TRUE(source->calls.awaitCount(1));
+    EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(50)));
+    EXPECT_EQ(source->calls.count(), 1);
+    for (int turn = 2; turn < 100; ++turn) {
+        receiver->gate.acquire();
+        receiver->gate.release();
+        ASSERT_TRUE(source->calls.awaitCount(turn));
+        ASSERT_EQ(source->calls.count(), turn);
+    }
+}
+
+TEST_F(ReceiverTest, SourceThatBringsNothingWithoutWaitingIsReadAtMostOncePerPause) {
+    const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>&) { return Reading::idle; });
+    const auto receiver = start(source);
+    const auto begin = Clock::now();
+    receiver->gate.release();
+    ASSERT_TRUE(source->calls.awaitCount(20));  // idle is not the end
+    receiver->gate.acquire();
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - begin).count();
+    EXPECT_LE(source->calls.count(), milliseconds + 2);
+}
+
+TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
+    const auto source = std::make_shared<FakeSource>([](int call, std::vector<Packet>& packets) {
+        if (call == 1) throw std::runtime_error("the cable is out");
+        if (call == 2) throw std::system_error(std::make_error_code(std::errc::connection_reset));
+        packets.push_back({call, {}});
+        return call < 5 ? Reading::data : Reading::ended;
+    });
+    const auto receiver = start(source);
+    receiver->gate.release();
+    for (int call = 1; call <= 2; ++call) {
+        ASSERT_TRUE(source->calls.awaitCount(call));
+        EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(10)));
+        EXPECT_EQ(source->calls.count(), call);
+        receiver->gate.release();  // a second release is a turn as well
+    }
+    ASSERT_TRUE(delivery_.packets.awaitCount(3));
+    EXPECT_EQ(delivery_.commands(), (std::vector<int>{3, 4, 5}));
+    EXPECT_TRUE(delivery_.reports().empty());
+}
+
+TEST_F(ReceiverTest, ThrowingSinkEndsTheThreadAndIsReportedWithItsName) {
+    const auto receiver = start(connect(device_));
+    receiver->gate.release();
+    asio::write(device_, asio::buffer(Bytes{2, 0, 2, 1, 7, 13, 10, 2, 0, 2, 2, 154, 13, 10, 2, 0, 2, 1, 8, 13, 10}));
+    ASSERT_TRUE(receiver->awaitEnd(patience()));
+    EXPECT_FALSE(receiver->alive());
+    EXPECT_EQ(delivery_.commands(), std::vector{0x107});  // 666 is 2, 154; what follows it is lost
+    const auto reports = delivery_.reports();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].first, "_recvCMDThread");
+    EXPECT_THROW(std::rethrow_exception(reports[0].second), std::out_of_range);
+}
+
+TEST_F(ReceiverTest, ShutGateHoldsTheThreadThroughManyReconnects) {
+    const auto first = connect(device_);
+    const auto receiver = start(first);
+    for (int cycle = 1; cycle <= 100; ++cycle) {
+        receiver->gate.release();
+        write(device_, 1000 + cycle);
+        ASSERT_TRUE(delivery_.packets.awaitCount(cycle));
+        // As a device disconnects: the gate first, then the socket under the read.
+        receiver->gate.acquire();
+        first->disconnect();
+        EXPECT_EQ(delivery_.packets.count(), cycle);
+        first->connect("127.0.0.1", acceptor_.local_endpoint().port());
+        device_ = acceptor_.accept();
+    }
+}
+
+TEST_F(ReceiverTest, ReplacedSourceIsReadAfterTheNextTurn) {
+    const auto receiver = start(nullptr);  // no connection yet
+    receiver->gate.release();
+    tcp::socket other(context_);
+    const auto first = connect(device_), second = connect(other);
+    receiver->setSource(first);
+    receiver->gate.release();
+    write(device_, 1001);
+    ASSERT_TRUE(delivery_.packets.awaitCount(1));
+    receiver->gate.acquire();
+    receiver->setSource(second);
+    first->disconnect();
+    receiver->gate.release();
+    write(other, 1002);
+    ASSERT_TRUE(delivery_.packets.awaitCount(2));
+    EXPECT_EQ(delivery_.commands(), (std::vector<int>{1001, 1002}));
+}
+
+TEST_F(ReceiverTest, EndsAtTheGateInAReadAndBehindADeadPeer) {
+    tcp::socket dead(context_);
+    const auto reading = connect(device_), ended = connect(dead);
+    dead.close();
+    const auto atTheGate = start(reading), inARead = start(reading), behindTheEnd = start(ended);
+    Milestone attended;
+    EXPECT_FALSE(atTheGate->awaitEnd(Clock::now() + std::chrono::milliseconds(30), [&] { attended.reach(); }));
+    EXPECT_GE(attended.count(), 1);
+    atTheGate->end();
+    EXPECT_TRUE(atTheGate->awaitEnd(patience()));
+
+    inARead->gate.release();
+    write(device_, 1001);
+    ASSERT_TRUE(delivery_.packets.awaitCount(1));
+    inARead->end();
+    reading->abandon();
+    EXPECT_TRUE(inARead->awaitEnd(patience()));
+
+    behindTheEnd->gate.release();
+    behindTheEnd->end();
+    EXPECT_TRUE(behindTheEnd->awaitEnd(patience()));
+    for (const auto& receiver : {atTheGate, inARead, behindTheEnd}) EXPECT_FALSE(receiver->alive());
+    EXPECT_TRUE(delivery_.reports().empty());
+}
+
+TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
+    const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
+        packets.push_back({1, {}});
+        return Reading::ended;
+    });
+    std::vector<int> commands;
+    const auto receiver = std::make_shared<Receiver>(
+        "_recvDataThread", 9606, [&](const Packet& packet) { commands.push_back(packet.command); }, nullptr);
+    receiver->setSource(source);
+    auto run = std::async(std::launch::async, [&] { receiver->run(); });
+    receiver->gate.release();
+    ASSERT_TRUE(source->calls.awaitCount(1));
+    receiver->end();
+    ASSERT_TRUE(endsSoon(run));
+    EXPECT_EQ(commands, std::vector{1});
+    EXPECT_FALSE(receiver->alive());
+}
+
+TEST(Threads, AwaitAllReturnsOnlyWhenEveryBodyIsGoneWithAllItHolds) {
+    const auto held = std::make_shared<int>(0);
+    Milestone started, leave;
+    constexpr int count = 10;
+    for (int i = 0; i < count; ++i) {
+        startThread("a name longer than a kernel takes", [&, held] {
+            started.reach();
+            EXPECT_TRUE(leave.awaitCount(1));
+        });
+    }
+    ASSERT_TRUE(started.awaitCount(count));
+    awaitAllThreads(Clock::now() + std::chrono::milliseconds(10));  // gives up
+    EXPECT_EQ(held.use_count(), 1 + count);
+    leave.reach();
+    awaitAllThreads(patience());
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+}  // namespace
+}  // namespace zvr
