@@ -90,9 +90,8 @@ def main() -> None:
         read_and_write(box)
         asyncio.run(read_and_write_async(box))
         log(box, Path(tempfile.gettempdir()) / "pyzvr-demo.csv")
-    if process is not None and process.stdin is not None:
-        process.stdin.close()
-        process.wait()
+    if process is not None:
+        process.communicate()
 
 
 if __name__ == "__main__":
