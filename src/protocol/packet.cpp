@@ -21,19 +21,24 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 // Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
 
-std::shared_ptr<EchoPool> echoPool(py::handle self) {
-    return py::cast<std::shared_ptr<EchoPool>>(attribute(self, "data_pool_echo"));
-}
+std::shared_ptr<EchoPool> echoPool(py::handle self) { return runtimeOf(self).pools.echo; }
 
-// Sends and waits without a step in Python between the two, so that the interpreter lock is given away once.
+// Sends and waits without a step in Python between the two. After a moment the interpreter lock is asked for again, be
+// the reply there or not: where another Python thread computes, that takes milliseconds, and the reply comes meanwhile.
 Object exchangeOnce(NetworkClient& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
     const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
     const Bytes frame = buildFrame(command, data);
-    const auto received = blocking([&](const Attend& attend) {
-        const Deadline deadline = deadlineIn(timeout);
-        if (!client.send(frame, deadline, attend)) return std::optional<Bytes>();
-        return pool.await(key, deadline, attend);
+    constexpr std::chrono::microseconds moment{100};
+    const Deadline deadline = deadlineIn(timeout);
+    bool sent = false;
+    auto received = blocking([&](const Attend& attend) {
+        sent = client.send(frame, deadline, attend);
+        return sent ? pool.await(key, std::min(deadline, Clock::now() + moment)) : std::nullopt;
     });
+    if (sent && !received) received = pool.take(key);
+    if (sent && !received) {
+        received = blocking([&](const Attend& attend) { return pool.await(key, deadline, attend); });
+    }
     if (!received) timedOut();
     return toBytes(*received);
 }

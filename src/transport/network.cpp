@@ -1,9 +1,18 @@
 #include "transport/network.h"
 
+#include <thread>
+
 #include "core/constants.h"
 #include "core/failures.h"
 
 namespace zvr {
+
+namespace {
+
+// Longest wait for the threads that a shutdown has woken to let go of a socket.
+constexpr std::chrono::milliseconds letGoWithin{50};
+
+}  // namespace
 
 void NetworkClient::setTimeout(double seconds) {
     if (const auto held = socket()) held->timeout = seconds;
@@ -32,6 +41,9 @@ void NetworkClient::abandon() noexcept {
     } catch (const std::system_error&) {
         // The other end went first.
     }
+    // A port is free for the next socket only when its last holder is gone.
+    const Deadline deadline = Clock::now() + letGoWithin;
+    while (held.use_count() > 1 && Clock::now() < deadline) std::this_thread::yield();
 }
 
 std::shared_ptr<Socket> NetworkClient::socket() const {

@@ -16,7 +16,7 @@ public:
     /// Shuts the socket down and lets go of it. Throws Failure NetworkConnectionLostError and keeps the socket if that
     /// fails.
     void disconnect();
-    /// Lets go of the socket whatever state it is in.
+    /// Lets go of the socket whatever state it is in; waits briefly for the threads that were in a read or a send.
     void abandon() noexcept;
 
     /// Nothing while there is no socket.
