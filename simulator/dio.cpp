@@ -12,6 +12,8 @@ using Word = std::uint16_t;
 constexpr Word wholePort = 0xFFFF;
 enum PinMode : std::uint8_t { disabled = 0, idle = 1, digitalInput = 2, digitalOutput = 3 };
 
+void change(Word& word, Word mask, Word value) { word = static_cast<Word>((word & ~mask) | (value & mask)); }
+
 struct Configuration {
     Word enabled = 0;    // in use as digital line
     Word direction = 0;  // 1 is an output
@@ -21,21 +23,19 @@ struct Configuration {
 struct Port {
     Word inputs = 0, outputs = 0;
     Configuration current, startup;
-    Word driven = 0;
+    Word driven = 0;  // only outputs in use have a bit here
 
     Word lines() const { return inputs | outputs; }
     Word activeOutputs() const { return current.enabled & current.direction; }
     void drive(Word mask) {
         const Word pins = mask & activeOutputs();
-        driven = static_cast<Word>((driven & ~pins) | (current.state & pins));
+        driven = static_cast<Word>(((driven & ~pins) | (current.state & pins)) & activeOutputs());
     }
     void store(Word mask, Word state) {
         mask &= lines();
-        current.state = static_cast<Word>((current.state & ~mask) | (state & mask));
+        change(current.state, mask, state);
     }
 };
-
-void change(Word& word, Word mask, Word value) { word = static_cast<Word>((word & ~mask) | (value & mask)); }
 
 Word wordAt(ByteView data, std::size_t place) { return readBigEndian<Word>(slice(data, place, 2)); }
 
@@ -67,11 +67,10 @@ public:
     // Inputs in use show what is wired to them, outputs what they drive; all else is low.
     Word levels(int number) const {
         const Port& port = ports_.at(number);
-        Word word = port.driven & port.activeOutputs();
+        Word word = port.driven;
         for (const auto& [output, input] : model_.wires) {
             if (input != number) continue;
-            const Port& source = ports_.at(output);
-            word |= source.driven & source.activeOutputs() & port.current.enabled & ~port.current.direction;
+            word |= ports_.at(output).driven & port.current.enabled & ~port.current.direction;
         }
         return word;
     }
@@ -81,7 +80,8 @@ public:
         return mask != wholePort && (mask & ~port.lines()) != 0 ? Status::pinIndex : Status::ok;
     }
 
-    Status configure(Port& port, Word mask, const Configuration& wanted) {
+    // Changes what is in use or what is saved; lines of a fixed function keep their use.
+    Status set(const Port& port, Configuration& configuration, Word mask, const Configuration& wanted) const {
         if (const Status status = checkMask(port, mask); status != Status::ok) return status;
         mask &= port.lines();
         const Word enabled = mask & wanted.enabled;
@@ -89,12 +89,17 @@ public:
             (enabled & wanted.direction & ~port.outputs) != 0 || (enabled & ~wanted.direction & ~port.inputs) != 0;
         if (impossible) return Status::digital;
         if (!model_.fixedFunction) {
-            change(port.current.enabled, mask, wanted.enabled);
-            change(port.current.direction, mask, wanted.direction);
+            change(configuration.enabled, mask, wanted.enabled);
+            change(configuration.direction, mask, wanted.direction);
         }
-        port.store(mask, wanted.state);
-        port.drive(mask);
+        change(configuration.state, mask, wanted.state);
         return Status::ok;
+    }
+
+    Status configure(Port& port, Word mask, const Configuration& wanted) const {
+        const Status status = set(port, port.current, mask, wanted);
+        if (status == Status::ok) port.drive(mask);
+        return status;
     }
 
     std::vector<std::uint8_t> modes(int number) const {
@@ -148,9 +153,8 @@ std::vector<Word> wordsOf(const Configuration& configuration, Word mask = wholeP
 void addConfiguration(Device& device, const std::shared_ptr<Lines>& lines) {
     addRead(device, LOAD_DIO_STARTUP, lines, 3,
             [](Lines&, int, Port& port, ByteView) { return wordsOf(port.startup); });
-    addChange(device, SAVE_DIO_STARTUP, lines, [](Lines&, Port& port, ByteView rest) {
-        port.startup = {wordAt(rest, 0), wordAt(rest, 2), wordAt(rest, 4)};
-        return Status::ok;
+    addChange(device, SAVE_DIO_STARTUP, lines, [](Lines& all, Port& port, ByteView rest) {
+        return all.set(port, port.startup, wholePort, {wordAt(rest, 0), wordAt(rest, 2), wordAt(rest, 4)});
     });
     addRead(device, GET_DIO_CURRENT, lines, 3,
             [](Lines&, int, Port& port, ByteView rest) { return wordsOf(port.current, wordAt(rest, 0)); });

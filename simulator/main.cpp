@@ -8,7 +8,7 @@
 
 namespace {
 
-// Stops the context when standard input ends. An input that cannot be waited for, such as a file, never ends it.
+// Stops the context when standard input ends.
 void stopWithInput(asio::io_context& context, asio::posix::stream_descriptor& input) {
     static char buffer[64];
     input.async_read_some(asio::buffer(buffer), [&](std::error_code error, std::size_t) {
@@ -21,20 +21,23 @@ void stopWithInput(asio::io_context& context, asio::posix::stream_descriptor& in
 }
 
 int serve(const zvr::sim::Options& options) {
+    // Before anything is opened, since the lowest free descriptor is taken: a missing input must be known as one.
+    const int inputCopy = options.stopWithInput ? dup(STDIN_FILENO) : -1;
     asio::io_context context(1);
     zvr::sim::Device device(*options.model, options.identity);
     const zvr::sim::Server server(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);
     signals.async_wait([&](std::error_code, int) { context.stop(); });
     asio::posix::stream_descriptor input(context);
-    if (options.stopWithInput) {
-        std::error_code unsupported;
-        input.assign(dup(STDIN_FILENO), unsupported);
-        if (!unsupported) stopWithInput(context, input);
+    if (inputCopy >= 0) {
+        input.assign(inputCopy);
+        stopWithInput(context, input);
+    } else if (options.stopWithInput) {
+        context.stop();
     }
-    std::cout << "{\"model\": \"" << options.model->name << "\", \"name\": \"" << options.model->displayName
-              << "\", \"host\": \"" << options.host << "\", \"command_port\": " << server.port() << ", \"serial\": \""
-              << options.identity.serial << "\", \"pid\": " << getpid() << "}" << std::endl;
+    std::cout << R"({"model": ")" << options.model->name << R"(", "name": ")" << options.model->displayName
+              << R"(", "host": ")" << options.host << R"(", "command_port": )" << server.port() << R"(, "serial": ")"
+              << options.identity.serial << R"(", "pid": )" << getpid() << "}" << std::endl;
     context.run();
     return 0;
 }

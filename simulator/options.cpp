@@ -3,6 +3,7 @@
 #include <getopt.h>
 
 #include <algorithm>
+#include <asio.hpp>
 #include <charconv>
 #include <iostream>
 #include <stdexcept>
@@ -66,6 +67,13 @@ std::string textOf(std::string_view text, std::size_t width) {
     return std::string(text);
 }
 
+std::string addressOf(std::string_view text) {
+    std::error_code error;
+    const auto address = asio::ip::make_address_v4(text, error);
+    if (error) throw BadOption("\"" + std::string(text) + "\" is not an IPv4 address");
+    return address.to_string();
+}
+
 int commandOf(std::string_view text) {
     const auto found = std::ranges::find(commandTable(), text, &CommandName::name);
     return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
@@ -78,7 +86,7 @@ struct Option {
 };
 
 constexpr Option table[] = {
-    {"host", true, [](Options& o, std::string_view v) { o.host = v; }},
+    {"host", true, [](Options& o, std::string_view v) { o.host = addressOf(v); }},
     {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
     {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
     {"alias", true, [](Options& o, std::string_view v) { o.identity.alias = textOf(v, 16); }},

@@ -28,7 +28,8 @@ public:
           device_(device),
           verbose_(options.verbose),
           faults_(options.faults) {
-        socket_.set_option(tcp::no_delay(true));
+        std::error_code alreadyGone;  // then the first read tells
+        socket_.set_option(tcp::no_delay(true), alreadyGone);
         socket_.non_blocking(true);
     }
 
@@ -38,16 +39,24 @@ public:
                                     if (error) return;
                                     self->splitter_.append(ByteView(self->buffer_.data(), count));
                                     for (const Packet& request : self->splitter_.split()) self->answer(request);
-                                    self->read();
+                                    self->readOn();
                                 });
     }
 
 private:
+    // A client that takes no replies is not read from, so that what waits for it stays bounded.
+    static constexpr std::size_t mostWaiting = 4096;
+
     struct Outgoing {
         Bytes bytes;
         Clock::time_point due;
         bool last;
     };
+
+    void readOn() {
+        paused_ = queue_.size() >= mostWaiting;
+        if (!paused_) read();
+    }
 
     void answer(const Packet& request) {
         if (verbose_) log("<", request.command, request.data);
@@ -103,6 +112,7 @@ private:
             });
             return;
         }
+        if (paused_) readOn();
     }
 
     tcp::socket socket_;
@@ -114,6 +124,7 @@ private:
     std::array<std::uint8_t, 4096> buffer_{};
     std::deque<Outgoing> queue_;
     bool busy_ = false;
+    bool paused_ = false;
 };
 
 }  // namespace
@@ -122,15 +133,24 @@ Server::Server(asio::io_context& context, Device& device, const Options& options
     : device_(device),
       options_(options),
       acceptor_(context,
-                tcp::endpoint(asio::ip::make_address_v4(options.host), static_cast<std::uint16_t>(options.port))) {
+                tcp::endpoint(asio::ip::make_address_v4(options.host), static_cast<std::uint16_t>(options.port))),
+      retry_(context) {
     accept();
 }
 
 void Server::accept() {
     acceptor_.async_accept([this](std::error_code error, tcp::socket socket) {
         if (error == asio::error::operation_aborted) return;
-        if (!error) std::make_shared<Connection>(std::move(socket), device_, options_)->read();
-        accept();
+        if (!error) {
+            std::make_shared<Connection>(std::move(socket), device_, options_)->read();
+            accept();
+            return;
+        }
+        // With no descriptor left the same connection would be refused again and again.
+        retry_.expires_after(retryAfter);
+        retry_.async_wait([this](std::error_code stopped) {
+            if (!stopped) accept();
+        });
     });
 }
 

@@ -19,9 +19,12 @@ public:
 private:
     void accept();
 
+    static constexpr std::chrono::milliseconds retryAfter{100};
+
     Device& device_;
     const Options& options_;
     asio::ip::tcp::acceptor acceptor_;
+    asio::steady_timer retry_;
 };
 
 }  // namespace zvr::sim
