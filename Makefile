@@ -28,11 +28,11 @@ demo: build ## Runs the main job against the simulator
 	$(PYTHON) examples/demo.py
 
 test: build ## Runs all tests
-	cd $(BUILD) && ctest --output-on-failure --no-tests=error
-	$(PYTHON) -m pytest -q tests/python
 	$(PYTHON) -m mypy.stubtest pyzvr --allowlist tests/stubtest_allowlist.txt
 	$(PYTHON) -m mypy examples
 	$(PYTHON) tools/generate.py --check
+	cd $(BUILD) && ctest --output-on-failure --no-tests=error
+	$(PYTHON) -m pytest -q tests/python
 
 bench: ## Measures beside what a user would pick instead
 	$(call setup,build test bench)

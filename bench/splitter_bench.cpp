@@ -34,9 +34,7 @@ Bytes drawn(const Bytes& alphabet) {
 }
 
 // A whole frame of `size` bytes; its samples are those of a converter that is not connected: no start bytes.
-Bytes frame(std::size_t size) {
-    return zvr::buildFrame(183, Bytes(size - 6, 0x55));
-}
+Bytes frame(std::size_t size) { return zvr::buildFrame(183, Bytes(size - 6, 0x55)); }
 
 // The same with samples of every value.
 Bytes noisyFrame(std::size_t size) { return zvr::buildFrame(183, randomBytes(size - 6)); }
@@ -56,13 +54,15 @@ void split(benchmark::State& state, const Bytes& stream) {
     }
     const auto bytes = static_cast<double>(state.iterations()) * static_cast<double>(stream.size());
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
-    state.counters["ns/byte"] = benchmark::Counter(bytes / 1e9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["ns/byte"] =
+        benchmark::Counter(bytes / 1e9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     state.counters["packets"] = static_cast<double>(packets) / static_cast<double>(state.iterations());
 }
 
 const auto registered = [] {
     const auto add = [](const char* name, Bytes stream) {
-        benchmark::RegisterBenchmark(name, [stream = std::move(stream)](benchmark::State& state) { split(state, stream); });
+        benchmark::RegisterBenchmark(name,
+                                     [stream = std::move(stream)](benchmark::State& state) { split(state, stream); });
     };
     add("good/6", repeated(frame(6)));
     add("good/100", repeated(frame(100)));

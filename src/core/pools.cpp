@@ -126,6 +126,7 @@ std::optional<Bytes> EchoPool::peek(Key key) const {
 std::vector<EchoPool::Key> EchoPool::keys() const {
     const std::lock_guard lock(mutex_);
     std::vector<Key> keys;
+    keys.reserve(replies_.size());
     for (const auto& [key, data] : replies_) keys.push_back(key);
     return keys;
 }
@@ -145,6 +146,7 @@ template <class Map>
 auto keysOf(std::mutex& mutex, const Map& map) {
     const std::lock_guard lock(mutex);
     std::vector<typename Map::key_type> keys;
+    keys.reserve(map.size());
     for (const auto& entry : map) keys.push_back(entry.first);
     return keys;
 }

@@ -101,9 +101,7 @@ void Splitter::setStream(ByteView bytes) {
 }
 
 std::size_t Splitter::lastIndex() const {
-    std::size_t place = searched_;
-    while (place >= lastIndex_ + block && !blockHasTrailer(&buffer_[front_ + place - block])) place -= block;
-    for (; place > lastIndex_; --place) {
+    for (std::size_t place = searched_; place > lastIndex_; --place) {
         if (isTrailer(stream(), place - 1)) return place;
     }
     return lastIndex_;
@@ -226,7 +224,7 @@ void Splitter::dropDeadPrefix() {
     if (stream().size() < deadPrefixLimit || searched_ < reach) return;
     // Whole turns of the ring, so that the marks stay where they are.
     const std::size_t dead = (searched_ - reach) / ring * ring;
-    lastIndex_ = lastIndex() - std::min(lastIndex(), dead);
+    lastIndex_ -= std::min(lastIndex_, dead);
     front_ += dead;
     searched_ -= dead;
     scanned_ -= std::min(scanned_, dead);

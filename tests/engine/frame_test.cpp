@@ -70,10 +70,10 @@ TEST(Commands, CodeTableHasEveryNameOnceAndSharesOnlyTheNumbersThatAreMeantTo) {
 
 TEST(Commands, OnlyTheListedOnesAreStreamsOrBroadcasts) {
     const Bytes reply = {1, 9}, request = {0, 9}, none;
-    const std::map<int, const char*> special = {{49, "streaming"},   {129, "streaming"},    {183, "streaming"},
-                                                {190, "streaming"},  {0x2049, "streaming"}, {211, "streaming"},
+    const std::map<int, const char*> special = {{49, "streaming"},     {129, "streaming"},    {183, "streaming"},
+                                                {190, "streaming"},    {0x2049, "streaming"}, {211, "streaming"},
                                                 {0x2401, "streaming"}, {0x200D, "streaming"}, {252, "broadcast"},
-                                                {253, "broadcast"},  {0xA16, "broadcast"},  {254, "broadcast"}};
+                                                {253, "broadcast"},    {0xA16, "broadcast"},  {254, "broadcast"}};
     for (int code = 0; code <= 0xFFFF; ++code) {
         const auto found = special.find(code);
         const std::string expected = found == special.end() ? "echo" : found->second;

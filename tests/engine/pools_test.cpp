@@ -183,6 +183,28 @@ TEST(EchoPool, ThousandsOfHandOversBetweenManyThreadsLoseNoWakeUp) {
     for (int key = 0; key < pairs; ++key) requests.put(key, {});  // lets a server that was left alone go
 }
 
+// Replies at all moments of the caller's way from its first look to its parking.
+TEST(EchoPool, ReplyThatComesWhileTheCallerGetsReadyToParkIsNotMissed) {
+    constexpr int rounds = 12'000;
+    EchoPool pool;
+    std::atomic<int> asked{0};
+    std::atomic<Deadline> answer{Deadline()};
+    std::jthread device([&] {
+        for (int i = 1; i <= rounds; ++i) {
+            while (asked.load() < i) {
+            }
+            while (Clock::now() < answer.load()) {
+            }
+            pool.put(1, {5});
+        }
+    });
+    for (int i = 1; i <= rounds; ++i) {
+        answer = Clock::now() + std::chrono::nanoseconds(i * 5 % 40'000);
+        asked = i;
+        ASSERT_EQ(pool.await(1, Clock::now() + std::chrono::seconds(3)), Bytes{5}) << asked.exchange(rounds);
+    }
+}
+
 TEST(EchoPool, TwoCallersOfOneKeyGetOneReplyEach) {
     EchoPool pool;
     Milestone waiting;
@@ -198,6 +220,20 @@ TEST(EchoPool, TwoCallersOfOneKeyGetOneReplyEach) {
     ASSERT_TRUE(endsSoon(second));
     const Bytes a = first.get().value(), b = second.get().value();
     EXPECT_NE(a, b);
+}
+
+TEST(EchoPool, ListenerThatLeavesTheReplyDoesNotKeepItFromTheCallerBehindIt) {
+    struct Idle : Listener {
+        void onArrival() noexcept override {}
+    };
+    const auto pool = std::make_shared<EchoPool>();
+    const Listening stay(pool, 1, std::make_shared<Idle>());
+    Milestone waiting;
+    auto reply = std::async(std::launch::async, [&] { return pool->await(1, patience(), [&] { waiting.reach(); }); });
+    ASSERT_TRUE(waiting.awaitCount(1));
+    pool->put(1, {5});
+    ASSERT_TRUE(endsSoon(reply));
+    EXPECT_EQ(reply.get(), Bytes{5});
 }
 
 TEST(EchoPool, ListenerHearsOfItsKeyAloneWithNoLockHeldUntilItIsForgotten) {

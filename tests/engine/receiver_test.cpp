@@ -17,7 +17,8 @@ using testing::patience;
 // What a receiver delivered and reported.
 class Delivery {
 public:
-    std::shared_ptr<Receiver> receiver(std::shared_ptr<PacketSource> source, const std::string& name = "_recvCMDThread") {
+    std::shared_ptr<Receiver> receiver(std::shared_ptr<PacketSource> source,
+                                       const std::string& name = "_recvCMDThread") {
         auto made = std::make_shared<Receiver>(
             name, 1536, [this](const Packet& packet) { take(packet); },
             [this](const std::string& thread, std::exception_ptr failure) {
@@ -111,7 +112,7 @@ TEST_F(ReceiverTest, PacketsReachTheSinkInOrderOnceTheGateIsOpen) {
     Bytes stream;
     std::vector<int> expected;
     for (int i = 0; i < 3000; ++i) {
-        const int command = 0x100 + i;
+        const int command = 1000 + i;
         const Bytes frame = buildFrame(command, Bytes(static_cast<std::size_t>(i % 40), 13));
         stream.insert(stream.end(), frame.begin(), frame.end());
         expected.push_back(command);
@@ -125,8 +126,8 @@ TEST_F(ReceiverTest, PacketsReachTheSinkInOrderOnceTheGateIsOpen) {
 // A second read before anybody turned the gate would be the first of a spinning thread's millions.
 TEST_F(ReceiverTest, DeadPeerIsReadOnceAndThenOncePerTurnOfTheGate) {
     const auto client = connect(device_);
-    const auto source = std::make_shared<FakeSource>(
-        [&](int, std::vector<Packet>& packets) { return client->receive(1536, packets); });
+    const auto source =
+        std::make_shared<FakeSource>([&](int, std::vector<Packet>& packets) { return client->receive(1536, packets); });
     const auto receiver = start(source);
     device_.close();
     receiver->gate.release();
@@ -263,21 +264,31 @@ TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
 }
 
 TEST(Threads, AwaitAllReturnsOnlyWhenEveryBodyIsGoneWithAllItHolds) {
-    const auto held = std::make_shared<int>(0);
-    Milestone started, leave;
+    Milestone started, leave, gone;
+    // Takes its time to go, so that a count that came too early shows.
+    struct Held {
+        Held(Milestone& late, Milestone& end) : never(late), gone(end) {}
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        ~Held() {
+            EXPECT_FALSE(never.awaitCount(2, Clock::now() + std::chrono::milliseconds(5)));
+            gone.reach();
+        }
+        Milestone &never, &gone;
+    };
     constexpr int count = 10;
     for (int i = 0; i < count; ++i) {
-        startThread("a name longer than a kernel takes", [&, held] {
+        startThread("a name longer than a kernel takes", [&, held = std::make_shared<Held>(leave, gone)] {
             started.reach();
             EXPECT_TRUE(leave.awaitCount(1));
         });
     }
     ASSERT_TRUE(started.awaitCount(count));
     awaitAllThreads(Clock::now() + std::chrono::milliseconds(10));  // gives up
-    EXPECT_EQ(held.use_count(), 1 + count);
+    EXPECT_EQ(gone.count(), 0);
     leave.reach();
     awaitAllThreads(patience());
-    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(gone.count(), count);
 }
 
 }  // namespace

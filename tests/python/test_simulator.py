@@ -124,6 +124,38 @@ def test_saved_start_up_state_is_taken_at_a_restart(lite, call):
     assert call(lite, "_DIO_saveStartup", 0, 0, 0, 0) == 0 and call(lite, "Sys_reboot") == 0
 
 
+def test_start_up_states_fit_the_lines(call):
+    with connected("TarnDio") as box:
+        assert call(box, "_DIO_saveStartup", 1, 1, 1, 0) == -7015
+        assert call(box, "_DIO_saveStartup", 0, 0, 0, 5) == 0 and call(box, "Sys_reboot") == 0
+        assert call(box, "Sys_getPinModeInPort", 0) == ["DO"] * 6 + ["Disabled"] * 2
+        assert call(box, "DI_readPort", 1) == [1, 0, 1, 0, 0, 0, 0, 0]
+
+
+def test_a_closed_line_has_no_level(call):
+    with connected("TarnDioLite") as box:
+        assert call(box, "DO_openPins", 0, [0, 1]) == 0 and call(box, "DO_writePort", 0, 3) == 0
+        assert call(box, "DO_closePins", 0, [1]) == 0
+        assert call(box, "_setAndWriteDO", 0, 1, 1) == [1, 0, 0, 0, 0, 0, 0, 0]
+
+
+def test_a_client_that_takes_no_replies_is_not_read_from():
+    request, size = bytes.fromhex("020002f7000d0a"), 70
+    with running_simulator("TarnDio") as simulator:
+        with socket.create_connection((simulator["host"], simulator["command_port"])) as client:
+            client.settimeout(0.5)
+            sent = 0
+            with pytest.raises(TimeoutError):
+                while sent < 1 << 25:
+                    sent += client.send(request * 1000)
+            client.settimeout(10)
+            whole = sent // len(request)
+            received = 0
+            while received < whole * size:
+                received += len(client.recv(1 << 20))
+            assert received == whole * size
+
+
 FAULTS = [
     ("--split", "1"), ("--flood", "3000"), ("--duplicate", "1"), ("--coalesce", "3"), ("--delay", "0.015"),
     ("--drop", "0.4", "--seed", "7"), ("--truncate", "0.4", "--seed", "7"), ("--corrupt", "0.4", "--seed", "7"),
@@ -179,7 +211,7 @@ def test_the_program_by_itself():
     assert "TarnDioLite\tTarn-Dio-Lite" in subprocess.run([program, "--list"], capture_output=True, text=True).stdout
     assert "usage: zvr-sim" in subprocess.run([program, "--help"], capture_output=True, text=True).stdout
     for arguments in ([], ["Nothing"], ["TarnDio", "--drop", "2"], ["TarnDio", "--port", "x"], ["TarnDio", "--serial", '"'],
-                      ["TarnDio", "--fault-command", "NOTHING"], ["TarnDio", "--nonsense"]):
+                      ["TarnDio", "--fault-command", "NOTHING"], ["TarnDio", "--nonsense"], ["TarnDio", "--host", "nowhere"]):
         refused = subprocess.run([program, *arguments], capture_output=True, text=True, timeout=10)
         assert refused.returncode == 2 and refused.stderr and not refused.stdout
     process = subprocess.Popen([program, "TarnDio"], stdout=subprocess.PIPE, text=True)
