@@ -88,7 +88,8 @@ void defineReceiveThread(Package& package) {
 
 void defineDevice(Package& package) {
     defineReceiveThread(package);
-    py::class_<DeviceRuntime>(package.module(), "_DeviceRuntime", "What the threads of a device touch.");
+    [[maybe_unused]] const py::class_<DeviceRuntime> runtime(package.module(), "_DeviceRuntime",
+                                                             "What the threads of a device touch.");
 
     const Parameter command{"cmd", "int", "command code of a received frame"};
     const Parameter data{"data", "bytes", "its data"};
@@ -106,7 +107,7 @@ void defineDevice(Package& package) {
         .method("__init__", {}, "Makes the data pools.", {}, {},
                 [](py::handle self) { py::setattr(self, "_runtime", py::cast(std::make_unique<DeviceRuntime>())); })
         .method("_checkCommandType", {command, data}, "Sorts a frame by its command.",
-                {"str", "\"streaming\", \"broadcast\", \"ignore\" or \"echo\""}, {},
+                {"str", R"("streaming", "broadcast", "ignore" or "echo")"}, {},
                 [](py::handle, const Object& code, const Object& bytes) {
                     return std::string(nameOf(classify(py::cast<int>(code), bytesOf(bytes))));
                 })

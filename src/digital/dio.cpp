@@ -41,7 +41,7 @@ Object pinLevels(py::handle self, const Bytes& reply, std::size_t place) {
     return bitsOf(py::int_(word), attribute(self, "dio_num_pins_per_port"));
 }
 
-Reply levelsReply(std::string doc) {
+Reply levelsReply(const std::string& doc) {
     return {[](py::handle self, const Bytes& data) { return pinLevels(self, data, 1); },
             {"list[int]", doc + ", " + levels, "the device"}};
 }

@@ -41,7 +41,7 @@ py::dict toDict(const PinMap& map) {
     return dict;
 }
 
-ModuleUse dio(PinMap inputs, PinMap outputs, int pinsPerPort = 8) {
+ModuleUse dio(const PinMap& inputs, const PinMap& outputs, int pinsPerPort = 8) {
     return {"DIO", [=] { return py::make_tuple(toDict(inputs), toDict(outputs), pinsPerPort); }};
 }
 

@@ -110,7 +110,7 @@ PySendResult advance(CoroutineObject* self, PyObject* value, PyObject** result) 
 
 PyObject* answerOf(PySendResult sent, PyObject* result) {
     if (sent != PYGEN_RETURN) return result;
-    const Object value = py::reinterpret_steal<Object>(result);
+    const auto value = py::reinterpret_steal<Object>(result);
     try {
         const Object stop = callObject(PyExc_StopIteration, value);
         PyErr_SetObject(PyExc_StopIteration, stop.ptr());

@@ -179,12 +179,12 @@ std::string nameIn(const Definition& definition, Form form) {
     return definition.name + (isTwin ? "_async" : "");
 }
 
-Object makeOperation(std::shared_ptr<const Definition> definition, Form form, const std::string& owner) {
+Object makeOperation(const std::shared_ptr<const Definition>& definition, Form form, const std::string& owner) {
     const Parameters parameters = parametersOf(*definition, form);
     const std::string name = nameIn(*definition, form);
     OperationObject* self = PyObject_New(OperationObject, &operationType);
     if (self == nullptr) throw py::error_already_set();
-    Object result = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));
+    auto result = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));
     self->vectorcall = call;
     self->name = self->qualifiedName = self->module = self->doc = self->textSignature = nullptr;
     self->stub = self->exchange = nullptr;

@@ -20,7 +20,7 @@ enum class Form {
 std::string nameIn(const Definition& definition, Form form);
 
 /// Makes the callable. `owner` is the name of the class that it goes into, empty for a function.
-Object makeOperation(std::shared_ptr<const Definition> definition, Form form, const std::string& owner);
+Object makeOperation(const std::shared_ptr<const Definition>& definition, Form form, const std::string& owner);
 
 bool isOurOperation(py::handle object);
 

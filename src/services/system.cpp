@@ -50,7 +50,7 @@ Reply aliasReply() {
 
 Reply alarmStateReply() {
     return {[](py::handle, const Bytes& data) -> Object { return py::str(data.at(1) == 1 ? "on" : "off"); },
-            {"str", "\"on\" or \"off\"", "the device"}};
+            {"str", R"("on" or "off")", "the device"}};
 }
 
 Reply alarmConfigReply() {
@@ -276,7 +276,7 @@ void defineSystem(Package& package) {
                    "Sets the device's clock.", status(0).returns,
                    {"InputTypeNotCorrectError: an argument has the wrong type"}, Calls<setClock>{})
         .operation("Sys_getMode", {slot}, "Reads the mode of a slot of the chassis.",
-                   {"str", "\"Idle\", \"DI\", \"DO\", \"DIO\", \"Motion\", \"AIO\" or \"Switch\"", "the device"},
+                   {"str", R"("Idle", "DI", "DO", "DIO", "Motion", "AIO" or "Switch")", "the device"},
                    {"@_checkLatticeSlot"}, Calls<getSlotMode>{})
         .operation("_Sys_setSlotMode", {slot, mode}, "Puts a slot of the chassis into a mode.", slotStatus,
                    {"@_checkLatticeSlot"}, Calls<setSlotMode>{});
