@@ -41,6 +41,16 @@ void thenAlways(Step step, Rest rest) {
     if (failure) std::rethrow_exception(failure);
 }
 
+// What every close does: disconnects, ends the object in its own way, and says so, each even if the step before failed.
+void closeDevice(py::handle self, const Object& verbose, void (*end)(py::handle self)) {
+    if (runtimeOf(self).killed()) return;
+    thenAlways(
+        [&] {
+            if (isTrue(self, commandLink.status)) callMethod(self, "disconnect");
+        },
+        [&] { thenAlways([&] { end(self); }, [&] { printMessage(verbose, "Closed handle", self); }); });
+}
+
 void runThread(py::handle self, const Link& link) {
     const auto receiver = py::cast<std::shared_ptr<Receiver>>(attribute(self, link.thread));
     const WithoutGil released;
@@ -81,18 +91,12 @@ void defineEthernet(Package& package) {
         .method("close", {verboseParameter}, "Ends connection and threads for good; a second call does nothing.", {},
                 {"NetworkConnectionLostError: the connection was lost before; everything is ended all the same"},
                 [](py::handle self, const Object& verbose) {
-                    if (runtimeOf(self).killed()) return;
-                    thenAlways(
-                        [&] {
-                            if (isTrue(self, commandLink.status)) callMethod(self, "disconnect");
-                        },
-                        [&] {
-                            callOf("Device", "close", self, py::bool_(false));
-                            openGate(self, commandLink);
-                            sleepBlocking(0.001);
-                            setAttribute(self, commandLink.client, py::none());
-                            printMessage(verbose, "Closed handle", self);
-                        });
+                    closeDevice(self, verbose, [](py::handle object) {
+                        callOf("Device", "close", object, py::bool_(false));
+                        openGate(object, commandLink);
+                        sleepBlocking(0.001);
+                        setAttribute(object, commandLink.client, py::none());
+                    });
                 })
         .method("_recvCMDThread", {}, "Body of the receive thread: reads and files frames until the object is closed.",
                 {}, {}, [](py::handle self) { runThread(self, commandLink); });
@@ -135,18 +139,10 @@ void defineWifi(Package& package) {
         .method("close", {verboseParameter}, "Ends connections and threads for good; a second call does nothing.", {},
                 {"NetworkConnectionLostError: a connection was lost before; everything is ended all the same"},
                 [](py::handle self, const Object& verbose) {
-                    if (runtimeOf(self).killed()) return;
-                    thenAlways(
-                        [&] {
-                            if (isTrue(self, commandLink.status)) callMethod(self, "disconnect");
-                        },
-                        [&] {
-                            thenAlways([&] { callOf("NetworkDevice", "close", self, py::bool_(false)); },
-                                       [&] {
-                                           openGate(self, dataLink);
-                                           printMessage(verbose, "Closed handle", self);
-                                       });
-                        });
+                    closeDevice(self, verbose, [](py::handle object) {
+                        callOf("NetworkDevice", "close", object, py::bool_(false));
+                        openGate(object, dataLink);
+                    });
                 })
         .method("_recvDataThread", {}, "Body of the data connection's receive thread.", {}, {},
                 [](py::handle self) { runThread(self, dataLink); });
