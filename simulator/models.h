@@ -26,9 +26,13 @@ struct Wire {
 
 using AddModule = void (*)(Device&);
 
+/// How a model is reached.
+enum class Link { ethernet, wifi, usb, serial };
+
 struct Model {
     std::string_view name;
     std::string_view displayName;
+    Link link;
     int firstYear;       ///< that the clock counts from
     int pinsPerPort;     ///< places in a port, whether or not a line is there
     bool fixedFunction;  ///< lines are in use in their one direction for good
