@@ -6,7 +6,15 @@
 namespace zvr::python {
 
 void defineDio(Package& package);
+void definePwm(Package& package);
+void defineCounter(Package& package);
+void defineEncoder(Package& package);
 
-inline void defineDigital(Package& package) { defineDio(package); }
+inline void defineDigital(Package& package) {
+    defineDio(package);
+    definePwm(package);
+    defineCounter(package);
+    defineEncoder(package);
+}
 
 }  // namespace zvr::python

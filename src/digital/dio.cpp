@@ -391,17 +391,9 @@ void defineOutputs(Feature& dio) {
 
 void defineDio(Package& package) {
     Feature dio(package, "DIO", "General-purpose digital lines.");
-    dio.field({"di_dict", "dict[int, list[int]]", "pins that can be inputs, by port"})
-        .field({"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"})
-        .field({"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"})
-        .constructor({{"di_dict", "dict[int, list[int]]", "pins that can be inputs, by port"},
-                      {"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"},
-                      {"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"}},
-                     [](py::handle self, const Object& inputs, const Object& outputs, const Object& pins) {
-                         setAttribute(self, "di_dict", inputs);
-                         setAttribute(self, "do_dict", outputs);
-                         setAttribute(self, "dio_num_pins_per_port", pins);
-                     });
+    dio.offers({{"di_dict", "dict[int, list[int]]", "pins that can be inputs, by port"},
+                {"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"},
+                {"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"}});
     defineChecks(dio);
     dio.rows(wireRows());
     defineClosing(dio);

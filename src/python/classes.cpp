@@ -79,6 +79,28 @@ Feature::Feature(Package& package, const std::string& prefix, const std::string&
       twin_(package.makeClass(prefix + "Module_async", basesOf("Packet_async", prefix, base),
                               doc + "\n\nAwaitable form.")) {}
 
+Feature& Feature::offers(const std::vector<FieldDoc>& fields) {
+    Parameters parameters;
+    for (const FieldDoc& offered : fields) {
+        field(offered);
+        parameters.push_back({offered.name, offered.type, offered.doc});
+    }
+    const auto constructor = std::make_shared<const Definition>(
+        Definition{"__init__",
+                   std::move(parameters),
+                   "Takes what the model offers.",
+                   {},
+                   {},
+                   [](const Definition& definition, py::handle self, Arguments given) -> Object {
+                       for (std::size_t i = 0; i < definition.parameters.size(); ++i) {
+                           setAttribute(self, definition.parameters[i].name.c_str(), given[i]);
+                       }
+                       return py::none();
+                   }});
+    for (ClassMaker* form : {&blocking_, &twin_}) form->add(constructor, Form::method);
+    return *this;
+}
+
 std::vector<std::string> Feature::basesOf(const char* engine, const std::string& prefix, Base base) {
     return base == Base::own ? std::vector<std::string>{engine, prefix + "Based"} : std::vector<std::string>{engine};
 }

@@ -105,14 +105,8 @@ public:
         return *this;
     }
 
-    /// The constructor of both forms.
-    template <class Function>
-    Feature& constructor(Parameters parameters, Function body) {
-        for (ClassMaker* form : {&blocking_, &twin_}) {
-            form->method("__init__", parameters, "Takes what the model offers.", {}, {}, body);
-        }
-        return *this;
-    }
+    /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
+    Feature& offers(const std::vector<FieldDoc>& fields);
 
     Feature& field(const FieldDoc& field) {
         (based_ ? *based_ : blocking_).field(field);

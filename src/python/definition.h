@@ -48,6 +48,7 @@ struct Definition {
     Raises raises;
     std::variant<PlainBody, StepsBody> body;
     std::shared_ptr<const Exchange> exchange = {};  ///< of an operation that is one exchange
+    std::string twin = {};                          ///< name of the awaitable form where it is not the usual one
     std::size_t tag = 0;                            ///< tells a body that serves many definitions which one it is
 };
 

@@ -27,35 +27,9 @@ void run(const Check& check, const Definition& definition, py::handle self, cons
     own(PyObject_VectorcallMethod(method.ptr(), values.data(), values.size(), nullptr));
 }
 
-void append(Payload& data, const Field& field, py::handle value) {
-    switch (field.kind) {
-        case Field::Kind::byte: data.add(value); return;
-        case Field::Kind::u16: data.add(pack<std::uint16_t>(value)); return;
-        case Field::Kind::u32: data.add(pack<std::uint32_t>(value)); return;
-        case Field::Kind::i32: data.add(pack<std::int32_t>(value)); return;
-        case Field::Kind::f32: data.add(pack<float>(value)); return;
-        case Field::Kind::text: data.extend(codePoints(value)); return;
-        case Field::Kind::bytes: data.extend(value); return;
-        case Field::Kind::address: data.extend(addressBytes(value)); return;
-        case Field::Kind::mac: data.extend(macBytes(value)); return;
-        case Field::Kind::constant: data.add(field.value); return;
-    }
-}
-
 std::string textOf(const Field& field) {
-    switch (field.kind) {
-        case Field::Kind::byte: return field.argument;
-        case Field::Kind::u16: return "u16(" + field.argument + ")";
-        case Field::Kind::u32: return "u32(" + field.argument + ")";
-        case Field::Kind::i32: return "i32(" + field.argument + ")";
-        case Field::Kind::f32: return "f32(" + field.argument + ")";
-        case Field::Kind::text: return "text(" + field.argument + ")";
-        case Field::Kind::bytes: return "bytes(" + field.argument + ")";
-        case Field::Kind::address: return "ip(" + field.argument + ")";
-        case Field::Kind::mac: return "mac(" + field.argument + ")";
-        case Field::Kind::constant: break;
-    }
-    return std::to_string(field.value);
+    if (field.kind.empty()) return field.argument;
+    return field.argument.empty() ? field.kind : field.kind + "(" + field.argument + ")";
 }
 
 Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> arguments) {
@@ -63,8 +37,9 @@ Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> ar
     for (const Check& check : exchange.checks) run(check, definition, op.self(), arguments);
     Payload data;
     for (const Field& field : exchange.payload) {
-        const bool given = field.kind != Field::Kind::constant;
-        append(data, field, given ? arguments[indexOf(definition.parameters, field.argument)] : Object());
+        const bool given = !field.argument.empty();
+        field.append(data, given ? arguments[indexOf(definition.parameters, field.argument)]
+                                 : Object(py::int_(std::stoi(field.kind))));
     }
     const Object reply = co_await op.exchange(exchange.command, data.list());
     const Bytes bytes = bytesOf(reply);
@@ -96,11 +71,19 @@ Reply byteAt(std::size_t place, std::string doc) {
             {"int", std::move(doc), "the device, byte " + std::to_string(place) + " of its reply"}};
 }
 
-Reply textReply(std::string doc, std::size_t length) {
-    return {[length](py::handle, const Bytes& data) -> Object {
-                return python::textOf(ByteView(data).first(std::min(length, data.size())));
+Reply textReply(std::string doc, std::size_t length, std::size_t from) {
+    return {[length, from](py::handle, const Bytes& data) -> Object {
+                const ByteView text = ByteView(data).subspan(std::min(from, data.size()));
+                return python::textOf(text.first(std::min(length, text.size())));
             },
             {"str", std::move(doc), "the device"}};
+}
+
+Reply addressAt(std::size_t place) {
+    return {[place](py::handle, const Bytes& data) -> Object {
+                return addressText(ByteView(data).subspan(std::min(place, data.size())));
+            },
+            {"str", "dotted address", "the device"}};
 }
 
 Reply byteList(std::string doc) {

@@ -9,21 +9,42 @@
 
 namespace zvr::python {
 
-/// One piece of a request's data.
+/// One piece of a request's data, made from one argument or from none.
 struct Field {
-    enum class Kind { byte, u16, u32, i32, f32, text, bytes, address, mac, constant };
-    Kind kind;
     std::string argument;
-    int value = 0;
+    std::string kind;  ///< how the argument is written, for the reference page; empty for a plain byte
+    void (*append)(Payload& data, py::handle value);
 };
 
-inline Field u8(std::string argument) { return {Field::Kind::byte, std::move(argument)}; }
-inline Field word(std::string argument) { return {Field::Kind::u16, std::move(argument)}; }
-inline Field text(std::string argument) { return {Field::Kind::text, std::move(argument)}; }
-inline Field bytes(std::string argument) { return {Field::Kind::bytes, std::move(argument)}; }
-inline Field address(std::string argument) { return {Field::Kind::address, std::move(argument)}; }
-inline Field mac(std::string argument) { return {Field::Kind::mac, std::move(argument)}; }
-inline Field constant(int value) { return {Field::Kind::constant, {}, value}; }
+template <class Number>
+Field packed(std::string kind, std::string argument) {
+    return {std::move(argument), std::move(kind), [](Payload& data, py::handle v) { data.add(pack<Number>(v)); }};
+}
+
+inline Field u8(std::string argument) {
+    return {std::move(argument), {}, [](Payload& data, py::handle v) { data.add(v); }};
+}
+inline Field word(std::string argument) { return packed<std::uint16_t>("u16", std::move(argument)); }
+inline Field f32(std::string argument) { return packed<float>("f32", std::move(argument)); }
+inline Field length(std::string argument) {
+    return {std::move(argument), "length", [](Payload& data, py::handle v) { data.add(py::int_(py::len(v))); }};
+}
+inline Field text(std::string argument) {
+    return {std::move(argument), "text", [](Payload& data, py::handle v) { data.extend(codePoints(v)); }};
+}
+inline Field bytes(std::string argument) {
+    return {std::move(argument), "bytes", [](Payload& data, py::handle v) { data.extend(v); }};
+}
+inline Field address(std::string argument) {
+    return {std::move(argument), "ip", [](Payload& data, py::handle v) { data.extend(addressBytes(v)); }};
+}
+inline Field mac(std::string argument) {
+    return {std::move(argument), "mac", [](Payload& data, py::handle v) { data.extend(macBytes(v)); }};
+}
+/// A byte that no argument gives.
+inline Field constant(int value) {
+    return {{}, std::to_string(value), [](Payload& data, py::handle v) { data.add(v); }};
+}
 
 /// One test before anything is sent: a method of the object, or a free check of one argument.
 struct Check {
@@ -48,9 +69,19 @@ struct Reply {
 Reply status(std::size_t place);
 /// A byte of the reply as it is.
 Reply byteAt(std::size_t place, std::string doc);
-/// The reply, or its first bytes, as text.
-Reply textReply(std::string doc, std::size_t length = std::string::npos);
+/// The reply, or a part of it, as text.
+Reply textReply(std::string doc, std::size_t length = std::string::npos, std::size_t from = 0);
+/// Four bytes of the reply as a dotted address.
+Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
+/// A number of the reply; further bytes are ignored.
+template <class Number>
+Reply numberAt(std::size_t place, std::string doc) {
+    return {[place](py::handle, const Bytes& data) -> Object {
+                return py::cast(readBigEndian<Number>(slice(data, place, sizeof(Number))));
+            },
+            {std::is_floating_point_v<Number> ? "float" : "int", std::move(doc), "the device"}};
+}
 /// The same result, also kept in a field of the object.
 Reply kept(std::string field, Reply reply);
 

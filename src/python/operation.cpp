@@ -175,6 +175,7 @@ PyObject* text(const std::string& value) { return py::str(value).release().ptr()
 }  // namespace
 
 std::string nameIn(const Definition& definition, Form form) {
+    if (form == Form::awaitable && !definition.twin.empty()) return definition.twin;
     const bool isTwin = form == Form::awaitable && !definition.name.starts_with("__");
     return definition.name + (isTwin ? "_async" : "");
 }

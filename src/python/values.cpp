@@ -1,5 +1,6 @@
 #include "python/values.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -97,6 +98,23 @@ py::list macBytes(py::handle address) {
     return bytes;
 }
 
+namespace {
+
+// A short list of bytes is the format's own failure.
+py::str formatted(const std::string& format, ByteView bytes) {
+    return py::str(format).format(*py::tuple(toList(bytes)));
+}
+
+}  // namespace
+
+py::str addressText(ByteView bytes) { return formatted("{:d}.{:d}.{:d}.{:d}", bytes); }
+
+py::str macText(ByteView bytes, const char* digits) {
+    std::string format;
+    for (int i = 0; i < 6; ++i) format += std::string(i == 0 ? "{:" : ":{:") + digits + "}";
+    return formatted(format, bytes);
+}
+
 py::list bitsOf(py::handle number, py::handle width) {
     const auto count = py::cast<Py_ssize_t>(width);
     py::list bits;
@@ -168,6 +186,11 @@ void checkInputType(py::handle value, py::handle type) { require(isOfType(value,
 void checkIsInt(py::handle value) { require(PyLong_Check(value.ptr())); }
 void checkIsIntOrList(py::handle value) { require(PyLong_Check(value.ptr()) || PyList_Check(value.ptr())); }
 void checkIsText(py::handle value) { require(PyUnicode_Check(value.ptr())); }
+void checkIsTextOrList(py::handle value) { require(PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr())); }
+
+bool isOneOf(py::handle value, std::initializer_list<int> numbers) {
+    return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
+}
 
 bool checkInputTypeConsistent(py::handle first, py::handle second) {
     if (Py_TYPE(first.ptr()) != Py_TYPE(second.ptr())) throw Failure(FailureId::InputTypeNotConsistentError);

@@ -34,6 +34,10 @@ py::list codePoints(py::handle text);
 py::list addressBytes(py::handle address);
 py::list macBytes(py::handle address);
 
+/// The same as text, from as many bytes or more; throws an index failure for fewer.
+py::str addressText(ByteView bytes);
+py::str macText(ByteView bytes, const char* digits);
+
 /// Builds the data of a request: byte values as they are, packed numbers and lists in place.
 class Payload {
 public:
@@ -81,5 +85,9 @@ bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 void checkIsInt(py::handle value);
 void checkIsIntOrList(py::handle value);
 void checkIsText(py::handle value);
+void checkIsTextOrList(py::handle value);
+
+/// Whether a value equals one of these numbers.
+bool isOneOf(py::handle value, std::initializer_list<int> numbers);
 
 }  // namespace zvr::python

@@ -5,18 +5,11 @@ namespace zvr::python {
 
 namespace {
 
-py::str dotted(ByteView bytes) { return py::str("{:d}.{:d}.{:d}.{:d}").format(bytes[0], bytes[1], bytes[2], bytes[3]); }
-
-Reply gatewayReply() {
-    return {[](py::handle, const Bytes& data) -> Object { return dotted(slice(data, 0, 4)); },
-            {"str", "dotted address", "the device"}};
-}
-
 // Both parts are kept in fields of their own.
 Reply addressReply() {
     return {[](py::handle self, const Bytes& data) -> Object {
-                const py::str address = dotted(slice(data, 0, 4));
-                const py::str mask = dotted(slice(data, 4, 4));
+                const py::str address = addressText(data);
+                const py::str mask = addressText(ByteView(data).subspan(std::min<std::size_t>(4, data.size())));
                 setAttribute(self, "ip_addr", address);
                 setAttribute(self, "subnet_mask", mask);
                 py::list both;
@@ -29,10 +22,7 @@ Reply addressReply() {
 
 // Bytes without a leading zero.
 Reply macReply() {
-    return {[](py::handle, const Bytes& data) -> Object {
-                const ByteView mac = slice(data, 0, 6);
-                return py::str("{:x}:{:x}:{:x}:{:x}:{:x}:{:x}").format(mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
-            },
+    return {[](py::handle, const Bytes& data) -> Object { return macText(data, "x"); },
             {"str", "six hexadecimal numbers without leading zeros", "the device"}};
 }
 
@@ -55,13 +45,7 @@ void defineNetwork(Package& package) {
         .field({"subnet_mask", "str", "last subnet mask read"})
         .field({"mac_addr", "str", "last MAC address read"})
         .rows({
-            {"Net_getGateway",
-             {},
-             {},
-             GET_GATEWAY,
-             {},
-             kept("gateway", gatewayReply()),
-             "Reads the gateway's address."},
+            {"Net_getGateway", {}, {}, GET_GATEWAY, {}, kept("gateway", addressAt(0)), "Reads the gateway's address."},
             {"_setGateway",
              {{"gateway", "str", "dotted IPv4 address"}},
              {isText("gateway")},
@@ -86,7 +70,7 @@ void defineNetwork(Package& package) {
              status(0),
              "Sets the MAC address."},
         });
-    defineAlias(network, "Sys_getGateway", "Net_getGateway", {}, gatewayReply(),
+    defineAlias(network, "Sys_getGateway", "Net_getGateway", {}, addressAt(0),
                 [](Op op) -> Result { co_return co_await op.request("Net_getGateway"); });
     defineAlias(network, "Sys_getIPAddrAndSubmask", "Net_getIPAddrAndSubmask", {}, addressReply(),
                 [](Op op) -> Result { co_return co_await op.request("Net_getIPAddrAndSubmask"); });

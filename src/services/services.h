@@ -1,4 +1,4 @@
-// What every device offers, and the network settings.
+// What every device offers, and its services: network, radio, clock, card.
 #pragma once
 
 #include "python/classes.h"
@@ -7,10 +7,18 @@ namespace zvr::python {
 
 void defineSystem(Package& package);
 void defineNetwork(Package& package);
+void defineWifiSettings(Package& package);
+void defineSystemAnalog(Package& package);
+void defineSntp(Package& package);
+void defineSdCard(Package& package);
 
 inline void defineServices(Package& package) {
     defineSystem(package);
     defineNetwork(package);
+    defineWifiSettings(package);
+    defineSystemAnalog(package);
+    defineSntp(package);
+    defineSdCard(package);
 }
 
 }  // namespace zvr::python

@@ -252,10 +252,7 @@ void defineSystem(Package& package) {
                  "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
                 [](py::handle, const Object& slot) {
                     checkIsInt(slot);
-                    for (const int usable : {1, 2, 4}) {
-                        if (slot.equal(py::int_(usable))) return;
-                    }
-                    throw Failure(FailureId::LatticePortNotAvaliableError);
+                    if (!isOneOf(slot, {1, 2, 4})) throw Failure(FailureId::LatticePortNotAvaliableError);
                 })
         .rows(rows())
         .operation("Sys_getPythonVersion", {}, "Tells the library's version; asks no device.",
