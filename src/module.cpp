@@ -1,9 +1,11 @@
 // The extension module: each folder puts its part into the package, in the order of the layers.
 #include "devices/devices.h"
 #include "digital/digital.h"
+#include "drone/drone.h"
 #include "models/models.h"
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
+#include "python/raising.h"
 #include "services/services.h"
 
 namespace {
@@ -13,6 +15,7 @@ void prepare(pybind11::module_& module) {
     rememberMainThread();
     prepareCoroutineType(module);
     prepareOperationType(module);
+    prepareRaising();
     pybind11::module_::import("atexit").attr("register")(pybind11::cpp_function([] {
         endAllRuntimes();
         leaveInterpreter();
@@ -29,5 +32,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineDevices(package);
     zvr::python::defineServices(package);
     zvr::python::defineDigital(package);
+    zvr::python::defineDrone(package);
     zvr::python::defineModels(package);
+    zvr::python::defineCatalogue(package);
 }

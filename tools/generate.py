@@ -4,7 +4,9 @@ Each callable of the library carries its stub line (`__stub__`) and, where it is
 (`__exchange__`). With --check nothing is written; the exit status tells whether the files are as they would be.
 """
 
+import contextlib
 import inspect
+import io
 import sys
 import types
 from pathlib import Path
@@ -14,6 +16,7 @@ import pyzvr
 ROOT = Path(__file__).resolve().parent.parent
 STUB = ROOT / "python" / "pyzvr" / "__init__.pyi"
 REFERENCE = ROOT / "docs" / "reference.md"
+MODELS = ROOT / "docs" / "models.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
@@ -23,6 +26,8 @@ from typing import Any
 from typing_extensions import Self
 
 '''
+# Of the bound types.
+CONSTRUCTORS = {"Fifo": "maxsize: int = ...", "USBClient": "serial_num: str = ..."}
 OPERATION = type(pyzvr.checkFirmwareError)
 
 
@@ -60,8 +65,8 @@ def stub_of_class(cls):
                 lines.append(f"    {name}: {kind}")
         else:
             lines.append("    " + value.__stub__ + override_mark(cls, name, value))
-    if cls.__name__ == "Fifo":
-        lines.append("    def __init__(self, maxsize: int = ...) -> None: ...")
+    if cls.__name__ in CONSTRUCTORS:
+        lines.append(f"    def __init__(self, {CONSTRUCTORS[cls.__name__]}) -> None: ...")
     if not lines:
         lines = ["    ..."]
     head = f"class {cls.__name__}({', '.join(bases)}):" if bases else f"class {cls.__name__}:"
@@ -83,9 +88,9 @@ def contents():
 
 def constant_type(value):
     if isinstance(value, list):
-        return f"list[{type(value[0]).__name__}]"
+        return f"list[{constant_type(value[0])}]"
     if isinstance(value, dict):
-        return "dict[str, str]"
+        return f"dict[str, {constant_type(next(iter(value.values()), ''))}]"
     return type(value).__name__
 
 
@@ -136,10 +141,51 @@ def reference():
     return "\n".join(lines).rstrip() + "\n"
 
 
+LINKS = {"USBDevice": "USB", "ETHDevice": "Ethernet", "WifiDevice": "Wi-Fi", "UARTDevice": "serial line"}
+
+
+def lines_of(ports):
+    """Ports and pins of a digital map, "0: 0-7, 1: 0-5"."""
+    texts = []
+    for port, pins in ports.items():
+        runs = []
+        for pin in pins:
+            if runs and pin == runs[-1][1] + 1:
+                runs[-1][1] = pin
+            else:
+                runs.append([pin, pin])
+        texts.append(f"{port}: " + " ".join(f"{first}-{last}" if last > first else str(first) for first, last in runs))
+    return ", ".join(texts)
+
+
+def models():
+    lines = [
+        "# Models",
+        "",
+        "Written by `make docs` from the table of models; do not edit.",
+        "",
+        "| Class | Name | Link | Modules | Digital inputs, port: pins | Digital outputs | Not yet |",
+        "| --- | --- | --- | --- | --- | --- | --- |",
+    ]
+    for name in pyzvr.HANDLE_LIST:
+        cls = getattr(pyzvr, name)
+        bases = [base.__name__ for base in cls.__mro__]
+        link = next(text for base, text in LINKS.items() if base in bases)
+        modules = [base.removesuffix("Module") for base in bases if base.endswith("Module")]
+        coming = (cls.__mro__[1].__doc__ if name == "LatticeLite" else cls.__doc__).partition("Not in the library yet: ")[2]
+        with contextlib.redirect_stdout(io.StringIO()), cls() as handle:
+            pins = [lines_of(getattr(handle, field, {})) for field in ("di_dict", "do_dict")]
+        if pins[0] == pins[1] and pins[0]:
+            pins[1] = "the same"
+        cells = [f"`{name}`", pyzvr.LABEL_DICT[name], link, ", ".join(modules), *pins, coming.rstrip(".")]
+        lines.append("| " + " | ".join(cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
 def main():
     check = "--check" in sys.argv[1:]
     stale = []
-    for path, text in ((STUB, stub()), (REFERENCE, reference())):
+    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models())):
         if not path.exists() or path.read_text() != text:
             stale.append(path.relative_to(ROOT).as_posix())
             if not check:

@@ -11,6 +11,14 @@ inline constexpr int CMD_INDEX_2 = CMD_INDEX, CMD_STX_2 = CMD_STX, CMD_CR_2 = CM
 inline constexpr int USB_PKT_SIZE = 64, TCP_PKT_LENGTH_MAX = 1536, TCP_DATA_LENGTH_MAX = 9606, UDP_PKT_LENGTH_MAX = 512,
                      UART_PKT_LENGTH_MAX = 64;
 
+// The USB devices: vendor, product, endpoints; and the multimeter, which is read as a HID device.
+inline constexpr int USB_VID = 1155, USB_PID = 22352, USB_EP_IN = 129, USB_EP_OUT = 1;
+inline constexpr int USB_61E_PLUS_VID = 4292, USB_61E_PLUS_PID = 60032, USB_61E_RECEIVE_BYTE = 2,
+                     USB_61E_RECEIVE_TIMEOUT = 200, USB_61E_RECEIVE_TOTAL_BYTES = 19;
+
+/// Seconds that a read of a serial line waits.
+inline constexpr double UART_READ_TIMEOUT = 0.05;
+
 // Ports and seconds of the network devices.
 inline constexpr int TCP_CMD_PORT = 7, TCP_DATA_PORT = 1336, UDP_SEND_PORT = 61557, UDP_RECV_PORT = 6667;
 inline constexpr int CONNECTION_TIMEOUT = 5;

@@ -13,8 +13,13 @@ void printMessage(const Object& verbose, const char* verb, py::handle self, cons
     py::print(place ? py::str("{} {} ({})").format(verb, name, place) : py::str("{} ({})").format(verb, name));
 }
 
+void printBareMessage(const Object& verbose, const char* verb, py::handle self) {
+    if (PyObject_IsTrue(verbose.ptr()) != 0) py::print(verb, callMethod(self, "_getDeviceName"));
+}
+
 void openLink(py::handle self, const Link& link, const Object& client) {
-    const auto receiver = runtimeOf(self).startReceiver(self, link.client, link.body, link.readLength);
+    const auto receiver =
+        runtimeOf(self).startReceiver(self, link.client, link.body, link.readLength, link.reportsReads);
     setAttribute(self, link.client, client);
     setAttribute(self, link.status, py::bool_(false));
     setAttribute(self, link.lock, py::cast(std::shared_ptr<Gate>(receiver, &receiver->gate)));
@@ -34,12 +39,43 @@ void setClient(py::handle self, const Link& link, const Object& client) {
     runtimeOf(self).setClient(self, link.client, client);
 }
 
-void shutLink(py::handle self, const Link& link) {
+void runThread(py::handle self, const Link& link) {
+    const auto receiver = py::cast<std::shared_ptr<Receiver>>(attribute(self, link.thread));
+    const WithoutGil released;
+    receiver->run();
+}
+
+bool isTrue(py::handle self, const char* field) { return PyObject_IsTrue(attribute(self, field).ptr()) != 0; }
+
+void connectLink(py::handle self, const Link& link, const Object& place, const Object& number) {
+    const Object client = attribute(self, link.client);
+    if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
+    setAttribute(self, link.status, callMethod(client, "connect", place, number));
+}
+
+void openGate(py::handle self, const Link& link) { callMethod(attribute(self, link.lock), "release"); }
+
+void shutGate(py::handle self, const Link& link) {
     callMethod(attribute(self, link.lock), "acquire");
     sleepBlocking(0.001);
+}
+
+void shutLink(py::handle self, const Link& link) {
+    shutGate(self, link);
     callMethod(attribute(self, link.client), "disconnect");
     setAttribute(self, link.status, py::bool_(false));
 }
+
+void closeDevice(py::handle self, const Link& link, const Object& verbose, void (*end)(py::handle self)) {
+    if (runtimeOf(self).killed()) return;
+    thenAlways(
+        [&] {
+            if (isTrue(self, link.status)) callMethod(self, "disconnect");
+        },
+        [&] { thenAlways([&] { end(self); }, [&] { printMessage(verbose, "Closed handle", self); }); });
+}
+
+Object classNamed(const char* type) { return py::module_::import("pyzvr").attr(type); }
 
 namespace {
 

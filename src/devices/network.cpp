@@ -12,51 +12,6 @@ constexpr Link commandLink{"client_cmd",      "connect_status_cmd", "recv_cmd_lo
 constexpr Link dataLink{"client_data",      "connect_status_data", "recv_data_lock",
                         "recv_data_thread", "_recvDataThread",     TCP_DATA_LENGTH_MAX};
 
-bool isTrue(py::handle self, const char* field) { return PyObject_IsTrue(attribute(self, field).ptr()) != 0; }
-
-// Calls a method of one class on an object, whatever the object's own class makes of it.
-template <class... Args>
-Object callOf(const char* type, const char* name, py::handle self, const Args&... args) {
-    return callObject(attribute(py::module_::import("pyzvr").attr(type), name), self, args...);
-}
-
-void connectLink(py::handle self, const Link& link, const Object& address, const Object& port) {
-    const Object client = attribute(self, link.client);
-    if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-    setAttribute(self, link.status, callMethod(client, "connect", address, port));
-}
-
-void openGate(py::handle self, const Link& link) { callMethod(attribute(self, link.lock), "release"); }
-
-// Runs what must happen even if the step before it failed, and lets the failure through after it.
-template <class Step, class Rest>
-void thenAlways(Step step, Rest rest) {
-    std::exception_ptr failure;
-    try {
-        step();
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    rest();
-    if (failure) std::rethrow_exception(failure);
-}
-
-// What every close does: disconnects, ends the object in its own way, and says so, each even if the step before failed.
-void closeDevice(py::handle self, const Object& verbose, void (*end)(py::handle self)) {
-    if (runtimeOf(self).killed()) return;
-    thenAlways(
-        [&] {
-            if (isTrue(self, commandLink.status)) callMethod(self, "disconnect");
-        },
-        [&] { thenAlways([&] { end(self); }, [&] { printMessage(verbose, "Closed handle", self); }); });
-}
-
-void runThread(py::handle self, const Link& link) {
-    const auto receiver = py::cast<std::shared_ptr<Receiver>>(attribute(self, link.thread));
-    const WithoutGil released;
-    receiver->run();
-}
-
 void defineEthernet(Package& package) {
     ClassMaker type = package.makeClass("NetworkDevice", {"Device"}, "A device behind one TCP connection.");
     type.field({"ip_addr", "str | None", "address of the device; None until connected"});
@@ -65,7 +20,7 @@ void defineEthernet(Package& package) {
                 [](py::handle self, const Object& verbose) {
                     callOf("Device", "__init__", self);
                     setAttribute(self, "ip_addr", py::none());
-                    openLink(self, commandLink, py::module_::import("pyzvr").attr("TCPClient")());
+                    openLink(self, commandLink, callObject(classNamed("TCPClient")));
                     printMessage(verbose, "Opened handle", self);
                 })
         .method("connect",
@@ -91,15 +46,13 @@ void defineEthernet(Package& package) {
         .method("close", {verboseParameter}, "Ends connection and threads for good; a second call does nothing.", {},
                 {"NetworkConnectionLostError: the connection was lost before; everything is ended all the same"},
                 [](py::handle self, const Object& verbose) {
-                    closeDevice(self, verbose, [](py::handle object) {
+                    closeDevice(self, commandLink, verbose, [](py::handle object) {
                         callOf("Device", "close", object, py::bool_(false));
                         openGate(object, commandLink);
                         sleepBlocking(0.001);
                         setAttribute(object, commandLink.client, py::none());
                     });
-                })
-        .method("_recvCMDThread", {}, "Body of the receive thread: reads and files frames until the object is closed.",
-                {}, {}, [](py::handle self) { runThread(self, commandLink); });
+                });
     package.makeClass("ETHDevice", {"NetworkDevice"}, "An Ethernet device.");
 }
 
@@ -110,14 +63,10 @@ void defineWifi(Package& package) {
     type.method("__init__", {verboseParameter}, "Starts the receive threads, which wait for a connection.", {}, {},
                 [](py::handle self, const Object& verbose) {
                     callOf("NetworkDevice", "__init__", self, py::bool_(false));
-                    openLink(self, dataLink, py::module_::import("pyzvr").attr("TCPClient")());
+                    openLink(self, dataLink, callObject(classNamed("TCPClient")));
                     printMessage(verbose, "Opened handle", self);
                 })
-        .method("connect",
-                {{"ip", "str", "IPv4 address or host name", "\"192.168.5.79\""},
-                 {"port1", "int", "TCP port of the streamed data", "1336"},
-                 {"port2", "int", "TCP port of the commands", "7"},
-                 verboseParameter},
+        .method("connect", wifiConnectParameters(),
                 "Connects commands and data. A second call opens another data connection in place of the first.", {},
                 {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data side the "
                  "command side is connected"},
@@ -139,16 +88,21 @@ void defineWifi(Package& package) {
         .method("close", {verboseParameter}, "Ends connections and threads for good; a second call does nothing.", {},
                 {"NetworkConnectionLostError: a connection was lost before; everything is ended all the same"},
                 [](py::handle self, const Object& verbose) {
-                    closeDevice(self, verbose, [](py::handle object) {
+                    closeDevice(self, commandLink, verbose, [](py::handle object) {
                         callOf("NetworkDevice", "close", object, py::bool_(false));
                         openGate(object, dataLink);
                     });
-                })
-        .method("_recvDataThread", {}, "Body of the data connection's receive thread.", {}, {},
-                [](py::handle self) { runThread(self, dataLink); });
+                });
 }
 
 }  // namespace
+
+Parameters wifiConnectParameters() {
+    return {{"ip", "str", "IPv4 address or host name", "\"192.168.5.79\""},
+            {"port1", "int", "TCP port of the streamed data", "1336"},
+            {"port2", "int", "TCP port of the commands", "7"},
+            verboseParameter};
+}
 
 void defineNetworkDevices(Package& package) {
     defineEthernet(package);

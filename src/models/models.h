@@ -1,4 +1,4 @@
-// The product classes.
+// The product classes, and the tables about them.
 #pragma once
 
 #include "python/classes.h"
@@ -6,5 +6,6 @@
 namespace zvr::python {
 
 void defineModels(Package& package);
+void defineCatalogue(Package& package);
 
 }  // namespace zvr::python

@@ -25,7 +25,7 @@ std::shared_ptr<EchoPool> echoPool(py::handle self) { return runtimeOf(self).poo
 
 // Sends and waits without a step in Python between the two. After a moment the interpreter lock is asked for again, be
 // the reply there or not: where another Python thread computes, that takes milliseconds, and the reply comes meanwhile.
-Object exchangeOnce(NetworkClient& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
+Object exchangeOnce(Client& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
     const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
     const Bytes frame = buildFrame(command, data);
     constexpr std::chrono::microseconds moment{100};
@@ -44,7 +44,7 @@ Object exchangeOnce(NetworkClient& client, EchoPool& pool, int command, const By
 }
 
 bool stepsAreOurs(py::handle self, py::handle client) {
-    return py::isinstance<NetworkClient>(client) && hasOwnMethod(client, "sendPacket") &&
+    return py::isinstance<Client>(client) && hasOwnMethod(client, "sendPacket") &&
            hasOwnMethod(self, "_preparePacket") && hasOwnMethod(self, "_getReplyFromPool");
 }
 
@@ -53,7 +53,7 @@ Object echoPacket(py::handle self, const Object& command, const Object& data, co
     const int code = py::cast<int>(command);
     const double limit = secondsOf(timeout);
     if (limit > 0 && stepsAreOurs(self, client)) {
-        const auto link = py::cast<std::shared_ptr<NetworkClient>>(client);
+        const auto link = py::cast<std::shared_ptr<Client>>(client);
         return exchangeOnce(*link, *echoPool(self), code, bytesOf(data), limit);
     }
     const Object frame = callMethod(self, "_preparePacket", command, data);
@@ -122,11 +122,11 @@ Object getStreamingFromPool(py::handle, const Object& queue, const Object& count
 // device's reply is there on return, which spares the way through the loop's selector.
 bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> expected = {}) {
     const Object client = attribute(self, "client_cmd");
-    if (!py::isinstance<NetworkClient>(client) || !hasOwnMethod(client, "sendPacket")) {
+    if (!py::isinstance<Client>(client) || !hasOwnMethod(client, "sendPacket")) {
         callMethod(client, "sendPacket", frame);
         return true;
     }
-    const auto link = py::cast<std::shared_ptr<NetworkClient>>(client);
+    const auto link = py::cast<std::shared_ptr<Client>>(client);
     const Bytes bytes = bytesOf(frame);
     const auto pool = expected ? echoPool(self) : nullptr;
     const WithoutGil released;

@@ -17,10 +17,27 @@ std::set<DeviceRuntime*>& runtimes() {
     return all;
 }
 
+void printFailure(py::handle failure) { callMethod(py::module_::import("pyzvr"), "printGenericError", failure); }
+
+// A failed read of a thread, printed as the failure of Python that it is.
+void reportRead(std::exception_ptr failure) noexcept {
+    onInterpreter([&] {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const MissingClient&) {
+            PyErr_SetString(PyExc_AttributeError, "'NoneType' object has no attribute 'recvAndSplitPacket'");
+        } catch (...) {
+            raiseCurrent();
+        }
+        printFailure(py::error_already_set().value());
+    });
+}
+
 // A client that is not one of ours, or one with a step overridden in Python: it is read through the object's field.
 class PythonSource final : public PacketSource {
 public:
-    PythonSource(SharedObject reference, const char* field) : reference_(std::move(reference)), field_(field) {}
+    PythonSource(SharedObject reference, const char* field, bool reports)
+        : reference_(std::move(reference)), field_(field), reports_(reports) {}
 
     Reading receive(std::size_t length, std::vector<Packet>& packets) override {
         Reading reading = Reading::ended;
@@ -36,8 +53,11 @@ public:
                     packets.push_back({command, bytesOf(data)});
                     reading = Reading::data;
                 }
-            } catch (py::error_already_set&) {
+            } catch (const py::error_already_set& failure) {
                 // A failed read is one that brings nothing.
+                if (!reports_ || failure.matches(attribute(py::module_::import("pyzvr"), "USBTimeoutError"))) return;
+                printFailure(failure.value());
+                reading = Reading::failed;
             }
         });
         return reading;
@@ -46,14 +66,15 @@ public:
 private:
     const SharedObject reference_;
     const char* const field_;
+    const bool reports_;
 };
 
-std::shared_ptr<NetworkClient> nativeClient(py::handle client) {
-    if (!py::isinstance<NetworkClient>(client) || !hasOwnMethod(client, "recvAndSplitPacket") ||
+std::shared_ptr<Client> nativeClient(py::handle client) {
+    if (!py::isinstance<Client>(client) || !hasOwnMethod(client, "recvAndSplitPacket") ||
         !hasOwnMethod(client, "recvPacket") || !hasOwnMethod(client, "_splitPacket")) {
         return nullptr;
     }
-    return py::cast<std::shared_ptr<NetworkClient>>(client);
+    return py::cast<std::shared_ptr<Client>>(client);
 }
 
 }  // namespace
@@ -78,7 +99,7 @@ void DeviceRuntime::setKilled(bool killed) {
 }
 
 std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const char* clientField, const char* threadName,
-                                                       int readLength) {
+                                                       int readLength, bool reportsReads) {
     runtimes().insert(this);
     Receiver::Sink sink = [pools = pools](const Packet& packet) mutable { pools.file(packet.command, packet.data); };
     if (!hasOwnMethod(self, "_putToDataPool") || !hasOwnMethod(self, "_checkCommandType")) {
@@ -91,8 +112,9 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const ch
             }
         };
     }
-    auto receiver = std::make_shared<Receiver>(threadName, readLength, std::move(sink), reportThreadFailure);
-    connections_[clientField].receiver = receiver;
+    auto receiver = std::make_shared<Receiver>(threadName, readLength, std::move(sink), reportThreadFailure,
+                                               reportsReads ? Receiver::ReportRead(reportRead) : nullptr);
+    connections_[clientField] = {receiver, nullptr, reportsReads};
     receiver->start();
     return receiver;
 }
@@ -102,11 +124,11 @@ void DeviceRuntime::setClient(py::handle self, const char* clientField, py::hand
     if (found == connections_.end()) return;
     Connection& connection = found->second;
     connection.client = nativeClient(client);
-    if (connection.client) {
+    if (connection.client || client.is_none()) {
         connection.receiver->setSource(connection.client);
     } else {
         const SharedObject reference = shared(callObject(hostObject("weakref", "ref"), self));
-        connection.receiver->setSource(std::make_shared<PythonSource>(reference, clientField));
+        connection.receiver->setSource(std::make_shared<PythonSource>(reference, clientField, connection.reportsReads));
     }
 }
 

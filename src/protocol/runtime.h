@@ -3,7 +3,6 @@
 
 #include "core/pools.h"
 #include "python/event_loop.h"
-#include "transport/network.h"
 #include "transport/receiver.h"
 
 namespace zvr::python {
@@ -27,9 +26,9 @@ public:
     void setKilled(bool killed);
 
     /// Makes and starts the receive thread of a connection, gate shut. `clientField` names the object's field with the
-    /// client that the thread reads from.
+    /// client that the thread reads from. With `reportsReads` a failed read is printed and tried again.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const char* clientField, const char* threadName,
-                                            int readLength);
+                                            int readLength, bool reportsReads = false);
 
     /// Lets the thread read from another client, which may be any object with `recvAndSplitPacket`.
     void setClient(py::handle self, const char* clientField, py::handle client);
@@ -37,7 +36,8 @@ public:
 private:
     struct Connection {
         std::shared_ptr<Receiver> receiver;
-        std::shared_ptr<NetworkClient> client;
+        std::shared_ptr<Client> client;
+        bool reportsReads = false;
     };
 
     std::atomic<bool> killed_{false};

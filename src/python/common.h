@@ -82,6 +82,19 @@ auto blocking(Wait&& wait) {
     return wait(attend);
 }
 
+/// Runs what must happen even if the step before it failed, and lets the failure through after it.
+template <class Step, class Rest>
+void thenAlways(Step step, Rest rest) {
+    std::exception_ptr failure;
+    try {
+        step();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    rest();
+    if (failure) std::rethrow_exception(failure);
+}
+
 /// Whether a thread of ours may still take the interpreter lock.
 bool interpreterAlive();
 

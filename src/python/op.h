@@ -31,6 +31,13 @@ public:
         return Pending::on(callNamed(self_, internedTwin(name), args...));
     }
 
+    /// The same for operations whose blocking form takes no timeout.
+    template <class... Args>
+    Pending same(const char* name, const Args&... args) const {
+        if (!awaitable()) return Pending::done(callMethod(self_, name, args...));
+        return Pending::on(callNamed(self_, internedTwin(name), args...));
+    }
+
     /// One exchange with the device; gives the reply's data.
     Pending exchange(int command, const py::list& data) const {
         return request("_echoPacketWithRetry", py::int_(command), data);

@@ -4,6 +4,7 @@
 
 #include "core/immortal.h"
 #include "python/coroutine.h"
+#include "transport/usb_library.h"
 
 namespace zvr::python {
 
@@ -22,6 +23,12 @@ void raiseFailure(const Failure& failure) {
     setError(type, failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type));
 }
 
+// Of OSError itself the host picks the subclass by the number.
+void raiseSystemError(py::handle type, const std::system_error& error) {
+    const Object failure = callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
+    setError(py::type::of(failure), failure);
+}
+
 }  // namespace
 
 void raiseCurrent() noexcept {
@@ -36,11 +43,11 @@ void raiseCurrent() noexcept {
             raiseFailure(failure);
         } catch (const AwaitTimedOut&) {
             PyErr_SetNone(hostObject("asyncio", "TimeoutError").ptr());
+        } catch (const UsbError& error) {
+            raiseSystemError(attribute(py::module_::import("pyzvr"), error.timedOut() ? "USBTimeoutError" : "USBError"),
+                             error);
         } catch (const std::system_error& error) {
-            // The host picks the subclass by the number.
-            const Object failure =
-                callObject(PyExc_OSError, py::int_(error.code().value()), py::str(error.code().message()));
-            setError(py::type::of(failure), failure);
+            raiseSystemError(PyExc_OSError, error);
         } catch (const WrongLength& error) {
             setError(hostObject("struct", "error"), error.what());
         } catch (const std::overflow_error& error) {
@@ -59,6 +66,16 @@ void raiseCurrent() noexcept {
     } catch (...) {
         setError(PyExc_RuntimeError, "an unknown failure");
     }
+}
+
+void prepareRaising() {
+    py::register_local_exception_translator([](std::exception_ptr failure) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (...) {
+            raiseCurrent();
+        }
+    });
 }
 
 py::handle failureClass(FailureId id) { return failureClasses()[static_cast<std::size_t>(id)]; }

@@ -9,6 +9,9 @@ namespace zvr::python {
 /// Sets the exception that is being handled as the Python failure; to be called in a catch block.
 void raiseCurrent() noexcept;
 
+/// Lets the constructors that pybind11 calls fail in the same way.
+void prepareRaising();
+
 /// The Python class of a failure.
 py::handle failureClass(FailureId id);
 void setFailureClass(FailureId id, Object failureClass);

@@ -112,7 +112,7 @@ void defineSystemAnalog(Package& package) {
                                               READ_ACCELERATION,
                                               {},
                                               wordsReply(3, "words of the x, y and z axis, in the device's unit"),
-                                              "Reads the acceleration."});
+                                              "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."});
     acceleration.twin = "_Wifi_readAccleration_async";  // the name it has always had
     sensors.add(std::move(acceleration));
     // clang-format off

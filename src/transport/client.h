@@ -12,9 +12,10 @@ namespace zvr {
 
 /// What one read brought.
 enum class Reading {
-    data,   ///< bytes
-    idle,   ///< nothing within the read's own time; the next read may bring something
-    ended,  ///< nothing, and nothing will come until the client is connected again
+    data,    ///< bytes
+    idle,    ///< nothing within the read's own time; the next read may bring something
+    ended,   ///< nothing, and nothing will come until the client is connected again
+    failed,  ///< nothing, and the failure has been reported; the next read may fail in the same way
 };
 
 /// A source of packets for a receive loop. `receive` is called by one thread at a time.
@@ -51,6 +52,9 @@ public:
     virtual bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) = 0;
 
     static constexpr std::chrono::seconds finishWithin{5};
+
+    /// Lets go of the link whatever state it is in.
+    virtual void abandon() noexcept = 0;
 };
 
 }  // namespace zvr

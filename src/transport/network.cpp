@@ -1,6 +1,8 @@
 #include "transport/network.h"
 
-#include <thread>
+#include <ifaddrs.h>
+
+#include <set>
 
 #include "core/constants.h"
 #include "core/failures.h"
@@ -9,19 +11,32 @@ namespace zvr {
 
 namespace {
 
-// Longest wait for the threads that a shutdown has woken to let go of a socket.
-constexpr std::chrono::milliseconds letGoWithin{50};
+using asio::ip::address_v4;
+using asio::ip::udp;
+
+// The addresses that the host's name stands for, and those of its interfaces.
+std::set<address_v4> ownAddresses(asio::io_context& context) {
+    std::set<address_v4> addresses;
+    std::error_code unresolved;
+    for (const auto& entry : udp::resolver(context).resolve(udp::v4(), asio::ip::host_name(), "", unresolved)) {
+        addresses.insert(entry.endpoint().address().to_v4());
+    }
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0) return addresses;
+    const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> interfaces(first, freeifaddrs);
+    for (const ifaddrs* each = first; each != nullptr; each = each->ifa_next) {
+        if (each->ifa_addr == nullptr || each->ifa_addr->sa_family != AF_INET) continue;
+        sockaddr_in address{};
+        std::memcpy(&address, each->ifa_addr, sizeof address);
+        addresses.insert(address_v4(ntohl(address.sin_addr.s_addr)));
+    }
+    return addresses;
+}
 
 }  // namespace
 
 void NetworkClient::setTimeout(double seconds) {
     if (const auto held = socket()) held->timeout = seconds;
-}
-
-Reading NetworkClient::read(Bytes& buffer, const Attend& attend) { return connectedSocket()->read(buffer, attend); }
-
-bool NetworkClient::send(ByteView bytes, Deadline deadline, const Attend& attend) {
-    return connectedSocket()->send(bytes, deadline, attend);
 }
 
 void NetworkClient::disconnect() {
@@ -31,35 +46,6 @@ void NetworkClient::disconnect() {
         throw Failure(FailureId::NetworkConnectionLostError);
     }
     abandon();
-}
-
-void NetworkClient::abandon() noexcept {
-    const auto held = socket();
-    replaceSocket(nullptr);
-    try {
-        if (held) held->shutDown();
-    } catch (const std::system_error&) {
-        // The other end went first.
-    }
-    // A port is free for the next socket only when its last holder is gone.
-    const Deadline deadline = Clock::now() + letGoWithin;
-    while (held.use_count() > 1 && Clock::now() < deadline) std::this_thread::yield();
-}
-
-std::shared_ptr<Socket> NetworkClient::socket() const {
-    const std::lock_guard lock(mutex_);
-    return socket_;
-}
-
-void NetworkClient::replaceSocket(std::shared_ptr<Socket> socket) {
-    const std::lock_guard lock(mutex_);
-    socket_.swap(socket);
-}
-
-std::shared_ptr<Socket> NetworkClient::connectedSocket() const {
-    auto held = socket();
-    if (!held) throw std::system_error(std::make_error_code(std::errc::not_connected));
-    return held;
 }
 
 void TcpClient::connect(const std::string& host, int port, const Attend& attend) {
@@ -81,15 +67,21 @@ void UdpClient::bind(const std::string& host, int port) {
 }
 
 void UdpClient::sendBroadcast(ByteView bytes) {
-    using asio::ip::udp;
     asio::io_context context;
-    udp::resolver resolver(context);
-    const udp::endpoint everyone(asio::ip::address_v4::broadcast(), UDP_SEND_PORT);
-    for (const auto& entry : resolver.resolve(udp::v4(), asio::ip::host_name(), "")) {
-        udp::socket socket(context, udp::endpoint(entry.endpoint().address(), 0));
-        socket.set_option(asio::socket_base::broadcast(true));
-        socket.send_to(asio::buffer(bytes.data(), bytes.size()), everyone);
+    const udp::endpoint everyone(address_v4::broadcast(), UDP_SEND_PORT);
+    std::error_code failure = asio::error::network_unreachable;
+    bool sent = false;
+    for (const address_v4& address : ownAddresses(context)) {
+        try {
+            udp::socket socket(context, udp::endpoint(address, 0));
+            socket.set_option(asio::socket_base::broadcast(true));
+            socket.send_to(asio::buffer(bytes.data(), bytes.size()), everyone);
+            sent = true;
+        } catch (const std::system_error& refused) {
+            failure = refused.code();
+        }
     }
+    if (!sent) throw std::system_error(failure);
 }
 
 }  // namespace zvr

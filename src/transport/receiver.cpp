@@ -12,6 +12,8 @@ namespace {
 
 // A source that brings nothing without waiting for it must not make the thread burn a core.
 constexpr std::chrono::milliseconds idlePause{1};
+// A dead link must not flood anybody with reports.
+constexpr std::chrono::milliseconds firstPause{100}, longestPause{10'000};
 
 struct ThreadCount {
     std::mutex mutex;
@@ -56,8 +58,12 @@ void startThread(const std::string& name, std::function<void()> body) {
     }).detach();
 }
 
-Receiver::Receiver(std::string name, std::size_t readLength, Sink sink, Report report)
-    : name_(std::move(name)), readLength_(readLength), sink_(std::move(sink)), report_(std::move(report)) {}
+Receiver::Receiver(std::string name, std::size_t readLength, Sink sink, Report report, ReportRead reportRead)
+    : name_(std::move(name)),
+      readLength_(readLength),
+      sink_(std::move(sink)),
+      report_(std::move(report)),
+      reportRead_(std::move(reportRead)) {}
 
 void Receiver::start() {
     ++running_;
@@ -75,29 +81,40 @@ void Receiver::start() {
 
 void Receiver::run() {
     std::vector<Packet> packets;
+    std::chrono::milliseconds pause = firstPause;
     while (!killed_) {
         const std::uint64_t turn = gate.pass();
         if (killed_) return;
         packets.clear();
+        const Deadline begin = Clock::now();
         const Reading reading = cycle(packets);
         for (const Packet& packet : packets) sink_(packet);
         if (reading == Reading::ended) gate.awaitTurn(turn);
-        if (reading == Reading::idle) gate.awaitTurn(turn, Clock::now() + idlePause);
+        if (reading == Reading::idle) gate.awaitTurn(turn, begin + idlePause);
+        if (reading == Reading::failed) {
+            gate.awaitTurn(turn, begin + pause);
+            pause = std::min(2 * pause, longestPause);
+        } else {
+            pause = firstPause;
+        }
     }
 }
 
-// A link that fails has ended: nothing comes until somebody turns the gate.
 Reading Receiver::cycle(std::vector<Packet>& packets) {
     std::shared_ptr<PacketSource> source;
     {
         const std::lock_guard lock(mutex_);
         source = source_;
     }
-    if (!source) return Reading::ended;
     try {
-        return source->receive(readLength_, packets);
+        if (source) return source->receive(readLength_, packets);
+        if (!reportRead_) return Reading::ended;
+        throw MissingClient();
     } catch (const std::exception&) {
-        return Reading::ended;
+        // A network link that fails has ended: nothing comes until somebody turns the gate.
+        if (!reportRead_) return Reading::ended;
+        if (!killed_) reportRead_(std::current_exception());
+        return Reading::failed;
     }
 }
 

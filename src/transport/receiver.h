@@ -14,6 +14,11 @@
 
 namespace zvr {
 
+/// The link is open, and nobody has set a client.
+struct MissingClient : std::runtime_error {
+    MissingClient() : std::runtime_error("the link has no client") {}
+};
+
 class Receiver : public std::enable_shared_from_this<Receiver> {
 public:
     /// Files one packet; what it throws ends the thread.
@@ -21,7 +26,12 @@ public:
     /// Told of the failure that ends a thread, on that thread.
     using Report = std::function<void(const std::string& threadName, std::exception_ptr)>;
 
-    Receiver(std::string name, std::size_t readLength, Sink sink, Report report);
+    /// Told of a read that failed, on the thread that reads.
+    using ReportRead = std::function<void(std::exception_ptr)>;
+
+    /// Without `reportRead` a failed read counts as the end of the link. With it the read is reported and tried again,
+    /// ever more slowly, and so is the read of a link whose client is missing.
+    Receiver(std::string name, std::size_t readLength, Sink sink, Report report, ReportRead reportRead = {});
 
     /// Starts the thread. It waits at the gate until that is opened.
     void start();
@@ -48,6 +58,7 @@ private:
     const std::size_t readLength_;
     const Sink sink_;
     const Report report_;
+    const ReportRead reportRead_;
     std::atomic<bool> killed_{false};
     std::atomic<int> running_{0};
     mutable std::mutex mutex_;

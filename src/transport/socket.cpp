@@ -10,13 +10,6 @@ namespace zvr {
 
 namespace {
 
-// Sockets need a context to live in; nothing ever runs in this one, since every operation is a direct one. Never
-// destroyed: a thread may let go of its socket while the process ends.
-asio::io_context& restingContext() {
-    static const auto& context = immortal(std::make_unique<asio::io_context>());
-    return *context;
-}
-
 [[noreturn]] void fail(const std::error_code& error) { throw std::system_error(error); }
 
 void check(const std::error_code& error) {
@@ -65,6 +58,12 @@ private:
 };
 
 }  // namespace
+
+// Never destroyed: a thread may let go of its socket while the process ends.
+asio::io_context& restingContext() {
+    static const auto& context = immortal(std::make_unique<asio::io_context>());
+    return *context;
+}
 
 short Socket::awaitEvent(short events, Deadline deadline, const Attend& attend) {
     pollfd entry{fileno(), events, 0};

@@ -1,4 +1,4 @@
-// A socket that several threads may hold: one reads, others send, and one shuts it down under both.
+// A socket or a serial line that several threads may hold: one reads, others send, and one shuts it down under both.
 #pragma once
 
 #include <asio.hpp>
@@ -13,7 +13,7 @@ public:
     virtual ~Socket() = default;
 
     virtual int fileno() = 0;
-    /// Address and port of this end, and of the other one.
+    /// Address and port of this end, and of the other one. Throws std::system_error where there is no such thing.
     virtual std::pair<std::string, int> localName() = 0;
     virtual std::pair<std::string, int> peerName() = 0;
     /// Ends the reads and sends of all threads. Throws std::system_error.
@@ -36,6 +36,9 @@ private:
     /// What came, as poll tells it; 0 if nothing came in time.
     short awaitEvent(short events, Deadline deadline, const Attend& attend);
 };
+
+/// Sockets and lines need a context to live in; nothing ever runs in this one, since every operation is a direct one.
+asio::io_context& restingContext();
 
 /// Connects to an IPv4 address or host name. Throws std::system_error.
 std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit, const Attend& attend);

@@ -1,0 +1,49 @@
+// The client of a USB device: frames over two bulk endpoints.
+#pragma once
+
+#include <optional>
+
+#include "transport/client.h"
+#include "transport/usb_library.h"
+
+namespace zvr {
+
+/// What a USB device tells about itself.
+struct UsbIdentity {
+    int bus = 0, address = 0;
+    std::string serialNumber, product;
+};
+
+/// All devices of this family that are attached and may be opened. Without a library there are none.
+std::vector<UsbIdentity> listUsbDevices(const std::shared_ptr<const UsbLibrary>& library);
+
+class UsbClient final : public Client {
+public:
+    /// Opens the first device, or the one with this serial number, and takes it from a driver of the kernel. Throws
+    /// Failure USBConnectionError if there is none, and UsbError if it may not be opened.
+    UsbClient(std::shared_ptr<const UsbLibrary> library, std::optional<std::string> serialNumber);
+    ~UsbClient() override;
+
+    const UsbIdentity& identity() const { return identity_; }
+    int configuration() const { return configuration_; }
+    int interfaceNumber() const { return interface_; }
+
+    /// Waits a millisecond at most; idle if nothing came. Throws UsbError.
+    Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    /// One transfer of at least 64 bytes: zeros follow a shorter frame, which the device drops as noise. Throws
+    /// UsbError.
+    bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+    void abandon() noexcept override;
+
+    class Handle;
+
+private:
+    std::shared_ptr<Handle> opened() const;
+
+    UsbIdentity identity_;
+    int configuration_ = 0, interface_ = 0;
+    mutable std::mutex mutex_;
+    std::shared_ptr<Handle> handle_;
+};
+
+}  // namespace zvr
