@@ -44,9 +44,8 @@ def is_public_type(value):
 
 def override_mark(cls, name, value):
     """Some device classes give a method arguments of its own."""
-    inherited = next((vars(base)[name] for base in cls.__mro__[1:] if name in vars(base)), None)
-    own_kind = isinstance(inherited, OPERATION) and name != "__init__"
-    differs = own_kind and inherited.__text_signature__ != value.__text_signature__
+    inherited = [vars(base)[name] for base in cls.__mro__[1:] if isinstance(vars(base).get(name), OPERATION)]
+    differs = name != "__init__" and any(each.__text_signature__ != value.__text_signature__ for each in inherited)
     return "  # type: ignore[override]" if differs else ""
 
 

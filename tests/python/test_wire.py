@@ -1,5 +1,8 @@
 """What each operation sends and what it makes of a reply, in both forms, at a client that is a test double."""
 
+import asyncio
+import struct
+
 import pytest
 from conftest import Double
 
@@ -9,8 +12,19 @@ U16 = pyzvr.convertU16To2U8
 REFUSED = b"\x00\x15"  # status 21 at byte 1
 
 
-class Box(pyzvr.Device, pyzvr.SystemModule, pyzvr.NetworkModule, pyzvr.SystemModule_async, pyzvr.NetworkModule_async):
-    pass
+def classes(*prefixes):
+    return [getattr(pyzvr, prefix + ending) for ending in ("Module", "Module_async") for prefix in prefixes]
+
+
+Box = type("Box", (pyzvr.Device, *classes(
+    "System", "Network", "PWM", "Counter", "Encoder", "Wifi", "SystemAnalog", "SNTP", "SDCard")), {})
+
+
+@pytest.fixture
+def box():
+    box = Box()
+    box.client_cmd = Double(box)
+    return box
 
 
 # operation, arguments, command, data sent, reply, result, field that keeps it
@@ -65,9 +79,7 @@ SYSTEM = [
 
 
 @pytest.mark.parametrize("operation, arguments, command, sent, reply, result, field", SYSTEM)
-def test_system_and_network(call, operation, arguments, command, sent, reply, result, field):
-    box = Box()
-    box.client_cmd = Double(box)
+def test_system_and_network(box, call, operation, arguments, command, sent, reply, result, field):
     box.client_cmd.replies = {getattr(pyzvr, command): reply}
     assert call(box, operation, *arguments) == result
     assert box.client_cmd.sent == [(getattr(pyzvr, command), bytes(sent))]
@@ -75,12 +87,110 @@ def test_system_and_network(call, operation, arguments, command, sent, reply, re
         assert getattr(box, field) == result
 
 
-def test_pin_modes_are_kept(call):
-    box = Box()
-    box.client_cmd = Double(box)
+def test_pin_modes_are_kept(box, call):
     box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\3\x21\x03"}
     assert call(box, "Sys_getPinModeInPort", 0) == ["Idle", "DI", "DO", "Disabled"]
     assert (box.num_of_pins, box.pin_mode_list) == (3, [1, 2, 3, 0])
+
+
+F32 = pyzvr.convertF32To4U8
+OK, TIM, PWM_REFUSED, UDP = b"\0\0", b"\0\x1c", b"\0\x1d", b"\x48"
+READING = bytes([1, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, *F32(12.5), 9, 9])
+SERVICES = [
+    ("PWM_open", (1,), "OPEN_PWM", [1], PWM_REFUSED, "refused"), ("PWM_start", (0,), "START_PWM", [0], OK, 0),
+    ("PWM_stop", (0,), "STOP_PWM", [0], OK, 0), ("PWM_close", (1,), "CLOSE_PWM", [1], OK, 0),
+    ("PWM_setFrequency", (1, 1000), "SET_PWM_FREQUENCY", [1, *F32(1000)], OK, 0),
+    ("PWM_setDutyCycle", (0, 150.0), "SET_PWM_DUTY_CYCLE", [0, *F32(150)], OK, 0),
+    ("Counter_open", (1,), "PULSE_OPEN", [1], TIM, "refused"), ("Counter_start", (0,), "PULSE_START", [0], OK, 0),
+    ("_Counter_read", (1,), "PULSE_READ", [1], READING, [2**48 - 1, 12.5]),
+    ("Counter_readPosition", (1,), "PULSE_READ", [1], READING, 2**48 - 1),
+    ("Counter_readFrequency", (1,), "PULSE_READ", [1], READING, 12.5),
+    ("Counter_stop", (0,), "PULSE_STOP", [0], OK, 0), ("Counter_close", (0,), "PULSE_CLOSE", [0], OK, 0),
+    ("Counter_setPosition", (0, 0x1122334455667788), "PULSE_SET_VALUE", [0, *bytes.fromhex("334455667788")], OK, 0),
+    ("Counter_setFreqWindow", (1, 0.5), "PULSE_SET_FRQ_WINDOW", [1, *F32(0.5)], OK, 0),
+    ("Encoder_open", (0,), "ENCODER_OPEN", [0], OK, 0), ("Encoder_start", (0,), "ENCODER_START", [0], OK, 0),
+    ("_Encoder_read", (0,), "ENCODER_READ", [0], READING, [-1, 12.5]),
+    ("_Encoder_read", (0,), "ENCODER_READ", [0], bytes([0, 0, 0, 0, 0, 1, 2, *F32(-1)]), [258, -1.0]),
+    ("Encoder_readPosition", (0,), "ENCODER_READ", [0], READING, -1),
+    ("Encoder_readFrequency", (0,), "ENCODER_READ", [0], READING, 12.5),
+    ("Encoder_stop", (0,), "ENCODER_STOP", [0], OK, 0), ("Encoder_close", (0,), "ENCODER_CLOSE", [0], OK, 0),
+    ("Encoder_setPosition", (0, -1), "ENCODER_SET_VALUE", [0] + [255] * 6, OK, 0),
+    ("Encoder_setDirection", (0, 5), "ENCODER_SET_DIR", [0, 1], OK, 0),
+    ("Encoder_setDirection", (0, -1), "ENCODER_SET_DIR", [0, 0], OK, 0),
+    ("Encoder_setFreqWindow", (0, 2), "ENCODER_SET_FRQ_WINDOW", [0, *F32(2)], OK, 0),
+    ("Encoder_getDirection", (0,), "ENCODER_GET_DIR", [0], TIM, 28),
+    ("Wifi_setRedLED", (5,), "SET_AND_WRITE_DO", [0, 0, 1, 0, 1], b"", 0),
+    ("Wifi_setRedLED", (-1,), "SET_AND_WRITE_DO", [0, 0, 1, 0, 0], b"", 0),
+    ("Wifi_setGreenLED", (1,), "SET_AND_WRITE_DO", [0, 0, 2, 0, 2], b"", 0),
+    ("Wifi_setBlueLED", (1,), "SET_AND_WRITE_DO", [0, 0, 4, 0, 4], b"", 0),
+    ("Wifi_resetLED", (), "SET_AND_WRITE_DO", [0, 0, 7, 0, 0], b"", 0),
+    ("Wifi_getPowerGoodStatus", (), "READ_AND_GET_DI", [1, 0, 1], b"\1\0\1", 1),
+    ("Wifi_getPowerGoodStatus", (), "READ_AND_GET_DI", [1, 0, 1], b"\1\xff\xfe", 0),
+    ("Wifi_getChargeStatus", (), "READ_AND_GET_DI", [1, 0, 2], b"\1\0\2", 1),
+    ("_setWifiConfiguration", (3, 600), "SET_WIFI_CONFIGURATION", [0, 3, 2, 88], UDP, -7025),
+    ("Wifi_getConfiguration", (), "GET_WIFI_CONFIGURATION", [], b"\0\3\2\x58", [3, 600]),
+    ("_Wifi_setBandwidth", (0,), "SET_WIFI_BANDWIDTH", [1], b"\0", 0),
+    ("_Wifi_setBandwidth", (7,), "SET_WIFI_BANDWIDTH", [7], b"\0", 0),
+    ("Wifi_getWifiBandWidth", (), "GET_WIFI_BANDWIDTH", [], b"\4", ("bandwidth", 4)),
+    ("Wifi_readRSSI", (), "GET_RSSI", [], b"\xc8", ("rssi", -56)),
+    ("_Wifi_setAP", (), "SET_AP", [], b"\0", 0),
+    ("Wifi_readBattery", (), "GET_BATTERY", [], b"\x10\4", ("battery", 4100)),
+    ("_Wifi_readAcceleration", (), "READ_ACCELERATION", [], b"\0\1\0\2\xff\xff", [1, 2, 65535]),
+    ("_Wifi_readThermo", (), "GET_THERMOMETER", [], b"\x0c\x80", ("thermo", 25.0)),
+    ("_Wifi_readThermo", (), "GET_THERMOMETER", [], b"\xff\xc0", ("thermo", -0.5)),
+    ("_Wifi_resetAIBuffer", (), "AI_RESET_BUFFER", [0], b"\0\x50", -7027),
+    ("SNTP_syncNow", (), "SNTP_SYNC_NOW", [], UDP, -7025),
+    ("SNTP_getSyncStatus", (), "SNTP_GET_SYNC_STATUS", [], b"\0synchronised\0x", "synchronised"),
+    ("SNTP_getServerIP", (), "SNTP_GET_SERVER_IP", [0], b"\0\x0a\0\0\1\7", "10.0.0.1"),
+    ("SNTP_setServerIP", (), "SNTP_SET_SERVER_IP", [0, 255, 255, 255, 255], b"\0", 0),
+    ("SNTP_getPeriod", (), "SNTP_GET_SYNC_PERIOD", [], bytes(F32(3600)) + b"x", 3600.0),
+    ("SNTP_setPeriod", (60,), "SNTP_SET_SYNC_PERIOD", F32(60), b"\0", 0),
+    ("_SD_open", (), "SD_OPEN", [], b"\0", 0), ("_SD_close", (), "SD_CLOSE", [], b"\x50", -7027),
+    ("SD_getStorage", (), "SD_GET_CAPACITY", [], b"\0\x7a\x12\0", 8000000),
+    ("SD_openFile", ("a.txt", 2), "SD_OPEN_FILE", [2, 5, *b"a.txt"], b"\0", 0),
+    ("SD_openFile", (["a", "b"], 0), "SD_OPEN_FILE", [0, 2, 97, 98], b"\0", 0),
+    ("SD_writeFile", ("abc",), "SD_WRITE_FILE", [3, 97, 98, 99], b"\0", 0),
+    ("SD_writeFile", (["a", "\xff"],), "SD_WRITE_FILE", [2, 97, 255], b"\0", 0),
+    ("SD_readFile", (10,), "SD_READ_FILE", [11], b"\3ab\xff", ["a", "b", "\xff"]),
+    ("SD_closeFile", (), "SD_CLOSE_FILE", [], b"\0", 0),
+]
+
+
+@pytest.mark.parametrize("operation, arguments, command, sent, reply, result", SERVICES)
+def test_services_and_pulses(box, operation, arguments, command, sent, reply, result):
+    # One awaitable form has a name of its own.
+    twin = operation.replace("readAcceleration", "readAccleration") + "_async"
+    if result == "refused":
+        with pytest.raises(pyzvr.Error) as failure:
+            pyzvr.checkFirmwareError(reply[1])
+        result = failure.value.code
+    field, result = result if isinstance(result, tuple) else (None, result)
+    box.client_cmd.replies = {getattr(pyzvr, command): reply}
+    for run in (lambda: getattr(box, operation)(*arguments), lambda: asyncio.run(getattr(box, twin)(*arguments))):
+        assert run() == result
+        assert box.client_cmd.sent.pop() == (getattr(pyzvr, command), bytes(sent)) and not box.client_cmd.sent
+        if field:
+            assert getattr(box, field) == result
+            delattr(box, field)
+
+
+def test_the_awaitable_edge_is_a_flag(box):
+    box.client_cmd.replies = {pyzvr.PULSE_SET_EDGE: OK}
+    assert box.Counter_setEdge(0, 7) == asyncio.run(box.Counter_setEdge_async(0, 7)) == 0
+    asyncio.run(box.Counter_setEdge_async(1, -1))
+    assert [data for _, data in box.client_cmd.sent] == [b"\0\7", b"\0\1", b"\1\0"]
+
+
+def test_short_replies_fail_by_themselves_and_nothing_else(box, call):
+    for operation, arguments, command, reply, failure in [
+        ("_Counter_read", (0,), "PULSE_READ", b"\0\1\2", struct.error), ("PWM_open", (0,), "OPEN_PWM", b"\0", IndexError),
+        ("Encoder_getDirection", (0,), "ENCODER_GET_DIR", b"", IndexError), ("Wifi_readRSSI", (), "GET_RSSI", b"", IndexError),
+        ("SNTP_getServerIP", (), "SNTP_GET_SERVER_IP", b"\0\1\2", IndexError),
+        ("SNTP_getPeriod", (), "SNTP_GET_SYNC_PERIOD", b"\0", struct.error),
+        ("SD_readFile", (1,), "SD_READ_FILE", b"", IndexError), ("Net_getMACAddr", (), "GET_MAC", b"\0", IndexError)]:
+        box.client_cmd.replies = {getattr(pyzvr, command): reply}
+        with pytest.raises(failure):
+            call(box, operation, *arguments)
 
 
 LEVELS = b"\0\x01\xa5"
@@ -171,11 +281,21 @@ def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operati
 
 
 @pytest.mark.parametrize("operation, arguments, failure", [
-    ("_setGateway", (5,), pyzvr.InputTypeNotCorrectError), ("_setGateway", ("x",), OSError), ("Net_setIPAddrAndSubmask", ("1.2.3.4", None), pyzvr.InputTypeNotCorrectError),
-    ("_setMACAddr", ("0:g",), ValueError)])
-def test_bad_addresses_fail_before_anything_is_sent(call, operation, arguments, failure):
-    box = Box()
-    box.client_cmd = Double(box)
+    ("_setGateway", (5,), pyzvr.InputTypeNotCorrectError), ("_setGateway", ("x",), OSError),
+    ("Net_setIPAddrAndSubmask", ("1.2.3.4", None), pyzvr.InputTypeNotCorrectError), ("_setMACAddr", ("0:g",), ValueError),
+    ("_setMACAddr", ("0:1:2:3:4:100",), ValueError), ("SNTP_setServerIP", (None,), pyzvr.InputTypeNotCorrectError),
+    ("PWM_open", (2,), pyzvr.CounterChannelNotAvaliableError), ("PWM_setFrequency", (-1, 1), pyzvr.CounterChannelNotAvaliableError),
+    ("PWM_setDutyCycle", (0, "1"), TypeError), ("PWM_setFrequency", (0, 1e39), OverflowError),
+    ("Counter_open", (2,), pyzvr.PWMChannelNotAvaliableError), ("Counter_readPosition", (None,), pyzvr.PWMChannelNotAvaliableError),
+    ("Counter_setEdge", (3, 1), pyzvr.PWMChannelNotAvaliableError), ("Counter_setPosition", (0, -1), OverflowError),
+    ("Encoder_open", (1,), pyzvr.EncoderChannelNotAvaliableError), ("Encoder_setPosition", (0, 1 << 63), OverflowError),
+    ("Encoder_setDirection", (0, "x"), TypeError), ("Wifi_setRedLED", ("x",), TypeError),
+    ("_Wifi_setBandwidth", (1.5,), pyzvr.InputTypeNotCorrectError), ("_Wifi_setBandwidth", (256,), ValueError),
+    ("_setWifiConfiguration", (1, 65536), OverflowError), ("SD_openFile", (5, 0), pyzvr.InputTypeNotCorrectError),
+    ("SD_openFile", ("a" * 256, 0), ValueError), ("SD_openFile", ("œ", 0), ValueError), ("SD_writeFile", ("a" * 256,), ValueError),
+    ("SD_writeFile", ([65],), TypeError), ("SD_writeFile", (5,), TypeError), ("SD_writeFile", (("a",),), pyzvr.InputTypeNotCorrectError),
+    ("SD_readFile", (255,), ValueError), ("SD_readFile", (-2,), ValueError)])
+def test_bad_settings_fail_before_anything_is_sent(box, call, operation, arguments, failure):
     with pytest.raises(failure):
         call(box, operation, *arguments)
     assert box.client_cmd.sent == []
