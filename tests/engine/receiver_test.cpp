@@ -17,14 +17,15 @@ using testing::patience;
 // What a receiver delivered and reported.
 class Delivery {
 public:
-    std::shared_ptr<Receiver> receiver(std::shared_ptr<PacketSource> source,
-                                       const std::string& name = "_recvCMDThread") {
+    std::shared_ptr<Receiver> receiver(std::shared_ptr<PacketSource> source, const std::string& name = "_recvCMDThread",
+                                       Receiver::ReportRead reportRead = {}) {
         auto made = std::make_shared<Receiver>(
             name, 1536, [this](const Packet& packet) { take(packet); },
             [this](const std::string& thread, std::exception_ptr failure) {
                 const std::lock_guard lock(mutex_);
                 reports_.emplace_back(thread, failure);
-            });
+            },
+            std::move(reportRead));
         made->setSource(std::move(source));
         made->start();
         return made;
@@ -85,8 +86,8 @@ protected:
         for (const auto& receiver : started_) EXPECT_TRUE(receiver->awaitEnd(patience()));
     }
 
-    std::shared_ptr<Receiver> start(std::shared_ptr<PacketSource> source) {
-        return started_.emplace_back(delivery_.receiver(std::move(source)));
+    std::shared_ptr<Receiver> start(std::shared_ptr<PacketSource> source, Receiver::ReportRead reportRead = {}) {
+        return started_.emplace_back(delivery_.receiver(std::move(source), "_recvCMDThread", std::move(reportRead)));
     }
 
     std::shared_ptr<TcpClient> connect(tcp::socket& device) {
@@ -170,6 +171,45 @@ TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
     }
     ASSERT_TRUE(delivery_.packets.awaitCount(3));
     EXPECT_EQ(delivery_.commands(), (std::vector<int>{3, 4, 5}));
+    EXPECT_TRUE(delivery_.reports().empty());
+}
+
+// The first pause is 100 ms, and each is twice the one before.
+TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgain) {
+    Milestone reports;
+    std::atomic<bool> dead{true};
+    const auto source = std::make_shared<FakeSource>([&](int, std::vector<Packet>& packets) {
+        if (dead) throw std::system_error(std::make_error_code(std::errc::no_such_device));
+        packets.push_back({7, {}});
+        return Reading::ended;
+    });
+    const auto receiver = start(source, [&](std::exception_ptr) { reports.reach(); });
+    const auto begin = Clock::now();
+    receiver->gate.release();
+    ASSERT_TRUE(reports.awaitCount(3));
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(300));
+    dead = false;
+    receiver->gate.release();  // whoever turns the gate need not wait for the pause
+    ASSERT_TRUE(delivery_.packets.awaitCount(1, Clock::now() + std::chrono::milliseconds(350)));
+    EXPECT_EQ(reports.count(), 3);
+}
+
+TEST_F(ReceiverTest, MissingClientIsReportedOnlyWhereReadsAre) {
+    Milestone reports;
+    const auto loud = start(nullptr, [&](std::exception_ptr failure) {
+        EXPECT_THROW(std::rethrow_exception(failure), MissingClient);
+        reports.reach();
+    });
+    const auto silent = start(nullptr);
+    loud->gate.release();
+    silent->gate.release();
+    ASSERT_TRUE(reports.awaitCount(1));
+    silent->setSource(std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
+        packets.push_back({7, {}});
+        return Reading::ended;
+    }));
+    silent->gate.release();
+    ASSERT_TRUE(delivery_.packets.awaitCount(1));
     EXPECT_TRUE(delivery_.reports().empty());
 }
 

@@ -11,11 +11,16 @@ import pytest
 import pyzvr
 
 
+def simulator_program(name="zvr-sim"):
+    """Path of one of the simulator's programs."""
+    return os.path.join(os.path.dirname(os.environ["ZVR_SIM"]), name)
+
+
 @contextlib.contextmanager
 def running_simulator(model, *options):
     """A simulator process; yields what it says of itself."""
     process = subprocess.Popen(
-        [os.environ["ZVR_SIM"], model, "--port", "0", "--stdin-stop", *options],
+        [simulator_program(), model, "--stdin-stop", *options],
         stdin=subprocess.PIPE,
         stdout=subprocess.PIPE,
         text=True,
@@ -28,11 +33,18 @@ def running_simulator(model, *options):
         assert process.wait(10) == 0
 
 
+def address_of(simulator):
+    """What `connect` of a product takes to reach it."""
+    if "serial_port" in simulator:
+        return (simulator["serial_port"],)
+    return tuple(simulator[key] for key in ("host", "data_port", "command_port") if key in simulator)
+
+
 @contextlib.contextmanager
 def connected(model, *options):
     """A product object on a simulator of its own."""
     with running_simulator(model, *options) as simulator, getattr(pyzvr, model)() as product:
-        product.connect(simulator["host"], simulator["command_port"], verbose=False)
+        product.connect(*address_of(simulator), verbose=False)
         yield product
 
 

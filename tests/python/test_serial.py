@@ -1,0 +1,131 @@
+"""Devices on a serial line, over pseudo-terminals."""
+
+import contextlib
+import fcntl
+import os
+import struct
+import threading
+import time
+import tty
+
+import pytest
+from conftest import address_of, running_simulator
+
+import pyzvr
+
+SERIAL_REPLY = bytes([2, 0, 12, 0x28, 0x00, 0]) + b"SN000001\0" + b"\r\n"
+
+
+class Line:
+    """A pseudo-terminal whose far end answers every request with a serial number."""
+
+    def __init__(self):
+        self.far, self.near = os.openpty()
+        tty.setraw(self.near)
+        self.port = os.ttyname(self.near)
+        self.answering = threading.Event()
+        self.answering.set()
+        threading.Thread(target=self._serve, daemon=True).start()
+
+    def _serve(self):
+        with contextlib.suppress(OSError):
+            while data := os.read(self.far, 4096):
+                if self.answering.is_set():
+                    os.write(self.far, SERIAL_REPLY * data.count(b"\r\n"))
+
+    def hang_up(self):
+        os.close(self.near)
+        os.close(self.far)
+
+
+@pytest.fixture
+def line():
+    line = Line()
+    yield line
+    with contextlib.suppress(OSError):
+        line.hang_up()
+
+
+def test_connection_messages_and_speed(line, capsys):
+    drone = pyzvr.Drone()
+    assert drone.port is None and drone.baudrate is None and drone.client_cmd.socket == 0
+    drone.connect(line.port)
+    drone.connect("elsewhere")
+    assert (drone.port, drone.baudrate, drone.client_cmd.read_timeout) == (line.port, 91600, 0.05)
+    speeds = struct.unpack("4I20B2I", fcntl.ioctl(line.near, 0x802C542A, bytes(44)))[-2:]  # TCGETS2
+    assert speeds == (91600, 91600)
+    assert drone.Drone_getSerialNumber() == "SN000001"
+    drone.disconnect()
+    drone.disconnect()
+    drone.connect(line.port, 115200, verbose=False)
+    assert drone.baudrate == 115200 and drone.Drone_getSerialNumber() == "SN000001"
+    drone.close()
+    drone.close()
+    assert capsys.readouterr().out.splitlines() == [
+        "Opened handle (Drone)", f"Connected to Drone ({line.port})", f"Disconnected from Drone ({line.port})",
+        f"Disconnected from Drone ({line.port})", "Closed handle (Drone)"]
+    assert drone.client_cmd is None and drone.killed
+    drone.recv_cmd_thread.join(5)
+    assert not drone.recv_cmd_thread.is_alive()
+
+
+@pytest.mark.parametrize("port", ["COM4", "/dev/ttyUSB99", "", os.devnull, __file__])
+def test_what_is_no_serial_port(port):
+    with pyzvr.Drone() as drone:
+        with pytest.raises(pyzvr.UARTConnectionError, match="Failed to connect to drone. Please check COM port."):
+            drone.connect(port)
+        assert not drone.connect_status_cmd and drone.recv_cmd_lock.locked()
+
+
+def test_busy_port_and_impossible_speed(line):
+    with pyzvr.Drone() as first, pyzvr.Drone() as second:
+        first.connect(line.port, 115200)
+        with pytest.raises(pyzvr.UARTConnectionError):
+            second.connect(line.port, 115200)
+        first.disconnect()
+        with pytest.raises(pyzvr.UARTConnectionError):
+            second.connect(line.port, -5)
+        second.connect(line.port, 115200)
+        assert second.Drone_getSerialNumber() == "SN000001"
+
+
+def test_line_that_goes_silent_or_hangs_up(line):
+    with pyzvr.Drone() as drone:
+        drone.connect(line.port)
+        line.answering.clear()
+        begin = time.monotonic()
+        with pytest.raises(pyzvr.ReceivePacketTimeoutError):
+            drone.Drone_getSerialNumber(timeout=0.2)
+        assert time.monotonic() - begin < 5
+        line.hang_up()
+        with pytest.raises((pyzvr.ReceivePacketTimeoutError, OSError)):
+            drone.Drone_getSerialNumber(timeout=0.2)
+        drone.disconnect()
+        again = Line()
+        drone.connect(again.port)
+        assert drone.Drone_getSerialNumber() == "SN000001"
+        drone.disconnect()
+        again.hang_up()
+
+
+def test_reads_of_the_client_itself(line):
+    client = pyzvr.UARTClient()
+    with pytest.raises(OSError):
+        client.recvPacket(64)
+    assert client.connect(line.port, 9600) is True
+    assert client.recvPacket(64) == b""
+    client.sendPacket([2, 0, 2, 40, 0, 13, 10])
+    frames = []
+    while not frames:
+        frames = client.recvAndSplitPacket(4)
+    assert frames == [(0x2800, b"\0SN000001\0")]
+    assert client.disconnect() is True and client.socket == 0
+
+
+@pytest.mark.parametrize("faults", [(), ("--split", "3"), ("--duplicate", "0.5"), ("--flood", "40")])
+def test_simulated_drone_with_faults_on_its_line(faults):
+    with running_simulator("Drone", *faults) as simulator, pyzvr.Drone() as drone:
+        for _ in range(3):
+            drone.connect(*address_of(simulator))
+            assert [drone.Drone_getSerialNumber() for _ in range(20)] == ["SIM00001"] * 20
+            drone.disconnect()
