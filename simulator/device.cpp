@@ -2,6 +2,12 @@
 
 namespace zvr::sim {
 
+Bytes reply(std::uint8_t first, ByteView rest) {
+    Bytes data(rest.begin(), rest.end());
+    data.insert(data.begin(), first);
+    return data;
+}
+
 Bytes padded(std::string_view text, std::size_t width) {
     Bytes bytes(text.begin(), text.end());
     bytes.resize(width);

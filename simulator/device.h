@@ -27,6 +27,9 @@ enum class Status : std::uint8_t {
 inline Bytes reply(Status status) { return {static_cast<std::uint8_t>(status)}; }
 inline Bytes reply(std::uint8_t port, Status status) { return {port, static_cast<std::uint8_t>(status)}; }
 
+/// One byte, such as a port or a length, and what follows it.
+Bytes reply(std::uint8_t first, ByteView rest);
+
 /// Text filled with zeros to a width, or cut to it.
 Bytes padded(std::string_view text, std::size_t width);
 

@@ -26,6 +26,8 @@ struct Port {
     Word driven = 0;  // only outputs in use have a bit here
 
     Word lines() const { return inputs | outputs; }
+    Word eitherWay() const { return inputs & outputs; }
+    Word fixedOutputs() const { return outputs & ~inputs; }
     Word activeOutputs() const { return current.enabled & current.direction; }
     void drive(Word mask) {
         const Word pins = mask & activeOutputs();
@@ -46,7 +48,7 @@ public:
             Port& port = ports_[number];
             port.inputs = inputs;
             port.outputs = outputs;
-            if (model.fixedFunction) port.startup = {port.lines(), outputs, 0};
+            if (model.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
         }
         restart();
     }
@@ -80,7 +82,8 @@ public:
         return mask != wholePort && (mask & ~port.lines()) != 0 ? Status::pinIndex : Status::ok;
     }
 
-    // Changes what is in use or what is saved; lines of a fixed function keep their use.
+    // Changes what is in use or what is saved. Lines of a fixed function stay in use, and those that have only one
+    // direction stay in it.
     Status set(const Port& port, Configuration& configuration, Word mask, const Configuration& wanted) const {
         if (const Status status = checkMask(port, mask); status != Status::ok) return status;
         mask &= port.lines();
@@ -88,10 +91,9 @@ public:
         const bool impossible =
             (enabled & wanted.direction & ~port.outputs) != 0 || (enabled & ~wanted.direction & ~port.inputs) != 0;
         if (impossible) return Status::digital;
-        if (!model_.fixedFunction) {
-            change(configuration.enabled, mask, wanted.enabled);
-            change(configuration.direction, mask, wanted.direction);
-        }
+        if (!model_.fixedFunction) change(configuration.enabled, mask, wanted.enabled);
+        const Word turnable = model_.fixedFunction ? port.eitherWay() : wholePort;
+        change(configuration.direction, mask & turnable, wanted.direction);
         change(configuration.state, mask, wanted.state);
         return Status::ok;
     }

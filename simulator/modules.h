@@ -8,5 +8,6 @@ namespace zvr::sim {
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
+void addDroneIdentity(Device& device);
 
 }  // namespace zvr::sim
