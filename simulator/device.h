@@ -9,6 +9,7 @@
 #include "core/commands.h"
 #include "core/frame.h"
 #include "models.h"
+#include "oscillator.h"
 
 namespace zvr::sim {
 
@@ -18,6 +19,9 @@ enum class Status : std::uint8_t {
     notEnabled = 10,
     pinIndex = 11,
     clock = 20,
+    pwm = 25,
+    pulse = 26,
+    encoder = 27,
     eeprom = 40,
     digital = 50,
     bootloader = 73,
@@ -59,6 +63,11 @@ public:
 
     /// What each pin of a port is used for, by number; set by the module that has the lines.
     std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
+
+    /// What turns at the input of a pulse counter: 1 kHz from outside, or what a module leads there.
+    std::function<Oscillator(std::size_t channel)> pulses = [outside = Oscillator(1000)](std::size_t) {
+        return outside;
+    };
 
     /// The data of the reply; nothing to a command that the device does not know.
     std::optional<Bytes> handle(const Packet& request);

@@ -8,6 +8,9 @@ namespace zvr::sim {
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
+void addPwm(Device& device);
+void addCounter(Device& device);
+void addEncoder(Device& device);
 void addDroneIdentity(Device& device);
 
 }  // namespace zvr::sim
