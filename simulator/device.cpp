@@ -14,7 +14,8 @@ Bytes padded(std::string_view text, std::size_t width) {
     return bytes;
 }
 
-Device::Device(const Model& model, Identity identity) : identity(std::move(identity)), model_(model) {
+Device::Device(const Model& model, Identity identity, NetworkSettings network)
+    : identity(std::move(identity)), network(network), model_(model) {
     for (const AddModule add : model.modules) add(*this);
 }
 

@@ -1,6 +1,8 @@
 // A simulated device: the commands that it knows, and what its modules share.
 #pragma once
 
+#include <array>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -23,7 +25,9 @@ enum class Status : std::uint8_t {
     pulse = 26,
     encoder = 27,
     eeprom = 40,
+    core = 42,
     digital = 50,
+    tcp = 71,
     bootloader = 73,
     parser = 80,
 };
@@ -42,15 +46,26 @@ struct Identity {
     std::string alias = "bench";
 };
 
+struct NetworkSettings {
+    std::array<std::uint8_t, 4> ip{127, 0, 0, 1};
+    std::array<std::uint8_t, 4> mask{255, 255, 255, 0};
+    std::array<std::uint8_t, 4> gateway{192, 168, 1, 1};
+    std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
+};
+
 /// Serves any number of connections from one thread.
 class Device {
 public:
     using Handler = std::function<Bytes(ByteView data)>;
 
-    Device(const Model& model, Identity identity);
+    explicit Device(const Model& model, Identity identity = {}, NetworkSettings network = {});
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
 
     const Model& model() const { return model_; }
     Identity identity;
+    NetworkSettings network;
+    std::chrono::system_clock::duration clockOffset{};  ///< that the clock is ahead of the host's
 
     /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
     /// as one that cannot be parsed.
@@ -63,6 +78,9 @@ public:
 
     /// What each pin of a port is used for, by number; set by the module that has the lines.
     std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
+
+    /// What reaches the inputs of a port beside its wires.
+    std::function<std::uint16_t(int port)> inputLevels = [](int) { return std::uint16_t{0}; };
 
     /// What turns at the input of a pulse counter: 1 kHz from outside, or what a module leads there.
     std::function<Oscillator(std::size_t channel)> pulses = [outside = Oscillator(1000)](std::size_t) {

@@ -24,7 +24,7 @@ int serve(const zvr::sim::Options& options) {
     // Before anything is opened, since the lowest free descriptor is taken: a missing input must be known as one.
     const int inputCopy = options.stopWithInput ? dup(STDIN_FILENO) : -1;
     asio::io_context context(1);
-    zvr::sim::Device device(*options.model, options.identity);
+    zvr::sim::Device device(*options.model, options.identity, options.network);
     const zvr::sim::Server server(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);
     signals.async_wait([&](std::error_code, int) { context.stop(); });

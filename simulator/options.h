@@ -11,6 +11,7 @@ namespace zvr::sim {
 struct Options {
     const Model* model = nullptr;
     Identity identity;
+    NetworkSettings network;
     std::string host = "127.0.0.1";
     int port = 0;
     bool stopWithInput = false;
