@@ -76,6 +76,9 @@ public:
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
+    /// Sends a frame that nobody has asked for to whoever listens; set by what links the device to its clients.
+    std::function<void(int command, ByteView data)> stream = [](int, ByteView) {};
+
     /// What each pin of a port is used for, by number; set by the module that has the lines.
     std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
 

@@ -19,6 +19,9 @@ serves until SIGTERM or SIGINT.
 
   --host ADDRESS     local IPv4 address to listen on (127.0.0.1)
   --port N           TCP port of the commands; 0 takes a free one (0)
+  --data-port N      TCP port of the streamed data, on Wi-Fi models; 0 takes a free one (0)
+  --discovery        answer broadcast requests on UDP port 61557; not on serial models
+  --link PATH        make a symbolic link to the serial port, on serial models
   --mac ADDRESS      MAC address that the device starts with (02:0a:5a:00:00:01)
   --serial TEXT      serial number, up to 8 characters (SIM00001)
   --alias TEXT       device alias, up to 16 characters (bench)
@@ -109,6 +112,9 @@ struct Option {
 
 constexpr Option table[] = {
     {"host", true, setHost},
+    {"data-port", true, [](Options& o, std::string_view v) { o.dataPort = numberOf(v, 0, 65535); }},
+    {"discovery", false, [](Options& o, std::string_view) { o.discovery = true; }},
+    {"link", true, [](Options& o, std::string_view v) { o.link = v; }},
     {"mac", true, [](Options& o, std::string_view v) { o.network.mac = macOf(v); }},
     {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
     {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
