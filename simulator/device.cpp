@@ -2,13 +2,20 @@
 
 namespace zvr::sim {
 
+Bytes reply(std::uint8_t first, ByteView rest) {
+    Bytes data(rest.begin(), rest.end());
+    data.insert(data.begin(), first);
+    return data;
+}
+
 Bytes padded(std::string_view text, std::size_t width) {
     Bytes bytes(text.begin(), text.end());
     bytes.resize(width);
     return bytes;
 }
 
-Device::Device(const Model& model, Identity identity) : identity(std::move(identity)), model_(model) {
+Device::Device(const Model& model, Identity identity, NetworkSettings network)
+    : identity(std::move(identity)), network(network), model_(model) {
     for (const AddModule add : model.modules) add(*this);
 }
 

@@ -1,6 +1,8 @@
 // A simulated device: the commands that it knows, and what its modules share.
 #pragma once
 
+#include <array>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -9,6 +11,7 @@
 #include "core/commands.h"
 #include "core/frame.h"
 #include "models.h"
+#include "oscillator.h"
 
 namespace zvr::sim {
 
@@ -18,14 +21,22 @@ enum class Status : std::uint8_t {
     notEnabled = 10,
     pinIndex = 11,
     clock = 20,
+    pwm = 25,
+    pulse = 26,
+    encoder = 27,
     eeprom = 40,
+    core = 42,
     digital = 50,
+    tcp = 71,
     bootloader = 73,
     parser = 80,
 };
 
 inline Bytes reply(Status status) { return {static_cast<std::uint8_t>(status)}; }
 inline Bytes reply(std::uint8_t port, Status status) { return {port, static_cast<std::uint8_t>(status)}; }
+
+/// One byte, such as a port or a length, and what follows it.
+Bytes reply(std::uint8_t first, ByteView rest);
 
 /// Text filled with zeros to a width, or cut to it.
 Bytes padded(std::string_view text, std::size_t width);
@@ -35,15 +46,26 @@ struct Identity {
     std::string alias = "bench";
 };
 
+struct NetworkSettings {
+    std::array<std::uint8_t, 4> ip{127, 0, 0, 1};
+    std::array<std::uint8_t, 4> mask{255, 255, 255, 0};
+    std::array<std::uint8_t, 4> gateway{192, 168, 1, 1};
+    std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
+};
+
 /// Serves any number of connections from one thread.
 class Device {
 public:
     using Handler = std::function<Bytes(ByteView data)>;
 
-    Device(const Model& model, Identity identity);
+    explicit Device(const Model& model, Identity identity = {}, NetworkSettings network = {});
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
 
     const Model& model() const { return model_; }
     Identity identity;
+    NetworkSettings network;
+    std::chrono::system_clock::duration clockOffset{};  ///< that the clock is ahead of the host's
 
     /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
     /// as one that cannot be parsed.
@@ -54,8 +76,19 @@ public:
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
+    /// Sends a frame that nobody has asked for to whoever listens; set by what links the device to its clients.
+    std::function<void(int command, ByteView data)> stream = [](int, ByteView) {};
+
     /// What each pin of a port is used for, by number; set by the module that has the lines.
     std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
+
+    /// What reaches the inputs of a port beside its wires.
+    std::function<std::uint16_t(int port)> inputLevels = [](int) { return std::uint16_t{0}; };
+
+    /// What turns at the input of a pulse counter: 1 kHz from outside, or what a module leads there.
+    std::function<Oscillator(std::size_t channel)> pulses = [outside = Oscillator(1000)](std::size_t) {
+        return outside;
+    };
 
     /// The data of the reply; nothing to a command that the device does not know.
     std::optional<Bytes> handle(const Packet& request);

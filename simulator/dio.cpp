@@ -26,6 +26,8 @@ struct Port {
     Word driven = 0;  // only outputs in use have a bit here
 
     Word lines() const { return inputs | outputs; }
+    Word eitherWay() const { return inputs & outputs; }
+    Word fixedOutputs() const { return outputs & ~inputs; }
     Word activeOutputs() const { return current.enabled & current.direction; }
     void drive(Word mask) {
         const Word pins = mask & activeOutputs();
@@ -41,12 +43,12 @@ Word wordAt(ByteView data, std::size_t place) { return readBigEndian<Word>(slice
 
 class Lines {
 public:
-    explicit Lines(const Model& model) : model_(model) {
-        for (const auto& [number, inputs, outputs] : model.lines) {
+    explicit Lines(const Device& device) : device_(device), model_(device.model()) {
+        for (const auto& [number, inputs, outputs] : model_.lines) {
             Port& port = ports_[number];
             port.inputs = inputs;
             port.outputs = outputs;
-            if (model.fixedFunction) port.startup = {port.lines(), outputs, 0};
+            if (model_.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
         }
         restart();
     }
@@ -64,15 +66,14 @@ public:
         return found == ports_.end() ? nullptr : &found->second;
     }
 
-    // Inputs in use show what is wired to them, outputs what they drive; all else is low.
+    // Inputs in use show what is wired to them or comes from outside, outputs what they drive; all else is low.
     Word levels(int number) const {
         const Port& port = ports_.at(number);
-        Word word = port.driven;
+        Word arriving = device_.inputLevels(number);
         for (const auto& [output, input] : model_.wires) {
-            if (input != number) continue;
-            word |= ports_.at(output).driven & port.current.enabled & ~port.current.direction;
+            if (input == number) arriving |= ports_.at(output).driven;
         }
-        return word;
+        return static_cast<Word>(port.driven | (arriving & port.current.enabled & ~port.current.direction));
     }
 
     // A mask may name the whole port; else it may name only pins that are there.
@@ -80,7 +81,8 @@ public:
         return mask != wholePort && (mask & ~port.lines()) != 0 ? Status::pinIndex : Status::ok;
     }
 
-    // Changes what is in use or what is saved; lines of a fixed function keep their use.
+    // Changes what is in use or what is saved. Lines of a fixed function stay in use, and those that have only one
+    // direction stay in it.
     Status set(const Port& port, Configuration& configuration, Word mask, const Configuration& wanted) const {
         if (const Status status = checkMask(port, mask); status != Status::ok) return status;
         mask &= port.lines();
@@ -88,10 +90,9 @@ public:
         const bool impossible =
             (enabled & wanted.direction & ~port.outputs) != 0 || (enabled & ~wanted.direction & ~port.inputs) != 0;
         if (impossible) return Status::digital;
-        if (!model_.fixedFunction) {
-            change(configuration.enabled, mask, wanted.enabled);
-            change(configuration.direction, mask, wanted.direction);
-        }
+        if (!model_.fixedFunction) change(configuration.enabled, mask, wanted.enabled);
+        const Word turnable = model_.fixedFunction ? port.eitherWay() : wholePort;
+        change(configuration.direction, mask & turnable, wanted.direction);
         change(configuration.state, mask, wanted.state);
         return Status::ok;
     }
@@ -118,6 +119,7 @@ public:
     }
 
 private:
+    const Device& device_;
     const Model& model_;
     std::map<int, Port> ports_;
 };
@@ -218,7 +220,7 @@ void addLevels(Device& device, const std::shared_ptr<Lines>& lines) {
 }  // namespace
 
 void addDio(Device& device) {
-    const auto lines = std::make_shared<Lines>(device.model());
+    const auto lines = std::make_shared<Lines>(device);
     addConfiguration(device, lines);
     addLevels(device, lines);
     device.pinModes = [lines](int port) { return lines->modes(port); };

@@ -35,7 +35,7 @@ struct Model {
     Link link;
     int firstYear;       ///< that the clock counts from
     int pinsPerPort;     ///< places in a port, whether or not a line is there
-    bool fixedFunction;  ///< lines are in use in their one direction for good
+    bool fixedFunction;  ///< lines are in use for good
     std::vector<PortLines> lines;
     std::vector<Wire> wires;
     std::vector<AddModule> modules;

@@ -5,8 +5,18 @@
 
 namespace zvr::sim {
 
+/// The digital ports of the Wi-Fi models' LEDs (red, green, blue) and power inputs (power good, charging).
+constexpr int ledPort = 0, powerPort = 1;
+
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
+void addWifi(Device& device);
+void addSntp(Device& device);
+void addSdCard(Device& device);
+void addPwm(Device& device);
+void addCounter(Device& device);
+void addEncoder(Device& device);
+void addDroneIdentity(Device& device);
 
 }  // namespace zvr::sim

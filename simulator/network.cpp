@@ -1,5 +1,5 @@
 // The network commands: addresses that are kept and read back.
-#include <memory>
+#include <algorithm>
 
 #include "modules.h"
 
@@ -7,13 +7,23 @@ namespace zvr::sim {
 
 namespace {
 
-// One setting of a fixed width with a command to read and one to write it.
-void addSetting(Device& device, Command read, Command write, Bytes initial) {
-    const auto value = std::make_shared<Bytes>(std::move(initial));
-    device.on(read, [value](ByteView) { return *value; });
-    device.on(write, [value](ByteView data) {
-        if (data.size() != value->size()) return reply(Status::parser);
-        value->assign(data.begin(), data.end());
+using Field = std::span<std::uint8_t>;
+
+// Fields that one command reads and another writes, all at once.
+void addSetting(Device& device, Command read, Command write, const std::vector<Field>& fields) {
+    device.on(read, [fields](ByteView) {
+        Bytes data;
+        for (const Field field : fields) data.insert(data.end(), field.begin(), field.end());
+        return data;
+    });
+    device.on(write, [fields](ByteView data) {
+        std::size_t width = 0;
+        for (const Field field : fields) width += field.size();
+        if (data.size() != width) return reply(Status::parser);
+        for (const Field field : fields) {
+            std::ranges::copy(data.first(field.size()), field.begin());
+            data = data.subspan(field.size());
+        }
         return reply(Status::ok);
     });
 }
@@ -21,9 +31,10 @@ void addSetting(Device& device, Command read, Command write, Bytes initial) {
 }  // namespace
 
 void addNetwork(Device& device) {
-    addSetting(device, GET_IP, SET_IP, {192, 168, 1, 110, 255, 255, 255, 0});
-    addSetting(device, GET_GATEWAY, SET_GATEWAY, {192, 168, 1, 1});
-    addSetting(device, GET_MAC, SET_MAC, {0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01});
+    NetworkSettings& network = device.network;
+    addSetting(device, GET_IP, SET_IP, {network.ip, network.mask});
+    addSetting(device, GET_GATEWAY, SET_GATEWAY, {network.gateway});
+    addSetting(device, GET_MAC, SET_MAC, {network.mac});
 }
 
 }  // namespace zvr::sim

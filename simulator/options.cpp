@@ -19,6 +19,10 @@ serves until SIGTERM or SIGINT.
 
   --host ADDRESS     local IPv4 address to listen on (127.0.0.1)
   --port N           TCP port of the commands; 0 takes a free one (0)
+  --data-port N      TCP port of the streamed data, on Wi-Fi models; 0 takes a free one (0)
+  --discovery        answer broadcast requests on UDP port 61557; not on serial models
+  --link PATH        make a symbolic link to the serial port, on serial models
+  --mac ADDRESS      MAC address that the device starts with (02:0a:5a:00:00:01)
   --serial TEXT      serial number, up to 8 characters (SIM00001)
   --alias TEXT       device alias, up to 16 characters (bench)
   --stdin-stop       stop when standard input closes
@@ -67,11 +71,32 @@ std::string textOf(std::string_view text, std::size_t width) {
     return std::string(text);
 }
 
-std::string addressOf(std::string_view text) {
+asio::ip::address_v4 addressOf(std::string_view text) {
     std::error_code error;
     const auto address = asio::ip::make_address_v4(text, error);
     if (error) throw BadOption("\"" + std::string(text) + "\" is not an IPv4 address");
-    return address.to_string();
+    return address;
+}
+
+std::array<std::uint8_t, 6> macOf(std::string_view text) {
+    std::array<std::uint8_t, 6> mac{};
+    const char* next = text.data();
+    const char* const end = text.data() + text.size();
+    for (std::size_t i = 0; i < mac.size(); ++i) {
+        if (i != 0 && (next == end || *next++ != ':')) break;
+        const auto [behind, error] = std::from_chars(next, end, mac[i], 16);
+        if (error != std::errc()) break;
+        next = behind;
+        if (i + 1 == mac.size() && next == end) return mac;
+    }
+    throw BadOption("\"" + std::string(text) + "\" is not a MAC address");
+}
+
+// The device starts with the address that it listens on.
+void setHost(Options& options, std::string_view text) {
+    const auto address = addressOf(text);
+    options.host = address.to_string();
+    options.network.ip = address.to_bytes();
 }
 
 int commandOf(std::string_view text) {
@@ -86,7 +111,11 @@ struct Option {
 };
 
 constexpr Option table[] = {
-    {"host", true, [](Options& o, std::string_view v) { o.host = addressOf(v); }},
+    {"host", true, setHost},
+    {"data-port", true, [](Options& o, std::string_view v) { o.dataPort = numberOf(v, 0, 65535); }},
+    {"discovery", false, [](Options& o, std::string_view) { o.discovery = true; }},
+    {"link", true, [](Options& o, std::string_view v) { o.link = v; }},
+    {"mac", true, [](Options& o, std::string_view v) { o.network.mac = macOf(v); }},
     {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
     {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
     {"alias", true, [](Options& o, std::string_view v) { o.identity.alias = textOf(v, 16); }},

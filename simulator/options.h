@@ -11,8 +11,12 @@ namespace zvr::sim {
 struct Options {
     const Model* model = nullptr;
     Identity identity;
+    NetworkSettings network;
     std::string host = "127.0.0.1";
     int port = 0;
+    int dataPort = 0;
+    bool discovery = false;
+    std::string link;  ///< path of a symbolic link to the serial port; none if empty
     bool stopWithInput = false;
     bool verbose = false;
     FaultOptions faults;

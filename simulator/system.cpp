@@ -21,14 +21,14 @@ std::string stringOf(ByteView bytes) {
     return text.substr(0, text.find('\0'));
 }
 
-// A clock that runs with the host's, at an offset; an alarm on it; and what the EEPROM keeps.
+// An alarm on the clock, and what the EEPROM keeps.
 struct SystemState {
-    WallClock::duration offset{};
     std::optional<WallClock::time_point> alarm;
     std::array<std::array<std::uint8_t, eepromPageSize>, eepromPages> eeprom{};
-
-    WallClock::time_point now() const { return WallClock::now() + offset; }
 };
+
+// The clock runs with the host's, at an offset.
+WallClock::time_point now(const Device& device) { return WallClock::now() + device.clockOffset; }
 
 std::tm fieldsOf(WallClock::time_point time) {
     const std::time_t seconds = WallClock::to_time_t(time);
@@ -58,9 +58,8 @@ std::optional<WallClock::time_point> timeOf(std::tm fields) {
 }
 
 void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
-    device.on(GET_DATE_TIME,
-              [&device, state](ByteView) { return bytesOf(fieldsOf(state->now()), device.model().firstYear); });
-    device.on(SET_DATE_TIME, [state](ByteView data) {
+    device.on(GET_DATE_TIME, [&device](ByteView) { return bytesOf(fieldsOf(now(device)), device.model().firstYear); });
+    device.on(SET_DATE_TIME, [&device](ByteView data) {
         const ByteView field = slice(data, 0, 6);
         std::tm fields{};
         fields.tm_year = field[0];
@@ -71,13 +70,13 @@ void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
         fields.tm_sec = field[5];
         const auto time = timeOf(fields);
         if (!time) return reply(Status::clock);
-        state->offset = *time - WallClock::now();
+        device.clockOffset = *time - WallClock::now();
         return reply(Status::ok);
     });
     // The alarm's mode, byte 1, says how it repeats; the simulator knows the next time only.
-    device.onPort(RTC_START_ALARM, [state](std::uint8_t port, ByteView data) {
+    device.onPort(RTC_START_ALARM, [&device, state](std::uint8_t port, ByteView data) {
         const ByteView field = slice(data, 1, 4);
-        std::tm fields = fieldsOf(state->now());
+        std::tm fields = fieldsOf(now(device));
         fields.tm_mday = field[0];
         fields.tm_hour = field[1];
         fields.tm_min = field[2];
@@ -91,12 +90,12 @@ void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
         state->alarm.reset();
         return reply(port, Status::ok);
     });
-    device.onPort(RTC_GET_ALARM_STATE, [state](std::uint8_t port, ByteView) {
-        const bool armed = state->alarm && *state->alarm > state->now();
+    device.onPort(RTC_GET_ALARM_STATE, [&device, state](std::uint8_t port, ByteView) {
+        const bool armed = state->alarm && *state->alarm > now(device);
         return Bytes{port, static_cast<std::uint8_t>(armed)};
     });
-    device.onPort(RTC_GET_ALARM_TRIG, [state](std::uint8_t port, ByteView) {
-        const bool went = state->alarm && *state->alarm <= state->now();
+    device.onPort(RTC_GET_ALARM_TRIG, [&device, state](std::uint8_t port, ByteView) {
+        const bool went = state->alarm && *state->alarm <= now(device);
         return Bytes{port, static_cast<std::uint8_t>(went)};
     });
     device.onPort(RTC_GET_ALARM_CONFIG, [&device, state](std::uint8_t port, ByteView) {
@@ -171,6 +170,7 @@ void addSystem(Device& device) {
     addRestart(device, REBOOT_ON_BOOTLOADER);
     device.on(RESET_FACTORY, [&device, state, delivered](ByteView) {
         *state = SystemState();
+        device.clockOffset = {};
         device.identity = delivered;
         device.reboot();
         return reply(Status::ok);
