@@ -8,33 +8,14 @@ from __future__ import annotations
 
 import asyncio
 import csv
-import json
-import os
-import shutil
-import subprocess
-import sys
 import tempfile
 import time
 from pathlib import Path
 
 import pyzvr
+from _simulated import device
 
-MODEL = "TarnDioLite"
 SAMPLES = 200
-
-
-def start_simulator() -> tuple[subprocess.Popen[str], str, int]:
-    """Starts the simulator; it ends by itself when its standard input closes."""
-    program = os.environ.get("ZVR_SIM") or shutil.which("zvr-sim")
-    if program is None:
-        sys.exit("zvr-sim is not found: build it with `make build`, or name it in ZVR_SIM")
-    process = subprocess.Popen(
-        [program, MODEL, "--port", "0", "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True
-    )
-    assert process.stdout is not None
-    address = json.loads(process.stdout.readline())
-    print("Simulator:", address)
-    return process, address["host"], address["command_port"]
 
 
 def identify(box: pyzvr.TarnDioLite) -> None:
@@ -79,19 +60,12 @@ def log(box: pyzvr.TarnDioLite, path: Path) -> None:
 
 
 def main() -> None:
-    process = None
-    if len(sys.argv) == 3:
-        host, port = sys.argv[1], int(sys.argv[2])
-    else:
-        process, host, port = start_simulator()
-    with pyzvr.TarnDioLite() as box:
-        box.connect(host, port)
+    with device("TarnDioLite") as place, pyzvr.TarnDioLite() as box:
+        box.connect(*place)
         identify(box)
         read_and_write(box)
         asyncio.run(read_and_write_async(box))
         log(box, Path(tempfile.gettempdir()) / "pyzvr-demo.csv")
-    if process is not None:
-        process.communicate()
 
 
 if __name__ == "__main__":

@@ -16,6 +16,12 @@ def simulator_program(name="zvr-sim"):
     return os.path.join(os.path.dirname(os.environ["ZVR_SIM"]), name)
 
 
+def can_make_networks():
+    """Whether a test may have a network of its own."""
+    trial = ["unshare", "--net", "ip", "link", "add", "trial", "type", "bridge"]
+    return subprocess.run(trial, capture_output=True).returncode == 0
+
+
 @contextlib.contextmanager
 def running_simulator(model, *options):
     """A simulator process; yields what it says of itself."""

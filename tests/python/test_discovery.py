@@ -7,6 +7,7 @@ import sys
 from pathlib import Path
 
 import pytest
+from conftest import can_make_networks
 from network_lab import DEVICES, HERE
 
 import pyzvr
@@ -103,11 +104,7 @@ def test_bad_arguments_send_nothing(finder, call, operation, arguments, failure)
     assert finder.client_udp.sent == []
 
 
-def can_make_networks():
-    return subprocess.run(["unshare", "--net", "ip", "link", "add", "x", "type", "bridge"], capture_output=True).returncode == 0
-
-
-def test_simulated_devices_on_a_network_of_their_own(request):
+def test_simulated_devices_on_a_network_of_their_own():
     if not can_make_networks():
         pytest.skip("network namespaces are not allowed here")
     lab = str(Path(__file__).with_name("network_lab.py"))

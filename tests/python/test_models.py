@@ -1,7 +1,6 @@
 """Every product class over its own kind of link, and what the tables say of it."""
 
 import json
-import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -100,4 +99,4 @@ def test_wifi_model_connects_once_and_recovers_from_a_failed_data_side():
 
 def test_usb_models_need_the_usb_simulator():
     run = subprocess.run([simulator_program("zvr-sim"), "SableDio"], capture_output=True, text=True, timeout=10)
-    assert run.returncode == 2 and "zvr-sim-usb" in run.stderr and shutil.which("python3")
+    assert run.returncode == 2 and "zvr-sim-usb" in run.stderr

@@ -15,8 +15,6 @@ from conftest import connected, running_simulator
 import pyzvr
 
 MODELS = ["TarnDio", "TarnDioLite"]
-EXAMPLES = sorted((Path(__file__).parents[2] / "examples").glob("*.py"))
-
 
 @pytest.fixture(scope="module", params=MODELS)
 def product(request):
@@ -222,10 +220,3 @@ def test_the_program_by_itself():
     process.send_signal(signal.SIGTERM)
     assert process.wait(10) == 0
     process.stdout.close()
-
-
-@pytest.mark.parametrize("example", EXAMPLES, ids=lambda path: path.name)
-def test_examples_run(example):
-    done = subprocess.run([sys.executable, "-W", "error", example], capture_output=True, text=True, timeout=60)
-    assert (done.returncode, done.stderr) == (0, ""), done.stdout
-    assert "Closed handle (" in done.stdout
