@@ -10,6 +10,8 @@ from __future__ import annotations
 
 import argparse
 import asyncio
+import contextlib
+import io
 import json
 import os
 import random
@@ -19,8 +21,10 @@ import subprocess
 import sys
 import threading
 import time
+import warnings
 from pathlib import Path
 
+import many
 import pyzvr
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -211,6 +215,33 @@ def beside_a_computing_thread(rounds: int) -> None:
     goal("blocking / Python socket", medians[Blocking.name] / medians[BareSocket.name], 1.0)
 
 
+def many_devices() -> None:
+    with Simulator() as simulator:
+        for text, value, limit in many.report(simulator.address):
+            goal(text, value, limit)
+
+
+def usb() -> None:
+    """Round trips over the emulated device; runs beside it."""
+    if "UMOCKDEV_DIR" not in os.environ:
+        subprocess.run([BIN / "zvr-sim-usb", "SableDio", "--", sys.executable, __file__, "usb"], check=True)
+        return
+    warnings.simplefilter("ignore")
+    with contextlib.redirect_stdout(io.StringIO()):
+        box = pyzvr.SableDio()
+        box.connect()
+    times = []
+    for _ in range(1000):
+        begin = now()
+        box.Sys_getSerialNumber()
+        times.append(now() - begin)
+    box.close(verbose=False)
+    median = statistics.median(times) / 1e6
+    print(f"\nUSB round trips over the emulated device: median {median:.2f} ms, p99 "
+          f"{statistics.quantiles(times, n=100)[98] / 1e6:.2f} ms\n")
+    goal("ms at the median", median, 3)
+
+
 def splitter() -> None:
     command = [str(BIN / "splitter_bench"), "--benchmark_format=json"]
     results = json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)["benchmarks"]
@@ -222,7 +253,7 @@ def splitter() -> None:
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("part", nargs="?", choices=["pinned", "unpinned", "computing", "splitter"])
+    parser.add_argument("part", nargs="?", choices=["pinned", "unpinned", "computing", "many", "usb", "splitter"])
     parser.add_argument("--rounds", type=int, default=30, help="batches of each contender")
     parser.add_argument("--count", type=int, default=500, help="round trips of a batch")
     arguments = parser.parse_args()
@@ -230,11 +261,11 @@ def main() -> None:
         round_trips(arguments.rounds, arguments.count, arguments.part == "pinned")
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
-    elif arguments.part == "splitter":
-        splitter()
+    elif arguments.part:
+        {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:
         # Each part in a process of its own: pinning is for good.
-        for part in ("pinned", "unpinned", "computing", "splitter"):
+        for part in ("pinned", "unpinned", "computing", "many", "usb", "splitter"):
             subprocess.run([sys.executable, __file__, part, *sys.argv[1:]], check=True)
 
 

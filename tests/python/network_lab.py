@@ -1,8 +1,7 @@
 """A network of its own: a bridge with this process and some simulated devices on it, each in a namespace of its own.
 
-Run under `unshare --net`; it prints what it saw as JSON.
-
-    unshare --net python3 network_lab.py
+    unshare --net python3 network_lab.py             prints what a finder saw there as JSON
+    unshare --net python3 network_lab.py COMMAND...  runs a program there
 """
 
 import asyncio
@@ -108,6 +107,9 @@ def discovery():
 
 
 if __name__ == "__main__":
+    if sys.argv[1:]:
+        with lab():
+            sys.exit(subprocess.run(sys.argv[1:]).returncode)
     with contextlib.redirect_stdout(io.StringIO()):
         report = discovery()
     print(json.dumps(report))

@@ -8,10 +8,7 @@ import pytest
 from conftest import can_make_networks, simulator_program
 
 EXAMPLES = sorted(path for path in (Path(__file__).parents[2] / "examples").glob("*.py") if path.name[0] != "_")
-# Loopback alone, with two devices on it that answer broadcasts.
-NETWORK = """ip link set lo up
-"$1" TarnDioLite --discovery --serial FIRST < /dev/null & "$1" HeronImu --discovery --serial SECOND --mac 2:0:0:0:0:2 &
-shift; "$@"; status=$?; kill $(jobs -p); exit $status"""
+LAB = str(Path(__file__).with_name("network_lab.py"))
 
 
 def command_for(example):
@@ -19,7 +16,7 @@ def command_for(example):
     if example.name == "discover.py":
         if not can_make_networks():
             pytest.skip("network namespaces are not allowed here")
-        return ["unshare", "--net", "sh", "-c", NETWORK, "sh", simulator_program(), *run]
+        return ["unshare", "--net", sys.executable, LAB, *run]
     if example.name == "pulses.py" and not Path(simulator_program("zvr-sim-usb")).exists():
         pytest.skip("zvr-sim-usb is not built: it needs libumockdev")
     return run
@@ -31,4 +28,4 @@ def test_examples_run(example):
     assert (done.returncode, done.stderr) == (0, ""), done.stdout
     assert "Closed handle (" in done.stdout
     if example.name == "discover.py":
-        assert "2 on the network, 0 on USB" in done.stdout and "FIRST" in done.stdout and "SECOND" in done.stdout
+        assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout

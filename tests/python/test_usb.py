@@ -1,0 +1,122 @@
+"""USB devices through the real libusb, beside emulated ones; and the device class on clients of a test's own."""
+
+import json
+import os
+import subprocess
+import sys
+import threading
+from pathlib import Path
+
+import pytest
+from conftest import simulator_program
+
+import pyzvr
+
+LAB = str(Path(__file__).with_name("usb_lab.py"))
+PRODUCT = "Sable-Dio"
+
+
+def seen_in(scenario, *devices):
+    program = simulator_program("zvr-sim-usb")
+    if not os.path.exists(program):
+        pytest.skip("zvr-sim-usb is not built: it needs libumockdev")
+    simulator = subprocess.Popen([program, *devices, "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    try:
+        bus = json.loads(simulator.stdout.readline())
+        child = {**os.environ, "LD_PRELOAD": bus["preload"], "UMOCKDEV_DIR": bus["root"]}
+        control = simulator.stdin.fileno()
+        run = subprocess.run([sys.executable, LAB, scenario, str(control)], stdin=simulator.stdout, env=child,
+                             pass_fds=[control], capture_output=True, text=True, timeout=60)
+        assert run.returncode == 0, run.stderr
+        return json.loads(run.stdout)
+    finally:
+        simulator.stdin.close()
+        simulator.stdout.close()
+        assert simulator.wait(10) == 0
+
+
+def test_finding_devices_and_taking_one_from_the_kernel():
+    report = seen_in("finding", "SableDio:AAA", "SableCan:BBB", "--kernel-driver")
+    assert report["seen"].pop("default") in (["AAA", "AAA"], ["BBB", "BBB"])  # the library's order
+    assert report == {
+        "found": [["AAA", "Sable-Dio"], ["BBB", "Sable-Can"]],
+        "seen": {"AAA": ["AAA", "AAA"], "BBB": ["BBB", "BBB"]},
+        "fields": ["AAA", "Sable-Dio", "AAA", 1, 0, 129, 1],
+        "wrong": ["USBConnectionError", True, None], "detached": True}
+
+
+def test_transfers_have_at_least_64_bytes():
+    report = seen_in("transfers", "SableDio")
+    frames = [bytes.fromhex(each) for each in report["out"][:3]]
+    bodies = [bytes([pyzvr.GET_THREADS]) + b"A" * length for length in (0, 58, 59)]
+    expected = [b"\2" + len(body).to_bytes(2, "big") + body + b"\r\n" for body in bodies]
+    assert frames == [frame.ljust(64, b"\0") for frame in expected] and [len(each) for each in frames] == [64, 64, 65]
+    assert report["quiet"] == ["USBTimeoutError", False, 110] and report["replies"] == 3
+    assert report["busy"] is None or report["busy"][0] in ("USBError", "ReceivePacketTimeoutError")
+
+
+def test_requests_in_both_forms_lose_nothing_and_devices_are_let_go():
+    assert seen_in("traffic", "SableDio") == {
+        "names": [PRODUCT], "count": 100, "serials": ["SIM00001"], "page": list(range(50)), "grown": 0,
+        "again": "SIM00001"}
+
+
+def test_unplugging_is_reported_a_few_times_and_survived():
+    report = seen_in("unplugging", "SableDio")
+    assert report["request"][0] in ("ReceivePacketTimeoutError", "USBError")
+    assert report["reported"] and report["kinds"] == ["USBError"] and report["few"] and not report["busy"]
+    assert report["awaited"][0] in ("TimeoutError", "USBError")
+    assert report["gone"] == ["USBConnectionError", True, None] and report["listed"] == [] and report["back"] == "BACK"
+
+
+class Failing:
+    """A client whose reads fail as told."""
+
+    def __init__(self, *failures):
+        self.failures = list(failures)
+        self.done = threading.Event()
+
+    def recvAndSplitPacket(self, length):
+        if self.failures:
+            raise self.failures.pop(0)
+        self.done.set()
+        return []
+
+
+@pytest.fixture
+def reports(monkeypatch):
+    lines = []
+    monkeypatch.setattr(pyzvr, "printGenericError", lambda failure: lines.append(f"{type(failure).__name__}:{failure}"))
+    return lines
+
+
+def test_failed_reads_are_printed_and_timeouts_are_not(reports):
+    with pyzvr.SableDio() as box:
+        client = box.client_cmd = Failing(pyzvr.USBTimeoutError(110, "late"), ValueError("odd"), pyzvr.USBTimeoutError())
+        box.recv_cmd_lock.release()
+        assert client.done.wait(5)
+        box.recv_cmd_lock.acquire()
+        assert reports == ["ValueError:odd"]
+
+
+def test_missing_client_is_reported_unless_the_handle_is_closed(monkeypatch):
+    reported = threading.Event()
+    failures = []
+    monkeypatch.setattr(pyzvr, "printGenericError", lambda failure: (failures.append(failure), reported.set()))
+    box = pyzvr.SableDio()
+    box.recv_cmd_lock.release()
+    assert reported.wait(5) and isinstance(failures[0], AttributeError)
+    box.close()
+    box.recv_cmd_thread.join(5)
+    count = len(failures)
+    assert not box.recv_cmd_thread.is_alive() and count < 3
+    with pytest.raises(pyzvr.USBConnectionError, match="The handle is closed"):
+        box.connect()
+
+
+def test_no_device_and_the_warning_about_the_library(capsys):
+    with pytest.warns(UserWarning, match="Warning 519000: External library"):
+        assert pyzvr.getLibUSB1() is None
+    with pyzvr.SableDio() as box, pytest.warns(UserWarning), pytest.raises(pyzvr.USBConnectionError):
+        box.connect()
+    assert box.serial_num is None and not box.connect_status_cmd and "test_usb.py" in capsys.readouterr().out

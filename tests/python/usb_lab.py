@@ -1,0 +1,131 @@
+"""What happens on USB, seen from a program beside emulated devices: one scenario, told as JSON.
+
+    python3 usb_lab.py SCENARIO CONTROL  under the emulation; CONTROL is a descriptor that takes the simulator's commands,
+                                         which it answers on standard input
+"""
+
+import asyncio
+import contextlib
+import gc
+import io
+import json
+import os
+import sys
+import threading
+import time
+import warnings
+
+import pyzvr
+
+
+def control(line):
+    os.write(int(sys.argv[2]), (line + "\n").encode())
+    answer = sys.stdin.readline().strip()
+    return json.loads(answer) if answer.startswith("{") else answer
+
+
+def failure_of(action):
+    try:
+        action()
+    except Exception as failure:
+        return [type(failure).__name__, isinstance(failure, pyzvr.Error), getattr(failure, "errno", None)]
+
+
+def finding():
+    """Two devices, AAA and BBB; the first is a driver's of the kernel."""
+    found = pyzvr.SableDio()._getAllUSBDevices()
+    seen = {}
+    for serial in ("BBB", "AAA", "default"):
+        with pyzvr.SableDio() as box:
+            box.connect(serial)
+            seen[serial] = [box.serial_num, box.Sys_getSerialNumber()]
+    client = pyzvr.USBClient("AAA")
+    fields = [client.takeSerialNumber(), client.takeProductName(), client.device.serial_number, client.config,
+              client.interface, client.ep_in, client.ep_out]
+    return {"found": sorted(found), "seen": seen, "fields": fields,
+            "wrong": failure_of(lambda: pyzvr.USBClient("CCC")), "detached": control("transfers AAA")["detached"]}
+
+
+def transfers():
+    client = pyzvr.USBClient()
+    quiet = failure_of(lambda: client.recvPacket(64))
+    for length in (0, 58, 59):
+        client.sendPacket(pyzvr.Packet_based()._preparePacket(pyzvr.GET_THREADS, [65] * length))
+    replies = []
+    while len(replies) < 3:
+        with contextlib.suppress(pyzvr.USBTimeoutError):
+            replies += client.recvAndSplitPacket(64)
+    with pyzvr.SableDio() as busy:
+        return {"quiet": quiet, "replies": len(replies), "out": control("transfers SIM00001")["out"],
+                "busy": failure_of(lambda: (busy.connect(), busy.Sys_getSerialNumber(0.2)))}
+
+
+def traffic():
+    """Requests from threads and from a loop, and a device that is let go in every way."""
+    with pyzvr.SableDio() as box:
+        box.connect()
+        names = []
+        threads = [threading.Thread(target=lambda: names.extend(box.Sys_getDriverInfo()[0] for _ in range(100))),
+                   threading.Thread(target=lambda: [box._getEEPROMPage(number % 64) for number in range(100)])]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+
+        async def awaited():
+            return [await box.Sys_getSerialNumber_async() for _ in range(100)]
+
+        serials = asyncio.run(awaited())
+        box._setEEPROMPage(3, list(range(50)))
+        page = box._getEEPROMPage(3)[:50]
+        for _ in range(5):
+            box.disconnect()
+            box.connect()
+        descriptors = len(os.listdir("/proc/self/fd"))
+        for _ in range(10):
+            box.disconnect()
+            box.connect()
+        grown = len(os.listdir("/proc/self/fd")) - descriptors
+    dropped = pyzvr.SableDio()
+    dropped.connect()
+    del dropped
+    gc.collect()
+    with pyzvr.SableDio() as box:
+        deadline = time.monotonic() + 5
+        while failure_of(lambda: (box.connect(), box.Sys_getSerialNumber())) and time.monotonic() < deadline:
+            box.disconnect()
+        return {"names": sorted(set(names)), "count": len(names), "serials": sorted(set(serials)), "page": page,
+                "grown": grown, "again": box.Sys_getSerialNumber()}
+
+
+def unplugging():
+    """The device vanishes while a request waits, and comes back."""
+    reports = []
+    first = threading.Event()
+    pyzvr.printGenericError = lambda failure: (reports.append(type(failure).__name__), first.set())
+    with pyzvr.SableDio() as box:
+        box.connect()
+        control("stall SIM00001 on")
+        waiting = threading.Timer(0.2, lambda: control("unplug SIM00001"))
+        waiting.start()
+        request = failure_of(lambda: box.Sys_getSerialNumber(1))
+        waiting.join()
+        reported = first.wait(5)
+        awaited = failure_of(lambda: asyncio.run(asyncio.wait_for(box.Sys_getSerialNumber_async(), 0.5)))
+        begin = time.process_time()
+        threading.Event().wait(0.5)
+        spent = time.process_time() - begin
+        box.disconnect()
+        gone = failure_of(box.connect)
+        listed = box._getAllUSBDevices()
+        control("plug SableDio:BACK")
+        box.connect()
+        return {"request": request, "reported": reported, "kinds": sorted(set(reports)), "few": len(reports) < 8,
+                "awaited": awaited, "busy": spent > 0.25, "gone": gone, "listed": listed, "back": box.Sys_getSerialNumber()}
+
+
+if __name__ == "__main__":
+    warnings.simplefilter("ignore")
+    with contextlib.redirect_stdout(io.StringIO()):
+        report = globals()[sys.argv[1]]()
+    print(json.dumps(report))
