@@ -21,8 +21,8 @@ std::vector<PortLines> boardLines() { return {outputs(ledPort, pins(0, 2)), inpu
 
 // Two ports in each of the four slots of a chassis.
 std::vector<PortLines> slotLines() {
-    std::vector<PortLines> lines;
-    for (int port = 0; port < 8; ++port) lines.push_back(eitherWay(port, pins(0, 11)));
+    std::vector<PortLines> lines(8);
+    for (int port = 0; PortLines & each : lines) each = eitherWay(port++, pins(0, 11));
     return lines;
 }
 
