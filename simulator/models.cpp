@@ -82,8 +82,8 @@ std::span<const Model> models() {
         {"TarnPot",         "Tarn-Pot",          ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"TarnThermo",      "Tarn-Thermo",       ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
 
-        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio}},
-        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio}},
+        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots}},
+        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots}},
         {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"Drone",       "Drone",        serial,   1900, 8, false, {}, {}, {addDroneIdentity}},
