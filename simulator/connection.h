@@ -15,7 +15,8 @@ namespace zvr::sim {
 /// Shows a frame on standard error.
 void logFrame(const char* direction, int command, ByteView data);
 
-/// Lives as long as one of its operations is under way. Sockets and terminals are both served as descriptors.
+/// Lives as long as one of its operations is under way. Sockets and terminals are both served as descriptors; the
+/// program ignores SIGPIPE.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
     struct Rules {

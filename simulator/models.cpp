@@ -21,8 +21,8 @@ std::vector<PortLines> boardLines() { return {outputs(ledPort, pins(0, 2)), inpu
 
 // Two ports in each of the four slots of a chassis.
 std::vector<PortLines> slotLines() {
-    std::vector<PortLines> lines;
-    for (int port = 0; port < 8; ++port) lines.push_back(eitherWay(port, pins(0, 11)));
+    std::vector<PortLines> lines(8);
+    for (int port = 0; PortLines & each : lines) each = eitherWay(port++, pins(0, 11));
     return lines;
 }
 
@@ -82,8 +82,8 @@ std::span<const Model> models() {
         {"TarnPot",         "Tarn-Pot",          ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"TarnThermo",      "Tarn-Thermo",       ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
 
-        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio}},
-        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio}},
+        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots}},
+        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots}},
         {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"Drone",       "Drone",        serial,   1900, 8, false, {}, {}, {addDroneIdentity}},

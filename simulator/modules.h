@@ -11,6 +11,8 @@ constexpr int ledPort = 0, powerPort = 1;
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
+/// Behind addSystem, whose slot commands it replaces.
+void addSlots(Device& device);
 void addWifi(Device& device);
 void addSntp(Device& device);
 void addSdCard(Device& device);

@@ -73,7 +73,7 @@ std::string textOf(std::string_view text, std::size_t width) {
 
 asio::ip::address_v4 addressOf(std::string_view text) {
     std::error_code error;
-    const auto address = asio::ip::make_address_v4(text, error);
+    auto address = asio::ip::make_address_v4(text, error);
     if (error) throw BadOption("\"" + std::string(text) + "\" is not an IPv4 address");
     return address;
 }
@@ -112,11 +112,11 @@ struct Option {
 
 constexpr Option table[] = {
     {"host", true, setHost},
+    {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
     {"data-port", true, [](Options& o, std::string_view v) { o.dataPort = numberOf(v, 0, 65535); }},
     {"discovery", false, [](Options& o, std::string_view) { o.discovery = true; }},
     {"link", true, [](Options& o, std::string_view v) { o.link = v; }},
     {"mac", true, [](Options& o, std::string_view v) { o.network.mac = macOf(v); }},
-    {"port", true, [](Options& o, std::string_view v) { o.port = numberOf(v, 0, 65535); }},
     {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
     {"alias", true, [](Options& o, std::string_view v) { o.identity.alias = textOf(v, 16); }},
     {"stdin-stop", false, [](Options& o, std::string_view) { o.stopWithInput = true; }},
