@@ -13,14 +13,18 @@ namespace {
 std::atomic<bool> leaving{false};
 unsigned long mainThread = 0;
 
-// Keys are literals, so the same name may be there under several pointers.
-using Names = std::unordered_map<const char*, PyObject*>;
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+using Names = std::unordered_map<std::string, PyObject*, TextHash, std::equal_to<>>;
 
-PyObject* internedWith(Names& names, const char* name, const char* ending) {
-    PyObject*& entry = names[name];
-    if (entry == nullptr) entry = PyUnicode_InternFromString((std::string(name) + ending).c_str());
-    if (entry == nullptr) throw py::error_already_set();
-    return entry;
+PyObject* internedWith(Names& names, std::string_view name, const char* ending) {
+    const auto known = names.find(name);
+    if (known != names.end()) return known->second;
+    PyObject* const made = PyUnicode_InternFromString((std::string(name) + ending).c_str());
+    if (made == nullptr) throw py::error_already_set();
+    return names.emplace(name, made).first->second;
 }
 
 }  // namespace

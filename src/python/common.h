@@ -21,7 +21,7 @@ inline Object own(PyObject* result) {
 
 inline Object borrow(PyObject* object) { return py::reinterpret_borrow<Object>(object); }
 
-/// The interned string of a name. The pointer is the key, so `name` must be a literal or live as long as the process.
+/// The interned string of a name, made once.
 PyObject* interned(const char* name);
 /// The same for the name of its awaitable twin.
 PyObject* internedTwin(const char* name);

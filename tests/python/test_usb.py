@@ -23,7 +23,7 @@ def seen_in(scenario, *devices):
     simulator = subprocess.Popen([program, *devices, "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     try:
         bus = json.loads(simulator.stdout.readline())
-        child = {**os.environ, "LD_PRELOAD": bus["preload"], "UMOCKDEV_DIR": bus["root"]}
+        child = {**os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])), "UMOCKDEV_DIR": bus["root"]}
         control = simulator.stdin.fileno()
         run = subprocess.run([sys.executable, LAB, scenario, str(control)], stdin=simulator.stdout, env=child,
                              pass_fds=[control], capture_output=True, text=True, timeout=60)
@@ -59,6 +59,13 @@ def test_requests_in_both_forms_lose_nothing_and_devices_are_let_go():
     assert seen_in("traffic", "SableDio") == {
         "names": [PRODUCT], "count": 100, "serials": ["SIM00001"], "page": list(range(50)), "grown": 0,
         "again": "SIM00001"}
+
+
+def test_pulses_are_counted_in_simulated_time():
+    report = seen_in("pulses", "SableDio")
+    assert report["refused"] == pyzvr.errFirmwarePulse and report["ready"] == [0] * 9
+    assert report["set"] == [2**48 - 1, -3, 1] and report["counted"] == [0, 0, 200000.0, 100.0]
+    assert report["still"] == [True, True] and report["stopped"] == [0, 0] and report["closed"] == [0, 0, 0]
 
 
 def test_unplugging_is_reported_a_few_times_and_survived():

@@ -98,6 +98,29 @@ def traffic():
                 "grown": grown, "again": box.Sys_getSerialNumber()}
 
 
+def pulses():
+    """A PWM output that leads to the counter of its number, and the encoder."""
+    with pyzvr.SableDio() as box:
+        box.connect()
+        refused = box.Counter_start(0)
+        ready = [box.PWM_open(0), box.PWM_setFrequency(0, 100000), box.PWM_start(0), box.Counter_open(0),
+                 box.Counter_setPosition(0, 2**48 - 1), box.Counter_setEdge(0, 2), box.Encoder_open(0),
+                 box.Encoder_setPosition(0, -3), box.Encoder_setDirection(0, 1)]
+        set_to = [box.Counter_readPosition(0), box.Encoder_readPosition(0), box.Encoder_getDirection(0)]
+
+        async def count():
+            started = [await box.Counter_start_async(0), await box.Encoder_start_async(0)]
+            while await box.Counter_readPosition_async(0) > 2**47 or await box.Encoder_readPosition_async(0) > -5:
+                pass  # until the counter has wrapped and the encoder has gone down
+            return [*started, await box.Counter_readFrequency_async(0), abs(await box.Encoder_readFrequency_async(0))]
+
+        counted = asyncio.run(count())
+        stopped = [box.Counter_stop(0), box.Encoder_stop(0)]
+        still = [box._Counter_read(0) == box._Counter_read(0), box._Encoder_read(0) == box._Encoder_read(0)]
+        return {"refused": refused, "ready": ready, "set": set_to, "counted": counted, "stopped": stopped,
+                "still": still, "closed": [box.Counter_close(0), box.Encoder_close(0), box.PWM_close(0)]}
+
+
 def unplugging():
     """The device vanishes while a request waits, and comes back."""
     reports = []
