@@ -57,6 +57,8 @@ public:
     Bus(bool driver, bool verbose) : testbed_(umockdev_testbed_new()), driver_(driver), verbose_(verbose) {
         const std::unique_ptr<char, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_.get()), g_free);
         root_ = root.get();
+        constexpr std::size_t longest = 75;
+        if (root_.size() > longest) throw std::runtime_error(root_ + " is too long a path for the sockets in it");
     }
     // Clients that outlive the bus see the devices go.
     ~Bus() {
@@ -234,6 +236,8 @@ std::string answerLine(Bus& bus, const std::string& line) {
         if (!more.empty() || what.empty()) throw BadRequest("no such request");
         if (verb == "stall" && (value == "on" || value == "off")) {
             bus.find(what).setStalled(value == "on");
+        } else if (verb == "late" && (value == "on" || value == "off")) {
+            bus.find(what).setLate(value == "on");
         } else if (!value.empty()) {
             throw BadRequest("no such request");
         } else if (verb == "plug") {
@@ -319,7 +323,11 @@ program needs in its environment, and serves until SIGTERM or SIGINT.
   --verbose          log what the devices get and answer on standard error
 
 Without a COMMAND, lines on standard input change what there is; each is answered by a line:
-  plug MODEL[:SERIAL]     unplug SERIAL     stall SERIAL on|off     transfers SERIAL
+  plug MODEL[:SERIAL]      connect another device
+  unplug SERIAL            take one away
+  stall SERIAL on|off      answer nothing
+  late SERIAL on|off       let replies come just as a read is given up
+  transfers SERIAL         tell as JSON what the device has got
 )";
 
 // What the command line asks for, or an exit status.
@@ -363,10 +371,10 @@ void logUnlessKilled(const gchar* domain, GLogLevelFlags level, const gchar* mes
 
 int serve(const UsbOptions& options) {
     g_log_set_handler(nullptr, G_LOG_LEVEL_CRITICAL, logUnlessKilled, nullptr);
-    // Blocked before the testbed starts its thread, which inherits it.
+    // Blocked before the testbed starts its thread, which inherits it. A broken pipe is an output that nobody reads.
     sigset_t signals, restored;
     sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD}) sigaddset(&signals, signal);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGCHLD}) sigaddset(&signals, signal);
     sigprocmask(SIG_BLOCK, &signals, &restored);
     Bus bus(options.driver, options.verbose);
     for (const std::string& device : options.devices) bus.plug(device);

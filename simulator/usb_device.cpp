@@ -194,6 +194,12 @@ void UsbDevice::setStalled(bool stalled) {
     stalled_ = stalled;
 }
 
+void UsbDevice::setLate(bool late) {
+    const std::lock_guard lock(mutex_);
+    late_ = late;
+    if (!gone_) pump();
+}
+
 long UsbDevice::submit(UMockdevIoctlClient* client, Ref<UMockdevIoctlData> data) {
     Transfer transfer{client, std::move(data)};
     const usbdevfs_urb& urb = transfer.urb();
@@ -227,7 +233,8 @@ long UsbDevice::discard(UMockdevIoctlClient* client, std::uintptr_t address) {
     });
     // One that is complete keeps its bytes and is reaped with them.
     if (found == pending_.end()) return -EINVAL;
-    found->finish(-ENOENT);
+    const bool arrived = late_ && found->urb().endpoint == endpointIn && deliver(*found);
+    found->finish(-ENOENT, arrived ? static_cast<std::size_t>(found->urb().actual_length) : 0);
     completed_.splice(completed_.end(), pending_, found);
     update();
     return 0;
@@ -343,6 +350,11 @@ bool UsbDevice::serve(const Transfer& transfer) {
         transfer.finish(0, transfer.bytes().size());
         return true;
     }
+    return !late_ && deliver(transfer);
+}
+
+// Gives a transfer the next piece of the replies, if there is one.
+bool UsbDevice::deliver(const Transfer& transfer) {
     if (replies_.empty()) return false;
     Bytes& next = replies_.front();
     const std::size_t count = transfer.fill(next);

@@ -105,7 +105,11 @@ public:
     void vanished(UMockdevIoctlClient* client);
 
     void unplug();
+    /// Answers nothing.
     void setStalled(bool stalled);
+    /// Lets each reply come in the moment in which the client gives up its read.
+    void setLate(bool late);
+    /// What has come, as JSON.
     std::string transfers();
 
 private:
@@ -125,6 +129,7 @@ private:
     std::optional<Bytes> descriptor(std::uint16_t which);
     void receive(ByteView bytes);
     bool serve(const Transfer& transfer);
+    bool deliver(const Transfer& transfer);
     void pump();
     void update() { node_.setReady(!completed_.empty()); }
     void reset();
@@ -137,7 +142,7 @@ private:
     bool bound_;
     const bool verbose_;
     bool gone_ = false;
-    bool stalled_ = false;
+    bool stalled_ = false, late_ = false;
     UMockdevIoctlClient* claimer_ = nullptr;
     Splitter splitter_;
     std::deque<Bytes> replies_;
