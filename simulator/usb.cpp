@@ -3,6 +3,7 @@
 // A testbed of umockdev holds the files that a device has in /sys and /dev; its preload library shows them to the
 // client, and brings each ioctl on a device's node to this program, which plays the kernel's side of it.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <getopt.h>
 #include <glob.h>
 #include <poll.h>
@@ -228,27 +229,23 @@ struct UsbOptions {
     bool driver = false, verbose = false, stopWithInput = false;
 };
 
+void obey(Bus& bus, const std::string& verb, const std::string& what, const std::string& value) {
+    const bool isSwitch = value == "on" || value == "off";
+    if (verb == "plug" && value.empty()) return bus.plug(what);
+    if (verb == "unplug" && value.empty()) return bus.unplug(what);
+    if (verb == "stall" && isSwitch) return bus.find(what).setStalled(value == "on");
+    if (verb == "late" && isSwitch) return bus.find(what).setLate(value == "on");
+    throw BadRequest("no such request");
+}
+
 std::string answerLine(Bus& bus, const std::string& line) {
     std::istringstream words(line);
     std::string verb, what, value, more;
     words >> verb >> what >> value >> more;
     try {
         if (!more.empty() || what.empty()) throw BadRequest("no such request");
-        if (verb == "stall" && (value == "on" || value == "off")) {
-            bus.find(what).setStalled(value == "on");
-        } else if (verb == "late" && (value == "on" || value == "off")) {
-            bus.find(what).setLate(value == "on");
-        } else if (!value.empty()) {
-            throw BadRequest("no such request");
-        } else if (verb == "plug") {
-            bus.plug(what);
-        } else if (verb == "unplug") {
-            bus.unplug(what);
-        } else if (verb == "transfers") {
-            return bus.find(what).transfers();
-        } else {
-            throw BadRequest("no such request");
-        }
+        if (verb == "transfers" && value.empty()) return bus.find(what).transfers();
+        obey(bus, verb, what, value);
     } catch (const BadRequest& refusal) {
         return std::string("error ") + refusal.what();
     }
@@ -370,6 +367,8 @@ void logUnlessKilled(const gchar* domain, GLogLevelFlags level, const gchar* mes
 }
 
 int serve(const UsbOptions& options) {
+    // A missing input is one that ends at once; its number must not go to anything else.
+    if (fcntl(STDIN_FILENO, F_GETFD) < 0) open("/dev/null", O_RDONLY);
     g_log_set_handler(nullptr, G_LOG_LEVEL_CRITICAL, logUnlessKilled, nullptr);
     // Blocked before the testbed starts its thread, which inherits it. A broken pipe is an output that nobody reads.
     sigset_t signals, restored;
