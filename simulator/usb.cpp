@@ -201,7 +201,7 @@ void Bus::announce(const Plugged& one, const char* action) {
     // Each client that waits for events has a socket of this name.
     glob_t listeners{};
     if (glob((root_ + "/event[0-9]*").c_str(), GLOB_NOSORT, nullptr, &listeners) == 0) {
-        const Descriptor socket(::socket(AF_UNIX, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        const FileDescriptor socket(::socket(AF_UNIX, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
         for (std::size_t i = 0; i < listeners.gl_pathc; ++i) {
             sockaddr_un address{};
             address.sun_family = AF_UNIX;
@@ -272,7 +272,7 @@ pid_t start(const UsbOptions& options, const sigset_t& restored) {
 
 // Runs until a signal, or the end of the input or of the command, ends it. The exit status.
 int run(Bus& bus, const UsbOptions& options, const sigset_t& signals, const sigset_t& restored) {
-    const Descriptor arrivals(signalfd(-1, &signals, SFD_CLOEXEC));
+    const FileDescriptor arrivals(signalfd(-1, &signals, SFD_CLOEXEC));
     const pid_t child = options.command.empty() ? 0 : start(options, restored);
     std::array<pollfd, 2> waits{{{arrivals.get(), POLLIN, 0}, {child == 0 ? STDIN_FILENO : -1, POLLIN, 0}}};
     std::string input;
