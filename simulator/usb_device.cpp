@@ -114,6 +114,14 @@ void Node::setReady(bool ready) {
     }
 }
 
+void UsbDevice::note(unsigned long request) {
+    const std::lock_guard lock(mutex_);
+    if (gone_ || isTransfer(request)) return;
+    requests_.push_back(nameOf(request));
+    if (requests_.size() > mostRequests) requests_.pop_front();
+    if (verbose_) std::cerr << serial_ << " - " << requests_.back() << '\n';
+}
+
 long UsbDevice::answer(UMockdevIoctlClient* client) {
     const unsigned long request = umockdev_ioctl_client_get_request(client);
     UMockdevIoctlData* argument = umockdev_ioctl_client_get_arg(client);
@@ -123,11 +131,6 @@ long UsbDevice::answer(UMockdevIoctlClient* client) {
     const std::lock_guard lock(mutex_);
     if (request == USBDEVFS_REAPURB || request == USBDEVFS_REAPURBNDELAY) return reap(client, data.get());
     if (gone_) return -ENODEV;
-    if (!isTransfer(request)) {
-        requests_.push_back(nameOf(request));
-        if (requests_.size() > mostRequests) requests_.pop_front();
-        if (verbose_) std::cerr << serial_ << " - " << requests_.back() << '\n';
-    }
     switch (request) {
         case USBDEVFS_GET_CAPABILITIES:
             as<__u32>(data) = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |

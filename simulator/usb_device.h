@@ -103,6 +103,8 @@ public:
     const std::string& serial() const { return serial_; }
     const Model& model() const { return device_.model(); }
 
+    /// Remembers an ioctl that is no transfer.
+    void note(unsigned long request);
     /// Answers an ioctl as the kernel does: a negative errno is a failure. Each open handle is a client.
     long answer(UMockdevIoctlClient* client);
     /// A client has closed its handle, or died.
