@@ -37,6 +37,32 @@ struct Handle {
     UMockdevIoctlClient* client;
 };
 
+void complete(UMockdevIoctlClient* client, long result) {
+    umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? static_cast<int>(-result) : 0);
+}
+
+// The handle that is in the way may have been closed a moment ago, and its end not have been seen yet.
+void answerLater(const std::shared_ptr<UsbDevice>& device, UMockdevIoctlClient* client) {
+    struct Question {
+        std::shared_ptr<UsbDevice> device;
+        Ref<UMockdevIoctlClient> client;
+    };
+    constexpr guint milliseconds = 20;
+    const std::unique_ptr<GSource, decltype(&g_source_unref)> source(g_timeout_source_new(milliseconds),
+                                                                     g_source_unref);
+    Ref<UMockdevIoctlClient> kept(UMOCKDEV_IOCTL_CLIENT(g_object_ref(client)));
+    g_source_set_callback(
+        source.get(),
+        [](gpointer data) -> gboolean {
+            const auto& question = *static_cast<Question*>(data);
+            complete(question.client.get(), question.device->answer(question.client.get()));
+            return G_SOURCE_REMOVE;
+        },
+        std::make_unique<Question>(Question{device, std::move(kept)}).release(),
+        [](gpointer data) { const std::unique_ptr<Question> last(static_cast<Question*>(data)); });
+    g_source_attach(source.get(), g_main_context_get_thread_default());
+}
+
 gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer shared) {
     const auto& device = *static_cast<std::shared_ptr<UsbDevice>*>(shared);
     constexpr const char* key = "zvr-handle";
@@ -47,8 +73,13 @@ gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer share
                                    handle->device->vanished(handle->client);
                                });
     }
+    device->note(umockdev_ioctl_client_get_request(client));
     const long result = device->answer(client);
-    umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? static_cast<int>(-result) : 0);
+    if (result == -EBUSY) {
+        answerLater(device, client);
+    } else {
+        complete(client, result);
+    }
     return TRUE;
 }
 
@@ -201,7 +232,7 @@ void Bus::announce(const Plugged& one, const char* action) {
     // Each client that waits for events has a socket of this name.
     glob_t listeners{};
     if (glob((root_ + "/event[0-9]*").c_str(), GLOB_NOSORT, nullptr, &listeners) == 0) {
-        const Descriptor socket(::socket(AF_UNIX, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        const FileDescriptor socket(::socket(AF_UNIX, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
         for (std::size_t i = 0; i < listeners.gl_pathc; ++i) {
             sockaddr_un address{};
             address.sun_family = AF_UNIX;
@@ -272,7 +303,7 @@ pid_t start(const UsbOptions& options, const sigset_t& restored) {
 
 // Runs until a signal, or the end of the input or of the command, ends it. The exit status.
 int run(Bus& bus, const UsbOptions& options, const sigset_t& signals, const sigset_t& restored) {
-    const Descriptor arrivals(signalfd(-1, &signals, SFD_CLOEXEC));
+    const FileDescriptor arrivals(signalfd(-1, &signals, SFD_CLOEXEC));
     const pid_t child = options.command.empty() ? 0 : start(options, restored);
     std::array<pollfd, 2> waits{{{arrivals.get(), POLLIN, 0}, {child == 0 ? STDIN_FILENO : -1, POLLIN, 0}}};
     std::string input;

@@ -1,11 +1,13 @@
 #include "usb_device.h"
 
 #include <fcntl.h>
+#include <linux/usb/ch9.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <iostream>
 #include <sstream>
 
@@ -112,21 +114,23 @@ void Node::setReady(bool ready) {
     }
 }
 
+void UsbDevice::note(unsigned long request) {
+    const std::lock_guard lock(mutex_);
+    if (gone_ || isTransfer(request)) return;
+    requests_.push_back(nameOf(request));
+    if (requests_.size() > mostRequests) requests_.pop_front();
+    if (verbose_) std::cerr << serial_ << " - " << requests_.back() << '\n';
+}
+
 long UsbDevice::answer(UMockdevIoctlClient* client) {
     const unsigned long request = umockdev_ioctl_client_get_request(client);
     UMockdevIoctlData* argument = umockdev_ioctl_client_get_arg(client);
     const std::size_t size = _IOC_SIZE(request);
-    // Fetched before the lock is taken, since a client may be slow to give it.
     Ref<UMockdevIoctlData> data(size > 0 ? umockdev_ioctl_data_resolve(argument, 0, size, nullptr) : nullptr);
     if (size > 0 && !data) return -EFAULT;
     const std::lock_guard lock(mutex_);
     if (request == USBDEVFS_REAPURB || request == USBDEVFS_REAPURBNDELAY) return reap(client, data.get());
     if (gone_) return -ENODEV;
-    if (!isTransfer(request)) {
-        requests_.push_back(nameOf(request));
-        if (requests_.size() > mostRequests) requests_.pop_front();
-        if (verbose_) std::cerr << serial_ << " - " << requests_.back() << '\n';
-    }
     switch (request) {
         case USBDEVFS_GET_CAPABILITIES:
             as<__u32>(data) = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
@@ -135,10 +139,7 @@ long UsbDevice::answer(UMockdevIoctlClient* client) {
         case USBDEVFS_SUBMITURB: return submit(client, std::move(data));
         case USBDEVFS_DISCARDURB: return discard(client, *reinterpret_cast<std::uintptr_t*>(argument->data));
         case USBDEVFS_CLAIMINTERFACE: return claim(client, as<unsigned>(data));
-        case USBDEVFS_RELEASEINTERFACE:
-            if (as<unsigned>(data) != 0 || claimer_ != client) return -EINVAL;
-            claimer_ = nullptr;
-            return 0;
+        case USBDEVFS_RELEASEINTERFACE: return as<unsigned>(data) == 0 && claimer_ == client ? disconnect() : -EINVAL;
         case USBDEVFS_GETDRIVER: {
             auto& wanted = as<usbdevfs_getdriver>(data);
             if (wanted.interface != 0) return -EINVAL;
@@ -156,17 +157,19 @@ long UsbDevice::answer(UMockdevIoctlClient* client) {
         case USBDEVFS_DISCONNECT_CLAIM: return disconnectAndClaim(client, as<usbdevfs_disconnect_claim>(data));
         case USBDEVFS_CLEAR_HALT:
         case USBDEVFS_RESETEP:
-            return as<unsigned>(data) == endpointIn || as<unsigned>(data) == endpointOut ? 0 : -ENOENT;
+            if (as<unsigned>(data) != endpointIn && as<unsigned>(data) != endpointOut) return -ENOENT;
+            return claim(client, 0);
         case USBDEVFS_RESET: reset(); return 0;
-        case USBDEVFS_SETCONFIGURATION:
+        case USBDEVFS_SETCONFIGURATION: {
+            const unsigned wanted = as<unsigned>(data);
             if (claimer_ != nullptr || bound_) return -EBUSY;
-            return as<unsigned>(data) == 1 || as<unsigned>(data) + 1 <= 1 ? 0
-                                                                          : -EINVAL;  // 0 and -1 leave it unconfigured
+            return wanted <= 1 || wanted == ~0U ? 0 : -EINVAL;  // 0 and -1 leave the device unconfigured
+        }
         case USBDEVFS_SETINTERFACE: {
             const auto& wanted = as<usbdevfs_setinterface>(data);
-            return wanted.interface == 0 && wanted.altsetting == 0 ? 0 : -EINVAL;
+            return wanted.altsetting == 0 ? claim(client, wanted.interface) : -EINVAL;
         }
-        case USBDEVFS_GET_SPEED: return 2;  // full speed
+        case USBDEVFS_GET_SPEED: return USB_SPEED_FULL;
         default: return -ENOTTY;
     }
 }
@@ -180,13 +183,16 @@ void UsbDevice::vanished(UMockdevIoctlClient* client) {
     update();
 }
 
-// Transfers under way end with the device; they can still be reaped.
+void UsbDevice::end(int status) {
+    for (const Transfer& transfer : pending_) transfer.finish(status);
+    completed_.splice(completed_.end(), pending_);
+    update();
+}
+
 void UsbDevice::unplug() {
     const std::lock_guard lock(mutex_);
     gone_ = true;
-    for (const Transfer& transfer : pending_) transfer.finish(-ENODEV);
-    completed_.splice(completed_.end(), pending_);
-    update();
+    end(-ENODEV);
 }
 
 void UsbDevice::setStalled(bool stalled) {
@@ -261,6 +267,7 @@ long UsbDevice::disconnect() {
     if (claimer_ == nullptr && !bound_) return -ENODATA;
     claimer_ = nullptr;
     bound_ = false;
+    end(-ENOENT);
     return 0;
 }
 
@@ -381,11 +388,9 @@ void UsbDevice::pump() {
 }
 
 void UsbDevice::reset() {
-    for (const Transfer& transfer : pending_) transfer.finish(-ESHUTDOWN);
-    completed_.splice(completed_.end(), pending_);
+    end(-ESHUTDOWN);
     replies_.clear();
     splitter_ = Splitter();
-    update();
 }
 
 std::string UsbDevice::transfers() {

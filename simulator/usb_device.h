@@ -5,6 +5,7 @@
 #include <umockdev.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +14,8 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <system_error>
 
 #include "core/splitter.h"
@@ -31,14 +34,14 @@ struct Unref {
 template <class Object>
 using Ref = std::unique_ptr<Object, Unref>;
 
-class Descriptor {
+class FileDescriptor {
 public:
-    explicit Descriptor(int fd) : fd_(fd) {
+    explicit FileDescriptor(int fd) : fd_(fd) {
         if (fd < 0) throw std::system_error(errno, std::generic_category());
     }
-    ~Descriptor() { close(fd_); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    ~FileDescriptor() { close(fd_); }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
     int get() const { return fd_; }
 
 private:
@@ -61,7 +64,7 @@ public:
     void setReady(bool ready);
 
 private:
-    Descriptor pipe_;
+    FileDescriptor pipe_;
 };
 
 /// A transfer of a client from its submission until it is reaped.
@@ -77,7 +80,7 @@ struct Transfer {
         urb().status = status;
         urb().actual_length = static_cast<int>(count);
     }
-    // Gives the client what fits of the bytes, behind what the buffer begins with.
+    /// Gives the client what fits of the bytes, behind what the buffer begins with.
     std::size_t fill(ByteView source, std::size_t offset = 0) const {
         const std::size_t count = std::min(source.size(), bytes().size() - offset);
         std::copy_n(source.begin(), count, static_cast<std::uint8_t*>(urb().buffer) + offset);
@@ -100,10 +103,14 @@ public:
     const std::string& serial() const { return serial_; }
     const Model& model() const { return device_.model(); }
 
-    // Answers an ioctl as the kernel does: a negative errno is a failure.
+    /// Remembers an ioctl that is no transfer.
+    void note(unsigned long request);
+    /// Answers an ioctl as the kernel does: a negative errno is a failure. Each open handle is a client.
     long answer(UMockdevIoctlClient* client);
+    /// A client has closed its handle, or died.
     void vanished(UMockdevIoctlClient* client);
 
+    /// Transfers under way end with the device; they can still be reaped.
     void unplug();
     /// Answers nothing.
     void setStalled(bool stalled);
@@ -131,6 +138,7 @@ private:
     bool serve(const Transfer& transfer);
     bool deliver(const Transfer& transfer);
     void pump();
+    void end(int status);
     void update() { node_.setReady(!completed_.empty()); }
     void reset();
 
@@ -143,7 +151,7 @@ private:
     const bool verbose_;
     bool gone_ = false;
     bool stalled_ = false, late_ = false;
-    UMockdevIoctlClient* claimer_ = nullptr;
+    UMockdevIoctlClient* claimer_ = nullptr;  // the only one that can have transfers pending
     Splitter splitter_;
     std::deque<Bytes> replies_;
     std::list<Transfer> pending_, completed_;
