@@ -27,7 +27,7 @@ from typing_extensions import Self
 
 '''
 # Of the bound types.
-CONSTRUCTORS = {"Fifo": "maxsize: int = ...", "USBClient": "serial_num: str = ..."}
+CONSTRUCTORS = {"Fifo": "maxsize: int = ...", "ItemFifo": "maxsize: int = ...", "RowFifo": "maxsize: int = ...", "USBClient": "serial_num: str = ..."}
 OPERATION = type(pyzvr.checkFirmwareError)
 
 

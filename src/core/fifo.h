@@ -3,11 +3,38 @@
 
 #include <atomic>
 #include <deque>
+#include <memory>
 #include <optional>
 
 #include "core/waiting.h"
 
 namespace zvr {
+
+/// Wakes a thread that waits for several queues at once.
+class Bell {
+public:
+    void ring() {
+        {
+            const std::lock_guard lock(mutex_);
+            ++count_;
+        }
+        rung_.notify_all();
+    }
+    std::uint64_t count() const {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    /// Waits until it has rung more often than `count` times, or until `deadline`.
+    void await(std::uint64_t count, Deadline deadline) {
+        std::unique_lock lock(mutex_);
+        waitOn(rung_, lock, deadline, [&] { return count_ != count; });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::condition_variable rung_;
+    std::uint64_t count_ = 0;
+};
 
 /// Any thread may use any member. A capacity of 0 means no limit.
 template <class Item>
@@ -17,25 +44,29 @@ public:
 
     /// Adds an item if there is room; tells whether there was.
     bool tryPut(Item item) {
-        {
-            const std::lock_guard lock(mutex_);
+        return add([&](std::unique_lock<std::mutex>&) {
             if (capacity_ != 0 && items_.size() >= capacity_) return false;
             items_.push_back(std::move(item));
-        }
-        arrived_.notify_all();
-        return true;
+            return true;
+        });
     }
 
     /// Waits for room at most until `deadline`.
     bool put(Item item, Deadline deadline, const Attend& attend = {}) {
-        const bool room = waitAttended(deadline, attend, [&](Deadline until) {
-            std::unique_lock lock(mutex_);
-            if (!waitOn(left_, lock, until, [&] { return capacity_ == 0 || items_.size() < capacity_; })) return false;
-            items_.push_back(std::move(item));
-            return true;
+        return waitAttended(deadline, attend, [&](Deadline until) {
+            return add([&](std::unique_lock<std::mutex>& lock) {
+                if (!waitOn(left_, lock, until, [&] { return capacity_ == 0 || items_.size() < capacity_; }))
+                    return false;
+                items_.push_back(std::move(item));
+                return true;
+            });
         });
-        if (room) arrived_.notify_all();
-        return room;
+    }
+
+    /// Every item that is added from now on rings it.
+    void setBell(std::shared_ptr<Bell> bell) {
+        const std::lock_guard lock(mutex_);
+        bell_ = std::move(bell);
     }
 
     std::optional<Item> tryGet() {
@@ -72,6 +103,19 @@ public:
     std::size_t capacity() const { return capacity_; }
 
 private:
+    template <class Put>
+    bool add(Put put) {
+        std::shared_ptr<Bell> bell;
+        {
+            std::unique_lock lock(mutex_);
+            if (!put(lock)) return false;
+            bell = bell_;
+        }
+        arrived_.notify_all();
+        if (bell) bell->ring();
+        return true;
+    }
+
     std::optional<Item> pop() {
         if (items_.empty()) return std::nullopt;
         std::optional<Item> item(std::move(items_.front()));
@@ -84,6 +128,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
     std::deque<Item> items_;
+    std::shared_ptr<Bell> bell_;
 };
 
 }  // namespace zvr

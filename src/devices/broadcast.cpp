@@ -129,18 +129,11 @@ std::vector<Definition> operations() {
 }
 
 void defineOperations(Package& package) {
-    ClassMaker blockingForm = package.makeClass("BroadcastModule", {"Packet"}, "Finding devices. Blocking form.");
-    ClassMaker twin = package.makeClass("BroadcastModule_async", {"Packet_async"}, "Finding devices. Awaitable form.");
-    for (Definition& definition : operations()) {
-        const auto shared = std::make_shared<const Definition>(std::move(definition));
-        blockingForm.add(shared, Form::method);
-        twin.add(shared, Form::awaitable);
-    }
-    for (ClassMaker* form : {&blockingForm, &twin}) {
-        form->method("Bcst_enumerateUSBDevices", {}, "Finds the devices on USB.",
-                     {"list[list[str]]", "serial number and product name of each", "the devices"}, {},
-                     [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); });
-    }
+    Feature finding(package, "Broadcast", "Finding devices.", Feature::Base::none);
+    for (Definition& definition : operations()) finding.add(std::move(definition), Form::method);
+    finding.shared("Bcst_enumerateUSBDevices", {}, "Finds the devices on USB.",
+                   {"list[list[str]]", "serial number and product name of each", "the devices"}, {},
+                   [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); });
 }
 
 }  // namespace

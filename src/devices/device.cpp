@@ -23,7 +23,7 @@ void openLink(py::handle self, const Link& link, const Object& client) {
     setAttribute(self, link.client, client);
     setAttribute(self, link.status, py::bool_(false));
     setAttribute(self, link.lock, py::cast(std::shared_ptr<Gate>(receiver, &receiver->gate)));
-    setAttribute(self, link.thread, py::cast(receiver));
+    setAttribute(self, link.thread, py::cast(std::shared_ptr<OwnedThread>(receiver)));
 }
 
 Object clientOf(py::handle self, const Link& link) {
@@ -40,7 +40,7 @@ void setClient(py::handle self, const Link& link, const Object& client) {
 }
 
 void runThread(py::handle self, const Link& link) {
-    const auto receiver = py::cast<std::shared_ptr<Receiver>>(attribute(self, link.thread));
+    const auto receiver = runtimeOf(self).receiver(link.client);
     const WithoutGil released;
     receiver->run();
 }
@@ -104,26 +104,26 @@ void fileFrame(py::handle self, const Object& command, const Object& data) {
     }
 }
 
-void defineReceiveThread(Package& package) {
-    const auto type = py::class_<Receiver, std::shared_ptr<Receiver>>(package.module(), "ReceiveThread",
-                                                                      "The receive thread of a connection.");
+void defineThread(Package& package) {
+    const auto type = py::class_<OwnedThread, std::shared_ptr<OwnedThread>>(
+        package.module(), "DeviceThread", "A thread of a device object: it receives frames, or makes samples of them.");
     ClassMaker(type)
         .property({"name", "str", "Name of the thread."},
-                  [](py::handle self) { return py::cast<Receiver*>(self)->name(); })
+                  [](py::handle self) { return py::cast<OwnedThread*>(self)->name(); })
         .method("is_alive", {}, "Whether the thread runs.", {"bool"}, {},
-                [](py::handle self) { return py::cast<Receiver*>(self)->alive(); })
+                [](py::handle self) { return py::cast<OwnedThread*>(self)->alive(); })
         .method("join", {{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"}},
                 "Waits until the thread has ended.", {}, {}, [](py::handle self, const Object& timeout) {
-                    const auto receiver = py::cast<std::shared_ptr<Receiver>>(self);
+                    const auto thread = py::cast<std::shared_ptr<OwnedThread>>(self);
                     const Deadline deadline = timeout.is_none() ? forever : deadlineIn(secondsOf(timeout));
-                    blocking([&](const Attend& attend) { return receiver->awaitEnd(deadline, attend); });
+                    blocking([&](const Attend& attend) { return thread->awaitEnd(deadline, attend); });
                 });
 }
 
 }  // namespace
 
 void defineDevice(Package& package) {
-    defineReceiveThread(package);
+    defineThread(package);
     [[maybe_unused]] const py::class_<DeviceRuntime> runtime(package.module(), "_DeviceRuntime",
                                                              "What the threads of a device touch.");
 

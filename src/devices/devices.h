@@ -58,7 +58,7 @@ template <const Link& link>
 void defineLinkFields(ClassMaker& type, const char* clientType) {
     type.field({link.status, "bool", "whether the connection is open"})
         .field({link.lock, "Gate", "gate of the receive thread, shut while there is no connection"})
-        .field({link.thread, "ReceiveThread", "the receive thread, from construction to close"})
+        .field({link.thread, "DeviceThread", "the receive thread, from construction to close"})
         .property(
             {link.client, std::string(clientType) + " | None", "The client that the receive thread reads from."},
             [](py::handle self) { return clientOf(self, link); },

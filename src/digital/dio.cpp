@@ -2,6 +2,7 @@
 // closed. The device is the only holder of their state.
 #include "core/failures.h"
 #include "digital/digital.h"
+#include "python/model.h"
 
 namespace zvr::python {
 
@@ -23,16 +24,8 @@ const Parameter state{"state", "int", "16 bits: 1 high, 0 low"};
 const std::string levels = "0 or 1 per pin, `dio_num_pins_per_port` items";
 
 // Models whose lines have one function for good.
-constexpr std::array fixedFunctionModels = {"TarnRelay", "TarnDio", "SableSink", "Lattice", "HeronMixed"};
-
 bool isFixedFunction(py::handle self) {
-    for (const py::handle type : attribute(py::type::of(self), "__mro__")) {
-        const Object name = attribute(type, "__name__");
-        for (const char* model : fixedFunctionModels) {
-            if (PyUnicode_CompareWithASCIIString(name.ptr(), model) == 0) return true;
-        }
-    }
-    return false;
+    return isModel(self, {"TarnRelay", "TarnDio", "SableSink", "Lattice", "HeronMixed"});
 }
 
 // A word of the reply as a list with one entry per pin.

@@ -11,23 +11,29 @@ namespace zvr::python {
 
 namespace {
 
-/// What a model's link decides: its device class, the argument that connects it, and the order of construction.
+enum class Logging { none, first, last };
+
+/// What a model's link decides: its device class, the argument that connects it, the order of construction, and when
+/// the logger is made.
 struct Family {
     const char* device;
     const char* connectArgument;
     std::vector<const char*> endings;  ///< of the classes of a module, as their constructors run
+    Logging logging;
 };
-const Family usb{"USBDevice", "default", {"Module_async", "Module"}};
-const Family ethernet{"ETHDevice", "192.168.1.110", {"Module", "Module_async"}};
-const Family chassis{"ETHDevice", "192.168.1.110", {"Module_async", "Module"}};
-const Family wifi{"WifiDevice", "192.168.5.79", {"Module_async", "Module"}};
-const Family serial{"UARTDevice", "COM5", {"Module"}};
+const Family usb{"USBDevice", "default", {"Module_async", "Module"}, Logging::last};
+const Family ethernet{"ETHDevice", "192.168.1.110", {"Module", "Module_async"}, Logging::last};
+const Family chassis{"ETHDevice", "192.168.1.110", {"Module_async", "Module"}, Logging::last};
+const Family drive{"ETHDevice", "192.168.1.110", {"Module", "Module_async"}, Logging::none};
+const Family wifi{"WifiDevice", "192.168.5.79", {"Module_async", "Module"}, Logging::first};
+const Family serial{"UARTDevice", "COM5", {"Module"}, Logging::none};
 
 /// A module of a model: the maps and numbers that its constructor takes, and a usual port of each of its functions.
 struct ModuleUse {
     std::string prefix;
     std::function<py::tuple()> arguments = [] { return py::tuple(); };
     std::vector<std::pair<const char*, int>> usualPorts = {};
+    const char* release = nullptr;  ///< ends the module's threads
 };
 
 struct Model {
@@ -69,6 +75,54 @@ PinMap slots() {
     return map;
 }
 
+constexpr double voltsPerCount = 0.00030517578125;  // 10 / 32768
+constexpr double voltsPerCount24 = 1.3904889343373708e-6;
+
+/// Ports of a function, and what each has: lines as pairs of digital port and pin, or chips that have no lines.
+using PortMap = std::function<py::dict()>;
+
+PortMap chips(const std::vector<int>& ports) {
+    return [ports] {
+        py::dict map;
+        for (const int port : ports) {
+            py::list chip;
+            chip.append(0);
+            map[py::int_(port)] = chip;
+        }
+        return map;
+    };
+}
+
+// Which lines these are is not known for certain; see the page of choices.
+PortMap assumedLines(int port, const Pins& pins) {
+    return [port, pins] {
+        py::list lines;
+        for (int pin = pins.first; pin <= pins.last; ++pin) lines.append(py::make_tuple(pins.port, pin));
+        py::dict map;
+        map[py::int_(port)] = lines;
+        return map;
+    };
+}
+
+ModuleUse input16(int maxRate, bool variable, const PortMap& map = chips({0})) {
+    return {"AI", [=] { return py::make_tuple(map(), maxRate, voltsPerCount, 8, variable); }, {{"AI", 0}}, "_AI_free"};
+}
+
+ModuleUse input24(int maxRate) {
+    return {"AI24BitStreaming",
+            [=] { return py::make_tuple(chips({0})(), maxRate, voltsPerCount24, 8); },
+            {{"AI", 0}},
+            "_AI_free"};
+}
+
+ModuleUse currents(const std::vector<int>& ports) {
+    return {"AI24Bit", [=] { return py::make_tuple(chips(ports)()); }, {{"AI", 0}}};
+}
+
+ModuleUse output(const char* prefix, int low, int high, int maxRate, const PortMap& map = chips({0})) {
+    return {prefix, [=] { return py::make_tuple(map(), low, high, 8, maxRate); }, {{"AO", 0}}};
+}
+
 ModuleUse simple(const char* prefix) { return {prefix}; }
 ModuleUse onPort0(const char* prefix) {
     return {prefix, [] { return py::tuple(); }, {{prefix, 0}}};
@@ -84,56 +138,58 @@ const std::vector<Model>& models() {
     static const std::vector<Model> table = {
         {"SableDio", "Sable-Dio", usb, "26 channels of 3.3 V digital I/O.",
             {system, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder},
-            {"UART", "I2C", "SPI", "DataLogger"}},
+            {"UART", "I2C", "SPI"}},
         {"SableAnalog", "Sable-Analog", usb, "20 digital channels, 8 analog inputs of 16 bits, 16 kHz.",
-            {system, dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI", "AI", "DataLogger"}},
+            {system, input16(16000, true), dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI"}},
         {"SableThermo", "Sable-Thermo", usb, "21 digital channels, 2 thermocouple inputs.",
-            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "Thermocouple", "DataLogger"}},
+            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "Thermocouple"}},
         {"SableCan", "Sable-Can", usb, "20 digital channels, CAN V2.0B.",
-            {system, dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI", "CAN", "DataLogger"}},
+            {system, dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI", "CAN"}},
         {"SableRtd", "Sable-Rtd", usb, "21 digital channels, 2 RTD inputs.",
-            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "ThermalResistance", "DataLogger"}},
+            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "ThermalResistance"}},
         {"SableSink", "Sable-Sink", usb, "24 V digital I/O, 14 inputs and 12 outputs.",
-            {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}, {"DataLogger"}},
+            {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}},
         {"SableMixed", "Sable-Mixed", usb, "16 digital channels, 8 analog inputs, 8 analog outputs.",
-            {system, dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder},
-            {"UART", "I2C", "AI", "AOStreaming", "DataLogger"}},
+            {system, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines(0, {0, 0, 7})),
+             dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}, {"UART", "I2C"}},
         {"HeronAnalog", "Heron-Analog", wifi, "8 analog inputs, 10 kHz.",
-            {system, sensors, network, radio}, {"AI", "DataLogger"}},
+            {system, sensors, network, radio, input16(10000, true)}},
         {"HeronImu", "Heron-Imu", wifi, "8 analog inputs, 10 kHz, and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, card}, {"AI", "AHRS", "DataLogger"}},
+            {system, sensors, network, radio, input16(10000, true), card}, {"AHRS"}},
         {"HeronOut", "Heron-Out", wifi, "8 analog outputs and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, card}, {"AO", "AHRS", "DataLogger"}},
+            {system, sensors, network, radio, output("AO", -10, 10, 15000), card}, {"AHRS"}},
         {"HeronMixed", "Heron-Mixed", wifi, "Analog inputs and outputs, 8 digital inputs and 8 outputs.",
-            {system, sensors, network, radio, dio({{2, 0, 7}}, {{3, 0, 7}}), card}, {"AI", "AO", "DataLogger"}},
+            {system, sensors, network, radio, input16(10000, true), output("AO", -10, 10, 15000),
+             dio({{2, 0, 7}}, {{3, 0, 7}}), card}},
         {"HeronFast", "Heron-Fast", wifi, "8 analog inputs, 20 kHz.",
-            {system, sensors, network, radio}, {"AI", "DataLogger"}},
+            {system, sensors, network, radio, input16(20000, true)}},
         {"TarnAnalog", "Tarn-Analog", ethernet, "8 analog inputs, 16 bits, 20 kHz.",
-            {system, network, sntp}, {"AI", "DataLogger"}},
+            {system, network, input16(20000, false), sntp}},
         {"TarnAnalog24", "Tarn-Analog24", ethernet, "8 analog inputs, 24 bits, 10 kHz.",
-            {system, network, sntp}, {"AI24BitStreaming", "DataLogger"}},
+            {system, network, input24(10000), sntp}},
         {"TarnDio", "Tarn-Dio", ethernet, "24 V digital I/O with PWM, 8 inputs and 6 outputs.",
-            {system, network, dio({{1, 0, 7}}, {{0, 0, 5}}), pwm, sntp}, {"DataLogger"}},
+            {system, network, dio({{1, 0, 7}}, {{0, 0, 5}}), pwm, sntp}},
         {"TarnDioLite", "Tarn-Dio-Lite", ethernet, "24 V digital I/O, 16 inputs and 16 outputs.",
-            {system, network, dio({{2, 0, 7}, {3, 0, 7}}, {{0, 0, 7}, {1, 0, 7}}), sntp}, {"DataLogger"}},
+            {system, network, dio({{2, 0, 7}, {3, 0, 7}}, {{0, 0, 7}, {1, 0, 7}}), sntp}},
         {"TarnCurrent", "Tarn-Current", ethernet, "8 current inputs.",
-            {system, network, sntp}, {"AI24Bit", "DataLogger"}},
+            {system, network, currents({0}), sntp}},
         {"TarnCurrentVolt", "Tarn-Current-Volt", ethernet, "8 current inputs and 8 voltage inputs.",
-            {system, network, sntp}, {"AI24Bit", "DataLogger"}},
+            {system, network, currents({0, 1}), sntp}},
         {"TarnRelay", "Tarn-Relay", ethernet, "6 relays and 6 inputs.",
-            {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), sntp}, {"Relay", "DataLogger"}},
+            {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), sntp}, {"Relay"}},
         {"TarnOut", "Tarn-Out", ethernet, "8 analog outputs, function generation.",
-            {system, network, sntp}, {"AOStreaming", "DataLogger"}},
+            {system, network, output("AOStreaming", -10, 10, 15000), sntp}},
         {"TarnPot", "Tarn-Pot", ethernet, "4 variable resistors.",
-            {system, network, sntp}, {"DPOT", "DataLogger"}},
+            {system, network, sntp}, {"DPOT"}},
         {"TarnThermo", "Tarn-Thermo", ethernet, "7 thermocouple inputs.",
-            {system, network, sntp}, {"Thermocouple", "DataLogger"}},
+            {system, network, sntp}, {"Thermocouple"}},
         {"Lattice", "Lattice", chassis, "Chassis with four slots for exchangeable modules.",
-            {system, network, dio(slots(), 12)}, {"AI", "AO", "MCX514", "DataLogger"}},
-        {"Pawl", "Pawl-Drive", ethernet, "Stepper drive.",
+            {system, network, input16(12000, false, chips({0, 1, 3})), output("AO", -10, 10, 15000, chips({0, 1, 3})),
+             dio(slots(), 12)}, {"MCX514"}},
+        {"Pawl", "Pawl-Drive", drive, "Stepper drive.",
             {system, network, sntp}, {"TMC5240"}},
         {"Ratchet", "Ratchet", ethernet, "Motion controller.",
-            {system, network, sntp}, {"MCX514", "DataLogger"}},
+            {system, network, sntp}, {"MCX514"}},
         {"Drone", "Drone", serial, "Flight controller on a serial line.", {simple("Drone")}},
     };
     return table;
@@ -142,6 +198,7 @@ const std::vector<Model>& models() {
 
 std::vector<std::string> basesOf(const Model& model) {
     std::vector<std::string> bases{model.family.device};
+    if (model.family.logging != Logging::none) bases.push_back("DataLogger");
     for (const char* ending : {"Module", "Module_async"}) {
         if (std::ranges::find(model.family.endings, std::string_view(ending)) == model.family.endings.end()) continue;
         for (const ModuleUse& use : model.modules) bases.push_back(use.prefix + ending);
@@ -161,12 +218,36 @@ std::string docOf(const Model& model) {
 Object construct(const Definition& definition, py::handle self, Arguments /*unused*/) {
     const Model& model = models()[definition.tag];
     callOf(model.family.device, "__init__", self);
+    if (model.family.logging == Logging::first) callOf("DataLogger", "__init__", self);
     for (const char* ending : model.family.endings) {
         for (const ModuleUse& use : model.modules) {
             const py::tuple offered = use.arguments();
             attribute(classNamed((use.prefix + ending).c_str()), "__init__")(self, *offered);
         }
     }
+    if (model.family.logging == Logging::last) callOf("DataLogger", "__init__", self);
+    return py::none();
+}
+
+// The device first, then the logger, then what else has threads; each even if the one before failed.
+Object close(const Definition& definition, py::handle self, Arguments given) {
+    const Model& model = models()[definition.tag];
+    if (runtimeOf(self).killed()) return py::none();
+    std::vector<std::function<void()>> steps;
+    steps.emplace_back([&] { callOf(model.family.device, "close", self, given[0]); });
+    if (model.family.logging != Logging::none) steps.emplace_back([&] { callMethod(self, "_Logger_close"); });
+    for (const ModuleUse& use : model.modules) {
+        if (use.release != nullptr) steps.emplace_back([&] { callMethod(self, use.release); });
+    }
+    std::exception_ptr first;
+    for (const auto& step : steps) {
+        try {
+            step();
+        } catch (...) {
+            if (!first) first = std::current_exception();
+        }
+    }
+    if (first) std::rethrow_exception(first);
     return py::none();
 }
 
@@ -206,6 +287,15 @@ void defineModels(Package& package) {
         Definition constructor{"__init__", {}, "Makes a handle and starts its threads.", {}, {}, construct};
         constructor.tag = i;
         type.add(std::move(constructor), Form::method);
+        Definition closing{"close",
+                           {verboseParameter},
+                           "Ends connection, file and threads for good; a second call does nothing.",
+                           {},
+                           {"NetworkConnectionLostError: the connection was lost before",
+                            "OSError: the disk refuses the rest of the log; everything is ended all the same"},
+                           close};
+        closing.tag = i;
+        type.add(std::move(closing), Form::method);
         if (&model.family == &wifi) defineWifiLink(type);
         const auto name = py::str(model.name);
         labels[name] = model.displayName;

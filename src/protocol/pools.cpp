@@ -4,6 +4,7 @@
 
 #include "core/gate.h"
 #include "protocol/protocol.h"
+#include "protocol/runtime.h"
 
 namespace zvr::python {
 
@@ -105,9 +106,19 @@ void defineStreamPool(Package& package) {
     completeAs(type, "Mapping", "[Any, Fifo]", {"keys", "values", "items", "get", "__eq__"});
 }
 
-StreamItem streamItem(py::handle item) { return item.is_none() ? StreamItem() : StreamItem(bytesOf(item)); }
+template <class Item>
+Item itemOf(py::handle item);
+template <>
+StreamItem itemOf(py::handle item) {
+    return item.is_none() ? StreamItem() : StreamItem(bytesOf(item));
+}
+template <>
+SharedObject itemOf(py::handle item) {
+    return item.is_none() ? nullptr : shared(item);
+}
 
 Object toObject(const StreamItem& item) { return item ? Object(toBytes(*item)) : Object(py::none()); }
+Object toObject(const SharedObject& item) { return item ? borrow(item.get()) : Object(py::none()); }
 
 Deadline deadlineOf(bool waits, py::handle timeout) {
     if (!waits) return Clock::now();
@@ -119,54 +130,62 @@ Deadline deadlineOf(bool waits, py::handle timeout) {
     throw py::error_already_set();
 }
 
+template <class Item>
 void put(py::handle self, py::handle item, Deadline deadline) {
-    const auto fifo = py::cast<std::shared_ptr<StreamFifo>>(self);
-    StreamItem value = streamItem(item);
+    const auto fifo = py::cast<std::shared_ptr<Fifo<Item>>>(self);
+    auto value = itemOf<Item>(item);
     const bool room = blocking([&](const Attend& attend) { return fifo->put(std::move(value), deadline, attend); });
     if (!room) raiseQueue("Full");
 }
 
+template <class Item>
 Object get(py::handle self, Deadline deadline) {
-    const auto fifo = py::cast<std::shared_ptr<StreamFifo>>(self);
+    const auto fifo = py::cast<std::shared_ptr<Fifo<Item>>>(self);
     auto item = fifo->tryGet();
     if (!item) item = blocking([&](const Attend& attend) { return fifo->get(deadline, attend); });
     if (!item) raiseQueue("Empty");
     return toObject(*item);
 }
 
-void defineFifo(Package& package) {
-    const Parameter item{"item", "bytes | None", "data of a frame; None wakes a reader"};
+/// A queue as the host's own queues are; `kind` and `what` tell of its items.
+template <class Item>
+py::object defineFifoOf(Package& package, const char* name, const char* doc, const char* kind, const char* what) {
+    const Parameter item{"item", kind, std::string(what) + "; None wakes a reader"};
     const Parameter waits{"block", "bool", "whether to wait", "True"};
     const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
-    const auto type =
-        py::class_<StreamFifo, std::shared_ptr<StreamFifo>>(package.module(), "Fifo", "Thread-safe queue of frames.")
-            .def(py::init<std::size_t>(), py::arg("maxsize") = 0);
+    const Returns taken{kind, std::string(what) + ", or a marker"};
+    const auto type = py::class_<Fifo<Item>, std::shared_ptr<Fifo<Item>>>(package.module(), name, doc)
+                          .def(py::init<std::size_t>(), py::arg("maxsize") = 0);
     ClassMaker(type)
         .method("put", {item, waits, timeout}, "Adds an item.", {}, {"queue.Full: no room in time"},
                 [](py::handle self, const Object& item, const Object& waits, const Object& timeout) {
-                    put(self, item, deadlineOf(py::cast<bool>(waits), timeout));
+                    put<Item>(self, item, deadlineOf(py::cast<bool>(waits), timeout));
                 })
-        .method("get", {waits, timeout}, "Takes the oldest item.", {"bytes | None", "data of a frame, or a marker"},
-                {"queue.Empty: nothing came in time"},
+        .method("get", {waits, timeout}, "Takes the oldest item.", taken, {"queue.Empty: nothing came in time"},
                 [](py::handle self, const Object& waits, const Object& timeout) {
-                    return get(self, deadlineOf(py::cast<bool>(waits), timeout));
+                    return get<Item>(self, deadlineOf(py::cast<bool>(waits), timeout));
                 })
         .method("put_nowait", {item}, "Adds an item without waiting.", {}, {"queue.Full: no room"},
-                [](py::handle self, const Object& item) { put(self, item, Clock::now()); })
-        .method("get_nowait", {}, "Takes the oldest item without waiting.",
-                {"bytes | None", "data of a frame, or a marker"}, {"queue.Empty: nothing is there"},
-                [](py::handle self) { return get(self, Clock::now()); })
+                [](py::handle self, const Object& item) { put<Item>(self, item, Clock::now()); })
+        .method("get_nowait", {}, "Takes the oldest item without waiting.", taken, {"queue.Empty: nothing is there"},
+                [](py::handle self) { return get<Item>(self, Clock::now()); })
         .method("qsize", {}, "Number of items.", {"int"}, {},
-                [](py::handle self) { return thing<StreamFifo>(self).size(); })
+                [](py::handle self) { return thing<Fifo<Item>>(self).size(); })
         .method("empty", {}, "Whether it holds nothing.", {"bool"}, {},
-                [](py::handle self) { return thing<StreamFifo>(self).size() == 0; })
+                [](py::handle self) { return thing<Fifo<Item>>(self).size() == 0; })
         .method("full", {}, "Whether it holds all it can.", {"bool"}, {},
                 [](py::handle self) {
-                    const auto& fifo = thing<StreamFifo>(self);
+                    const auto& fifo = thing<Fifo<Item>>(self);
                     return fifo.capacity() != 0 && fifo.size() >= fifo.capacity();
                 })
         .property({"maxsize", "int", "Most items it holds; 0 for no limit."},
-                  [](py::handle self) { return thing<StreamFifo>(self).capacity(); });
+                  [](py::handle self) { return thing<Fifo<Item>>(self).capacity(); });
+    return type;
+}
+
+void defineFifos(Package& package) {
+    defineFifoOf<StreamItem>(package, "Fifo", "Thread-safe queue of frames.", "bytes | None", "data of a frame");
+    defineFifoOf<SharedObject>(package, "ItemFifo", "Thread-safe queue of any objects.", "Any", "an object");
 }
 
 void defineBroadcastPool(Package& package) {
@@ -235,7 +254,7 @@ void defineGate(Package& package) {
 
 void definePools(Package& package) {
     defineGate(package);
-    defineFifo(package);
+    defineFifos(package);
     defineEchoPool(package);
     defineStreamPool(package);
     defineBroadcastPool(package);

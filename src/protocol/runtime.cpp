@@ -3,6 +3,7 @@
 #include <set>
 
 #include "core/immortal.h"
+#include "core/threads.h"
 #include "python/operation.h"
 #include "python/raising.h"
 #include "python/values.h"
@@ -85,11 +86,18 @@ SharedObject shared(py::handle object) {
 
 DeviceRuntime::~DeviceRuntime() {
     runtimes().erase(this);
+    endAll();
+}
+
+void DeviceRuntime::enroll() { runtimes().insert(this); }
+
+void DeviceRuntime::endAll() {
     setKilled(true);
+    for (auto& [name, part] : parts_) part->end();
 }
 
 void DeviceRuntime::setKilled(bool killed) {
-    killed_ = killed;
+    *killed_ = killed;
     if (!killed) return;
     for (auto& [field, connection] : connections_) {
         connection.receiver->end();
@@ -100,7 +108,7 @@ void DeviceRuntime::setKilled(bool killed) {
 
 std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const char* clientField, const char* threadName,
                                                        int readLength, bool reportsReads) {
-    runtimes().insert(this);
+    enroll();
     Receiver::Sink sink = [pools = pools](const Packet& packet) mutable { pools.file(packet.command, packet.data); };
     if (!hasOwnMethod(self, "_putToDataPool") || !hasOwnMethod(self, "_checkCommandType")) {
         sink = [reference = shared(callObject(hostObject("weakref", "ref"), self))](const Packet& packet) {
@@ -135,7 +143,7 @@ void DeviceRuntime::setClient(py::handle self, const char* clientField, py::hand
 DeviceRuntime& runtimeOf(py::handle self) { return *py::cast<DeviceRuntime*>(attribute(self, "_runtime")); }
 
 void endAllRuntimes() {
-    for (DeviceRuntime* runtime : runtimes()) runtime->setKilled(true);
+    for (DeviceRuntime* runtime : runtimes()) runtime->endAll();
     const WithoutGil released;
     awaitAllThreads(Clock::now() + std::chrono::seconds(2));
 }

@@ -79,25 +79,43 @@ Feature::Feature(Package& package, const std::string& prefix, const std::string&
       twin_(package.makeClass(prefix + "Module_async", basesOf("Packet_async", prefix, base),
                               doc + "\n\nAwaitable form.")) {}
 
+Feature::Feature(Package& package, const std::string& name, const std::vector<std::string>& bases,
+                 const std::string& doc)
+    : blocking_(package.makeClass(name, bases, doc + "\n\nBlocking form.")),
+      twin_(package.makeClass(name + "_async", twinsOf(bases), doc + "\n\nAwaitable form.")) {}
+
+std::vector<std::string> Feature::twinsOf(std::vector<std::string> bases) {
+    for (std::string& base : bases) base += "_async";
+    return bases;
+}
+
 Feature& Feature::offers(const std::vector<FieldDoc>& fields) {
     Parameters parameters;
     for (const FieldDoc& offered : fields) {
         field(offered);
         parameters.push_back({offered.name, offered.type, offered.doc});
     }
-    const auto constructor = std::make_shared<const Definition>(
-        Definition{"__init__",
-                   std::move(parameters),
-                   "Takes what the model offers.",
-                   {},
-                   {},
-                   [](const Definition& definition, py::handle self, Arguments given) -> Object {
-                       for (std::size_t i = 0; i < definition.parameters.size(); ++i) {
-                           setAttribute(self, definition.parameters[i].name.c_str(), given[i]);
-                       }
-                       return py::none();
-                   }});
-    for (ClassMaker* form : {&blocking_, &twin_}) form->add(constructor, Form::method);
+    return addShared({"__init__",
+                      std::move(parameters),
+                      "Takes what the model offers.",
+                      {},
+                      {},
+                      [](const Definition& definition, py::handle self, Arguments given) -> Object {
+                          for (std::size_t i = 0; i < definition.parameters.size(); ++i) {
+                              setAttribute(self, definition.parameters[i].name.c_str(), given[i]);
+                          }
+                          return py::none();
+                      }},
+                     true);
+}
+
+Feature& Feature::addShared(Definition definition, bool intoBoth) {
+    const auto shared = std::make_shared<const Definition>(std::move(definition));
+    if (based_ && !intoBoth) {
+        based_->add(shared, Form::method);
+    } else {
+        for (ClassMaker* form : {&blocking_, &twin_}) form->add(shared, Form::method);
+    }
     return *this;
 }
 
@@ -105,9 +123,9 @@ std::vector<std::string> Feature::basesOf(const char* engine, const std::string&
     return base == Base::own ? std::vector<std::string>{engine, prefix + "Based"} : std::vector<std::string>{engine};
 }
 
-Feature& Feature::add(Definition definition) {
+Feature& Feature::add(Definition definition, Form blockingForm) {
     const auto shared = std::make_shared<const Definition>(std::move(definition));
-    blocking_.add(shared, Form::blocking);
+    blocking_.add(shared, blockingForm);
     twin_.add(shared, Form::awaitable);
     return *this;
 }

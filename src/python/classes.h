@@ -95,14 +95,22 @@ class Feature {
 public:
     enum class Base { own, none };
     Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
+    /// A pair of classes with names and bases of its own; what both forms share goes into both.
+    Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
 
     /// A check or helper that both forms share.
     template <class Function>
     Feature& shared(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
                     Function body) {
-        based_->method(std::move(name), std::move(parameters), std::move(summary), std::move(returns),
-                       std::move(raises), body);
-        return *this;
+        return addShared({std::move(name), std::move(parameters), std::move(summary), std::move(returns),
+                          std::move(raises), plain(body)});
+    }
+
+    /// A constructor that does more than to keep what it is given.
+    template <class Function>
+    Feature& constructor(Parameters parameters, Function body) {
+        return addShared({"__init__", std::move(parameters), "Takes what the model offers.", {}, {}, plain(body)},
+                         true);
     }
 
     /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
@@ -110,6 +118,13 @@ public:
 
     Feature& field(const FieldDoc& field) {
         (based_ ? *based_ : blocking_).field(field);
+        return *this;
+    }
+
+    /// A property over the object's C++ state, in both forms.
+    template <class Get, class Set>
+    Feature& property(const FieldDoc& field, Get get, Set set) {
+        for (ClassMaker* form : {&blocking_, &twin_}) form->property(field, get, set);
         return *this;
     }
 
@@ -128,9 +143,21 @@ public:
         return *this;
     }
 
-    Feature& add(Definition definition);
+    /// The same for an operation whose blocking form takes no timeout.
+    template <class Function>
+    Feature& untimed(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
+                     Function body) {
+        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
+                    steps(body)},
+                   Form::method);
+    }
+
+    Feature& add(Definition definition, Form blockingForm = Form::blocking);
 
 private:
+    Feature& addShared(Definition definition, bool intoBoth = false);
+
+    static std::vector<std::string> twinsOf(std::vector<std::string> bases);
     static std::vector<std::string> basesOf(const char* engine, const std::string& prefix, Base base);
 
     std::optional<ClassMaker> based_;

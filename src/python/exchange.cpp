@@ -34,6 +34,7 @@ std::string textOf(const Field& field) {
 
 Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> arguments) {
     const Exchange& exchange = *definition.exchange;
+    if (exchange.adapt != nullptr) exchange.adapt(op.self(), arguments);
     for (const Check& check : exchange.checks) run(check, definition, op.self(), arguments);
     Payload data;
     for (const Field& field : exchange.payload) {
@@ -120,7 +121,7 @@ Definition defineExchange(Row row) {
                                         : "InputTypeNotCorrectError: `" + check.arguments[0] + "` has the wrong type");
     }
     definition.exchange = std::make_shared<Exchange>(
-        Exchange{row.command, std::move(row.checks), std::move(row.payload), std::move(row.reply)});
+        Exchange{row.command, std::move(row.checks), std::move(row.payload), std::move(row.reply), row.adapt});
     return definition;
 }
 

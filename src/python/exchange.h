@@ -75,6 +75,18 @@ Reply textReply(std::string doc, std::size_t length = std::string::npos, std::si
 Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
 /// A number of the reply; further bytes are ignored.
+/// Numbers of the reply, one behind the other; further bytes are ignored.
+template <class Number>
+Reply numbersAt(std::size_t place, std::size_t count, std::string doc) {
+    return {[place, count](py::handle, const Bytes& data) -> Object {
+                py::list numbers;
+                for (std::size_t i = 0; i < count; ++i) {
+                    numbers.append(readBigEndian<Number>(slice(data, place + i * sizeof(Number), sizeof(Number))));
+                }
+                return numbers;
+            },
+            {std::is_floating_point_v<Number> ? "list[float]" : "list[int]", std::move(doc), "the device"}};
+}
 template <class Number>
 Reply numberAt(std::size_t place, std::string doc) {
     return {[place](py::handle, const Bytes& data) -> Object {
@@ -85,11 +97,15 @@ Reply numberAt(std::size_t place, std::string doc) {
 /// The same result, also kept in a field of the object.
 Reply kept(std::string field, Reply reply);
 
+/// Changes the arguments of a call before they are checked: a model's own way to count its ports.
+using Adapt = void (*)(py::handle self, std::vector<Object>& arguments);
+
 struct Exchange {
     int command;
     std::vector<Check> checks;
     std::vector<Field> payload;
     Reply reply;
+    Adapt adapt;
 
     std::string commandName() const;
     std::string payloadText() const;
@@ -104,6 +120,7 @@ struct Row {
     std::vector<Field> payload;
     Reply reply;
     std::string summary;
+    Adapt adapt = nullptr;
 };
 
 Definition defineExchange(Row row);

@@ -47,16 +47,6 @@ Row powerRow(const std::string& name, std::string doc) {
             "Reads an input of the power supply."};
 }
 
-Reply wordsReply(std::size_t count, std::string doc) {
-    return {[count](py::handle, const Bytes& data) -> Object {
-                py::list words;
-                for (std::size_t i = 0; i < count; ++i)
-                    words.append(readBigEndian<std::uint16_t>(slice(data, 2 * i, 2)));
-                return words;
-            },
-            {"list[int]", std::move(doc), "the device"}};
-}
-
 Reply rssiReply() {
     return {[](py::handle, const Bytes& data) -> Object { return py::int_(int{data.at(0)} - 256); },
             {"int", "signal strength in dBm, -256 to -1", "the device"}};
@@ -90,7 +80,7 @@ void defineWifiSettings(Package& package) {
         {"_setWifiConfiguration", {tries, apTime}, {}, SET_WIFI_CONFIGURATION, {word("retry_wifi_times"), word("ap_time")},
             status(0), "Sets how the device joins its network."},
         {"Wifi_getConfiguration", {}, {}, GET_WIFI_CONFIGURATION, {},
-            wordsReply(2, "tries to join the network, and time as an access point"),
+            numbersAt<std::uint16_t>(0, 2, "tries to join the network, and time as an access point"),
             "Reads how the device joins its network."},
         {"_Wifi_setBandwidth", {{"bandwidth", "int", "bandwidth in the device's numbering, at most 255; below 1 counts as 1"}},
             {isInt("bandwidth")}, SET_WIFI_BANDWIDTH, {atLeastOne}, status(0), "Sets the radio's bandwidth."},
@@ -111,7 +101,7 @@ void defineSystemAnalog(Package& package) {
                                               {},
                                               READ_ACCELERATION,
                                               {},
-                                              wordsReply(3, "words of the x, y and z axis, in the device's unit"),
+                                              numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
                                               "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."});
     acceleration.twin = "_Wifi_readAccleration_async";  // the name it has always had
     sensors.add(std::move(acceleration));

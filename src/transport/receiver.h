@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "core/gate.h"
+#include "core/threads.h"
 #include "transport/client.h"
 
 namespace zvr {
@@ -19,12 +20,10 @@ struct MissingClient : std::runtime_error {
     MissingClient() : std::runtime_error("the link has no client") {}
 };
 
-class Receiver : public std::enable_shared_from_this<Receiver> {
+class Receiver final : public OwnedThread, public std::enable_shared_from_this<Receiver> {
 public:
     /// Files one packet; what it throws ends the thread.
     using Sink = std::function<void(const Packet&)>;
-    /// Told of the failure that ends a thread, on that thread.
-    using Report = std::function<void(const std::string& threadName, std::exception_ptr)>;
 
     /// Told of a read that failed, on the thread that reads.
     using ReportRead = std::function<void(std::exception_ptr)>;
@@ -42,11 +41,6 @@ public:
     /// Ends the thread soon: a read that waits for nobody ends when its client lets go of its link.
     void end();
 
-    bool alive() const { return running_ > 0; }
-    const std::string& name() const { return name_; }
-    /// Waits for the thread's end; tells whether it came.
-    bool awaitEnd(Deadline deadline, const Attend& attend = {}) const;
-
     void setSource(std::shared_ptr<PacketSource> source);
 
     Gate gate;
@@ -54,22 +48,12 @@ public:
 private:
     Reading cycle(std::vector<Packet>& packets);
 
-    const std::string name_;
     const std::size_t readLength_;
     const Sink sink_;
-    const Report report_;
     const ReportRead reportRead_;
     std::atomic<bool> killed_{false};
-    std::atomic<int> running_{0};
     mutable std::mutex mutex_;
-    mutable std::condition_variable ended_;
     std::shared_ptr<PacketSource> source_;
 };
-
-/// Waits until no thread that this library started runs any more, at most until `deadline`.
-void awaitAllThreads(Deadline deadline);
-
-/// Starts a thread of the library. It counts in awaitAllThreads until `body` has returned.
-void startThread(const std::string& name, std::function<void()> body);
 
 }  // namespace zvr

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/threads.h"
 #include "support.h"
 #include "transport/network.h"
 

@@ -1,0 +1,26 @@
+// Analog inputs and outputs, and the logger of what they measure.
+#pragma once
+
+#include "python/classes.h"
+
+namespace zvr::python {
+
+void defineRowFifo(Package& package);
+void defineSampleBlock(Package& package);
+void defineAnalogInput(Package& package);
+void defineAnalogInput24(Package& package);
+void defineAnalogOutput(Package& package);
+void defineAnalogOutputStreaming(Package& package);
+void defineLogger(Package& package);
+
+inline void defineAnalog(Package& package) {
+    defineRowFifo(package);
+    defineSampleBlock(package);
+    defineAnalogInput(package);
+    defineAnalogInput24(package);
+    defineAnalogOutput(package);
+    defineAnalogOutputStreaming(package);
+    defineLogger(package);
+}
+
+}  // namespace zvr::python

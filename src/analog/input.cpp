@@ -1,0 +1,367 @@
+// Analog input: ports, configuration, limits and on-demand reads of the models that can stream.
+#include "analog/input.h"
+#include "analog/analog.h"
+#include "core/failures.h"
+#include "digital/pin_map.h"
+#include "python/model.h"
+
+namespace zvr::python {
+
+namespace {
+
+const Parameter& port = inputPortParameter;
+const Parameter rate{"sampling_rate", "float",
+                     "rows per second in Hz; the limit depends on the model and on what is enabled"};
+const Raises portRaises{"@_checkAIPort"};
+
+void checkOneOf(py::handle value, std::initializer_list<int> accepted, FailureId failure) {
+    checkIsInt(value);
+    if (!isOneOf(value, accepted)) throw Failure(failure);
+}
+
+// Models whose ports nothing has to be sent for.
+bool opensByItself(py::handle self) { return isModel(self, {"TarnAnalog", "TarnAnalog24", "Lattice"}); }
+bool isWifiInput(py::handle self) { return isModel(self, {"HeronAnalog", "HeronImu", "HeronFast", "HeronMixed"}); }
+bool isUsbInput(py::handle self) { return isModel(self, {"SableAnalog", "SableMixed"}); }
+bool isCurrentInput(py::handle self) { return isModel(self, {"TarnCurrent", "TarnCurrentVolt"}); }
+
+// Modules without streaming have no flag and no thread.
+void openFlag(py::handle self) {
+    const Object flag = attributeOrNothing(self, "ai_open_flag");
+    if (!flag || PyObject_IsTrue(flag.ptr()) != 0) return;
+    setAttribute(self, "ai_open_flag", py::bool_(true));
+    callMethod(attribute(self, "ai_lock"), "release");
+}
+
+void closeFlag(py::handle self) {
+    const Object flag = attributeOrNothing(self, "ai_open_flag");
+    if (!flag || PyObject_IsTrue(flag.ptr()) == 0) return;
+    setAttribute(self, "ai_open_flag", py::bool_(false));
+    callMethod(attribute(self, "ai_lock"), "acquire", py::bool_(false));
+    for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());
+}
+
+template <Command command, void (*turn)(py::handle)>
+Result openOrClose(Op op, Object port) {
+    if (isCurrentInput(op.self())) port = py::int_(0);
+    if (opensByItself(op.self())) {
+        turn(op.self());
+        co_return py::int_(0);
+    }
+    op.call("_checkAIPort", port);
+    const Object reply = co_await op.exchange(command, payload(port));
+    const Bytes data = bytesOf(reply);
+    if (data.size() < 2) throw std::out_of_range("the reply has no status byte");
+    turn(op.self());
+    co_return statusOf(data, 1);
+}
+
+void defineUnion(Package& package) {
+    Feature all(package, "AIUnion", {}, "What every analog input has.");
+    all.field({"ai_dict", "dict[int, list[int]]", "ports of the analog input"})
+        .shared(
+            "_checkAIPort", {{"port", "int", "port as the device counts it"}}, "Refuses a port that the model lacks.",
+            {},
+            {"InputTypeNotCorrectError: `port` is no integer", "AIPortNotAvaliableError: the model has no such port"},
+            [](py::handle self, const Object& port) {
+                checkIsInt(port);
+                if (!attribute(self, "ai_dict").contains(port)) throw Failure(FailureId::AIPortNotAvaliableError);
+            })
+        .shared("_convertAITriggerModeToMask", {{"mode", "int", "trigger mode, 0 to 6"}},
+                "Trigger mode as the device's mask.", {"int", "1 to 7"}, {},
+                [](py::handle, const Object& mode) -> Object {
+                    return isOneOf(mode, {0, 1, 2, 3, 4, 5}) ? mode + py::int_(1) : Object(py::int_(7));
+                })
+        .operation("AI_open", {port}, "Opens a port, and lets the reader thread run.", status(1).returns, portRaises,
+                   Calls<openOrClose<OPEN_AI, openFlag>>{})
+        .operation("AI_close", {port}, "Closes a port, and holds the reader thread. Rows already read stay.",
+                   status(1).returns, portRaises, Calls<openOrClose<CLOSE_AI, closeFlag>>{});
+}
+
+/// The highest rate of a model with so many channels, or chip selects on the port; nothing for a model without a limit.
+std::optional<double> rateLimit(py::handle self, const Object& port) {
+    if (isModel(self, {"Lattice"})) {
+        const std::size_t enabled = py::len(chipSelectsOf(self, port));
+        constexpr std::array limits = {12000, 6000, 4000};
+        if (enabled >= 1 && enabled <= limits.size()) return limits[enabled - 1];
+        return std::nullopt;
+    }
+    if (isUsbInput(self)) {
+        const auto channels = py::cast<int>(attribute(self, "ai_num_channels"));
+        constexpr std::array limits = {16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000};
+        if (channels >= 1 && channels <= int{limits.size()}) return limits[static_cast<std::size_t>(channels) - 1];
+        return std::nullopt;
+    }
+    if (isModel(self, {"TarnAnalog", "HeronFast"})) return 20000;
+    if (isModel(self, {"TarnAnalog24", "HeronAnalog", "HeronImu", "HeronMixed"})) return 10000;
+    return std::nullopt;
+}
+
+void checkRate(py::handle self, const Object& port, const Object& rate) {
+    if (!PyLong_Check(rate.ptr()) && !PyFloat_Check(rate.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
+    const auto limit = rateLimit(self, port);
+    if (limit && rate > py::float_(*limit)) throw Failure(FailureId::AIRateNotVaildError);
+}
+
+Result setMode(Op op, Object port, Object mode) {
+    port = isCurrentInput(op.self()) ? Object(py::int_(0)) : devicePort(op.self(), port);
+    op.call("_checkAIPort", port);
+    op.call("_checkAIMode", mode);
+    setAttribute(op.self(), "ai_mode", mode);
+    const Object reply = co_await op.exchange(SET_AI_MODE, payload(port, mode));
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+}  // namespace
+
+void adaptCurrentPort(py::handle self, std::vector<Object>& arguments) {
+    if (isCurrentInput(self)) {
+        arguments[0] = py::int_(0);
+    } else {
+        adaptPort(self, arguments);
+    }
+}
+
+void defineInputConfiguration(Feature& feature) {
+    const Parameter count{"num_samples", "int", "rows of one acquisition, 0 to 4294967295"};
+    feature
+        .shared("_checkAIMode", {{"mode", "int", "0, 1 or 2"}}, "Refuses a mode that there is not.", {},
+                {"AIModeNotAvaliableError: another mode"},
+                [](py::handle, const Object& mode) {
+                    checkOneOf(mode, {0, 1, 2}, FailureId::AIModeNotAvaliableError);
+                })
+        .shared("_ckeckAISamplingRate", {{"port", "int", "port as the device counts it"}, rate},
+                "Refuses a rate above the model's limit.", {},
+                {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
+                Calls<checkRate>{})
+        .operation("AI_setMode", {port, {"mode", "int", "0 on demand, 1 so many rows, 2 without end"}},
+                   "Sets the mode of acquisition.", status(1).returns, {"@_checkAIPort", "@_checkAIMode"},
+                   Calls<setMode>{})
+        .row({"AI_setNumSamples",
+              {port, count},
+              {isInt("num_samples"), calls("_checkAIPort", {"port"})},
+              SET_AI_NUM_SAMPLES,
+              {u8("port"), packed<std::uint32_t>("u32", "num_samples")},
+              status(1),
+              "Sets how many rows an acquisition of mode 1 has.",
+              adaptCurrentPort})
+        .row({"AI_setSamplingRate",
+              {port, rate},
+              {calls("_checkAIPort", {"port"}), calls("_ckeckAISamplingRate", {"port", "sampling_rate"})},
+              SET_AI_SAMPLING_RATE,
+              {u8("port"), f32("sampling_rate")},
+              status(1),
+              "Sets the rate.",
+              adaptCurrentPort});
+}
+
+namespace {
+
+void adaptWifiPort(py::handle self, std::vector<Object>& arguments) {
+    if (isWifiInput(self)) arguments[0] = py::int_(0);
+}
+
+Reply streamingSettings() {
+    return {[](py::handle, const Bytes& data) -> Object {
+                py::list settings;
+                settings.append(readBigEndian<std::uint32_t>(slice(data, 2, 4)));
+                settings.append(readBigEndian<float>(slice(data, 6, 4)));
+                settings.append(data.at(10));
+                return settings;
+            },
+            {"list[int | float]", "number of samples, sampling rate in Hz, and mode", "the device"}};
+}
+
+Result startStreaming(Op op, Object port) {
+    port = devicePort(op.self(), port);
+    op.call("_checkAIPort", port);
+    co_await op.same("_sendPacketWithoutReply", attribute(op.self(), "ai_strm_cmd"), payload(port));
+    co_return py::int_(0);
+}
+
+// The constructor lies with the modules: they take different things.
+void defineBased(Package& package) {
+    Feature based(package, "AIBased", {"AIUnion"}, "What every streaming analog input has.");
+    based.field({"ai_max_rate", "int", "highest rate of the model in Hz"})
+        .field({"ai_echo_cmd", "int", "command of an on-demand read"})
+        .field({"ai_strm_cmd", "int", "command that starts streaming, and of its frames"})
+        .field({"ai_mode", "int", "mode set last"})
+        .field({"chip_select_p0", "list[int]", "chip selects enabled on port 0"})
+        .field({"chip_select_p1", "list[int]", "chip selects enabled on port 1"})
+        .field({"chip_select_p3", "list[int]", "chip selects enabled on port 3"});
+    defineInputConfiguration(based);
+    defineInputStreaming(based);
+    based.row({"AI_openStreaming",
+               {port},
+               {calls("_checkAIPort", {"port"})},
+               OPEN_AI_STREAMING,
+               {u8("port")},
+               streamingSettings(),
+               "Prepares streaming. The port is not counted from 1 here.",
+               adaptWifiPort});
+    based.operation("AI_startStreaming", {port}, "Starts streaming; there is no reply.", {"int", "0"}, portRaises,
+                    Calls<startStreaming>{});
+    // clang-format off
+    based.rows({
+        {"AI_closeStreaming", {port}, {calls("_checkAIPort", {"port"})}, CLOSE_AI_STREAMING, {u8("port")}, status(1),
+            "Stops streaming. Rows already received stay readable.", adaptPort},
+        {"_AI_getCounter", {port}, {}, GET_AI_COUNTERS, {u8("port")},
+            numbersAt<std::uint32_t>(0, 9, "the device's 9 counters"), "Reads the device's counters.", adaptPort},
+        {"_AI_readBufferStatus", {port}, {calls("_checkAIPort", {"port"})}, CHECK_BUFFER_STATUS, {u8("port")},
+            numbersAt<std::uint32_t>(0, 4, "the 4 counters of the device's buffer"), "Reads the state of the device's buffer.",
+            adaptPort},
+        {"_AI_clearBufferStatus", {port}, {calls("_checkAIPort", {"port"})}, CLEAR_DATA, {u8("port")}, status(1),
+            "Clears the counters of the device's buffer.", adaptPort},
+    });
+    // clang-format on
+}
+
+// One chip select's samples, two bytes each from byte 2 on.
+void appendSamples(py::handle self, py::list& values, const Bytes& data) {
+    const auto channels = py::cast<std::size_t>(attribute(self, "ai_num_channels"));
+    const auto scale = Scale16::of(py::cast<double>(attribute(self, "ai_ratio")));
+    const ByteView samples = slice(data, 2, 2 * channels);
+    for (std::size_t i = 0; i < channels; ++i) values.append((*scale)(read16(samples.data() + 2 * i)));
+}
+
+Result readOnDemand(Op op, Object port) {
+    port = devicePort(op.self(), port);
+    op.call("_checkAIPort", port);
+    py::list values;
+    for (const py::handle chipSelect : py::list(chipSelectsOf(op.self(), port))) {
+        const Object command = attribute(op.self(), "ai_echo_cmd");
+        Payload data;
+        data.add(port);
+        if (command.equal(py::int_(int{READ_AI_ON_DEMAND}))) data.add(chipSelect);
+        const Object reply = co_await op.request("_echoPacketWithRetry", command, data.list());
+        appendSamples(op.self(), values, bytesOf(reply));
+    }
+    co_return values;
+}
+
+Result enableChannels(Op op, Object port, Object channels) {
+    if (isModel(op.self(), {"TarnAnalog", "Lattice", "HeronAnalog", "HeronImu", "HeronFast"})) {
+        throw Failure(FailureId::APINotSupportError);
+    }
+    op.call("_checkAIPort", port);
+    op.call("_checkAIChannel", channels);
+    setAttribute(op.self(), "ai_num_channels", channels);
+    const Object reply = co_await op.exchange(SET_AI_ENABLED_CS, payload(port, channels));
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+Result enableChipSelects(Op op, Object slot, Object chipSelects) {
+    if (!isModel(op.self(), {"Lattice"})) throw Failure(FailureId::APINotSupportError);
+    const Object port = devicePort(op.self(), slot);
+    op.call("_checkAIPort", port);
+    for (const py::handle each : chipSelects) op.call("_checkAIChipSelect", each);
+    for (const auto& [number, field] : {std::pair{0, "chip_select_p0"}, {1, "chip_select_p1"}, {3, "chip_select_p3"}}) {
+        if (port.equal(py::int_(number))) setAttribute(op.self(), field, chipSelects);
+    }
+    const Object reply = co_await op.exchange(SET_AI_ENABLED_CS, payload(port, maskOfIndices(chipSelects)));
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+Result setTriggerMode(Op op, Object port, Object mode) {
+    if (isOneOf(mode, {2, 3, 4, 5, 6}) && !isUsbInput(op.self())) throw Failure(FailureId::APINotSupportError);
+    port = devicePort(op.self(), port);
+    op.call("_checkAIPort", port);
+    op.call("_checkAITriggerMode", mode);
+    const Object mask = op.call("_convertAITriggerModeToMask", mode);
+    const Object reply = co_await op.exchange(AI_SET_TRIG_MODE, payload(port, mask));
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+Reply samplesReply() {
+    return {[](py::handle self, const Bytes& data) -> Object {
+                py::list values;
+                appendSamples(self, values, data);
+                return values;
+            },
+            {"list[float]", "volts, rounded to 4 decimals, one per channel", "the device"}};
+}
+
+void defineModule(Package& package) {
+    const Parameter variable{"ai_variable", "bool", "whether the number of channels can be chosen", "False"};
+    Feature input(package, "AIModule", {"Packet", "AIBased"}, "Analog inputs of 16 bits.");
+    input
+        .constructor({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"},
+                      {"ai_max_rate", "int", "highest rate of the model in Hz"},
+                      {"ai_ratio", "float", "volts per count"},
+                      {"ai_num_channels", "int", "channels of a row of each chip select"},
+                      variable},
+                     [](py::handle self, const Object& ports, const Object& rate, const Object& ratio,
+                        const Object& channels, const Object& variable) {
+                         const bool chosen = PyObject_IsTrue(variable.ptr()) != 0;
+                         constructInput(self, {ports, rate, ratio, channels, chosen,
+                                               chosen ? START_AI_STREAMING_VARIABLE : START_AI_STREAMING});
+                     })
+        .shared("_checkAIChannel", {{"channel", "int", "number of channels, 1 to 8"}}, "Refuses another number.", {},
+                {"AIChannelNotAvaliableError: another number"},
+                [](py::handle, const Object& channel) {
+                    checkOneOf(channel, {1, 2, 3, 4, 5, 6, 7, 8}, FailureId::AIChannelNotAvaliableError);
+                })
+        .shared("_checkAIChipSelect", {{"cs", "int", "chip select, 0 to 2"}}, "Refuses another chip select.", {},
+                {"AICSNotAvaliableError: another chip select"},
+                [](py::handle, const Object& chipSelect) {
+                    checkOneOf(chipSelect, {0, 1, 2}, FailureId::AICSNotAvaliableError);
+                })
+        .shared("_checkAITriggerMode", {{"mode", "int", "trigger mode, 0 to 6"}}, "Refuses another mode.", {},
+                {"AITriggerModeNotAvaliableError: another mode"},
+                [](py::handle, const Object& mode) {
+                    checkOneOf(mode, {0, 1, 2, 3, 4, 5, 6}, FailureId::AITriggerModeNotAvaliableError);
+                })
+        .shared("_AI_getPinMapPort", {{"ai_port", "int", "port as the device counts it"}},
+                "Digital ports of an analog port's lines.", {"list[int]", "each once", "the model's table"}, {},
+                [](py::handle self, const Object& port) {
+                    return digitalPortsOf(own(PyObject_GetItem(attribute(self, "ai_dict").ptr(), port.ptr())));
+                })
+        .operation(
+            "_checkAIPinState",
+            {{"port", "int", "port as the device counts it"}, {"allow_state", "list[str]", "modes that are allowed"}},
+            "Refuses a port whose lines are in use for something else.", {},
+            {"AIPortNotAvaliableError: a line is in another mode"},
+            [](Op op, Object port, Object allowed) -> Result {
+                const Object lines = own(PyObject_GetItem(attribute(op.self(), "ai_dict").ptr(), port.ptr()));
+                co_return co_await op.run(checkLines(op, lines, allowed, FailureId::AIPortNotAvaliableError));
+            })
+        .operation(
+            "AI_readOnDemand", {port}, "Reads all channels once.",
+            {"list[float]", "volts, rounded to 4 decimals, the channels of all enabled chip selects behind each other",
+             "the device"},
+            portRaises, Calls<readOnDemand>{})
+        .operation("AI_enableChannel", {port, {"channel", "int", "number of channels, 1 to 8, counted from channel 0"}},
+                   "Chooses how many channels are read.", status(1).returns,
+                   {"@_checkAIPort", "@_checkAIChannel", "APINotSupportError: the model's number is fixed"},
+                   Calls<enableChannels>{})
+        .operation(
+            "AI_enableCS",
+            {{"slot", "int", "slot of the chassis, 1, 2 or 4"}, {"chip_select", "list[int]", "chip selects, 0 to 2"}},
+            "Chooses the chip selects of a slot.", status(1).returns,
+            {"@_checkAIPort", "@_checkAIChipSelect", "APINotSupportError: the model is no chassis"},
+            Calls<enableChipSelects>{})
+        .operation(
+            "AI_setTriggerMode", {port, {"mode", "int", "trigger mode, 0 or 1; up to 6 on USB models"}},
+            "Chooses what starts an acquisition.", status(1).returns,
+            {"@_checkAIPort", "@_checkAITriggerMode", "APINotSupportError: the model has the modes 0 and 1 only"},
+            Calls<setTriggerMode>{})
+        .row({"_AI_getDataRTC",
+              {port},
+              {calls("_checkAIPort", {"port"})},
+              AI_GET_DATA,
+              {u8("port"), constant(0)},
+              samplesReply(),
+              "Reads the samples that the device took with its clock.",
+              adaptPort});
+    defineInputReading(input);
+}
+
+}  // namespace
+
+void defineAnalogInput(Package& package) {
+    defineUnion(package);
+    defineBased(package);
+    defineModule(package);
+}
+
+}  // namespace zvr::python

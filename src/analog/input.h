@@ -1,0 +1,39 @@
+// What the files of the analog inputs share. Their streaming side is a reader thread, its queues, and the fields that
+// the thread reads.
+#pragma once
+
+#include "analog/rows.h"
+#include "core/stream_reader.h"
+#include "protocol/runtime.h"
+
+namespace zvr::python {
+
+/// What a model tells a streaming analog input.
+struct InputOffer {
+    Object ports, maxRate, ratio, channels;
+    bool variable = false;
+    Command streamCommand = START_AI_STREAMING;
+};
+
+/// Sets the fields of the object, and starts its one reader thread if it does not run yet.
+void constructInput(py::handle self, const InputOffer& offer);
+
+/// Mode, number of samples and rate, which those without streaming have too.
+void defineInputConfiguration(Feature& feature);
+
+/// Streaming operations and fields that all streaming modules share.
+void defineInputStreaming(Feature& based);
+/// Reading what has been streamed.
+void defineInputReading(Feature& module);
+
+/// The port as the device counts it: the chassis counts slots from 1.
+Object devicePort(py::handle self, const Object& port);
+/// The same for the first argument of an operation.
+void adaptPort(py::handle self, std::vector<Object>& arguments);
+
+/// The list of chip selects that are enabled on a port.
+Object chipSelectsOf(py::handle self, const Object& port);
+
+extern const Parameter inputPortParameter;
+
+}  // namespace zvr::python

@@ -1,0 +1,74 @@
+// Analog inputs of 24 bits: the streaming one, and those of the current and voltage boxes.
+#include "analog/analog.h"
+#include "analog/input.h"
+
+namespace zvr::python {
+
+namespace {
+
+constexpr std::size_t channels = 8;
+
+// Eight samples of three bytes from byte 2 on; `convert` makes a value of the bytes and of the reply's port.
+template <class Convert>
+py::list samples(const Bytes& data, Convert convert) {
+    py::list values;
+    const ByteView bytes = slice(data, 2, 3 * channels);
+    for (std::size_t i = 0; i < channels; ++i) values.append(convert(bytes.data() + 3 * i));
+    return values;
+}
+
+Reply twosComplement() {
+    return {[](py::handle self, const Bytes& data) -> Object {
+                const auto ratio = py::cast<double>(attribute(self, "ai_ratio"));
+                return samples(data, [ratio](const std::uint8_t* sample) { return read24(sample) * ratio; });
+            },
+            {"list[float]", "volts, one per channel", "the device"}};
+}
+
+// Offset binary around the middle; the box's port decides full scale.
+Reply offsetBinary() {
+    return {[](py::handle, const Bytes& data) -> Object {
+                const double full = data.at(0) == 0 ? 25 : 50;
+                return samples(data, [full](const std::uint8_t* sample) {
+                    const auto code = static_cast<double>(sample[0] << 16 | sample[1] << 8 | sample[2]);
+                    return roundDecimals(code * full / (1 << 23) - full, 3);
+                });
+            },
+            {"list[float]", "milliamperes on port 0, volts on others, rounded to 3 decimals, one per channel",
+             "the device"}};
+}
+
+}  // namespace
+
+void defineAnalogInput24(Package& package) {
+    const Parameter ports{"ai_dict", "dict[int, list[int]]", "ports of the analog input"};
+    const auto readRow = [](Reply reply, int kind) {
+        return Row{"AI_readOnDemand",
+                   {inputPortParameter},
+                   {calls("_checkAIPort", {"port"})},
+                   READAI24BIT,
+                   {u8("port"), constant(kind)},
+                   std::move(reply),
+                   "Reads all channels once."};
+    };
+
+    Feature streaming(package, "AI24BitStreamingModule", {"Packet", "AIBased"},
+                      "Analog inputs of 24 bits with streaming.");
+    streaming.constructor(
+        {ports,
+         {"ai_max_rate", "int", "highest rate of the model in Hz"},
+         {"ai_ratio", "float", "volts per count"},
+         {"ai_num_channels", "int", "channels of a row"}},
+        [](py::handle self, const Object& map, const Object& rate, const Object& ratio, const Object& count) {
+            constructInput(self, {map, rate, ratio, count, false, AI_START_STREAMING_24BIT});
+        });
+    streaming.row(readRow(twosComplement(), 0));
+    defineInputReading(streaming);
+
+    Feature current(package, "AI24BitModule", {"Packet", "AIUnion"}, "Inputs of currents and voltages, on demand.");
+    current.offers({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"}});
+    defineInputConfiguration(current);
+    current.row(readRow(offsetBinary(), 255));
+}
+
+}  // namespace zvr::python

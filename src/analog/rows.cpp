@@ -1,0 +1,167 @@
+#include "analog/rows.h"
+
+#include <map>
+
+#include "analog/analog.h"
+#include "core/immortal.h"
+
+namespace zvr::python {
+
+namespace {
+
+/// The float objects of all codes of a scale, made when they are first wanted.
+class Floats {
+public:
+    explicit Floats(std::shared_ptr<const Scale16> scale) : scale_(std::move(scale)), objects_(65536) {}
+
+    PyObject* operator()(std::int16_t code) {
+        PyObject*& object = objects_[static_cast<std::uint16_t>(code)];
+        if (object == nullptr) {
+            object = PyFloat_FromDouble((*scale_)(code));
+            if (object == nullptr) throw py::error_already_set();
+        }
+        return Py_NewRef(object);
+    }
+
+    static Floats& of(const std::shared_ptr<const Scale16>& scale) {
+        static auto& all = immortal<std::map<const Scale16*, std::unique_ptr<Floats>>>();
+        auto& floats = all[scale.get()];
+        if (!floats) floats = std::make_unique<Floats>(scale);
+        return *floats;
+    }
+
+private:
+    const std::shared_ptr<const Scale16> scale_;
+    std::vector<PyObject*> objects_;
+};
+
+/// Makes rows of one layout.
+class RowMaker {
+public:
+    explicit RowMaker(const RowLayout& layout) : layout_(layout) {
+        if (layout.sample == RowLayout::Sample::scaled16) floats_ = &Floats::of(layout.scale);
+    }
+
+    // Fills items of a new list.
+    void fill(PyObject* list, Py_ssize_t place, const std::uint8_t* bytes) const {
+        if (floats_ != nullptr) {
+            for (int column = 0; column < layout_.columns; ++column, bytes += 2) {
+                PyList_SET_ITEM(list, place + column, (*floats_)(read16(bytes)));
+            }
+            return;
+        }
+        values_.resize(static_cast<std::size_t>(layout_.columns));
+        convertRows(layout_, bytes, 1, values_.data(), values_.size());
+        for (const double value : values_) {
+            PyObject* const object = PyFloat_FromDouble(value);
+            if (object == nullptr) throw py::error_already_set();
+            PyList_SET_ITEM(list, place++, object);
+        }
+    }
+
+private:
+    const RowLayout& layout_;
+    Floats* floats_ = nullptr;
+    mutable std::vector<double> values_;
+};
+
+/// Goes through the runs of one chip select row by row.
+class Cursor {
+public:
+    explicit Cursor(const std::vector<RowRun>& runs) : next_(runs.begin()), end_(runs.end()) { enter(); }
+
+    int columns() const { return maker_ ? next_->layout.columns : 0; }
+    void fill(PyObject* list, Py_ssize_t place) const { maker_->fill(list, place, bytes_); }
+    void step() {
+        bytes_ += next_->layout.rowBytes();
+        if (--left_ != 0) return;
+        ++next_;
+        enter();
+    }
+
+private:
+    void enter() {
+        maker_.reset();
+        if (next_ == end_) return;
+        bytes_ = next_->bytes;
+        left_ = next_->rows;
+        maker_.emplace(next_->layout);
+    }
+
+    std::vector<RowRun>::const_iterator next_, end_;
+    const std::uint8_t* bytes_ = nullptr;
+    std::size_t left_ = 0;
+    std::optional<RowMaker> maker_;
+};
+
+/// Thousands of new lists that hold floats only are nothing that the host's collector needs to look at meanwhile.
+class CollectorPause {
+public:
+    CollectorPause() : wasOn_(PyGC_Disable() != 0) {}
+    ~CollectorPause() {
+        if (wasOn_) PyGC_Enable();
+    }
+    CollectorPause(const CollectorPause&) = delete;
+    CollectorPause& operator=(const CollectorPause&) = delete;
+
+private:
+    const bool wasOn_;
+};
+
+}  // namespace
+
+py::list toLists(const RowRuns& runs, std::size_t rows) {
+    const CollectorPause pause;
+    py::list result(rows);
+    std::vector<Cursor> cursors(runs.begin(), runs.end());
+    for (std::size_t row = 0; row < rows; ++row) {
+        Py_ssize_t columns = 0;
+        for (const Cursor& cursor : cursors) columns += cursor.columns();
+        const Object list = own(PyList_New(columns));
+        Py_ssize_t place = 0;
+        for (Cursor& cursor : cursors) {
+            cursor.fill(list.ptr(), place);
+            place += cursor.columns();
+            cursor.step();
+        }
+        PyList_SET_ITEM(result.ptr(), static_cast<Py_ssize_t>(row), Py_NewRef(list.ptr()));
+    }
+    return result;
+}
+
+void writeRows(const RowRuns& runs, std::size_t columns, double* out) {
+    for (const std::vector<RowRun>& chipSelect : runs) {
+        double* place = out;
+        for (const RowRun& run : chipSelect) {
+            convertRows(run.layout, run.bytes, run.rows, place, columns);
+            place += run.rows * columns;
+        }
+        if (!chipSelect.empty()) out += chipSelect.front().layout.columns;
+    }
+}
+
+void defineSampleBlock(Package& package) {
+    auto type = py::class_<SampleBlock>(
+                    package.module(), "SampleBlock", py::buffer_protocol(),
+                    "Rows of samples in volts as one contiguous block of doubles, (rows, columns).\n\nIt has "
+                    "the buffer protocol: memoryview(block) and numpy.asarray(block) see it without a copy.")
+                    .def_buffer([](SampleBlock& block) {
+                        const auto width = static_cast<py::ssize_t>(sizeof(double));
+                        const auto rows = static_cast<py::ssize_t>(block.rows),
+                                   columns = static_cast<py::ssize_t>(block.columns);
+                        return py::buffer_info(block.values.get(), width, py::format_descriptor<double>::format(), 2,
+                                               {rows, columns}, {columns * width, width});
+                    });
+    ClassMaker(type)
+        .property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
+                  [](py::handle self) -> Object {
+                      const auto& block = *py::cast<SampleBlock*>(self);
+                      return py::make_tuple(block.rows, block.columns);
+                  })
+        .method("__len__", {}, "Number of rows.", {"int"}, {},
+                [](py::handle self) { return py::cast<SampleBlock*>(self)->rows; })
+        .method("tolist", {}, "The rows as lists of floats.", {"list[list[float]]"}, {},
+                [](py::handle self) { return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist"); });
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,24 @@
+// Rows of samples as Python sees them: lists of floats, or one block of doubles.
+#pragma once
+
+#include "core/row_queue.h"
+#include "python/classes.h"
+
+namespace zvr::python {
+
+/// What was taken from the row queues of several chip selects: the same number of rows from each.
+using RowRuns = std::vector<std::vector<RowRun>>;
+
+/// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object.
+py::list toLists(const RowRuns& runs, std::size_t rows);
+
+/// Rows and columns of doubles in one piece of memory, which the buffer protocol hands over without a copy.
+struct SampleBlock {
+    std::size_t rows = 0, columns = 0;
+    std::unique_ptr<double[]> values;
+};
+
+/// Writes the rows behind each other; needs no interpreter lock.
+void writeRows(const RowRuns& runs, std::size_t columns, double* out);
+
+}  // namespace zvr::python
