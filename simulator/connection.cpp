@@ -4,6 +4,8 @@
 
 #include <iomanip>
 #include <iostream>
+#include <span>
+#include <utility>
 
 namespace zvr::sim {
 
@@ -11,6 +13,12 @@ void logFrame(const char* direction, int command, ByteView data) {
     std::cerr << direction << ' ' << command << std::hex << std::setfill('0');
     for (const int byte : data) std::cerr << ' ' << std::setw(2) << byte;
     std::cerr << std::dec << '\n';
+}
+
+void logFrame(const char* direction, int command, const Frame& frame) {
+    constexpr std::size_t trailer = 2;
+    const std::size_t header = command < 256 ? 4 : 5;
+    logFrame(direction, command, ByteView(*frame).subspan(header, frame->size() - header - trailer));
 }
 
 Connection::Connection(asio::posix::stream_descriptor stream, Device& device, const Options& options, Rules rules)
@@ -45,15 +53,19 @@ void Connection::answer(const Packet& request) {
     if (options_.verbose) logFrame("<", request.command, request.data);
     if (const auto data = device_.handle(request)) {
         if (rules_.isLine && isFull()) return drop();
-        send(request.command, *data);
-    } else if (options_.verbose) {
+        send(request.command, std::make_shared<const Bytes>(buildFrame(request.command, *data)));
+    } else if (options_.verbose && !device_.knows(request.command)) {
         std::cerr << "! unknown command\n";
     }
 }
 
-void Connection::sendUnasked(int command, ByteView data) {
-    if (isFull()) return drop();
-    send(command, data);
+bool Connection::sendUnasked(int command, const Frame& frame) {
+    if (isFull()) {
+        drop();
+        return false;
+    }
+    send(command, frame);
+    return true;
 }
 
 void Connection::drop() {
@@ -61,16 +73,22 @@ void Connection::drop() {
     if (options_.verbose) std::cerr << "! " << dropped_ << " frames dropped\n";
 }
 
-void Connection::send(int command, ByteView data) {
-    if (silent_) return;
-    if (options_.verbose) logFrame(">", command, data);
+void Connection::send(int command, const Frame& frame) {
+    if (silent_ || broken_) return;
+    if (options_.verbose) logFrame(">", command, frame);
     const Clock::time_point now = Clock::now();
-    for (Piece& piece : faults_->apply(command, buildFrame(command, data))) {
-        // Frames leave in the order in which they were made.
-        const auto due = std::max(now + piece.after, queue_.empty() ? now : queue_.back().due);
-        queue_.push_back({std::move(piece.bytes), due, false});
+    // Frames leave in the order in which they were made.
+    const auto enqueue = [&](Frame bytes, Clock::time_point due) {
+        queue_.push_back({std::move(bytes), std::max(due, queue_.empty() ? now : queue_.back().due), false});
+    };
+    if (!faults_->concern(command)) {
+        enqueue(frame, now);
+    } else {
+        for (Piece& piece : faults_->apply(command, *frame)) {
+            enqueue(std::make_shared<const Bytes>(std::move(piece.bytes)), now + piece.after);
+        }
+        if (faults_->cuts()) queue_.push_back({{}, now, true});
     }
-    if (faults_->cuts()) queue_.push_back({{}, now, true});
     if (!busy_) pump();
 }
 
@@ -78,6 +96,7 @@ void Connection::restart(bool hasClient) {
     splitter_ = Splitter();
     faults_.emplace(options_.faults);
     queue_.clear();
+    written_ = 0;
     dropped_ = 0;
     silent_ = !hasClient;
     timer_.cancel();
@@ -86,9 +105,9 @@ void Connection::restart(bool hasClient) {
 
 // Sends what is due, at once where it is taken.
 void Connection::pump() {
-    busy_ = false;
+    const bool waited = std::exchange(busy_, false);
     while (!queue_.empty()) {
-        Outgoing& next = queue_.front();
+        const Outgoing& next = queue_.front();
         if (next.last) {
             end();
             break;
@@ -99,31 +118,59 @@ void Connection::pump() {
             timer_.async_wait([self = shared_from_this()](std::error_code) { self->pump(); });
             return;
         }
-        if (!write(next)) return;
-        queue_.pop_front();
+        if (!write()) return;
     }
     if (paused_) readOn();
+    if (waited && rules_.onRoom) rules_.onRoom();
 }
 
-// False if not all of it is taken; then the rest is sent later, or the connection is over.
-bool Connection::write(Outgoing& next) {
+// Writes what is due at the head of the queue. False if not all of it is taken; then the rest is sent later, or the
+// connection is over.
+bool Connection::write() {
+    std::array<asio::const_buffer, 16> buffers;
+    std::size_t count = 0, size = 0;
+    const Clock::time_point now = Clock::now();
+    for (; count < std::min(buffers.size(), queue_.size()); ++count) {
+        const Outgoing& next = queue_[count];
+        if (next.last || next.due > now) break;
+        buffers[count] = asio::buffer(*next.bytes) + (count == 0 ? written_ : 0);
+        size += buffers[count].size();
+    }
     std::error_code error;
-    const std::size_t count = stream_.write_some(asio::buffer(next.bytes), error);
-    if (count == next.bytes.size()) return true;
-    if (error && error != asio::error::would_block && error != asio::error::try_again) {
-        queue_.clear();
+    std::size_t taken = stream_.write_some(std::span(buffers).first(count), error);
+    const bool all = taken == size;
+    if (!all && error && error != asio::error::would_block && error != asio::error::try_again) {
+        giveUp();
         return false;
     }
-    next.bytes.erase(next.bytes.begin(), next.bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    for (taken += written_; !queue_.empty() && !queue_.front().last && taken >= queue_.front().bytes->size();) {
+        taken -= queue_.front().bytes->size();
+        queue_.pop_front();
+    }
+    written_ = taken;
+    if (all) return true;
     busy_ = true;
     stream_.async_wait(asio::posix::stream_descriptor::wait_write, [self = shared_from_this()](std::error_code failed) {
-        if (!failed) self->pump();
+        if (failed) {
+            self->giveUp();
+        } else {
+            self->pump();
+        }
     });
     return false;
 }
 
+// A client that has vanished holds nobody back.
+void Connection::giveUp() {
+    broken_ = !rules_.isLine;
+    queue_.clear();
+    written_ = 0;
+    if (rules_.onRoom) rules_.onRoom();
+}
+
 void Connection::end() {
     queue_.clear();
+    written_ = 0;
     silent_ = true;
     if (rules_.isLine) return;
     ::shutdown(stream_.native_handle(), SHUT_RDWR);
@@ -136,10 +183,22 @@ void Audience::add(const std::shared_ptr<Connection>& connection) {
     connections_.push_back(connection);
 }
 
-void Audience::send(int command, ByteView data) {
+bool Audience::send(int command, const Frame& frame) {
+    bool all = true;
     for (const auto& each : connections_) {
-        if (const auto connection = each.lock()) connection->sendUnasked(command, data);
+        if (const auto connection = each.lock()) all = connection->sendUnasked(command, frame) && all;
     }
+    return all;
+}
+
+bool Audience::hasRoom() const {
+    bool any = false;
+    for (const auto& each : connections_) {
+        const auto connection = each.lock();
+        if (connection && !connection->hasRoom()) return false;
+        any = any || connection;
+    }
+    return any;
 }
 
 }  // namespace zvr::sim

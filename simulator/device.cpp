@@ -19,11 +19,20 @@ Device::Device(const Model& model, Identity identity, NetworkSettings network)
     for (const AddModule add : model.modules) add(*this);
 }
 
-void Device::on(Command command, Handler handler) { handlers_[command] = {std::move(handler), false}; }
+void Device::on(Command command, Handler handler) { handlers_[command] = {std::move(handler), false, false}; }
+
+void Device::onSilent(Command command, std::function<void(ByteView data)> handler) {
+    handlers_[command] = {[handler = std::move(handler)](ByteView data) {
+                              handler(data);
+                              return Bytes();
+                          },
+                          false, true};
+}
 
 void Device::onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler) {
     handlers_[command] = {
-        [handler = std::move(handler)](ByteView data) { return handler(slice(data, 0, 1)[0], data.subspan(1)); }, true};
+        [handler = std::move(handler)](ByteView data) { return handler(slice(data, 0, 1)[0], data.subspan(1)); }, true,
+        false};
 }
 
 void Device::reboot() {
@@ -34,7 +43,8 @@ std::optional<Bytes> Device::handle(const Packet& request) {
     const auto found = handlers_.find(request.command);
     if (found == handlers_.end()) return std::nullopt;
     try {
-        return found->second.handler(request.data);
+        Bytes data = found->second.handler(request.data);
+        return found->second.isSilent ? std::nullopt : std::optional(std::move(data));
     } catch (const WrongLength&) {
         if (!found->second.selectsPort) return reply(Status::parser);
         return reply(request.data.empty() ? 0 : request.data[0], Status::parser);

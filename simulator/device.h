@@ -5,13 +5,16 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "agenda.h"
 #include "core/commands.h"
 #include "core/frame.h"
 #include "models.h"
 #include "oscillator.h"
+#include "waveform.h"
 
 namespace zvr::sim {
 
@@ -27,6 +30,8 @@ enum class Status : std::uint8_t {
     eeprom = 40,
     core = 42,
     digital = 50,
+    analogInput = 52,
+    analogOutput = 53,
     tcp = 71,
     bootloader = 73,
     parser = 80,
@@ -53,6 +58,9 @@ struct NetworkSettings {
     std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
 };
 
+/// A whole frame, ready to be sent to any number of clients.
+using Frame = std::shared_ptr<const Bytes>;
+
 /// Serves any number of connections from one thread.
 class Device {
 public:
@@ -72,12 +80,41 @@ public:
     void on(Command command, Handler handler);
     /// A command whose first byte selects a port; the reply repeats it.
     void onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler);
+    /// A command that is never answered.
+    void onSilent(Command command, std::function<void(ByteView data)> handler);
+    bool knows(int command) const { return handlers_.contains(command); }
     /// What a module does when the device restarts.
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
-    /// Sends a frame that nobody has asked for to whoever listens; set by what links the device to its clients.
-    std::function<void(int command, ByteView data)> stream = [](int, ByteView) {};
+    /// Sends a frame that nobody has asked for to whoever listens.
+    bool stream(int command, ByteView data) {
+        return streamFrame(command, std::make_shared<const Bytes>(buildFrame(command, data)));
+    }
+
+    /// The same with a frame that is built already. False if a client has lost it; set by what links the device to its
+    /// clients.
+    std::function<bool(int command, const Frame& frame)> streamFrame = [](int, const Frame&) { return true; };
+
+    /// Whether somebody listens, and nobody lets more than a few frames wait; set by what links the device to them.
+    std::function<bool()> hasRoom = [] { return false; };
+
+    /// Called when there may be room again. It must not send at once.
+    std::function<void()> onRoom = [] {};
+
+    /// What is to be done later.
+    Agenda agenda;
+
+    /// What is at the analog inputs.
+    Signals signals;
+
+    /// The output that leads to an analog input; nothing if there is none that drives it.
+    std::function<const Voltage*(int port, std::size_t channel)> wiredOutput = [](int, std::size_t) {
+        return static_cast<const Voltage*>(nullptr);
+    };
+
+    /// Takes the samples that are due, before what they show changes.
+    std::function<void()> takeSamples = [] {};
 
     /// What each pin of a port is used for, by number; set by the module that has the lines.
     std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
@@ -90,13 +127,14 @@ public:
         return outside;
     };
 
-    /// The data of the reply; nothing to a command that the device does not know.
+    /// The data of the reply; nothing to a command that the device does not know, or never answers.
     std::optional<Bytes> handle(const Packet& request);
 
 private:
     struct Entry {
         Handler handler;
         bool selectsPort;
+        bool isSilent;
     };
 
     const Model& model_;

@@ -19,7 +19,7 @@ Bytes Faults::garbage(std::size_t count) {
 }
 
 std::vector<Piece> Faults::apply(int command, Bytes frame) {
-    if (options_.command && *options_.command != command) return {{std::move(frame), {}}};
+    if (!concern(command)) return {{std::move(frame), {}}};
     if (options_.stall && replies_ >= *options_.stall) return {};
     ++replies_;
     if (happens(options_.drop)) return {};

@@ -17,6 +17,11 @@ struct FaultOptions {
     std::optional<std::size_t> cut, stall;
     std::optional<int> command;  ///< the only one with faults
     unsigned seed = 1;
+
+    bool any() const {
+        return drop > 0 || duplicate > 0 || corrupt > 0 || truncate > 0 || delay > 0 || split != 0 || coalesce != 0 ||
+               flood != 0 || cut || stall;
+    }
 };
 
 /// Bytes to send, and how long after the reply was made.
@@ -28,8 +33,10 @@ struct Piece {
 /// The faults of one connection.
 class Faults {
 public:
-    explicit Faults(const FaultOptions& options) : options_(options), random_(options.seed) {}
+    explicit Faults(const FaultOptions& options) : options_(options), any_(options.any()), random_(options.seed) {}
 
+    /// Whether anything can go wrong with frames of this command.
+    bool concern(int command) const { return any_ && (!options_.command || *options_.command == command); }
     /// What is sent in place of a reply.
     std::vector<Piece> apply(int command, Bytes frame);
     /// Whether the connection ends behind what has been applied so far.
@@ -40,6 +47,7 @@ private:
     Bytes garbage(std::size_t count);
 
     const FaultOptions& options_;
+    const bool any_;
     std::mt19937 random_;
     std::size_t replies_ = 0;
     std::size_t held_ = 0;

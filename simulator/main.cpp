@@ -7,6 +7,7 @@
 #include "discovery.h"
 #include "serial.h"
 #include "server.h"
+#include "ticker.h"
 
 namespace {
 
@@ -60,6 +61,8 @@ int serve(const zvr::sim::Options& options) {
     const int inputCopy = options.stopWithInput ? dup(STDIN_FILENO) : -1;
     asio::io_context context(1);
     zvr::sim::Device device(*options.model, options.identity, options.network);
+    device.signals = options.signals;
+    const zvr::sim::Ticker ticker(context, device.agenda);
     const Front front(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);
     signals.async_wait([&](std::error_code, int) { context.stop(); });

@@ -1,11 +1,13 @@
 // The simulated models as a table.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string_view>
 #include <vector>
 
-#include "core/bytes.h"
+#include "core/commands.h"
+#include "waveform.h"
 
 namespace zvr::sim {
 
@@ -24,6 +26,31 @@ struct Wire {
     int input;
 };
 
+/// The analog inputs of a model, eight channels behind each chip select of each port; none without ports.
+struct AnalogInputs {
+    /// What a client chooses of a port.
+    enum class Choice { nothing, channels, chipSelects };
+
+    std::vector<int> ports;
+    Coding coding;
+    Command read{};    ///< the command of a read on demand
+    Command stream{};  ///< that of the data frames; 0 is none
+    Choice choice = Choice::nothing;
+    std::vector<double> rates;      ///< the highest in Hz, by how many are chosen
+    std::vector<double> portUnits;  ///< by port, where they differ from the coding's
+
+    double highestRate(std::size_t chosen) const { return rates[std::min(chosen, rates.size()) - 1]; }
+};
+
+/// The analog outputs of a model, eight channels in each port; none without ports. They lead to the inputs of the same
+/// number, where there are any.
+struct AnalogOutputs {
+    std::vector<int> ports;
+    double least = -10, most = 10;  ///< V
+    double rate = 15000;            ///< the highest in Hz
+    bool streams = false;
+};
+
 using AddModule = void (*)(Device&);
 
 /// How a model is reached.
@@ -39,6 +66,8 @@ struct Model {
     std::vector<PortLines> lines;
     std::vector<Wire> wires;
     std::vector<AddModule> modules;
+    AnalogInputs analogInputs{};
+    AnalogOutputs analogOutputs{};
 };
 
 std::span<const Model> models();

@@ -13,6 +13,9 @@ void addNetwork(Device& device);
 void addDio(Device& device);
 /// Behind addSystem, whose slot commands it replaces.
 void addSlots(Device& device);
+void addAnalogInput(Device& device);
+/// Beside the inputs that the outputs lead to, in any order.
+void addAnalogOutput(Device& device);
 void addWifi(Device& device);
 void addSntp(Device& device);
 void addSdCard(Device& device);

@@ -42,6 +42,12 @@ Faults of the replies; P is a probability from 0 to 1:
   --stall N          answer nothing more after N replies
   --fault-command C  name or number of the only command that has faults
   --seed N           start of the random numbers (1)
+
+Analog inputs:
+  --wave CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]
+                     what is at a channel, 0 to 7 or * for all: sine, ramp, noise, constant, square or count
+  --fast             sample as fast as the clients take it
+  --frame-rows N     rows of a data frame
 )";
 
 struct BadOption : std::runtime_error {
@@ -104,6 +110,14 @@ int commandOf(std::string_view text) {
     return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
 }
 
+void setWave(Options& options, std::string_view text) {
+    try {
+        options.signals.set(text);
+    } catch (const std::invalid_argument& refusal) {
+        throw BadOption(refusal.what());
+    }
+}
+
 struct Option {
     const char* name;
     bool takesValue;
@@ -132,7 +146,11 @@ constexpr Option table[] = {
     {"cut", true, [](Options& o, std::string_view v) { o.faults.cut = countOf(v); }},
     {"stall", true, [](Options& o, std::string_view v) { o.faults.stall = numberOf<std::size_t>(v, 0, 1 << 24); }},
     {"fault-command", true, [](Options& o, std::string_view v) { o.faults.command = commandOf(v); }},
-    {"seed", true, [](Options& o, std::string_view v) { o.faults.seed = numberOf(v, 0U, 0xFFFFFFFFU); }},
+    {"seed", true,
+     [](Options& o, std::string_view v) { o.faults.seed = o.signals.seed = numberOf(v, 0U, 0xFFFFFFFFU); }},
+    {"wave", true, setWave},
+    {"fast", false, [](Options& o, std::string_view) { o.signals.fast = true; }},
+    {"frame-rows", true, [](Options& o, std::string_view v) { o.signals.frameRows = countOf(v); }},
 };
 
 }  // namespace

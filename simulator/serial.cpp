@@ -67,10 +67,13 @@ SerialLine::SerialLine(asio::io_context& context, Device& device, const Options&
     visits_.non_blocking(true);
     checked(inotify_add_watch(visits_.native_handle(), path_.c_str(), IN_OPEN | IN_CLOSE), "cannot watch " + path_);
     if (!options.link.empty()) link_.emplace(path_, options.link);
-    connection_ =
-        std::make_shared<Connection>(std::move(master), device, options,
-                                     Connection::Rules{.isLine = true, .onArrival = [this] { followClients(); }});
-    device.stream = [this](int command, ByteView data) { connection_->sendUnasked(command, data); };
+    connection_ = std::make_shared<Connection>(std::move(master), device, options,
+                                               Connection::Rules{.answers = true,
+                                                                 .isLine = true,
+                                                                 .onArrival = [this] { followClients(); },
+                                                                 .onRoom = [&device] { device.onRoom(); }});
+    device.streamFrame = [this](int command, const Frame& frame) { return connection_->sendUnasked(command, frame); };
+    device.hasRoom = [this] { return connection_->hasRoom(); };
     restart();
     connection_->read();
     watch();

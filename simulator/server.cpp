@@ -46,17 +46,26 @@ Server::Server(asio::io_context& context, Device& device, const Options& options
         data_.emplace(context, options.host, options.dataPort,
                       [this](tcp::socket socket) { serve(std::move(socket), false); });
     }
-    device.stream = [this](int command, ByteView data) { audience_.send(command, data); };
+    device.streamFrame = [this](int command, const Frame& frame) { return audience_.send(command, frame); };
+    device.hasRoom = [this] { return audience_.hasRoom(); };
+}
+
+Server::~Server() {
+    device_.streamFrame = [](int, const Frame&) { return false; };
+    device_.hasRoom = [] { return false; };
 }
 
 void Server::serve(tcp::socket socket, bool answers) {
     std::error_code alreadyGone;  // then the first read tells
     socket.set_option(tcp::no_delay(true), alreadyGone);
     asio::posix::stream_descriptor stream(socket.get_executor(), socket.release());
-    const auto connection = std::make_shared<Connection>(std::move(stream), device_, options_,
-                                                         Connection::Rules{.answers = answers, .onArrival = {}});
+    const auto connection = std::make_shared<Connection>(
+        std::move(stream), device_, options_,
+        Connection::Rules{
+            .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.onRoom(); }});
     if (answers != data_.has_value()) audience_.add(connection);
     connection->read();
+    device_.onRoom();
 }
 
 std::string Server::description() const {

@@ -29,6 +29,7 @@ class Server {
 public:
     /// Listens at once; throws std::system_error.
     Server(asio::io_context& context, Device& device, const Options& options);
+    ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 

@@ -86,7 +86,8 @@ gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer share
 // The devices that are plugged in, and the testbed that shows them.
 class Bus {
 public:
-    Bus(bool driver, bool verbose) : testbed_(umockdev_testbed_new()), driver_(driver), verbose_(verbose) {
+    Bus(bool driver, const Signals& signals, bool verbose)
+        : testbed_(umockdev_testbed_new()), driver_(driver), signals_(signals), verbose_(verbose) {
         const std::unique_ptr<char, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_.get()), g_free);
         root_ = root.get();
         constexpr std::size_t longest = 75;
@@ -125,7 +126,9 @@ private:
     void announce(const Plugged& one, const char* action);
 
     Ref<UMockdevTestbed> testbed_;
-    const bool driver_, verbose_;
+    const bool driver_;
+    const Signals signals_;
+    const bool verbose_;
     std::string root_;
     std::vector<Plugged> plugged_;
     unsigned addresses_ = 0;  // that have been given; none is given again
@@ -157,7 +160,8 @@ void Bus::plug(std::string_view wanted) {
     const std::string properties = "DEVNAME=" + node + "\nDEVTYPE=usb_device\nSUBSYSTEM=usb\nDRIVER=usb\nMAJOR=189\n" +
                                    format("MINOR=%u\nBUSNUM=%03u\nDEVNUM=%03u\nPRODUCT=%x/%x/200\nTYPE=0/0/0\n", minor,
                                           bus, address, usbVendor, usbProduct);
-    Plugged one{std::make_shared<UsbDevice>(*model, serial, root_ + node, driver_, verbose_), path, node, properties};
+    Plugged one{std::make_shared<UsbDevice>(*model, serial, root_ + node, driver_, signals_, verbose_), path, node,
+                properties};
 
     const Ref<UMockdevIoctlBase> handler(umockdev_ioctl_base_new());
     g_signal_connect_data(
@@ -258,6 +262,7 @@ struct UsbOptions {
     std::vector<std::string> devices;
     std::vector<char*> command;  // ends with a null pointer, unless there is none
     bool driver = false, verbose = false, stopWithInput = false;
+    Signals signals;
 };
 
 void obey(Bus& bus, const std::string& verb, const std::string& what, const std::string& value) {
@@ -349,6 +354,8 @@ program needs in its environment, and serves until SIGTERM or SIGINT.
   --kernel-driver    a driver of the kernel has the devices until it is detached
   --stdin-stop       stop when standard input closes
   --verbose          log what the devices get and answer on standard error
+  --wave CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]
+                     what is at an analog input, as with zvr-sim
 
 Without a COMMAND, lines on standard input change what there is; each is answered by a line:
   plug MODEL[:SERIAL]      connect another device
@@ -364,10 +371,11 @@ std::variant<UsbOptions, int> parse(int argc, char** argv) {
     char** const end = argv + argc;
     char** const mark = std::find(argv, end, std::string_view("--"));
     if (mark != end) options.command.assign(mark + 1, end + 1);
-    enum { driver, stop, verbose, help };
-    const std::array<option, 5> known{{{"kernel-driver", no_argument, nullptr, driver},
+    enum { driver, stop, verbose, wave, help };
+    const std::array<option, 6> known{{{"kernel-driver", no_argument, nullptr, driver},
                                        {"stdin-stop", no_argument, nullptr, stop},
                                        {"verbose", no_argument, nullptr, verbose},
+                                       {"wave", required_argument, nullptr, wave},
                                        {"help", no_argument, nullptr, help},
                                        {nullptr, 0, nullptr, 0}}};
     const int count = static_cast<int>(mark - argv);
@@ -376,6 +384,12 @@ std::variant<UsbOptions, int> parse(int argc, char** argv) {
             case driver: options.driver = true; break;
             case stop: options.stopWithInput = true; break;
             case verbose: options.verbose = true; break;
+            case wave: try { options.signals.set(optarg);
+                } catch (const std::invalid_argument& refusal) {
+                    std::cerr << "zvr-sim-usb: --wave: " << refusal.what() << '\n';
+                    return 2;
+                }
+                break;
             case help: std::cout << usage; return 0;
             default: return 2;
         }
@@ -406,7 +420,7 @@ int serve(const UsbOptions& options) {
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGCHLD}) sigaddset(&signals, signal);
     sigprocmask(SIG_BLOCK, &signals, &restored);
-    Bus bus(options.driver, options.verbose);
+    Bus bus(options.driver, options.signals, options.verbose);
     for (const std::string& device : options.devices) bus.plug(device);
     if (options.command.empty() || options.verbose) {
         (options.command.empty() ? std::cout : std::cerr)

@@ -122,6 +122,37 @@ void UsbDevice::note(unsigned long request) {
     if (verbose_) std::cerr << serial_ << " - " << requests_.back() << '\n';
 }
 
+UsbDevice::UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
+                     const Signals& signals, bool verbose)
+    : serial_(serial),
+      device_(model, {serial, Identity().alias}),
+      node_(node),
+      hasDriver_(driver),
+      bound_(driver),
+      verbose_(verbose) {
+    device_.signals = signals;
+    device_.streamFrame = [this](int, const Frame& frame) { return sendUnasked(frame); };
+    device_.hasRoom = [this] { return hasRoom(); };
+    device_.agenda.onEarlier = [this] { earlier_.notify_one(); };
+    clockwork_ = std::jthread([this](const std::stop_token& stopped) { runAgenda(stopped); });
+}
+
+void UsbDevice::runAgenda(const std::stop_token& stopped) {
+    std::unique_lock lock(mutex_);
+    while (!stopped.stop_requested() && !gone_) {
+        const auto next = device_.agenda.next();
+        const auto changed = [&] { return gone_ || device_.agenda.next() != next; };
+        if (!next) {
+            earlier_.wait(lock, stopped, changed);
+        } else if (*next > Agenda::Clock::now()) {
+            earlier_.wait_until(lock, stopped, *next, changed);
+        } else {
+            device_.agenda.run();
+            pump();
+        }
+    }
+}
+
 long UsbDevice::answer(UMockdevIoctlClient* client) {
     const unsigned long request = umockdev_ioctl_client_get_request(client);
     UMockdevIoctlData* argument = umockdev_ioctl_client_get_arg(client);
@@ -192,6 +223,7 @@ void UsbDevice::end(int status) {
 void UsbDevice::unplug() {
     const std::lock_guard lock(mutex_);
     gone_ = true;
+    earlier_.notify_one();
     end(-ENODEV);
 }
 
@@ -336,17 +368,26 @@ void UsbDevice::receive(ByteView bytes) {
     splitter_.append(bytes);
     for (const Packet& request : splitter_.split()) {
         const auto data = device_.handle(request);
-        if (!data || stalled_) {
-            if (verbose_) std::cerr << serial_ << (data ? " ! stalled\n" : " ! unknown command\n");
-            continue;
-        }
-        const Bytes frame = buildFrame(request.command, *data);
-        if (verbose_) std::cerr << serial_ << " > " << hex(frame) << '\n';
-        for (std::size_t from = 0; from < frame.size(); from += packetSize) {
-            const ByteView piece = ByteView(frame).subspan(from, std::min(packetSize, frame.size() - from));
-            replies_.emplace_back(piece.begin(), piece.end()).resize(packetSize);
+        if (data && !stalled_) {
+            enqueue(buildFrame(request.command, *data));
+        } else if (verbose_ && (data || !device_.knows(request.command))) {
+            std::cerr << serial_ << (data ? " ! stalled\n" : " ! unknown command\n");
         }
     }
+}
+
+void UsbDevice::enqueue(ByteView frame) {
+    if (verbose_) std::cerr << serial_ << " > " << hex(frame) << '\n';
+    for (std::size_t from = 0; from < frame.size(); from += packetSize) {
+        const ByteView piece = frame.subspan(from, std::min(packetSize, frame.size() - from));
+        replies_.emplace_back(piece.begin(), piece.end()).resize(packetSize);
+    }
+}
+
+bool UsbDevice::sendUnasked(const Frame& frame) {
+    if (stalled_ || gone_ || replies_.size() >= mostStreamed) return false;
+    enqueue(*frame);
+    return true;
 }
 
 // Whether the transfer is complete.
@@ -384,6 +425,7 @@ void UsbDevice::pump() {
             moved = true;
         }
     }
+    if (hasRoom()) device_.onRoom();
     update();
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
 #include <deque>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "core/splitter.h"
 #include "device.h"
@@ -88,17 +90,14 @@ struct Transfer {
     }
 };
 
-/// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines.
+/// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines, and a thread of its
+/// own what the device does unasked.
 class UsbDevice {
 public:
     UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
-              bool verbose)
-        : serial_(serial),
-          device_(model, {serial, Identity().alias}),
-          node_(node),
-          hasDriver_(driver),
-          bound_(driver),
-          verbose_(verbose) {}
+              const Signals& signals, bool verbose);
+    UsbDevice(const UsbDevice&) = delete;
+    UsbDevice& operator=(const UsbDevice&) = delete;
 
     const std::string& serial() const { return serial_; }
     const Model& model() const { return device_.model(); }
@@ -123,6 +122,8 @@ private:
     static constexpr std::size_t mostRemembered = 16, mostRequests = 64;
     // A client that takes no replies is not listened to, so that what waits for it stays bounded.
     static constexpr std::size_t mostReplies = 4096;
+    // What it sends unasked is lost sooner, so that requests still get through.
+    static constexpr std::size_t mostStreamed = mostReplies / 2, fewReplies = 128;
     static constexpr int largestTransfer = 1 << 20;
 
     long submit(UMockdevIoctlClient* client, Ref<UMockdevIoctlData> data);
@@ -134,7 +135,11 @@ private:
     long disconnectAndClaim(UMockdevIoctlClient* client, const usbdevfs_disconnect_claim& wanted);
     void control(const Transfer& transfer);
     std::optional<Bytes> descriptor(std::uint16_t which);
+    void runAgenda(const std::stop_token& stopped);
     void receive(ByteView bytes);
+    void enqueue(ByteView frame);
+    bool sendUnasked(const Frame& frame);
+    bool hasRoom() const { return claimer_ != nullptr && replies_.size() < fewReplies; }
     bool serve(const Transfer& transfer);
     bool deliver(const Transfer& transfer);
     void pump();
@@ -158,6 +163,8 @@ private:
     std::size_t outCount_ = 0;
     std::deque<std::string> out_;
     std::deque<std::string> requests_;
+    std::condition_variable_any earlier_;  // something is due before what the thread waits for
+    std::jthread clockwork_;
 };
 
 }  // namespace zvr::sim

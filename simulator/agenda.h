@@ -1,0 +1,42 @@
+// What a device does later, unasked.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+
+namespace zvr::sim {
+
+/// Actions by the time at which they are due. What serves the device runs them; not thread-safe.
+class Agenda {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    void at(Clock::time_point due, std::function<void()> action) {
+        const auto place = actions_.emplace(due, std::move(action));
+        if (place == actions_.begin()) onEarlier();
+    }
+
+    /// When the first action is due.
+    std::optional<Clock::time_point> next() const {
+        if (actions_.empty()) return std::nullopt;
+        return actions_.begin()->first;
+    }
+
+    /// Runs what is due now. What these actions add has to wait for the next call.
+    void run() {
+        const auto end = actions_.upper_bound(Clock::now());
+        std::multimap<Clock::time_point, std::function<void()>> due;
+        while (actions_.begin() != end) due.insert(actions_.extract(actions_.begin()));
+        for (const auto& [time, action] : due) action();
+    }
+
+    /// Called when the first action has become an earlier one; set by what runs the agenda.
+    std::function<void()> onEarlier = [] {};
+
+private:
+    std::multimap<Clock::time_point, std::function<void()>> actions_;
+};
+
+}  // namespace zvr::sim
