@@ -96,13 +96,14 @@ void defineSystemAnalog(Package& package) {
     Feature sensors(package, "SystemAnalog", "Battery, acceleration and temperature of a Wi-Fi device.",
                     Feature::Base::none);
     sensors.field({"battery", "int", "last battery reading"}).field({"thermo", "float", "last temperature read"});
-    Definition acceleration = defineExchange({"_Wifi_readAcceleration",
-                                              {},
-                                              {},
-                                              READ_ACCELERATION,
-                                              {},
-                                              numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
-                                              "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."});
+    Definition acceleration =
+        defineExchange({"_Wifi_readAcceleration",
+                        {},
+                        {},
+                        READ_ACCELERATION,
+                        {},
+                        numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
+                        "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."});
     acceleration.twin = "_Wifi_readAccleration_async";  // the name it has always had
     sensors.add(std::move(acceleration));
     // clang-format off

@@ -104,6 +104,7 @@ protected:
     tcp::acceptor acceptor_{context_, tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
     tcp::socket device_{context_};
     Delivery delivery_;
+    Milestone readReports_;
     std::vector<std::shared_ptr<TcpClient>> clients_;
     std::vector<std::shared_ptr<Receiver>> started_;
 };
@@ -177,34 +178,32 @@ TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
 
 // The first pause is 100 ms, and each is twice the one before.
 TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgain) {
-    Milestone reports;
-    std::atomic<bool> dead{true};
-    const auto source = std::make_shared<FakeSource>([&](int, std::vector<Packet>& packets) {
-        if (dead) throw std::system_error(std::make_error_code(std::errc::no_such_device));
+    const auto dead = std::make_shared<std::atomic<bool>>(true);
+    const auto source = std::make_shared<FakeSource>([dead](int, std::vector<Packet>& packets) {
+        if (*dead) throw std::system_error(std::make_error_code(std::errc::no_such_device));
         packets.push_back({7, {}});
         return Reading::ended;
     });
-    const auto receiver = start(source, [&](std::exception_ptr) { reports.reach(); });
+    const auto receiver = start(source, [this](std::exception_ptr) { readReports_.reach(); });
     const auto begin = Clock::now();
     receiver->gate.release();
-    ASSERT_TRUE(reports.awaitCount(3));
+    ASSERT_TRUE(readReports_.awaitCount(3));
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(300));
-    dead = false;
+    *dead = false;
     receiver->gate.release();  // whoever turns the gate need not wait for the pause
     ASSERT_TRUE(delivery_.packets.awaitCount(1, Clock::now() + std::chrono::milliseconds(350)));
-    EXPECT_EQ(reports.count(), 3);
+    EXPECT_EQ(readReports_.count(), 3);
 }
 
 TEST_F(ReceiverTest, MissingClientIsReportedOnlyWhereReadsAre) {
-    Milestone reports;
-    const auto loud = start(nullptr, [&](std::exception_ptr failure) {
+    const auto loud = start(nullptr, [this](std::exception_ptr failure) {
         EXPECT_THROW(std::rethrow_exception(failure), MissingClient);
-        reports.reach();
+        readReports_.reach();
     });
     const auto silent = start(nullptr);
     loud->gate.release();
     silent->gate.release();
-    ASSERT_TRUE(reports.awaitCount(1));
+    ASSERT_TRUE(readReports_.awaitCount(1));
     silent->setSource(std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
         packets.push_back({7, {}});
         return Reading::ended;

@@ -1,0 +1,185 @@
+// Scales, row queues, and the reader thread of an analog input.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <thread>
+
+#include "core/stream_reader.h"
+#include "support.h"
+
+namespace zvr {
+namespace {
+
+using testing::Milestone;
+using testing::patience;
+
+constexpr double ratio = 10.0 / 32768;
+
+// Rows of consecutive 16-bit numbers.
+Bytes counting(int first, std::size_t samples) {
+    Bytes bytes;
+    for (std::size_t i = 0; i < samples; ++i)
+        appendBigEndian(bytes, static_cast<std::int16_t>(first + static_cast<int>(i)));
+    return bytes;
+}
+
+std::vector<double> valuesOf(const std::vector<RowRun>& runs) {
+    std::vector<double> values;
+    for (const RowRun& run : runs) {
+        const std::size_t before = values.size(), columns = static_cast<std::size_t>(run.layout.columns);
+        values.resize(before + run.rows * columns);
+        convertRows(run.layout, run.bytes, run.rows, values.data() + before, columns);
+    }
+    return values;
+}
+
+// The ratio of the 16-bit models makes exact products, so that the exact decimal fraction can be told with integers.
+TEST(Scale, RoundsEveryCodeToFourDecimalsTiesToEven) {
+    const auto scale = Scale16::of(ratio);
+    EXPECT_EQ(scale, Scale16::of(ratio));
+    for (int code = -32768; code < 32768; ++code) {
+        const std::int64_t scaled = std::int64_t{code} * 100000;  // times 1 / 32768 is ten thousandths of a volt
+        std::int64_t whole = scaled >> 15;
+        const std::int64_t rest = scaled - (whole << 15);
+        if (rest > 16384 || (rest == 16384 && whole % 2 != 0)) ++whole;
+        ASSERT_EQ((*scale)(static_cast<std::int16_t>(code)), static_cast<double>(whole) / 10000) << code;
+    }
+    EXPECT_TRUE(std::isnan(roundDecimals(std::nan(""), 4)));
+    EXPECT_EQ(roundDecimals(1e300, 4), 1e300);
+}
+
+TEST(Scale, ConvertsRowsOfEveryKindIntoStridedMemory) {
+    const Bytes bytes = {0xFF, 0xFF, 0xFF, 0x7F, 0xFF, 0xFF, 0x80, 0, 0, 0, 0, 1};
+    std::vector<double> out(6, -99);
+    convertRows(RowLayout::scaled24(2, 0.5), bytes.data(), 2, out.data(), 3);
+    EXPECT_EQ(out, (std::vector<double>{-0.5, 4194303.5, -99, -4194304, 0.5, -99}));
+    convertRows(RowLayout::scaled16(1, 1), bytes.data(), 2, out.data(), 2);
+    EXPECT_EQ(out[0], -1);
+    EXPECT_EQ(out[2], -129);
+}
+
+TEST(RowQueue, KeepsOrderOverSmallAndLargeFramesAndLayoutsHoweverItIsRead) {
+    std::mt19937 random(7);
+    RowQueue queue(1000000);
+    std::vector<double> expected, got;
+    for (int frame = 0, next = 0; frame < 400; ++frame) {
+        const int columns = frame < 200 ? 4 : 3;
+        const std::size_t rows = random() % (frame % 50 == 0 ? 3000 : 20);
+        const std::size_t samples = rows * static_cast<std::size_t>(columns);
+        EXPECT_EQ(queue.put(RowLayout::scaled16(columns, 1), counting(next % 30000, samples)), 0U);
+        for (std::size_t i = 0; i < samples; ++i) {
+            expected.push_back(static_cast<std::int16_t>(next % 30000 + static_cast<int>(i)));
+        }
+        next += static_cast<int>(samples);
+        if (random() % 3 == 0) {
+            const auto values = valuesOf(queue.take(random() % 200));
+            got.insert(got.end(), values.begin(), values.end());
+        }
+    }
+    const std::size_t left = queue.size();
+    std::size_t uniform = 0;
+    while (queue.size() != 0) {
+        const auto [columns, rows] = queue.uniformRows();
+        EXPECT_TRUE(columns == 4 || columns == 3);
+        uniform += rows;
+        const auto values = valuesOf(queue.take(rows));
+        EXPECT_EQ(values.size(), rows * static_cast<std::size_t>(columns));
+        got.insert(got.end(), values.begin(), values.end());
+    }
+    EXPECT_EQ(uniform, left);
+    EXPECT_EQ(got, expected);
+}
+
+TEST(RowQueue, DropsTheNewestRowsWhenFullAndRefusesBrokenFrames) {
+    RowQueue queue(5);
+    const RowLayout layout = RowLayout::scaled16(2, 1);
+    EXPECT_EQ(queue.put(layout, counting(0, 6)), 0U);
+    EXPECT_EQ(queue.put(layout, counting(6, 8)), 2U);
+    EXPECT_EQ(queue.put(layout, counting(90, 2)), 1U);
+    EXPECT_EQ(queue.dropped(), 3U);
+    EXPECT_THROW(queue.put(layout, Bytes(5)), std::invalid_argument);
+    EXPECT_EQ(valuesOf(queue.take(100)), (std::vector<double>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(queue.put(layout, counting(10, 2)), 0U);
+    EXPECT_EQ(queue.waitForSize(2, Clock::now()), 1U);
+}
+
+// What a run shows must not change while the queue goes on growing behind it.
+TEST(RowQueue, RunsStayAsTheyAreWhileOthersWriteAndRead) {
+    RowQueue queue(1000000);
+    const RowLayout layout = RowLayout::scaled16(1, 1);
+    constexpr int frames = 20000;
+    std::thread writer([&] {
+        for (int i = 0; i < frames; ++i) queue.put(layout, counting(i, 1));
+    });
+    int next = 0;
+    while (next < frames) {
+        queue.waitForSize(1, patience());
+        for (const double value : valuesOf(queue.take(77))) ASSERT_EQ(value, static_cast<std::int16_t>(next++));
+    }
+    writer.join();
+    EXPECT_EQ(queue.size(), 0U);
+}
+
+class StreamReaderTest : public ::testing::Test {
+protected:
+    StreamReaderTest() {
+        for (int i = 0; i < 3; ++i) {
+            pairs_.push_back({std::make_shared<StreamFifo>(), std::make_shared<RowQueue>(i == 2 ? 10 : 100000)});
+        }
+        reader_ = std::make_shared<StreamReader>(
+            "_AIStreamThread", pairs_, RowLayout::scaled16(2, 1),
+            [this](const std::string& name, std::exception_ptr failure) {
+                EXPECT_EQ(name, "_AIStreamThread");
+                EXPECT_THROW(std::rethrow_exception(failure), std::invalid_argument);
+                reports_.reach();
+            },
+            [this] { overflows_.reach(); });
+        reader_->start();
+    }
+    ~StreamReaderTest() override {
+        reader_->end();
+        EXPECT_TRUE(reader_->awaitEnd(patience()));
+    }
+
+    Milestone reports_, overflows_;
+    std::vector<StreamReader::Pair> pairs_;
+    std::shared_ptr<StreamReader> reader_;
+};
+
+TEST_F(StreamReaderTest, WaitsAtItsGateAndThenFilesEveryQueueInOrder) {
+    for (int frame = 0; frame < 100; ++frame) {
+        for (int i = 0; i < 2; ++i)
+            pairs_[static_cast<std::size_t>(i)].frames->tryPut(counting(100 * i + 4 * frame, 4));
+    }
+    pairs_[0].frames->tryPut(std::nullopt);
+    EXPECT_EQ(pairs_[0].rows->waitForSize(1, Clock::now() + std::chrono::milliseconds(20)), 0U);
+    reader_->gate.release();
+    ASSERT_EQ(pairs_[0].rows->waitForSize(200, patience()), 200U);
+    ASSERT_EQ(pairs_[1].rows->waitForSize(200, patience()), 200U);
+    const auto values = valuesOf(pairs_[1].rows->take(200));
+    for (std::size_t i = 0; i < values.size(); ++i) ASSERT_EQ(values[i], 100 + static_cast<double>(i));
+    reader_->setLayout(RowLayout::scaled16(4, 1));
+    pairs_[1].frames->tryPut(counting(0, 4));
+    ASSERT_EQ(pairs_[1].rows->waitForSize(1, patience()), 1U);
+    EXPECT_EQ(pairs_[1].rows->uniformRows(), (std::pair{4, std::size_t{1}}));
+}
+
+TEST_F(StreamReaderTest, TellsOfAnOverflowOnceAndGoesOn) {
+    reader_->gate.release();
+    for (int i = 0; i < 50; ++i) pairs_[2].frames->tryPut(counting(0, 2));
+    ASSERT_TRUE(overflows_.awaitCount(1));
+    pairs_[0].frames->tryPut(counting(5, 2));
+    ASSERT_EQ(pairs_[0].rows->waitForSize(1, patience()), 1U);
+    EXPECT_EQ(overflows_.count(), 1);
+}
+
+TEST_F(StreamReaderTest, EndsWithAReportAtABrokenFrame) {
+    reader_->gate.release();
+    pairs_[0].frames->tryPut(counting(0, 3));
+    ASSERT_TRUE(reports_.awaitCount(1));
+    EXPECT_TRUE(reader_->awaitEnd(patience()));
+}
+
+}  // namespace
+}  // namespace zvr
