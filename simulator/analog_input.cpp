@@ -197,6 +197,18 @@ public:
         });
     }
 
+    /// The same with values that do not repeat the port.
+    void onCounters(Command command, std::size_t count,
+                    std::function<std::vector<std::uint32_t>(Port& port)> read) const {
+        device_.on(command, [ports = ports_, count, read = std::move(read)](ByteView data) {
+            const auto found = ports->find(slice(data, 0, 1)[0]);
+            Bytes bytes;
+            const auto values = found != ports->end() ? read(found->second) : std::vector<std::uint32_t>(count);
+            for (const std::uint32_t value : values) appendBigEndian(bytes, value);
+            return bytes;
+        });
+    }
+
     /// A command without a reply.
     void onOrder(Command command, std::function<void(Port& port)> order) const {
         device_.onSilent(command, [ports = ports_, order = std::move(order)](ByteView data) {
@@ -211,12 +223,6 @@ private:
 };
 
 std::uint8_t byteOf(ByteView rest) { return slice(rest, 0, 1)[0]; }
-
-Bytes wordsOf(std::initializer_list<std::uint32_t> words) {
-    Bytes data;
-    for (const std::uint32_t word : words) appendBigEndian(data, word);
-    return data;
-}
 
 void addSettings(const Commands& commands) {
     commands.onChange(SET_AI_MODE, [](Port& port, ByteView rest) { return port.setMode(byteOf(rest)); });
@@ -243,16 +249,16 @@ void addReads(const Commands& commands, const AnalogInputs& inputs) {
 }
 
 void addCounters(const Commands& commands) {
-    commands.onRead(GET_AI_COUNTERS, 9 * 4, [](Port& port, ByteView) {
+    commands.onCounters(GET_AI_COUNTERS, 9, [](Port& port) -> std::vector<std::uint32_t> {
         const SampleCounters& of = port.counters();
-        return wordsOf({of.rows, of.samples, of.framesMade, of.framesSent, of.framesDropped, of.lateRows, of.runs,
-                        of.reads, of.refusals});
+        return {of.rows,     of.samples, of.framesMade, of.framesSent, of.framesDropped,
+                of.lateRows, of.runs,    of.reads,      of.refusals};
     });
-    commands.onRead(CHECK_BUFFER_STATUS, 4 * 4, [](Port& port, ByteView) {
+    commands.onCounters(CHECK_BUFFER_STATUS, 4, [](Port& port) -> std::vector<std::uint32_t> {
         const SampleRun* run = port.run();
         const auto waiting = static_cast<std::uint32_t>(run ? run->waitingRows() : 0);
         const auto size = static_cast<std::uint32_t>(run ? run->frameRows() : 0);
-        return wordsOf({waiting, size, port.counters().framesMade, port.counters().framesDropped});
+        return {waiting, size, port.counters().framesMade, port.counters().framesDropped};
     });
     commands.onChange(CLEAR_DATA, [](Port& port, ByteView) {
         port.counters() = {};

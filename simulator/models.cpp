@@ -32,12 +32,12 @@ AnalogInputs inputs16(double rate) {
     return {{0}, {}, READ_AI_ON_DEMAND, START_AI_STREAMING, Choice::nothing, {rate}, {}};
 }
 
-// Clients may choose how many channels there are; the fewer, the faster.
-AnalogInputs variableInputs(Choice choice, std::vector<double> rates) {
-    return {{0}, {}, READ_AI_ON_DEMAND_VARIABLE, START_AI_STREAMING_VARIABLE, choice, std::move(rates), {}};
+// Clients choose how many channels there are.
+AnalogInputs variableInputs(std::vector<double> rates) {
+    return {{0}, {}, READ_AI_ON_DEMAND_VARIABLE, START_AI_STREAMING_VARIABLE, Choice::channels, std::move(rates), {}};
 }
 
-AnalogInputs usbInputs() { return variableInputs(Choice::channels, {16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000}); }
+AnalogInputs usbInputs() { return variableInputs({16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000}); }
 
 AnalogInputs inputs24(double rate) {
     return {{0}, {3, 1.3904889343373708e-6, false}, READAI24BIT, AI_START_STREAMING_24BIT, Choice::nothing, {rate}, {}};
@@ -91,40 +91,51 @@ std::span<const Model> models() {
             {}, {addSystem, addDio, addPwm, addCounter, addEncoder, addAnalogInput, addAnalogOutput},
             usbInputs(), streamedOutputs(0, 5, 16000)},
 
-        {"HeronAnalog", "Heron-Analog", wifi, 2000, 8, true, boardLines(), {}, {addSystem, addNetwork, addWifi, addDio, addAnalogInput},
-            variableInputs(Choice::nothing, {10000})},
-        {"HeronImu",    "Heron-Imu",    wifi, 2000, 8, true, boardLines(), {}, {addSystem, addNetwork, addWifi, addDio, addSdCard, addAnalogInput},
-            variableInputs(Choice::nothing, {10000})},
-        {"HeronOut",    "Heron-Out",    wifi, 2000, 8, true, boardLines(), {}, {addSystem, addNetwork, addWifi, addDio, addSdCard, addAnalogOutput},
+        {"HeronAnalog", "Heron-Analog", wifi, 2000, 8, true, boardLines(), {},
+            {addSystem, addNetwork, addWifi, addDio, addAnalogInput},
+            variableInputs({10000})},
+        {"HeronImu",    "Heron-Imu",    wifi, 2000, 8, true, boardLines(), {},
+            {addSystem, addNetwork, addWifi, addDio, addSdCard, addAnalogInput},
+            variableInputs({10000})},
+        {"HeronOut",    "Heron-Out",    wifi, 2000, 8, true, boardLines(), {},
+            {addSystem, addNetwork, addWifi, addDio, addSdCard, addAnalogOutput},
             {}, heldOutputs({0})},
         {"HeronMixed",  "Heron-Mixed",  wifi, 2000, 8, true,
             {outputs(ledPort, pins(0, 2)), inputs(powerPort, pins(0, 1)), inputs(2, pins(0, 7)), outputs(3, pins(0, 7))},
             {{3, 2}}, {addSystem, addNetwork, addWifi, addDio, addSdCard, addAnalogInput, addAnalogOutput},
-            variableInputs(Choice::channels, {10000}), heldOutputs({0})},
-        {"HeronFast",   "Heron-Fast",   wifi, 2000, 8, true, boardLines(), {}, {addSystem, addNetwork, addWifi, addDio, addAnalogInput},
-            variableInputs(Choice::nothing, {20000})},
+            variableInputs({10000}), heldOutputs({0})},
+        {"HeronFast",   "Heron-Fast",   wifi, 2000, 8, true, boardLines(), {},
+            {addSystem, addNetwork, addWifi, addDio, addAnalogInput},
+            variableInputs({20000})},
 
-        {"TarnAnalog",      "Tarn-Analog",       ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addAnalogInput}, inputs16(20000)},
-        {"TarnAnalog24",    "Tarn-Analog24",     ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addAnalogInput}, inputs24(10000)},
+        {"TarnAnalog",      "Tarn-Analog",       ethernet, 1900, 8, false, {}, {},
+            {addSystem, addNetwork, addSntp, addAnalogInput}, inputs16(20000)},
+        {"TarnAnalog24",    "Tarn-Analog24",     ethernet, 1900, 8, false, {}, {},
+            {addSystem, addNetwork, addSntp, addAnalogInput}, inputs24(10000)},
         {"TarnDio",         "Tarn-Dio",          ethernet, 1900, 8, true,
             {outputs(0, pins(0, 5)), inputs(1, pins(0, 7))},
             {{0, 1}}, {addSystem, addNetwork, addSntp, addDio, addPwm}},
         {"TarnDioLite",     "Tarn-Dio-Lite",     ethernet, 1900, 8, false,
             {outputs(0, pins(0, 7)), outputs(1, pins(0, 7)), inputs(2, pins(0, 7)), inputs(3, pins(0, 7))},
             {{0, 2}, {1, 3}}, {addSystem, addNetwork, addSntp, addDio}},
-        {"TarnCurrent",     "Tarn-Current",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addAnalogInput}, currentInputs({0})},
-        {"TarnCurrentVolt", "Tarn-Current-Volt", ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addAnalogInput}, currentInputs({0, 1})},
+        {"TarnCurrent",     "Tarn-Current",      ethernet, 1900, 8, false, {}, {},
+            {addSystem, addNetwork, addSntp, addAnalogInput}, currentInputs({0})},
+        {"TarnCurrentVolt", "Tarn-Current-Volt", ethernet, 1900, 8, false, {}, {},
+            {addSystem, addNetwork, addSntp, addAnalogInput}, currentInputs({0, 1})},
         {"TarnRelay",       "Tarn-Relay",        ethernet, 1900, 8, true,
             {outputs(0, pins(0, 5)), inputs(1, pins(0, 5))},
             {{0, 1}}, {addSystem, addNetwork, addSntp, addDio}},
-        {"TarnOut",         "Tarn-Out",          ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addAnalogOutput},
+        {"TarnOut",         "Tarn-Out",          ethernet, 1900, 8, false, {}, {},
+            {addSystem, addNetwork, addSntp, addAnalogOutput},
             {}, streamedOutputs(-10, 10, 15000)},
         {"TarnPot",         "Tarn-Pot",          ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"TarnThermo",      "Tarn-Thermo",       ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
 
-        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
+        {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {},
+            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
             slotInputs(), heldOutputs({0, 1, 3})},
-        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {}, {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
+        {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {},
+            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
             slotInputs(), heldOutputs({0, 1, 3})},
         {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
         {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},

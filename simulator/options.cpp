@@ -45,9 +45,10 @@ Faults of the replies; P is a probability from 0 to 1:
 
 Analog inputs:
   --wave CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]
-                     what is at a channel, 0 to 7 or * for all: sine, ramp, noise, constant, square or count
+                     what is at a channel, 0 to 7, or * for all (sine of 10, 20 ... 80 Hz and 5 V): sine, ramp,
+                     noise, constant, square, or count, which numbers the samples
   --fast             sample as fast as the clients take it
-  --frame-rows N     rows of a data frame
+  --frame-rows N     rows of a data frame (those of 5 ms; with --fast 8 KB)
 )";
 
 struct BadOption : std::runtime_error {

@@ -40,20 +40,22 @@ SampleRun::SampleRun(Device& device, RunPlan plan, const std::shared_ptr<SampleC
 
 // Each from its number, so that nothing adds up.
 SampleRun::Clock::time_point SampleRun::timeOf(std::uint64_t row) const {
-    return plan_.start +
-           std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(static_cast<double>(row) / plan_.rate));
+    constexpr double never = 1e9;  // s; a clock does not count much further
+    const std::chrono::duration<double> after(std::min(never, static_cast<double>(row) / plan_.rate));
+    return plan_.start + std::chrono::ceil<Clock::duration>(after);
 }
 
 std::uint64_t SampleRun::dueRows(Clock::time_point now) const {
-    if (now < plan_.start) return 0;
     constexpr double rounding = 1e-6;
     const double last = std::floor(std::chrono::duration<double>(now - plan_.start).count() * plan_.rate + rounding);
     return static_cast<std::uint64_t>(last) + 1;
 }
 
 void SampleRun::advance() {
+    const Clock::time_point now = Clock::now();
+    if (now < plan_.start) return schedule(plan_.start);
     const std::uint64_t end = plan_.rows.value_or(UINT64_MAX);
-    const std::uint64_t due = fast_ && Clock::now() >= plan_.start ? end : std::min(end, dueRows(Clock::now()));
+    const std::uint64_t due = fast_ ? end : std::min(end, dueRows(now));
     if (!fast_ && due > made_ + 2 * frameRows_) counters_->lateRows += static_cast<std::uint32_t>(due - made_);
     waits_ = false;
     for (std::size_t bytes = 0; made_ < due && bytes < turnBytes;) {
@@ -66,7 +68,7 @@ void SampleRun::advance() {
         bytes += count * rowSize_ * frames_.size();
         if (filled_ == frameRows_ || finished()) sendFrames();
     }
-    if (!finished()) schedule(made_ < due ? Clock::now() : timeOf(std::min(end, made_ + frameRows_ - filled_) - 1));
+    if (!finished()) schedule(made_ < due ? now : timeOf(std::min(end, made_ + frameRows_ - filled_) - 1));
 }
 
 // Not at once, since it is called amid the work of a connection.

@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<std::string_view, 6> kindNames = {"sine", "ramp", "noise", "constant", "square", "count"};
 
 // Rows of a period that is kept as codes.
-constexpr std::uint64_t longestPeriod = 1 << 16;
+constexpr std::uint64_t longestPeriod = 1 << 15;
 
 // Random bits that depend on nothing but the number: what a row holds does not depend on how rows are asked for.
 std::uint64_t scramble(std::uint64_t number) {
@@ -28,7 +28,7 @@ std::uint64_t scramble(std::uint64_t number) {
 // After how many rows a signal is where it was; 0 if that takes too long.
 std::uint64_t periodOf(const Waveform& wave, double rate, std::size_t bytes) {
     if (wave.kind == WaveKind::constant || (wave.kind != WaveKind::count && wave.frequency == 0)) return 1;
-    if (wave.kind == WaveKind::count) return bytes == 2 ? longestPeriod / mostAnalogChannels : 0;
+    if (wave.kind == WaveKind::count) return bytes == 2 ? 0x10000 / mostAnalogChannels : 0;
     if (wave.kind == WaveKind::noise) return 0;
     constexpr double fraction = 1024 * 125;  // binary and decimal fractions are told
     const double frequency = wave.frequency * fraction;
@@ -41,10 +41,11 @@ std::uint64_t periodOf(const Waveform& wave, double rate, std::size_t bytes) {
 }
 
 double realOf(std::string_view text) {
+    constexpr double most = 1e6;
     double number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) {
-        throw std::invalid_argument("\"" + std::string(text) + "\" is not a number");
+    if (error != std::errc() || end != text.data() + text.size() || !(std::abs(number) <= most)) {
+        throw std::invalid_argument("\"" + std::string(text) + "\" is not a number up to 1000000");
     }
     return number;
 }
