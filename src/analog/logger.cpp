@@ -22,6 +22,10 @@ class Logger final : public OwnedThread, public std::enable_shared_from_this<Log
 public:
     using Item = SharedObject;  // a matrix of rows; nothing is a marker that only wakes
 
+    struct Target {
+        SharedObject file, writer;
+    };
+
     explicit Logger(std::shared_ptr<const std::atomic<bool>> killed)
         : OwnedThread("_saveStreamingDataThread", reportThreadFailure), killed_(std::move(killed)) {}
 
@@ -33,11 +37,12 @@ public:
         for (;;) {
             gate.pass();
             std::optional<Item> item = queue.tryGet();
-            if (!item && isOver()) return;
+            if (!item && isOver()) break;
             if (!item) item = queue.get(deadlineIn(QUEUE_TIMEOUT));
             if (item && *item) write(std::move(*item));
             noteDone();
         }
+        finish();
     }
 
     void end() {
@@ -57,9 +62,11 @@ public:
     }
 
     /// Nothing while no file is open.
-    void setWriter(SharedObject writer) {
-        const std::lock_guard lock(mutex_);
-        writer_ = std::move(writer);
+    void setTarget(Target target) {
+        {
+            const std::lock_guard lock(mutex_);
+            std::swap(target_, target);
+        }
         reported_ = false;
     }
 
@@ -72,26 +79,49 @@ private:
     bool isOver() const { return ended_ || *killed_; }
 
     void write(Item rows) {
-        SharedObject writer;
+        Target target;
         {
             const std::lock_guard lock(mutex_);
-            writer = writer_;
+            target = target_;
             writing_ = true;
         }
+        attempt([&] {
+            // Only at the very end may there be rows without a file.
+            if (target.writer)
+                writeRows(target.writer.get(), rows.get());
+            else
+                ++lost_;
+        });
+        onInterpreter([&] {
+            rows.reset();
+            target = {};
+        });
+    }
+
+    // An object that was dropped has not closed its file.
+    void finish() {
+        Target target;
+        {
+            const std::lock_guard lock(mutex_);
+            std::swap(target_, target);
+        }
+        if (target.file) attempt([&] { callMethod(target.file.get(), "close"); });
+        onInterpreter([&] { target = {}; });
+    }
+
+    template <class Action>
+    void attempt(Action&& action) {
         onInterpreter([&] {
             try {
-                writeRows(writer.get(), rows.get());
-            } catch (py::error_already_set& failure) {
+                action();
+            } catch (...) {
                 ++lost_;
-                if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
+                if (!reported_.exchange(true)) reportThreadFailure(name(), std::current_exception());
             }
-            rows.reset();
-            writer.reset();
         });
     }
 
     static void writeRows(PyObject* writer, PyObject* rows) {
-        if (writer == nullptr) throw py::value_error("no file is open");
         if (!py::isinstance<SampleBlock>(rows)) {
             callMethod(writer, "writerows", py::handle(rows));
             return;
@@ -118,9 +148,9 @@ private:
     std::atomic<std::uint64_t> lost_{0};
     std::mutex mutex_;
     std::condition_variable idle_;
-    SharedObject writer_;
+    Target target_;
     bool writing_ = false;
-    bool reported_ = false;
+    std::atomic<bool> reported_{false};
 };
 
 struct LoggerPart final : RuntimePart {
@@ -157,7 +187,7 @@ void closeFile(py::handle self) {
     if (file.is_none()) return;
     const auto logger = loggerOf(self);
     blocking([&](const Attend& attend) { logger->awaitWritten(attend); });
-    logger->setWriter(nullptr);
+    logger->setTarget({});
     setAttribute(self, "f_handle", py::none());
     setAttribute(self, "writer_csv", py::none());
     callMethod(file, "close");
@@ -174,7 +204,7 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
                    setAttribute(self, "f_handle", file);
                    setAttribute(self, "writer_csv", writer);
                    setAttribute(self, "filename", name);
-                   logger->setWriter(shared(writer));
+                   logger->setTarget({shared(file), shared(writer)});
                });
     callMethod(attribute(self, "save_data_lock"), "release");
     if (PyObject_IsTrue(verbose.ptr()) != 0) py::print(py::str("Opened file name: ({})").format(name));
@@ -229,7 +259,7 @@ void defineLogger(Package& package) {
                 [](py::handle self, const Object& value) { callMethod(self, "Logger_writeList", alone(value)); })
         .method("Logger_flush", {},
                 "Waits until everything queued is in the file, and the file on its way to the disk.", {},
-                {"OSError: the disk refuses it"},
+                {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
                 [](py::handle self) {
                     const Object file = attribute(self, "f_handle");
                     if (file.is_none()) return;

@@ -98,6 +98,9 @@ void thenAlways(Step step, Rest rest) {
 /// Whether a thread of ours may still take the interpreter lock.
 bool interpreterAlive();
 
+/// Reports the exception that is being handled as one that nobody can be given.
+void reportUnraisable() noexcept;
+
 /// Runs `action` under the interpreter lock on a thread of the library; does nothing once the interpreter is going
 /// away. A failure of `action` is reported as unraisable.
 template <class Action>
@@ -106,8 +109,8 @@ void onInterpreter(Action&& action) noexcept {
     const py::gil_scoped_acquire acquired;
     try {
         action();
-    } catch (py::error_already_set& error) {
-        error.discard_as_unraisable("pyzvr");
+    } catch (...) {
+        reportUnraisable();
     }
 }
 

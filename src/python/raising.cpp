@@ -68,6 +68,11 @@ void raiseCurrent() noexcept {
     }
 }
 
+void reportUnraisable() noexcept {
+    raiseCurrent();
+    PyErr_WriteUnraisable(Py_None);
+}
+
 void prepareRaising() {
     py::register_local_exception_translator([](std::exception_ptr failure) {
         try {

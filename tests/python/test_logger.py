@@ -1,0 +1,120 @@
+"""The data logger: what reaches its files, in which order, and what happens when the disk refuses."""
+
+import csv
+import gc
+import threading
+
+import pytest
+from test_analog import frames, row, volts, wired
+
+import pyzvr
+
+
+def content(path):
+    with open(path, newline="", encoding="utf8") as file:
+        return list(csv.reader(file))
+
+
+@pytest.fixture
+def logger():
+    logger = pyzvr.DataLogger()
+    yield logger
+    logger._Logger_close()
+
+
+def test_rows_queued_before_and_after_opening_reach_the_file_in_order(logger, tmp_path, capsys):
+    path = tmp_path / "log.csv"
+    logger.Logger_writeHeader(["time", "größe"])
+    logger.Logger_writeList([1, 2.5])
+    assert logger.f_handle is None and logger.save_data_queue.qsize() == 2 and logger.save_data_lock.locked()
+    logger.Logger_openFile(str(path))
+    logger.Logger_write2DList([["a,b", 'quoted "x"'], ["c\nd", ""]])
+    logger.Logger_writeValue(7)
+    logger.Logger_flush()
+    expected = [["time", "größe"], ["1", "2.5"], ["a,b", 'quoted "x"'], ["c\nd", ""], ["7"]]
+    assert content(path) == expected and path.read_bytes().startswith("time,größe\r\n".encode())
+    assert capsys.readouterr().out == f"Opened file name: ({path})\n" and logger.filename == str(path)
+    logger._Logger_close()
+    assert logger.f_handle is None and logger.killed and content(path) == expected
+    logger.save_data_thread.join(5)
+    assert not logger.save_data_thread.is_alive()
+
+
+def test_files_are_added_to_or_cleared_and_changed_in_between(logger, tmp_path):
+    first, second = tmp_path / "1.csv", tmp_path / "2.csv"
+    first.write_text("old\r\n")
+    logger.Logger_openFile(str(first), verbose=False)
+    for number in range(1000):
+        logger.Logger_writeValue(number)
+    logger.Logger_openFile(str(second), True, False)
+    logger.Logger_writeValue("new")
+    assert content(first) == [["old"], *([str(number)] for number in range(1000))]
+    logger.Logger_openFile(str(first), clear_old=True, verbose=False)
+    assert content(second) == [["new"]] and content(first) == []
+
+
+def test_closing_loses_nothing_and_dropping_neither(tmp_path):
+    path = tmp_path / "log.csv"
+    for ends in ("close", "drop"):
+        box = pyzvr.TarnOut()
+        box.Logger_openFile(str(path), True, False)
+        thread = box.save_data_thread
+        for number in range(5000):
+            box.Logger_writeList([number, number / 8])
+        if ends == "close":
+            box.close()
+        del box
+        gc.collect()
+        thread.join(20)
+        gc.collect()
+        assert not thread.is_alive() and len(content(path)) == 5000
+
+
+def test_closing_without_a_file_does_not_wait():
+    box = pyzvr.TarnDio()
+    box.Logger_writeValue(1)
+    box.close()
+    box.save_data_thread.join(5)
+    assert not box.save_data_thread.is_alive() and not hasattr(pyzvr.Pawl, "Logger_openFile")
+
+
+def test_blocks_are_written_as_they_are(tmp_path):
+    path = tmp_path / "log.csv"
+    with wired("TarnAnalog") as box:
+        box.AI_open(0)
+        frames(box, *[row(i) for i in range(700)])
+        box.Logger_openFile(str(path), verbose=False)
+        box.Logger_write2DList(box.AI_readStreamingBlock(0, 700, 5))
+        box.Logger_flush()
+        assert content(path) == [[str(volts(code)) for code in row(i)] for i in range(700)]
+
+
+def test_disk_failures_are_reported_once_and_counted(logger, monkeypatch):
+    reports = []
+    monkeypatch.setattr(threading, "excepthook", lambda args: reports.append((args.exc_type, args.thread.name)))
+    logger.Logger_openFile("/dev/full", verbose=False)
+    for _ in range(5):
+        logger.Logger_write2DList([["x" * 5000]] * 10)
+    logger.Logger_write2DList(5)
+    logger.Logger_writeValue("what waits to be flushed")
+    with pytest.raises(OSError):
+        logger.Logger_flush()
+    assert reports == [(OSError, "_saveStreamingDataThread")] and logger.Logger_getLostWrites() >= 2
+    with pytest.raises(OSError):
+        logger._Logger_close()
+    assert logger.f_handle is None and logger.killed
+
+
+def test_file_that_cannot_be_opened_changes_nothing(logger, tmp_path):
+    path = tmp_path / "log.csv"
+    logger.Logger_openFile(str(path), verbose=False)
+    with pytest.raises(OSError):
+        logger.Logger_openFile(str(tmp_path / "no" / "such"), verbose=False)
+    logger.Logger_writeValue(1)
+    logger.Logger_flush()
+    assert content(path) == [["1"]] and logger.filename == str(path)
+
+
+def test_own_queue_of_a_test_is_looked_at_through_the_object(logger):
+    logger.save_data_queue.put("rows")
+    assert logger.save_data_queue.get() == "rows" and logger.save_data_queue.empty() and logger.queue_timeout == 999999
