@@ -238,10 +238,10 @@ def test_chip_selects_are_joined_row_by_row(call):
         frames(box, *[row(i) for i in range(10)], key=(pyzvr.START_AI_STREAMING, 3, 0))
         frames(box, *[row(-i) for i in range(4)], key=(pyzvr.START_AI_STREAMING, 3, 1))
         joined = [[volts(c) for c in (*row(i), *row(-i))] for i in range(4)]
-        box.ai_signal_queue_list[6].put([1.5] * 8)  # a row of values waits behind those of the device
-        box.ai_signal_queue_list[7].get(timeout=5), frames(box, row(0), key=(pyzvr.START_AI_STREAMING, 3, 1))
-        assert call(box, "AI_readStreamingBlock", 4, 2, 0.05).tolist()[0] == [volts(c) for c in (*row(0), *row(-1))] != joined[1]
-        assert len(call(box, "AI_readStreaming", 4, 8, 0.05)) == 2 and box.AI_getBacklog(4) == 0
+        assert call(box, "AI_readStreamingBlock", 4, 2, 5).tolist() == joined[:2]
+        assert call(box, "AI_readStreaming", 4, 8, 0.05) == joined[2:] and box.AI_getBacklog(4) == 0
+        box.ai_signal_queue_list[7].put([1.5] * 8)  # a row of values beside those of the device
+        assert call(box, "AI_readStreaming", 4, 1, 5) == [[volts(c) for c in row(4)] + [1.5] * 8]
         with pytest.raises(pyzvr.AIPortNotAvaliableError):
             call(box, "AI_readStreaming", 3, 1)
         with pytest.raises(NameError):
