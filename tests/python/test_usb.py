@@ -45,6 +45,11 @@ def test_finding_devices_and_taking_one_from_the_kernel():
         "wrong": ["USBConnectionError", True, None], "detached": True}
 
 
+def test_streams_arrive_whole_in_pieces_of_64_bytes():
+    assert seen_in("streaming", "SableAnalog", "--wave", "*:count") == {
+        "8": [[0, 0, 0, 0], [2000, 2], True, 0, 0], "3": [[0, 0, 0, 0], [6300, 2], True, 0, 0]}
+
+
 def test_transfers_have_at_least_64_bytes():
     report = seen_in("transfers", "SableDio")
     frames = [bytes.fromhex(each) for each in report["out"][:3]]

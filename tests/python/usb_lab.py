@@ -121,6 +121,23 @@ def pulses():
                 "still": still, "closed": [box.Counter_close(0), box.Encoder_close(0), box.PWM_close(0)]}
 
 
+def streaming():
+    """A stream of a counting signal, with all channels and with some."""
+    report = {}
+    with pyzvr.SableAnalog() as box:
+        box.connect()
+        for channels, rate in ((8, 2000), (3, 6300)):
+            ready = [box.AI_open(0), box.AI_enableChannel(0, channels), box.AI_setMode(0, 2), box.AI_setSamplingRate(0, rate)]
+            opened = box.AI_openStreaming(0)[1:]
+            box.AI_startStreaming(0)
+            rows = box.AI_readStreaming(0, 1500, 10)
+            codes = [[round(value * 32768 / 10) for value in row] for row in rows]
+            right = codes == [[8 * k + c for c in range(channels)] for k in range(1500)]
+            report[str(channels)] = [ready, opened, right, box.AI_closeStreaming(0), box.AI_close(0)]
+            box.AI_readStreaming(0, 1000000, 0.1)
+    return report
+
+
 def unplugging():
     """The device vanishes while a request waits, and comes back."""
     reports = []
