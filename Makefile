@@ -5,6 +5,7 @@ BUILD = build/default
 SIM = $(CURDIR)/$(BUILD)/bin/zvr-sim
 PYTHONPATH := $(CURDIR)/build
 FUZZ_SECONDS ?= 60
+SOAK_SECONDS ?= 600
 
 export PYTHONPATH
 export PYTHONDONTWRITEBYTECODE = 1
@@ -14,7 +15,7 @@ export ZVR_SIM = $(SIM)
 configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) >/dev/null
 setup = @tools/setup.sh $(1)
 
-.PHONY: help build demo test bench asan tsan fuzz lint stubs docs clean
+.PHONY: help build demo test bench soak asan tsan fuzz lint stubs docs clean
 
 help: ## Lists the targets
 	@sed -n 's/^\([a-z]*\):.*## /\1\t/p' Makefile | expand -t 10
@@ -39,6 +40,9 @@ bench: ## Measures beside what a user would pick instead
 	$(call configure,bench)
 	$(CMAKE) --build $(BUILD)
 	$(PYTHON) bench/run.py
+
+soak: build ## Streams from sixteen devices for SOAK_SECONDS and compares every row
+	$(PYTHON) bench/soak.py $(SOAK_SECONDS)
 
 asan: ## Runs engine and Python tests under the address and undefined-behaviour sanitizers
 	$(call setup,build asan)

@@ -8,21 +8,17 @@ from __future__ import annotations
 
 import asyncio
 import json
-import os
 import socket
 import subprocess
 import sys
 import threading
 import time
 
+from devices import resident
+
 import pyzvr
 
 DEVICES = 64
-
-
-def resident() -> int:
-    with open("/proc/self/statm") as file:
-        return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
 
 def idle_share(seconds: float) -> float:

@@ -11,6 +11,7 @@ from __future__ import annotations
 import argparse
 import asyncio
 import contextlib
+import functools
 import io
 import json
 import os
@@ -22,31 +23,17 @@ import sys
 import threading
 import time
 import warnings
-from pathlib import Path
 
 import many
+import streams
+from devices import BIN, Simulator
+
 import pyzvr
 
-ROOT = Path(__file__).resolve().parent.parent
-BIN = Path(os.environ.get("ZVR_SIM", ROOT / "build/default/bin/zvr-sim")).parent
 REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
 REPLY_LENGTH = 14
+PARTS = ["pinned", "unpinned", "computing", "many", "streams", "usb", "splitter"]
 now = time.perf_counter_ns
-
-
-class Simulator:
-    def __init__(self, *options: str) -> None:
-        command = [str(BIN / "zvr-sim"), "TarnDio", "--port", "0", "--stdin-stop", *options]
-        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        said = json.loads(self.process.stdout.readline())
-        self.address = said["host"], said["command_port"]
-
-    def __enter__(self) -> Simulator:
-        return self
-
-    def __exit__(self, *_: object) -> None:
-        self.process.stdin.close()
-        self.process.wait()
 
 
 class BareSocket:
@@ -221,6 +208,14 @@ def many_devices() -> None:
             goal(text, value, limit)
 
 
+def acquisition(rounds: int) -> None:
+    with contextlib.redirect_stdout(io.StringIO()) as said:  # devices tell when they are opened and closed
+        goals = streams.report(functools.partial(Simulator, model="TarnAnalog"), rounds)
+    print("\n".join(line for line in said.getvalue().splitlines() if "Tarn-Analog" not in line))
+    for each in goals:
+        goal(*each)
+
+
 def usb() -> None:
     """Round trips over the emulated device; runs beside it."""
     if "UMOCKDEV_DIR" not in os.environ:
@@ -253,7 +248,7 @@ def splitter() -> None:
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("part", nargs="?", choices=["pinned", "unpinned", "computing", "many", "usb", "splitter"])
+    parser.add_argument("part", nargs="?", choices=PARTS)
     parser.add_argument("--rounds", type=int, default=30, help="batches of each contender")
     parser.add_argument("--count", type=int, default=500, help="round trips of a batch")
     arguments = parser.parse_args()
@@ -261,11 +256,13 @@ def main() -> None:
         round_trips(arguments.rounds, arguments.count, arguments.part == "pinned")
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
+    elif arguments.part == "streams":
+        acquisition(arguments.rounds // 4)
     elif arguments.part:
         {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:
         # Each part in a process of its own: pinning is for good.
-        for part in ("pinned", "unpinned", "computing", "many", "usb", "splitter"):
+        for part in PARTS:
             subprocess.run([sys.executable, __file__, part, *sys.argv[1:]], check=True)
 
 

@@ -22,9 +22,10 @@ def program(name: str) -> str:
 
 
 @contextlib.contextmanager
-def device(model: str, *options: str) -> Iterator[tuple[Any, ...]]:
-    """What `connect` takes to reach the device: the arguments of the command line, or a simulator's address."""
-    if len(sys.argv) > 1:
+def device(model: str, *options: str, anew: bool = False) -> Iterator[tuple[Any, ...]]:
+    """What `connect` takes to reach the device: the arguments of the command line, or, and always if `anew`, a
+    simulator's address."""
+    if len(sys.argv) > 1 and not anew:
         yield tuple(int(word) if word.isdigit() else word for word in sys.argv[1:])
         return
     process = subprocess.Popen(

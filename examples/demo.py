@@ -1,71 +1,124 @@
-"""The main job against a simulated box: connect, identify, read and write lines in both forms, log to CSV.
+"""The main job: connect, identify, read on demand, stream, log to CSV, and see what came.
 
-    python3 examples/demo.py            starts the simulator of a Tarn-Dio-Lite by itself
-    python3 examples/demo.py HOST PORT  uses a device
+    python3 examples/demo.py                    acquires from four simulated devices in turn
+    python3 examples/demo.py TarnAnalog         from one of them
+    python3 examples/demo.py HeronFast ADDRESS  from a device; behind ADDRESS its ports, if they are unusual
 """
 
 from __future__ import annotations
 
-import asyncio
-import csv
+import contextlib
+import importlib
+import math
+import sys
 import tempfile
 import time
+from collections.abc import Iterator
 from pathlib import Path
+from typing import Any, NamedTuple
 
 import pyzvr
 from _simulated import device
 
-SAMPLES = 200
+
+class Setup(NamedTuple):
+    about: str
+    rate: float  # Hz
+    seconds: float
+    port: int = 0  # on the chassis the slot
+    chip_selects: tuple[int, ...] = ()
 
 
-def identify(box: pyzvr.TarnDioLite) -> None:
-    print("Driver:   ", " ".join(box.Sys_getDriverInfo()))
-    print("Serial:   ", box.Sys_getSerialNumber())
-    print("Clock:    ", box.Sys_getRTC())
-    print("Address:  ", *box.Net_getIPAddrAndSubmask(), box.Net_getMACAddr())
+SETUPS = {
+    "TarnAnalog": Setup("16 bits over Ethernet", 20000, 3),
+    "TarnAnalog24": Setup("24 bits", 10000, 1),
+    "HeronFast": Setup("Wi-Fi, streaming over its data connection", 20000, 1),
+    "Lattice": Setup("a slot of the chassis with three chip selects", 4000, 1, port=1, chip_selects=(0, 1, 2)),
+}
 
 
-def read_and_write(box: pyzvr.TarnDioLite) -> None:
-    """Output port 0 is wired to input port 2 in the simulator."""
-    assert box.DO_openPort(0) == 0 and box.DI_openPort(2) == 0
-    for word in (0b00000000, 0b10100101, 0b11111111):
-        box.DO_writePort(0, word)
-        print(f"Wrote {word:08b} to port 0, read", box.DI_readPort(2), "from port 2")
-    print("Toggled:  ", box.DO_togglePins(0, [0, 7]))
-    try:
-        box.DI_readPins(2, [8])
-    except pyzvr.PinsNotExistError as failure:
-        print("Refused:  ", failure)
+def prepare(box: Any, setup: Setup) -> None:
+    """Everything up to a stream that may be started."""
+    box.AI_open(setup.port)
+    if setup.chip_selects:
+        box.AI_enableCS(setup.port, list(setup.chip_selects))
+    print("On demand:", *(f"{volts:.3f}" for volts in box.AI_readOnDemand(setup.port)[:8]), "V")
+    box.AI_setMode(setup.port, 2)  # continuous
+    box.AI_setSamplingRate(setup.port, setup.rate)
+    # This one operation counts the slots of the chassis from 0.
+    _, rate, _ = box.AI_openStreaming(setup.port - 1 if setup.chip_selects else setup.port)
+    assert rate == setup.rate
 
 
-async def read_and_write_async(box: pyzvr.TarnDioLite) -> None:
-    """The same on one event loop, several requests at once."""
-    await asyncio.gather(box.DO_openPort_async(1), box.DI_openPort_async(3))
-    await box.DO_writePort_async(1, 0b01010101)
-    levels, clock = await asyncio.gather(box.DI_readPort_async(3), box.Sys_getRTC_async())
-    print("Awaited:  ", levels, clock)
-
-
-def log(box: pyzvr.TarnDioLite, path: Path) -> None:
-    """A counter on port 0, read back from port 2 and logged."""
+def acquire(box: Any, setup: Setup, path: Path) -> list[pyzvr.SampleBlock]:
+    """Streams for a while, with a line of progress; the file is written by a thread of the library."""
+    wanted, blocks, rows = int(setup.rate * setup.seconds), [], 0
+    box.Logger_openFile(str(path), clear_old=True, verbose=False)
+    box.AI_startStreaming(setup.port)
     begin = time.perf_counter()
-    with path.open("w", newline="") as file:
-        writer = csv.writer(file)
-        writer.writerow(["seconds", *(f"pin {pin}" for pin in range(8))])
-        for count in range(SAMPLES):
-            box.DO_writePort(0, count % 256)
-            writer.writerow([f"{time.perf_counter() - begin:.6f}", *box.DI_readPort(2)])
-    rate = SAMPLES / (time.perf_counter() - begin)
-    print(f"Logged {SAMPLES} rows to {path} at {rate:.0f} rows a second")
+    while rows < wanted:
+        block = box.AI_readStreamingBlock(setup.port, min(wanted - rows, int(setup.rate / 20)), 1)
+        if rows == 0:
+            box.Logger_writeHeader([f"channel {number} (V)" for number in range(block.shape[1])])
+        box.Logger_write2DList(block)
+        blocks.append(block)
+        rows += len(block)
+        elapsed = time.perf_counter() - begin
+        print(f"\rStreaming: {rows:7d} rows of {block.shape[1]} channels, {rows / elapsed:6.0f} Hz, "
+              f"{box.AI_getBacklog(setup.port):5d} waiting, {box.AI_getDroppedRows(setup.port)} dropped ", end="", flush=True)
+    print()
+    box.AI_closeStreaming(setup.port)
+    box.Logger_flush()
+    box.AI_close(setup.port)
+    return blocks
+
+
+def describe(columns: list[tuple[float, ...]]) -> None:
+    print(f"{'channel':>9}{'mean':>10}{'rms':>10}{'least':>10}{'most':>10}  V")
+    for number, values in enumerate(columns):
+        mean, rms = math.fsum(values) / len(values), math.sqrt(math.fsum(value * value for value in values) / len(values))
+        print(f"{number:9}{mean:10.4f}{rms:10.4f}{min(values):10.4f}{max(values):10.4f}")
+
+
+def plot(columns: list[tuple[float, ...]], rate: float, path: Path) -> None:
+    """The first tenth of a second, where matplotlib is installed."""
+    try:
+        figure = importlib.import_module("matplotlib.figure").Figure(figsize=(10, 5))
+    except ImportError:
+        return
+    axes = figure.subplots()
+    count = int(rate / 10)
+    for number, values in enumerate(columns[:8]):
+        axes.plot([row / rate for row in range(count)], values[:count], label=f"channel {number}")
+    axes.set(xlabel="s", ylabel="V")
+    axes.legend(loc="right")
+    figure.savefig(path)
+    print("Plotted to", path)
+
+
+@contextlib.contextmanager
+def connected(model: str) -> Iterator[Any]:
+    place: tuple[Any, ...] = tuple(int(word) if word.isdigit() else word for word in sys.argv[2:])
+    with contextlib.ExitStack() as stack:
+        box = stack.enter_context(getattr(pyzvr, model)())
+        box.connect(*(place or stack.enter_context(device(model, anew=True))))
+        yield box
 
 
 def main() -> None:
-    with device("TarnDioLite") as place, pyzvr.TarnDioLite() as box:
-        box.connect(*place)
-        identify(box)
-        read_and_write(box)
-        asyncio.run(read_and_write_async(box))
-        log(box, Path(tempfile.gettempdir()) / "pyzvr-demo.csv")
+    for model in sys.argv[1:2] or SETUPS:
+        setup = SETUPS[model]
+        path = Path(tempfile.gettempdir()) / f"pyzvr-{model}.csv"
+        print(f"\n{model}: {setup.about}")
+        with connected(model) as box:
+            print("Driver:   ", " ".join(box.Sys_getDriverInfo()), "serial", box.Sys_getSerialNumber())
+            prepare(box, setup)
+            blocks = acquire(box, setup, path)
+        rows = [row for block in blocks for row in block.tolist()]
+        columns = list(zip(*rows))
+        describe(columns)
+        print(f"Logged {len(rows)} rows to {path}")
+        plot(columns, setup.rate, path.with_suffix(".png"))
 
 
 if __name__ == "__main__":

@@ -54,6 +54,7 @@ void Connection::answer(const Packet& request) {
     if (const auto data = device_.handle(request)) {
         if (rules_.isLine && isFull()) return drop();
         send(request.command, std::make_shared<const Bytes>(buildFrame(request.command, *data)));
+        if (!busy_) pump();
     } else if (options_.verbose && !device_.knows(request.command)) {
         std::cerr << "! unknown command\n";
     }
@@ -65,6 +66,10 @@ bool Connection::sendUnasked(int command, const Frame& frame) {
         return false;
     }
     send(command, frame);
+    if (!busy_) {  // frames that are made at once leave at once
+        busy_ = true;
+        asio::post(stream_.get_executor(), [self = shared_from_this()] { self->pump(); });
+    }
     return true;
 }
 
@@ -89,7 +94,6 @@ void Connection::send(int command, const Frame& frame) {
         }
         if (faults_->cuts()) queue_.push_back({{}, now, true});
     }
-    if (!busy_) pump();
 }
 
 void Connection::restart(bool hasClient) {
@@ -127,7 +131,7 @@ void Connection::pump() {
 // Writes what is due at the head of the queue. False if not all of it is taken; then the rest is sent later, or the
 // connection is over.
 bool Connection::write() {
-    std::array<asio::const_buffer, 16> buffers;
+    std::array<asio::const_buffer, fewWaiting> buffers;
     std::size_t count = 0, size = 0;
     const Clock::time_point now = Clock::now();
     for (; count < std::min(buffers.size(), queue_.size()); ++count) {

@@ -41,7 +41,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     // A client that takes nothing is not read from, or loses frames, so that what waits for it stays bounded.
-    static constexpr std::size_t mostWaiting = 4096, fewWaiting = 16;
+    static constexpr std::size_t mostWaiting = 4096, fewWaiting = 32;
 
     struct Outgoing {
         Frame bytes;

@@ -221,26 +221,33 @@ StreamPlace placeOf(int command, ByteView data) {
     }
 }
 
-Bytes from(ByteView data, std::size_t skip) {
-    const ByteView rest = data.subspan(std::min(skip, data.size()));
-    return {rest.begin(), rest.end()};
+Bytes from(Bytes data, std::size_t skip) {
+    data.erase(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(std::min(skip, data.size())));
+    return data;
 }
 
 }  // namespace
 
-void DataPools::file(int command, ByteView data) { file(command, data, classify(command, data)); }
+void DataPools::file(int command, Bytes data) {
+    const CommandClass commandClass = classify(command, data);
+    file(command, std::move(data), commandClass);
+}
 
-void DataPools::file(int command, ByteView data, CommandClass commandClass) {
+void DataPools::file(int command, Bytes data, CommandClass commandClass) {
     switch (commandClass) {
         case CommandClass::streaming: {
             const StreamPlace place = placeOf(command, data);
-            stream->at(place.key)->tryPut(from(data, place.skip));
+            stream->at(place.key)->tryPut(from(std::move(data), place.skip));
             return;
         }
         case CommandClass::broadcast:
-            if (byteAt(data, 0) == 1) broadcast->at(command)->add(from(data, 1));
+            if (byteAt(data, 0) == 1) broadcast->at(command)->add(from(std::move(data), 1));
             return;
-        case CommandClass::echo: echo->put(command == MOTION ? motionKey(data) : command, from(data, 0)); return;
+        case CommandClass::echo: {
+            const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
+            echo->put(key, std::move(data));
+            return;
+        }
         case CommandClass::ignore: return;
     }
 }

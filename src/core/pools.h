@@ -126,9 +126,9 @@ struct DataPools {
     std::shared_ptr<BroadcastPool> broadcast = std::make_shared<BroadcastPool>();
 
     /// Files one received frame. Throws std::out_of_range if it lacks the data bytes that its key is made of.
-    void file(int command, ByteView data);
+    void file(int command, Bytes data);
     /// The same for a frame whose class is known.
-    void file(int command, ByteView data, CommandClass commandClass);
+    void file(int command, Bytes data, CommandClass commandClass);
 };
 
 }  // namespace zvr

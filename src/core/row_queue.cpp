@@ -21,6 +21,7 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
     }
     const std::size_t rows = frame.size() / rowBytes;
     std::size_t kept = 0;
+    bool enough = false;
     {
         const std::lock_guard lock(mutex_);
         kept = std::min(rows, capacity_ - rows_);
@@ -30,8 +31,10 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
             append(layout, std::move(frame));
             rows_ += kept;
         }
+        enough = rows_ >= wanted_;
+        if (enough) wanted_ = nobody;
     }
-    if (kept != 0) arrived_.notify_all();
+    if (enough) arrived_.notify_all();
     return rows - kept;
 }
 
@@ -84,7 +87,10 @@ std::pair<int, std::size_t> RowQueue::uniformRows() const {
 std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const Attend& attend) const {
     waitAttended(deadline, attend, [&](Deadline until) {
         std::unique_lock lock(mutex_);
-        return waitOn(arrived_, lock, until, [&] { return rows_ >= count; });
+        return waitOn(arrived_, lock, until, [&] {
+            if (rows_ < count) wanted_ = std::min(wanted_, count);
+            return rows_ >= count;
+        });
     });
     return size();
 }

@@ -40,6 +40,8 @@ public:
     std::uint64_t dropped() const;
 
 private:
+    static constexpr std::size_t nobody = static_cast<std::size_t>(-1);
+
     // Bytes of rows. Only behind `used` is anything ever written, so that runs may be read without the lock.
     struct Chunk {
         RowLayout layout;
@@ -56,6 +58,7 @@ private:
     std::deque<Chunk> chunks_;
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
+    mutable std::size_t wanted_ = nobody;  // who waits is woken when this many rows are there
 };
 
 }  // namespace zvr

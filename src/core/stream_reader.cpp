@@ -1,5 +1,8 @@
 #include "core/stream_reader.h"
 
+#include <thread>
+#include <utility>
+
 namespace zvr {
 
 namespace {
@@ -7,6 +10,8 @@ namespace {
 // A queue that rings for somebody else is looked at this often.
 constexpr std::chrono::milliseconds lookAgain{50};
 constexpr std::chrono::seconds betweenWarnings{1};
+// Frames that come closer together than this are taken several at a time: waking costs more than a frame does.
+constexpr std::chrono::microseconds dense{1000}, gather{500};
 
 }  // namespace
 
@@ -23,12 +28,18 @@ void StreamReader::start() {
 
 void StreamReader::run(const std::vector<Pair>& pairs) {
     for (const Pair& pair : pairs) pair.frames->setBell(bell_);
+    Deadline lastFound{};
     while (!ended_) {
         gate.pass();
         const std::uint64_t rung = bell_->count();
         bool any = false;
         for (const Pair& pair : pairs) any = drain(pair) || any;
-        if (!any && !ended_) bell_->await(rung, Clock::now() + lookAgain);
+        if (ended_) return;
+        if (!any) {
+            bell_->await(rung, Clock::now() + lookAgain);
+        } else if (const Deadline now = Clock::now(); now - std::exchange(lastFound, now) < dense) {
+            std::this_thread::sleep_for(gather);
+        }
     }
 }
 

@@ -12,7 +12,9 @@ struct Example {
 };
 
 constexpr Example examples[] = {
-    {"Getting started", "Digital lines, read, written and logged", "examples/demo.py"},
+    {"Getting started", "Analog inputs, read, streamed and logged", "examples/demo.py"},
+    {"Getting started", "Digital lines, read, written and logged", "examples/digital.py"},
+    {"Waveforms", "Analog outputs: levels, forms and samples of one's own", "examples/waveforms.py"},
     {"Finding devices", "What is on the network and on USB", "examples/discover.py"},
     {"Settings", "Addresses, clock and time server", "examples/settings.py"},
     {"Pulses", "PWM, counters and the encoder over USB", "examples/pulses.py"},

@@ -109,7 +109,9 @@ void DeviceRuntime::setKilled(bool killed) {
 std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const char* clientField, const char* threadName,
                                                        int readLength, bool reportsReads) {
     enroll();
-    Receiver::Sink sink = [pools = pools](const Packet& packet) mutable { pools.file(packet.command, packet.data); };
+    Receiver::Sink sink = [pools = pools](Packet packet) mutable {
+        pools.file(packet.command, std::move(packet.data));
+    };
     if (!hasOwnMethod(self, "_putToDataPool") || !hasOwnMethod(self, "_checkCommandType")) {
         sink = [reference = shared(callObject(hostObject("weakref", "ref"), self))](const Packet& packet) {
             if (!interpreterAlive()) return;

@@ -38,6 +38,10 @@ public:
         const Reading reading = read(buffer);
         if (reading == Reading::data) {
             splitter.append(buffer);
+            if (buffer.size() == length) {
+                readWaiting(buffer);
+                splitter.append(buffer);
+            }
             packets = splitter.split();
         }
         return reading;
@@ -45,6 +49,9 @@ public:
 
     /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
     virtual Reading read(Bytes& buffer, const Attend& attend = {}) = 0;
+
+    /// Replaces the buffer's content by what has arrived already, as far as a link tells without waiting.
+    virtual void readWaiting(Bytes& buffer) { buffer.clear(); }
 
     /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent

@@ -30,7 +30,7 @@ void Receiver::run() {
         packets.clear();
         const Deadline begin = Clock::now();
         const Reading reading = cycle(packets);
-        for (const Packet& packet : packets) sink_(packet);
+        for (Packet& packet : packets) sink_(std::move(packet));
         if (reading == Reading::ended) gate.awaitTurn(turn);
         if (reading == Reading::idle) gate.awaitTurn(turn, begin + idlePause);
         if (reading == Reading::failed) {

@@ -23,7 +23,7 @@ struct MissingClient : std::runtime_error {
 class Receiver final : public OwnedThread, public std::enable_shared_from_this<Receiver> {
 public:
     /// Files one packet; what it throws ends the thread.
-    using Sink = std::function<void(const Packet&)>;
+    using Sink = std::function<void(Packet)>;
 
     /// Told of a read that failed, on the thread that reads.
     using ReportRead = std::function<void(std::exception_ptr)>;

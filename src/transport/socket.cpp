@@ -98,6 +98,12 @@ Reading Socket::read(Bytes& buffer, const Attend& attend) {
     }
 }
 
+void Socket::readWaiting(Bytes& buffer) {
+    std::error_code error;
+    const std::size_t count = receiveNow(buffer, error);
+    buffer.resize(error ? 0 : count);
+}
+
 bool Socket::send(ByteView bytes, Deadline deadline, const Attend& attend) {
     deadline = std::min(deadline, deadlineIn(timeout));
     bool partly = false;

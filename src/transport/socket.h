@@ -21,6 +21,8 @@ public:
 
     /// Waits until there is something to read, end of stream included, and reads it.
     Reading read(Bytes& buffer, const Attend& attend);
+    /// Reads what is there, without waiting; a failure shows in the next read.
+    void readWaiting(Bytes& buffer);
     bool send(ByteView bytes, Deadline deadline, const Attend& attend);
 
     /// Seconds that a read or a send waits; `forever` by default.

@@ -8,10 +8,18 @@ namespace {
 
 // Longest wait for the threads that a shutdown has woken, or whose read ends by itself, to let go of a socket.
 constexpr std::chrono::milliseconds letGoWithin{75};
+// Bytes that a busy link's second read takes.
+constexpr std::size_t mostWaiting = 64 * 1024;
 
 }  // namespace
 
 Reading SocketClient::read(Bytes& buffer, const Attend& attend) { return connectedSocket()->read(buffer, attend); }
+
+void SocketClient::readWaiting(Bytes& buffer) {
+    const auto held = socket();
+    buffer.resize(held ? mostWaiting : 0);
+    if (held) held->readWaiting(buffer);
+}
 
 bool SocketClient::send(ByteView bytes, Deadline deadline, const Attend& attend) {
     return connectedSocket()->send(bytes, deadline, attend);

@@ -8,6 +8,7 @@ namespace zvr {
 class SocketClient : public Client {
 public:
     Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    void readWaiting(Bytes& buffer) override;
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
 
     /// Waits briefly for the threads that were in a read or a send.

@@ -1,5 +1,6 @@
 """The examples, run as a user runs them."""
 
+import re
 import subprocess
 import sys
 from pathlib import Path
@@ -27,5 +28,11 @@ def test_examples_run(example):
     done = subprocess.run(command_for(example), capture_output=True, text=True, timeout=60)
     assert (done.returncode, done.stderr) == (0, ""), done.stdout
     assert "Closed handle (" in done.stdout
+    if example.name == "demo.py":
+        logged = re.findall(r"Logged (\d+) rows to (.*)", done.stdout)
+        assert [int(rows) for rows, _ in logged] == [60000, 10000, 20000, 4000] and "0 dropped" in done.stdout
+        for rows, path in logged:
+            lines = Path(path).read_text().splitlines()
+            assert len(lines) == int(rows) + 1 and lines[0].count("channel") == lines[-1].count(",") + 1
     if example.name == "discover.py":
         assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout
