@@ -97,7 +97,7 @@ private:
         std::snprintf(text.data(), text.size(), pattern, values...);
         return text.data();
     }
-    static double minutes(double degrees) { return (degrees - std::floor(degrees)) * 60; }
+    static double minutes(double degrees) { return std::floor((degrees - std::floor(degrees)) * 60e4) / 1e4; }
     static std::string sentence(const std::string& body) {
         unsigned sum = 0;
         for (const char c : body) sum ^= static_cast<unsigned char>(c);
@@ -195,7 +195,7 @@ private:
                 waits_ = true;
                 return;
             }
-            if (partner_->period && nextTalk_ <= now) {
+            if (partner_->period && (fast() || nextTalk_ <= now)) {
                 arrive(partner_->talk());
                 const auto period = std::chrono::duration<double>(*partner_->period);
                 nextTalk_ = std::max(nextTalk_ + std::chrono::duration_cast<Clock::duration>(period), free_);
@@ -212,7 +212,7 @@ private:
     // The number of bytes in it; without any there is none.
     std::size_t sendFrame(Clock::time_point now) {
         Bytes data{number_, 0};
-        for (; !arriving_.empty() && arriving_.front().first <= now && data.size() < mostOfFrame;) {
+        for (; !arriving_.empty() && (fast() || arriving_.front().first <= now) && data.size() < mostOfFrame;) {
             data.push_back(arriving_.front().second);
             arriving_.pop_front();
         }
