@@ -49,15 +49,16 @@ struct Talker {
     double rate;
     std::uint32_t word;
     int speed;  ///< or -1, that of the port
-    std::uint32_t made = 0;
+    std::uint64_t made = 0;
 
     std::chrono::nanoseconds due(double bitRate) const {
         const double bits = (word & extendedMark) != 0 ? 131 : 111;  // of a frame that needs no stuffing
-        return std::chrono::nanoseconds(static_cast<std::int64_t>(made * 1e9 / std::min(rate, bitRate / bits)));
+        return std::chrono::nanoseconds(
+            static_cast<std::int64_t>(static_cast<double>(made) * 1e9 / std::min(rate, bitRate / bits)));
     }
     Record make(std::chrono::nanoseconds time) {
         Record record{word};
-        put(made++, record.data.data());
+        put(static_cast<std::uint32_t>(made++), record.data.data());
         put(static_cast<std::uint32_t>(time.count() / 1000), record.data.data() + 4);
         return record;
     }

@@ -149,15 +149,18 @@ public:
         advance();
     }
 
-    void write(ByteView bytes) {
+    /// False while too many bytes are under way.
+    bool write(ByteView bytes) {
+        if (arriving_.size() > mostUnderWay) return false;
         arrive(partner_->answer(seen(bytes)));
         advance();
+        return true;
     }
 
     Settings settings;
 
 private:
-    static constexpr std::size_t mostOfFrame = 240, mostInTurn = 64 * 1024;
+    static constexpr std::size_t mostOfFrame = 240, mostInTurn = 64 * 1024, mostUnderWay = 4096;
     static constexpr std::chrono::milliseconds frameTime{5};
 
     bool fast() const { return device_.signals.fast && partner_->period == 0; }
@@ -266,9 +269,7 @@ void addUart(Device& device) {
     addMode(SET_UART_NUM_STOP_BITS, &Port::Settings::stopBits, 3);
     ports.onChange(WRITE_UART, [](Port& port, ByteView rest) {
         const ByteView bytes = countedBytes(rest);
-        if (bytes.size() > mostToWrite) return false;
-        port.write(bytes);
-        return true;
+        return bytes.size() <= mostToWrite && port.write(bytes);
     });
 }
 
