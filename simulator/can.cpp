@@ -168,7 +168,7 @@ public:
     std::uint8_t interrupts = 0;
 
 private:
-    static constexpr std::size_t mostOfFrame = 255, mostInTurn = 16 * 1024;
+    static constexpr std::size_t mostOfFrame = 255, mostInTurn = 1 << 14;
     static constexpr std::chrono::milliseconds frameTime{5};
 
     double bitRate() const { return std::array<double, 4>{125e3, 250e3, 500e3, 1e6}[settings.speed]; }
@@ -293,7 +293,7 @@ void addState(const BusPorts<Port>& ports) {
         const auto byteOfCount = [](int count) { return static_cast<std::uint8_t>(std::min(count, 255)); };
         return Bytes{byteOfCount(port.errors.sent), byteOfCount(port.errors.received)};
     });
-    ports.onValues(GET_CAN_COUNTERS, 6 * 4, [](Port& port) {
+    ports.onValues(GET_CAN_COUNTERS, sizeof(Counters), [](Port& port) {
         const Counters& of = port.counters;
         Bytes bytes;
         for (const std::uint32_t value : {of.sent, of.received, of.filtered, of.lost, of.failed, of.errors}) {

@@ -42,7 +42,7 @@ public:
     Bytes answer(ByteView bytes) override {
         line_.insert(line_.end(), bytes.begin(), bytes.end());
         const auto end = std::find(line_.rbegin(), line_.rend(), '\n').base();
-        const Bytes answer(line_.begin(), end);
+        Bytes answer(line_.begin(), end);
         line_.erase(line_.begin(), end);
         return answer;
     }
@@ -160,7 +160,7 @@ public:
     Settings settings;
 
 private:
-    static constexpr std::size_t mostOfFrame = 240, mostInTurn = 64 * 1024, mostUnderWay = 4096;
+    static constexpr std::size_t mostOfFrame = 240, mostInTurn = 1 << 16, mostUnderWay = 4096;
     static constexpr std::chrono::milliseconds frameTime{5};
 
     bool fast() const { return device_.signals.fast && partner_->period == 0; }

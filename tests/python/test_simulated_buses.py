@@ -1,4 +1,4 @@
-"""The simulated serial buses by raw frames over TCP, so that nothing of the library is between a test and the device."""
+"""The simulated serial buses by raw frames over TCP, without the library between a test and the device."""
 
 import contextlib
 import socket
@@ -174,8 +174,8 @@ def test_which_ports_a_model_has():
 
 
 @pytest.mark.parametrize("requests", [
-    [(pyzvr.WRITE_UART, 1, 65), (pyzvr.SET_UART_BAUD_RATE, *four(9600)), (pyzvr.RESET_UART,), (pyzvr.STOP_UART_READING,),
-     (pyzvr.SET_UART_PARITY, 1), (23, pyzvr.OPEN_UART, 1)],
+    [(pyzvr.WRITE_UART, 1, 65), (pyzvr.SET_UART_BAUD_RATE, *four(9600)), (pyzvr.RESET_UART,),
+     (pyzvr.STOP_UART_READING,), (pyzvr.SET_UART_PARITY, 1), (23, pyzvr.OPEN_UART, 1)],
     [(pyzvr.WRITE_I2C, 80, 1, 0), (pyzvr.READ_I2C, 80, 2), (pyzvr.SET_I2C_FREQUENCY, *four(100000)), (pyzvr.RESET_I2C,),
      (pyzvr.SET_I2C_ADDR_SIZE, 1), (21, pyzvr.OPEN_I2C, 1)],
     [(pyzvr.WRITE_SPI, 1, 6), (pyzvr.READ_SPI, 1), (pyzvr.READ_AND_WRITE_SPI, 1, 0), (pyzvr.SET_SPI_CPOL, 1),
