@@ -173,9 +173,9 @@ public:
         device.takeSamples = [ports = ports_] {
             for (auto& [number, port] : *ports) port.takeSamples();
         };
-        device.onRoom = [ports = ports_] {
+        device.onRoom([ports = ports_] {
             for (auto& [number, port] : *ports) port.resume();
-        };
+        });
     }
 
     /// A command that changes a port and answers with a status.

@@ -37,8 +37,8 @@ void Connection::read() {
                                 if (error) return;
                                 if (self->rules_.onArrival) self->rules_.onArrival();
                                 self->splitter_.append(ByteView(self->buffer_.data(), count));
-                                for (const Packet& request : self->splitter_.split()) {
-                                    if (self->rules_.answers) self->answer(request);
+                                for (Packet& request : self->splitter_.split()) {
+                                    if (self->rules_.answers) self->answer(Device::meant(std::move(request)));
                                 }
                                 self->readOn();
                             });
@@ -53,7 +53,7 @@ void Connection::answer(const Packet& request) {
     if (options_.verbose) logFrame("<", request.command, request.data);
     if (const auto data = device_.handle(request)) {
         if (rules_.isLine && isFull()) return drop();
-        send(request.command, std::make_shared<const Bytes>(buildFrame(request.command, *data)));
+        send(request.command, std::make_shared<const Bytes>(Device::replyFrame(request.command, *data)));
         if (!busy_) pump();
     } else if (options_.verbose && !device_.knows(request.command)) {
         std::cerr << "! unknown command\n";

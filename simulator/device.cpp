@@ -14,8 +14,8 @@ Bytes padded(std::string_view text, std::size_t width) {
     return bytes;
 }
 
-Device::Device(const Model& model, Identity identity, NetworkSettings network)
-    : identity(std::move(identity)), network(network), model_(model) {
+Device::Device(const Model& model, Identity identity, NetworkSettings network, Peers peers)
+    : identity(std::move(identity)), network(network), peers(std::move(peers)), model_(model) {
     for (const AddModule add : model.modules) add(*this);
 }
 
@@ -37,6 +37,15 @@ void Device::onPort(Command command, std::function<Bytes(std::uint8_t port, Byte
 
 void Device::reboot() {
     for (const auto& action : rebootActions_) action();
+}
+
+Packet Device::meant(Packet request) {
+    if (request.command >> 8 != OPEN_CAN) return request;
+    return {OPEN_CAN, reply(static_cast<std::uint8_t>(request.command), request.data)};
+}
+
+Bytes Device::replyFrame(int command, ByteView data) {
+    return command == OPEN_CAN ? buildFrame(0, reply(OPEN_CAN, data)) : buildFrame(command, data);
 }
 
 std::optional<Bytes> Device::handle(const Packet& request) {

@@ -14,6 +14,7 @@
 #include "core/frame.h"
 #include "models.h"
 #include "oscillator.h"
+#include "peers.h"
 #include "waveform.h"
 
 namespace zvr::sim {
@@ -24,6 +25,9 @@ enum class Status : std::uint8_t {
     notEnabled = 10,
     pinIndex = 11,
     clock = 20,
+    i2c = 21,
+    spi = 22,
+    uart = 23,
     pwm = 25,
     pulse = 26,
     encoder = 27,
@@ -32,9 +36,22 @@ enum class Status : std::uint8_t {
     digital = 50,
     analogInput = 52,
     analogOutput = 53,
+    can = 57,
     tcp = 71,
     bootloader = 73,
     parser = 80,
+};
+
+/// What a pin is used for.
+enum class PinMode : std::uint8_t {
+    disabled = 0,
+    idle = 1,
+    digitalInput = 2,
+    digitalOutput = 3,
+    uart = 4,
+    i2c = 5,
+    spi = 6,
+    can = 7,
 };
 
 inline Bytes reply(Status status) { return {static_cast<std::uint8_t>(status)}; }
@@ -66,13 +83,14 @@ class Device {
 public:
     using Handler = std::function<Bytes(ByteView data)>;
 
-    explicit Device(const Model& model, Identity identity = {}, NetworkSettings network = {});
+    explicit Device(const Model& model, Identity identity = {}, NetworkSettings network = {}, Peers peers = {});
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
 
     const Model& model() const { return model_; }
     Identity identity;
     NetworkSettings network;
+    const Peers peers;
     std::chrono::system_clock::duration clockOffset{};  ///< that the clock is ahead of the host's
 
     /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
@@ -99,8 +117,11 @@ public:
     /// Whether somebody listens, and nobody lets more than a few frames wait; set by what links the device to them.
     std::function<bool()> hasRoom = [] { return false; };
 
-    /// Called when there may be room again. It must not send at once.
-    std::function<void()> onRoom = [] {};
+    /// What a module does when there may be room again. It must not send at once.
+    void onRoom(std::function<void()> action) { roomActions_.push_back(std::move(action)); }
+    void tellRoom() const {
+        for (const auto& action : roomActions_) action();
+    }
 
     /// What is to be done later.
     Agenda agenda;
@@ -116,8 +137,12 @@ public:
     /// Takes the samples that are due, before what they show changes.
     std::function<void()> takeSamples = [] {};
 
-    /// What each pin of a port is used for, by number; set by the module that has the lines.
-    std::function<std::vector<std::uint8_t>(int port)> pinModes = [](int) { return std::vector<std::uint8_t>(); };
+    /// What each pin of a port is used for; set by the module that has the lines.
+    std::function<std::vector<PinMode>(int port)> pinModes = [](int) { return std::vector<PinMode>(); };
+
+    /// Takes the lines of a bus from digital use, or gives them back idle. False if another function has one; set by
+    /// the module that has the lines.
+    std::function<bool(const BusLines& lines, PinMode mode)> usePins = [](const BusLines&, PinMode) { return false; };
 
     /// What reaches the inputs of a port beside its wires.
     std::function<std::uint16_t(int port)> inputLevels = [](int) { return std::uint16_t{0}; };
@@ -130,6 +155,11 @@ public:
     /// The data of the reply; nothing to a command that the device does not know, or never answers.
     std::optional<Bytes> handle(const Packet& request);
 
+    /// A request as it was meant: a first byte of 48, OPEN_CAN, reads as half of a two-byte code.
+    static Packet meant(Packet request);
+    /// The frame of a reply. That of OPEN_CAN has two command bytes, so that it is read as what it is.
+    static Bytes replyFrame(int command, ByteView data);
+
 private:
     struct Entry {
         Handler handler;
@@ -139,7 +169,7 @@ private:
 
     const Model& model_;
     std::map<int, Entry> handlers_;
-    std::vector<std::function<void()>> rebootActions_;
+    std::vector<std::function<void()>> rebootActions_, roomActions_;
 };
 
 }  // namespace zvr::sim

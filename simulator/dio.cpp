@@ -10,7 +10,7 @@ namespace {
 
 using Word = std::uint16_t;
 constexpr Word wholePort = 0xFFFF;
-enum PinMode : std::uint8_t { disabled = 0, idle = 1, digitalInput = 2, digitalOutput = 3 };
+constexpr std::size_t pinsOfWord = 16;
 
 void change(Word& word, Word mask, Word value) { word = static_cast<Word>((word & ~mask) | (value & mask)); }
 
@@ -24,6 +24,8 @@ struct Port {
     Word inputs = 0, outputs = 0;
     Configuration current, startup;
     Word driven = 0;  // only outputs in use have a bit here
+    Word taken = 0;   // by other functions
+    std::array<PinMode, pinsOfWord> functions{};
 
     Word lines() const { return inputs | outputs; }
     Word eitherWay() const { return inputs & outputs; }
@@ -56,7 +58,7 @@ public:
     void restart() {
         for (auto& [number, port] : ports_) {
             port.current = port.startup;
-            port.driven = 0;
+            port.driven = port.taken = 0;
             port.drive(wholePort);
         }
     }
@@ -98,22 +100,37 @@ public:
     }
 
     Status configure(Port& port, Word mask, const Configuration& wanted) const {
-        const Status status = set(port, port.current, mask, wanted);
+        if (const Status status = checkMask(port, mask); status != Status::ok) return status;
+        // Lines that are taken can be meant only by the whole port, which leaves them as they are.
+        if ((port.taken & (mask == wholePort ? wanted.enabled : mask)) != 0) return Status::digital;
+        const Status status = set(port, port.current, mask & port.lines() & ~port.taken, wanted);
         if (status == Status::ok) port.drive(mask);
         return status;
     }
 
-    std::vector<std::uint8_t> modes(int number) const {
+    bool use(const BusLines& lines, PinMode mode) {
+        Port* port = find(lines.digitalPort);
+        const auto pins = static_cast<Word>((2U << lines.lastPin) - (1U << lines.firstPin));
+        if (!port || (mode != PinMode::idle && (port->taken & pins) != 0)) return false;
+        change(port->taken, pins, mode == PinMode::idle ? 0 : wholePort);
+        if (mode != PinMode::idle) change(port->current.enabled, pins, 0);
+        port->drive(pins);
+        std::fill(&port->functions[lines.firstPin], &port->functions[lines.lastPin + 1], mode);
+        return true;
+    }
+
+    std::vector<PinMode> modes(int number) const {
         const auto found = ports_.find(number);
         if (found == ports_.end()) return {};
         const Port& port = found->second;
-        std::vector<std::uint8_t> modes;
+        std::vector<PinMode> modes;
         for (int pin = 0; pin < model_.pinsPerPort; ++pin) {
             const auto has = [&](Word word) { return (word >> pin & 1) != 0; };
-            modes.push_back(!has(port.lines())            ? disabled
-                            : !has(port.current.enabled)  ? idle
-                            : has(port.current.direction) ? digitalOutput
-                                                          : digitalInput);
+            modes.push_back(!has(port.lines())            ? PinMode::disabled
+                            : has(port.taken)             ? port.functions[pin]
+                            : !has(port.current.enabled)  ? PinMode::idle
+                            : has(port.current.direction) ? PinMode::digitalOutput
+                                                          : PinMode::digitalInput);
         }
         return modes;
     }
@@ -224,6 +241,7 @@ void addDio(Device& device) {
     addConfiguration(device, lines);
     addLevels(device, lines);
     device.pinModes = [lines](int port) { return lines->modes(port); };
+    device.usePins = [lines](const BusLines& bus, PinMode mode) { return lines->use(bus, mode); };
     device.onReboot([lines] { lines->restart(); });
 }
 

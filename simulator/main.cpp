@@ -28,7 +28,9 @@ std::string refusalOf(const zvr::sim::Options& options) {
     using zvr::sim::Link;
     const std::string name(options.model->name);
     const Link link = options.model->link;
-    if (link == Link::usb) return name + " is reached over USB: zvr-sim-usb simulates it";
+    if (link == Link::usb && !options.tcp) {
+        return name + " is reached over USB: zvr-sim-usb simulates it, and --tcp serves its frames without USB";
+    }
     if (link == Link::serial && options.discovery) return name + " has no network: --discovery is not for it";
     if (link != Link::serial && !options.link.empty()) return name + " has no serial port: --link is not for it";
     return {};
@@ -60,7 +62,7 @@ int serve(const zvr::sim::Options& options) {
     // Before anything is opened, since the lowest free descriptor is taken: a missing input must be known as one.
     const int inputCopy = options.stopWithInput ? dup(STDIN_FILENO) : -1;
     asio::io_context context(1);
-    zvr::sim::Device device(*options.model, options.identity, options.network);
+    zvr::sim::Device device(*options.model, options.identity, options.network, options.peers);
     device.signals = options.signals;
     const zvr::sim::Ticker ticker(context, device.agenda);
     const Front front(context, device, options);

@@ -22,6 +22,10 @@ void addSdCard(Device& device);
 void addPwm(Device& device);
 void addCounter(Device& device);
 void addEncoder(Device& device);
+void addI2c(Device& device);
+void addSpi(Device& device);
+void addUart(Device& device);
+void addCan(Device& device);
 void addDroneIdentity(Device& device);
 
 }  // namespace zvr::sim

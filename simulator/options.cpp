@@ -20,6 +20,7 @@ serves until SIGTERM or SIGINT.
   --host ADDRESS     local IPv4 address to listen on (127.0.0.1)
   --port N           TCP port of the commands; 0 takes a free one (0)
   --data-port N      TCP port of the streamed data, on Wi-Fi models; 0 takes a free one (0)
+  --tcp              serve the frames of a USB model over TCP
   --discovery        answer broadcast requests on UDP port 61557; not on serial models
   --link PATH        make a symbolic link to the serial port, on serial models
   --mac ADDRESS      MAC address that the device starts with (02:0a:5a:00:00:01)
@@ -49,10 +50,16 @@ Analog inputs:
                      noise, constant, square, or count, which numbers the samples
   --fast             sample as fast as the clients take it
   --frame-rows N     rows of a data frame (those of 5 ms; with --fast 8 KB)
+
+Serial buses:
+  --peer KIND@BUS:PORT[:ARGUMENT...]
+                     what is on a bus, uart, i2c, spi or can, in place of what is there without the option:
+                     none, eeprom@i2c, thermometer@i2c, flash@spi, loop@spi, loop@uart, echo@uart, gps@uart, count@uart,
+                     cyclic@can or responder@can; --fast is for count and cyclic too
 )";
 
-struct BadOption : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct BadOption : std::invalid_argument {
+    using std::invalid_argument::invalid_argument;
 };
 
 template <class Number>
@@ -111,14 +118,6 @@ int commandOf(std::string_view text) {
     return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
 }
 
-void setWave(Options& options, std::string_view text) {
-    try {
-        options.signals.set(text);
-    } catch (const std::invalid_argument& refusal) {
-        throw BadOption(refusal.what());
-    }
-}
-
 struct Option {
     const char* name;
     bool takesValue;
@@ -149,7 +148,9 @@ constexpr Option table[] = {
     {"fault-command", true, [](Options& o, std::string_view v) { o.faults.command = commandOf(v); }},
     {"seed", true,
      [](Options& o, std::string_view v) { o.faults.seed = o.signals.seed = numberOf(v, 0U, 0xFFFFFFFFU); }},
-    {"wave", true, setWave},
+    {"wave", true, [](Options& o, std::string_view v) { o.signals.set(v); }},
+    {"peer", true, [](Options& o, std::string_view v) { o.peers.add(v); }},
+    {"tcp", false, [](Options& o, std::string_view) { o.tcp = true; }},
     {"fast", false, [](Options& o, std::string_view) { o.signals.fast = true; }},
     {"frame-rows", true, [](Options& o, std::string_view v) { o.signals.frameRows = countOf(v); }},
 };
@@ -181,7 +182,7 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
             const Option& entry = table[chosen];
             try {
                 entry.set(options, optarg != nullptr ? optarg : "");
-            } catch (const BadOption& refusal) {
+            } catch (const std::invalid_argument& refusal) {
                 throw BadOption(std::string("--") + entry.name + ": " + refusal.what());
             }
         }

@@ -16,10 +16,12 @@ struct Options {
     int port = 0;
     int dataPort = 0;
     bool discovery = false;
+    bool tcp = false;  ///< for a USB model too
     std::string link;  ///< path of a symbolic link to the serial port; none if empty
     bool stopWithInput = false;
     bool verbose = false;
     Signals signals;
+    Peers peers;
     FaultOptions faults;
 };
 

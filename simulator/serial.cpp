@@ -71,7 +71,7 @@ SerialLine::SerialLine(asio::io_context& context, Device& device, const Options&
                                                Connection::Rules{.answers = true,
                                                                  .isLine = true,
                                                                  .onArrival = [this] { followClients(); },
-                                                                 .onRoom = [&device] { device.onRoom(); }});
+                                                                 .onRoom = [&device] { device.tellRoom(); }});
     device.streamFrame = [this](int command, const Frame& frame) { return connection_->sendUnasked(command, frame); };
     device.hasRoom = [this] { return connection_->hasRoom(); };
     restart();

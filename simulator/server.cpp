@@ -62,10 +62,10 @@ void Server::serve(tcp::socket socket, bool answers) {
     const auto connection = std::make_shared<Connection>(
         std::move(stream), device_, options_,
         Connection::Rules{
-            .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.onRoom(); }});
+            .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.tellRoom(); }});
     if (answers != data_.has_value()) audience_.add(connection);
     connection->read();
-    device_.onRoom();
+    device_.tellRoom();
 }
 
 std::string Server::description() const {

@@ -176,11 +176,12 @@ void addSystem(Device& device) {
         return reply(Status::ok);
     });
     device.onPort(GET_PIN_MODE_OF_SLOT, [&device](std::uint8_t port, ByteView) {
-        std::vector<std::uint8_t> modes = device.pinModes(port);
+        std::vector<PinMode> modes = device.pinModes(port);
         Bytes data{port, static_cast<std::uint8_t>(modes.size())};
-        if (modes.size() % 2 != 0) modes.push_back(0);
+        if (modes.size() % 2 != 0) modes.push_back(PinMode::disabled);
         for (std::size_t i = 0; i < modes.size(); i += 2) {
-            data.push_back(static_cast<std::uint8_t>(modes[i] | modes[i + 1] << 4));
+            const auto half = [&](std::size_t place) { return static_cast<unsigned>(modes[place]); };
+            data.push_back(static_cast<std::uint8_t>(half(i) | half(i + 1) << 4));
         }
         return data;
     });

@@ -86,8 +86,8 @@ gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer share
 // The devices that are plugged in, and the testbed that shows them.
 class Bus {
 public:
-    Bus(bool driver, const Signals& signals, bool verbose)
-        : testbed_(umockdev_testbed_new()), driver_(driver), signals_(signals), verbose_(verbose) {
+    Bus(bool driver, const Outside& outside, bool verbose)
+        : testbed_(umockdev_testbed_new()), driver_(driver), outside_(outside), verbose_(verbose) {
         const std::unique_ptr<char, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_.get()), g_free);
         root_ = root.get();
         constexpr std::size_t longest = 75;
@@ -127,7 +127,7 @@ private:
 
     Ref<UMockdevTestbed> testbed_;
     const bool driver_;
-    const Signals signals_;
+    const Outside outside_;
     const bool verbose_;
     std::string root_;
     std::vector<Plugged> plugged_;
@@ -160,7 +160,7 @@ void Bus::plug(std::string_view wanted) {
     const std::string properties = "DEVNAME=" + node + "\nDEVTYPE=usb_device\nSUBSYSTEM=usb\nDRIVER=usb\nMAJOR=189\n" +
                                    format("MINOR=%u\nBUSNUM=%03u\nDEVNUM=%03u\nPRODUCT=%x/%x/200\nTYPE=0/0/0\n", minor,
                                           bus, address, usbVendor, usbProduct);
-    Plugged one{std::make_shared<UsbDevice>(*model, serial, root_ + node, driver_, signals_, verbose_), path, node,
+    Plugged one{std::make_shared<UsbDevice>(*model, serial, root_ + node, driver_, outside_, verbose_), path, node,
                 properties};
 
     const Ref<UMockdevIoctlBase> handler(umockdev_ioctl_base_new());
@@ -262,7 +262,7 @@ struct UsbOptions {
     std::vector<std::string> devices;
     std::vector<char*> command;  // ends with a null pointer, unless there is none
     bool driver = false, verbose = false, stopWithInput = false;
-    Signals signals;
+    Outside outside;
 };
 
 void obey(Bus& bus, const std::string& verb, const std::string& what, const std::string& value) {
@@ -356,6 +356,8 @@ program needs in its environment, and serves until SIGTERM or SIGINT.
   --verbose          log what the devices get and answer on standard error
   --wave CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]
                      what is at an analog input, as with zvr-sim
+  --peer KIND@BUS:PORT[:ARGUMENT...]
+                     what is on a serial bus, as with zvr-sim
 
 Without a COMMAND, lines on standard input change what there is; each is answered by a line:
   plug MODEL[:SERIAL]      connect another device
@@ -371,11 +373,12 @@ std::variant<UsbOptions, int> parse(int argc, char** argv) {
     char** const end = argv + argc;
     char** const mark = std::find(argv, end, std::string_view("--"));
     if (mark != end) options.command.assign(mark + 1, end + 1);
-    enum { driver, stop, verbose, wave, help };
-    const std::array<option, 6> known{{{"kernel-driver", no_argument, nullptr, driver},
+    enum { driver, stop, verbose, wave, peer, help };
+    const std::array<option, 7> known{{{"kernel-driver", no_argument, nullptr, driver},
                                        {"stdin-stop", no_argument, nullptr, stop},
                                        {"verbose", no_argument, nullptr, verbose},
                                        {"wave", required_argument, nullptr, wave},
+                                       {"peer", required_argument, nullptr, peer},
                                        {"help", no_argument, nullptr, help},
                                        {nullptr, 0, nullptr, 0}}};
     const int count = static_cast<int>(mark - argv);
@@ -384,9 +387,11 @@ std::variant<UsbOptions, int> parse(int argc, char** argv) {
             case driver: options.driver = true; break;
             case stop: options.stopWithInput = true; break;
             case verbose: options.verbose = true; break;
-            case wave: try { options.signals.set(optarg);
+            case wave:
+            case peer: try { chosen == wave ? options.outside.signals.set(optarg) : options.outside.peers.add(optarg);
                 } catch (const std::invalid_argument& refusal) {
-                    std::cerr << "zvr-sim-usb: --wave: " << refusal.what() << '\n';
+                    std::cerr << "zvr-sim-usb: " << (chosen == wave ? "--wave: " : "--peer: ") << refusal.what()
+                              << '\n';
                     return 2;
                 }
                 break;
@@ -420,7 +425,7 @@ int serve(const UsbOptions& options) {
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGCHLD}) sigaddset(&signals, signal);
     sigprocmask(SIG_BLOCK, &signals, &restored);
-    Bus bus(options.driver, options.signals, options.verbose);
+    Bus bus(options.driver, options.outside, options.verbose);
     for (const std::string& device : options.devices) bus.plug(device);
     if (options.command.empty() || options.verbose) {
         (options.command.empty() ? std::cout : std::cerr)

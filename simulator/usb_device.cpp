@@ -123,14 +123,14 @@ void UsbDevice::note(unsigned long request) {
 }
 
 UsbDevice::UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
-                     const Signals& signals, bool verbose)
+                     const Outside& outside, bool verbose)
     : serial_(serial),
-      device_(model, {serial, Identity().alias}),
+      device_(model, {serial, Identity().alias}, {}, outside.peers),
       node_(node),
       hasDriver_(driver),
       bound_(driver),
       verbose_(verbose) {
-    device_.signals = signals;
+    device_.signals = outside.signals;
     device_.streamFrame = [this](int, const Frame& frame) { return sendUnasked(frame); };
     device_.hasRoom = [this] { return hasRoom(); };
     device_.agenda.onEarlier = [this] { earlier_.notify_one(); };
@@ -366,10 +366,11 @@ void UsbDevice::receive(ByteView bytes) {
     if (out_.size() > mostRemembered) out_.pop_front();
     if (verbose_) std::cerr << serial_ << " < " << out_.back() << '\n';
     splitter_.append(bytes);
-    for (const Packet& request : splitter_.split()) {
+    for (Packet& arrived : splitter_.split()) {
+        const Packet request = Device::meant(std::move(arrived));
         const auto data = device_.handle(request);
         if (data && !stalled_) {
-            enqueue(buildFrame(request.command, *data));
+            enqueue(Device::replyFrame(request.command, *data));
         } else if (verbose_ && (data || !device_.knows(request.command))) {
             std::cerr << serial_ << (data ? " ! stalled\n" : " ! unknown command\n");
         }
@@ -425,7 +426,7 @@ void UsbDevice::pump() {
             moved = true;
         }
     }
-    if (hasRoom()) device_.onRoom();
+    if (hasRoom()) device_.tellRoom();
     update();
 }
 

@@ -90,12 +90,18 @@ struct Transfer {
     }
 };
 
+/// What is at the lines of the devices.
+struct Outside {
+    Signals signals;
+    Peers peers;
+};
+
 /// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines, and a thread of its
 /// own what the device does unasked.
 class UsbDevice {
 public:
     UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
-              const Signals& signals, bool verbose);
+              const Outside& outside, bool verbose);
     UsbDevice(const UsbDevice&) = delete;
     UsbDevice& operator=(const UsbDevice&) = delete;
 
