@@ -86,8 +86,8 @@ gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer share
 // The devices that are plugged in, and the testbed that shows them.
 class Bus {
 public:
-    Bus(bool driver, const Outside& outside, bool verbose)
-        : testbed_(umockdev_testbed_new()), driver_(driver), outside_(outside), verbose_(verbose) {
+    Bus(bool driver, Outside outside, bool verbose)
+        : testbed_(umockdev_testbed_new()), driver_(driver), outside_(std::move(outside)), verbose_(verbose) {
         const std::unique_ptr<char, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_.get()), g_free);
         root_ = root.get();
         constexpr std::size_t longest = 75;
