@@ -1,5 +1,6 @@
 // The extension module: each folder puts its part into the package, in the order of the layers.
 #include "analog/analog.h"
+#include "buses/buses.h"
 #include "devices/devices.h"
 #include "digital/digital.h"
 #include "drone/drone.h"
@@ -33,6 +34,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineDevices(package);
     zvr::python::defineServices(package);
     zvr::python::defineDigital(package);
+    zvr::python::defineBuses(package);
     zvr::python::defineAnalog(package);
     zvr::python::defineDrone(package);
     zvr::python::defineModels(package);

@@ -13,11 +13,7 @@ const Parameter& port = inputPortParameter;
 const Parameter rate{"sampling_rate", "float",
                      "rows per second in Hz; the limit depends on the model and on what is enabled"};
 const Raises portRaises{"@_checkAIPort"};
-
-void checkOneOf(py::handle value, std::initializer_list<int> accepted, FailureId failure) {
-    checkIsInt(value);
-    if (!isOneOf(value, accepted)) throw Failure(failure);
-}
+constexpr PinnedPorts inputPorts{"AI", "ai_dict", "ai_port", FailureId::AIPortNotAvaliableError};
 
 // Models whose ports nothing has to be sent for.
 bool opensByItself(py::handle self) { return isModel(self, {"TarnAnalog", "TarnAnalog24", "Lattice"}); }
@@ -58,15 +54,8 @@ Result openOrClose(Op op, Object port) {
 
 void defineUnion(Package& package) {
     Feature all(package, "AIUnion", {}, "What every analog input has.");
-    all.field({"ai_dict", "dict[int, list[int]]", "ports of the analog input"})
-        .shared(
-            "_checkAIPort", {{"port", "int", "port as the device counts it"}}, "Refuses a port that the model lacks.",
-            {},
-            {"InputTypeNotCorrectError: `port` is no integer", "AIPortNotAvaliableError: the model has no such port"},
-            [](py::handle self, const Object& port) {
-                checkIsInt(port);
-                if (!attribute(self, "ai_dict").contains(port)) throw Failure(FailureId::AIPortNotAvaliableError);
-            })
+    definePortCheck<inputPorts>(all)
+        .field({"ai_dict", "dict[int, list[int]]", "ports of the analog input"})
         .shared("_convertAITriggerModeToMask", {{"mode", "int", "trigger mode, 0 to 6"}},
                 "Trigger mode as the device's mask.", {"int", "1 to 7"}, {},
                 [](py::handle, const Object& mode) -> Object {
@@ -127,9 +116,7 @@ void defineInputConfiguration(Feature& feature) {
     feature
         .shared("_checkAIMode", {{"mode", "int", "0, 1 or 2"}}, "Refuses a mode that there is not.", {},
                 {"AIModeNotAvaliableError: another mode"},
-                [](py::handle, const Object& mode) {
-                    checkOneOf(mode, {0, 1, 2}, FailureId::AIModeNotAvaliableError);
-                })
+                Calls<checkAccepted<FailureId::AIModeNotAvaliableError, 0, 1, 2>>{})
         .shared("_ckeckAISamplingRate", {{"port", "int", "port as the device counts it"}, rate},
                 "Refuses a rate above the model's limit.", {},
                 {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
@@ -284,7 +271,7 @@ Reply samplesReply() {
 void defineModule(Package& package) {
     const Parameter variable{"ai_variable", "bool", "whether the number of channels can be chosen", "False"};
     Feature input(package, "AIModule", {"Packet", "AIBased"}, "Analog inputs of 16 bits.");
-    input
+    definePinCheck<inputPorts>(input)
         .constructor({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"},
                       {"ai_max_rate", "int", "highest rate of the model in Hz"},
                       {"ai_ratio", "float", "volts per count"},
@@ -298,33 +285,13 @@ void defineModule(Package& package) {
                      })
         .shared("_checkAIChannel", {{"channel", "int", "number of channels, 1 to 8"}}, "Refuses another number.", {},
                 {"AIChannelNotAvaliableError: another number"},
-                [](py::handle, const Object& channel) {
-                    checkOneOf(channel, {1, 2, 3, 4, 5, 6, 7, 8}, FailureId::AIChannelNotAvaliableError);
-                })
+                Calls<checkAccepted<FailureId::AIChannelNotAvaliableError, 1, 2, 3, 4, 5, 6, 7, 8>>{})
         .shared("_checkAIChipSelect", {{"cs", "int", "chip select, 0 to 2"}}, "Refuses another chip select.", {},
                 {"AICSNotAvaliableError: another chip select"},
-                [](py::handle, const Object& chipSelect) {
-                    checkOneOf(chipSelect, {0, 1, 2}, FailureId::AICSNotAvaliableError);
-                })
+                Calls<checkAccepted<FailureId::AICSNotAvaliableError, 0, 1, 2>>{})
         .shared("_checkAITriggerMode", {{"mode", "int", "trigger mode, 0 to 6"}}, "Refuses another mode.", {},
                 {"AITriggerModeNotAvaliableError: another mode"},
-                [](py::handle, const Object& mode) {
-                    checkOneOf(mode, {0, 1, 2, 3, 4, 5, 6}, FailureId::AITriggerModeNotAvaliableError);
-                })
-        .shared("_AI_getPinMapPort", {{"ai_port", "int", "port as the device counts it"}},
-                "Digital ports of an analog port's lines.", {"list[int]", "each once", "the model's table"}, {},
-                [](py::handle self, const Object& port) {
-                    return digitalPortsOf(own(PyObject_GetItem(attribute(self, "ai_dict").ptr(), port.ptr())));
-                })
-        .operation(
-            "_checkAIPinState",
-            {{"port", "int", "port as the device counts it"}, {"allow_state", "list[str]", "modes that are allowed"}},
-            "Refuses a port whose lines are in use for something else.", {},
-            {"AIPortNotAvaliableError: a line is in another mode"},
-            [](Op op, Object port, Object allowed) -> Result {
-                const Object lines = own(PyObject_GetItem(attribute(op.self(), "ai_dict").ptr(), port.ptr()));
-                co_return co_await op.run(checkLines(op, lines, allowed, FailureId::AIPortNotAvaliableError));
-            })
+                Calls<checkAccepted<FailureId::AITriggerModeNotAvaliableError, 0, 1, 2, 3, 4, 5, 6>>{})
         .operation(
             "AI_readOnDemand", {port}, "Reads all channels once.",
             {"list[float]", "volts, rounded to 4 decimals, the channels of all enabled chip selects behind each other",

@@ -3,6 +3,7 @@
 #include "analog/analog.h"
 #include "core/constants.h"
 #include "core/failures.h"
+#include "protocol/object_queue.h"
 #include "python/model.h"
 #include "python/raising.h"
 
@@ -11,6 +12,30 @@ namespace zvr::python {
 namespace {
 
 constexpr const char* partName = "analog input";
+
+Bytes doublesOf(py::handle row) {
+    Bytes bytes;
+    for (const py::handle value : row) {
+        const auto number = numberOf<double>(value);
+        const auto* first = reinterpret_cast<const std::uint8_t*>(&number);
+        bytes.insert(bytes.end(), first, first + sizeof number);
+    }
+    return bytes;
+}
+
+std::pair<RowLayout, Bytes> fromFloats(py::handle row) {
+    Bytes bytes = doublesOf(row);
+    const auto columns = static_cast<int>(bytes.size() / sizeof(double));
+    return {RowLayout::values(columns), std::move(bytes)};
+}
+
+py::list toFloats(const std::vector<RowRun>& rows) {
+    std::size_t count = 0;
+    for (const RowRun& run : rows) count += run.rows;
+    return toLists({rows}, count);
+}
+
+constexpr ItemKind floatRows{toFloats, fromFloats};
 
 /// The thread, and the lock under which a caller takes the same number of rows from several queues.
 class InputStream final : public RuntimePart {
@@ -38,10 +63,6 @@ std::vector<StreamKey> streamKeys(py::handle self, int command) {
     return keys;
 }
 
-void warnOfOverflow() {
-    onInterpreter([] { callObject(failureClass(FailureId::AIQueueOverflowWarning)); });
-}
-
 RowLayout layoutFor(const RowLayout& now, int columns, double ratio) {
     return now.sample == RowLayout::Sample::scaled24 ? RowLayout::scaled24(columns, ratio)
                                                      : RowLayout::scaled16(columns, ratio);
@@ -61,7 +82,7 @@ std::vector<StreamReader::Pair> pairsOf(py::handle frames, py::handle rows) {
     for (const py::handle queue : frames) {
         if (i == rowQueues.size()) break;
         pairs.push_back({py::cast<std::shared_ptr<StreamFifo>>(queue),
-                         py::cast<std::shared_ptr<RowQueue>>(Object(rowQueues[i++]))});
+                         py::cast<std::shared_ptr<ObjectQueue>>(Object(rowQueues[i++]))});
     }
     return pairs;
 }
@@ -77,7 +98,7 @@ Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipS
 /// The row queues of a port's chip selects.
 struct Selection {
     std::vector<Object> objects;
-    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
+    std::vector<std::shared_ptr<ObjectQueue>> queues;  ///< shorter than `objects` if one of those is not ours
 
     bool ours() const { return queues.size() == objects.size(); }
     std::size_t size() const {
@@ -94,7 +115,8 @@ Selection select(py::handle self, const Object& port) {
         const Object index = callMethod(self, "_AI_changePortToIndex", port, chipSelect);
         const Object queue = own(PyObject_GetItem(all.ptr(), index.ptr()));
         selection.objects.push_back(queue);
-        if (py::isinstance<RowQueue>(queue)) selection.queues.push_back(py::cast<std::shared_ptr<RowQueue>>(queue));
+        if (py::isinstance<ObjectQueue>(queue))
+            selection.queues.push_back(py::cast<std::shared_ptr<ObjectQueue>>(queue));
     }
     return selection;
 }
@@ -282,12 +304,12 @@ void constructInput(py::handle self, const InputOffer& offer) {
     std::vector<StreamReader::Pair> pairs;
     py::list frames, rows;
     for (const StreamKey& key : streamKeys(self, offer.streamCommand)) {
-        pairs.push_back({runtime.pools.stream->at(key), std::make_shared<RowQueue>(QUEUE_SIZE_MAX)});
+        pairs.push_back({runtime.pools.stream->at(key), std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows)});
         frames.append(py::cast(pairs.back().frames));
         rows.append(py::cast(pairs.back().rows));
     }
     const auto reader = std::make_shared<StreamReader>("_AIStreamThread", std::move(pairs), layout, reportThreadFailure,
-                                                       warnOfOverflow);
+                                                       warningOf(FailureId::AIQueueOverflowWarning));
     runtime.keep(partName, std::make_shared<InputStream>(reader));
     setAttribute(self, "ai_data_queue_list", frames);
     setAttribute(self, "ai_signal_queue_list", rows);
@@ -337,7 +359,7 @@ void defineInputStreaming(Feature& based) {
                     const auto pairs = pairsOf(frames, rows);
                     const auto reader = streamOf(self)->reader;
                     const WithoutGil released;
-                    reader->run(pairs);
+                    reader->run(pairs, reader->gate);
                 })
         .shared("_AI_free", {}, "Ends the reader thread for good.", {}, {}, [](py::handle self) {
             setAttribute(self, "ai_killed", py::bool_(true));
@@ -390,74 +412,10 @@ void defineInputReading(Feature& module) {
                 });
 }
 
-namespace {
-
-Bytes doublesOf(py::handle row) {
-    Bytes bytes;
-    for (const py::handle value : row) {
-        const auto number = numberOf<double>(value);
-        const auto* first = reinterpret_cast<const std::uint8_t*>(&number);
-        bytes.insert(bytes.end(), first, first + sizeof number);
-    }
-    return bytes;
-}
-
-void putRow(py::handle self, const Object& row) {
-    const auto queue = py::cast<std::shared_ptr<RowQueue>>(self);
-    Bytes bytes = doublesOf(row);
-    const auto columns = static_cast<int>(bytes.size() / sizeof(double));
-    if (queue->put(RowLayout::values(columns), std::move(bytes)) == 0) return;
-    PyErr_SetNone(hostObject("queue", "Full").ptr());
-    throw py::error_already_set();
-}
-
-Object getRow(py::handle self, Deadline deadline) {
-    const auto queue = py::cast<std::shared_ptr<RowQueue>>(self);
-    RowRuns runs{queue->take(1)};
-    while (runs[0].empty()) {
-        const std::size_t found =
-            blocking([&](const Attend& attend) { return queue->waitForSize(1, deadline, attend); });
-        runs[0] = queue->take(1);
-        if (found == 0) {
-            PyErr_SetNone(hostObject("queue", "Empty").ptr());
-            throw py::error_already_set();
-        }
-    }
-    return toLists(runs, 1)[0];
-}
-
-}  // namespace
-
 void defineRowFifo(Package& package) {
-    const Parameter row{"item", "Sequence[float]", "values of a row"};
-    const Parameter waits{"block", "bool", "whether to wait", "True"};
-    const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
-    const Returns values{"list[float]", "values of the row"};
-    const auto type = py::class_<RowQueue, std::shared_ptr<RowQueue>>(
-                          package.module(), "RowFifo", "Thread-safe queue of rows of samples, kept in compact form.")
-                          .def(py::init<std::size_t>(), py::arg("maxsize") = QUEUE_SIZE_MAX);
-    ClassMaker(type)
-        .method("put", {row}, "Adds a row; never waits.", {}, {"queue.Full: no room"}, Calls<putRow>{})
-        .method("put_nowait", {row}, "Adds a row.", {}, {"queue.Full: no room"}, Calls<putRow>{})
-        .method(
-            "get", {waits, timeout}, "Takes the oldest row.", values, {"queue.Empty: nothing came in time"},
-            [](py::handle self, const Object& waits, const Object& timeout) {
-                const bool now = PyObject_IsTrue(waits.ptr()) == 0;
-                return getRow(self, now ? Clock::now() : timeout.is_none() ? forever : deadlineIn(secondsOf(timeout)));
-            })
-        .method("get_nowait", {}, "Takes the oldest row without waiting.", values, {"queue.Empty: nothing is there"},
-                [](py::handle self) { return getRow(self, Clock::now()); })
-        .method("qsize", {}, "Number of rows.", {"int"}, {},
-                [](py::handle self) { return py::cast<RowQueue*>(self)->size(); })
-        .method("empty", {}, "Whether it holds nothing.", {"bool"}, {},
-                [](py::handle self) { return py::cast<RowQueue*>(self)->size() == 0; })
-        .method("full", {}, "Whether it holds all it can.", {"bool"}, {},
-                [](py::handle self) {
-                    const auto& queue = *py::cast<RowQueue*>(self);
-                    return queue.size() >= queue.capacity();
-                })
-        .property({"maxsize", "int", "Most rows it holds."},
-                  [](py::handle self) { return py::cast<RowQueue*>(self)->capacity(); });
+    py::reinterpret_borrow<ObjectQueueType>(package.get("RowFifo"))
+        .def(py::init([](std::size_t capacity) { return std::make_shared<ObjectQueue>(capacity, floatRows); }),
+             py::arg("maxsize") = QUEUE_SIZE_MAX);
 }
 
 }  // namespace zvr::python

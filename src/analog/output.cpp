@@ -12,14 +12,9 @@ namespace {
 const Parameter port{"port", "int", "port of the analog output; on the chassis the slot, 1, 2 or 4"};
 const Parameter channel{"channel", "int", "channel, 0 to 7"};
 const Raises portRaises{"@_checkAOPort"};
+constexpr PinnedPorts outputPorts{"AO", "ao_dict", "ao_port", FailureId::AOPortNotAvaliableError};
 const std::vector<Check> portChecks{calls("_checkAOPort", {"port"})};
 const std::vector<Check> channelChecks{calls("_checkAOPort", {"port"}), calls("_checkAOChannel", {"channel"})};
-
-void checkIsList(py::handle value) {
-    if (!PyList_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
-}
-
-Check isNumber(std::string argument) { return {{}, {std::move(argument)}, checkIsNumber}; }
 
 void checkVolts(py::handle self, py::handle values) {
     callObject(attribute(py::module_::import("pyzvr"), "checkEachItemInRange"), values, attribute(self, "ao_volt_min"),
@@ -80,13 +75,7 @@ void defineChecks(Feature& output) {
     const auto typed = [](const char* failure) {
         return Raises{"InputTypeNotCorrectError: it is no integer", std::string(failure) + ": another value"};
     };
-    output
-        .shared("_checkAOPort", codeParameter("port", "port as the device counts it"),
-                "Refuses a port that the model lacks.", {}, typed("AOPortNotAvaliableError"),
-                [](py::handle self, const Object& port) {
-                    checkIsInt(port);
-                    if (!attribute(self, "ao_dict").contains(port)) throw Failure(FailureId::AOPortNotAvaliableError);
-                })
+    definePinCheck<outputPorts>(definePortCheck<outputPorts>(output))
         .shared("_checkAOChannel", codeParameter("channel", "channel, 0 to 7"), "Refuses another channel.", {},
                 typed("AOChannelNotAvaliableError"),
                 Calls<checkAccepted<FailureId::AOChannelNotAvaliableError, 0, 1, 2, 3, 4, 5, 6, 7>>{})
@@ -128,20 +117,6 @@ void defineAnalogOutput(Package& package) {
     output.offers(offered())
         .shared("AO_getPort", {}, "Tells which ports there are.", {"list[int]", "port numbers", "the model's table"},
                 {}, [](py::handle self) { return py::list(attribute(self, "ao_dict")); })
-        .shared("_AO_getPinMapPort", {{"ao_port", "int", "port as the device counts it"}},
-                "Digital ports of an analog port's lines.", {"list[int]", "each once", "the model's table"}, {},
-                [](py::handle self, const Object& port) {
-                    return digitalPortsOf(own(PyObject_GetItem(attribute(self, "ao_dict").ptr(), port.ptr())));
-                })
-        .operation(
-            "_checkAOPinState",
-            {{"port", "int", "port as the device counts it"}, {"allow_state", "list[str]", "modes that are allowed"}},
-            "Refuses a port whose lines are in use for something else.", {},
-            {"AOPortNotAvaliableError: a line is in another mode"},
-            [](Op op, Object port, Object allowed) -> Result {
-                const Object lines = own(PyObject_GetItem(attribute(op.self(), "ao_dict").ptr(), port.ptr()));
-                co_return co_await op.run(checkLines(op, lines, allowed, FailureId::AOPortNotAvaliableError));
-            })
         .operation("AO_open", {port}, "Opens a port, whose lines must be idle.", result,
                    {"@_checkAOPort", "@_checkAOPinState"}, Calls<open>{})
         .operation("AO_close", {port}, "Closes a port.", result, portRaises, Calls<close>{})

@@ -69,6 +69,10 @@ void convertRows(const RowLayout& layout, const std::uint8_t* bytes, std::size_t
                 return value;
             });
             return;
+        case RowLayout::Sample::octet:
+            convertEach(bytes, 1, rows, columns, out, stride, [](const std::uint8_t* sample) { return *sample; });
+            return;
+        case RowLayout::Sample::record: throw std::invalid_argument("a record is no number");
     }
 }
 

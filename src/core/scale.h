@@ -32,6 +32,8 @@ struct RowLayout {
         scaled16,  ///< two bytes, scaled and rounded
         scaled24,  ///< three bytes, times `ratio`, not rounded
         value,     ///< a double as it is in memory
+        octet,     ///< a byte as it is
+        record,    ///< bytes that are no number; a row has `columns` of them
     };
     Sample sample = Sample::scaled16;
     int columns = 0;
@@ -43,8 +45,13 @@ struct RowLayout {
     }
     static RowLayout scaled24(int columns, double ratio) { return {Sample::scaled24, columns, ratio}; }
     static RowLayout values(int columns) { return {Sample::value, columns}; }
+    static RowLayout octets(int columns) { return {Sample::octet, columns}; }
+    static RowLayout records(int bytes) { return {Sample::record, bytes}; }
 
-    std::size_t sampleBytes() const { return sample == Sample::scaled16 ? 2 : sample == Sample::scaled24 ? 3 : 8; }
+    std::size_t sampleBytes() const {
+        constexpr std::array<std::uint8_t, 5> widths{2, 3, 8, 1, 1};
+        return widths[static_cast<std::size_t>(sample)];
+    }
     std::size_t rowBytes() const { return sampleBytes() * static_cast<std::size_t>(columns); }
     bool operator==(const RowLayout&) const = default;
 };

@@ -26,7 +26,7 @@ void StreamReader::start() {
     startBody([self = shared_from_this()] { self->run(); });
 }
 
-void StreamReader::run(const std::vector<Pair>& pairs) {
+void StreamReader::run(const std::vector<Pair>& pairs, Gate& gate) {
     for (const Pair& pair : pairs) pair.frames->setBell(bell_);
     Deadline lastFound{};
     while (!ended_) {

@@ -26,9 +26,9 @@ public:
     StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report, OnOverflow onOverflow);
 
     void start();
-    /// The body of the thread on other queues or the same ones, until `end`.
-    void run(const std::vector<Pair>& pairs);
-    void run() { run(pairs_); }
+    /// The body of the thread on other queues and another gate or the same ones, until `end`.
+    void run(const std::vector<Pair>& pairs, Gate& gate);
+    void run() { run(pairs_, gate); }
     /// The thread ends when it next looks around.
     void kill() { ended_ = true; }
     /// Ends the thread soon. The gate stays open.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "core/bus_pins.h"
 #include "devices/devices.h"
 #include "protocol/runtime.h"
 
@@ -104,6 +105,23 @@ PortMap assumedLines(int port, const Pins& pins) {
     };
 }
 
+// Which lines these are is assumed too.
+ModuleUse bus(const char* prefix, Bus kind, const std::vector<int>& ports, const char* release = nullptr) {
+    const auto map = [=] {
+        py::dict lines;
+        for (const BusLines& each : busLines) {
+            if (each.bus != kind || std::ranges::find(ports, each.port) == ports.end()) continue;
+            py::list pins;
+            for (int pin = each.firstPin; pin <= each.lastPin; ++pin) {
+                pins.append(py::make_tuple(each.digitalPort, pin));
+            }
+            lines[py::int_(each.port)] = pins;
+        }
+        return py::make_tuple(lines);
+    };
+    return {prefix, map, {{prefix, ports[0]}}, release};
+}
+
 ModuleUse input16(int maxRate, bool variable, const PortMap& map = chips({0})) {
     return {"AI", [=] { return py::make_tuple(map(), maxRate, voltsPerCount, 8, variable); }, {{"AI", 0}}, "_AI_free"};
 }
@@ -132,26 +150,28 @@ ModuleUse onPort0(const char* prefix) {
 const std::vector<Model>& models() {
     static const ModuleUse system = simple("System"), network = simple("Network"), radio = simple("Wifi"),
                            sensors = simple("SystemAnalog"), sntp = simple("SNTP"), card = simple("SDCard"),
+                           uart = bus("UART", Bus::uart, {1, 2}, "_UART_free"), i2c = bus("I2C", Bus::i2c, {1, 2}),
+                           spi = bus("SPI", Bus::spi, {1, 2}), spi2 = bus("SPI", Bus::spi, {2}),
+                           can = bus("CAN", Bus::can, {1}, "_CAN_free"),
                            pwm = onPort0("PWM"), counter = onPort0("Counter"), encoder = onPort0("Encoder");
     static const PinMap sable20 = {{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 5}},
                         sable21 = {{0, 0, 7}, {1, 0, 4}, {2, 6, 7}, {3, 0, 5}};
     static const std::vector<Model> table = {
         {"SableDio", "Sable-Dio", usb, "26 channels of 3.3 V digital I/O.",
-            {system, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder},
-            {"UART", "I2C", "SPI"}},
+            {system, uart, i2c, spi, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder}},
         {"SableAnalog", "Sable-Analog", usb, "20 digital channels, 8 analog inputs of 16 bits, 16 kHz.",
-            {system, input16(16000, true), dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI"}},
+            {system, uart, i2c, spi2, input16(16000, true), dio(sable20), pwm, counter, encoder}},
         {"SableThermo", "Sable-Thermo", usb, "21 digital channels, 2 thermocouple inputs.",
-            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "Thermocouple"}},
+            {system, uart, i2c, spi2, dio(sable21), pwm, counter, encoder}, {"Thermocouple"}},
         {"SableCan", "Sable-Can", usb, "20 digital channels, CAN V2.0B.",
-            {system, dio(sable20), pwm, counter, encoder}, {"UART", "I2C", "SPI", "CAN"}},
+            {system, uart, i2c, spi2, can, dio(sable20), pwm, counter, encoder}},
         {"SableRtd", "Sable-Rtd", usb, "21 digital channels, 2 RTD inputs.",
-            {system, dio(sable21), pwm, counter, encoder}, {"UART", "I2C", "SPI", "ThermalResistance"}},
+            {system, uart, i2c, spi2, dio(sable21), pwm, counter, encoder}, {"ThermalResistance"}},
         {"SableSink", "Sable-Sink", usb, "24 V digital I/O, 14 inputs and 12 outputs.",
             {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}},
         {"SableMixed", "Sable-Mixed", usb, "16 digital channels, 8 analog inputs, 8 analog outputs.",
-            {system, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines(0, {0, 0, 7})),
-             dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}, {"UART", "I2C"}},
+            {system, uart, i2c, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines(0, {0, 0, 7})),
+             dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}},
         {"HeronAnalog", "Heron-Analog", wifi, "8 analog inputs, 10 kHz.",
             {system, sensors, network, radio, input16(10000, true)}},
         {"HeronImu", "Heron-Imu", wifi, "8 analog inputs, 10 kHz, and a 9-axis inertial sensor.",

@@ -2,6 +2,7 @@
 #include "core/constants.h"
 #include "core/failures.h"
 #include "core/frame.h"
+#include "protocol/object_queue.h"
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
 #include "python/raising.h"
@@ -96,7 +97,11 @@ Object takeStreaming(py::handle queue, const Object& count) {
     const auto wanted = py::cast<Py_ssize_t>(count);
     py::list items;
     const Py_ssize_t times = wanted > -1 && wanted < size ? wanted : size;
-    for (Py_ssize_t i = 0; i < times; ++i) items.append(callMethod(queue, "get_nowait"));
+    if (py::isinstance<ObjectQueue>(queue)) {
+        items = py::cast<ObjectQueue*>(queue)->takeObjects(static_cast<std::size_t>(times));
+    } else {
+        for (Py_ssize_t i = 0; i < times; ++i) items.append(callMethod(queue, "get_nowait"));
+    }
     if (items.size() == 1 && PyList_Check(Object(items[0]).ptr()) != 0) return py::list(items[0]);
     return items;
 }
@@ -106,11 +111,15 @@ Object getStreamingFromPool(py::handle, const Object& queue, const Object& count
     const auto missing = [&] { return py::cast<Py_ssize_t>(callMethod(queue, "qsize")) < wanted; };
     if (wanted > -1 && missing()) {
         const double limit = secondsOf(delay);
-        if (py::isinstance<StreamFifo>(queue)) {
-            const auto fifo = py::cast<std::shared_ptr<StreamFifo>>(queue);
+        const auto await = [&](const auto& fifo) {
             blocking([&](const Attend& attend) {
                 return fifo->waitForSize(static_cast<std::size_t>(wanted), deadlineIn(limit), attend);
             });
+        };
+        if (py::isinstance<StreamFifo>(queue)) {
+            await(py::cast<std::shared_ptr<StreamFifo>>(queue));
+        } else if (py::isinstance<ObjectQueue>(queue)) {
+            await(py::cast<std::shared_ptr<ObjectQueue>>(queue));
         } else {
             sleepBlocking(limit);
         }

@@ -9,6 +9,7 @@ void defineConstants(Package& package);
 void defineFailures(Package& package);
 void defineConversions(Package& package);
 void definePools(Package& package);
+void defineObjectQueue(Package& package);
 void definePacket(Package& package);
 
 inline void defineProtocol(Package& package) {
@@ -16,6 +17,7 @@ inline void defineProtocol(Package& package) {
     defineFailures(package);
     defineConversions(package);
     definePools(package);
+    defineObjectQueue(package);
     definePacket(package);
 }
 

@@ -53,6 +53,15 @@ ClassMaker& ClassMaker::add(std::shared_ptr<const Definition> definition, Form f
     return *this;
 }
 
+ClassMaker& ClassMaker::addStandalone(Definition definition) {
+    rememberRaises(definition);
+    const std::string name = definition.name;
+    const auto shared = std::make_shared<const Definition>(std::move(definition));
+    const Object function = makeOperation(shared, Form::function, nameOf(type_));
+    py::setattr(type_, name.c_str(), callObject(hostObject("builtins", "staticmethod"), function));
+    return *this;
+}
+
 ClassMaker Package::makeClass(const std::string& name, const std::vector<std::string>& bases, const std::string& doc) {
     py::tuple baseTuple(bases.size());
     for (std::size_t i = 0; i < bases.size(); ++i) baseTuple[i] = classOf(*this, bases[i]);

@@ -31,6 +31,14 @@ public:
                    Form::method);
     }
 
+    /// A function that belongs to the class but needs no object; its lambda takes one all the same, which is nothing.
+    template <class Function>
+    ClassMaker& standalone(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
+                           Function body) {
+        return addStandalone({std::move(name), std::move(parameters), std::move(summary), std::move(returns),
+                              std::move(raises), plain(body)});
+    }
+
     /// An awaitable operation without a blocking form of the same shape; `name` is without its ending.
     template <class Function>
     ClassMaker& awaitable(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
@@ -58,6 +66,7 @@ public:
     const Object& type() const { return type_; }
 
 private:
+    ClassMaker& addStandalone(Definition definition);
     ClassMaker& addProperty(const FieldDoc& field, PlainBody get, PlainBody set);
 
     Object type_;
@@ -106,6 +115,16 @@ public:
                     Function body) {
         return addShared({std::move(name), std::move(parameters), std::move(summary), std::move(returns),
                           std::move(raises), plain(body)});
+    }
+
+    /// A check that needs no object.
+    template <class Function>
+    Feature& standalone(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
+                        Function body) {
+        (based_ ? *based_ : blocking_)
+            .standalone(std::move(name), std::move(parameters), std::move(summary), std::move(returns),
+                        std::move(raises), body);
+        return *this;
     }
 
     /// A constructor that does more than to keep what it is given.

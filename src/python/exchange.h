@@ -62,6 +62,8 @@ inline Check calls(std::string method, std::vector<std::string> arguments) {
     return {std::move(method), std::move(arguments)};
 }
 inline Check isInt(std::string argument) { return {{}, {std::move(argument)}, checkIsInt}; }
+inline Check isNumber(std::string argument) { return {{}, {std::move(argument)}, checkIsNumber}; }
+inline Check isList(std::string argument) { return {{}, {std::move(argument)}, checkIsList}; }
 inline Check isText(std::string argument) { return {{}, {std::move(argument)}, checkIsText}; }
 
 /// How a reply becomes the result.

@@ -88,6 +88,7 @@ bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 void checkIsInt(py::handle value);
 void checkIsNumber(py::handle value);
+void checkIsList(py::handle value);
 void checkIsIntOrList(py::handle value);
 void checkIsText(py::handle value);
 void checkIsTextOrList(py::handle value);

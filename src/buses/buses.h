@@ -1,0 +1,22 @@
+// Serial buses: the device is master, node or terminal, and the host tells it what to do.
+#pragma once
+
+#include "python/classes.h"
+
+namespace zvr::python {
+
+void defineI2c(Package& package);
+void defineSpi(Package& package);
+void defineUart(Package& package);
+void defineCanFrame(Package& package);
+void defineCan(Package& package);
+
+inline void defineBuses(Package& package) {
+    defineI2c(package);
+    defineSpi(package);
+    defineUart(package);
+    defineCanFrame(package);
+    defineCan(package);
+}
+
+}  // namespace zvr::python

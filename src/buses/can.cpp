@@ -1,0 +1,272 @@
+// CAN: frames are written by request, and those of the bus come as a stream of records.
+#include "buses/buses.h"
+#include "buses/can_frame.h"
+#include "buses/ports.h"
+#include "core/constants.h"
+#include "protocol/object_queue.h"
+
+namespace zvr::python {
+
+namespace {
+
+constexpr PinnedPorts canPorts{"CAN", "can_dict", "CAN_port", FailureId::CANPortNotAvaliableError};
+constexpr const char* partName = "can";
+
+py::list toFrames(const std::vector<RowRun>& rows) {
+    py::list frames;
+    for (const RowRun& run : rows) {
+        for (std::size_t i = 0; i < run.rows; ++i) {
+            frames.append(CanFrame(ByteView(run.bytes + i * CanFrame::wireBytes, CanFrame::wireBytes)));
+        }
+    }
+    return frames;
+}
+
+std::pair<RowLayout, Bytes> fromFrame(py::handle frame) {
+    const auto& content = py::cast<const CanFrame&>(frame);
+    Bytes bytes(content.idBytes.begin(), content.idBytes.end());
+    bytes.insert(bytes.end(), content.data.begin(), content.data.end());
+    return {RowLayout::records(CanFrame::wireBytes), std::move(bytes)};
+}
+
+constexpr ItemKind canFrames{toFrames, fromFrame};
+
+std::shared_ptr<Feeders> feedersOf(py::handle self) {
+    auto feeders = runtimeOf(self).part<Feeders>(partName);
+    if (!feeders) throw py::attribute_error("the object has no CAN");
+    return feeders;
+}
+
+void construct(py::handle self, const Object& ports) {
+    setAttribute(self, "can_dict", ports);
+    setAttribute(self, "can_open_flag", py::bool_(false));
+    DeviceRuntime& runtime = runtimeOf(self);
+    const auto frames = runtime.pools.stream->at({START_CAN});
+    setAttribute(self, "can_data_queue", py::cast(frames));
+    if (runtime.part<Feeders>(partName)) return;  // the twin's constructor ran before
+    const auto feeders = std::make_shared<Feeders>();
+    const auto queue = std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, canFrames);
+    const auto reader = feeders->add("_CANStreamThread", frames, queue, RowLayout::records(CanFrame::wireBytes),
+                                     FailureId::CANQueueOverflowWarning);
+    setAttribute(self, "can_frame_queue", py::cast(queue));
+    setAttribute(self, "can_lock", py::cast(std::shared_ptr<Gate>(reader, &reader->gate)));
+    setAttribute(self, "can_stream_thread", py::cast(std::shared_ptr<OwnedThread>(reader)));
+    runtime.keep(partName, feeders);
+    feeders->start();
+}
+
+bool isOpen(py::handle self) { return PyObject_IsTrue(attribute(self, "can_open_flag").ptr()) != 0; }
+
+// The pin check's own name ends in an underscore, its twin's does not.
+Result open(Op op, Object port) {
+    op.call("_checkCANPort", port);
+    if (op.awaitable()) {
+        co_await op.request("_checkCANPinState", port, freeModes());
+    } else {
+        co_await op.request("_checkCANPinState_", port, freeModes());
+    }
+    const Object reply = co_await op.exchange(OPEN_CAN, payload(port));
+    if (!isOpen(op.self())) {
+        setAttribute(op.self(), "can_open_flag", py::bool_(true));
+        callMethod(attribute(op.self(), "can_lock"), "release");
+    }
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+// The device never answers a start: the blocking form hears of that.
+Result start(Op op, Object port) {
+    op.call("_checkCANPort", port);
+    if (op.awaitable()) {
+        co_await op.same("_sendPacketWithoutReply", py::int_(int{START_CAN}), payload(port));
+    } else {
+        co_await op.exchange(START_CAN, payload(port));
+    }
+    co_return py::int_(0);
+}
+
+Result close(Op op, Object port) {
+    op.call("_checkCANPort", port);
+    const Object stopped = co_await op.request("CAN_stop", port);
+    // What is negative already is a failure of its own.
+    if (const auto failure = failureOfStatus(py::cast<int>(stopped))) co_return py::int_(rowOf(*failure).code);
+    const Object reply = co_await op.exchange(CLOSE_CAN, payload(port));
+    if (isOpen(op.self())) {
+        setAttribute(op.self(), "can_open_flag", py::bool_(false));
+        callMethod(attribute(op.self(), "can_lock"), "acquire");
+        callMethod(attribute(op.self(), "can_data_queue"), "put", py::none());
+    }
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+Object wireOf(py::handle id, const Object& extended, const Object& remote, const Object& data) {
+    return attribute(py::cast(CanFrame(borrow(id.ptr()), extended, remote, data)), "frame_in_list");
+}
+
+void checkIsBool(py::handle value) {
+    if (!PyBool_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
+}
+
+Result write(Op op, Object port, Object id, Object data, Object remote, Object extended) {
+    op.call("_checkCANPort", port);
+    checkIsInt(id);
+    checkIsBool(remote);
+    checkIsBool(extended);
+    if (PyObject_IsTrue(remote.ptr()) != 0) data = toList(CanFrame::Data{});
+    checkIsList(data);
+    op.call("_checkCANDataRangeAndLength", data);
+    Payload sent;
+    sent.add(port).add(0).extend(wireOf(id, extended, remote, data));
+    const Object reply = co_await op.exchange(WRITE_CAN, sent.list());
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+Result setFilter(Op op, Object port, Object index, Object id, Object remote, Object extended) {
+    op.call("_checkCANPort", port);
+    Payload sent;
+    sent.add(port).add(index).extend(wireOf(id, py::int_(extended), py::int_(remote), py::tuple()));
+    const Object reply = co_await op.exchange(SET_CAN_RX_FILTER_OR_MASK, sent.list());
+    co_return statusOf(bytesOf(reply), 1);
+}
+
+/// Anything that has an integer value, as one byte.
+Field asInt(std::string argument) {
+    return {std::move(argument), "int", [](Payload& data, py::handle v) { data.add(py::int_(borrow(v.ptr()))); }};
+}
+
+void defineChecks(Feature& can) {
+    const auto mode = [](const char* doc) { return Parameters{{"mode", "int", doc}}; };
+    can.shared("_checkCANSpeed", {{"speed", "int", "0 to 3"}}, "Refuses another speed.", {},
+               {"CANSpeedNotVaildError: another mode"},
+               Calls<checkAccepted<FailureId::CANSpeedNotVaildError, 0, 1, 2, 3>>{})
+        .standalone("_checkCANTXIndex", mode("0 to 2"), "Refuses another transmit buffer.", {},
+                    {"CANTXNotVaildError: another buffer"},
+                    Calls<checkAccepted<FailureId::CANTXNotVaildError, 0, 1, 2>>{})
+        .standalone("_checkCANTXPriority", mode("0 to 3"), "Refuses another priority.", {},
+                    {"CANTXPriorityNotVaildError: another priority"},
+                    Calls<checkAccepted<FailureId::CANTXPriorityNotVaildError, 0, 1, 2, 3>>{})
+        .shared("_checkCANDataRangeAndLength", {{"data", "list[int]", "bytes of a frame"}},
+                "Refuses more than 8, and numbers that are no bytes.", {},
+                {"CANDataLengthNotVaildError: more than 8 entries", "InputDataNotInRangeError: one is not 0 to 255"},
+                [](py::handle, const Object& data) {
+                    if (py::len(data) > CanFrame::dataBytes) throw Failure(FailureId::CANDataLengthNotVaildError);
+                    callObject(attribute(py::module_::import("pyzvr"), "checkEachItemInRange"), data, py::int_(0),
+                               py::int_(255), py::str("The specified CAN data elements not in range"));
+                });
+}
+
+void defineStreaming(Feature& can) {
+    can.property(
+           {"can_killed", "bool", "Set once, by `_CAN_free`; ends the feeding thread."},
+           [](py::handle self) { return feedersOf(self)->readers[0]->ended(); },
+           [](py::handle self, const Object& value) {
+               if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self)->kill();
+           })
+        .field({"can_open_flag", "bool", "whether the port is open"})
+        .field({"can_data_queue", "Fifo", "records as they came"})
+        .field({"can_frame_queue", "RowFifo", "frames that wait to be read"})
+        .field({"can_lock", "Gate", "gate of the feeding thread, shut while the port is closed"})
+        .field({"can_stream_thread", "DeviceThread", "the feeding thread"})
+        .shared("_CANStreamThread", {{"queue_", "Fifo", "queue of records"}},
+                "Body of the feeding thread: turns records into frames until `_CAN_free`.", {},
+                {"ValueError: what came is no whole number of records"},
+                [](py::handle self, const Object& frames) {
+                    const auto reader = feedersOf(self)->readers[0];
+                    const std::vector<StreamReader::Pair> pairs{
+                        {py::cast<std::shared_ptr<StreamFifo>>(frames), reader->pairs()[0].rows}};
+                    const WithoutGil released;
+                    reader->run(pairs, reader->gate);
+                })
+        .shared("_CAN_free", {}, "Ends the feeding thread for good.", {}, {}, [](py::handle self) {
+            setAttribute(self, "can_killed", py::bool_(true));
+            const Object lock = attribute(self, "can_lock");
+            callMethod(lock, "acquire", py::bool_(false));
+            callMethod(attribute(self, "can_data_queue"), "put", py::none());
+            callMethod(lock, "release");
+        });
+}
+
+}  // namespace
+
+void defineCan(Package& package) {
+    const Parameter& port = busPort;
+    const Parameter id{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"};
+    const Parameter remote{"remote", "bool", "whether it is for remote frames"};
+    const Parameter extended{"extended_id", "bool", "whether the identifier has 29 bits"};
+    const Parameter turned{"status", "bool", "whether it is on"};
+    const std::vector<Check> checks{calls("_checkCANPort", {"port"})};
+    const Raises portRaises{"@_checkCANPort"};
+    const auto portRow = [&](const char* name, Command command, Reply reply, const char* summary) {
+        return Row{name, {port}, checks, command, {u8("port")}, std::move(reply), summary};
+    };
+
+    Feature can(package, "CAN", "A node of a CAN bus.");
+    definePinCheck<canPorts>(definePortCheck<canPorts>(can), "_", "_checkCANPinState_async");
+    can.field({"can_dict", "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"})
+        .constructor({{"can_dict", "dict[int, list[tuple[int, int]]]", "ports of the CAN, each with its lines"}},
+                     Calls<construct>{})
+        .shared("CAN_getPort", {}, "Tells which ports there are.", {"list[int]", "port numbers", "the model's table"},
+                {}, [](py::handle self) { return py::list(attribute(self, "can_dict")); });
+    defineChecks(can);
+    defineStreaming(can);
+    can.operation("CAN_open", {port}, "Opens a port and takes its lines.", status(1).returns,
+                  {"@_checkCANPort", "@_checkCANPinState_"}, Calls<open>{})
+        .operation("CAN_start", {port},
+                   "Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form "
+                   "waits all the same.",
+                   {"int", "0"}, portRaises, Calls<start>{})
+        .operation(
+            "CAN_close", {port}, "Leaves the bus, closes a port and frees its lines.",
+            {"int", "0, or the negative code of the refusal; after a refused stop the port stays open", "the device"},
+            portRaises, Calls<close>{})
+        .operation("CAN_write",
+                   {port,
+                    id,
+                    {"data", "list[int]", "at most 8 bytes; those of a remote frame count for nothing"},
+                    remote.withDefault("False"),
+                    extended.withDefault("False")},
+                   "Sends a frame; it always has 8 bytes.", status(1).returns,
+                   {"@_checkCANPort", "@_checkCANDataRangeAndLength",
+                    "InputTypeNotCorrectError: `id_` is no integer, a flag no bool, or `data` no list",
+                    "OverflowError: a standard identifier of more than 11 bits"},
+                   Calls<write>{})
+        .operation("CAN_setRXFilterOrMask",
+                   {port, {"index", "int", "filter or mask, in the device's numbering"}, id, remote, extended},
+                   "Sets a filter, or a mask of the identifier's bits that filters look at.", status(1).returns,
+                   portRaises, Calls<setFilter>{})
+        .untimed(
+            "CAN_read",
+            {port,
+             {"num_frames", "int", "most frames to take"},
+             {"delay", "float", "seconds to wait for that many, once; the awaitable form never waits", "0.005"}},
+            "Takes frames that have come.",
+            {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come", "the queue of frames"},
+            {}, [](Op op, Object, Object count, Object delay) -> Result {
+                const Object queue = attribute(op.self(), "can_frame_queue");
+                co_return co_await op.same("_getStreamingFromPool", queue, count, delay);
+            });
+    // clang-format off
+    can.rows({
+        portRow("CAN_stop", STOP_CAN, status(1), "Leaves the bus."),
+        {"CAN_setSpeed", {port, {"speed_mode", "int", "0 to 3 in the device's numbering"}},
+            {checks[0], calls("_checkCANSpeed", {"speed_mode"})}, SET_CAN_SPEED, {u8("port"), u8("speed_mode")}, status(1),
+            "Sets the speed of the bus."},
+        {"_CAN_setEnableInterrupt", {port, turned}, checks, SET_CAN_ENABLED_ITR, {u8("port"), asInt("status")}, status(1),
+            "Turns the controller's interrupts on or off."},
+        {"_CAN_setTXPriority", {port, {"tx_mode", "int", "transmit buffer, 0 to 2"}, {"priority_mode", "int", "0 to 3"}},
+            {checks[0], calls("_checkCANTXIndex", {"tx_mode"}), calls("_checkCANTXPriority", {"priority_mode"})},
+            SET_CAN_TX_PRIORITY, {u8("port"), u8("tx_mode"), u8("priority_mode")}, status(1), "Sets the priority of a transmit buffer."},
+        {"_CAN_setRXRollover", {port, turned}, checks, SET_CAN_RX_ROLLOVER, {u8("port"), asInt("status")}, status(1),
+            "Turns on or off that a full receive buffer gives way to the next."},
+        {"CAN_setRXFilteringOn", {port, {"on_off", "bool", "whether frames are filtered"}}, checks, SET_CAN_RX_FILTERING_ON,
+            {u8("port"), asInt("on_off")}, status(1), "Turns filtering on or off."},
+        portRow("_CAN_getInterrupts", GET_CAN_INTERRUPTS, numbersAt<std::uint8_t>(1, 3, "enabled interrupts, their state, and that of errors"),
+            "Reads the controller's interrupts."),
+        portRow("_CAN_getErrors", GET_CAN_ERRORS, numbersAt<std::uint8_t>(1, 2, "transmit and receive error counters"),
+            "Reads the error counters."),
+        portRow("_CAN_getCounters", GET_CAN_COUNTERS, numbersAt<std::uint32_t>(1, 6, "the device's 6 counters"),
+            "Reads the device's counters."),
+    });
+    // clang-format on
+}
+
+}  // namespace zvr::python

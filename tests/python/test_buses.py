@@ -1,0 +1,248 @@
+"""Serial buses at a client that is a test double, and over emulated USB with chips and nodes on the buses."""
+
+import asyncio
+import threading
+import warnings
+
+import pytest
+from conftest import Double, awaited, blocking
+from hypothesis import given
+from hypothesis import strategies as st
+
+import pyzvr
+
+U32 = pyzvr.convertU32To4U8
+OK = b"\1\0"
+SPI_REFUSED, UART_REFUSED, CAN_REFUSED = b"\1\x16", b"\1\x17", b"\1\x39"
+IDLE = bytes([0, 8, 0x11, 0x11, 0x11, 0x11])  # port, number of pins, two modes a byte
+
+
+@pytest.fixture
+def box():
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # libusb is not where a user would have it
+        product = pyzvr.SableCan()
+    product.client_cmd = Double(product)
+    yield product
+    product.close(verbose=False)
+
+
+FRAME = [36, 96, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0]
+WIRE = [
+    ("I2C_read", (1, 0x50, 3), "READ_I2C", [1, 0x50, 3], b"\1\0\3abc", [97, 98, 99]),
+    ("I2C_read", (1, 0x50, 0), "READ_I2C", [1, 0x50, 0], b"\1\0\0", []), ("I2C_read", (2, 1, 9), "READ_I2C", [2, 1, 9], b"\2\x15", []),
+    ("I2C_write", (1, 0x50, [1, 255]), "WRITE_I2C", [1, 0x50, 2, 1, 255], OK, 0), ("I2C_write", (1, 8, []), "WRITE_I2C", [1, 8, 0], OK, 0),
+    ("I2C_close", (1,), "CLOSE_I2C", [1], OK, 0), ("I2C_reset", (2,), "RESET_I2C", [2], OK, 0),
+    ("I2C_setClockRate", (1, 3), "SET_I2C_FREQUENCY", [1, 0, 51, 225, 64], OK, 0),
+    ("I2C_setClockRate", (1, 0), "SET_I2C_FREQUENCY", [1, *U32(100000)], OK, 0),
+    ("I2C_setAddressSize", (1, 1), "SET_I2C_ADDR_SIZE", [1, 1], OK, 0),
+    ("SPI_read", (2, 4), "READ_SPI", [2, 4], b"\2\0abcd", [97, 98, 99, 100]), ("SPI_write", (2, []), "WRITE_SPI", [2, 0], OK, 0),
+    ("SPI_write", (2, [9, 8]), "WRITE_SPI", [2, 2, 9, 8], OK, 0),
+    ("SPI_readAndWrite", (2, [1, 2]), "READ_AND_WRITE_SPI", [2, 2, 1, 2], b"\2\0\3\4", [3, 4]),
+    ("SPI_close", (2,), "CLOSE_SPI", [2], OK, 0), ("SPI_reset", (2,), "RESET_SPI", [2], OK, 0),
+    ("SPI_setDataSize", (2, 1), "SET_SPI_DATA_SIZE", [2, 1], OK, 0), ("SPI_setFirstBit", (2, 0), "SET_SPI_FIRST_BIT", [2, 0], OK, 0),
+    ("SPI_setPrescaler", (2, 256), "SET_SPI_PRESCALER", [2, 1, 0], OK, 0), ("_SPI_setCPOL", (2, 1), "SET_SPI_CPOL", [2, 1], OK, 0),
+    ("_SPI_setCPHA", (2, 0), "SET_SPI_CPHA", [2, 0], OK, 0),
+    ("UART_write", (1, "Hi\xff"), "WRITE_UART", [1, 3, 72, 105, 255], OK, 0), ("UART_write", (2, ["A", "B"]), "WRITE_UART", [2, 2, 65, 66], OK, 0),
+    ("UART_write", (1, ""), "WRITE_UART", [1, 0], OK, 0), ("UART_write", (1, "x" * 50), "WRITE_UART", [1, 50, *b"x" * 50], OK, 0),
+    ("_UART_stopReading", (1,), "STOP_UART_READING", [1], OK, 0), ("UART_reset", (1,), "RESET_UART", [1], OK, 0),
+    ("UART_setBaudRate", (1, 400000), "SET_UART_BAUD_RATE", [1, *U32(400000)], OK, 0), ("UART_setBaudRate", (1, 0), "SET_UART_BAUD_RATE", [1, 0, 0, 0, 0], OK, 0),
+    ("UART_setDataBit", (1, 1), "SET_UART_DATA_SIZE", [1, 1], OK, 0), ("UART_setParity", (1, 3), "SET_UART_PARITY", [1, 3], OK, 0),
+    ("UART_setNumStopBit", (2, 3), "SET_UART_NUM_STOP_BITS", [2, 3], OK, 0),
+    ("CAN_write", (1, 291, [1, 2, 3]), "WRITE_CAN", [1, 0, *FRAME], OK, 0),
+    ("CAN_write", (1, 5, [1, 2], True), "WRITE_CAN", [1, 0, 0, 0xB0, 0, 0, *bytes(8)], OK, 0),
+    ("CAN_write", (1, 5, [1], False, True), "WRITE_CAN", [1, 0, 0, 8, 0, 5, 1, *bytes(7)], OK, 0),
+    ("CAN_stop", (1,), "STOP_CAN", [1], OK, 0), ("CAN_setSpeed", (1, 3), "SET_CAN_SPEED", [1, 3], OK, 0),
+    ("_CAN_setEnableInterrupt", (1, True), "SET_CAN_ENABLED_ITR", [1, 1], OK, 0), ("_CAN_setTXPriority", (1, 2, 3), "SET_CAN_TX_PRIORITY", [1, 2, 3], OK, 0),
+    ("_CAN_setRXRollover", (1, False), "SET_CAN_RX_ROLLOVER", [1, 0], OK, 0), ("CAN_setRXFilteringOn", (1, 1), "SET_CAN_RX_FILTERING_ON", [1, 1], OK, 0),
+    ("CAN_setRXFilterOrMask", (1, 6, 0x7FF, False, False), "SET_CAN_RX_FILTER_OR_MASK", [1, 6, 0xFF, 0xE0, *bytes(10)], OK, 0),
+    ("_CAN_getInterrupts", (1,), "GET_CAN_INTERRUPTS", [1], b"\1\2\3\4", [2, 3, 4]), ("_CAN_getErrors", (1,), "GET_CAN_ERRORS", [1], b"\1\x80\7", [128, 7]),
+    ("_CAN_getCounters", (1,), "GET_CAN_COUNTERS", [1], b"\1" + b"".join(bytes(U32(n)) for n in (1, 2, 3, 4, 5, 2**32 - 1)), [1, 2, 3, 4, 5, 2**32 - 1]),
+]
+
+
+@pytest.mark.parametrize("operation, arguments, command, sent, reply, result", WIRE)
+def test_exchanges(box, operation, arguments, command, sent, reply, result):
+    code = getattr(pyzvr, command)
+    box.client_cmd.replies = {code: reply}
+    for call in (blocking, awaited):
+        assert call(box, operation, *arguments) == result
+    assert box.client_cmd.sent == [(code, bytes(sent))] * 2
+    if result == 0:  # and a refusal is a code
+        box.client_cmd.replies = {code: UART_REFUSED}
+        assert [call(box, operation, *arguments) for call in (blocking, awaited)] == [pyzvr.FirmwareUARTError(silent=True).code] * 2
+
+
+@pytest.mark.parametrize("operation, arguments, failure", [
+    ("I2C_setClockRate", (1, 4), "I2CClockNotSupportError"), ("I2C_setClockRate", (3, 1), "I2CPortNotAvaliableError"),
+    ("I2C_read", ("1", 1, 1), "InputTypeNotCorrectError"), ("I2C_read", (1, 1, 2.0), "InputTypeNotCorrectError"),
+    ("I2C_write", (1, 1, (1, 2)), "InputTypeNotCorrectError"), ("I2C_setAddressSize", (1, 2), "I2CAddressSizeNotVaildError"),
+    ("SPI_open", (1,), "SPIPortNotAvaliableError"), ("SPI_setPrescaler", (2, 3), "SPIPrescalerNotVaildError"), ("SPI_setMode", (2, 4), "SPIModeNotVaildError"),
+    ("SPI_setDataSize", (2, 2), "SPIDataSizeNotVaildError"), ("SPI_setFirstBit", (2, -1), "SPIFirstBitNotVaildError"),
+    ("SPI_write", (2, "ab"), "InputTypeNotCorrectError"), ("UART_write", (1, "x" * 51), "UARTExceedMaxLengthError"),
+    ("UART_write", (1, [65, 66]), TypeError), ("UART_write", (1, b"ab"), "InputTypeNotCorrectError"), ("UART_write", (1, "\u20ac"), ValueError),
+    ("UART_setBaudRate", (1, 400001), "UARTBaudRateNotSupportError"), ("UART_setDataBit", (1, 2), "UARTDataBitNotSupportError"),
+    ("UART_setParity", (1, 4), "UARTParityNotSupportError"), ("UART_setNumStopBit", (1, 4), "UARTStopBitNotSupportError"),
+    ("UART_read", (3, 4), "UARTPortNotAvaliableError"), ("UART_read", (1, "4"), "InputTypeNotCorrectError"), ("UART_close", (3,), "UARTPortNotAvaliableError"),
+    ("CAN_open", (2,), "CANPortNotAvaliableError"), ("CAN_write", (1, 5, [0] * 9), "CANDataLengthNotVaildError"), ("CAN_write", (1, 5, [256]), "InputDataNotInRangeError"),
+    ("CAN_write", (1, 5, (1,)), "InputTypeNotCorrectError"), ("CAN_write", (1, 5, [1], 1), "InputTypeNotCorrectError"),
+    ("CAN_write", (1, 2048, []), OverflowError), ("CAN_setSpeed", (1, 4), "CANSpeedNotVaildError"), ("_CAN_setTXPriority", (1, 3, 0), "CANTXNotVaildError"),
+    ("_CAN_setTXPriority", (1, 0, 4), "CANTXPriorityNotVaildError"),
+])
+def test_bad_arguments_fail_by_name_before_anything_is_sent(box, call, operation, arguments, failure):
+    with pytest.raises(failure if isinstance(failure, type) else getattr(pyzvr, failure)):
+        call(box, operation, *arguments)
+    assert box.client_cmd.sent == []
+
+
+def test_mode_is_polarity_then_phase_even_after_a_refusal(box, call):
+    for mode, (polarity, phase) in enumerate([(0, 0), (0, 1), (1, 0), (1, 1)]):
+        box.client_cmd.sent.clear()
+        box.client_cmd.replies = {pyzvr.SET_SPI_CPOL: OK, pyzvr.SET_SPI_CPHA: OK}
+        assert call(box, "SPI_setMode", 2, mode) == 0
+        assert box.client_cmd.sent == [(pyzvr.SET_SPI_CPOL, bytes([2, polarity])), (pyzvr.SET_SPI_CPHA, bytes([2, phase]))]
+    box.client_cmd.replies = {pyzvr.SET_SPI_CPOL: SPI_REFUSED, pyzvr.SET_SPI_CPHA: OK}
+    assert call(box, "SPI_setMode", 2, 1) < 0 and len(box.client_cmd.sent) == 4
+
+
+@pytest.mark.parametrize("bus, port, command, lines", [("I2C", 1, "OPEN_I2C", [0]), ("SPI", 2, "OPEN_SPI", [1]), ("UART", 2, "OPEN_UART", [0]), ("CAN", 1, "OPEN_CAN", [2])])
+def test_opening_looks_at_the_lines_first(box, call, bus, port, command, lines):
+    entries = box.CAN_getPort() and getattr(box, {"I2C": "I2C_dict", "SPI": "SPI_dict", "UART": "uart_dict", "CAN": "can_dict"}[bus])[port]
+    assert getattr(box, f"_{bus}_getPinMapPort")(port) == lines and {digital for digital, _ in entries} == set(lines)
+    modes = bytearray(IDLE)
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: lambda data: bytes(modes), getattr(pyzvr, command): OK}
+    box.uart_open_flag = True  # nothing is started by this
+    assert call(box, f"{bus}_open", port) == 0
+    assert [code for code, _ in box.client_cmd.sent] == [pyzvr.GET_PIN_MODE_OF_SLOT, getattr(pyzvr, command)]
+    modes[2 + entries[-1][1] // 2] = 0x88  # pulse outputs
+    with pytest.raises(getattr(pyzvr, f"{bus}PortNotAvaliableError")):
+        call(box, f"{bus}_open", port)
+    assert len(box.client_cmd.sent) == 3
+
+
+def push(box, key, data):
+    box.data_pool_strm[key].put(bytes(data))
+
+
+def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(box, call):
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_UART: OK, pyzvr.STOP_UART_READING: OK, pyzvr.CLOSE_UART: OK}
+    push(box, (pyzvr.START_UART_READING, 1), b"early")
+    assert box.uart_p1_lock.locked() and box.UART_read(1, 5, 0.01) == []
+    assert call(box, "UART_open", 1) == 0 and box.client_cmd.sent[-1] == (pyzvr.START_UART_READING, b"\1")
+    assert call(box, "UART_open", 2) == 0 and box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")  # reading is on
+    push(box, (pyzvr.START_UART_READING, 2), bytes(range(256)))
+    assert box.UART_read(1, 3, 5) == ["e", "a", "r"] and call(box, "UART_readBytes", 1, 9) == b"ly"
+    assert box.UART_read(2, 256, 5) == [chr(code) for code in range(256)] and call(box, "UART_read", 2, 1) == []
+    box.uart_p2_signal_queue.put(7)
+    assert box.uart_p2_signal_queue.get() == 7 and box.uart_p2_signal_queue.empty()
+    with pytest.raises(AttributeError):
+        box.UART_close(1)
+    assert box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")
+    assert awaited(box, "UART_close", 1) == 0 and not box.uart_open_flag and box.uart_p1_lock.locked() and box.uart_p2_lock.locked()
+    push(box, (pyzvr.START_UART_READING, 1), b"late")
+    assert box.UART_read(1, 4, 0.05) == []
+    threads = [box.uart_p1_stream_thread, box.uart_p2_stream_thread]
+    assert [thread.name for thread in threads] == ["_UARTStreamThread"] * 2
+    box._UART_free()
+    for thread in threads:
+        thread.join(5)
+        assert not thread.is_alive() and box.uart_killed
+
+
+def test_awaited_read_never_waits(box):
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_UART: OK}
+    box.UART_open(1)
+    assert awaited(box, "UART_read", 1, 5, 1000) == [] == awaited(box, "CAN_read", 1, 5, 1000)
+
+
+@given(identifier=st.integers(0, 2**29 - 1), extended=st.booleans(), remote=st.booleans(), data=st.binary(max_size=12))
+def test_frame_survives_the_wire(identifier, extended, remote, data):
+    identifier = identifier if extended else identifier % 2048
+    frame = pyzvr.CANFrame(identifier, extended, remote, data)
+    word = identifier << 21 if not extended else (identifier >> 18) << 21 | 1 << 19 | identifier & 0x3FFFF
+    assert frame.id_in_list == U32(word | remote << 20) and frame.data == [*data, *bytes(8)][:8]
+    assert frame.frame_in_list == frame.id_in_list + frame.data
+    again = pyzvr.CANFrame.fromU8List(frame.frame_in_list)
+    assert again == frame and hash(again) == hash(frame) and {frame: 1}[again] == 1
+    assert again != pyzvr.CANFrame(identifier, extended, not remote, data) and again != frame.frame_in_list
+
+
+def test_frame_as_text_and_bad_ones():
+    assert str(pyzvr.CANFrame(291)) == repr(pyzvr.CANFrame(291)) == "CANFrame(id=291, extended_id=False, remote=False, data=[0, 0, 0, 0, 0, 0, 0, 0])"
+    assert "extended_id=1, remote=0" in str(pyzvr.CANFrame(1, 1, 0)) and pyzvr.CANFrame(1, 1) == pyzvr.CANFrame(1, True)
+    frame = pyzvr.CANFrame.fromU8List([36, 96, 0, 0])
+    assert frame == pyzvr.CANFrame(291) and frame.regularizeData([1]) == [1, 0, 0, 0, 0, 0, 0, 0]
+    frame.id, frame.extended_id, frame.data = 2**28, True, [5]
+    frame.setID()
+    assert pyzvr.CANFrame.fromU8List(frame.frame_in_list) == pyzvr.CANFrame(2**28, True, False, [5])
+    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), ((1, False, False, [256]), ValueError), (("1",), TypeError)):
+        with pytest.raises(failure):
+            pyzvr.CANFrame(*arguments)
+
+
+def test_frame_becomes_a_message_of_the_common_package_and_back():
+    can = pytest.importorskip("can")
+    for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, False, range(8)), pyzvr.CANFrame(7, False, True)):
+        message = frame.toMessage()
+        assert isinstance(message, can.Message) and message.arbitration_id == frame.id and message.dlc == 8
+        assert pyzvr.CANFrame.fromMessage(message) == frame
+    with pytest.raises(ValueError):
+        pyzvr.CANFrame.fromMessage(can.Message(is_error_frame=True))
+
+
+def test_can_records_become_frames_in_order(box, call):
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.STOP_CAN: OK, pyzvr.CLOSE_CAN: OK}
+    frames = [pyzvr.CANFrame(number, number % 2, False, [number % 256]) for number in range(600)]
+    push(box, pyzvr.START_CAN, [byte for frame in frames[:250] for byte in frame.frame_in_list])
+    assert call(box, "CAN_open", 1) == 0 and box.can_open_flag
+    push(box, pyzvr.START_CAN, [byte for frame in frames[250:] for byte in frame.frame_in_list])
+    assert box.CAN_read(1, 500, 5) == frames[:500]
+    while box.can_frame_queue.qsize() < 100:
+        pass  # the thread is at it
+    assert call(box, "CAN_read", 1, 1) == [frames[500]] and call(box, "CAN_read", 1, 1000, 0.01) == frames[501:]
+    box.can_frame_queue.put(frames[3])
+    assert box.can_frame_queue.get() == frames[3]
+    assert call(box, "CAN_close", 1) == 0 and box.can_lock.locked() and not box.can_open_flag
+    box.client_cmd.replies[pyzvr.STOP_CAN] = CAN_REFUSED
+    assert call(box, "CAN_close", 1) == -7028 and box.client_cmd.sent[-1][0] == pyzvr.STOP_CAN
+
+
+def test_start_is_never_answered(box):
+    with pytest.raises(pyzvr.ReceivePacketTimeoutError):
+        box.CAN_start(1, 0.05)
+    assert {command for command, _ in box.client_cmd.sent} == {pyzvr.START_CAN}
+    assert awaited(box, "CAN_start", 1) == 0
+    assert pyzvr.CANBased._checkCANTXIndex(2) is None
+    with pytest.raises(pyzvr.CANTXPriorityNotVaildError):
+        box._checkCANTXPriority(4)
+
+
+def test_broken_record_ends_the_can_reader_only(box, monkeypatch):
+    failures = []
+    monkeypatch.setattr(threading, "excepthook", lambda args: failures.append((args.exc_type, args.thread.name)))
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.OPEN_UART: OK}
+    box.CAN_open(1), box.UART_open(1)
+    push(box, pyzvr.START_CAN, FRAME)
+    push(box, pyzvr.START_CAN, FRAME[:11])
+    box.can_stream_thread.join(5)
+    assert failures == [(ValueError, "_CANStreamThread")] and box.CAN_read(1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
+    push(box, (pyzvr.START_UART_READING, 1), b"on")
+    assert box.UART_read(1, 2, 5) == ["o", "n"]
+
+
+def test_full_queues_drop_the_newest_and_warn(box):
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.OPEN_UART: OK}
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        box.UART_open(1), box.CAN_open(1)
+        for _ in range(101):
+            push(box, (pyzvr.START_UART_READING, 1), bytes(10000))
+            push(box, pyzvr.START_CAN, FRAME * 10000)
+        while box.uart_p1_signal_queue.dropped < 10000 or box.can_frame_queue.dropped < 10000:
+            pass  # the threads are at it
+        assert box.uart_p1_signal_queue.full() and box.can_frame_queue.qsize() == 1_000_000
+        texts = {str(each.message) for each in caught}
+    assert any("UART queue overflow" in text for text in texts) and any("CAN queue overflow" in text for text in texts)
+    assert len(box.UART_readBytes(1, 1_000_000)) == 1_000_000 and box.uart_p1_signal_queue.empty()
+
+
