@@ -23,7 +23,9 @@ import sys
 import threading
 import time
 import warnings
+from collections.abc import Callable
 
+import buses
 import many
 import streams
 from devices import BIN, Simulator
@@ -32,7 +34,7 @@ import pyzvr
 
 REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
 REPLY_LENGTH = 14
-PARTS = ["pinned", "unpinned", "computing", "many", "streams", "usb", "splitter"]
+PARTS = ["pinned", "unpinned", "computing", "many", "streams", "buses", "usb", "splitter"]
 now = time.perf_counter_ns
 
 
@@ -208,10 +210,11 @@ def many_devices() -> None:
             goal(text, value, limit)
 
 
-def acquisition(rounds: int) -> None:
+def quietly(report: Callable[..., list[tuple[str, float, float]]], *arguments: object) -> None:
     with contextlib.redirect_stdout(io.StringIO()) as said:  # devices tell when they are opened and closed
-        goals = streams.report(functools.partial(Simulator, model="TarnAnalog"), rounds)
-    print("\n".join(line for line in said.getvalue().splitlines() if "Tarn-Analog" not in line))
+        goals = report(*arguments)
+    told = ("Opened handle", "Closed handle", "Disconnected from")
+    print("\n".join(line for line in said.getvalue().splitlines() if not line.startswith(told)))
     for each in goals:
         goal(*each)
 
@@ -257,7 +260,9 @@ def main() -> None:
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
     elif arguments.part == "streams":
-        acquisition(arguments.rounds // 4)
+        quietly(streams.report, functools.partial(Simulator, model="TarnAnalog"), arguments.rounds // 4)
+    elif arguments.part == "buses":
+        quietly(buses.report, arguments.rounds // 10)
     elif arguments.part:
         {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:

@@ -40,7 +40,7 @@ def device(model: str, *options: str, anew: bool = False) -> Iterator[tuple[Any,
         process.communicate()  # it ends when its standard input closes
 
 
-def run_beside_usb(model: str) -> None:
+def run_beside_usb(model: str, *options: str) -> None:
     """Starts the program once more with a simulated device on USB, unless it has one or is told of a real one."""
     if len(sys.argv) == 1 and "UMOCKDEV_DIR" not in os.environ:
-        os.execv(program("zvr-sim-usb"), ["zvr-sim-usb", model, "--", sys.executable, *sys.orig_argv[1:]])
+        os.execv(program("zvr-sim-usb"), ["zvr-sim-usb", model, *options, "--", sys.executable, *sys.orig_argv[1:]])

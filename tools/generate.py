@@ -27,7 +27,13 @@ from typing_extensions import Self
 
 '''
 # Of the bound types.
-CONSTRUCTORS = {"Fifo": "maxsize: int = ...", "ItemFifo": "maxsize: int = ...", "RowFifo": "maxsize: int = ...", "USBClient": "serial_num: str = ..."}
+CONSTRUCTORS = {
+    "CANFrame": "id_: int, extended_id: bool = ..., remote: bool = ..., data: Sequence[int] = ...",
+    "Fifo": "maxsize: int = ...",
+    "ItemFifo": "maxsize: int = ...",
+    "RowFifo": "maxsize: int = ...",
+    "USBClient": "serial_num: str = ...",
+}
 OPERATION = type(pyzvr.checkFirmwareError)
 
 
@@ -35,6 +41,7 @@ def members(cls):
     """Own members of a class, fields first, in the order of their definition."""
     fields = cls.__dict__.get("__annotations__", {})
     own = {name: value for name, value in vars(cls).items() if isinstance(value, (OPERATION, property))}
+    own |= {name: value.__func__ for name, value in vars(cls).items() if isinstance(value, staticmethod)}
     return fields, own
 
 
@@ -63,6 +70,8 @@ def stub_of_class(cls):
             else:
                 lines.append(f"    {name}: {kind}")
         else:
+            if isinstance(vars(cls)[name], staticmethod):
+                lines.append("    @staticmethod")
             lines.append("    " + value.__stub__ + override_mark(cls, name, value))
     if cls.__name__ in CONSTRUCTORS:
         lines.append(f"    def __init__(self, {CONSTRUCTORS[cls.__name__]}) -> None: ...")

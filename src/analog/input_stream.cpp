@@ -304,9 +304,10 @@ void constructInput(py::handle self, const InputOffer& offer) {
     std::vector<StreamReader::Pair> pairs;
     py::list frames, rows;
     for (const StreamKey& key : streamKeys(self, offer.streamCommand)) {
-        pairs.push_back({runtime.pools.stream->at(key), std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows)});
+        const auto queue = std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows);
+        pairs.push_back({runtime.pools.stream->at(key), queue});
         frames.append(py::cast(pairs.back().frames));
-        rows.append(py::cast(pairs.back().rows));
+        rows.append(py::cast(queue));
     }
     const auto reader = std::make_shared<StreamReader>("_AIStreamThread", std::move(pairs), layout, reportThreadFailure,
                                                        warningOf(FailureId::AIQueueOverflowWarning));

@@ -13,10 +13,15 @@ constexpr PinnedPorts canPorts{"CAN", "can_dict", "CAN_port", FailureId::CANPort
 constexpr const char* partName = "can";
 
 py::list toFrames(const std::vector<RowRun>& rows) {
-    py::list frames;
+    std::size_t count = 0;
+    for (const RowRun& run : rows) count += run.rows;
+    py::list frames(count);
+    Py_ssize_t place = 0;
     for (const RowRun& run : rows) {
-        for (std::size_t i = 0; i < run.rows; ++i) {
-            frames.append(CanFrame(ByteView(run.bytes + i * CanFrame::wireBytes, CanFrame::wireBytes)));
+        const std::uint8_t* wire = run.bytes;
+        for (std::size_t i = 0; i < run.rows; ++i, wire += CanFrame::wireBytes) {
+            const std::span<const std::uint8_t, CanFrame::wireBytes> record(wire, CanFrame::wireBytes);
+            PyList_SET_ITEM(frames.ptr(), place++, py::cast(CanFrame(record)).release().ptr());
         }
     }
     return frames;

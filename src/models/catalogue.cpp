@@ -18,6 +18,8 @@ constexpr Example examples[] = {
     {"Finding devices", "What is on the network and on USB", "examples/discover.py"},
     {"Settings", "Addresses, clock and time server", "examples/settings.py"},
     {"Pulses", "PWM, counters and the encoder over USB", "examples/pulses.py"},
+    {"Serial buses", "Chips on I2C and SPI, devices on UART lines", "examples/buses.py"},
+    {"Serial buses", "A node of a CAN bus", "examples/can_bus.py"},
     {"Chassis", "Slots and their lines", "examples/chassis.py"},
     {"Drone", "Who is on the serial line", "examples/drone.py"},
     {"Wi-Fi boxes", "Lights, battery, radio and memory card", "examples/wifi.py"},

@@ -1,6 +1,5 @@
 """Serial buses at a client that is a test double, and over emulated USB with chips and nodes on the buses."""
 
-import asyncio
 import threading
 import warnings
 
@@ -238,11 +237,12 @@ def test_full_queues_drop_the_newest_and_warn(box):
         for _ in range(101):
             push(box, (pyzvr.START_UART_READING, 1), bytes(10000))
             push(box, pyzvr.START_CAN, FRAME * 10000)
-        while box.uart_p1_signal_queue.dropped < 10000 or box.can_frame_queue.dropped < 10000:
+        wanted = {"Occurrence UART queue overflow.", "Occurrence CAN queue overflow."}
+        while not all(any(text in str(each.message) for each in caught) for text in wanted):
             pass  # the threads are at it
+        while box.uart_p1_signal_queue.dropped < 10000 or box.can_frame_queue.dropped < 10000:
+            pass
         assert box.uart_p1_signal_queue.full() and box.can_frame_queue.qsize() == 1_000_000
-        texts = {str(each.message) for each in caught}
-    assert any("UART queue overflow" in text for text in texts) and any("CAN queue overflow" in text for text in texts)
     assert len(box.UART_readBytes(1, 1_000_000)) == 1_000_000 and box.uart_p1_signal_queue.empty()
 
 

@@ -18,7 +18,7 @@ def command_for(example):
         if not can_make_networks():
             pytest.skip("network namespaces are not allowed here")
         return ["unshare", "--net", sys.executable, LAB, *run]
-    if example.name == "pulses.py" and not Path(simulator_program("zvr-sim-usb")).exists():
+    if "run_beside_usb" in example.read_text() and not Path(simulator_program("zvr-sim-usb")).exists():
         pytest.skip("zvr-sim-usb is not built: it needs libumockdev")
     return run
 

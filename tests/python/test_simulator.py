@@ -6,8 +6,6 @@ import os
 import signal
 import socket
 import subprocess
-import sys
-from pathlib import Path
 
 import pytest
 from conftest import connected, running_simulator
