@@ -22,6 +22,14 @@ void addSdCard(Device& device);
 void addPwm(Device& device);
 void addCounter(Device& device);
 void addEncoder(Device& device);
-void addDroneIdentity(Device& device);
+/// Seven of them on port 1, or two each on ports 1 and 2.
+void addSevenThermocouples(Device& device);
+void addThermocouples(Device& device);
+void addResistanceThermometers(Device& device);
+void addAttitude(Device& device);
+/// Counts what addDio switches on port 0.
+void addRelay(Device& device);
+void addPotentiometer(Device& device);
+void addDrone(Device& device);
 
 }  // namespace zvr::sim

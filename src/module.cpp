@@ -7,6 +7,7 @@
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
 #include "python/raising.h"
+#include "sensing/sensing.h"
 #include "services/services.h"
 
 namespace {
@@ -34,6 +35,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineServices(package);
     zvr::python::defineDigital(package);
     zvr::python::defineAnalog(package);
+    zvr::python::defineSensing(package);
     zvr::python::defineDrone(package);
     zvr::python::defineModels(package);
     zvr::python::defineCatalogue(package);

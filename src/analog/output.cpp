@@ -22,15 +22,9 @@ void checkAccepted(py::handle, const Object& value) {
     if (!isOneOf(value, {accepted...})) throw Failure(failure);
 }
 
-void checkIsNumber(py::handle value) {
-    if (!PyLong_Check(value.ptr()) && !PyFloat_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
-}
-
 void checkIsList(py::handle value) {
     if (!PyList_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
 }
-
-Check isNumber(std::string argument) { return {{}, {std::move(argument)}, checkIsNumber}; }
 
 void checkVolts(py::handle self, py::handle values) {
     callObject(attribute(py::module_::import("pyzvr"), "checkEachItemInRange"), values, attribute(self, "ao_volt_min"),

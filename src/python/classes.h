@@ -40,6 +40,20 @@ public:
                    Form::awaitable);
     }
 
+    /// An operation with steps that has the blocking form only.
+    template <class Function>
+    ClassMaker& operation(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
+                          Function body) {
+        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
+                    steps(body)},
+                   Form::blocking);
+    }
+    /// The same for operations that are one exchange.
+    ClassMaker& rows(std::vector<Row> rows) {
+        for (Row& row : rows) add(defineExchange(std::move(row)), Form::blocking);
+        return *this;
+    }
+
     /// A property over the object's C++ state, from lambdas (py::handle self) and (py::handle self, Object value).
     template <class Get>
     ClassMaker& property(const FieldDoc& field, Get get) {
@@ -95,7 +109,8 @@ class Feature {
 public:
     enum class Base { own, none };
     Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
-    /// A pair of classes with names and bases of its own; what both forms share goes into both.
+    /// A pair of classes with names and bases of its own; what both forms share goes into both. A base without a twin
+    /// is the base of both.
     Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
 
     /// A check or helper that both forms share.
@@ -157,7 +172,7 @@ public:
 private:
     Feature& addShared(Definition definition, bool intoBoth = false);
 
-    static std::vector<std::string> twinsOf(std::vector<std::string> bases);
+    static std::vector<std::string> twinsOf(Package& package, std::vector<std::string> bases);
     static std::vector<std::string> basesOf(const char* engine, const std::string& prefix, Base base);
 
     std::optional<ClassMaker> based_;

@@ -184,6 +184,7 @@ void require(bool isRight) {
 
 void checkInputType(py::handle value, py::handle type) { require(isOfType(value, type)); }
 void checkIsInt(py::handle value) { require(PyLong_Check(value.ptr())); }
+void checkIsNumber(py::handle value) { require(PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr())); }
 void checkIsIntOrList(py::handle value) { require(PyLong_Check(value.ptr()) || PyList_Check(value.ptr())); }
 void checkIsText(py::handle value) { require(PyUnicode_Check(value.ptr())); }
 void checkIsTextOrList(py::handle value) { require(PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr())); }

@@ -1,6 +1,8 @@
 // Values of Python as bytes of the wire, and back.
 #pragma once
 
+#include <numbers>
+
 #include "python/common.h"
 
 namespace zvr::python {
@@ -23,6 +25,19 @@ Bytes pack(py::handle value) {
     appendBigEndian(bytes, numberOf<Number>(value));
     return bytes;
 }
+
+/// The numbers that a byte string begins with, as many as it holds; bytes that are left over are ignored.
+template <class Number>
+std::vector<Number> readNumbers(ByteView bytes) {
+    std::vector<Number> numbers;
+    for (; bytes.size() >= sizeof(Number); bytes = bytes.subspan(sizeof(Number))) {
+        numbers.push_back(readBigEndian<Number>(bytes.first(sizeof(Number))));
+    }
+    return numbers;
+}
+
+inline double degreesOf(double radians) { return radians * 180 / std::numbers::pi; }
+inline double radiansOf(double degrees) { return degrees * std::numbers::pi / 180; }
 
 /// UTF-8 text, cut at the first zero character.
 py::str textOf(ByteView bytes);
@@ -83,6 +98,7 @@ bool checkInputTypeConsistent(py::handle first, py::handle second);
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 void checkIsInt(py::handle value);
+void checkIsNumber(py::handle value);
 void checkIsIntOrList(py::handle value);
 void checkIsText(py::handle value);
 void checkIsTextOrList(py::handle value);
