@@ -21,6 +21,7 @@ MODELS = ROOT / "docs" / "models.md"
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
 from collections.abc import Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
+from decimal import Decimal
 from typing import Any
 
 from typing_extensions import Self
@@ -49,6 +50,16 @@ def override_mark(cls, name, value):
     return "  # type: ignore[override]" if differs else ""
 
 
+def clash_mark(cls):
+    """Some class has the awaitable form of an operation under the name of the blocking one."""
+    forms = {}
+    for base in cls.__mro__[1:]:
+        for name, value in members(base)[1].items():
+            if isinstance(value, OPERATION):
+                forms.setdefault(name, set()).add(value.__stub__.startswith("async "))
+    return "  # type: ignore[misc]" if any(len(kinds) == 2 for kinds in forms.values()) else ""
+
+
 def stub_of_class(cls):
     bases = [base.__name__ for base in cls.__bases__ if base.__module__ in ("pyzvr", "builtins")]
     bases = [base for base in bases if base not in ("object", "pybind11_object")]
@@ -69,7 +80,7 @@ def stub_of_class(cls):
     if not lines:
         lines = ["    ..."]
     head = f"class {cls.__name__}({', '.join(bases)}):" if bases else f"class {cls.__name__}:"
-    return "\n".join([head, *lines, ""])
+    return "\n".join([head + clash_mark(cls), *lines, ""])
 
 
 def contents():
