@@ -41,7 +41,9 @@ void Flight::Follower::brake(double strongest) {
 void Flight::Follower::step() {
     const double left = target - position;
     const double change = limit * stepSeconds;
-    const double wanted = std::copysign(std::min(speed, std::sqrt(2 * limit * std::abs(left))), left);
+    // From this speed it can still brake, step by step, before it is there.
+    const double fastest = std::sqrt(change * change / 4 + 2 * limit * std::abs(left)) - change / 2;
+    const double wanted = std::copysign(std::min(speed, fastest), left);
     const double before = velocity;
     velocity += std::clamp(wanted - velocity, -change, change);
     if (std::abs(left) <= std::abs(velocity) * stepSeconds && std::abs(before) <= 2 * change) {
@@ -65,14 +67,13 @@ void Flight::advance(double seconds) {
 
 void Flight::step() {
     if (charge_ < leastForFlight && task_ != Task::landing) startLanding();
-    lean();
-    for (const Axis axis : {roll, pitch, yaw, z}) axes_[axis].step();
     if (holdsPosition_) {
-        axes_[x].step();
-        axes_[y].step();
+        for (const Axis axis : {x, y}) axes_[axis].step();
+        lean();
     } else {
         stepTilted();
     }
+    for (const Axis axis : {roll, pitch, yaw, z}) axes_[axis].step();
     if (task_ == Task::takeOff && axes_[z].position == takeOffHeight) {
         task_ = Task::hover;
         takeOff_ = Progress::done;
@@ -88,7 +89,6 @@ void Flight::step() {
 
 // While it holds its position, it leans into its accelerations.
 void Flight::lean() {
-    if (!holdsPosition_) return;
     const double cosine = std::cos(axes_[yaw].position), sine = std::sin(axes_[yaw].position);
     const double forward = cosine * axes_[x].acceleration + sine * axes_[y].acceleration;
     const double right = cosine * axes_[y].acceleration - sine * axes_[x].acceleration;
@@ -139,7 +139,9 @@ bool Flight::hasReached(Axis axis) const {
 }
 
 bool Flight::isOnTarget() const {
-    return std::ranges::all_of(axes_, [](const Follower& axis) { return axis.position == axis.target; });
+    return std::ranges::all_of(axes_, [this](const Follower& axis) {
+        return axis.position == axis.target && (axis.acceleration == 0 || !holdsPosition_);
+    });
 }
 
 Flight::Task Flight::task() const { return task_ == Task::hover && !isOnTarget() ? Task::move : task_; }
