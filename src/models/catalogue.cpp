@@ -17,8 +17,13 @@ constexpr Example examples[] = {
     {"Settings", "Addresses, clock and time server", "examples/settings.py"},
     {"Pulses", "PWM, counters and the encoder over USB", "examples/pulses.py"},
     {"Chassis", "Slots and their lines", "examples/chassis.py"},
-    {"Drone", "Who is on the serial line", "examples/drone.py"},
+    {"Drone", "A square, flown and told", "examples/drone.py"},
     {"Wi-Fi boxes", "Lights, battery, radio and memory card", "examples/wifi.py"},
+    {"Sensing", "Seven thermocouples", "examples/thermocouples.py"},
+    {"Sensing", "Attitude of a box that sways", "examples/attitude.py"},
+    {"Sensing", "Relays and their counters", "examples/relays.py"},
+    {"Sensing", "A sweep of a variable resistor", "examples/resistors.py"},
+    {"Sensing", "Records of the multimeter", "examples/multimeter.py"},
 };
 
 constexpr std::pair<const char*, const char*> scenarios[] = {

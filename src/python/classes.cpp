@@ -84,9 +84,9 @@ Feature::Feature(Package& package, const std::string& name, const std::vector<st
     : blocking_(package.makeClass(name, bases, doc + "\n\nBlocking form.")),
       twin_(package.makeClass(name + "_async", twinsOf(package, bases), doc + "\n\nAwaitable form.")) {}
 
-std::vector<std::string> Feature::twinsOf(Package& package, std::vector<std::string> bases) {
+std::vector<std::string> Feature::twinsOf(const Package& package, std::vector<std::string> bases) {
     for (std::string& base : bases) {
-        if (py::hasattr(package.module(), (base + "_async").c_str())) base += "_async";
+        if (package.has(base + "_async")) base += "_async";
     }
     return bases;
 }

@@ -26,6 +26,6 @@ def command_for(example):
 def test_examples_run(example):
     done = subprocess.run(command_for(example), capture_output=True, text=True, timeout=60)
     assert (done.returncode, done.stderr) == (0, ""), done.stdout
-    assert "Closed handle (" in done.stdout
+    assert ("Closed handle (" in done.stdout) == (example.name != "multimeter.py")
     if example.name == "discover.py":
         assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout
