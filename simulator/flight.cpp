@@ -165,7 +165,8 @@ Flight::Answer Flight::takeOff(bool start) {
         if (task_ != Task::takeOff) return Answer::notNow;
         task_ = Task::hover;
         takeOff_ = Progress::none;
-        return stop();
+        brake();
+        return Answer::done;
     }
     if (!active_ || isFlying() || charge_ < leastForTakeOff) return Answer::notNow;
     task_ = Task::takeOff;
@@ -176,7 +177,7 @@ Flight::Answer Flight::takeOff(bool start) {
 }
 
 void Flight::startLanding() {
-    stop();
+    brake();
     task_ = Task::landing;
     landing_ = Progress::underWay;
     takeOff_ = Progress::none;
@@ -192,20 +193,25 @@ Flight::Answer Flight::land(bool start) {
     if (task_ != Task::landing) return Answer::notNow;
     task_ = Task::hover;
     landing_ = Progress::none;
-    return stop();
+    brake();
+    return Answer::done;
 }
 
-Flight::Answer Flight::stop() {
-    if (!isFlying() || task_ == Task::landing) return Answer::notNow;
+void Flight::brake() {
     for (const Axis axis : {x, y, z}) axes_[axis].brake(acceleration);
     axes_[yaw].brake(turnAcceleration);
     for (const Axis axis : {roll, pitch}) axes_[axis].follow(0, tiltSpeed, tiltAcceleration);
+}
+
+Flight::Answer Flight::stop() {
+    if (task_ != Task::hover) return Answer::notNow;
+    brake();
     return Answer::done;
 }
 
 Flight::Answer Flight::moveTo(Axis axis, double target, double speed) {
     const bool tilts = axis == roll || axis == pitch, turns = axis == yaw;
-    if (!takesMoves() || (axis != yaw && axis != z && tilts == holdsPosition_)) return Answer::notNow;
+    if (task_ != Task::hover || (axis != yaw && axis != z && tilts == holdsPosition_)) return Answer::notNow;
     if (!std::isfinite(target) || !(speed > 0 && speed <= (tilts || turns ? mostTurn : mostSpeed))) {
         return Answer::impossible;
     }

@@ -67,11 +67,11 @@ private:
     };
 
     Six each(double Follower::*member) const;
-    bool takesMoves() const { return task_ == Task::hover; }
     void step();
     void stepTilted();
     void lean();
     void startLanding();
+    void brake();
     void drain(double seconds);
 
     std::array<Follower, 6> axes_;

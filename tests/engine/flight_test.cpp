@@ -46,7 +46,7 @@ TEST(Flight, WhatIsNotTheTimeForIsRefused) {
     EXPECT_EQ(flight.takeOff(true), Answer::done);
     flight.advance(0.5);
     EXPECT_EQ(flight.takeOffProgress(), Flight::Progress::underWay);
-    for (const Answer answer : {flight.takeOff(true), flight.activate(false), flight.moveTo(x, 1, 1)}) {
+    for (const Answer answer : {flight.takeOff(true), flight.activate(false), flight.moveTo(x, 1, 1), flight.stop()}) {
         EXPECT_EQ(answer, Answer::notNow);
     }
     flight.advance(10);
