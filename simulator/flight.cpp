@@ -235,8 +235,10 @@ Flight::Answer Flight::moveTo(double toX, double toY, double speed) {
         axes_[x] = before;
     } else if (way > 0) {
         for (const auto& [axis, part] : {std::pair{x, wayX}, {y, wayY}}) {
-            axes_[axis].speed *= std::abs(part) / way;
-            if (rests) axes_[axis].limit *= std::abs(part) / way;
+            Follower& each = axes_[axis];
+            // One that is on its way must be able to come back.
+            each.speed = std::max(each.speed * std::abs(part) / way, std::abs(each.velocity));
+            if (rests) each.limit *= std::abs(part) / way;
         }
     }
     return answer;

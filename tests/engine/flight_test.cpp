@@ -104,6 +104,12 @@ TEST(Flight, ItBrakesFromAnySpeedAndTurnsBack) {
     ASSERT_EQ(flight.moveTo(0, 3, 4), Answer::done);  // behind it, while it is fast
     settle(flight, [] {});
     EXPECT_EQ(flight.positions(), (Flight::Six{0, 0, 0, 0, 3, -1.5}));
+    flight.moveTo(x, 20, 4);
+    flight.advance(2);
+    const double here = flight.positions()[x];
+    ASSERT_EQ(flight.moveTo(here, 9, 4), Answer::done);  // across its way
+    settle(flight, [] {});
+    EXPECT_EQ(flight.positions(), (Flight::Six{0, 0, 0, here, 9, -1.5}));
 }
 
 TEST(Flight, TurnsGoTheShortWayAndTheBodyGoesWhereItLooks) {
