@@ -23,7 +23,7 @@ struct Configuration {
 struct Port {
     Word inputs = 0, outputs = 0;
     Configuration current, startup;
-    Word driven = 0;  // only outputs in use have a bit here
+    Word driven = 0;                             // only outputs in use have a bit here
     std::array<std::uint32_t, 16> switchings{};  // of each pin
 
     Word lines() const { return inputs | outputs; }

@@ -1,4 +1,4 @@
-"""Writes the type stub and the reference page from the definitions in the module.
+"""Writes the type stub and the pages of reference, models and wire from the definitions in the module.
 
 Each callable of the library carries its stub line (`__stub__`) and, where it is one exchange, its wire data
 (`__exchange__`). With --check nothing is written; the exit status tells whether the files are as they would be.
@@ -12,11 +12,13 @@ import types
 from pathlib import Path
 
 import pyzvr
+import wire
 
 ROOT = Path(__file__).resolve().parent.parent
 STUB = ROOT / "python" / "pyzvr" / "__init__.pyi"
 REFERENCE = ROOT / "docs" / "reference.md"
 MODELS = ROOT / "docs" / "models.md"
+WIRE = ROOT / "docs" / "wire.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
@@ -195,7 +197,7 @@ def models():
 def main():
     check = "--check" in sys.argv[1:]
     stale = []
-    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models())):
+    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models()), (WIRE, wire.page())):
         if not path.exists() or path.read_text() != text:
             stale.append(path.relative_to(ROOT).as_posix())
             if not check:

@@ -7,7 +7,7 @@ namespace {
 
 // Degrees for the caller, radians on the wire.
 Field radians(std::string argument) {
-    return {std::move(argument), "f32, radians", [](Payload& data, py::handle degrees) {
+    return {std::move(argument), "f32 in radians", [](Payload& data, py::handle degrees) {
                 data.add(pack<float>(py::float_(radiansOf(numberOf<double>(degrees)))));
             }};
 }

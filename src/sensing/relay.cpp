@@ -27,7 +27,7 @@ void defineRelay(Package& package) {
     const Parameter port{"port", "int", "port of the relays, 0"};
     const Parameter index{"index", "int", "relay, 0 to 5; -1 for all"};
     const Returns done{"int", "0"};
-    const Field which{"index", "255 for -1", [](Payload& data, py::handle index) {
+    const Field which{"index", "255 if -1 else u8", [](Payload& data, py::handle index) {
                           data.add(isOneOf(index, {-1}) ? Object(py::int_(255)) : borrow(index.ptr()));
                       }};
     Feature relay(package, "Relay", "Counters of the relays.");
