@@ -60,8 +60,8 @@ private:
         double position = 0, velocity = 0, acceleration = 0;
         double target = 0, speed = 0, limit = 0;
 
-        void follow(double target, double speed, double limit);
-        void brake(double limit);
+        void follow(double to, double fastest, double strongest);
+        void brake(double strongest);
         void rest() { velocity = acceleration = 0, target = position; }
         void step();
     };
