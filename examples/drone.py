@@ -1,23 +1,66 @@
-"""The flight controller on a serial line.
+"""The flight controller on a serial line: a square, flown and told.
 
-    python3 examples/drone.py             starts a simulator on a pseudo-terminal
-    python3 examples/drone.py PORT SPEED  uses a device, "/dev/ttyUSB0" or "COM4"
+    python3 examples/drone.py             starts a simulator on a pseudo-terminal, ten times as fast as the real one
+    python3 examples/drone.py PORT SPEED  uses a device, "/dev/ttyUSB0" or "COM4"; mind that it takes off
 """
 
 from __future__ import annotations
 
+import time
+
 import pyzvr
 from _simulated import device
 
+SIDE, SPEED, HEIGHT = 3.0, 2.0, -2.0  # metres and metres per second; z is down
+NORTH, EAST, DOWN = 3, 4, 5  # places in a state
+
+
+def identify(drone: pyzvr.Drone) -> None:
+    print("Firmware", drone.Drone_getFirmwareVersion(), "serial number", drone.Drone_getSerialNumber())
+    volts, amperes, percent = drone.Drone_readBattery()
+    print(f"Battery {volts:.1f} V, {amperes:.1f} A, {percent:.0f} %")
+
+
+def report(drone: pyzvr.Drone) -> None:
+    target, state = drone.Drone_readTrajectory(), drone.Drone_getPositionWithNED()
+    speed = (drone.current_velo_list[NORTH] ** 2 + drone.current_velo_list[EAST] ** 2) ** 0.5
+    print(f"  north {state[NORTH]:5.2f}  east {state[EAST]:5.2f}  up {0 - state[DOWN]:5.2f}  yaw {state[2]:6.1f}  "
+          f"{speed:4.2f} m/s, to {target[NORTH]:.1f} {target[EAST]:.1f} {0 - target[DOWN]:.1f}")
+
+
+def finish(drone: pyzvr.Drone, what: str) -> None:
+    """Until the trajectory is done."""
+    print(what)
+    while not drone.Drone_readTrajectoryStatus()[0]:
+        report(drone)
+        time.sleep(0.05)
+    report(drone)
+
+
+def fly_square(drone: pyzvr.Drone) -> None:
+    assert drone.Drone_setPositionMode() == 0
+    drone._checkHeightWithNED(HEIGHT)
+    assert drone.Drone_moveNedAbsZ(HEIGHT, 1) == 0
+    finish(drone, "Up")
+    for north, east, heading in ((SIDE, 0, 0), (0, SIDE, 90), (-SIDE, 0, 180), (0, -SIDE, -90)):
+        assert drone.Drone_moveNedAbsYaw(heading, 180) == 0
+        assert drone.Drone_moveNedRelXY(north, east, SPEED) == 0
+        finish(drone, f"Heading {heading}")
+
 
 def main() -> None:
-    with device("Drone") as place, pyzvr.Drone() as drone:
+    with device("Drone", "--pace", "10") as place, pyzvr.Drone() as drone:
         drone.connect(*place)
-        print("Firmware", drone.Drone_getFirmwareVersion(), "serial number", drone.Drone_getSerialNumber())
+        identify(drone)
+        print("Taking off while it is not active:", drone.Drone_startTakeOff())
+        assert drone.Drone_activate() == 0 and drone.Drone_startTakeOff() == 0
+        finish(drone, "Taking off")
         try:
-            pyzvr.UARTClient().connect("COM99", 9600)
-        except pyzvr.UARTConnectionError as failure:
-            print("Refused:", failure)
+            fly_square(drone)
+        finally:
+            drone.Drone_startLanding()
+        finish(drone, "Landing")
+        assert drone.Drone_deactivate() == 0
 
 
 if __name__ == "__main__":

@@ -34,8 +34,11 @@ enum class Status : std::uint8_t {
     eeprom = 40,
     core = 42,
     digital = 50,
+    relay = 51,
     analogInput = 52,
     analogOutput = 53,
+    motion = 54,
+    thermal = 56,
     can = 57,
     tcp = 71,
     bootloader = 73,
@@ -92,6 +95,10 @@ public:
     NetworkSettings network;
     const Peers peers;
     std::chrono::system_clock::duration clockOffset{};  ///< that the clock is ahead of the host's
+    double pace = 1;                                    ///< how many times faster what flies or sways does so
+
+    /// Since the start, of what goes by the pace.
+    double seconds() const { return pace * std::chrono::duration<double>(Clock::now() - start_).count(); }
 
     /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
     /// as one that cannot be parsed.
@@ -144,6 +151,11 @@ public:
     /// the module that has the lines.
     std::function<bool(const BusLines& lines, PinMode mode)> usePins = [](const BusLines&, PinMode) { return false; };
 
+    /// How often each line of a port has been switched; set by the module that has the lines.
+    std::function<std::array<std::uint32_t, 16>(int port)> switchings = [](int) {
+        return std::array<std::uint32_t, 16>{};
+    };
+
     /// What reaches the inputs of a port beside its wires.
     std::function<std::uint16_t(int port)> inputLevels = [](int) { return std::uint16_t{0}; };
 
@@ -167,7 +179,10 @@ private:
         bool isSilent;
     };
 
+    using Clock = std::chrono::steady_clock;
+
     const Model& model_;
+    const Clock::time_point start_ = Clock::now();
     std::map<int, Entry> handlers_;
     std::vector<std::function<void()>> rebootActions_, roomActions_;
 };

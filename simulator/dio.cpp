@@ -26,6 +26,7 @@ struct Port {
     Word driven = 0;  // only outputs in use have a bit here
     Word taken = 0;   // by other functions
     std::array<PinMode, pinsOfWord> functions{};
+    std::array<std::uint32_t, 16> switchings{};  // of each pin
 
     Word lines() const { return inputs | outputs; }
     Word eitherWay() const { return inputs & outputs; }
@@ -33,7 +34,9 @@ struct Port {
     Word activeOutputs() const { return current.enabled & current.direction; }
     void drive(Word mask) {
         const Word pins = mask & activeOutputs();
-        driven = static_cast<Word>(((driven & ~pins) | (current.state & pins)) & activeOutputs());
+        const auto wanted = static_cast<Word>(((driven & ~pins) | (current.state & pins)) & activeOutputs());
+        for (std::size_t pin = 0; pin < switchings.size(); ++pin) switchings[pin] += (wanted ^ driven) >> pin & 1;
+        driven = wanted;
     }
     void store(Word mask, Word state) {
         mask &= lines();
@@ -58,7 +61,7 @@ public:
     void restart() {
         for (auto& [number, port] : ports_) {
             port.current = port.startup;
-            port.driven = port.taken = 0;
+            port.taken = 0;
             port.drive(wholePort);
         }
     }
@@ -67,6 +70,8 @@ public:
         const auto found = ports_.find(number);
         return found == ports_.end() ? nullptr : &found->second;
     }
+
+    std::array<std::uint32_t, 16> switchings(int number) const { return ports_.at(number).switchings; }
 
     // Inputs in use show what is wired to them or comes from outside, outputs what they drive; all else is low.
     Word levels(int number) const {
@@ -242,6 +247,7 @@ void addDio(Device& device) {
     addLevels(device, lines);
     device.pinModes = [lines](int port) { return lines->modes(port); };
     device.usePins = [lines](const BusLines& bus, PinMode mode) { return lines->use(bus, mode); };
+    device.switchings = [lines](int port) { return lines->switchings(port); };
     device.onReboot([lines] { lines->restart(); });
 }
 

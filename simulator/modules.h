@@ -26,6 +26,14 @@ void addI2c(Device& device);
 void addSpi(Device& device);
 void addUart(Device& device);
 void addCan(Device& device);
-void addDroneIdentity(Device& device);
+/// Seven of them on port 1, or two each on ports 1 and 2.
+void addSevenThermocouples(Device& device);
+void addThermocouples(Device& device);
+void addResistanceThermometers(Device& device);
+void addAttitude(Device& device);
+/// Counts what addDio switches on port 0.
+void addRelay(Device& device);
+void addPotentiometer(Device& device);
+void addDrone(Device& device);
 
 }  // namespace zvr::sim

@@ -26,6 +26,7 @@ serves until SIGTERM or SIGINT.
   --mac ADDRESS      MAC address that the device starts with (02:0a:5a:00:00:01)
   --serial TEXT      serial number, up to 8 characters (SIM00001)
   --alias TEXT       device alias, up to 16 characters (bench)
+  --pace FACTOR      what flies or sways does so that many times faster, 0.001 to 1000 (1)
   --stdin-stop       stop when standard input closes
   --verbose          log every exchange on standard error
   --list             list the models
@@ -133,6 +134,7 @@ constexpr Option table[] = {
     {"mac", true, [](Options& o, std::string_view v) { o.network.mac = macOf(v); }},
     {"serial", true, [](Options& o, std::string_view v) { o.identity.serial = textOf(v, 8); }},
     {"alias", true, [](Options& o, std::string_view v) { o.identity.alias = textOf(v, 16); }},
+    {"pace", true, [](Options& o, std::string_view v) { o.pace = numberOf(v, 0.001, 1000.0); }},
     {"stdin-stop", false, [](Options& o, std::string_view) { o.stopWithInput = true; }},
     {"verbose", false, [](Options& o, std::string_view) { o.verbose = true; }},
     {"drop", true, [](Options& o, std::string_view v) { o.faults.drop = probabilityOf(v); }},

@@ -20,6 +20,7 @@ struct Options {
     std::string link;  ///< path of a symbolic link to the serial port; none if empty
     bool stopWithInput = false;
     bool verbose = false;
+    double pace = 1;
     Signals signals;
     Peers peers;
     FaultOptions faults;

@@ -8,6 +8,7 @@
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
 #include "python/raising.h"
+#include "sensing/sensing.h"
 #include "services/services.h"
 
 namespace {
@@ -36,6 +37,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineDigital(package);
     zvr::python::defineBuses(package);
     zvr::python::defineAnalog(package);
+    zvr::python::defineSensing(package);
     zvr::python::defineDrone(package);
     zvr::python::defineModels(package);
     zvr::python::defineCatalogue(package);

@@ -1,4 +1,4 @@
-"""Writes the type stub and the reference page from the definitions in the module.
+"""Writes the type stub and the pages of reference, models and wire from the definitions in the module.
 
 Each callable of the library carries its stub line (`__stub__`) and, where it is one exchange, its wire data
 (`__exchange__`). With --check nothing is written; the exit status tells whether the files are as they would be.
@@ -12,15 +12,18 @@ import types
 from pathlib import Path
 
 import pyzvr
+import wire
 
 ROOT = Path(__file__).resolve().parent.parent
 STUB = ROOT / "python" / "pyzvr" / "__init__.pyi"
 REFERENCE = ROOT / "docs" / "reference.md"
 MODELS = ROOT / "docs" / "models.md"
+WIRE = ROOT / "docs" / "wire.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
 from collections.abc import Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
+from decimal import Decimal
 from typing import Any
 
 from typing_extensions import Self
@@ -56,6 +59,16 @@ def override_mark(cls, name, value):
     return "  # type: ignore[override]" if differs else ""
 
 
+def clash_mark(cls):
+    """Some class has the awaitable form of an operation under the name of the blocking one."""
+    forms = {}
+    for base in cls.__mro__[1:]:
+        for name, value in members(base)[1].items():
+            if isinstance(value, OPERATION):
+                forms.setdefault(name, set()).add(value.__stub__.startswith("async "))
+    return "  # type: ignore[misc]" if any(len(kinds) == 2 for kinds in forms.values()) else ""
+
+
 def stub_of_class(cls):
     bases = [base.__name__ for base in cls.__bases__ if base.__module__ in ("pyzvr", "builtins")]
     bases = [base for base in bases if base not in ("object", "pybind11_object")]
@@ -78,7 +91,7 @@ def stub_of_class(cls):
     if not lines:
         lines = ["    ..."]
     head = f"class {cls.__name__}({', '.join(bases)}):" if bases else f"class {cls.__name__}:"
-    return "\n".join([head, *lines, ""])
+    return "\n".join([head + clash_mark(cls), *lines, ""])
 
 
 def contents():
@@ -193,7 +206,7 @@ def models():
 def main():
     check = "--check" in sys.argv[1:]
     stale = []
-    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models())):
+    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models()), (WIRE, wire.page())):
         if not path.exists() or path.read_text() != text:
             stale.append(path.relative_to(ROOT).as_posix())
             if not check:

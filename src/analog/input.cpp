@@ -87,7 +87,7 @@ std::optional<double> rateLimit(py::handle self, const Object& port) {
 }
 
 void checkRate(py::handle self, const Object& port, const Object& rate) {
-    if (!PyLong_Check(rate.ptr()) && !PyFloat_Check(rate.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
+    checkIsNumber(rate);
     const auto limit = rateLimit(self, port);
     if (limit && rate > py::float_(*limit)) throw Failure(FailureId::AIRateNotVaildError);
 }

@@ -1,6 +1,7 @@
 // Byte strings and the big-endian numbers in them. Everything on the wire is most significant byte first.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -49,6 +50,9 @@ inline ByteView slice(ByteView bytes, std::size_t from, std::size_t count) {
     if (bytes.size() < from + count) throw WrongLength(from + count, bytes.size());
     return bytes.subspan(from, count);
 }
+
+/// What a byte string has from a place on; nothing if it ends before.
+inline ByteView restOf(ByteView bytes, std::size_t from) { return bytes.subspan(std::min(from, bytes.size())); }
 
 inline ByteView viewOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};

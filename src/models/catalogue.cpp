@@ -21,8 +21,13 @@ constexpr Example examples[] = {
     {"Serial buses", "Chips on I2C and SPI, devices on UART lines", "examples/buses.py"},
     {"Serial buses", "A node of a CAN bus", "examples/can_bus.py"},
     {"Chassis", "Slots and their lines", "examples/chassis.py"},
-    {"Drone", "Who is on the serial line", "examples/drone.py"},
+    {"Drone", "A square, flown and told", "examples/drone.py"},
     {"Wi-Fi boxes", "Lights, battery, radio and memory card", "examples/wifi.py"},
+    {"Sensing", "Seven thermocouples", "examples/thermocouples.py"},
+    {"Sensing", "Attitude of a box that sways", "examples/attitude.py"},
+    {"Sensing", "Relays and their counters", "examples/relays.py"},
+    {"Sensing", "A sweep of a variable resistor", "examples/resistors.py"},
+    {"Sensing", "Records of the multimeter", "examples/multimeter.py"},
 };
 
 constexpr std::pair<const char*, const char*> scenarios[] = {

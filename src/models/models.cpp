@@ -95,12 +95,14 @@ PortMap chips(const std::vector<int>& ports) {
 }
 
 // Which lines these are is not known for certain; see the page of choices.
-PortMap assumedLines(int port, const Pins& pins) {
-    return [port, pins] {
-        py::list lines;
-        for (int pin = pins.first; pin <= pins.last; ++pin) lines.append(py::make_tuple(pins.port, pin));
+PortMap assumedLines(const std::vector<std::pair<int, Pins>>& ports) {
+    return [ports] {
         py::dict map;
-        map[py::int_(port)] = lines;
+        for (const auto& [port, pins] : ports) {
+            py::list lines;
+            for (int pin = pins.first; pin <= pins.last; ++pin) lines.append(py::make_tuple(pins.port, pin));
+            map[py::int_(port)] = lines;
+        }
         return map;
     };
 }
@@ -141,6 +143,18 @@ ModuleUse output(const char* prefix, int low, int high, int maxRate, const PortM
     return {prefix, [=] { return py::make_tuple(map(), low, high, 8, maxRate); }, {{"AO", 0}}};
 }
 
+// A thermocouple box has seven sensors on its one port, the others two on each.
+ModuleUse thermal(const char* prefix, const PortMap& map) {
+    return {prefix, [=] { return py::make_tuple(map()); }, {{"Thermal", 1}}};
+}
+PortMap channels(int port, int count) {
+    return [=] { return toDict({{port, 0, count - 1}}); };
+}
+
+ModuleUse attitude() {
+    return {"AHRS", [] { return py::make_tuple(chips({0})()); }, {{"AHRS", 0}}};
+}
+
 ModuleUse simple(const char* prefix) { return {prefix}; }
 ModuleUse onPort0(const char* prefix) {
     return {prefix, [] { return py::tuple(); }, {{prefix, 0}}};
@@ -156,28 +170,29 @@ const std::vector<Model>& models() {
                            pwm = onPort0("PWM"), counter = onPort0("Counter"), encoder = onPort0("Encoder");
     static const PinMap sable20 = {{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 5}},
                         sable21 = {{0, 0, 7}, {1, 0, 4}, {2, 6, 7}, {3, 0, 5}};
+    static const PortMap sableSensors = assumedLines({{1, {3, 0, 1}}, {2, {3, 2, 3}}});
     static const std::vector<Model> table = {
         {"SableDio", "Sable-Dio", usb, "26 channels of 3.3 V digital I/O.",
             {system, uart, i2c, spi, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder}},
         {"SableAnalog", "Sable-Analog", usb, "20 digital channels, 8 analog inputs of 16 bits, 16 kHz.",
             {system, uart, i2c, spi2, input16(16000, true), dio(sable20), pwm, counter, encoder}},
         {"SableThermo", "Sable-Thermo", usb, "21 digital channels, 2 thermocouple inputs.",
-            {system, uart, i2c, spi2, dio(sable21), pwm, counter, encoder}, {"Thermocouple"}},
+            {system, uart, i2c, spi2, thermal("Thermocouple", sableSensors), dio(sable21), pwm, counter, encoder}},
         {"SableCan", "Sable-Can", usb, "20 digital channels, CAN V2.0B.",
             {system, uart, i2c, spi2, can, dio(sable20), pwm, counter, encoder}},
         {"SableRtd", "Sable-Rtd", usb, "21 digital channels, 2 RTD inputs.",
-            {system, uart, i2c, spi2, dio(sable21), pwm, counter, encoder}, {"ThermalResistance"}},
+            {system, uart, i2c, spi2, thermal("ThermalResistance", sableSensors), dio(sable21), pwm, counter, encoder}},
         {"SableSink", "Sable-Sink", usb, "24 V digital I/O, 14 inputs and 12 outputs.",
             {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}},
         {"SableMixed", "Sable-Mixed", usb, "16 digital channels, 8 analog inputs, 8 analog outputs.",
-            {system, uart, i2c, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines(0, {0, 0, 7})),
+            {system, uart, i2c, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines({{0, {0, 0, 7}}})),
              dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}},
         {"HeronAnalog", "Heron-Analog", wifi, "8 analog inputs, 10 kHz.",
             {system, sensors, network, radio, input16(10000, true)}},
         {"HeronImu", "Heron-Imu", wifi, "8 analog inputs, 10 kHz, and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, input16(10000, true), card}, {"AHRS"}},
+            {system, sensors, network, radio, input16(10000, true), attitude(), card}},
         {"HeronOut", "Heron-Out", wifi, "8 analog outputs and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, output("AO", -10, 10, 15000), card}, {"AHRS"}},
+            {system, sensors, network, radio, output("AO", -10, 10, 15000), attitude(), card}},
         {"HeronMixed", "Heron-Mixed", wifi, "Analog inputs and outputs, 8 digital inputs and 8 outputs.",
             {system, sensors, network, radio, input16(10000, true), output("AO", -10, 10, 15000),
              dio({{2, 0, 7}}, {{3, 0, 7}}), card}},
@@ -196,13 +211,13 @@ const std::vector<Model>& models() {
         {"TarnCurrentVolt", "Tarn-Current-Volt", ethernet, "8 current inputs and 8 voltage inputs.",
             {system, network, currents({0, 1}), sntp}},
         {"TarnRelay", "Tarn-Relay", ethernet, "6 relays and 6 inputs.",
-            {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), sntp}, {"Relay"}},
+            {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), onPort0("Relay"), sntp}},
         {"TarnOut", "Tarn-Out", ethernet, "8 analog outputs, function generation.",
             {system, network, output("AOStreaming", -10, 10, 15000), sntp}},
         {"TarnPot", "Tarn-Pot", ethernet, "4 variable resistors.",
-            {system, network, sntp}, {"DPOT"}},
+            {system, network, onPort0("DPOT"), sntp}},
         {"TarnThermo", "Tarn-Thermo", ethernet, "7 thermocouple inputs.",
-            {system, network, sntp}, {"Thermocouple"}},
+            {system, network, thermal("Thermocouple", channels(1, 7)), sntp}},
         {"Lattice", "Lattice", chassis, "Chassis with four slots for exchangeable modules.",
             {system, network, input16(12000, false, chips({0, 1, 3})), output("AO", -10, 10, 15000, chips({0, 1, 3})),
              dio(slots(), 12)}, {"MCX514"}},

@@ -1,5 +1,3 @@
-#include <numbers>
-
 #include "core/failures.h"
 #include "protocol/protocol.h"
 
@@ -49,13 +47,11 @@ void defineBits(Package& package) {
 
 void defineText(Package& package) {
     package.function("convertDegToRad", {{"degrees", "float", "angle in degrees"}}, "Turns degrees into radians.",
-                     {"float", "angle in radians"}, {}, [](py::handle, const Object& degrees) {
-                         return numberOf<double>(degrees) * std::numbers::pi / 180;
-                     });
+                     {"float", "angle in radians"}, {},
+                     [](py::handle, const Object& degrees) { return radiansOf(numberOf<double>(degrees)); });
     package.function("convertRadToDeg", {{"radians", "float", "angle in radians"}}, "Turns radians into degrees.",
-                     {"float", "angle in degrees"}, {}, [](py::handle, const Object& radians) {
-                         return numberOf<double>(radians) * 180 / std::numbers::pi;
-                     });
+                     {"float", "angle in degrees"}, {},
+                     [](py::handle, const Object& radians) { return degreesOf(numberOf<double>(radians)); });
     package.function("convertU8ListToStr", {byteValues}, "Decodes UTF-8 text, up to its first zero character.",
                      {"str", "the text"}, {"UnicodeDecodeError: the bytes are no UTF-8"},
                      [](py::handle, const Object& bytes) -> Object { return textOf(bytesOf(bytes)); });

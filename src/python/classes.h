@@ -48,6 +48,20 @@ public:
                    Form::awaitable);
     }
 
+    /// An operation with steps that has the blocking form only.
+    template <class Function>
+    ClassMaker& operation(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
+                          Function body) {
+        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
+                    steps(body)},
+                   Form::blocking);
+    }
+    /// The same for operations that are one exchange.
+    ClassMaker& rows(std::vector<Row> rows) {
+        for (Row& row : rows) add(defineExchange(std::move(row)), Form::blocking);
+        return *this;
+    }
+
     /// A property over the object's C++ state, from lambdas (py::handle self) and (py::handle self, Object value).
     template <class Get>
     ClassMaker& property(const FieldDoc& field, Get get) {

@@ -18,7 +18,9 @@ std::map<std::string, Raises>& knownRaises() {
 void collectRaises(const Raises& raises, Raises& collected) {
     for (const std::string& entry : raises) {
         if (entry.starts_with('@')) {
-            collectRaises(knownRaises().at(entry.substr(1)), collected);
+            const auto known = knownRaises().find(entry.substr(1));
+            if (known == knownRaises().end()) throw std::logic_error(entry.substr(1) + " is not defined before");
+            collectRaises(known->second, collected);
         } else if (std::ranges::find(collected, entry) == collected.end()) {
             collected.push_back(entry);
         }

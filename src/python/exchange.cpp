@@ -74,22 +74,25 @@ Reply byteAt(std::size_t place, std::string doc) {
 
 Reply textReply(std::string doc, std::size_t length, std::size_t from) {
     return {[length, from](py::handle, const Bytes& data) -> Object {
-                const ByteView text = ByteView(data).subspan(std::min(from, data.size()));
+                const ByteView text = restOf(data, from);
                 return python::textOf(text.first(std::min(length, text.size())));
             },
             {"str", std::move(doc), "the device"}};
 }
 
 Reply addressAt(std::size_t place) {
-    return {[place](py::handle, const Bytes& data) -> Object {
-                return addressText(ByteView(data).subspan(std::min(place, data.size())));
-            },
+    return {[place](py::handle, const Bytes& data) -> Object { return addressText(restOf(data, place)); },
             {"str", "dotted address", "the device"}};
 }
 
 Reply byteList(std::string doc) {
     return {[](py::handle, const Bytes& data) -> Object { return toList(data); },
             {"list[int]", std::move(doc), "the device"}};
+}
+
+Reply bytesFrom(std::size_t place, std::string doc) {
+    return {[place](py::handle, const Bytes& data) -> Object { return toBytes(restOf(data, place)); },
+            {"bytes", std::move(doc), "the device, from byte " + std::to_string(place) + " of its reply on"}};
 }
 
 Reply kept(std::string field, Reply reply) {

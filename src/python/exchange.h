@@ -81,7 +81,8 @@ Reply textReply(std::string doc, std::size_t length = std::string::npos, std::si
 /// Four bytes of the reply as a dotted address.
 Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
-/// A number of the reply; further bytes are ignored.
+/// The reply's bytes from a place on.
+Reply bytesFrom(std::size_t place, std::string doc);
 /// Numbers of the reply, one behind the other; further bytes are ignored.
 template <class Number>
 Reply numbersAt(std::size_t place, std::size_t count, std::string doc) {
@@ -94,6 +95,7 @@ Reply numbersAt(std::size_t place, std::size_t count, std::string doc) {
             },
             {std::is_floating_point_v<Number> ? "list[float]" : "list[int]", std::move(doc), "the device"}};
 }
+/// A number of the reply; further bytes are ignored.
 template <class Number>
 Reply numberAt(std::size_t place, std::string doc) {
     return {[place](py::handle, const Bytes& data) -> Object {

@@ -1,6 +1,8 @@
 // Values of Python as bytes of the wire, and back.
 #pragma once
 
+#include <numbers>
+
 #include "core/failures.h"
 #include "python/common.h"
 
@@ -24,6 +26,19 @@ Bytes pack(py::handle value) {
     appendBigEndian(bytes, numberOf<Number>(value));
     return bytes;
 }
+
+/// The numbers that a byte string begins with, as many as it holds; bytes that are left over are ignored.
+template <class Number>
+std::vector<Number> readNumbers(ByteView bytes) {
+    std::vector<Number> numbers;
+    for (; bytes.size() >= sizeof(Number); bytes = bytes.subspan(sizeof(Number))) {
+        numbers.push_back(readBigEndian<Number>(bytes.first(sizeof(Number))));
+    }
+    return numbers;
+}
+
+inline double degreesOf(double radians) { return radians * 180 / std::numbers::pi; }
+inline double radiansOf(double degrees) { return degrees * std::numbers::pi / 180; }
 
 /// UTF-8 text, cut at the first zero character.
 py::str textOf(ByteView bytes);

@@ -88,6 +88,15 @@ class Double:
             self.product._putToDataPool(command, reply(data) if callable(reply) else bytes(reply))
 
 
+@contextlib.contextmanager
+def wired(model, **replies):
+    """A product whose client is a test double; `replies` are by the name of the command."""
+    with getattr(pyzvr, model)() as product:
+        product.client_cmd = Double(product)
+        product.client_cmd.replies = {getattr(pyzvr, command): reply for command, reply in replies.items()}
+        yield product
+
+
 class BenchDio(pyzvr.Device, pyzvr.SystemModule, pyzvr.DIOModule, pyzvr.SystemModule_async, pyzvr.DIOModule_async):
     """A small digital box behind whatever client a test brings."""
 

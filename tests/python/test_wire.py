@@ -17,7 +17,7 @@ def classes(*prefixes):
 
 
 Box = type("Box", (pyzvr.Device, *classes(
-    "System", "Network", "PWM", "Counter", "Encoder", "Wifi", "SystemAnalog", "SNTP", "SDCard")), {})
+    "System", "Network", "PWM", "Counter", "Encoder", "Wifi", "SystemAnalog", "SNTP", "SDCard", "Relay", "DPOT")), {})
 
 
 @pytest.fixture
@@ -140,6 +140,12 @@ SERVICES = [
     ("_Wifi_readThermo", (), "GET_THERMOMETER", [], b"\xff\xc0", ("thermo", -0.5)),
     ("_Wifi_resetAIBuffer", (), "AI_RESET_BUFFER", [0], b"\0\x50", -7027),
     ("SNTP_syncNow", (), "SNTP_SYNC_NOW", [], UDP, -7025),
+    ("Relay_read", (0, -1), "RELAY_READ", [0, 255], bytes([0, 0, 0, 0, 0, 1, 255, 255, 255, 255, 9]), [1, 2**32 - 1]),
+    ("Relay_read", (0, 5), "RELAY_READ", [0, 5], b"\0\0\0\1\0\0", [65536]), ("Relay_read", (0, 0), "RELAY_READ", [0, 0], b"\0\x33", []),
+    ("DPOT_readByChannel", (0, 4), "POT_READ", [0, 4], b"\0\4\0\0\3\xe8more", 1000),
+    ("DPOT_writeByChannel", (0, 1, 470.5), "POT_WRITE_BY_CS", [0, 1, *F32(470.5)], b"\1\x2a", -7014),
+    ("DPOT_writeAllChannel", (0, [1, 2.5]), "POT_WRITE_ALL_CS", [0, *F32(1), *F32(2.5)], OK, 0),
+    ("DPOT_writeAllChannel", (0, ()), "POT_WRITE_ALL_CS", [0], OK, 0),
     ("SNTP_getSyncStatus", (), "SNTP_GET_SYNC_STATUS", [], b"\0synchronised\0x", "synchronised"),
     ("SNTP_getServerIP", (), "SNTP_GET_SERVER_IP", [0], b"\0\x0a\0\0\1\7", "10.0.0.1"),
     ("SNTP_setServerIP", (), "SNTP_SET_SERVER_IP", [0, 255, 255, 255, 255], b"\0", 0),
@@ -286,6 +292,13 @@ def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operati
     ("Counter_setEdge", (3, 1), pyzvr.PWMChannelNotAvaliableError), ("Counter_setPosition", (0, -1), OverflowError),
     ("Encoder_open", (1,), pyzvr.EncoderChannelNotAvaliableError), ("Encoder_setPosition", (0, 1 << 63), OverflowError),
     ("Encoder_setDirection", (0, "x"), TypeError), ("Wifi_setRedLED", ("x",), TypeError),
+    ("Relay_open", (1,), pyzvr.RelayPortNotAvaliableError), ("Relay_close", ("0",), pyzvr.InputTypeNotCorrectError),
+    ("Relay_read", (1, 0), pyzvr.RelayPortNotAvaliableError), ("Relay_read", (0, 6), pyzvr.RelayCounterIndexError),
+    ("Relay_read", (0, -2), pyzvr.RelayCounterIndexError), ("Relay_read", (0, 1.0), pyzvr.InputTypeNotCorrectError),
+    ("DPOT_open", (1,), pyzvr.DPOTPortNotAvaliableError), ("DPOT_close", ("0",), pyzvr.DPOTPortNotAvaliableError),
+    ("DPOT_readByChannel", (0, 5), pyzvr.DPOTChannelNotAvaliableError), ("DPOT_readByChannel", (0, -1), pyzvr.DPOTChannelNotAvaliableError),
+    ("DPOT_writeByChannel", (1, 0, 1), pyzvr.DPOTPortNotAvaliableError), ("DPOT_writeByChannel", (0, 0, "1"), TypeError),
+    ("DPOT_writeAllChannel", (0, [1] * 5), pyzvr.DPOTChannelNotAvaliableError), ("DPOT_writeAllChannel", (0, [1, None]), TypeError),
     ("_Wifi_setBandwidth", (1.5,), pyzvr.InputTypeNotCorrectError), ("_Wifi_setBandwidth", (256,), ValueError),
     ("_setWifiConfiguration", (1, 65536), OverflowError), ("SD_openFile", (5, 0), pyzvr.InputTypeNotCorrectError),
     ("SD_openFile", ("a" * 256, 0), ValueError), ("SD_openFile", ("œ", 0), ValueError), ("SD_writeFile", ("a" * 256,), ValueError),
@@ -295,6 +308,11 @@ def test_bad_settings_fail_before_anything_is_sent(box, call, operation, argumen
     with pytest.raises(failure):
         call(box, operation, *arguments)
     assert box.client_cmd.sent == []
+
+
+@pytest.mark.parametrize("operation", ["Relay_open", "Relay_close", "DPOT_open", "DPOT_close"])
+def test_nothing_is_sent_to_open_relays_and_resistors(box, call, operation):
+    assert call(box, operation, 0) == 0 and box.client_cmd.sent == []
 
 
 def test_wifi_devices_count_years_from_2000(call):

@@ -1,0 +1,119 @@
+// The classes of the flight controller, and the limits that its checks know.
+#include "drone/drone.h"
+
+#include "core/failures.h"
+#include "devices/devices.h"
+
+namespace zvr::python {
+
+namespace {
+
+struct Limit {
+    const char* name;
+    const char* type;
+    double value;
+    const char* doc;
+};
+
+constexpr Limit limits[] = {
+    {"target_roll", "int", 0, "number of a target"},
+    {"target_pitch", "int", 1, "number of a target"},
+    {"target_yaw", "int", 2, "number of a target"},
+    {"target_x", "int", 3, "number of a target"},
+    {"target_y", "int", 4, "number of a target"},
+    {"target_z", "int", 5, "number of a target"},
+    {"roll_max_angle", "int", 15, "greatest angle in degrees"},
+    {"roll_min_angle", "int", -15, "least angle in degrees"},
+    {"roll_pitch_inposition_max_angle", "int", 5, "in degrees"},
+    {"roll_pitch_inposition_min_angle", "int", -5, "in degrees"},
+    {"yaw_inposition_max_angle", "int", 10, "in degrees"},
+    {"yaw_inposition_min_angle", "int", -10, "in degrees"},
+    {"z_max_position_NED", "int", 0, "greatest z in metres; down is positive"},
+    {"z_min_position_NED", "int", -8, "least z in metres"},
+    {"x_inposition_position", "float", 0.4, "in metres"},
+};
+
+constexpr const char* stateLists[] = {"current_posi_list", "current_velo_list", "current_acce_list"};
+
+template <FailureId failure>
+void refuseOutside(py::handle self, const Object& value, const char* least, const char* most) {
+    if (value < attribute(self, least) || value > attribute(self, most)) throw Failure(failure);
+}
+
+template <FailureId failure>
+void checkMode(py::handle, const Object& mode) {
+    checkIsInt(mode);
+    if (!isOneOf(mode, {0, 1})) throw Failure(failure);
+}
+
+void checkAngle(py::handle self, const Object& target, const Object& angle) {
+    for (const char* each : {"target_roll", "target_pitch", "target_yaw"}) {
+        if (!target.equal(attribute(self, each))) continue;
+        refuseOutside<FailureId::AngleNotAvaliableError>(self, angle, "roll_min_angle", "roll_max_angle");
+        return;
+    }
+}
+
+void defineBased(Package& package) {
+    ClassMaker based = package.makeClass("DroneBased", {}, "Limits and checks of a flight controller.");
+    for (const Limit& limit : limits) based.field({limit.name, limit.type, limit.doc});
+    const auto modeChecker = [&](const char* name, const char* failure, auto check) {
+        based.method(name, {{"mode", "int", "0 or 1"}}, "Refuses another mode.", {},
+                     {"InputTypeNotCorrectError: `mode` is no integer", std::string(failure) + ": another mode"},
+                     check);
+    };
+    modeChecker("_checkInputMode", "InputDataNotInRangeError", Calls<checkMode<FailureId::InputDataNotInRangeError>>{});
+    modeChecker("_checkFlightMode", "FlightModeNotAvaliableError",
+                Calls<checkMode<FailureId::FlightModeNotAvaliableError>>{});
+    based
+        .method("__init__", {}, "Sets the limits.", {}, {},
+                [](py::handle self) {
+                    for (const Limit& limit : limits) {
+                        const bool whole = std::string_view(limit.type) == "int";
+                        setAttribute(
+                            self, limit.name,
+                            whole ? Object(py::int_(static_cast<int>(limit.value))) : Object(py::float_(limit.value)));
+                    }
+                })
+        .method("_checkHeightWithNED", {{"height", "float", "z in metres; down is positive"}},
+                "Refuses a height out of the limits. The moves do not call it.", {},
+                {"HeightNotAvaliableError: it is out of the limits"},
+                [](py::handle self, const Object& height) {
+                    refuseOutside<FailureId::HeightNotAvaliableError>(self, height, "z_min_position_NED",
+                                                                      "z_max_position_NED");
+                })
+        .method("_checkAngle",
+                {{"target", "int", "number of a target; of x, y and z nothing is refused"},
+                 {"angle", "float", "in degrees"}},
+                "Refuses an angle out of the limits. The moves do not call it.", {},
+                {"AngleNotAvaliableError: it is out of the limits"}, Calls<checkAngle>{});
+}
+
+}  // namespace
+
+py::list sixAxes(ByteView data, std::size_t place) {
+    py::list values;
+    for (const double value : readNumbers<float>(slice(data, place, 6 * sizeof(float)))) {
+        values.append(values.size() < 3 ? degreesOf(value) : value);
+    }
+    return values;
+}
+
+void defineDrone(Package& package) {
+    defineBased(package);
+    ClassMaker drone = package.makeClass("DroneModule", {"Packet", "DroneBased"},
+                                         "A flight controller: status, modes and moves. It has a blocking form only.");
+    for (const char* list : stateLists) {
+        drone.field({list, "list[float]",
+                     "roll, pitch and yaw in degrees, x, y and z in metres, or by second or its square; of the last "
+                     "state read"});
+    }
+    drone.method("__init__", {}, "Sets the limits and empties the state.", {}, {}, [](py::handle self) {
+        callOf("DroneBased", "__init__", self);
+        for (const char* list : stateLists) setAttribute(self, list, py::list());
+    });
+    defineDroneStatus(drone);
+    defineDroneMoves(drone);
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,22 @@
+// What measures something else than a voltage: temperature, attitude, relay counters, resistors, and the multimeter.
+#pragma once
+
+#include "python/classes.h"
+
+namespace zvr::python {
+
+void defineTemperature(Package& package);
+void defineAttitude(Package& package);
+void defineRelay(Package& package);
+void definePotentiometer(Package& package);
+void defineMultimeter(Package& package);
+
+inline void defineSensing(Package& package) {
+    defineTemperature(package);
+    defineAttitude(package);
+    defineRelay(package);
+    definePotentiometer(package);
+    defineMultimeter(package);
+}
+
+}  // namespace zvr::python
