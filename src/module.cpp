@@ -4,6 +4,7 @@
 #include "digital/digital.h"
 #include "drone/drone.h"
 #include "models/models.h"
+#include "motion/motion.h"
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
 #include "python/raising.h"
@@ -34,6 +35,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineServices(package);
     zvr::python::defineDigital(package);
     zvr::python::defineAnalog(package);
+    zvr::python::defineMotion(package);
     zvr::python::defineDrone(package);
     zvr::python::defineModels(package);
     zvr::python::defineCatalogue(package);

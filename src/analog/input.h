@@ -5,6 +5,7 @@
 #include "analog/rows.h"
 #include "core/stream_reader.h"
 #include "protocol/runtime.h"
+#include "python/model.h"
 
 namespace zvr::python {
 
@@ -25,11 +26,6 @@ void defineInputConfiguration(Feature& feature);
 void defineInputStreaming(Feature& based);
 /// Reading what has been streamed.
 void defineInputReading(Feature& module);
-
-/// The port as the device counts it: the chassis counts slots from 1.
-Object devicePort(py::handle self, const Object& port);
-/// The same for the first argument of an operation.
-void adaptPort(py::handle self, std::vector<Object>& arguments);
 
 /// The list of chip selects that are enabled on a port.
 Object chipSelectsOf(py::handle self, const Object& port);

@@ -251,12 +251,6 @@ const Raises portRaises{"@_checkAIPort"};
 
 const Parameter inputPortParameter{"port", "int", "port of the analog input; on the chassis the slot, 1, 2 or 4"};
 
-Object devicePort(py::handle self, const Object& port) {
-    return isModel(self, {"Lattice"}) ? port - py::int_(1) : port;
-}
-
-void adaptPort(py::handle self, std::vector<Object>& arguments) { arguments[0] = devicePort(self, arguments[0]); }
-
 Object chipSelectsOf(py::handle self, const Object& port) {
     for (const auto& [number, field] : {std::pair{0, "chip_select_p0"}, {1, "chip_select_p1"}, {3, "chip_select_p3"}}) {
         if (port.equal(py::int_(number))) return attribute(self, field);

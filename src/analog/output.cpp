@@ -15,17 +15,6 @@ const Raises portRaises{"@_checkAOPort"};
 const std::vector<Check> portChecks{calls("_checkAOPort", {"port"})};
 const std::vector<Check> channelChecks{calls("_checkAOPort", {"port"}), calls("_checkAOChannel", {"channel"})};
 
-/// A test of one argument against a few accepted numbers.
-template <FailureId failure, int... accepted>
-void checkAccepted(py::handle, const Object& value) {
-    checkIsInt(value);
-    if (!isOneOf(value, {accepted...})) throw Failure(failure);
-}
-
-void checkIsNumber(py::handle value) {
-    if (!PyLong_Check(value.ptr()) && !PyFloat_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
-}
-
 void checkIsList(py::handle value) {
     if (!PyList_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
 }

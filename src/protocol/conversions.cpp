@@ -33,16 +33,14 @@ void defineBits(Package& package) {
         "clearBit", {integer, bitIndex}, "Clears a bit.", {"int", "the number without the bit"}, {},
         [](py::handle, const Object& number, const Object& index) -> Object { return number & ~bit(index); });
     package.function("readBit", {integer, bitIndex}, "Reads a bit.", {"int", "0 or 1"}, {},
-                     [](py::handle, const Object& number, const Object& index) -> Object {
-                         return (number >> index) & py::int_(1);
-                     });
+                     [](py::handle, const Object& number, const Object& index) { return readBit(number, index); });
     package.function(
         "fillBit", {integer, bitIndex}, "Sets a bit.", {"int", "the number with the bit"}, {},
         [](py::handle, const Object& number, const Object& index) -> Object { return number | bit(index); });
     package.function("writeBit", {integer, bitIndex, {"value", "int", "1 sets the bit, anything else clears it"}},
                      "Writes a bit.", {"int", "the changed number"}, {},
-                     [](py::handle, const Object& number, const Object& index, const Object& value) -> Object {
-                         return value.equal(py::int_(1)) ? number | bit(index) : number & ~bit(index);
+                     [](py::handle, const Object& number, const Object& index, const Object& value) {
+                         return writeBit(number, index, value);
                      });
     package.function("changeToLatticePort", {{"slot", "int", "slot of the chassis, from 1"}},
                      "Turns a slot into its port.", {"int", "the port, from 0"}, {},

@@ -82,10 +82,12 @@ Feature::Feature(Package& package, const std::string& prefix, const std::string&
 Feature::Feature(Package& package, const std::string& name, const std::vector<std::string>& bases,
                  const std::string& doc)
     : blocking_(package.makeClass(name, bases, doc + "\n\nBlocking form.")),
-      twin_(package.makeClass(name + "_async", twinsOf(bases), doc + "\n\nAwaitable form.")) {}
+      twin_(package.makeClass(name + "_async", twinsOf(package, bases), doc + "\n\nAwaitable form.")) {}
 
-std::vector<std::string> Feature::twinsOf(std::vector<std::string> bases) {
-    for (std::string& base : bases) base += "_async";
+std::vector<std::string> Feature::twinsOf(const Package& package, std::vector<std::string> bases) {
+    for (std::string& base : bases) {
+        if (package.has(base + "_async")) base += "_async";
+    }
     return bases;
 }
 

@@ -70,6 +70,7 @@ public:
 
     py::module_& module() { return module_; }
     Object get(const char* name) const { return module_.attr(name); }
+    bool has(const std::string& name) const { return py::hasattr(module_, name.c_str()); }
     void constant(const char* name, py::handle value) { module_.attr(name) = value; }
     void constant(const char* name, int value) { constant(name, py::int_(value)); }
 
@@ -95,7 +96,8 @@ class Feature {
 public:
     enum class Base { own, none };
     Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
-    /// A pair of classes with names and bases of its own; what both forms share goes into both.
+    /// A pair of classes with names and bases of its own; a base without a twin is a base of both. What both forms
+    /// share goes into both.
     Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
 
     /// A check or helper that both forms share.
@@ -157,7 +159,7 @@ public:
 private:
     Feature& addShared(Definition definition, bool intoBoth = false);
 
-    static std::vector<std::string> twinsOf(std::vector<std::string> bases);
+    static std::vector<std::string> twinsOf(const Package& package, std::vector<std::string> bases);
     static std::vector<std::string> basesOf(const char* engine, const std::string& prefix, Base base);
 
     std::optional<ClassMaker> based_;

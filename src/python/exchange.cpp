@@ -39,8 +39,8 @@ Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> ar
     Payload data;
     for (const Field& field : exchange.payload) {
         const bool given = !field.argument.empty();
-        field.append(data, given ? arguments[indexOf(definition.parameters, field.argument)]
-                                 : Object(py::int_(std::stoi(field.kind))));
+        field.append(
+            data, given ? arguments[indexOf(definition.parameters, field.argument)] : Object(py::int_(field.number)));
     }
     const Object reply = co_await op.exchange(exchange.command, data.list());
     const Bytes bytes = bytesOf(reply);

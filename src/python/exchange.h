@@ -14,6 +14,7 @@ struct Field {
     std::string argument;
     std::string kind;  ///< how the argument is written, for the reference page; empty for a plain byte
     void (*append)(Payload& data, py::handle value);
+    int number = 0;  ///< what is appended where no argument is
 };
 
 template <class Number>
@@ -42,8 +43,12 @@ inline Field mac(std::string argument) {
     return {std::move(argument), "mac", [](Payload& data, py::handle v) { data.extend(macBytes(v)); }};
 }
 /// A byte that no argument gives.
-inline Field constant(int value) {
-    return {{}, std::to_string(value), [](Payload& data, py::handle v) { data.add(v); }};
+inline Field constant(int value, const std::string& name = {}) {
+    const std::string digits = std::to_string(value);
+    return {{},
+            name.empty() ? digits : name + " (" + digits + ")",
+            [](Payload& data, py::handle v) { data.add(v); },
+            value};
 }
 
 /// One test before anything is sent: a method of the object, or a free check of one argument.

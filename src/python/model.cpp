@@ -12,4 +12,10 @@ bool isModel(py::handle self, std::initializer_list<const char*> names) {
     });
 }
 
+Object devicePort(py::handle self, const Object& port) {
+    return isModel(self, {"Lattice"}) ? port - py::int_(1) : port;
+}
+
+void adaptPort(py::handle self, std::vector<Object>& arguments) { arguments[0] = devicePort(self, arguments[0]); }
+
 }  // namespace zvr::python

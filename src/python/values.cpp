@@ -115,6 +115,13 @@ py::str macText(ByteView bytes, const char* digits) {
     return formatted(format, bytes);
 }
 
+Object readBit(const Object& number, const Object& index) { return (number >> index) & py::int_(1); }
+
+Object writeBit(const Object& number, const Object& index, const Object& value) {
+    const Object bit = py::int_(1) << index;
+    return value.equal(py::int_(1)) ? number | bit : number & ~bit;
+}
+
 py::list bitsOf(py::handle number, py::handle width) {
     const auto count = py::cast<Py_ssize_t>(width);
     py::list bits;
@@ -184,6 +191,7 @@ void require(bool isRight) {
 
 void checkInputType(py::handle value, py::handle type) { require(isOfType(value, type)); }
 void checkIsInt(py::handle value) { require(PyLong_Check(value.ptr())); }
+void checkIsNumber(py::handle value) { require(PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr())); }
 void checkIsIntOrList(py::handle value) { require(PyLong_Check(value.ptr()) || PyList_Check(value.ptr())); }
 void checkIsText(py::handle value) { require(PyUnicode_Check(value.ptr())); }
 void checkIsTextOrList(py::handle value) { require(PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr())); }

@@ -1,6 +1,7 @@
 // Values of Python as bytes of the wire, and back.
 #pragma once
 
+#include "core/failures.h"
 #include "python/common.h"
 
 namespace zvr::python {
@@ -70,7 +71,10 @@ py::list payload(const Values&... values) {
 inline Bytes u16(py::handle value) { return pack<std::uint16_t>(value); }
 inline Bytes u16(int value) { return pack<std::uint16_t>(py::int_(value)); }
 
-// Bit masks and lists of pins.
+// Bits, masks and lists of pins.
+Object readBit(const Object& number, const Object& index);
+/// Only the value 1 sets the bit.
+Object writeBit(const Object& number, const Object& index, const Object& value);
 py::list bitsOf(py::handle number, py::handle width);
 Object maskOfIndices(py::handle indices);
 py::list indicesOfMask(py::handle mask);
@@ -83,11 +87,19 @@ bool checkInputTypeConsistent(py::handle first, py::handle second);
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 void checkIsInt(py::handle value);
+void checkIsNumber(py::handle value);
 void checkIsIntOrList(py::handle value);
 void checkIsText(py::handle value);
 void checkIsTextOrList(py::handle value);
 
 /// Whether a value equals one of these numbers.
 bool isOneOf(py::handle value, std::initializer_list<int> numbers);
+
+/// The body of a check method that accepts a few integers.
+template <FailureId failure, int... accepted>
+void checkAccepted(py::handle, const Object& value) {
+    checkIsInt(value);
+    if (!isOneOf(value, {accepted...})) throw Failure(failure);
+}
 
 }  // namespace zvr::python
