@@ -14,6 +14,7 @@
 #include "core/frame.h"
 #include "models.h"
 #include "oscillator.h"
+#include "track.h"
 #include "waveform.h"
 
 namespace zvr::sim {
@@ -32,6 +33,8 @@ enum class Status : std::uint8_t {
     digital = 50,
     analogInput = 52,
     analogOutput = 53,
+    motion = 54,
+    drive = 55,
     tcp = 71,
     bootloader = 73,
     parser = 80,
@@ -107,6 +110,9 @@ public:
 
     /// What is at the analog inputs.
     Signals signals;
+
+    /// What is along the axes.
+    Tracks tracks;
 
     /// The output that leads to an analog input; nothing if there is none that drives it.
     std::function<const Voltage*(int port, std::size_t channel)> wiredOutput = [](int, std::size_t) {

@@ -62,6 +62,7 @@ int serve(const zvr::sim::Options& options) {
     asio::io_context context(1);
     zvr::sim::Device device(*options.model, options.identity, options.network);
     device.signals = options.signals;
+    device.tracks = options.tracks;
     const zvr::sim::Ticker ticker(context, device.agenda);
     const Front front(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);

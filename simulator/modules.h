@@ -22,6 +22,9 @@ void addSdCard(Device& device);
 void addPwm(Device& device);
 void addCounter(Device& device);
 void addEncoder(Device& device);
+void addMotion(Device& device);
+void addSlotMotion(Device& device);
+void addStepper(Device& device);
 void addDroneIdentity(Device& device);
 
 }  // namespace zvr::sim

@@ -49,6 +49,11 @@ Analog inputs:
                      noise, constant, square, or count, which numbers the samples
   --fast             sample as fast as the clients take it
   --frame-rows N     rows of a data frame (those of 5 ms; with --fast 8 KB)
+
+Axes:
+  --axis AXIS:HOME[:REVERSE[:FORWARD[:REVOLUTION[:ALARM]]]]
+                     where the switches of an axis are, 0 to 3, or * for all, in pulses from its start (-20000,
+                     -1000000, 1000000), how many pulses a turn has (4000), and how far it is to a jam (none)
 )";
 
 struct BadOption : std::runtime_error {
@@ -111,9 +116,11 @@ int commandOf(std::string_view text) {
     return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
 }
 
-void setWave(Options& options, std::string_view text) {
+// For texts that refuse what they cannot hold.
+template <auto Member>
+void setText(Options& options, std::string_view text) {
     try {
-        options.signals.set(text);
+        (options.*Member).set(text);
     } catch (const std::invalid_argument& refusal) {
         throw BadOption(refusal.what());
     }
@@ -149,7 +156,8 @@ constexpr Option table[] = {
     {"fault-command", true, [](Options& o, std::string_view v) { o.faults.command = commandOf(v); }},
     {"seed", true,
      [](Options& o, std::string_view v) { o.faults.seed = o.signals.seed = numberOf(v, 0U, 0xFFFFFFFFU); }},
-    {"wave", true, setWave},
+    {"wave", true, setText<&Options::signals>},
+    {"axis", true, setText<&Options::tracks>},
     {"fast", false, [](Options& o, std::string_view) { o.signals.fast = true; }},
     {"frame-rows", true, [](Options& o, std::string_view v) { o.signals.frameRows = countOf(v); }},
 };

@@ -20,6 +20,7 @@ struct Options {
     bool stopWithInput = false;
     bool verbose = false;
     Signals signals;
+    Tracks tracks;
     FaultOptions faults;
 };
 
