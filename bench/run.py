@@ -22,21 +22,25 @@ import sys
 import threading
 import time
 import warnings
+from collections.abc import Callable
 from pathlib import Path
+from typing import Any
 
 import many
+import motion
 import pyzvr
 
 ROOT = Path(__file__).resolve().parent.parent
 BIN = Path(os.environ.get("ZVR_SIM", ROOT / "build/default/bin/zvr-sim")).parent
 REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
 REPLY_LENGTH = 14
+PARTS = ["pinned", "unpinned", "computing", "many", "motion", "usb", "splitter"]
 now = time.perf_counter_ns
 
 
 class Simulator:
-    def __init__(self, *options: str) -> None:
-        command = [str(BIN / "zvr-sim"), "TarnDio", "--port", "0", "--stdin-stop", *options]
+    def __init__(self, *options: str, model: str = "TarnDio") -> None:
+        command = [str(BIN / "zvr-sim"), model, "--port", "0", "--stdin-stop", *options]
         self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         said = json.loads(self.process.stdout.readline())
         self.address = said["host"], said["command_port"]
@@ -157,7 +161,7 @@ class Awaited(Blocking):
         self.loop.close()
 
 
-def measure(kinds: list[type], address: tuple[str, int], rounds: int, count: int) -> dict[str, list[int]]:
+def measure(kinds: list[Callable[[tuple[str, int]], Any]], address: tuple[str, int], rounds: int, count: int) -> dict[str, list[int]]:
     contenders = [kind(address) for kind in kinds]
     times: dict[str, list[int]] = {contender.name: [] for contender in contenders}
     for contender in contenders:
@@ -221,6 +225,17 @@ def many_devices() -> None:
             goal(text, value, limit)
 
 
+def motion_calls(rounds: int) -> None:
+    os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
+    with contextlib.redirect_stdout(io.StringIO()), Simulator(model="Ratchet") as simulator:
+        times = measure(motion.contenders(), simulator.address, rounds, 50)
+    goals = motion.report(times)
+    with Simulator(model="Ratchet") as simulator:
+        goals += motion.together(simulator.address)
+    for text, value, limit in goals:
+        goal(text, value, limit)
+
+
 def usb() -> None:
     """Round trips over the emulated device; runs beside it."""
     if "UMOCKDEV_DIR" not in os.environ:
@@ -253,7 +268,7 @@ def splitter() -> None:
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("part", nargs="?", choices=["pinned", "unpinned", "computing", "many", "usb", "splitter"])
+    parser.add_argument("part", nargs="?", choices=PARTS)
     parser.add_argument("--rounds", type=int, default=30, help="batches of each contender")
     parser.add_argument("--count", type=int, default=500, help="round trips of a batch")
     arguments = parser.parse_args()
@@ -262,10 +277,11 @@ def main() -> None:
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
     elif arguments.part:
-        {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
+        {"many": many_devices, "motion": lambda: motion_calls(arguments.rounds), "usb": usb,
+         "splitter": splitter}[arguments.part]()
     else:
         # Each part in a process of its own: pinning is for good.
-        for part in ("pinned", "unpinned", "computing", "many", "usb", "splitter"):
+        for part in PARTS:
             subprocess.run([sys.executable, __file__, part, *sys.argv[1:]], check=True)
 
 

@@ -17,6 +17,7 @@ constexpr Example examples[] = {
     {"Settings", "Addresses, clock and time server", "examples/settings.py"},
     {"Pulses", "PWM, counters and the encoder over USB", "examples/pulses.py"},
     {"Chassis", "Slots and their lines", "examples/chassis.py"},
+    {"Motion", "Four axes along a line, a circle and a helix", "examples/motion.py"},
     {"Drone", "Who is on the serial line", "examples/drone.py"},
     {"Wi-Fi boxes", "Lights, battery, radio and memory card", "examples/wifi.py"},
 };
