@@ -11,8 +11,6 @@ namespace {
 
 const Parameter& port = controllerPort;
 const Parameter& axis = axisParameter;
-const Returns writeStatus = status(6).returns;
-Parameter flag(const char* name, const char* doc) { return {name, "int", doc}; }
 
 /// An operation that writes one bit of a register of an axis, and remembers it.
 struct RegisterBit {
@@ -23,61 +21,27 @@ struct RegisterBit {
     int bit;
     const char* what;
 };
+// clang-format off
 const std::vector<RegisterBit>& registerBits() {
-    static const Parameter polarity = flag("polarity", "1 active high, 0 active low");
-    static const auto named = [](const char* name, Parameter parameter) {
-        parameter.name = name;
-        return parameter;
-    };
-    static const auto on = [](const char* name) { return flag(name, "1 on, 0 off"); };
     static const std::vector<RegisterBit> table = {
-        {"_Motion_setHomeLimitEnable", on("home_enable"), {"Home Enable"}, 2, 3, "the home input"},
-        {"_Motion_setHomePolarity", named("home_polarity", polarity), {"Home Polarity"}, 2, 2, "the home level"},
-        {"_Motion_setInpositionLimitEnable",
-         on("inposition_enable"),
-         {"Inposition Enable"},
-         2,
-         7,
-         "the in-position input"},
-        {"_Motion_setInpositionPolarity",
-         named("inposition_polarity", polarity),
-         {"Inposition Polarity"},
-         2,
-         6,
-         "the in-position level"},
-        {"_Motion_setAlarmLimitEnable", on("alarm_enable"), {"Alarm Enable"}, 2, 9, "the servo alarm"},
-        {"_Motion_setAlarmPolarity", named("alarm_polarity", polarity), {"Alarm Polarity"}, 2, 8, "the alarm level"},
-        {"_Motion_setLimitPolarity",
-         named("limit_polarity", polarity),
-         {"Forward Polarity", "Reverse Polarity"},
-         2,
-         10,
-         "the level of both limit inputs"},
-        {"_Motion_setInstantLimitStop",
-         flag("stop", "1 at once, 0 with deceleration"),
-         {},
-         2,
-         12,
-         "the stop at a limit"},
-        {"_Motion_setEncoderDirection",
-         flag("encoder_direction", "1 inverse"),
-         {"Inverse Encoder Direction"},
-         3,
-         11,
-         "the counting direction of the encoder"},
+        {"_Motion_setHomeLimitEnable", onOff("home_enable"), {"Home Enable"}, 2, 3, "the home input"},
+        {"_Motion_setHomePolarity", level("home_polarity"), {"Home Polarity"}, 2, 2, "the home level"},
+        {"_Motion_setInpositionLimitEnable", onOff("inposition_enable"), {"Inposition Enable"}, 2, 7, "the in-position input"},
+        {"_Motion_setInpositionPolarity", level("inposition_polarity"), {"Inposition Polarity"}, 2, 6, "the in-position level"},
+        {"_Motion_setAlarmLimitEnable", onOff("alarm_enable"), {"Alarm Enable"}, 2, 9, "the servo alarm"},
+        {"_Motion_setAlarmPolarity", level("alarm_polarity"), {"Alarm Polarity"}, 2, 8, "the alarm level"},
+        {"_Motion_setLimitPolarity", level("limit_polarity"), {"Forward Polarity", "Reverse Polarity"}, 2, 10,
+            "the level of both limit inputs"},
+        {"_Motion_setInstantLimitStop", integer("stop", "1 at once, 0 with deceleration"), {}, 2, 12, "the stop at a limit"},
+        {"_Motion_setEncoderDirection", inverse("encoder_direction"), {"Inverse Encoder Direction"}, 3, 11,
+            "the counting direction of the encoder"},
     };
     return table;
 }
+// clang-format on
 
 const char* readOf(int number) { return number == 2 ? "_Motion_getWR2" : "_Motion_getWR3"; }
 const char* writeOf(int number) { return number == 2 ? "_Motion_writeWR2" : "_Motion_writeWR3"; }
-
-void checkPortAndAxis(const Op& op, const Object& port, const Object& axis) {
-    op.call("_checkMCX514MotionPort", port);
-    op.call("_checkMCX514Axis", axis);
-}
-
-Object recordOf(const Op& op, const Object& axis) { return op.call("_getAxisHandle", axis); }
 
 Result writeRegisterBit(const RegisterBit& row, Op op, Object port, Object axis, Object value) {
     checkPortAndAxis(op, port, axis);
@@ -105,7 +69,7 @@ Result setOutput(Op op, Object port, Object axis, Object output, Object directio
     setSetting(recordOf(op, axis), "Inverse Motion Direction", direction);
     Object word = co_await op.request("_Motion_getWR3", port, axis);
     const Object inverse = direction & py::int_(1);
-    if (output.equal(py::int_(0))) {
+    if (isZero(output)) {
         word = withBits(word, {{0, 0}, {1, 0}, {2, 0}, {3, 1}, {4, 1}, {6, inverse}, {7, 0}, {5, 0}});
     } else {
         word = withBits(word, {{0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 0}, {7, inverse}, {5, 0}});
@@ -115,9 +79,8 @@ Result setOutput(Op op, Object port, Object axis, Object output, Object directio
 
 Result writeAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
     const Object record = recordOf(op, axis);
-    setAttribute(record, "acceleration", acceleration);
-    setAttribute(record, "deceleration", deceleration);
-    const bool curved = !attribute(record, "acceleration_mode").equal(py::int_(0));
+    setFields(record, {{"acceleration", acceleration}, {"deceleration", deceleration}});
+    const bool curved = !isZero(attribute(record, "acceleration_mode"));
     const Object jerk = attribute(record, "jerk");
     Merged status;
     status.take(co_await op.request("_Motion_setAcceleration", port, axis, acceleration));
@@ -147,7 +110,7 @@ Result writeVelocity(Op op, Object port, Object axis, Object velocity) {
 Result switchServo(Op op, Object port, Object axis, Object on) {
     checkPortAndAxis(op, port, axis);
     op.call("_checkMCX514Enable", on);
-    const bool activeLow = settingOf(recordOf(op, axis), "Servo On Polarity").equal(py::int_(0));
+    const bool activeLow = isZero(settingOf(recordOf(op, axis), "Servo On Polarity"));
     const Object level = writeBit(py::int_(0), py::int_(0), py::int_(activeLow ? 1 : 0) ^ on);
     Merged status;
     status.take(co_await op.request("_Motion_setGPIOValue", port, axis, py::int_(1), level));
@@ -213,7 +176,7 @@ Result configureEncoder(Op op, Object port, Object axis, Object polarity) {
     op.call("_checkMCX514Polarity", polarity);
     setSetting(recordOf(op, axis), "Encoder Z Polarity", polarity);
     Object word = co_await op.request("_Motion_getWR2", port, axis);
-    word = withBits(word, {{4, polarity.equal(py::int_(0)) ? 1 : 0}});
+    word = withBits(word, {{4, isZero(polarity) ? 1 : 0}});
     co_return co_await op.request("_Motion_writeWR2", port, axis, word);
 }
 
@@ -221,9 +184,7 @@ Result configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) 
     enter(op, port, axis);
     checkIsInt(jerk);
     op.call("_checkMCX514AccelerationMode", mode);
-    const Object record = recordOf(op, axis);
-    setAttribute(record, "jerk", jerk);
-    setAttribute(record, "acceleration_mode", mode);
+    setFields(recordOf(op, axis), {{"jerk", jerk}, {"acceleration_mode", mode}});
     co_return py::none();
 }
 
@@ -247,10 +208,8 @@ Result configureCapture(Op op, Object port, Object axis, Object type, Object mod
     port = enter(op, port, axis);
     op.call("_checkMCX514CaptureType", type);
     op.call("_checkMCX514CaptureMode", mode);
-    const Object record = recordOf(op, axis);
-    setAttribute(record, "capture_type", type);
-    setAttribute(record, "capture_mode", mode);
-    const int word = (mode.equal(py::int_(1)) ? 106 : 90) + (type.equal(py::int_(1)) ? 1 : 0);
+    setFields(recordOf(op, axis), {{"capture_type", type}, {"capture_mode", mode}});
+    const int word = (isOne(mode) ? 106 : 90) + (isOne(type) ? 1 : 0);
     co_return co_await op.request("_Motion_setSYNCAction3", port, axis, py::int_(word));
 }
 
@@ -266,7 +225,7 @@ template <const Action& action>
 Result switchAction(Op op, Object port, Object axis, Object on) {
     port = enter(op, port, axis);
     op.call("_checkMCX514Enable", on);
-    co_return co_await op.request(on.equal(py::int_(1)) ? action.enable : action.disable, port, axis);
+    co_return co_await op.request(isOne(on) ? action.enable : action.disable, port, axis);
 }
 
 Result configureBreakPoint(Op op, Object port, Object axis, Object mode, Object polarity, Object start, Object width,
@@ -275,23 +234,22 @@ Result configureBreakPoint(Op op, Object port, Object axis, Object mode, Object 
     op.call("_checkMCX514BreakPointMode", mode);
     op.call("_checkMCX514Polarity", polarity);
     for (const Object& each : {start, width, period, number}) checkIsInt(each);
-    const Object record = recordOf(op, axis);
-    setAttribute(record, "breakpoint_mode", mode);
-    setAttribute(record, "breakpoint_polarity", polarity);
-    setAttribute(record, "breakpoint_start_position", start);
-    setAttribute(record, "breakpoint_pulse_width", width);
-    setAttribute(record, "breakpoint_pulse_period", period);
-    setAttribute(record, "breakpoint_pulse_number", number);
+    setFields(recordOf(op, axis), {{"breakpoint_mode", mode},
+                                   {"breakpoint_polarity", polarity},
+                                   {"breakpoint_start_position", start},
+                                   {"breakpoint_pulse_width", width},
+                                   {"breakpoint_pulse_period", period},
+                                   {"breakpoint_pulse_number", number}});
     Merged status;
     status.take(co_await op.request("_Motion_splitPulse1", port, axis, width, period));
     status.take(co_await op.request("_Motion_splitPulse2", port, axis, number));
     Object word = co_await op.request("_Motion_getPIOSignal2", port, axis);
-    word = withBits(word, {{10, polarity.equal(py::int_(0)) ? 1 : 0}, {11, 1}});
+    word = withBits(word, {{10, isZero(polarity) ? 1 : 0}, {11, 1}});
     status.take(co_await op.request("_Motion_setPIOSignal2", port, axis, word));
     word = co_await op.request("_Motion_getMultiPurposeRegisterMode", port, axis);
     word = withBits(word, {{0, 0}, {1, 0}, {2, 0}, {3, 1}});
     status.take(co_await op.request("_Motion_setMultiPurposeMode", port, axis, word));
-    if (mode.equal(py::int_(1))) {
+    if (isOne(mode)) {
         const Object position = co_await op.request("Motion_getLogicalPosi", port, axis);
         start = position + start;
     }
@@ -329,7 +287,7 @@ Result standing(Op op, Object port, Object axis) {
 // An input's bit as on or off. All go by the level of the forward limit.
 Object inputState(const Op& op, const Object& axis, const Object& state, int bit) {
     const Object level = readBit(state, py::int_(bit));
-    const bool activeLow = settingOf(recordOf(op, axis), "Forward Polarity").equal(py::int_(0));
+    const bool activeLow = isZero(settingOf(recordOf(op, axis), "Forward Polarity"));
     return activeLow ? level ^ py::int_(1) : level;
 }
 
@@ -419,7 +377,7 @@ void defineRegisterBits(Feature& controller) {
                               {connector, axis, row.value},
                               std::string("Sets ") + row.what + ": bit " + std::to_string(row.bit) +
                                   " of write register " + std::to_string(row.number) + ".",
-                              writeStatus,
+                              commandStatus,
                               entering(),
                               [](const Definition& self, Op op, Arguments given) {
                                   return writeRegisterBit(registerBits()[self.tag], std::move(op), given[0], given[1],
@@ -429,14 +387,13 @@ void defineRegisterBits(Feature& controller) {
         controller.add(std::move(definition));
     }
     controller
-        .operation("_Motion_setLimitEnable",
-                   {connector, axis, flag("forward_enable", "1 on, 0 off"), flag("reverse_enable", "1 on, 0 off")},
-                   "Sets the limit inputs: either one switches both on.", writeStatus, entering(),
+        .operation("_Motion_setLimitEnable", {connector, axis, onOff("forward_enable"), onOff("reverse_enable")},
+                   "Sets the limit inputs: either one switches both on.", commandStatus, entering(),
                    Calls<setLimitEnable>{})
         .operation("_Motion_setAxisModeAndDirection",
-                   {connector, axis, flag("stepper_output", "0 pulse and direction, 1 two pulses"),
-                    flag("axis_direction", "1 inverse")},
-                   "Sets the pulse output. S-curve and asymmetry are off afterwards.", writeStatus, {},
+                   {connector, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"),
+                    inverse("axis_direction")},
+                   "Sets the pulse output. S-curve and asymmetry are off afterwards.", commandStatus, {},
                    Calls<setOutput>{})
         .operation("_Motion_writeAcceleration",
                    {connector,
@@ -449,7 +406,7 @@ void defineRegisterBits(Feature& controller) {
                    {connector, axis, {"velocity", "int", "pulses per second; the sign is only remembered", "10000"}},
                    "Sets the speed, and a starting speed that goes with the stored acceleration.", mergedStatus,
                    {"ValueError: the stored acceleration is negative"}, Calls<writeVelocity>{})
-        .operation("_Motion_enableServoOn", {connector, axis, flag("en_servo_on", "1 on, 0 off")},
+        .operation("_Motion_enableServoOn", {connector, axis, onOff("en_servo_on")},
                    "Switches the servo output. The logical counter is rewritten with its own value.", mergedStatus,
                    entering({"@_checkMCX514Enable"}), Calls<switchServo>{})
         .operation("_Motion_sendAllConfiguration", {connector, axis},
@@ -458,39 +415,36 @@ void defineRegisterBits(Feature& controller) {
 }
 
 void defineConfiguration(Feature& controller) {
-    const auto level = [](const char* name) { return flag(name, "1 active high, 0 active low"); };
-    const auto on = [](const char* name) { return flag(name, "1 on, 0 off"); };
-    const auto number = [](const char* name, const char* doc) { return Parameter{name, "int", doc}; };
     const Raises inputRaises = entering({"@_checkMCX514Enable", "@_checkMCX514Polarity"});
     controller
-        .operation("Motion_open", {port}, "Makes a connector ready.", writeStatus, entering({}, false), Calls<open>{})
+        .operation("Motion_open", {port}, "Makes a connector ready.", commandStatus, entering({}, false), Calls<open>{})
         .operation("Motion_close", {port}, "Ends the use of a connector; nothing is sent.", {"int", "0"},
                    entering({}, false),
                    [](Op op, Object port) -> Result {
                        enter(op, port);
                        co_return py::int_(0);
                    })
-        .operation("Motion_cfgAlarm", {port, axis, on("en_alarm"), level("alarm_polarity")},
+        .operation("Motion_cfgAlarm", {port, axis, onOff("en_alarm"), level("alarm_polarity")},
                    "Configures the servo alarm.", mergedStatus, inputRaises, Calls<configureInput<alarmInput>>{})
-        .operation("Motion_cfgHome", {port, axis, on("en_home"), level("home_polarity")}, "Configures the home input.",
-                   mergedStatus, inputRaises, Calls<configureInput<homeInput>>{})
-        .operation("Motion_cfgInposi", {port, axis, on("en_inposi"), level("inposi_polarity")},
+        .operation("Motion_cfgHome", {port, axis, onOff("en_home"), level("home_polarity")},
+                   "Configures the home input.", mergedStatus, inputRaises, Calls<configureInput<homeInput>>{})
+        .operation("Motion_cfgInposi", {port, axis, onOff("en_inposi"), level("inposi_polarity")},
                    "Configures the in-position input.", mergedStatus, inputRaises,
                    Calls<configureInput<inpositionInput>>{})
-        .operation("Motion_cfgLimit", {port, axis, on("en_forward"), on("en_reverse"), level("limit_polarity")},
+        .operation("Motion_cfgLimit", {port, axis, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
                    "Configures the limit inputs. The chip has one switch and one level for both.", mergedStatus,
                    inputRaises, Calls<configureLimit>{})
         .operation("Motion_cfgAxis",
-                   {port, axis, flag("stepper_output", "0 pulse and direction, 1 two pulses"),
-                    flag("axis_dir", "1 inverse"), flag("encoder_dir", "1 inverse"), level("servo_on_polarity")},
+                   {port, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"), inverse("axis_dir"),
+                    inverse("encoder_dir"), level("servo_on_polarity")},
                    "Configures pulse output, directions and servo output.", mergedStatus,
                    entering({"@_checkMCX514StepperOutput", "@_checkMCX514Direction", "@_checkMCX514Polarity"}),
                    Calls<configureAxis>{})
         .operation("Motion_cfgEncoder", {port, axis, level("encoder_z_polarity")}, "Configures the encoder's index.",
-                   writeStatus, entering({"@_checkMCX514Polarity"}), Calls<configureEncoder>{})
+                   commandStatus, entering({"@_checkMCX514Polarity"}), Calls<configureEncoder>{})
         .operation("Motion_cfgJerkAndAccelMode",
-                   {port, axis, number("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
-                    number("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
+                   {port, axis, integer("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
+                    integer("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
                    "Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.", {},
                    entering({"@_checkMCX514AccelerationMode"}), Calls<configureJerk>{})
         .operation("Motion_rstEncoderPosi", {port, axis, {"encoder_posi", "int", "position in pulses", "0"}},
@@ -500,22 +454,22 @@ void defineConfiguration(Feature& controller) {
         .operation("Motion_enableServoOff", {port, axis}, "Switches the servo off.", mergedStatus, entering(),
                    Calls<turnServo<0>>{})
         .operation("Motion_cfgCapture",
-                   {port, axis, flag("capture_type", "edge, 0 or 1"),
-                    flag("mode", "position that is captured, 0 or 1, in the chip's numbering")},
-                   "Configures the capture of a position.", writeStatus,
+                   {port, axis, integer("capture_type", "edge, 0 or 1"),
+                    integer("mode", "position that is captured, 0 or 1, in the chip's numbering")},
+                   "Configures the capture of a position.", commandStatus,
                    entering({"@_checkMCX514CaptureType", "@_checkMCX514CaptureMode"}), Calls<configureCapture>{})
-        .operation("Motion_enableCapture", {port, axis, on("en_capture")}, "Switches the capture.", writeStatus,
+        .operation("Motion_enableCapture", {port, axis, onOff("en_capture")}, "Switches the capture.", commandStatus,
                    entering({"@_checkMCX514Enable"}), Calls<switchAction<captureAction>>{})
         .operation("Motion_cfgBreakPoint",
-                   {port, axis, flag("mode", "0 at a position, 1 at a distance from the present one"),
-                    level("breakpoint_polarity"), number("start_posi", "first break point, in pulses"),
-                    number("pulse_width", "width in the chip's unit, 0 to 65535"),
-                    number("pulse_period", "period in the chip's unit, 0 to 65535"),
-                    number("pulse_number", "number of pulses, 0 to 65535")},
+                   {port, axis, integer("mode", "0 at a position, 1 at a distance from the present one"),
+                    level("breakpoint_polarity"), integer("start_posi", "first break point, in pulses"),
+                    integer("pulse_width", "width in the chip's unit, 0 to 65535"),
+                    integer("pulse_period", "period in the chip's unit, 0 to 65535"),
+                    integer("pulse_number", "number of pulses, 0 to 65535")},
                    "Configures pulses that an axis gives out from a position on.", mergedStatus,
                    entering({"@_checkMCX514BreakPointMode", "@_checkMCX514Polarity"}), Calls<configureBreakPoint>{})
-        .operation("Motion_enableBreakPoint", {port, axis, on("en_break")}, "Switches the break points.", writeStatus,
-                   entering({"@_checkMCX514Enable"}), Calls<switchAction<breakAction>>{});
+        .operation("Motion_enableBreakPoint", {port, axis, onOff("en_break")}, "Switches the break points.",
+                   commandStatus, entering({"@_checkMCX514Enable"}), Calls<switchAction<breakAction>>{});
 }
 
 void defineStates(Feature& controller) {
@@ -548,6 +502,11 @@ Object enter(const Op& op, const Object& port, const Object& axis) {
     Object connector = enter(op, port);
     op.call("_checkMCX514Axis", axis);
     return connector;
+}
+
+void checkPortAndAxis(const Op& op, const Object& port, const Object& axis) {
+    op.call("_checkMCX514MotionPort", port);
+    op.call("_checkMCX514Axis", axis);
 }
 
 Raises entering(std::initializer_list<std::string> more, bool hasAxis) {

@@ -7,6 +7,7 @@ namespace zvr::python {
 
 const Parameter controllerPort{"port", "int", "connector of the controller, 0; on the chassis the slot, 1, 2 or 4"};
 const Parameter connector{"port", "int", "connector of the controller as the device counts it"};
+const Returns commandStatus = status(6).returns;
 const Parameter axisParameter{"axis", "int",
                               "axis, 0 to 3; a further number is not refused and shares the last record"};
 
@@ -15,6 +16,10 @@ Object enter(const Op& op, const Object& port);
 Object enter(const Op& op, const Object& port, const Object& axis);
 /// The failures of that, and more.
 Raises entering(std::initializer_list<std::string> more = {}, bool hasAxis = true);
+
+void checkPortAndAxis(const Op& op, const Object& port, const Object& axis);
+
+inline Object recordOf(const Op& op, const Object& axis) { return op.call("_getAxisHandle", axis); }
 
 /// Pulse output and direction of an axis, as its record has them.
 Pending applyOutput(const Op& op, const Object& port, const Object& axis);

@@ -14,7 +14,6 @@ const Raises portRaises{"@_checkTMC5240Port"};
 const Returns writeStatus{"int", "the status as it is, 0 for done", "the device's status, byte 6 of its reply"};
 const Returns registerBytes{"bytes", "the 4 bytes of the register", "the device"};
 
-Parameter integer(const char* name, const char* doc) { return {name, "int", doc}; }
 Field u32(const char* argument) { return packed<std::uint32_t>("u32", argument); }
 Field i32(const char* argument) { return packed<std::int32_t>("i32", argument); }
 Field lowByte(const char* argument) {
@@ -185,14 +184,14 @@ Result configureEncoder(Op op, Object port, Object direction, Object position) {
     Merged status;
     status.take(co_await op.request("_Motion_resetPosition", port, position));
     status.take(co_await op.request("_Motion_setEncoderPosition", port, position));
-    const py::int_ constant(direction.equal(py::int_(0)) ? 1 : -1);
+    const py::int_ constant(isZero(direction) ? 1 : -1);
     status.take(co_await op.request("_Motion_setEncoderDirection", port, constant));
     co_return status.value();
 }
 
 Result configureDirection(Op op, Object port, Object direction) {
     op.call("_checkTMC5240Port", port);
-    const py::int_ bit(4), inverse(direction.equal(py::int_(1)) ? 1 : 0);
+    const py::int_ bit(4), inverse(isOne(direction) ? 1 : 0);
     Merged status;
     const Object general = co_await op.request("_Motion_getGlobalConfig", port);
     const Object newGeneral = writeBit(py::int_(wordOf(general)), bit, inverse);
@@ -210,8 +209,7 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
     status.take(co_await op.request("_Motion_setLimitEnable", port, forward, reverse));
     status.take(co_await op.request("_Motion_setLimitPolarity", port, polarity));
     const Bytes bytes = bytesOf(co_await op.request("_Motion_getLimitSwitch", port));
-    const int low = polarity.equal(py::int_(0)) ? 1 : 0, forwardOn = forward.equal(py::int_(1)) ? 1 : 0,
-              reverseOn = reverse.equal(py::int_(1)) ? 1 : 0;
+    const int low = isZero(polarity) ? 1 : 0, forwardOn = isOne(forward) ? 1 : 0, reverseOn = isOne(reverse) ? 1 : 0;
     const int word = bytes.at(2) << 8 | (bytes.at(3) & 0xF0) | low << 3 | low << 2 | reverseOn << 1 | forwardOn;
     status.take(co_await op.request("_Motion_setLimitSwitch", port, py::int_(word)));
     co_return status.value();
@@ -267,7 +265,6 @@ void defineBased(Package& package) {
 
 void defineRegisters(Feature& drive) {
     const Parameter address{"reg_addr", "int", "register, one of the PAWL_ constants"};
-    const Parameter on{"forward_enable", "int", "1 on, 0 off"};
     const Returns zero{"int", "0"};
     const Reply contents{[](py::handle self, const Bytes& data) -> Object {
                              callMethod(self, "_TMC5240_getSPIStatus", py::int_(data.at(2)));
@@ -301,15 +298,14 @@ void defineRegisters(Feature& drive) {
                    })
         .operation("_Motion_setRamp", {port}, "Writes the ramp of `TMC5240_main_dict`.", mergedStatus, {},
                    Calls<setRamp>{})
-        .operation("_Motion_setLimitEnable",
-                   {port, integer("forward_enable", "1 on, 0 off"), integer("reverse_enable", "1 on, 0 off")},
+        .operation("_Motion_setLimitEnable", {port, onOff("forward_enable"), onOff("reverse_enable")},
                    "Remembers which limits are in use; nothing is sent.", zero, {},
                    [](Op op, Object, Object forward, Object reverse) -> Result {
                        setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
                        setSetting(attribute(op.self(), "axis"), "Reverse Enable", reverse);
                        co_return py::int_(0);
                    })
-        .operation("_Motion_setLimitPolarity", {port, integer("limit_polarity", "1 active high, 0 active low")},
+        .operation("_Motion_setLimitPolarity", {port, level("limit_polarity")},
                    "Remembers the level of the limits; nothing is sent.", zero, {},
                    [](Op op, Object, Object polarity) -> Result {
                        for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
@@ -431,12 +427,10 @@ void defineControl(Feature& drive) {
                    {port, integer("encoder_dir", "0; anything else fails after the positions are set"), position},
                    "Sets both positions and the encoder's constant.", mergedStatus,
                    {"@_checkTMC5240Port", "OverflowError: `encoder_dir` is not 0"}, Calls<configureEncoder>{})
-        .operation("Motion_cfgAxisDirection", {port, integer("axis_dir", "1 inverse")},
+        .operation("Motion_cfgAxisDirection", {port, inverse("axis_dir")},
                    "Sets the direction of the motor and of its limits.", mergedStatus, portRaises,
                    Calls<configureDirection>{})
-        .operation("Motion_cfgLimit",
-                   {port, integer("en_forward", "1 on, 0 off"), integer("en_reverse", "1 on, 0 off"),
-                    integer("limit_polarity", "1 active high, 0 active low")},
+        .operation("Motion_cfgLimit", {port, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
                    "Configures the limit switches.", mergedStatus, portRaises, Calls<configureLimit>{})
         .operation("Motion_getParameters", {port}, "Reads the parameters into `TMC5240_default_dict`.",
                    status(1).returns, {"@_checkTMC5240Port", "struct.error: always, as a value is cut too short"},

@@ -115,7 +115,7 @@ Result loadFile(Op op) {
     if constexpr (isController) {
         for (std::size_t i = 0; i < std::size(fourAxes); ++i) {
             const Object status = co_await op.request("_Motion_sendAllConfiguration", port, py::int_(i));
-            if (!status.equal(py::int_(0))) co_return status;
+            if (!isZero(status)) co_return status;
         }
         co_return py::int_(0);
     } else {

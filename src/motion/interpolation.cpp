@@ -8,7 +8,6 @@ namespace zvr::python {
 namespace {
 
 const Parameter& port = controllerPort;
-const Returns writeStatus = status(6).returns;
 
 Object item(const Object& sequence, Py_ssize_t index) { return own(PySequence_GetItem(sequence.ptr(), index)); }
 
@@ -40,9 +39,7 @@ Result configureLine(Op op, std::vector<Object> given) {
         setAttribute(record, fields[i].second, positions[i]);
         word = writeBit(word, axes[i], py::int_(1));
     }
-    setAttribute(record, "speed", speed);
-    setAttribute(record, "acceleration", acceleration);
-    setAttribute(record, "deceleration", deceleration);
+    setFields(record, {{"speed", speed}, {"acceleration", acceleration}, {"deceleration", deceleration}});
     setAttribute(record, "mode", py::int_(count));
     Merged status;
     for (const Object& axis : axes) status.take(co_await applyOutput(op, port, axis));
@@ -79,15 +76,15 @@ Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Obje
     const bool swapped = x > y;
     const Object main = swapped ? y : x;
     const Object record = attribute(op.self(), "circular_interpo");
-    setAttribute(record, "main_axis", main);
-    setAttribute(record, "finish_point_x", finishX);
-    setAttribute(record, "finish_point_y", finishY);
-    setAttribute(record, "center_point_x", centerX);
-    setAttribute(record, "center_point_y", centerY);
-    setAttribute(record, "direction", direction);
-    setAttribute(record, "speed", speed);
-    setAttribute(record, "acceleration", acceleration);
-    setAttribute(record, "deceleration", deceleration);
+    setFields(record, {{"main_axis", main},
+                       {"finish_point_x", finishX},
+                       {"finish_point_y", finishY},
+                       {"center_point_x", centerX},
+                       {"center_point_y", centerY},
+                       {"direction", direction},
+                       {"speed", speed},
+                       {"acceleration", acceleration},
+                       {"deceleration", deceleration}});
     Object word = writeBit(writeBit(py::int_(0), x, py::int_(1)), y, py::int_(1));
     word = withBits(word, {{6, 1}, {4, swapped ? 1 : 0}});
     Merged status;
@@ -107,7 +104,7 @@ Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Obje
 
 Result startArc(Op op, Object port) {
     port = enter(op, port);
-    const bool clockwise = attribute(attribute(op.self(), "circular_interpo"), "direction").equal(py::int_(0));
+    const bool clockwise = isZero(attribute(attribute(op.self(), "circular_interpo"), "direction"));
     co_return co_await op.request(clockwise ? "_Motion_cwCircularInterpolation" : "_Motion_ccwCircularInterpolation",
                                   port);
 }
@@ -116,18 +113,18 @@ Result writeHelix(Op op, Object port, Object finish1, Object finish2, Object cen
                   Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction) {
     op.call("_checkMCX514MotionPort", port);
     const Object record = attribute(op.self(), "helical_interpo");
-    setAttribute(record, "finish_point_axis1", finish1);
-    setAttribute(record, "finish_point_axis2", finish2);
-    setAttribute(record, "center_point_axis1", center1);
-    setAttribute(record, "center_point_axis2", center2);
-    setAttribute(record, "enable_axis3", enable3);
-    setAttribute(record, "pitch_axis3", pitch3);
-    setAttribute(record, "enable_axis4", enable4);
-    setAttribute(record, "pitch_axis4", pitch4);
-    setAttribute(record, "rotation_number", turns);
-    setAttribute(record, "circular_speed", speed);
-    setAttribute(record, "circular_direction", direction);
-    const bool third = enable3.equal(py::int_(1)), fourth = enable4.equal(py::int_(1));
+    setFields(record, {{"finish_point_axis1", finish1},
+                       {"finish_point_axis2", finish2},
+                       {"center_point_axis1", center1},
+                       {"center_point_axis2", center2},
+                       {"enable_axis3", enable3},
+                       {"pitch_axis3", pitch3},
+                       {"enable_axis4", enable4},
+                       {"pitch_axis4", pitch4},
+                       {"rotation_number", turns},
+                       {"circular_speed", speed},
+                       {"circular_direction", direction}});
+    const bool third = isOne(enable3), fourth = isOne(enable4);
     const py::int_ axes[] = {0, 1, 2, 3};
     const Object word = withBits(py::int_(0), {{0, 1}, {1, 1}, {2, enable3}, {3, enable4}, {6, 1}, {8, 1}});
     Merged status;
@@ -167,8 +164,7 @@ Result configureHelix(Op op, Object port, Object centerX, Object centerY, Object
     checkIsInt(speed);
     op.call("_checkMCX514Direction", direction);
     checkIsNumber(limit);
-    const char* calculate =
-        direction.equal(py::int_(0)) ? "_Motion_cwHelicalCalculation" : "_Motion_ccwHelicalCalculation";
+    const char* calculate = isZero(direction) ? "_Motion_cwHelicalCalculation" : "_Motion_ccwHelicalCalculation";
     Merged status;
     status.take(co_await op.request("_Motion_writeHelicalInterpolation", port, finishX, finishY, centerX, centerY,
                                     enable3, pitch3, enable4, pitch4, turns, speed, direction));
@@ -177,7 +173,7 @@ Result configureHelix(Op op, Object port, Object centerX, Object centerY, Object
     for (bool over = false; !over;) {
         over = py::int_(wallMilliseconds() - start) >= limit;
         const Object state = co_await op.request("_Motion_writeRR0", port);
-        if (!readBit(state, py::int_(0)).equal(py::int_(0))) continue;
+        if (!isZero(readBit(state, py::int_(0)))) continue;
         const Object result = co_await op.request("_Motion_getHelicalCalculation", port);
         setAttribute(attribute(op.self(), "helical_interpo"), "calculation_result", result);
         break;
@@ -194,8 +190,7 @@ Result startHelix(Op op, Object port) {
                  enable3 = stored("enable_axis3"), pitch3 = stored("pitch_axis3"), enable4 = stored("enable_axis4"),
                  pitch4 = stored("pitch_axis4"), turns = stored("rotation_number"), speed = stored("circular_speed"),
                  direction = stored("circular_direction");
-    const char* move =
-        direction.equal(py::int_(0)) ? "_Motion_cwHelicalInterpolation" : "_Motion_ccwHelicalInterpolation";
+    const char* move = isZero(direction) ? "_Motion_cwHelicalInterpolation" : "_Motion_ccwHelicalInterpolation";
     Merged status;
     status.take(co_await op.request("_Motion_writeHelicalInterpolation", port, finish1, finish2, center1, center2,
                                     enable3, pitch3, enable4, pitch4, turns, speed, direction));
@@ -226,7 +221,6 @@ void defineLine(Feature& controller, const char* name, int axes, const Parameter
 }  // namespace
 
 void defineInterpolations(Feature& controller) {
-    const auto integer = [](const char* name, const char* doc) { return Parameter{name, "int", doc}; };
     const auto number = [](const char* name, const char* doc) { return Parameter{name, "float", doc}; };
     const Parameters pace{{"speed", "int", "pulses per second along the path", "10000"},
                           {"accel", "int", "pulses per second squared", "100000"},
@@ -241,13 +235,13 @@ void defineInterpolations(Feature& controller) {
     defineLine(controller, "Motion_cfg4AxisLinearInterpo", 4, pace);
     controller
         .operation("Motion_startLinearInterpo", {port}, "Starts the configured line; nothing happens without one.",
-                   writeStatus, entering({}, false), Calls<startLine>{})
+                   commandStatus, entering({}, false), Calls<startLine>{})
         .operation("Motion_cfgCircularInterpo",
                    {port, integer("x_axis", "axis, 0 to 3"), integer("y_axis", "axis, 0 to 3"), center1, center2,
                     finish1, finish2, direction, pace[0], pace[1], pace[2]},
                    "Configures an arc of two axes.", mergedStatus, entering({"@_checkMCX514Direction"}),
                    Calls<configureArc>{})
-        .operation("Motion_startCircularInterpo", {port}, "Starts the configured arc.", writeStatus,
+        .operation("Motion_startCircularInterpo", {port}, "Starts the configured arc.", commandStatus,
                    entering({}, false), Calls<startArc>{})
         .operation("_Motion_writeHelicalInterpolation",
                    {connector, number("finish_point_axis1", "pulses from the start"),

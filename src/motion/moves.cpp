@@ -7,10 +7,6 @@ namespace {
 
 const Parameter& port = controllerPort;
 const Parameter& axis = axisParameter;
-const Returns writeStatus = status(6).returns;
-
-Object recordOf(const Op& op, const Object& axis) { return op.call("_getAxisHandle", axis); }
-bool isZero(const Object& value) { return value.equal(py::int_(0)); }
 
 Result writeTarget(Op op, Object port, Object axis, Object position) {
     setAttribute(recordOf(op, axis), "target_position", position);
@@ -19,12 +15,11 @@ Result writeTarget(Op op, Object port, Object axis, Object position) {
 
 Result writeDriveMode(Op op, Object port, Object axis, Object mode, Object velocity) {
     const Object record = recordOf(op, axis);
-    setAttribute(record, "operation_mode", mode);
-    setAttribute(record, "velocity", velocity);
+    setFields(record, {{"operation_mode", mode}, {"velocity", velocity}});
     const char* start = velocity >= py::int_(0) ? "_Motion_positiveDirContinuousPlusDriving"
                                                 : "_Motion_negativeDirContinuousPlusDriving";
     if (isZero(mode)) start = "_Motion_absolutePositionDriving";
-    if (mode.equal(py::int_(1))) start = "_Motion_relativePositionDriving";
+    if (isOne(mode)) start = "_Motion_relativePositionDriving";
     co_return co_await op.request(start, port, axis);
 }
 
@@ -93,8 +88,7 @@ Result overrideAcceleration(Op op, Object port, Object axis, Object acceleration
     checkIsInt(acceleration);
     checkIsInt(deceleration);
     const Object record = recordOf(op, axis);
-    setAttribute(record, "acceleration", acceleration);
-    setAttribute(record, "deceleration", deceleration);
+    setFields(record, {{"acceleration", acceleration}, {"deceleration", deceleration}});
     co_return co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration);
 }
 
@@ -133,9 +127,7 @@ Result configureSearch(Op op, Object port, Object axis, Object type, Object dire
     op.call("_checkMCX514Enable", resets);
     checkIsInt(offset);
     const Object record = recordOf(op, axis);
-    setAttribute(record, "search_type", type);
-    setAttribute(record, "search_velocity", velocity);
-    setAttribute(record, "search_accerleration", acceleration);
+    setFields(record, {{"search_type", type}, {"search_velocity", velocity}, {"search_accerleration", acceleration}});
     const Object target = attribute(record, "target_position");
     Merged status;
     status.take(co_await applyOutput(op, port, axis));
@@ -151,8 +143,7 @@ Result configureSearch(Op op, Object port, Object axis, Object type, Object dire
 
 Result setSearchMode(Op op, Object port, Object axis, Object type, Object initial, Object final, Object percent,
                      Object offset) {
-    op.call("_checkMCX514MotionPort", port);
-    op.call("_checkMCX514Axis", axis);
+    checkPortAndAxis(op, port, axis);
     const Object record = recordOf(op, axis);
     setSetting(record, "Offset Position", offset);
     setSetting(record, "Approach Velocity Percent", percent);
@@ -162,7 +153,7 @@ Result setSearchMode(Op op, Object port, Object axis, Object type, Object initia
     std::vector<Bit> bits;
     if (isZero(type)) {
         bits = {{0, 1}, {1, a}, {2, 1}, {4, b}, {5, final}};
-    } else if (type.equal(py::int_(1))) {
+    } else if (isOne(type)) {
         bits = {{2, 1}, {3, a}};
     } else {
         bits = {{0, 1}, {1, a}, {3, 1}, {4, b}, {5, a}, {6, 1}};
@@ -208,17 +199,16 @@ void defineMoves(Feature& controller) {
     const Parameter deceleration{"decel", "int", "pulses per second squared, 0 to 4294967295", "100000"};
     const Parameter mode{"mode", "int", "0 to the position, 1 by the distance, 2 continuous"};
     const Parameter offset{"offset_position", "int", "distance from the reference to go at the end, in pulses"};
-    const auto integer = [](const char* name, const char* doc) { return Parameter{name, "int", doc}; };
     const Parameter percent{"approach_velocity_percent", "float", "speed near the reference, in percent"};
     const Parameter initial = integer("initial_search_direction", "0 forward, else reverse");
     controller
         .operation("_Motion_writeTargetPosition",
                    {connector, axis, {"target_position", "int", "position or distance in pulses", "0"}},
-                   "Sets where the next move goes.", writeStatus, {}, Calls<writeTarget>{})
+                   "Sets where the next move goes.", commandStatus, {}, Calls<writeTarget>{})
         .operation("_Motion_writeDriveMode",
                    {connector, axis, integer("operation_mode", mode.doc.c_str()),
                     integer("velocity", "its sign is the way of a continuous move")},
-                   "Starts a move.", writeStatus, {}, Calls<writeDriveMode>{})
+                   "Starts a move.", commandStatus, {}, Calls<writeDriveMode>{})
         .operation("Motion_cfgAxisMove",
                    {port,
                     axis,
@@ -228,16 +218,16 @@ void defineMoves(Feature& controller) {
                     acceleration,
                     deceleration},
                    "Configures a move.", mergedStatus, entering({"@_checkMCX514OperationMode"}), Calls<configureMove>{})
-        .operation("Motion_startSingleAxisMove", {port, axis}, "Starts the configured move of an axis.", writeStatus,
+        .operation("Motion_startSingleAxisMove", {port, axis}, "Starts the configured move of an axis.", commandStatus,
                    entering(), Calls<startOne>{})
         .operation("Motion_startMultiAxisMove", {port, {"axis_list", "list[int]", "axes, 0 to 3"}},
                    "Starts the configured moves of axes together. It fails at the release of the axes, which wait for "
                    "it then, if the object has no `_checkMotionAxis`.",
                    mergedStatus, entering({"@_checkMotionAxis"}), Calls<startTogether>{})
         .operation("Motion_stop", {port, axis, integer("mode", "0 with deceleration, 1 at once")}, "Stops an axis.",
-                   writeStatus, entering({"@_checkMCX514StopMode"}), Calls<stop>{})
+                   commandStatus, entering({"@_checkMCX514StopMode"}), Calls<stop>{})
         .operation("Motion_overrideAxisPosi", {port, axis, integer("new_position", "position or distance in pulses")},
-                   "Changes where a move goes while it runs.", writeStatus, entering(), Calls<overridePosition>{})
+                   "Changes where a move goes while it runs.", commandStatus, entering(), Calls<overridePosition>{})
         .operation("Motion_overrideAxisAccel",
                    {port, axis, integer("new_accel", "pulses per second squared"),
                     integer("new_decel", "pulses per second squared")},
@@ -265,14 +255,14 @@ void defineMoves(Feature& controller) {
                    Calls<setSearchMode>{})
         .operation("_Motion_setAutoHome2",
                    {connector, axis, integer("reset_position_enable", "1 sets the counters to 0 at the end")},
-                   "Sets the second mode word of the reference search.", writeStatus, {}, Calls<setSearchEnd>{})
+                   "Sets the second mode word of the reference search.", commandStatus, {}, Calls<setSearchEnd>{})
         .operation("_Motion_writeHomeSpeed",
                    {connector, axis, percent, integer("search_velocity", "pulses per second")},
-                   "Sets the speed near the reference, at least 1.", writeStatus, {}, Calls<writeHomeSpeed>{})
+                   "Sets the speed near the reference, at least 1.", commandStatus, {}, Calls<writeHomeSpeed>{})
         .operation("_Motion_writeOffsetPosition", {connector, axis, offset, initial},
-                   "Sets the distance to go at the end, backwards for direction 0.", writeStatus, {},
+                   "Sets the distance to go at the end, backwards for direction 0.", commandStatus, {},
                    Calls<writeOffset>{})
-        .operation("Motion_findRef", {port, axis}, "Starts the configured reference search.", writeStatus, entering(),
+        .operation("Motion_findRef", {port, axis}, "Starts the configured reference search.", commandStatus, entering(),
                    Calls<search>{});
 }
 

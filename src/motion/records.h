@@ -19,6 +19,19 @@ inline void setSetting(py::handle axisRecord, const char* key, py::handle value)
 /// The host-side state of a four-axis controller.
 void constructMotionState(py::handle self);
 
+inline void setFields(py::handle record, std::initializer_list<std::pair<const char*, Object>> fields) {
+    for (const auto& [name, value] : fields) setAttribute(record, name, value);
+}
+
+inline bool isZero(const Object& value) { return value.equal(py::int_(0)); }
+inline bool isOne(const Object& value) { return value.equal(py::int_(1)); }
+
+// Parameters that recur.
+inline Parameter integer(const char* name, const char* doc) { return {name, "int", doc}; }
+inline Parameter onOff(const char* name) { return integer(name, "1 on, 0 off"); }
+inline Parameter level(const char* name) { return integer(name, "1 active high, 0 active low"); }
+inline Parameter inverse(const char* name) { return integer(name, "1 inverse, 0 not"); }
+
 /// Opening, saving and loading of settings, for a controller of four axes and for a drive of one.
 void defineControllerFiles(Feature& controller);
 void defineDriveFiles(Feature& drive);
