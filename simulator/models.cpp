@@ -138,7 +138,7 @@ std::span<const Model> models() {
             {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput, addSlotMotion},
             slotInputs(), heldOutputs({0, 1, 3})},
         {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, true, {inputs(1, pins(0, 2)), outputs(2, pins(0, 0))}, {},
-            {addSystem, addNetwork, addSntp, addDio}},
+            {addSystem, addNetwork, addSntp, addDio, addStepper}},
         {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addMotion}},
         {"Drone",       "Drone",        serial,   1900, 8, false, {}, {}, {addDroneIdentity}},
     };

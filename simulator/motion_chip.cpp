@@ -248,6 +248,9 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
 void MotionChip::findSyncs(std::size_t axis, Event& first) {
     const Axis& state = axes_[axis];
     if (!state.drive) return;
+    // Between pulses, since a pulse is counted a little early.
+    const double here =
+        static_cast<double>(state.drive->origins[axis]) + state.drive->path.at(axis, gone(*state.drive));
     const auto waitsFor = [&](std::size_t sync, int cause) {
         return (state.syncs >> sync & 1) != 0 && (state.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
     };
@@ -263,7 +266,7 @@ void MotionChip::findSyncs(std::size_t axis, Event& first) {
                 condition = condition == Crossing::up ? Crossing::down : Crossing::up;
             }
             const auto at = static_cast<double>(sign * (state.signedValue(multiPurpose0 + sync) - base));
-            const auto here = static_cast<double>(position(axis));
+
             if ((condition == Crossing::up && here >= at) || (condition == Crossing::down && here <= at)) continue;
             first.offer(crossing(axis, at, condition), [this, axis, sync] {
                 axes_[axis].events |= static_cast<std::uint16_t>(1 << sync);
@@ -274,7 +277,7 @@ void MotionChip::findSyncs(std::size_t axis, Event& first) {
             if (!waitsFor(sync, cause)) continue;
             // High in the first half of each revolution.
             const Track& track = tracks_[axis];
-            const auto here = static_cast<double>(position(axis));
+
             const double half = track.revolution / 2;
             const double shiftUp = cause == rises ? 0 : half, shiftDown = half - shiftUp;
             for (const auto& [direction, way, shift] :
