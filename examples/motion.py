@@ -19,6 +19,7 @@ import pyzvr
 from _simulated import device
 
 AXES = range(4)
+RUNNING = 1  # state of a drive that moves
 SWITCHES = ("--axis", "*:-3000")  # the simulated home switches are not far
 Sample = tuple[float, list[int]]
 Mover = pyzvr.Ratchet | pyzvr.Lattice
@@ -66,15 +67,48 @@ async def run(mover: Mover, port: int) -> dict[str, list[Sample]]:
     return paths
 
 
+async def follow(pawl: pyzvr.Pawl, seconds: float = 60) -> list[Sample]:
+    """Positions of motor and encoder until the drive is done; it is stopped after so many seconds."""
+    samples: list[Sample] = []
+    begin = time.perf_counter()
+    stopped = False
+    while (await pawl.Motion_getProcessState_async(0))[0] == RUNNING:
+        encoder, motor = await pawl.Motion_readEncoderPosition_async(0)
+        samples.append((time.perf_counter() - begin, [signed(motor), signed(encoder)]))
+        if samples[-1][0] > seconds and not stopped:
+            stopped = await pawl.Motion_stopProcess_async(0) == 0
+        await asyncio.sleep(0.01)
+    return samples
+
+
+def signed(position: int) -> int:
+    return position - (1 << 32) if position >> 31 else position
+
+
+async def run_drive(pawl: pyzvr.Pawl) -> dict[str, list[Sample]]:
+    paths = {}
+    assert await pawl.Motion_cfgLimit_async(0, 1, 1, 1) == await pawl.Motion_enableServoOn_async(0) == 0
+    assert await pawl.Motion_startFindHome_async(0, 20000, 4000, 200000, 1, 1, 0, "true") == 0
+    paths["home"] = await follow(pawl)
+    assert await pawl.Motion_startVelocticyMove_async(0, 8000, 0, 40000, 40000) == 0
+    paths["velocity"] = await follow(pawl, 0.5)
+    assert await pawl.Motion_startPositionMove_async(0, -2000, 15000, 60000, 60000, 0) == 0
+    paths["position"] = await follow(pawl)
+    assert await pawl.Motion_startScanMove_async(0, 1000, -1000, 20000, 100000) == 0
+    paths["scan"] = await follow(pawl, 1)
+    assert await pawl.Motion_enableServoOff_async(0) == 0
+    return paths
+
+
 def tell(paths: dict[str, list[Sample]]) -> None:
     for name, samples in paths.items():
-        print(f"{name:>8}{'seconds':>10}" + "".join(f"{f'axis {axis}':>9}" for axis in AXES))
+        print(f"{name:>8}{'seconds':>10}" + "".join(f"{f'axis {axis}':>9}" for axis in range(len(samples[0][1]))))
         for seconds, positions in samples[:: len(samples) // 6 + 1] + samples[-1:]:
             print(f"{seconds:18.3f}" + "".join(f"{position:9}" for position in positions))
 
 
 def draw(paths: dict[str, list[Sample]], path: Path) -> None:
-    """A picture of axes 0 to 2, or tables where matplotlib is not installed."""
+    """A picture of axes 0 to 2, or of one axis over time; tables where matplotlib is not installed."""
     try:
         matplotlib: Any = importlib.import_module("matplotlib")
         matplotlib.use("Agg")
@@ -83,39 +117,50 @@ def draw(paths: dict[str, list[Sample]], path: Path) -> None:
         tell(paths)
         return
     picture = pyplot.figure()
-    room = picture.add_subplot(projection="3d")
-    for name, samples in paths.items():
-        room.plot(*zip(*(positions[:3] for _, positions in samples)), label=name)
-    room.set(xlabel="axis 0", ylabel="axis 1", zlabel="axis 2")
+    if len(next(iter(paths.values()))[0][1]) == len(AXES):
+        room = picture.add_subplot(projection="3d")
+        for name, samples in paths.items():
+            room.plot(*zip(*(positions[:3] for _, positions in samples)), label=name)
+        room.set(xlabel="axis 0", ylabel="axis 1", zlabel="axis 2")
+    else:
+        room = picture.add_subplot(xlabel="seconds", ylabel="motor")
+        for name, samples in paths.items():
+            room.plot(*zip(*((seconds, positions[0]) for seconds, positions in samples)), label=name)
     room.legend()
     picture.savefig(path)
     print("Drawn to", path)
 
 
-def report(mover: Mover, port: int) -> None:
-    paths = asyncio.run(run(mover, port))
+def report(handle: Mover | pyzvr.Pawl, paths: dict[str, list[Sample]]) -> None:
     for name, samples in paths.items():
         print(f"{name:>8}: {samples[-1][0]:.2f} s, ends at", samples[-1][1])
-    draw(paths, Path(tempfile.gettempdir()) / f"pyzvr-motion-{type(mover).__name__}.png")
+    draw(paths, Path(tempfile.gettempdir()) / f"pyzvr-motion-{type(handle).__name__}.png")
 
 
 def controller() -> None:
     with device("Ratchet", *SWITCHES) as place, pyzvr.Ratchet() as ratchet:
         ratchet.connect(*place)
-        report(ratchet, 0)
+        report(ratchet, asyncio.run(run(ratchet, 0)))
 
 
 def chassis() -> None:
     with device("Lattice", *SWITCHES) as place, pyzvr.Lattice() as lattice:
         lattice.connect(*place)
         assert lattice.Sys_setMotionMode(1) == 0
-        report(lattice, 1)
+        report(lattice, asyncio.run(run(lattice, 1)))
+
+
+def drive() -> None:
+    with device("Pawl", *SWITCHES) as place, pyzvr.Pawl() as pawl:
+        pawl.connect(*place)
+        report(pawl, asyncio.run(run_drive(pawl)))
 
 
 def main() -> None:
     controller()
     if len(sys.argv) == 1:
         chassis()
+        drive()
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 """The examples, run as a user runs them."""
 
+import re
 import subprocess
 import sys
 from pathlib import Path
@@ -29,3 +30,5 @@ def test_examples_run(example):
     assert "Closed handle (" in done.stdout
     if example.name == "discover.py":
         assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout
+    if example.name == "motion.py":
+        assert len(re.findall(r"home: .* \[0, 0, 0, 0]\n +line: .* \[4000, 3000, 2000, 1000]", done.stdout)) == 2

@@ -14,7 +14,7 @@ import threading
 from pathlib import Path
 
 import pytest
-from conftest import Double, awaited
+from conftest import Double, awaited, connected
 from peer import Peer
 
 import pyzvr
@@ -603,6 +603,23 @@ def test_the_drive_keeps_one_axis(pawl, call, ini):
     assert call(pawl, "Motion_loadCfgFile") == 0
     assert (pawl.axis.motion_dict["Reverse Enable"], pawl.axis.motion_dict["Inverse Motion Direction"]) == (0, 1)
     assert sent_by(pawl) == [("3A", 0), "00", ("00", 16), "34", ("34", 16), "34", ("34", 1)]
+
+
+def test_a_simulated_axis_takes_its_settings_and_moves(ini):
+    async def move(ratchet):
+        assert await ratchet.Motion_open_async(0) == await ratchet.Motion_openCfgFile_async(str(ini)) == 0
+        assert await ratchet.Motion_saveCfgFile_async() == await ratchet.Motion_loadCfgFile_async() == 0
+        assert await ratchet.Motion_cfgAxisMove_async(0, 2, 1, -300, 20000, 400000, 200000) == 0
+        words = await ratchet._Motion_getWR2_async(0, 2), await ratchet._Motion_getWR3_async(0, 2)
+        assert await ratchet.Motion_startSingleAxisMove_async(0, 2) == 0
+        while not await ratchet.Motion_getMoveStatus_async(0, 2):
+            pass
+        return words, [await ratchet.Motion_getLogicalPosi_async(0, axis) for axis in range(4)]
+
+    with connected("Ratchet") as ratchet:
+        assert asyncio.run(move(ratchet)) == ((0b1110000010000, 0b11010), [0, 0, -300, 0])
+        with pytest.raises(pyzvr.MotionPortNotAvaliable):
+            ratchet.Motion_open(1)
 
 
 # The stepper drive
