@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import asyncio
+import contextlib
 import functools
+import io
 import statistics
 import time
 from collections.abc import Callable
@@ -58,12 +60,7 @@ class Call:
             self.loop.close()
 
 
-def contenders() -> list[Callable[[tuple[str, int]], Call]]:
-    return [functools.partial(Call, name, operation, arguments, awaited)
-            for awaited in (False, True) for name, _, operation, arguments in CALLS]
-
-
-def report(times: dict[str, list[int]]) -> list[tuple[str, float, float]]:
+def compare(times: dict[str, list[int]]) -> list[tuple[str, float, float]]:
     """Prints medians in units of one bare exchange of the same form; gives what is to be reached."""
     goals = []
     print(f"\nMotion\n{'':26}{'median us':>12}{'of exchange':>13}{'exchanges':>11}")
@@ -74,7 +71,6 @@ def report(times: dict[str, list[int]]) -> list[tuple[str, float, float]]:
             print(f"{name + ending:26}{cost / 1000:12.1f}{cost / unit:13.2f}{exchanges:11}")
             if name != BARE:
                 goals.append((f"{name}{ending} / its exchanges", cost / unit / exchanges, 1.15))
-    print()
     return goals
 
 
@@ -93,11 +89,22 @@ async def four_axes(mover: pyzvr.Ratchet, rounds: int) -> int:
     return wrong
 
 
-def together(address: tuple[str, int], rounds: int = 200) -> list[tuple[str, float, float]]:
-    with pyzvr.Ratchet() as mover:
-        mover.connect(*address, verbose=False)
+def together(address: tuple[str, int], rounds: int = 200) -> tuple[str, float, float]:
+    with contextlib.redirect_stdout(io.StringIO()), pyzvr.Ratchet() as mover:
+        mover.connect(*address)
         begin = time.perf_counter()
         wrong = asyncio.run(four_axes(mover, rounds))
         rate = 4 * rounds / (time.perf_counter() - begin)
     print(f"four axes from one loop: {4 * rounds - wrong} of {4 * rounds} right, {rate:.0f} a second\n")
-    return [("axes with replies of others", wrong, 0)]
+    return "axes with replies of others", wrong, 0
+
+
+def report(
+    simulator: Callable[[], Any], measure: Callable[..., dict[str, list[int]]], rounds: int
+) -> list[tuple[str, float, float]]:
+    kinds = [functools.partial(Call, name, operation, arguments, awaited)
+             for awaited in (False, True) for name, _, operation, arguments in CALLS]
+    with simulator() as device:
+        with contextlib.redirect_stdout(io.StringIO()):
+            times = measure(kinds, device.address, rounds, 50)
+        return [*compare(times), together(device.address)]

@@ -11,6 +11,7 @@ from __future__ import annotations
 import argparse
 import asyncio
 import contextlib
+import functools
 import io
 import json
 import os
@@ -22,9 +23,7 @@ import sys
 import threading
 import time
 import warnings
-from collections.abc import Callable
 from pathlib import Path
-from typing import Any
 
 import many
 import motion
@@ -161,7 +160,7 @@ class Awaited(Blocking):
         self.loop.close()
 
 
-def measure(kinds: list[Callable[[tuple[str, int]], Any]], address: tuple[str, int], rounds: int, count: int) -> dict[str, list[int]]:
+def measure(kinds: list[type], address: tuple[str, int], rounds: int, count: int) -> dict[str, list[int]]:
     contenders = [kind(address) for kind in kinds]
     times: dict[str, list[int]] = {contender.name: [] for contender in contenders}
     for contender in contenders:
@@ -227,13 +226,8 @@ def many_devices() -> None:
 
 def motion_calls(rounds: int) -> None:
     os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-    with contextlib.redirect_stdout(io.StringIO()), Simulator(model="Ratchet") as simulator:
-        times = measure(motion.contenders(), simulator.address, rounds, 50)
-    goals = motion.report(times)
-    with Simulator(model="Ratchet") as simulator:
-        goals += motion.together(simulator.address)
-    for text, value, limit in goals:
-        goal(text, value, limit)
+    for each in motion.report(functools.partial(Simulator, model="Ratchet"), measure, rounds):
+        goal(*each)
 
 
 def usb() -> None:
@@ -276,9 +270,10 @@ def main() -> None:
         round_trips(arguments.rounds, arguments.count, arguments.part == "pinned")
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
+    elif arguments.part == "motion":
+        motion_calls(arguments.rounds)
     elif arguments.part:
-        {"many": many_devices, "motion": lambda: motion_calls(arguments.rounds), "usb": usb,
-         "splitter": splitter}[arguments.part]()
+        {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:
         # Each part in a process of its own: pinning is for good.
         for part in PARTS:

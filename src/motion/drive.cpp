@@ -333,16 +333,14 @@ void defineDriveMoves(Feature& drive) {
                     approaching = integer("approaching_speed", "pulses per second near the reference, 0 to 4294967295"),
                     offset = integer("offset", "distance to go at the end, in pulses"),
                     reset{"reset_position", "str", "\"true\" sets the position to 0 at the end"};
+    const auto numbered = [](const char* name) {
+        return integer(name, "in the firmware's numbering; its low byte is sent");
+    };
     const auto position = [](const char* name) { return integer(name, "pulses, -2147483648 to 2147483647"); };
     const Check portCheck = calls("_checkTMC5240Port", {"port"});
-    const Parameters searchArguments{port,
-                                     searching,
-                                     approaching,
-                                     acceleration,
-                                     integer("search_direction", "in the firmware's numbering; its low byte is sent"),
-                                     integer("approach_direction", "in the firmware's numbering; its low byte is sent"),
-                                     offset,
-                                     reset};
+    const Parameters searchArguments{
+        port,   searching, approaching, acceleration, numbered("search_direction"), numbered("approach_direction"),
+        offset, reset};
     const std::vector<Field> searchFields{
         u8("port"),          u32("searching_speed"),      u32("approaching_speed"),
         u32("acceleration"), lowByte("search_direction"), lowByte("approach_direction"),
@@ -362,22 +360,21 @@ void defineDriveMoves(Feature& drive) {
                        {"list[int]", "forward limit, reverse limit and home, 0 or 1", "the device"}};
     // clang-format off
     drive.rows({
-        {"Motion_startVelocticyMove", {port, speed, integer("dir", "way, in the firmware's numbering; its low byte is sent"),
-                                       acceleration, deceleration},
+        {"Motion_startVelocticyMove", {port, speed, numbered("dir"), acceleration, deceleration},
             {portCheck, isInt("speed"), isInt("acceleration"), isInt("deceleration")}, MOTION_START_V_MOVE,
             {u8("port"), u32("speed"), u32("acceleration"), u32("deceleration"), lowByte("dir")}, status(1),
             "Starts a move at a speed."},
         {"Motion_startPositionMove", {port, position("position"), speed, acceleration, deceleration,
                                       integer("mode", "in the firmware's numbering, 0 to 255")},
             {portCheck, isInt("speed"), isInt("acceleration"), isInt("deceleration")}, MOTION_START_P_MOVE,
-            {u8("port"), i32("position"), u32("speed"), u32("acceleration"), u32("deceleration"), u8("mode")}, status(1),
-            "Starts a move to a position."},
+            {u8("port"), i32("position"), u32("speed"), u32("acceleration"), u32("deceleration"), u8("mode")},
+            status(1), "Starts a move to a position."},
         {"Motion_startScanMove", {port, position("position_0"), position("position_1"), speed, acceleration},
             {portCheck, isInt("speed"), isInt("acceleration")}, MOTION_START_SCAN_MOVE,
             {u8("port"), i32("position_0"), i32("position_1"), u32("speed"), u32("acceleration")}, status(1),
             "Starts a move to and fro between two positions."},
-        {"Motion_startFindLimit", {port, integer("mode", "in the firmware's numbering; its low byte is sent"), searching,
-                                   approaching, acceleration, offset, reset}, {portCheck}, MOTION_START_FIND_END,
+        {"Motion_startFindLimit", {port, numbered("mode"), searching, approaching, acceleration, offset, reset},
+            {portCheck}, MOTION_START_FIND_END,
             {u8("port"), lowByte("mode"), u32("searching_speed"), u32("approaching_speed"), u32("acceleration"),
              i32("offset"), isTrueText("reset_position")}, status(1), "Starts the search of a limit."},
         {"Motion_startFindHome", searchArguments, {portCheck}, MOTION_START_FIND_HOME, searchFields, status(1),
@@ -386,11 +383,12 @@ void defineDriveMoves(Feature& drive) {
             "Starts the search of the encoder's index."},
         {"Motion_getProcessState", {port}, {portCheck}, MOTION_GET_PROC_STATE, {u8("port")}, state,
             "Reads the state of the move or search."},
-        {"Motion_stopProcess", {port}, {portCheck}, MOTION_STOP_PROC, {u8("port")}, status(1), "Stops the move or search."},
+        {"Motion_stopProcess", {port}, {portCheck}, MOTION_STOP_PROC, {u8("port")}, status(1),
+            "Stops the move or search."},
         {"Motion_resetFactory", {port}, {portCheck}, MOTION_RESET_FACTORY, {u8("port")}, status(1),
             "Sets the drive's parameters to the factory's."},
-        {"Motion_getLimitStatus", {port}, {portCheck}, READ_AND_GET_DI, {constant(1), constant(0), constant(lines)}, inputs,
-            "Reads limits and home, from digital port 1."},
+        {"Motion_getLimitStatus", {port}, {portCheck}, READ_AND_GET_DI,
+            {constant(1), constant(0), constant(lines)}, inputs, "Reads limits and home, from digital port 1."},
     });
     // clang-format on
 }

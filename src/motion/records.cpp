@@ -106,7 +106,8 @@ const std::vector<Record>& records() {
             {"finish_point_x", 2, "pulses"}, {"finish_point_y", 3, "pulses"},
             {"center_point_x", 0, "pulses"}, {"center_point_y", 0, "pulses"},
             {"speed", 1000, "pulses per second"}, {"acceleration", 10000, "pulses per second squared"},
-            {"deceleration", 10000, "pulses per second squared"}, {"direction", 0, "0 clockwise, 1 counter-clockwise"}}},
+            {"deceleration", 10000, "pulses per second squared"},
+            {"direction", 0, "0 clockwise, 1 counter-clockwise"}}},
         {"MotionHelicalInterpolation", "What the host remembers of the last helical interpolation.", 0, {
             {"finish_point_axis1", 0, "pulses"}, {"finish_point_axis2", 0, "pulses"},
             {"center_point_axis1", 0, "pulses"}, {"center_point_axis2", 0, "pulses"},

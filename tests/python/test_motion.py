@@ -145,8 +145,10 @@ CONFIGURATION = [
     ("Motion_cfgCapture", (1, 1, 1), {}, "29 2 107", 0, {"capture_type": 1, "capture_mode": 1}, {}),
     ("Motion_cfgCapture", (1, 0, 0), {}, "29 2 90", 0, {"capture_type": 0, "capture_mode": 0}, {}),
     ("Motion_cfgCapture", (1, 1, 0), {}, "29 2 91", 0, {"capture_type": 1, "capture_mode": 0}, {}),
-    ("Motion_enableCapture", (1, 1), {}, "88 2 0", 0, {}, {}), ("Motion_enableCapture", (1, 0), {}, "98 2 0", 0, {}, {}),
-    ("Motion_enableBreakPoint", (1, 1), {}, "81 2 0", 0, {}, {}), ("Motion_enableBreakPoint", (1, 0), {}, "91 2 0", 0, {}, {}),
+    ("Motion_enableCapture", (1, 1), {}, "88 2 0", 0, {}, {}),
+    ("Motion_enableCapture", (1, 0), {}, "98 2 0", 0, {}, {}),
+    ("Motion_enableBreakPoint", (1, 1), {}, "81 2 0", 0, {}, {}),
+    ("Motion_enableBreakPoint", (1, 0), {}, "91 2 0", 0, {}, {}),
     ("Motion_cfgBreakPoint", (1, 0, 0, 100, 2, 3, 4), {"42": 0, "40": 15},
      "17 2 131075, 16 2 4, 42 2 0, 22 2 3072, 40 2 0, 20 2 8, 10 2 100, 26 2 369", 0,
      {"breakpoint_mode": 0, "breakpoint_polarity": 0, "breakpoint_start_position": 100, "breakpoint_pulse_width": 2,
@@ -180,9 +182,9 @@ CONFIGURATION = [
      {"Offset Position": 30, "Approach Velocity Percent": 25, "Initial Search Direction": 0,
       "Final Approach Direction": 0, "Enable Reset Position": 1}),
     ("Motion_cfgFindRef", (1, 1, 1, 10, 4, 0.0), {},
-     OUTPUT.format(2) + ", 06 2 0, 05 2 10, 04 2 347, 02 2 4, 03 2 4, 23 2 12, 3E 2 0, E2 2 4096, 24 2 0, 14 2 1, 06 2 0",
-     0, {"search_type": 1, "search_velocity": 10, "search_accerleration": 4, "velocity": 10, "acceleration": 4,
-         "deceleration": 4, "stop": 1}, {"Offset Position": 0, "Approach Velocity Percent": 0.0}),
+     OUTPUT.format(2) + ", 06 2 0, 05 2 10, 04 2 347, 02 2 4, 03 2 4, 23 2 12, 3E 2 0, E2 2 4096, 24 2 0, 14 2 1, "
+     "06 2 0", 0, {"search_type": 1, "search_velocity": 10, "search_accerleration": 4, "velocity": 10,
+                   "acceleration": 4, "deceleration": 4, "stop": 1}, {"Offset Position": 0, "Approach Velocity Percent": 0.0}),
     ("_Motion_setAutoHome1", (1, 0, 1, 1, 5, 0), {}, "23 2 55, 3E 2 0, E2 2 4096", 0, {"stop": 1},
      {"Offset Position": 0, "Approach Velocity Percent": 5}),
     ("_Motion_setAutoHome1", (1, 2, 1, 0, 0, -1), {}, "23 2 32875, 3E 2 0, E2 2 4096", 0, {"stop": 1},
@@ -280,8 +282,8 @@ INTERPOLATIONS = [
      "linear", {"main_axis": 1, "main_dest": -3, "second_axis": 2, "second_dest": -2, "third_axis": 3, "third_dest": -1,
                 "speed": 10000, "acceleration": 100000, "deceleration": 100000, "mode": 3}),
     ("Motion_cfg4AxisLinearInterpo", (0, 1, 3, 2, 1, 3, 2, 4, 5, 4, 4),
-     outputs(1, 2, 4, 8) + ", 2A 0 15, 04 1 2, 05 1 5, 02 1 4, 03 1 4, 06 1 1, 06 2 3, 06 4 4, 06 8 2, 6D 0 0", "linear",
-     {"main_axis": 0, "main_dest": 1, "second_axis": 1, "second_dest": 3, "third_axis": 2, "third_dest": 4,
+     outputs(1, 2, 4, 8) + ", 2A 0 15, 04 1 2, 05 1 5, 02 1 4, 03 1 4, 06 1 1, 06 2 3, 06 4 4, 06 8 2, 6D 0 0",
+     "linear", {"main_axis": 0, "main_dest": 1, "second_axis": 1, "second_dest": 3, "third_axis": 2, "third_dest": 4,
       "fourth_axis": 3, "fourth_dest": 2, "speed": 5, "acceleration": 4, "deceleration": 4, "mode": 4}),
     ("Motion_cfgCircularInterpo", (2, 0, 10.9, -20, 0, 40, 1, 500, 6, 7),
      outputs(4, 1) + ", 2A 0 85, 04 1 500, 05 1 500, 02 1 6, 03 1 7, 08 4 10, 06 4 0, 08 1 -20, 06 1 40", "circular",
@@ -349,18 +351,22 @@ REFUSALS = [
     ("Motion_cfgHome", (0, 0, 1, 1), [(-1, pyzvr.MotionPortNotAvaliable), (0.0, WRONG), (2, pyzvr.MotionEnableError),
                                       (2, pyzvr.MotionPolarityError)]),
     ("Motion_cfgAxis", (0, 0, 0, 0, 0, 0), [
-        None, None, (2, pyzvr.MotionStepperOutputError), (2, pyzvr.MotionDirectionError), (-1, pyzvr.MotionDirectionError),
+        None, None, (2, pyzvr.MotionStepperOutputError), (2, pyzvr.MotionDirectionError),
+        (-1, pyzvr.MotionDirectionError),
         ("1", WRONG)]),
     ("Motion_cfgLimit", (0, 0, 1, 1, 1), [None, None, (2, pyzvr.MotionEnableError), (None, WRONG),
                                           (2, pyzvr.MotionPolarityError)]),
-    ("Motion_cfgJerkAndAccelMode", (0, 0, 1, 0), [None, ("0", WRONG), (1.5, WRONG), (3, pyzvr.MotionAccelerationModeError)]),
+    ("Motion_cfgJerkAndAccelMode", (0, 0, 1, 0), [
+        None, ("0", WRONG), (1.5, WRONG), (3, pyzvr.MotionAccelerationModeError)]),
     ("Motion_rstEncoderPosi", (0, 0, 0), [None, None, (0.5, WRONG)]),
     ("Motion_enableServoOn", (0, 0), [(7, pyzvr.MotionPortNotAvaliable), (None, WRONG)]),
     ("_Motion_enableServoOn", (0, 0, 1), [None, None, (2, pyzvr.MotionEnableError)]),
-    ("Motion_cfgCapture", (0, 0, 0, 0), [None, None, (2, pyzvr.MotionCaptureTypeError), (2, pyzvr.MotionCaptureModeError)]),
+    ("Motion_cfgCapture", (0, 0, 0, 0), [
+        None, None, (2, pyzvr.MotionCaptureTypeError), (2, pyzvr.MotionCaptureModeError)]),
     ("Motion_cfgBreakPoint", (0, 0, 0, 0, 0, 0, 0, 0), [
         None, None, (2, pyzvr.MotionBreakPointModeError), (2, pyzvr.MotionPolarityError)] + [(0.0, WRONG)] * 4),
-    ("Motion_cfgAxisMove", (0, 0, 0, 0, 0, 0, 0), [None, None, (3, pyzvr.MotionOperationModeError)] + [(0.0, WRONG)] * 4),
+    ("Motion_cfgAxisMove", (0, 0, 0, 0, 0, 0, 0), [
+        None, None, (3, pyzvr.MotionOperationModeError)] + [(0.0, WRONG)] * 4),
     ("Motion_stop", (0, 0, 0), [None, None, (2, pyzvr.MotionStopModeError)]),
     ("Motion_cfg2AxisLinearInterpo", (0, 0, 1, 1, 1), [None, ("", WRONG), (0.0, WRONG), ("", WRONG), (0.0, WRONG)]),
     ("Motion_cfgCircularInterpo", (0, 0, 1, 0, 0, 0, 0, 0, 0), [
@@ -386,7 +392,7 @@ def test_bad_arguments_fail_by_name_before_anything_is_sent(ratchet, call, opera
 
 
 def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
-    assert ratchet._checkMCX514Axis(4) is pyzvr.MotionAxisError and ratchet._checkMCX514Axis(-1, True) is pyzvr.MotionAxisError
+    assert ratchet._checkMCX514Axis(4) is ratchet._checkMCX514Axis(-1, True) is pyzvr.MotionAxisError
     assert ratchet._checkMCX514Axis(3) is True and ratchet._checkMCX514Axis(9, False) is True
     assert call(ratchet, "Motion_stop", 0, 7, 1) == 0 and frames_of(ratchet) == "57 128 0"
     assert ratchet.axis_4.stop_decl == 1 and ratchet._getAxisHandle(7) is ratchet.axis_4
@@ -439,8 +445,8 @@ def test_four_axes_from_one_loop_over_a_socket_that_answers_out_of_order():
 
     async def axis(ratchet, number):
         configured = await ratchet.Motion_cfgAxisMove_async(0, number, 1, 100 * number, 1000, 5000, 5000)
-        positions = [await ratchet.Motion_getLogicalPosi_async(0, number), await ratchet.Motion_getEncoderPosi_async(0, number)]
-        return configured, positions
+        logical = await ratchet.Motion_getLogicalPosi_async(0, number)
+        return configured, [logical, await ratchet.Motion_getEncoderPosi_async(0, number)]
 
     async def all_axes(ratchet):
         return await asyncio.gather(*(axis(ratchet, number) for number in range(4)))
@@ -516,8 +522,10 @@ def test_a_file_edited_by_hand(ratchet, call, ini):
     for old, new, failure in [
             ("offset position = 2000", "offset position = 2000.5", ValueError),
             ("home enable = FALSE", "home enable = false", KeyError),
-            ("home enable = FALSE\n", "", configparser.NoOptionError), ("[Axis_3]", "[Axis_5]", configparser.NoSectionError),
-            ("[Axis_1]", "", configparser.MissingSectionHeaderError), ("[Axis_1]", "[Axis_1]\n???", configparser.ParsingError)]:
+            ("home enable = FALSE\n", "", configparser.NoOptionError),
+            ("[Axis_3]", "[Axis_5]", configparser.NoSectionError),
+            ("[Axis_1]", "", configparser.MissingSectionHeaderError),
+            ("[Axis_1]", "[Axis_1]\n???", configparser.ParsingError)]:
         ratchet.axis_1.motion_dict.update({"Stepper Output": 1, "Forward Enable": 0})
         with pytest.raises(failure):
             load(old, new)
@@ -636,8 +644,8 @@ def sent_by(pawl):
     """Registers that were read, and pairs of those that were written."""
     sent, pawl.client_cmd.sent = pawl.client_cmd.sent, []
     assert all(data[0] == 0 and (command == pyzvr.MOTION_READ_REG or data[2] == 0) for command, data in sent)
-    return [f"{data[1]:02X}" if command == pyzvr.MOTION_READ_REG else (f"{data[1]:02X}", int.from_bytes(data[3:], "big"))
-            for command, data in sent]
+    names = [(f"{data[1]:02X}", int.from_bytes(data[3:], "big")) for _, data in sent]
+    return [name if command == pyzvr.MOTION_WRITE_REG else name[0] for (command, _), name in zip(sent, names)]
 
 
 I32, U32 = pyzvr.convertI32To4U8, pyzvr.convertU32To4U8
@@ -675,7 +683,8 @@ def test_drive(pawl, call, operation, arguments, command, sent, reply, result):
 
 
 REGISTERS = [
-    ("_Motion_setGlobalConfig", (7,), {}, [("00", 7)], 9), ("_Motion_getGlobalConfig", (), {0: 258}, ["00"], b"\0\0\1\2"),
+    ("_Motion_setGlobalConfig", (7,), {}, [("00", 7)], 9),
+    ("_Motion_getGlobalConfig", (), {0: 258}, ["00"], b"\0\0\1\2"),
     ("_Motion_setGlobalStatus", (7,), {}, [("01", 7)], 9), ("_Motion_getGlobalStatus", (), {1: 3}, ["01"], b"\0\0\0\3"),
     ("_Motion_setRampMode", (3,), {}, [("20", 3)], 9), ("_Motion_resetPosition", (5,), {}, [("21", 5)], 9),
     ("_Motion_readCurrentPosition", (), {33: 1}, ["21"], b"\0\0\0\1"),
@@ -732,8 +741,10 @@ def test_what_fails_on_the_drive(pawl, call):
     for operation, arguments, failure in [
             ("Motion_open", (1,), pyzvr.PAWLPortNotAvaliable), ("Motion_resetFactory", ("0",), WRONG),
             ("_Motion_getServeoOnStatus", (2,), pyzvr.PAWLPortNotAvaliable),
-            ("Motion_startVelocticyMove", (0, 1.0, 0, 1, 1), WRONG), ("Motion_startVelocticyMove", (0, -1, 0, 1, 1), OverflowError),
-            ("Motion_startPositionMove", (0, 1, 1, 1, "1", 0), WRONG), ("Motion_startPositionMove", (0, 1, 1, 1, 1, 256), ValueError),
+            ("Motion_startVelocticyMove", (0, 1.0, 0, 1, 1), WRONG),
+            ("Motion_startVelocticyMove", (0, -1, 0, 1, 1), OverflowError),
+            ("Motion_startPositionMove", (0, 1, 1, 1, "1", 0), WRONG),
+            ("Motion_startPositionMove", (0, 1, 1, 1, 1, 256), ValueError),
             ("Motion_startScanMove", (0, 0, 0, 1, 1.0), WRONG), ("_Motion_write", (0, 0, -1), OverflowError)]:
         with pytest.raises(failure):
             call(pawl, operation, *arguments)
@@ -750,7 +761,7 @@ def test_records_are_plain_objects():
     assert (axis.acceleration, axis.deceleration, axis.jerk) == (100000, 5, 1)
     axis.velocity = 10**12
     assert "velocity=1000000000000, " in repr(axis) and pyzvr.MotionAxis().motion_dict is not axis.motion_dict
-    assert repr(pyzvr.MotionCircularInterpolation()).startswith("MotionCircularInterpolation(main_axis=0, second_axis=1, ")
+    assert repr(pyzvr.MotionCircularInterpolation()).startswith("MotionCircularInterpolation(main_axis=0, second_")
     texts = pyzvr.MotionInifile()
     assert set(axis.motion_dict) - set(texts.ini_out_dict) == {"Approach Velocity Percent", "Offset Position"}
     assert all(texts.ini_in_dict[key][text] == number
