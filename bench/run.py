@@ -27,6 +27,7 @@ from collections.abc import Callable
 
 import buses
 import many
+import motion
 import streams
 from devices import BIN, Simulator
 
@@ -34,7 +35,7 @@ import pyzvr
 
 REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
 REPLY_LENGTH = 14
-PARTS = ["pinned", "unpinned", "computing", "many", "streams", "buses", "usb", "splitter"]
+PARTS = ["pinned", "unpinned", "computing", "many", "streams", "buses", "motion", "usb", "splitter"]
 now = time.perf_counter_ns
 
 
@@ -263,6 +264,9 @@ def main() -> None:
         quietly(streams.report, functools.partial(Simulator, model="TarnAnalog"), arguments.rounds // 4)
     elif arguments.part == "buses":
         quietly(buses.report, arguments.rounds // 10)
+    elif arguments.part == "motion":
+        os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
+        quietly(motion.report, functools.partial(Simulator, model="Ratchet"), measure, arguments.rounds)
     elif arguments.part:
         {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:

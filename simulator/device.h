@@ -15,6 +15,7 @@
 #include "models.h"
 #include "oscillator.h"
 #include "peers.h"
+#include "track.h"
 #include "waveform.h"
 
 namespace zvr::sim {
@@ -38,6 +39,7 @@ enum class Status : std::uint8_t {
     analogInput = 52,
     analogOutput = 53,
     motion = 54,
+    drive = 55,
     thermal = 56,
     can = 57,
     tcp = 71,
@@ -135,6 +137,9 @@ public:
 
     /// What is at the analog inputs.
     Signals signals;
+
+    /// What is along the axes.
+    Tracks tracks;
 
     /// The output that leads to an analog input; nothing if there is none that drives it.
     std::function<const Voltage*(int port, std::size_t channel)> wiredOutput = [](int, std::size_t) {

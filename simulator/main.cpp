@@ -65,6 +65,7 @@ int serve(const zvr::sim::Options& options) {
     zvr::sim::Device device(*options.model, options.identity, options.network, options.peers);
     device.signals = options.signals;
     device.pace = options.pace;
+    device.tracks = options.tracks;
     const zvr::sim::Ticker ticker(context, device.agenda);
     const Front front(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);

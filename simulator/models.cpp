@@ -134,13 +134,14 @@ std::span<const Model> models() {
             {addSystem, addNetwork, addSntp, addSevenThermocouples}},
 
         {"Lattice",     "Lattice",      ethernet, 1900, 12, true, slotLines(), {},
-            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
+            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput, addSlotMotion},
             slotInputs(), heldOutputs({0, 1, 3})},
         {"LatticeLite", "Lattice-Lite", ethernet, 1900, 12, true, slotLines(), {},
-            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput},
+            {addSystem, addNetwork, addDio, addSlots, addAnalogInput, addAnalogOutput, addSlotMotion},
             slotInputs(), heldOutputs({0, 1, 3})},
-        {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
-        {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp}},
+        {"Pawl",        "Pawl-Drive",   ethernet, 1900, 8, true, {inputs(1, pins(0, 2)), outputs(2, pins(0, 0))}, {},
+            {addSystem, addNetwork, addSntp, addDio, addStepper}},
+        {"Ratchet",     "Ratchet",      ethernet, 1900, 8, false, {}, {}, {addSystem, addNetwork, addSntp, addMotion}},
         {"Drone",       "Drone",        serial,   1900, 8, false, {}, {}, {addDrone}},
     };
     return table;

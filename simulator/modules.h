@@ -35,5 +35,8 @@ void addAttitude(Device& device);
 void addRelay(Device& device);
 void addPotentiometer(Device& device);
 void addDrone(Device& device);
+void addMotion(Device& device);
+void addSlotMotion(Device& device);
+void addStepper(Device& device);
 
 }  // namespace zvr::sim

@@ -57,6 +57,10 @@ Serial buses:
                      what is on a bus, uart, i2c, spi or can, in place of what is there without the option:
                      none, eeprom@i2c, thermometer@i2c, flash@spi, loop@spi, loop@uart, echo@uart, gps@uart, count@uart,
                      cyclic@can or responder@can; --fast is for count and cyclic too
+Axes:
+  --axis AXIS:HOME[:REVERSE[:FORWARD[:REVOLUTION[:ALARM]]]]
+                     where the switches of an axis are, 0 to 3, or * for all, in pulses from its start (-20000,
+                     -1000000, 1000000), how many pulses a turn has (4000), and how far it is to a jam (none)
 )";
 
 struct BadOption : std::invalid_argument {
@@ -153,6 +157,7 @@ constexpr Option table[] = {
     {"wave", true, [](Options& o, std::string_view v) { o.signals.set(v); }},
     {"peer", true, [](Options& o, std::string_view v) { o.peers.add(v); }},
     {"tcp", false, [](Options& o, std::string_view) { o.tcp = true; }},
+    {"axis", true, [](Options& o, std::string_view v) { o.tracks.set(v); }},
     {"fast", false, [](Options& o, std::string_view) { o.signals.fast = true; }},
     {"frame-rows", true, [](Options& o, std::string_view v) { o.signals.frameRows = countOf(v); }},
 };

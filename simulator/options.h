@@ -23,6 +23,7 @@ struct Options {
     double pace = 1;
     Signals signals;
     Peers peers;
+    Tracks tracks;
     FaultOptions faults;
 };
 

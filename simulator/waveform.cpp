@@ -1,12 +1,13 @@
 #include "waveform.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <numbers>
 #include <numeric>
 #include <stdexcept>
 #include <string>
+
+#include "fields.h"
 
 namespace zvr::sim {
 
@@ -40,26 +41,6 @@ std::uint64_t periodOf(const Waveform& wave, double rate, std::size_t bytes) {
     return period <= longestPeriod ? period : 0;
 }
 
-double realOf(std::string_view text) {
-    constexpr double most = 1e6;
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !(std::abs(number) <= most)) {
-        throw std::invalid_argument("\"" + std::string(text) + "\" is not a number up to 1000000");
-    }
-    return number;
-}
-
-std::vector<std::string_view> partsOf(std::string_view text) {
-    std::vector<std::string_view> parts;
-    for (std::size_t end = 0; end != std::string_view::npos; text.remove_prefix(std::min(end + 1, text.size()))) {
-        end = text.find(':');
-        parts.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) break;
-    }
-    return parts;
-}
-
 }  // namespace
 
 std::uint32_t Coding::codeOf(double value) const {
@@ -89,23 +70,22 @@ Signals::Signals() {
 }
 
 void Signals::set(std::string_view text) {
+    constexpr int most = 1000000;
     const std::vector<std::string_view> parts = partsOf(text);
     if (parts.size() < 2 || parts.size() > 5) {
         throw std::invalid_argument("\"" + std::string(text) +
                                     "\" is not CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]");
     }
-    const bool all = parts[0] == "*";
-    const auto channel = static_cast<std::size_t>(all ? 0 : parts[0].size() == 1 ? parts[0][0] - '0' : -1);
-    if (channel >= waves.size()) throw std::invalid_argument("channels are 0 to 7, or * for all");
+    const std::vector<std::size_t> channels = choiceOf(parts[0], waves.size());
+    if (channels.empty()) throw std::invalid_argument("channels are 0 to 7, or * for all");
     const auto kind = std::ranges::find(kindNames, parts[1]);
     if (kind == kindNames.end()) throw std::invalid_argument("\"" + std::string(parts[1]) + "\" is no kind of signal");
-    for (std::size_t i = 0; i < waves.size(); ++i) {
-        if (!all && i != channel) continue;
-        Waveform& wave = waves[i];
+    for (const std::size_t channel : channels) {
+        Waveform& wave = waves[channel];
         wave.kind = static_cast<WaveKind>(kind - kindNames.begin());
-        if (parts.size() > 2) wave.frequency = realOf(parts[2]);
-        if (parts.size() > 3) wave.amplitude = realOf(parts[3]);
-        if (parts.size() > 4) wave.offset = realOf(parts[4]);
+        if (parts.size() > 2) wave.frequency = realOf(parts[2], most);
+        if (parts.size() > 3) wave.amplitude = realOf(parts[3], most);
+        if (parts.size() > 4) wave.offset = realOf(parts[4], most);
         if (wave.frequency < 0) throw std::invalid_argument("a frequency is not below 0");
     }
 }

@@ -5,6 +5,7 @@
 #include "digital/digital.h"
 #include "drone/drone.h"
 #include "models/models.h"
+#include "motion/motion.h"
 #include "protocol/protocol.h"
 #include "protocol/runtime.h"
 #include "python/raising.h"
@@ -38,6 +39,7 @@ PYBIND11_MODULE(pyzvr, module) {
     zvr::python::defineBuses(package);
     zvr::python::defineAnalog(package);
     zvr::python::defineSensing(package);
+    zvr::python::defineMotion(package);
     zvr::python::defineDrone(package);
     zvr::python::defineModels(package);
     zvr::python::defineCatalogue(package);

@@ -21,6 +21,7 @@ constexpr Example examples[] = {
     {"Serial buses", "Chips on I2C and SPI, devices on UART lines", "examples/buses.py"},
     {"Serial buses", "A node of a CAN bus", "examples/can_bus.py"},
     {"Chassis", "Slots and their lines", "examples/chassis.py"},
+    {"Motion", "Four axes along a line, a circle and a helix", "examples/motion.py"},
     {"Drone", "A square, flown and told", "examples/drone.py"},
     {"Wi-Fi boxes", "Lights, battery, radio and memory card", "examples/wifi.py"},
     {"Sensing", "Seven thermocouples", "examples/thermocouples.py"},

@@ -155,6 +155,10 @@ ModuleUse attitude() {
     return {"AHRS", [] { return py::make_tuple(chips({0})()); }, {{"AHRS", 0}}};
 }
 
+ModuleUse motion(const char* prefix, int usualPort, const PortMap& map = chips({0})) {
+    return {prefix, [=] { return py::make_tuple(map()); }, {{"Motion", usualPort}}};
+}
+
 ModuleUse simple(const char* prefix) { return {prefix}; }
 ModuleUse onPort0(const char* prefix) {
     return {prefix, [] { return py::tuple(); }, {{prefix, 0}}};
@@ -220,11 +224,11 @@ const std::vector<Model>& models() {
             {system, network, thermal("Thermocouple", channels(1, 7)), sntp}},
         {"Lattice", "Lattice", chassis, "Chassis with four slots for exchangeable modules.",
             {system, network, input16(12000, false, chips({0, 1, 3})), output("AO", -10, 10, 15000, chips({0, 1, 3})),
-             dio(slots(), 12)}, {"MCX514"}},
+             dio(slots(), 12), motion("MCX514", 1, chips({0, 1, 3}))}},
         {"Pawl", "Pawl-Drive", drive, "Stepper drive.",
-            {system, network, sntp}, {"TMC5240"}},
+            {system, network, motion("TMC5240", 0), sntp}},
         {"Ratchet", "Ratchet", ethernet, "Motion controller.",
-            {system, network, sntp}, {"MCX514"}},
+            {system, motion("MCX514", 0), network, sntp}},
         {"Drone", "Drone", serial, "Flight controller on a serial line.", {simple("Drone")}},
     };
     return table;

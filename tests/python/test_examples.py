@@ -36,3 +36,5 @@ def test_examples_run(example):
             assert len(lines) == int(rows) + 1 and lines[0].count("channel") == lines[-1].count(",") + 1
     if example.name == "discover.py":
         assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout
+    if example.name == "motion.py":
+        assert len(re.findall(r"home: .* \[0, 0, 0, 0]\n +line: .* \[4000, 3000, 2000, 1000]", done.stdout)) == 2

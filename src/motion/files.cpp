@@ -1,0 +1,164 @@
+// Settings of axes in a text file: the host's INI parser writes and reads it.
+#include <span>
+
+#include "motion/records.h"
+
+namespace zvr::python {
+
+namespace {
+
+struct Section {
+    const char* name;
+    const char* record;  ///< field of the axis
+};
+constexpr Section fourAxes[] = {{"Axis_1", "axis_1"}, {"Axis_2", "axis_2"}, {"Axis_3", "axis_3"}, {"Axis_4", "axis_4"}};
+constexpr Section oneAxis[] = {{"Axis_1", "axis"}};
+template <bool isController>
+constexpr std::span<const Section> sections = isController ? std::span<const Section>(fourAxes) : oneAxis;
+
+bool isPercent(const Object& key) { return key.equal(py::str("Approach Velocity Percent")); }
+bool isOffset(const Object& key) { return key.equal(py::str("Offset Position")); }
+
+Object lookedUp(py::handle self, const char* map, const Object& key, const Object& value) {
+    const Object row = own(PyObject_GetItem(attribute(attribute(self, "motion_ini"), map).ptr(), key.ptr()));
+    return own(PyObject_GetItem(row.ptr(), value.ptr()));
+}
+
+Object toText(py::handle self, const Object& key, const Object& value) {
+    return isPercent(key) || isOffset(key) ? value : lookedUp(self, "ini_out_dict", key, value);
+}
+
+Object toValue(py::handle self, const Object& key, const Object& text) {
+    if (isPercent(key)) return hostObject("builtins", "float")(text);
+    if (isOffset(key)) return hostObject("builtins", "int")(text);
+    return lookedUp(self, "ini_in_dict", key, text);
+}
+
+Result openFile(Op op, Object name) {
+    if (!py::cast<bool>(callObject(hostObject("os.path", "isfile"), name))) {
+        throw Failure(FailureId::IniFileNotFoundError);
+    }
+    if (!py::cast<bool>(callMethod(name, "endswith", py::str(".ini")))) {
+        throw Failure(FailureId::IniFileExtensionNameError);
+    }
+    setAttribute(op.self(), "inifile", name);
+    setAttribute(op.self(), "inimode", py::str("w"));
+    setAttribute(op.self(), "iniconfig", callObject(hostObject("configparser", "ConfigParser")));
+    co_return py::int_(0);
+}
+
+void writeAndClose(const Object& file, const Object& text) {
+    thenAlways([&] { callMethod(file, "write", text); }, [&] { callMethod(file, "close"); });
+}
+
+// A new file takes the place of the old one when it is complete. Where the folder takes none, or in a mode that adds to
+// the file, the file itself is written.
+void replaceContent(const Object& name, const Object& mode, const Object& text) {
+    const py::handle open = hostObject("builtins", "open");
+    const Object path = callObject(hostObject("os.path", "realpath"), name);
+    Object fresh;
+    if (mode.equal(py::str("w"))) {
+        callMethod(callObject(open, path, py::str("a")), "close");
+        try {
+            fresh = hostObject("tempfile", "NamedTemporaryFile")(
+                mode, py::arg("dir") = callObject(hostObject("os.path", "dirname"), path), py::arg("delete") = false);
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_OSError)) throw;
+        }
+    }
+    if (!fresh) {
+        writeAndClose(callObject(open, path, mode), text);
+        return;
+    }
+    const Object freshName = attribute(fresh, "name");
+    try {
+        writeAndClose(fresh, text);
+        callObject(hostObject("shutil", "copymode"), path, freshName);
+        callObject(hostObject("os", "replace"), freshName, path);
+    } catch (...) {
+        callObject(hostObject("os", "unlink"), freshName);
+        throw;
+    }
+}
+
+template <bool isController>
+Result saveFile(Op op) {
+    const Object config = attribute(op.self(), "iniconfig");
+    for (const auto& [name, record] : sections<isController>) {
+        config[py::str(name)] = py::dict();
+        const Object section = config[py::str(name)];
+        for (const py::handle item : callMethod(attribute(attribute(op.self(), record), "motion_dict"), "items")) {
+            const py::tuple pair = borrow(item.ptr());
+            section[pair[0]] = py::str(op.call("_Motion_INI_convertIntToString", pair[0], pair[1]));
+        }
+    }
+    const Object text = callObject(hostObject("io", "StringIO"));
+    callMethod(config, "write", text);
+    replaceContent(attribute(op.self(), "inifile"), attribute(op.self(), "inimode"), callMethod(text, "getvalue"));
+    co_return py::int_(0);
+}
+
+template <bool isController>
+Result loadFile(Op op) {
+    const Object config = attribute(op.self(), "iniconfig");
+    callMethod(config, "read", attribute(op.self(), "inifile"));
+    for (const auto& [name, record] : sections<isController>) {
+        const Object settings = attribute(attribute(op.self(), record), "motion_dict");
+        for (const py::handle each : py::list(settings)) {
+            const Object key = borrow(each.ptr());
+            const Object text = callMethod(config, "get", py::str(name), key);
+            settings[key] =
+                op.call("_Motion_INI_convertStringToInt", key, callMethod(text, "replace", py::str("\""), py::str("")));
+        }
+    }
+    const py::int_ port(0);
+    if constexpr (isController) {
+        for (std::size_t i = 0; i < std::size(fourAxes); ++i) {
+            const Object status = co_await op.request("_Motion_sendAllConfiguration", port, py::int_(i));
+            if (!isZero(status)) co_return status;
+        }
+        co_return py::int_(0);
+    } else {
+        co_return co_await op.request("_Motion_sendAllConfiguration", port);
+    }
+}
+
+template <bool isController>
+void defineFiles(Feature& feature) {
+    const Parameter key{"key", "str", "name of a setting"};
+    const Returns done{"int", "0"};
+    const char* unopened = "AttributeError: no file is opened";
+    feature.field({"inifile", "str", "name of the opened settings file"})
+        .field({"inimode", "str", "mode that it is saved in"})
+        .field({"iniconfig", "Any", "the parser, with the sections in memory"})
+        .shared("_Motion_INI_convertIntToString", {key, {"value", "Any", "value of the setting"}},
+                "Value of a setting as it stands in a file.", {"Any", "its text; the two numbers come as they are"},
+                {"KeyError: the setting, or a text for the value, is not known"}, Calls<toText>{})
+        .shared("_Motion_INI_convertStringToInt", {key, {"label", "str", "text in the file"}},
+                "Value of a setting from its text.", {"Any", "the value"},
+                {"KeyError: the setting or the text is not known", "ValueError: the text is no number"},
+                Calls<toValue>{})
+        .untimed("Motion_openCfgFile", {{"filename", "str", "name of a file that exists", "\"test.ini\""}},
+                 "Chooses the settings file.", done,
+                 {"IniFileNotFoundError: there is no such file",
+                  "IniFileExtensionNameError: its name does not end in \".ini\""},
+                 Calls<openFile>{})
+        .untimed("Motion_saveCfgFile", {},
+                 "Saves the settings of all axes to the opened file. After a failure the old file is as it was, "
+                 "unless its folder takes no new file.",
+                 done, {unopened, "KeyError: a setting has a value without a text", "OSError: the file is refused"},
+                 Calls<saveFile<isController>>{})
+        .operation("Motion_loadCfgFile", {},
+                   "Loads the settings of all axes from the opened file, and sends them to connector 0.",
+                   {"int", "0, or the first status of an axis other than that", "the device"},
+                   {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
+                    "KeyError: a text is not known", "ValueError: a text is no number"},
+                   Calls<loadFile<isController>>{});
+}
+
+}  // namespace
+
+void defineControllerFiles(Feature& controller) { defineFiles<true>(controller); }
+void defineDriveFiles(Feature& drive) { defineFiles<false>(drive); }
+
+}  // namespace zvr::python

@@ -1,0 +1,269 @@
+// Moves of the controller's axes: configured, started, overridden and stopped; and the reference search.
+#include "motion/controller.h"
+
+namespace zvr::python {
+
+namespace {
+
+const Parameter& port = controllerPort;
+const Parameter& axis = axisParameter;
+
+Result writeTarget(Op op, Object port, Object axis, Object position) {
+    setAttribute(recordOf(op, axis), "target_position", position);
+    co_return co_await op.request("_Motion_setDrivePositionFinishPoint", port, axis, position);
+}
+
+Result writeDriveMode(Op op, Object port, Object axis, Object mode, Object velocity) {
+    const Object record = recordOf(op, axis);
+    setFields(record, {{"operation_mode", mode}, {"velocity", velocity}});
+    const char* start = velocity >= py::int_(0) ? "_Motion_positiveDirContinuousPlusDriving"
+                                                : "_Motion_negativeDirContinuousPlusDriving";
+    if (isZero(mode)) start = "_Motion_absolutePositionDriving";
+    if (isOne(mode)) start = "_Motion_relativePositionDriving";
+    co_return co_await op.request(start, port, axis);
+}
+
+Result configureMove(Op op, Object port, Object axis, Object mode, Object target, Object velocity, Object acceleration,
+                     Object deceleration) {
+    port = enter(op, port, axis);
+    op.call("_checkMCX514OperationMode", mode);
+    for (const Object& each : {target, velocity, acceleration, deceleration}) checkIsInt(each);
+    setAttribute(recordOf(op, axis), "operation_mode", mode);
+    Merged status;
+    status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, target));
+    status.take(co_await op.request("_Motion_writeVelocity", port, axis, velocity));
+    status.take(co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration));
+    status.take(co_await op.request("_Motion_setInstantLimitStop", port, axis, py::int_(1)));
+    co_return status.value();
+}
+
+Pending startFromRecord(const Op& op, const Object& port, const Object& axis) {
+    const Object record = recordOf(op, axis);
+    return op.request("_Motion_writeDriveMode", port, axis, attribute(record, "operation_mode"),
+                      attribute(record, "velocity"));
+}
+
+Result startOne(Op op, Object port, Object axis) {
+    port = enter(op, port, axis);
+    co_return co_await startFromRecord(op, port, axis);
+}
+
+Result startTogether(Op op, Object port, Object axes) {
+    port = enter(op, port);
+    for (const py::handle each : axes) op.call("_checkMCX514Axis", each);
+    Object mask = py::int_(0);
+    Merged status;
+    for (const py::handle each : axes) {
+        const Object axis = borrow(each.ptr());
+        const Object record = recordOf(op, axis);
+        const auto stored = [&](const char* field) { return attribute(record, field); };
+        mask = writeBit(mask, axis, py::int_(1));
+        status.take(co_await applyOutput(op, port, axis));
+        status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, stored("target_position")));
+        status.take(co_await op.request("_Motion_writeVelocity", port, axis, stored("velocity")));
+        const Object acceleration = stored("acceleration"), deceleration = stored("deceleration");
+        status.take(co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration));
+        status.take(co_await op.request("_Motion_setInstantLimitStop", port, axis, py::int_(1)));
+        status.take(co_await op.request("_Motion_holdDrivingStart", port, axis));
+        status.take(co_await startFromRecord(op, port, axis));
+    }
+    status.take(co_await op.request("_Motion_releaseDrivingStart", port, mask));
+    co_return status.value();
+}
+
+Result stop(Op op, Object port, Object axis, Object mode) {
+    port = enter(op, port, axis);
+    op.call("_checkMCX514StopMode", mode);
+    setAttribute(recordOf(op, axis), "stop_decl", mode);
+    co_return co_await op.request(isZero(mode) ? "_Motion_decelerateStop" : "_Motion_instantStop", port, axis);
+}
+
+Result overridePosition(Op op, Object port, Object axis, Object position) {
+    port = enter(op, port, axis);
+    co_return co_await op.request("_Motion_writeTargetPosition", port, axis, position);
+}
+
+Result overrideAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
+    port = enter(op, port, axis);
+    checkIsInt(acceleration);
+    checkIsInt(deceleration);
+    const Object record = recordOf(op, axis);
+    setFields(record, {{"acceleration", acceleration}, {"deceleration", deceleration}});
+    co_return co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration);
+}
+
+// A continuous move that turns brakes, and starts the other way by itself when it stands.
+Result overrideVelocity(Op op, Object port, Object axis, Object velocity) {
+    port = enter(op, port, axis);
+    checkIsInt(velocity);
+    const Object record = recordOf(op, axis);
+    const bool continuous = attribute(record, "operation_mode").equal(py::int_(2));
+    const Object before = attribute(record, "velocity_move_direction");
+    setAttribute(record, "velocity", velocity);
+    const bool forward = velocity > py::int_(0);
+    const py::int_ direction(forward ? 1 : 0);
+    const Object speed = own(PyNumber_Absolute(velocity.ptr()));
+    if (!continuous || isZero(before ^ direction)) {
+        co_return co_await op.request("_Motion_setDriveSpeed", port, axis, speed);
+    }
+    setAttribute(record, "velocity_move_direction", direction);
+    Merged status;
+    status.take(co_await op.request("_Motion_setAccelerationJerk", port, axis, py::int_(0)));
+    status.take(co_await op.request("_Motion_setSYNCAction1", port, axis, py::int_(forward ? 214 : 230)));
+    status.take(co_await op.request("_Motion_enableActionSYNC1", port, axis));
+    status.take(co_await op.request("_Motion_decelerateStop", port, axis));
+    status.take(co_await op.request("_Motion_setDriveSpeed", port, axis, speed));
+    co_return status.value();
+}
+
+Result configureSearch(Op op, Object port, Object axis, Object type, Object direction, Object velocity,
+                       Object acceleration, Object percent, Object resets, Object offset) {
+    port = enter(op, port, axis);
+    op.call("_checkMCX514SearchType", type);
+    op.call("_checkMCX514SearchDirection", direction);
+    checkIsInt(velocity);
+    checkIsInt(acceleration);
+    checkIsNumber(percent);
+    op.call("_checkMCX514Enable", resets);
+    checkIsInt(offset);
+    const Object record = recordOf(op, axis);
+    setFields(record, {{"search_type", type}, {"search_velocity", velocity}, {"search_accerleration", acceleration}});
+    const Object target = attribute(record, "target_position");
+    Merged status;
+    status.take(co_await applyOutput(op, port, axis));
+    status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, target));
+    status.take(co_await op.request("_Motion_writeVelocity", port, axis, velocity));
+    status.take(co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, acceleration));
+    status.take(co_await op.request("_Motion_setAutoHome1", port, axis, type, direction, direction, percent, offset));
+    status.take(co_await op.request("_Motion_setAutoHome2", port, axis, resets));
+    status.take(co_await op.request("_Motion_writeHomeSpeed", port, axis, percent, velocity));
+    status.take(co_await op.request("_Motion_writeOffsetPosition", port, axis, offset, direction));
+    co_return status.value();
+}
+
+Result setSearchMode(Op op, Object port, Object axis, Object type, Object initial, Object final, Object percent,
+                     Object offset) {
+    checkPortAndAxis(op, port, axis);
+    const Object record = recordOf(op, axis);
+    setSetting(record, "Offset Position", offset);
+    setSetting(record, "Approach Velocity Percent", percent);
+    setSetting(record, "Initial Search Direction", initial);
+    setSetting(record, "Final Approach Direction", final);
+    const int a = isZero(initial) ? 0 : 1, b = isZero(percent) ? 0 : 1, c = isZero(offset) ? 0 : 1;
+    std::vector<Bit> bits;
+    if (isZero(type)) {
+        bits = {{0, 1}, {1, a}, {2, 1}, {4, b}, {5, final}};
+    } else if (isOne(type)) {
+        bits = {{2, 1}, {3, a}};
+    } else {
+        bits = {{0, 1}, {1, a}, {3, 1}, {4, b}, {5, a}, {6, 1}};
+    }
+    bits.emplace_back(15, c);
+    Merged status;
+    status.take(co_await op.request("_Motion_setAutoHomeSearchMode1", port, axis, withBits(py::int_(0), bits)));
+    status.take(co_await op.request("_Motion_setInstantLimitStop", port, axis, py::int_(1)));
+    co_return status.value();
+}
+
+Result setSearchEnd(Op op, Object port, Object axis, Object resets) {
+    setSetting(recordOf(op, axis), "Enable Reset Position", resets);
+    const Object word = withBits(py::int_(0), {{1, resets}, {2, resets}});
+    co_return co_await op.request("_Motion_setAutoHomeSearchMode2", port, axis, word);
+}
+
+Result writeHomeSpeed(Op op, Object port, Object axis, Object percent, Object velocity) {
+    setSetting(recordOf(op, axis), "Approach Velocity Percent", percent);
+    Object speed = percent / py::float_(100.0) * velocity;
+    if (isZero(speed)) speed = py::int_(1);
+    co_return co_await op.request("_Motion_setHomeSearchSpeed", port, axis, speed);
+}
+
+Result writeOffset(Op op, Object port, Object axis, Object offset, Object direction) {
+    const Object record = recordOf(op, axis);
+    setSetting(record, "Offset Position", offset);
+    setSetting(record, "Initial Search Direction", direction);
+    if (isZero(direction)) offset = -offset;
+    co_return co_await op.request("_Motion_setDrivePositionFinishPoint", port, axis, offset);
+}
+
+Result search(Op op, Object port, Object axis) {
+    port = enter(op, port, axis);
+    co_return co_await op.request("_Motion_autoHomeSearch", port, axis);
+}
+
+}  // namespace
+
+void defineMoves(Feature& controller) {
+    const Parameter velocity{"velo", "int", "pulses per second; negative is backwards in a continuous move", "10000"};
+    const Parameter acceleration{"accel", "int", "pulses per second squared, 0 to 4294967295", "100000"};
+    const Parameter deceleration{"decel", "int", "pulses per second squared, 0 to 4294967295", "100000"};
+    const Parameter mode{"mode", "int", "0 to the position, 1 by the distance, 2 continuous"};
+    const Parameter offset{"offset_position", "int", "distance from the reference to go at the end, in pulses"};
+    const Parameter percent{"approach_velocity_percent", "float", "speed near the reference, in percent"};
+    const Parameter initial = integer("initial_search_direction", "0 forward, else reverse");
+    controller
+        .operation("_Motion_writeTargetPosition",
+                   {connector, axis, {"target_position", "int", "position or distance in pulses", "0"}},
+                   "Sets where the next move goes.", commandStatus, {}, Calls<writeTarget>{})
+        .operation("_Motion_writeDriveMode",
+                   {connector, axis, integer("operation_mode", mode.doc.c_str()),
+                    integer("velocity", "its sign is the way of a continuous move")},
+                   "Starts a move.", commandStatus, {}, Calls<writeDriveMode>{})
+        .operation("Motion_cfgAxisMove",
+                   {port,
+                    axis,
+                    mode,
+                    {"target_posi", "int", "position or distance in pulses", "0"},
+                    velocity,
+                    acceleration,
+                    deceleration},
+                   "Configures a move.", mergedStatus, entering({"@_checkMCX514OperationMode"}), Calls<configureMove>{})
+        .operation("Motion_startSingleAxisMove", {port, axis}, "Starts the configured move of an axis.", commandStatus,
+                   entering(), Calls<startOne>{})
+        .operation("Motion_startMultiAxisMove", {port, {"axis_list", "list[int]", "axes, 0 to 3"}},
+                   "Starts the configured moves of axes together. It fails at the release of the axes, which wait for "
+                   "it then, if the object has no `_checkMotionAxis`.",
+                   mergedStatus, entering({"@_checkMotionAxis"}), Calls<startTogether>{})
+        .operation("Motion_stop", {port, axis, integer("mode", "0 with deceleration, 1 at once")}, "Stops an axis.",
+                   commandStatus, entering({"@_checkMCX514StopMode"}), Calls<stop>{})
+        .operation("Motion_overrideAxisPosi", {port, axis, integer("new_position", "position or distance in pulses")},
+                   "Changes where a move goes while it runs.", commandStatus, entering(), Calls<overridePosition>{})
+        .operation("Motion_overrideAxisAccel",
+                   {port, axis, integer("new_accel", "pulses per second squared"),
+                    integer("new_decel", "pulses per second squared")},
+                   "Changes the acceleration of a move.", mergedStatus, entering(), Calls<overrideAcceleration>{})
+        .operation("Motion_overrideAxisVelocity",
+                   {port, axis, integer("new_velo", "pulses per second; another sign turns a continuous move")},
+                   "Changes the speed of a move while it runs.", mergedStatus, entering(), Calls<overrideVelocity>{})
+        .operation("Motion_cfgFindRef",
+                   {port,
+                    axis,
+                    integer("search_type", "0 home, 1 limit, 2 index"),
+                    integer("search_dir", "0 forward, 1 reverse"),
+                    {"search_velo", "int", "pulses per second", "10000"},
+                    {"search_accle", "int", "pulses per second squared", "100000"},
+                    {"approach_velo_percent", "float", "speed near the reference, in percent of the other", "20"},
+                    {"en_reset_posi", "int", "1 sets the counters to 0 at the end, 0 does not", "0"},
+                    {"offset_posi", "int", "distance from the reference to go at the end, in pulses", "0"}},
+                   "Configures a reference search.", mergedStatus,
+                   entering({"@_checkMCX514SearchType", "@_checkMCX514SearchDirection", "@_checkMCX514Enable"}),
+                   Calls<configureSearch>{})
+        .operation("_Motion_setAutoHome1",
+                   {connector, axis, integer("search_type", "0, 1, else 2"), initial,
+                    integer("final_approach_direction", "0 forward, 1 reverse"), percent, offset},
+                   "Sets the first mode word of the reference search.", mergedStatus, entering(),
+                   Calls<setSearchMode>{})
+        .operation("_Motion_setAutoHome2",
+                   {connector, axis, integer("reset_position_enable", "1 sets the counters to 0 at the end")},
+                   "Sets the second mode word of the reference search.", commandStatus, {}, Calls<setSearchEnd>{})
+        .operation("_Motion_writeHomeSpeed",
+                   {connector, axis, percent, integer("search_velocity", "pulses per second")},
+                   "Sets the speed near the reference, at least 1.", commandStatus, {}, Calls<writeHomeSpeed>{})
+        .operation("_Motion_writeOffsetPosition", {connector, axis, offset, initial},
+                   "Sets the distance to go at the end, backwards for direction 0.", commandStatus, {},
+                   Calls<writeOffset>{})
+        .operation("Motion_findRef", {port, axis}, "Starts the configured reference search.", commandStatus, entering(),
+                   Calls<search>{});
+}
+
+}  // namespace zvr::python
