@@ -108,7 +108,7 @@ constexpr Range readingChip[] = {{0x39, 0x3B}, {0xE8, 0xE8}, {0xEC, 0xEF}};
 
 enum ErrorBit { softPlus, softMinus, hardPlus, hardMinus, alarmBit };
 enum EventBit { driveStart = 4, driveEnd = 7, homeEnd, timerEnd, splitStart, splitEnd, syncDone };
-enum Cause {
+enum CauseNumber {
     compared = 1,
     timeIsOver = 2,
     driveStarts = 3,
@@ -122,7 +122,7 @@ enum Cause {
 constexpr double settling = 0.005;  // seconds until an axis that stands is in position
 constexpr double calculation = 0.002;
 constexpr std::size_t longestQueue = 8;
-constexpr int mostEvents = 10000;  // between two requests: actions may follow each other without end
+constexpr int mostEvents = 2000;  // between two requests: actions may follow each other without end
 
 // Pulses that are behind on a way.
 double whole(double length) { return length < 0 ? std::ceil(length - 1e-6) : std::floor(length + 1e-6); }
@@ -177,6 +177,7 @@ std::optional<std::uint32_t> MotionChip::run(std::uint8_t code, std::uint8_t mas
             if ((mask >> axis & 1) != 0) done = command(axis, code, data) && done;
         }
     }
+    follow();
     return done ? std::optional<std::uint32_t>(0) : std::nullopt;
 }
 
@@ -192,6 +193,7 @@ void MotionChip::advance(double now) {
         if (!first.action) break;
         clock_ = std::max(clock_, first.time);
         first.action();
+        follow();
     }
     clock_ = now;
 }
@@ -306,15 +308,23 @@ std::optional<double> MotionChip::crossing(std::size_t axis, double place, Cross
     return time ? std::optional(*time + drive.start) : std::nullopt;
 }
 
-void MotionChip::fire(std::size_t axis, int cause, std::uint8_t which) {
-    for (std::size_t sync = 0; sync < 4; ++sync) {
+void MotionChip::fire(std::size_t axis, int cause, std::uint8_t which) { causes_.push_back({axis, cause, which}); }
+
+// What follows from what has happened, which may go on without end.
+void MotionChip::follow() {
+    for (int most = 0; !causes_.empty() && most < mostEvents; ++most) {
+        const auto [axis, cause, which] = causes_.front();
+        causes_.pop_front();
         Axis& state = axes_[axis];
-        const std::uint32_t mode = state.values[sync0 + sync];
-        if ((state.syncs & which & 1 << sync) == 0 || (mode & 15) != static_cast<unsigned>(cause)) continue;
-        constexpr std::uint32_t repeats = 1 << 15;
-        if ((mode & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
-        act(axis, sync);
+        for (std::size_t sync = 0; sync < 4; ++sync) {
+            const std::uint32_t mode = state.values[sync0 + sync];
+            if ((state.syncs & which & 1 << sync) == 0 || (mode & 15) != static_cast<unsigned>(cause)) continue;
+            constexpr std::uint32_t repeats = 1 << 15;
+            if ((mode & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
+            act(axis, sync);
+        }
     }
+    causes_.clear();
 }
 
 void MotionChip::act(std::size_t axis, std::size_t sync) {
@@ -470,7 +480,7 @@ bool MotionChip::startInterpolation(std::uint8_t code) {
         Arc arc{swapped ? second : main, swapped ? main : second, centre, end, false, 0};
         if (std::hypot(centre[arc.x], centre[arc.y]) < 0.5) return false;
         arc.clockwise = code == circleClockwise || code == helixClockwise || code == helixCalculation;
-        arc.turns = helix ? static_cast<int>(shared_[helixTurns]) : 0;
+        arc.turns = helix ? static_cast<int>(shared_[helixTurns] & 0xFFFF) : 0;
         path = arcPath(arc);
     }
     if (code == helixCalculation || code == helixCalculationBack) {

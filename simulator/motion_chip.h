@@ -60,6 +60,12 @@ private:
     };
 
     struct Event;
+    /// Something that enabled actions may wait for; those of a mask.
+    struct Cause {
+        std::size_t axis;
+        int number;
+        std::uint8_t which;
+    };
 
     void reset();
     void advance(double now);
@@ -86,6 +92,7 @@ private:
     void stop(std::size_t axis, bool atOnce);
     void finish(std::shared_ptr<Drive> drive);
     void fire(std::size_t axis, int cause, std::uint8_t which = 15);
+    void follow();
     void act(std::size_t axis, std::size_t sync);
 
     Ramp rampOf(const Axis& axis) const;
@@ -103,6 +110,7 @@ private:
     std::array<std::uint32_t, 0x2B> shared_{};  // values of the whole chip, by the code that writes them
     std::array<std::uint16_t, 8> words_{};      // WR0 and WR4 to WR7, by number
     std::deque<Drive> queue_;                   // interpolations that follow the present one
+    std::deque<Cause> causes_;                  // that have not been followed yet
     bool decelerates_ = false;                  // at the end of an interpolation
     double calculated_ = -forever;              // when the calculation of a helix ends
     double clock_ = 0;

@@ -25,11 +25,11 @@ double lengthOf(double from, double to, const Ramp& ramp) {
 // The greatest value that holds; it holds up to some value and not beyond.
 template <class Test>
 double greatest(double holds, double fails, Test test) {
-    for (int i = 0; i < 100; ++i) {
-        const double middle = (holds + fails) / 2;
+    for (;;) {
+        const double middle = holds + (fails - holds) / 2;
+        if (middle == holds || middle == fails) return holds;
         (test(middle) ? holds : fails) = middle;
     }
-    return holds;
 }
 
 }  // namespace

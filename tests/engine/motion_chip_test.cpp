@@ -499,6 +499,19 @@ TEST_F(MotionChipTest, ReversalStartsAtTheEndOfTheDrive) {
     EXPECT_EQ(logical(1), 5000 - 125 - 750);
 }
 
+TEST_F(MotionChipTest, ActionsWithoutEndHoldNobodyUp) {
+    run(0x26, 1, 1 << 15 | 0x17 << 4 | 7);  // pulses start when pulses start
+    run(0x27, 1, 1 << 15 | 0x0A << 4 | 6);  // no way is gone when no way has been gone
+    run(0x83, 1);
+    run(0x75, 1);
+    move(1, 0);
+    now_ = 1e6;
+    EXPECT_EQ(driving(), 1U);
+    run(0x93, 1);
+    run(0x57, 1);
+    EXPECT_EQ(driving(), 0U);
+}
+
 TEST_F(MotionChipTest, TimerRunsOnceOrAgain) {
     run(0x16, 1, 1500000);
     run(0xE1, 1, 1 << 9);
