@@ -148,7 +148,10 @@ struct MotionChip::Event {
 
 void MotionChip::reset() {
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
+        const std::int64_t here = position(axis);  // the motor stays where it is
         axes_[axis] = Axis{};
+        axes_[axis].position = here;
+        axes_[axis].logicalBase = axes_[axis].realBase = -here;
         axes_[axis].values[logicalMost] = axes_[axis].values[realMost] = 0xFFFFFFFF;
         axes_[axis].modes[2] = 1 << 10;
     }
