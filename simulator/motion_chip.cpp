@@ -4,7 +4,6 @@
 #include <bit>
 #include <cmath>
 #include <functional>
-#include <tuple>
 #include <utility>
 
 namespace zvr::sim {
@@ -191,7 +190,6 @@ void MotionChip::advance(double now) {
         Event first{now};
         for (std::size_t axis = 0; axis < axisCount; ++axis) {
             findEvents(axis, first);
-            findSyncs(axis, first);
         }
         if (!first.action) break;
         clock_ = std::max(clock_, first.time);
@@ -202,7 +200,7 @@ void MotionChip::advance(double now) {
 }
 
 void MotionChip::findEvents(std::size_t axis, Event& first) {
-    Axis& state = axes_[axis];
+    const Axis& state = axes_[axis];
     if (state.timerStart) {
         const double period = std::max<double>(state.values[timer], 1) * 1e-6;
         first.offer(*state.timerStart + period, [this, axis, period, now = first.time] {
@@ -217,10 +215,9 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
         });
     }
     if (!state.drive) return;
-    Drive& drive = *state.drive;
-    if (drive.main == axis) {
-        first.offer(drive.start + drive.profile.duration(), [this, ended = state.drive] { finish(ended); });
-    }
+    findComparisons(axis, first);
+    findEdges(axis, first);
+    const Drive& drive = *state.drive;
     const auto offerStop = [&](double at, Crossing direction, int error, bool atOnce) {
         first.offer(crossing(axis, at, direction), [this, axis, error, atOnce] {
             axes_[axis].errors |= static_cast<std::uint16_t>(1 << error);
@@ -232,65 +229,65 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
         offerStop(track.alarmAt, Crossing::up, alarmBit, true);
         offerStop(-track.alarmAt, Crossing::down, alarmBit, true);
     }
-    if (!drive.watchesLimits) return;
-    if (state.has(2, 11)) {
+    if (drive.watchesLimits && state.has(2, 11)) {
         offerStop(track.forwardAt, Crossing::up, hardPlus, state.has(2, 12));
         offerStop(track.reverseAt, Crossing::down, hardMinus, state.has(2, 12));
     }
-    if (state.has(2, 13)) {
-        const bool ofReal = state.has(2, 14);
-        const int sign = ofReal ? state.realSign() : 1;
-        const std::int64_t base = ofReal ? state.realBase : state.logicalBase;
-        const auto offerSoft = [&](Value limit, bool plus, int error) {
-            offerStop(static_cast<double>(sign * (state.signedValue(limit) - base)),
-                      plus == (sign > 0) ? Crossing::up : Crossing::down, error, state.has(2, 15));
-        };
-        offerSoft(softLimitPlus, true, softPlus);
-        offerSoft(softLimitMinus, false, softMinus);
+    if (drive.watchesLimits && state.has(2, 13)) {
+        const bool ofReal = state.has(2, 14), turned = ofReal && state.realSign() < 0;
+        const auto plus = turned ? Crossing::down : Crossing::up, minus = turned ? Crossing::up : Crossing::down;
+        offerStop(placeOf(state, softLimitPlus, ofReal), plus, softPlus, state.has(2, 15));
+        offerStop(placeOf(state, softLimitMinus, ofReal), minus, softMinus, state.has(2, 15));
+    }
+    // Behind all that happens on the way to the end.
+    if (drive.main == axis) {
+        first.offer(drive.start + drive.profile.duration(), [this, ended = state.drive] { finish(ended); });
     }
 }
 
-void MotionChip::findSyncs(std::size_t axis, Event& first) {
+// Where on the track a counter has the value of a register.
+double MotionChip::placeOf(const Axis& axis, std::size_t code, bool ofReal) {
+    const std::int64_t value = axis.signedValue(code);
+    return static_cast<double>(ofReal ? axis.realSign() * (value - axis.realBase) : value - axis.logicalBase);
+}
+
+bool MotionChip::waitsFor(const Axis& axis, std::size_t sync, int cause) {
+    return (axis.syncs >> sync & 1) != 0 && (axis.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
+}
+
+void MotionChip::findComparisons(std::size_t axis, Event& first) {
     const Axis& state = axes_[axis];
-    if (!state.drive) return;
-    // Between pulses, since a pulse is counted a little early.
-    const double here =
-        static_cast<double>(state.drive->origins[axis]) + state.drive->path.at(axis, gone(*state.drive));
-    const auto waitsFor = [&](std::size_t sync, int cause) {
-        return (state.syncs >> sync & 1) != 0 && (state.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
-    };
+    const double here = exactPlace(axis);
     for (std::size_t sync = 0; sync < 4; ++sync) {
         const unsigned mode = state.values[multiPurposeMode] >> (4 * sync);
-        if ((waitsFor(sync, compared) || state.has(1, static_cast<int>(sync))) && (mode & 3) < 2) {
-            const bool ofReal = (mode & 3) == 1;
-            const int sign = ofReal ? state.realSign() : 1;
-            const std::int64_t base = ofReal ? state.realBase : state.logicalBase;
-            constexpr Crossing conditions[] = {Crossing::up, Crossing::up, Crossing::either, Crossing::down};
-            Crossing condition = conditions[mode >> 2 & 3];
-            if (sign < 0 && condition != Crossing::either) {
-                condition = condition == Crossing::up ? Crossing::down : Crossing::up;
-            }
-            const auto at = static_cast<double>(sign * (state.signedValue(multiPurpose0 + sync) - base));
+        const bool isWanted = waitsFor(state, sync, compared) || state.has(1, static_cast<int>(sync));
+        if (!isWanted || (mode & 3) > 1) continue;  // only positions are compared
+        const bool ofReal = (mode & 3) == 1, turned = ofReal && state.realSign() < 0;
+        const unsigned condition = mode >> 2 & 3;  // not less, greater, equal, less
+        const auto way = condition == 2 ? Crossing::either : (condition == 3) != turned ? Crossing::down : Crossing::up;
+        const double at = placeOf(state, multiPurpose0 + sync, ofReal);
+        if ((way == Crossing::up && here >= at) || (way == Crossing::down && here <= at)) continue;
+        first.offer(crossing(axis, at, way), [this, axis, sync] {
+            axes_[axis].events |= static_cast<std::uint16_t>(1 << sync);
+            fire(axis, compared, static_cast<std::uint8_t>(1 << sync));
+        });
+    }
+}
 
-            if ((condition == Crossing::up && here >= at) || (condition == Crossing::down && here <= at)) continue;
-            first.offer(crossing(axis, at, condition), [this, axis, sync] {
-                axes_[axis].events |= static_cast<std::uint16_t>(1 << sync);
-                fire(axis, compared, static_cast<std::uint8_t>(1 << sync));
-            });
-        }
-        for (const int cause : {rises, falls}) {
-            if (!waitsFor(sync, cause)) continue;
-            // High in the first half of each revolution.
-            const Track& track = tracks_[axis];
-
-            const double half = track.revolution / 2;
-            const double shiftUp = cause == rises ? 0 : half, shiftDown = half - shiftUp;
-            for (const auto& [direction, way, shift] :
-                 {std::tuple(1, Crossing::up, shiftUp), std::tuple(-1, Crossing::down, shiftDown)}) {
-                first.offer(crossing(axis, track.indexBehind(here - shift, direction) + shift, way),
-                            [this, axis, cause] { fire(axis, cause); });
-            }
-        }
+// The capture input is high in the first half of each revolution.
+void MotionChip::findEdges(std::size_t axis, Event& first) {
+    const Track& track = tracks_[axis];
+    const double here = exactPlace(axis), half = track.revolution / 2;
+    for (const int cause : {rises, falls}) {
+        bool isWanted = false;
+        for (std::size_t sync = 0; sync < 4; ++sync) isWanted = isWanted || waitsFor(axes_[axis], sync, cause);
+        if (!isWanted) continue;
+        const auto offer = [&](int direction, Crossing way, double shift) {
+            first.offer(crossing(axis, track.indexBehind(here - shift, direction) + shift, way),
+                        [this, axis, cause] { fire(axis, cause); });
+        };
+        offer(1, Crossing::up, cause == rises ? 0 : half);
+        offer(-1, Crossing::down, cause == rises ? half : 0);
     }
 }
 
@@ -320,10 +317,9 @@ void MotionChip::follow() {
         causes_.pop_front();
         Axis& state = axes_[axis];
         for (std::size_t sync = 0; sync < 4; ++sync) {
-            const std::uint32_t mode = state.values[sync0 + sync];
-            if ((state.syncs & which & 1 << sync) == 0 || (mode & 15) != static_cast<unsigned>(cause)) continue;
+            if ((which >> sync & 1) == 0 || !waitsFor(state, sync, cause)) continue;
             constexpr std::uint32_t repeats = 1 << 15;
-            if ((mode & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
+            if ((state.values[sync0 + sync] & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
             act(axis, sync);
         }
     }
@@ -377,6 +373,12 @@ std::int64_t MotionChip::position(std::size_t axis) const {
     const double length = gone(drive);
     return drive.origins[axis] +
            std::llround(drive.path.at(axis, length >= drive.path.length ? length : whole(length)));
+}
+
+// Between pulses, since a pulse is counted a little early.
+double MotionChip::exactPlace(std::size_t axis) const {
+    const Drive& drive = *axes_[axis].drive;
+    return static_cast<double>(drive.origins[axis]) + drive.path.at(axis, gone(drive));
 }
 
 std::int64_t MotionChip::logical(std::size_t axis) const {
@@ -542,7 +544,7 @@ void MotionChip::stop(std::size_t axis, bool atOnce) {
     drive->profile.stop(drive->ramp);
 }
 
-void MotionChip::finish(std::shared_ptr<Drive> drive) {
+void MotionChip::finish(const std::shared_ptr<Drive>& drive) {
     const double last = drive->stops ? 0 : drive->profile.end().speed;
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         Axis& state = axes_[axis];

@@ -48,7 +48,7 @@ std::optional<double> firstCrossing(const std::vector<double>& times, const std:
             return begin;
         }
         const double last = greatest(begin, end, [&](double time) { return isBefore(value(time)); });
-        return std::nextafter(last, forever);
+        return std::min(std::nextafter(last, forever), end);
     }
     return std::nullopt;
 }
