@@ -4,91 +4,33 @@
 #include <bit>
 #include <cmath>
 #include <functional>
-#include <tuple>
 #include <utility>
 
 namespace zvr::sim {
 
 namespace {
 
-// Codes by which values are written. Mode registers and most other values are read and written as they are.
+// clang-format off
+// Codes by which values are written; each is told its number where it does not follow the one before.
 enum Value : std::uint8_t {
-    accelerationJerk = 0x00,
-    decelerationJerk,
-    acceleration,
-    deceleration,
-    initialSpeed,
-    driveSpeed,
-    finishPoint,
-    circularCentre = 0x08,
-    logicalPosition,
-    realPosition,
-    softLimitPlus,
-    softLimitMinus,
-    logicalMost = 0x0E,
-    realMost,
-    multiPurpose0,
-    homeSpeed = 0x14,
-    speedStep,
-    timer,
-    split1,
-    split2,
-    longestInterpolation,
-    helixTurns,
-    helixLength,
-    outputs,
-    multiPurposeMode = 0x20,
-    homeMode1 = 0x23,
-    homeMode2,
-    sync0 = 0x26,
-    interpolationMode = 0x2A,
+    accelerationJerk = 0x00, decelerationJerk, acceleration, deceleration, initialSpeed, driveSpeed, finishPoint,
+    circularCentre = 0x08, logicalPosition, realPosition, softLimitPlus, softLimitMinus,
+    logicalMost = 0x0E, realMost, multiPurpose0,
+    homeSpeed = 0x14, speedStep, timer, split1, split2, longestInterpolation, helixTurns, helixLength, outputs,
+    multiPurposeMode = 0x20, homeMode1 = 0x23, homeMode2, sync0 = 0x26, interpolationMode = 0x2A,
 };
 
 enum Code : std::uint8_t {
     noOperation = 0x1F,
-    relativeMove = 0x50,
-    relativeBack,
-    onPlus,
-    onMinus,
-    absoluteMove,
-    slowStop = 0x56,
-    instantStop,
-    directionPlus,
-    directionMinus,
-    homeSearch,
-    line1 = 0x60,
-    line4 = 0x63,
-    circleClockwise,
-    circleBack,
-    bits2,
-    bits4 = 0x68,
-    helixClockwise,
-    helixBack,
-    helixCalculation,
-    helixCalculationBack,
-    decelerate,
-    doNotDecelerate,
-    clearStep,
-    faster = 0x70,
-    slower,
-    clearDeviation,
-    startTimer,
-    stopTimer,
-    startSplit,
-    stopSplit,
-    hold,
-    release,
-    clearErrors,
-    enableSyncs = 0x80,
-    disableSyncs = 0x90,
-    activateSyncs = 0xA0,
-    setModeBits = 0xC0,
-    writeWords = 0xE0,
-    readWords = 0xE8,
-    checkBus = 0xFC,
-    resetBus,
-    resetChip,
+    relativeMove = 0x50, relativeBack, onPlus, onMinus, absoluteMove,
+    slowStop = 0x56, instantStop, homeSearch = 0x5A,
+    line1 = 0x60, line4 = 0x63, circleClockwise, circleBack, bits2, bits4 = 0x68, helixClockwise, helixBack,
+    helixCalculation, helixCalculationBack, decelerate, doNotDecelerate, clearStep,
+    faster = 0x70, slower, startTimer = 0x73, stopTimer, startSplit, stopSplit, hold, release, clearErrors,
+    enableSyncs = 0x80, disableSyncs = 0x90, activateSyncs = 0xA0,
+    setModeBits = 0xC0, writeWords = 0xE0, readWords = 0xE8, checkBus = 0xFC, resetBus, resetChip,
 };
+// clang-format on
 
 struct Range {
     std::uint8_t first, last;
@@ -108,7 +50,7 @@ constexpr Range readingChip[] = {{0x39, 0x3B}, {0xE8, 0xE8}, {0xEC, 0xEF}};
 
 enum ErrorBit { softPlus, softMinus, hardPlus, hardMinus, alarmBit };
 enum EventBit { driveStart = 4, driveEnd = 7, homeEnd, timerEnd, splitStart, splitEnd, syncDone };
-enum Cause {
+enum CauseNumber {
     compared = 1,
     timeIsOver = 2,
     driveStarts = 3,
@@ -122,7 +64,7 @@ enum Cause {
 constexpr double settling = 0.005;  // seconds until an axis that stands is in position
 constexpr double calculation = 0.002;
 constexpr std::size_t longestQueue = 8;
-constexpr int mostEvents = 10000;  // between two requests: actions may follow each other without end
+constexpr int mostEvents = 2000;  // between two requests: actions may follow each other without end
 
 // Pulses that are behind on a way.
 double whole(double length) { return length < 0 ? std::ceil(length - 1e-6) : std::floor(length + 1e-6); }
@@ -148,7 +90,10 @@ struct MotionChip::Event {
 
 void MotionChip::reset() {
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
+        const std::int64_t here = position(axis);  // the motor stays where it is
         axes_[axis] = Axis{};
+        axes_[axis].position = here;
+        axes_[axis].logicalBase = axes_[axis].realBase = -here;
         axes_[axis].values[logicalMost] = axes_[axis].values[realMost] = 0xFFFFFFFF;
         axes_[axis].modes[2] = 1 << 10;
     }
@@ -177,6 +122,7 @@ std::optional<std::uint32_t> MotionChip::run(std::uint8_t code, std::uint8_t mas
             if ((mask >> axis & 1) != 0) done = command(axis, code, data) && done;
         }
     }
+    follow();
     return done ? std::optional<std::uint32_t>(0) : std::nullopt;
 }
 
@@ -187,17 +133,17 @@ void MotionChip::advance(double now) {
         Event first{now};
         for (std::size_t axis = 0; axis < axisCount; ++axis) {
             findEvents(axis, first);
-            findSyncs(axis, first);
         }
         if (!first.action) break;
         clock_ = std::max(clock_, first.time);
         first.action();
+        follow();
     }
     clock_ = now;
 }
 
 void MotionChip::findEvents(std::size_t axis, Event& first) {
-    Axis& state = axes_[axis];
+    const Axis& state = axes_[axis];
     if (state.timerStart) {
         const double period = std::max<double>(state.values[timer], 1) * 1e-6;
         first.offer(*state.timerStart + period, [this, axis, period, now = first.time] {
@@ -212,10 +158,9 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
         });
     }
     if (!state.drive) return;
-    Drive& drive = *state.drive;
-    if (drive.main == axis) {
-        first.offer(drive.start + drive.profile.duration(), [this, ended = state.drive] { finish(ended); });
-    }
+    findComparisons(axis, first);
+    findEdges(axis, first);
+    const Drive& drive = *state.drive;
     const auto offerStop = [&](double at, Crossing direction, int error, bool atOnce) {
         first.offer(crossing(axis, at, direction), [this, axis, error, atOnce] {
             axes_[axis].errors |= static_cast<std::uint16_t>(1 << error);
@@ -227,65 +172,65 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
         offerStop(track.alarmAt, Crossing::up, alarmBit, true);
         offerStop(-track.alarmAt, Crossing::down, alarmBit, true);
     }
-    if (!drive.watchesLimits) return;
-    if (state.has(2, 11)) {
+    if (drive.watchesLimits && state.has(2, 11)) {
         offerStop(track.forwardAt, Crossing::up, hardPlus, state.has(2, 12));
         offerStop(track.reverseAt, Crossing::down, hardMinus, state.has(2, 12));
     }
-    if (state.has(2, 13)) {
-        const bool ofReal = state.has(2, 14);
-        const int sign = ofReal ? state.realSign() : 1;
-        const std::int64_t base = ofReal ? state.realBase : state.logicalBase;
-        const auto offerSoft = [&](Value limit, bool plus, int error) {
-            offerStop(static_cast<double>(sign * (state.signedValue(limit) - base)),
-                      plus == (sign > 0) ? Crossing::up : Crossing::down, error, state.has(2, 15));
-        };
-        offerSoft(softLimitPlus, true, softPlus);
-        offerSoft(softLimitMinus, false, softMinus);
+    if (drive.watchesLimits && state.has(2, 13)) {
+        const bool ofReal = state.has(2, 14), turned = ofReal && state.realSign() < 0;
+        const auto plus = turned ? Crossing::down : Crossing::up, minus = turned ? Crossing::up : Crossing::down;
+        offerStop(placeOf(state, softLimitPlus, ofReal), plus, softPlus, state.has(2, 15));
+        offerStop(placeOf(state, softLimitMinus, ofReal), minus, softMinus, state.has(2, 15));
+    }
+    // Behind all that happens on the way to the end.
+    if (drive.main == axis) {
+        first.offer(drive.start + drive.profile.duration(), [this, ended = state.drive] { finish(ended); });
     }
 }
 
-void MotionChip::findSyncs(std::size_t axis, Event& first) {
+// Where on the track a counter has the value of a register.
+double MotionChip::placeOf(const Axis& axis, std::size_t code, bool ofReal) {
+    const std::int64_t value = axis.signedValue(code);
+    return static_cast<double>(ofReal ? axis.realSign() * (value - axis.realBase) : value - axis.logicalBase);
+}
+
+bool MotionChip::waitsFor(const Axis& axis, std::size_t sync, int cause) {
+    return (axis.syncs >> sync & 1) != 0 && (axis.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
+}
+
+void MotionChip::findComparisons(std::size_t axis, Event& first) {
     const Axis& state = axes_[axis];
-    if (!state.drive) return;
-    // Between pulses, since a pulse is counted a little early.
-    const double here =
-        static_cast<double>(state.drive->origins[axis]) + state.drive->path.at(axis, gone(*state.drive));
-    const auto waitsFor = [&](std::size_t sync, int cause) {
-        return (state.syncs >> sync & 1) != 0 && (state.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
-    };
+    const double here = exactPlace(axis);
     for (std::size_t sync = 0; sync < 4; ++sync) {
         const unsigned mode = state.values[multiPurposeMode] >> (4 * sync);
-        if ((waitsFor(sync, compared) || state.has(1, static_cast<int>(sync))) && (mode & 3) < 2) {
-            const bool ofReal = (mode & 3) == 1;
-            const int sign = ofReal ? state.realSign() : 1;
-            const std::int64_t base = ofReal ? state.realBase : state.logicalBase;
-            constexpr Crossing conditions[] = {Crossing::up, Crossing::up, Crossing::either, Crossing::down};
-            Crossing condition = conditions[mode >> 2 & 3];
-            if (sign < 0 && condition != Crossing::either) {
-                condition = condition == Crossing::up ? Crossing::down : Crossing::up;
-            }
-            const auto at = static_cast<double>(sign * (state.signedValue(multiPurpose0 + sync) - base));
+        const bool isWanted = waitsFor(state, sync, compared) || state.has(1, static_cast<int>(sync));
+        if (!isWanted || (mode & 3) > 1) continue;  // only positions are compared
+        const bool ofReal = (mode & 3) == 1, turned = ofReal && state.realSign() < 0;
+        const unsigned condition = mode >> 2 & 3;  // not less, greater, equal, less
+        const auto way = condition == 2 ? Crossing::either : (condition == 3) != turned ? Crossing::down : Crossing::up;
+        const double at = placeOf(state, multiPurpose0 + sync, ofReal);
+        if ((way == Crossing::up && here >= at) || (way == Crossing::down && here <= at)) continue;
+        first.offer(crossing(axis, at, way), [this, axis, sync] {
+            axes_[axis].events |= static_cast<std::uint16_t>(1 << sync);
+            fire(axis, compared, static_cast<std::uint8_t>(1 << sync));
+        });
+    }
+}
 
-            if ((condition == Crossing::up && here >= at) || (condition == Crossing::down && here <= at)) continue;
-            first.offer(crossing(axis, at, condition), [this, axis, sync] {
-                axes_[axis].events |= static_cast<std::uint16_t>(1 << sync);
-                fire(axis, compared, static_cast<std::uint8_t>(1 << sync));
-            });
-        }
-        for (const int cause : {rises, falls}) {
-            if (!waitsFor(sync, cause)) continue;
-            // High in the first half of each revolution.
-            const Track& track = tracks_[axis];
-
-            const double half = track.revolution / 2;
-            const double shiftUp = cause == rises ? 0 : half, shiftDown = half - shiftUp;
-            for (const auto& [direction, way, shift] :
-                 {std::tuple(1, Crossing::up, shiftUp), std::tuple(-1, Crossing::down, shiftDown)}) {
-                first.offer(crossing(axis, track.indexBehind(here - shift, direction) + shift, way),
-                            [this, axis, cause] { fire(axis, cause); });
-            }
-        }
+// The capture input is high in the first half of each revolution.
+void MotionChip::findEdges(std::size_t axis, Event& first) {
+    const Track& track = tracks_[axis];
+    const double here = exactPlace(axis), half = track.revolution / 2;
+    for (const int cause : {rises, falls}) {
+        bool isWanted = false;
+        for (std::size_t sync = 0; sync < 4; ++sync) isWanted = isWanted || waitsFor(axes_[axis], sync, cause);
+        if (!isWanted) continue;
+        const auto offer = [&](int direction, Crossing way, double shift) {
+            first.offer(crossing(axis, track.indexBehind(here - shift, direction) + shift, way),
+                        [this, axis, cause] { fire(axis, cause); });
+        };
+        offer(1, Crossing::up, cause == rises ? 0 : half);
+        offer(-1, Crossing::down, cause == rises ? half : 0);
     }
 }
 
@@ -306,15 +251,22 @@ std::optional<double> MotionChip::crossing(std::size_t axis, double place, Cross
     return time ? std::optional(*time + drive.start) : std::nullopt;
 }
 
-void MotionChip::fire(std::size_t axis, int cause, std::uint8_t which) {
-    for (std::size_t sync = 0; sync < 4; ++sync) {
+void MotionChip::fire(std::size_t axis, int cause, std::uint8_t which) { causes_.push_back({axis, cause, which}); }
+
+// What follows from what has happened, which may go on without end.
+void MotionChip::follow() {
+    for (int most = 0; !causes_.empty() && most < mostEvents; ++most) {
+        const auto [axis, cause, which] = causes_.front();
+        causes_.pop_front();
         Axis& state = axes_[axis];
-        const std::uint32_t mode = state.values[sync0 + sync];
-        if ((state.syncs & which & 1 << sync) == 0 || (mode & 15) != static_cast<unsigned>(cause)) continue;
-        constexpr std::uint32_t repeats = 1 << 15;
-        if ((mode & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
-        act(axis, sync);
+        for (std::size_t sync = 0; sync < 4; ++sync) {
+            if ((which >> sync & 1) == 0 || !waitsFor(state, sync, cause)) continue;
+            constexpr std::uint32_t repeats = 1 << 15;
+            if ((state.values[sync0 + sync] & repeats) == 0) state.syncs &= static_cast<std::uint8_t>(~(1 << sync));
+            act(axis, sync);
+        }
     }
+    causes_.clear();
 }
 
 void MotionChip::act(std::size_t axis, std::size_t sync) {
@@ -364,6 +316,12 @@ std::int64_t MotionChip::position(std::size_t axis) const {
     const double length = gone(drive);
     return drive.origins[axis] +
            std::llround(drive.path.at(axis, length >= drive.path.length ? length : whole(length)));
+}
+
+// Between pulses, since a pulse is counted a little early.
+double MotionChip::exactPlace(std::size_t axis) const {
+    const Drive& drive = *axes_[axis].drive;
+    return static_cast<double>(drive.origins[axis]) + drive.path.at(axis, gone(drive));
 }
 
 std::int64_t MotionChip::logical(std::size_t axis) const {
@@ -470,7 +428,7 @@ bool MotionChip::startInterpolation(std::uint8_t code) {
         Arc arc{swapped ? second : main, swapped ? main : second, centre, end, false, 0};
         if (std::hypot(centre[arc.x], centre[arc.y]) < 0.5) return false;
         arc.clockwise = code == circleClockwise || code == helixClockwise || code == helixCalculation;
-        arc.turns = helix ? static_cast<int>(shared_[helixTurns]) : 0;
+        arc.turns = helix ? static_cast<int>(shared_[helixTurns] & 0xFFFF) : 0;
         path = arcPath(arc);
     }
     if (code == helixCalculation || code == helixCalculationBack) {
@@ -529,7 +487,7 @@ void MotionChip::stop(std::size_t axis, bool atOnce) {
     drive->profile.stop(drive->ramp);
 }
 
-void MotionChip::finish(std::shared_ptr<Drive> drive) {
+void MotionChip::finish(const std::shared_ptr<Drive>& drive) {
     const double last = drive->stops ? 0 : drive->profile.end().speed;
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         Axis& state = axes_[axis];

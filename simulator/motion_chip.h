@@ -60,12 +60,21 @@ private:
     };
 
     struct Event;
+    /// Something that enabled actions may wait for; those of a mask.
+    struct Cause {
+        std::size_t axis;
+        int number;
+        std::uint8_t which;
+    };
 
     void reset();
     void advance(double now);
     void findEvents(std::size_t axis, Event& first);
-    void findSyncs(std::size_t axis, Event& first);
-    std::optional<double> crossing(std::size_t axis, double position, Crossing direction) const;
+    void findComparisons(std::size_t axis, Event& first);
+    void findEdges(std::size_t axis, Event& first);
+    static double placeOf(const Axis& axis, std::size_t code, bool ofReal);
+    static bool waitsFor(const Axis& axis, std::size_t sync, int cause);
+    std::optional<double> crossing(std::size_t axis, double place, Crossing direction) const;
 
     std::uint32_t read(std::uint8_t code, std::size_t axis, std::uint32_t data);
     std::uint32_t readInputs(std::size_t axis) const;
@@ -84,13 +93,15 @@ private:
     void override(std::size_t axis);
     void changeSpeed(std::size_t axis, double change);
     void stop(std::size_t axis, bool atOnce);
-    void finish(std::shared_ptr<Drive> drive);
+    void finish(const std::shared_ptr<Drive>& drive);
     void fire(std::size_t axis, int cause, std::uint8_t which = 15);
+    void follow();
     void act(std::size_t axis, std::size_t sync);
 
     Ramp rampOf(const Axis& axis) const;
     double gone(const Drive& drive) const;
     std::int64_t position(std::size_t axis) const;
+    double exactPlace(std::size_t axis) const;
     std::int64_t logical(std::size_t axis) const;
     std::int64_t real(std::size_t axis) const;
     double speed(const Axis& axis) const;
@@ -103,6 +114,7 @@ private:
     std::array<std::uint32_t, 0x2B> shared_{};  // values of the whole chip, by the code that writes them
     std::array<std::uint16_t, 8> words_{};      // WR0 and WR4 to WR7, by number
     std::deque<Drive> queue_;                   // interpolations that follow the present one
+    std::deque<Cause> causes_;                  // that have not been followed yet
     bool decelerates_ = false;                  // at the end of an interpolation
     double calculated_ = -forever;              // when the calculation of a helix ends
     double clock_ = 0;

@@ -25,11 +25,11 @@ double lengthOf(double from, double to, const Ramp& ramp) {
 // The greatest value that holds; it holds up to some value and not beyond.
 template <class Test>
 double greatest(double holds, double fails, Test test) {
-    for (int i = 0; i < 100; ++i) {
-        const double middle = (holds + fails) / 2;
+    for (;;) {
+        const double middle = holds + (fails - holds) / 2;
+        if (middle == holds || middle == fails) return holds;
         (test(middle) ? holds : fails) = middle;
     }
-    return holds;
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ std::optional<double> firstCrossing(const std::vector<double>& times, const std:
             return begin;
         }
         const double last = greatest(begin, end, [&](double time) { return isBefore(value(time)); });
-        return std::nextafter(last, forever);
+        return std::min(std::nextafter(last, forever), end);
     }
     return std::nullopt;
 }

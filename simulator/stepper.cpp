@@ -10,22 +10,13 @@ namespace zvr::sim {
 
 namespace {
 
+// clang-format off
 enum Register : std::uint8_t {
     GSTAT = 0x01,
-    RAMPMODE = 0x20,
-    XACTUAL = 0x21,
-    VACTUAL = 0x22,
-    VSTART = 0x23,
-    AMAX = 0x26,
-    VMAX = 0x27,
-    DMAX = 0x28,
-    XTARGET = 0x2D,
-    AACTUAL = 0x31,
-    SWMODE = 0x34,
-    RAMPSTAT = 0x35,
-    XENC = 0x39,
-    ENC_CONST = 0x3A,
+    RAMPMODE = 0x20, XACTUAL, VACTUAL, VSTART, AMAX = 0x26, VMAX, DMAX, XTARGET = 0x2D, AACTUAL = 0x31,
+    SWMODE = 0x34, RAMPSTAT, XENC = 0x39, ENC_CONST,
 };
+// clang-format on
 enum RampMode : std::uint32_t { toTarget, upwards, downwards, holding };
 enum GlobalStatus : std::uint32_t { wasReset = 1, driverError = 2 };
 
@@ -59,7 +50,6 @@ void Stepper::reset() {
     scans_ = resets_ = false;
 }
 
-// A little behind a step it counts, so that a move ends on its target.
 std::int64_t Stepper::steps() const { return std::llround(place()); }
 
 Ramp Stepper::ramp() const {

@@ -485,6 +485,26 @@ TEST_F(MotionChipTest, BreakPointStartsPulses) {
     EXPECT_EQ(run(0x48, 1) >> 16, 4U);
 }
 
+TEST_F(MotionChipTest, ComparisonsTellEachCondition) {
+    run(0xE1, 1, 15);
+    run(0x20, 1, 0xC | 0x8 << 4 | 0x0 << 8 | 0x5 << 12);  // less, equal, not less, the encoder greater
+    run(0xDB, 1, 1);
+    run(0x10, 1, 200), run(0x11, 1, 500), run(0x12, 1, -10), run(0x13, 1, -100);
+    move(1, 500);
+    follow();
+    EXPECT_EQ(run(0xE9, 1), 2U);  // at the very end of the way
+    move(1, -500);
+    now_ += 1.4;
+    EXPECT_EQ(run(0xE9, 1), 1U | 8U);
+    follow();
+    move(1, -11);
+    follow();
+    EXPECT_EQ(run(0xE9, 1), 0U);
+    move(1, 11);
+    follow();
+    EXPECT_EQ(run(0xE9, 1), 4U);
+}
+
 TEST_F(MotionChipTest, ReversalStartsAtTheEndOfTheDrive) {
     run(0x52, 1);
     now_ = 5;
@@ -497,6 +517,19 @@ TEST_F(MotionChipTest, ReversalStartsAtTheEndOfTheDrive) {
     now_ = 8;
     EXPECT_EQ(speed(1), 500U);
     EXPECT_EQ(logical(1), 5000 - 125 - 750);
+}
+
+TEST_F(MotionChipTest, ActionsWithoutEndHoldNobodyUp) {
+    run(0x26, 1, 1 << 15 | 0x17 << 4 | 7);  // pulses start when pulses start
+    run(0x27, 1, 1 << 15 | 0x0A << 4 | 6);  // no way is gone when no way has been gone
+    run(0x83, 1);
+    run(0x75, 1);
+    move(1, 0);
+    now_ = 1e6;
+    EXPECT_EQ(driving(), 1U);
+    run(0x93, 1);
+    run(0x57, 1);
+    EXPECT_EQ(driving(), 0U);
 }
 
 TEST_F(MotionChipTest, TimerRunsOnceOrAgain) {
