@@ -315,7 +315,7 @@ std::int64_t MotionChip::position(std::size_t axis) const {
     const Drive& drive = *state.drive;
     const double length = gone(drive);
     return drive.origins[axis] +
-           std::llround(drive.path.at(axis, length >= drive.path.length ? length : whole(length)));
+           std::llround(drive.path.at(axis, length >= drive.path.length - 1e-6 ? drive.path.length : whole(length)));
 }
 
 // Between pulses, since a pulse is counted a little early.

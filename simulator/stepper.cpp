@@ -72,10 +72,11 @@ void Stepper::advance(double now) {
         if (watchesLimits_ && (registers_[SWMODE] & 1) != 0 && offerStop(track_.forwardAt, Crossing::up)) jams = false;
         if (watchesLimits_ && (registers_[SWMODE] & 2) != 0 && offerStop(track_.reverseAt, Crossing::down))
             jams = false;
-        if (time > now || profile_.duration() == 0) break;
+        // Standing is no move, but a move may begin where it ends.
+        if (time > now || (profile_.duration() == 0 && process_ != Process::running)) break;
         clock_ = time;
         if (jams) registers_[GSTAT] |= driverError;
-        if (process == Process::done && scans_) {
+        if (process == Process::done && scans_ && turningPoints_[0] != turningPoints_[1]) {
             std::swap(turningPoints_[0], turningPoints_[1]);
             registers_[XTARGET] = static_cast<std::uint32_t>(turningPoints_[0]);
             plan();

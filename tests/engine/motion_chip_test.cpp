@@ -383,6 +383,19 @@ TEST_F(MotionChipTest, ArcsAreRound) {
     EXPECT_TRUE(refuses(0x64, 0));
 }
 
+TEST_F(MotionChipTest, ArcsEndWhereTheyAreToldWhateverTheirLength) {
+    setUp(1, 20000, 77777, 1000);
+    run(0x2A, 0, 0x43);
+    for (int radius = 100; radius < 4100; radius += 37) {
+        run(0x09, 15, 0);
+        run(0x08, 1, radius), run(0x08, 2, 0), run(0x06, 1, radius), run(0x06, 2, radius);
+        run(0x64, 0);
+        follow(0.0137, [] {});
+        EXPECT_EQ(logical(1), radius);
+        EXPECT_EQ(logical(2), radius);
+    }
+}
+
 TEST_F(MotionChipTest, HelixClimbsEvenly) {
     run(0x2A, 0, 0x147);
     run(0x1A, 0, 2);

@@ -756,6 +756,19 @@ def test_what_fails_on_the_drive(pawl, call):
     assert [data for _, data in pawl.client_cmd.sent] == [b"\0"] and pawl.TMC5240_default_dict["x00_GCONF"][0] == 8
 
 
+def test_a_simulated_scan_that_begins_where_it_turns():
+    async def scan(pawl):
+        assert await pawl.Motion_startScanMove_async(0, 0, 500, 20000, 400000) == 0
+        for reached in (lambda place: place > 400, lambda place: place < 100):
+            while not reached((await pawl.Motion_readEncoderPosition_async(0))[1]):
+                pass
+        assert await pawl.Motion_stopProcess_async(0) == 0
+
+    with connected("Pawl") as pawl:
+        assert pawl.Motion_enableServoOn(0) == 0
+        asyncio.run(asyncio.wait_for(scan(pawl), 20))
+
+
 def test_records_are_plain_objects():
     axis = pyzvr.MotionAxis(deceleration=5)
     assert (axis.acceleration, axis.deceleration, axis.jerk) == (100000, 5, 1)
