@@ -31,7 +31,6 @@ from typing_extensions import Self
 '''
 # Of the bound types.
 CONSTRUCTORS = {
-    "CANFrame": "id_: int, extended_id: bool = ..., remote: bool = ..., data: Sequence[int] = ...",
     "Fifo": "maxsize: int = ...",
     "ItemFifo": "maxsize: int = ...",
     "RowFifo": "maxsize: int = ...",
@@ -185,20 +184,19 @@ def models():
         "",
         "Written by `make docs` from the table of models; do not edit.",
         "",
-        "| Class | Name | Link | Modules | Digital inputs, port: pins | Digital outputs | Not yet |",
-        "| --- | --- | --- | --- | --- | --- | --- |",
+        "| Class | Name | Link | Modules | Digital inputs, port: pins | Digital outputs |",
+        "| --- | --- | --- | --- | --- | --- |",
     ]
     for name in pyzvr.HANDLE_LIST:
         cls = getattr(pyzvr, name)
         bases = [base.__name__ for base in cls.__mro__]
         link = next(text for base, text in LINKS.items() if base in bases)
         modules = [base.removesuffix("Module") for base in bases if base.endswith("Module")]
-        coming = (cls.__mro__[1].__doc__ if name == "LatticeLite" else cls.__doc__).partition("Not in the library yet: ")[2]
         with contextlib.redirect_stdout(io.StringIO()), cls() as handle:
             pins = [lines_of(getattr(handle, field, {})) for field in ("di_dict", "do_dict")]
         if pins[0] == pins[1] and pins[0]:
             pins[1] = "the same"
-        cells = [f"`{name}`", pyzvr.LABEL_DICT[name], link, ", ".join(modules), *pins, coming.rstrip(".")]
+        cells = [f"`{name}`", pyzvr.LABEL_DICT[name], link, ", ".join(modules), *pins]
         lines.append("| " + " | ".join(cells) + " |")
     return "\n".join(lines) + "\n"
 

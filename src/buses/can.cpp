@@ -21,14 +21,14 @@ py::list toFrames(const std::vector<RowRun>& rows) {
         const std::uint8_t* wire = run.bytes;
         for (std::size_t i = 0; i < run.rows; ++i, wire += CanFrame::wireBytes) {
             const std::span<const std::uint8_t, CanFrame::wireBytes> record(wire, CanFrame::wireBytes);
-            PyList_SET_ITEM(frames.ptr(), place++, py::cast(CanFrame(record)).release().ptr());
+            PyList_SET_ITEM(frames.ptr(), place++, CanFrameType::make(CanFrame(record)).release().ptr());
         }
     }
     return frames;
 }
 
 std::pair<RowLayout, Bytes> fromFrame(py::handle frame) {
-    const auto& content = py::cast<const CanFrame&>(frame);
+    const auto& content = CanFrameType::of(frame);
     Bytes bytes(content.idBytes.begin(), content.idBytes.end());
     bytes.insert(bytes.end(), content.data.begin(), content.data.end());
     return {RowLayout::records(CanFrame::wireBytes), std::move(bytes)};
@@ -104,7 +104,7 @@ Result close(Op op, Object port) {
 }
 
 Object wireOf(py::handle id, const Object& extended, const Object& remote, const Object& data) {
-    return attribute(py::cast(CanFrame(borrow(id.ptr()), extended, remote, data)), "frame_in_list");
+    return attribute(CanFrameType::make(CanFrame(borrow(id.ptr()), extended, remote, data)), "frame_in_list");
 }
 
 void checkIsBool(py::handle value) {

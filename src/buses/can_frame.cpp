@@ -18,7 +18,7 @@ bool isTrue(const Object& flag) {
     return answer != 0;
 }
 
-CanFrame& frameOf(py::handle self) { return *py::cast<CanFrame*>(self); }
+CanFrame& frameOf(py::handle self) { return CanFrameType::of(self); }
 
 py::list regularize(const Object& data) {
     py::list list = own(PySequence_List(data.ptr()));
@@ -57,8 +57,8 @@ Object toMessage(py::handle self) {
 
 Object fromMessage(const Object& message) {
     if (isTrue(attribute(message, "is_error_frame"))) throw py::value_error("an error frame is no frame to be sent");
-    return py::cast(CanFrame(attribute(message, "arbitration_id"), attribute(message, "is_extended_id"),
-                             attribute(message, "is_remote_frame"), attribute(message, "data")));
+    return CanFrameType::make(CanFrame(attribute(message, "arbitration_id"), attribute(message, "is_extended_id"),
+                                       attribute(message, "is_remote_frame"), attribute(message, "data")));
 }
 
 }  // namespace
@@ -101,23 +101,23 @@ bool CanFrame::operator==(const CanFrame& other) const {
 }
 
 void defineCanFrame(Package& package) {
-    const auto type =
-        py::class_<CanFrame>(package.module(), "CANFrame",
-                             "A frame of a CAN bus: CANFrame(id_, extended_id=False, remote=False, data=()).\n\n"
-                             "`id_` has 11 bits, or 29 where `extended_id`; `data` is filled with zeros up to 8 bytes, "
-                             "and cut after them. Raises OverflowError for an identifier that does not fit, ValueError "
-                             "for data that are no bytes. Frames with the same identifier, flags and data are equal.")
-            .def(py::init([](const Object& id, const Object& extended, const Object& remote, const Object& data) {
-                     return CanFrame(id, extended, remote, data);
-                 }),
-                 py::arg("id_"), py::arg("extended_id") = false, py::arg("remote") = false,
-                 py::arg("data") = py::tuple());
+    ClassMaker type = CanFrameType::define(package, "pyzvr.CANFrame",
+                                           "A frame of a CAN bus. Frames with the same identifier, flags and data are "
+                                           "equal.");
     const Parameter listed{"u8_list", "Sequence[int]", "12 bytes of the wire; 4 for a frame without data"};
     const Parameter data{"data", "Sequence[int]", "any number of bytes"};
     const Returns eight{"list[int]", "8 bytes"};
     const Parameter other{"other", "object", ""};
     const auto flag = [](const char* name, const char* doc) { return FieldDoc{name, "bool", doc}; };
-    ClassMaker(type)
+    type.method("__init__",
+                {{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"},
+                 {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
+                 {"remote", "bool", "whether it is a remote frame", "False"},
+                 {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
+                "Makes a frame.", {},
+                {"OverflowError: the identifier does not fit", "ValueError: the data are no bytes"},
+                [](py::handle self, const Object& id, const Object& extended, const Object& remote,
+                   const Object& data) { frameOf(self) = CanFrame(id, extended, remote, data); })
         .property(
             {"id", "int", "Identifier. After a change `setID` is due."},
             [](py::handle self) { return frameOf(self).id; },
@@ -145,7 +145,7 @@ void defineCanFrame(Package& package) {
                 [](py::handle, const Object& values) { return regularize(values); })
         .standalone("fromU8List", {listed}, "Makes a frame of the bytes of the wire.", {"CANFrame", "a new frame"},
                     {"struct.error: fewer than 4 bytes"},
-                    [](py::handle, const Object& values) { return py::cast(CanFrame(bytesOf(values))); })
+                    [](py::handle, const Object& values) { return CanFrameType::make(CanFrame(bytesOf(values))); })
         .method("toMessage", {}, "The frame as a message of the package `can`, 8 bytes long.", {"Any", "a can.Message"},
                 {"ImportError: the package is not installed"}, Calls<toMessage>{})
         .standalone("fromMessage", {{"message", "Any", "a can.Message"}},
@@ -154,7 +154,7 @@ void defineCanFrame(Package& package) {
                     [](py::handle, const Object& message) { return fromMessage(message); })
         .method("__eq__", {other}, "Whether two frames say the same.", {"bool"}, {},
                 [](py::handle self, const Object& other) -> Object {
-                    if (!py::isinstance<CanFrame>(other)) return borrow(Py_NotImplemented);
+                    if (!CanFrameType::is(other)) return borrow(Py_NotImplemented);
                     return py::bool_(frameOf(self) == frameOf(other));
                 })
         .method("__hash__", {}, "By what it says.", {"int"}, {},

@@ -1,7 +1,7 @@
 // A frame of a CAN bus.
 #pragma once
 
-#include "python/classes.h"
+#include "python/record_type.h"
 
 namespace zvr::python {
 
@@ -11,6 +11,7 @@ public:
     static constexpr std::size_t dataBytes = 8, wireBytes = 12;
     using Data = std::array<std::uint8_t, dataBytes>;
 
+    CanFrame() = default;
     CanFrame(const Object& id, Object extended, Object remote, const Object& data);
     explicit CanFrame(ByteView wire);
 
@@ -20,9 +21,11 @@ public:
     bool operator==(const CanFrame& other) const;
 
     std::int64_t id = 0;
-    Object extended, remote;
+    Object extended = py::bool_(false), remote = py::bool_(false);
     Data data{};
     std::array<std::uint8_t, 4> idBytes{};
 };
+
+using CanFrameType = RecordType<CanFrame>;
 
 }  // namespace zvr::python

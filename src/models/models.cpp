@@ -43,7 +43,6 @@ struct Model {
     const Family& family;
     const char* what;
     std::vector<ModuleUse> modules;
-    std::vector<const char*> toCome = {};  ///< modules that the device has and the library does not have yet
 };
 
 /// Port and its pins, from the first to the last; a port may have several entries.
@@ -245,14 +244,6 @@ std::vector<std::string> basesOf(const Model& model) {
     return bases;
 }
 
-std::string docOf(const Model& model) {
-    std::string doc = std::string(model.displayName) + ": " + model.what;
-    for (std::size_t i = 0; i < model.toCome.size(); ++i) {
-        doc += (i == 0 ? "\n\nNot in the library yet: " : ", ") + std::string(model.toCome[i]);
-    }
-    return doc + (model.toCome.empty() ? "" : ".");
-}
-
 // The bases are not chained: each constructor is called by class, the device's first, with what the model offers.
 Object construct(const Definition& definition, py::handle self, Arguments /*unused*/) {
     const Model& model = models()[definition.tag];
@@ -322,7 +313,8 @@ void defineModels(Package& package) {
     py::list handles;
     for (std::size_t i = 0; i < models().size(); ++i) {
         const Model& model = models()[i];
-        ClassMaker type = package.makeClass(model.name, basesOf(model), docOf(model));
+        ClassMaker type =
+            package.makeClass(model.name, basesOf(model), std::string(model.displayName) + ": " + model.what);
         Definition constructor{"__init__", {}, "Makes a handle and starts its threads.", {}, {}, construct};
         constructor.tag = i;
         type.add(std::move(constructor), Form::method);

@@ -238,7 +238,7 @@ void defineMoves(Feature& controller) {
         .operation("Motion_cfgFindRef",
                    {port,
                     axis,
-                    integer("search_type", "0 home, 1 limit, 2 index"),
+                    integer("search_type", "0 home switch, 1 index, 2 limit switch"),
                     integer("search_dir", "0 forward, 1 reverse"),
                     {"search_velo", "int", "pulses per second", "10000"},
                     {"search_accle", "int", "pulses per second squared", "100000"},
@@ -249,7 +249,7 @@ void defineMoves(Feature& controller) {
                    entering({"@_checkMCX514SearchType", "@_checkMCX514SearchDirection", "@_checkMCX514Enable"}),
                    Calls<configureSearch>{})
         .operation("_Motion_setAutoHome1",
-                   {connector, axis, integer("search_type", "0, 1, else 2"), initial,
+                   {connector, axis, integer("search_type", "0, 1, else as 2"), initial,
                     integer("final_approach_direction", "0 forward, 1 reverse"), percent, offset},
                    "Sets the first mode word of the reference search.", mergedStatus, entering(),
                    Calls<setSearchMode>{})

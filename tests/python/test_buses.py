@@ -169,12 +169,16 @@ def test_frame_survives_the_wire(identifier, extended, remote, data):
 def test_frame_as_text_and_bad_ones():
     assert str(pyzvr.CANFrame(291)) == repr(pyzvr.CANFrame(291)) == "CANFrame(id=291, extended_id=False, remote=False, data=[0, 0, 0, 0, 0, 0, 0, 0])"
     assert "extended_id=1, remote=0" in str(pyzvr.CANFrame(1, 1, 0)) and pyzvr.CANFrame(1, 1) == pyzvr.CANFrame(1, True)
+    class Named(pyzvr.CANFrame):
+        name = "x"
+
+    assert Named(5, data=[1]) == pyzvr.CANFrame(5, data=[1]) and Named(id_=5).name == "x"
     frame = pyzvr.CANFrame.fromU8List([36, 96, 0, 0])
     assert frame == pyzvr.CANFrame(291) and frame.regularizeData([1]) == [1, 0, 0, 0, 0, 0, 0, 0]
     frame.id, frame.extended_id, frame.data = 2**28, True, [5]
     frame.setID()
     assert pyzvr.CANFrame.fromU8List(frame.frame_in_list) == pyzvr.CANFrame(2**28, True, False, [5])
-    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), ((1, False, False, [256]), ValueError), (("1",), TypeError)):
+    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), ((1, False, False, [256]), ValueError), (("1",), TypeError), ((), TypeError)):
         with pytest.raises(failure):
             pyzvr.CANFrame(*arguments)
 
