@@ -1,6 +1,7 @@
 // The inertial unit. Its filter runs in the device; the host sets it up and asks for what it estimates.
 #include "core/failures.h"
 #include "core/scale.h"
+#include "digital/pin_map.h"
 #include "sensing/sensing.h"
 
 namespace zvr::python {
@@ -9,6 +10,7 @@ namespace {
 
 const Parameter port{"port", "int", "port of the inertial unit"};
 const std::vector<Check> portChecks{calls("_checkAHRSPort", {"port"})};
+constexpr PinnedPorts unitPorts{"AHRS", "ahrs_dict", "ahrs_port", FailureId::AHRSPortNotAvaliableError};
 
 /// Groups of three values in a reply, in the order of their bits.
 enum Group : std::uint8_t { orientation = 1, angularVelocity = 4, acceleration = 16 };
@@ -47,10 +49,7 @@ Row estimateRow(const char* name, Group group, std::size_t inDegrees, const char
             summary};
 }
 
-void checkMode(py::handle, const Object& mode) {
-    checkIsInt(mode);
-    if (!isOneOf(mode, {0, 1, 2, 3, 4, 5, 6})) throw Failure(FailureId::AHRSModeNotAvaliableError);
-}
+constexpr auto checkMode = checkAccepted<FailureId::AHRSModeNotAvaliableError, 0, 1, 2, 3, 4, 5, 6>;
 
 Result open(Op op, Object port) {
     op.call("_checkAHRSPort", port);
@@ -92,16 +91,8 @@ void defineAttitude(Package& package) {
         return checks;
     };
     Feature ahrs(package, "AHRS", "The inertial unit.");
-    ahrs.offers({{"ahrs_dict", "dict[int, list[int]]", "ports of the inertial unit"}})
-        .shared(
-            "_checkAHRSPort", {port}, "Refuses a port that the model lacks.", {},
-            {"InputTypeNotCorrectError: `port` is no integer", "AHRSPortNotAvaliableError: the model has no such port"},
-            [](py::handle self, const Object& port) {
-                checkIsInt(port);
-                if (!attribute(self, "ahrs_dict").contains(port)) {
-                    throw Failure(FailureId::AHRSPortNotAvaliableError);
-                }
-            })
+    definePortCheck<unitPorts>(ahrs)
+        .offers({{"ahrs_dict", "dict[int, list[int]]", "ports of the inertial unit"}})
         .shared("_checkAHRSMode", {mode}, "Refuses another mode.", {},
                 {"InputTypeNotCorrectError: `mode` is no integer", "AHRSModeNotAvaliableError: another mode"},
                 Calls<checkMode>{})

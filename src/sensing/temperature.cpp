@@ -12,6 +12,7 @@ namespace {
 const Parameter port{"port", "int", "port of the sensors"};
 const Parameter channel{"channel", "int", "sensor of the port, 0 or 1; up to 6 on `TarnThermo`"};
 const Parameter temperature{"temperature", "float", "degrees, 32-bit float"};
+constexpr PinnedPorts sensorPorts{"Thermal", "thermal_dict", "thermal_port", FailureId::ThermalPortNotAvaliableError};
 
 std::vector<Check> sensorChecks(std::vector<Check> more = {}) {
     more.insert(more.begin(), {calls("_checkThermalPort", {"port"}), calls("_checkThermalChipSelect", {"channel"})});
@@ -47,10 +48,6 @@ void checkChipSelect(py::handle self, const Object& chipSelect) {
     const auto check = isModel(self, {"TarnThermo"}) ? checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 6>
                                                      : checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 1>;
     check(self, chipSelect);
-}
-
-Object linesOf(py::handle self, const Object& port) {
-    return own(PyObject_GetItem(attribute(self, "thermal_dict").ptr(), port.ptr()));
 }
 
 Result open(Op op, Object port) {
@@ -103,7 +100,8 @@ Row typeRow(const char* check, const char* codes) {
 void defineThermal(Package& package) {
     Feature thermal(package, "Thermal", "Temperature sensors.");
     defineChecks(thermal);
-    thermal.offers({{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
+    definePinCheck<sensorPorts>(thermal)
+        .offers({{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
         .shared("_checkThermalPort", {port}, "Refuses a port that the model lacks.", {},
                 {"ThermalPortNotAvaliableError: the model has no such port"},
                 [](py::handle self, const Object& port) {
@@ -114,16 +112,6 @@ void defineThermal(Package& package) {
         .shared("Thermal_getPinMap", {}, "Tells which ports there are.",
                 {"dict[int, list[Any]]", "ports, each with its channels or lines", "the model's table"}, {},
                 [](py::handle self) { return attribute(self, "thermal_dict"); })
-        .shared("_Thermal_getPinMapPort", {{"thermal_port", "int", "port of the sensors"}},
-                "Digital ports of a port's lines.", {"list[int]", "each once", "the model's table"}, {},
-                [](py::handle self, const Object& port) { return digitalPortsOf(linesOf(self, port)); })
-        .operation("_checkThermalPinState", {port, {"allow_state", "list[str]", "modes that are allowed"}},
-                   "Refuses a port whose lines are in use for something else.", {},
-                   {"ThermalPortNotAvaliableError: a line is in another mode"},
-                   [](Op op, Object port, Object allowed) -> Result {
-                       co_return co_await op.run(
-                           checkLines(op, linesOf(op.self(), port), allowed, FailureId::ThermalPortNotAvaliableError));
-                   })
         .operation("Thermal_open", {port}, "Opens a port, whose lines must be idle or digital.", statusByte(1).returns,
                    {"@_checkThermalPort", "@_checkThermalPinState"}, Calls<open>{})
         .operation("Thermal_getStatus", {port, channel}, "Reads the state of a sensor.",
