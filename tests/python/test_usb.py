@@ -45,6 +45,10 @@ def test_finding_devices_and_taking_one_from_the_kernel():
         "wrong": ["USBConnectionError", True, None], "detached": True}
 
 
+def test_bytes_of_a_read_that_has_timed_out_are_kept():
+    assert seen_in("lateness", "SableDio") == {"serials": ["SIM00001"] * 30}
+
+
 def test_streams_arrive_whole_in_pieces_of_64_bytes():
     assert seen_in("streaming", "SableAnalog", "--wave", "*:count") == {
         "8": [[0, 0, 0, 0], [2000, 2], True, 0, 0], "3": [[0, 0, 0, 0], [6300, 2], True, 0, 0]}

@@ -122,6 +122,14 @@ def pulses():
                 "still": still, "closed": [box.Counter_close(0), box.Encoder_close(0), box.PWM_close(0)]}
 
 
+def lateness():
+    """Replies that come in the moment in which a read gives up."""
+    with pyzvr.SableDio() as box:
+        box.connect()
+        control("late SIM00001 on")
+        return {"serials": [box.Sys_getSerialNumber() for _ in range(30)]}
+
+
 def streaming():
     """A stream of a counting signal, with all channels and with some."""
     report = {}
