@@ -24,14 +24,13 @@ public:
 
     const std::string& path() const { return path_; }
 
-#define ZVR_USB_FUNCTIONS(X)                                                                          \
-    X(init)                                                                                           \
-    X(exit)                                                                                           \
-    X(get_device_list)                                                                                \
-    X(free_device_list)                                                                               \
-    X(get_device_descriptor) X(get_config_descriptor) X(free_config_descriptor) X(get_bus_number)     \
-        X(get_device_address) X(open) X(close) X(get_string_descriptor_ascii) X(kernel_driver_active) \
-            X(detach_kernel_driver) X(claim_interface) X(release_interface) X(bulk_transfer)
+// clang-format off
+#define ZVR_USB_FUNCTIONS(X) \
+    X(init) X(exit) X(get_device_list) X(free_device_list) X(get_device_descriptor) \
+    X(get_config_descriptor) X(free_config_descriptor) X(get_bus_number) X(get_device_address) X(open) \
+    X(close) X(get_string_descriptor_ascii) X(kernel_driver_active) X(detach_kernel_driver) \
+    X(claim_interface) X(release_interface) X(bulk_transfer)
+// clang-format on
 #define ZVR_USB_FUNCTION(name) decltype(&libusb_##name) name = nullptr;
     ZVR_USB_FUNCTIONS(ZVR_USB_FUNCTION)
 #undef ZVR_USB_FUNCTION
