@@ -10,7 +10,7 @@ namespace zvr::python {
 namespace {
 
 constexpr PinnedPorts canPorts{"CAN", "can_dict", "CAN_port", FailureId::CANPortNotAvaliableError};
-constexpr const char* partName = "can";
+constexpr const char* partName = "CAN";
 
 py::list toFrames(const std::vector<RowRun>& rows) {
     std::size_t count = 0;
@@ -35,12 +35,6 @@ std::pair<RowLayout, Bytes> fromFrame(py::handle frame) {
 }
 
 constexpr ItemKind canFrames{toFrames, fromFrame};
-
-std::shared_ptr<Feeders> feedersOf(py::handle self) {
-    auto feeders = runtimeOf(self).part<Feeders>(partName);
-    if (!feeders) throw py::attribute_error("the object has no CAN");
-    return feeders;
-}
 
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "can_dict", ports);
@@ -162,9 +156,9 @@ void defineChecks(Feature& can) {
 void defineStreaming(Feature& can) {
     can.property(
            {"can_killed", "bool", "Set once, by `_CAN_free`; ends the feeding thread."},
-           [](py::handle self) { return feedersOf(self)->readers[0]->ended(); },
+           [](py::handle self) { return feedersOf(self, partName)->readers[0]->ended(); },
            [](py::handle self, const Object& value) {
-               if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self)->kill();
+               if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self, partName)->kill();
            })
         .field({"can_open_flag", "bool", "whether the port is open"})
         .field({"can_data_queue", "Fifo", "records as they came"})
@@ -175,7 +169,7 @@ void defineStreaming(Feature& can) {
                 "Body of the feeding thread: turns records into frames until `_CAN_free`.", {},
                 {"ValueError: what came is no whole number of records"},
                 [](py::handle self, const Object& frames) {
-                    const auto reader = feedersOf(self)->readers[0];
+                    const auto reader = feedersOf(self, partName)->readers[0];
                     const std::vector<StreamReader::Pair> pairs{
                         {py::cast<std::shared_ptr<StreamFifo>>(frames), reader->pairs()[0].rows}};
                     const WithoutGil released;

@@ -9,7 +9,7 @@ namespace zvr::python {
 namespace {
 
 constexpr PinnedPorts uartPorts{"UART", "uart_dict", "UART_port", FailureId::UARTPortNotAvaliableError};
-constexpr const char* partName = "uart";
+constexpr const char* partName = "UART";
 constexpr std::size_t longestWrite = 50;
 constexpr std::array locks{"uart_p1_lock", "uart_p2_lock"};
 constexpr std::array dataQueues{"uart_p1_data_queue", "uart_p2_data_queue"};
@@ -39,12 +39,6 @@ std::pair<RowLayout, Bytes> fromNumber(py::handle number) {
 }
 
 constexpr ItemKind octets{toNumbers, fromNumber};
-
-std::shared_ptr<Feeders> feedersOf(py::handle self) {
-    auto feeders = runtimeOf(self).part<Feeders>(partName);
-    if (!feeders) throw py::attribute_error("the object has no UART");
-    return feeders;
-}
 
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "uart_dict", ports);
@@ -173,9 +167,9 @@ void defineChecks(Feature& uart) {
 void defineStreaming(Feature& uart) {
     uart.property(
             {"uart_killed", "bool", "Set once, by `_UART_free`; ends the feeding threads."},
-            [](py::handle self) { return feedersOf(self)->readers[0]->ended(); },
+            [](py::handle self) { return feedersOf(self, partName)->readers[0]->ended(); },
             [](py::handle self, const Object& value) {
-                if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self)->kill();
+                if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self, partName)->kill();
             })
         .field({"uart_open_flag", "bool", "whether reading is on; both ports share it"});
     for (std::size_t i = 0; i < locks.size(); ++i) {
@@ -194,7 +188,7 @@ void defineStreaming(Feature& uart) {
                     const std::vector<StreamReader::Pair> pairs{
                         {py::cast<std::shared_ptr<StreamFifo>>(frames), py::cast<std::shared_ptr<ObjectQueue>>(bytes)}};
                     const auto gate = py::cast<std::shared_ptr<Gate>>(lock);
-                    const auto reader = feedersOf(self)->readers[0];
+                    const auto reader = feedersOf(self, partName)->readers[0];
                     const WithoutGil released;
                     reader->run(pairs, *gate);
                 })

@@ -44,6 +44,12 @@ std::shared_ptr<StreamReader> Feeders::add(const char* threadName, std::shared_p
     return readers.back();
 }
 
+std::shared_ptr<Feeders> feedersOf(py::handle self, const char* partName) {
+    auto feeders = runtimeOf(self).part<Feeders>(partName);
+    if (!feeders) throw py::attribute_error(std::string("the object has no ") + partName);
+    return feeders;
+}
+
 StreamReader::OnOverflow warningOf(FailureId warning) {
     return [warning] { onInterpreter([&] { callObject(failureClass(warning)); }); };
 }

@@ -46,6 +46,9 @@ public:
     std::vector<std::shared_ptr<StreamReader>> readers;
 };
 
+/// The threads that an object keeps under this name; a missing-attribute failure if it has none.
+std::shared_ptr<Feeders> feedersOf(py::handle self, const char* partName);
+
 /// Warns, from a thread of the library, that something was dropped.
 StreamReader::OnOverflow warningOf(FailureId warning);
 
