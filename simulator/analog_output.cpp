@@ -189,7 +189,7 @@ void addStreaming(const Commands& commands) {
 }
 
 void addReads(const Commands& commands) {
-    commands.onRead(GET_AO_COUNTERS, 2 * 4, [](OutputPort& port) {
+    commands.onRead(GET_AO_COUNTERS, 8, [](OutputPort& port) {
         Bytes data;
         appendBigEndian(data, port.made());
         appendBigEndian(data, port.missing());

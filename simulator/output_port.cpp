@@ -34,8 +34,10 @@ double Form::at(double seconds) const {
 }
 
 OutputPort::OutputPort(const AnalogOutputs& outputs) : outputs_(outputs) {
-    for (std::uint8_t span = 0; span < spans.size(); ++span) {
-        if (spans[span].least == outputs.least && spans[span].most == outputs.most) setSpan(span);
+    for (std::size_t span = 0; span < spans.size(); ++span) {
+        if (spans[span].least == outputs.least && spans[span].most == outputs.most) {
+            setSpan(static_cast<std::uint8_t>(span));
+        }
     }
 }
 

@@ -11,16 +11,16 @@ namespace {
 
 constexpr double frameSeconds = 0.005;
 constexpr std::size_t frameBytes = 1390;          // fits one segment, header included
-constexpr std::size_t fastFrameBytes = 8 * 1024;  // spares system calls
+constexpr std::size_t fastFrameBytes = 8192;      // spares system calls
 constexpr std::size_t longestFrame = 0x7FFF - 4;  // of rows; a longer one is not recognised
-constexpr std::size_t turnBytes = 512 * 1024;     // made before anything else gets its turn
+constexpr std::size_t turnBytes = 1 << 19;        // made before anything else gets its turn
 
 }  // namespace
 
-SampleRun::SampleRun(Device& device, RunPlan plan, const std::shared_ptr<SampleCounters>& counters)
+SampleRun::SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounters> counters)
     : device_(device),
       plan_(std::move(plan)),
-      counters_(counters),
+      counters_(std::move(counters)),
       fast_(device.signals.fast),
       rowSize_(plan_.channels * plan_.coding.bytes),
       frames_(plan_.chipSelects.size()) {

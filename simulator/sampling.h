@@ -35,7 +35,7 @@ struct RunPlan {
 
 class SampleRun : public std::enable_shared_from_this<SampleRun> {
 public:
-    SampleRun(Device& device, RunPlan plan, const std::shared_ptr<SampleCounters>& counters);
+    SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounters> counters);
 
     /// Makes what is due, and goes on by the device's agenda until it is finished or destroyed.
     void advance();

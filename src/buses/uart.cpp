@@ -111,7 +111,7 @@ Result write(Op op, Object port, Object text) {
 }
 
 // Checks the arguments and gives the queue of the port.
-Object signalQueue(Op op, const Object& port, const Object& count) {
+Object signalQueue(const Op& op, const Object& port, const Object& count) {
     op.call("_checkUARTPort", port);
     checkIsInt(count);
     return attribute(op.self(), signalQueues[port.equal(py::int_(1)) ? 0 : 1]);

@@ -7,8 +7,8 @@ namespace zvr {
 namespace {
 
 // Small frames share a chunk of this size; larger ones are kept as they came.
-constexpr std::size_t chunkBytes = 32 * 1024;
-constexpr std::size_t largeFrame = 4 * 1024;
+constexpr std::size_t chunkBytes = 32768;
+constexpr std::size_t largeFrame = 4096;
 
 }  // namespace
 

@@ -162,7 +162,7 @@ void defineSerialClient(Package& package) {
         .property({"read_timeout", "float", "Seconds that a read waits at most."},
                   [](py::handle) { return UART_READ_TIMEOUT; })
         .method("connect",
-                {{"port", "str", "name of the port, \"COM4\" or \"/dev/ttyUSB0\""},
+                {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
                  {"baudrate", "int", "speed in bits per second"}},
                 "Opens the port: 8 data bits, no parity, one stop bit.", {"bool", "True"},
                 {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"},

@@ -25,7 +25,7 @@ void defineSerialDevice(Package& package) {
                     printMessage(verbose, "Opened handle", self);
                 })
         .method("connect",
-                {{"port", "str", "name of the serial port, \"COM4\" or \"/dev/ttyUSB0\"", "\"COM4\""},
+                {{"port", "str", R"(name of the serial port, "COM4" or "/dev/ttyUSB0")", "\"COM4\""},
                  {"baudrate", "int", "speed in bits per second", "91600"},
                  verboseParameter},
                 "Opens the line; does nothing if it is open.", {},

@@ -9,7 +9,7 @@ namespace {
 // Longest wait for the threads that a shutdown has woken, or whose read ends by itself, to let go of a socket.
 constexpr std::chrono::milliseconds letGoWithin{75};
 // Bytes that a busy link's second read takes.
-constexpr std::size_t mostWaiting = 64 * 1024;
+constexpr std::size_t mostWaiting = 65536;
 
 }  // namespace
 
