@@ -149,7 +149,7 @@ Object get(py::handle self, Deadline deadline) {
 
 /// A queue as the host's own queues are; `kind` and `what` tell of its items.
 template <class Item>
-py::object defineFifoOf(Package& package, const char* name, const char* doc, const char* kind, const char* what) {
+void defineFifoOf(Package& package, const char* name, const char* doc, const char* kind, const char* what) {
     const Parameter item{"item", kind, std::string(what) + "; None wakes a reader"};
     const Parameter waits{"block", "bool", "whether to wait", "True"};
     const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
@@ -180,7 +180,6 @@ py::object defineFifoOf(Package& package, const char* name, const char* doc, con
                 })
         .property({"maxsize", "int", "Most items it holds; 0 for no limit."},
                   [](py::handle self) { return thing<Fifo<Item>>(self).capacity(); });
-    return type;
 }
 
 void defineFifos(Package& package) {

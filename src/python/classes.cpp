@@ -46,19 +46,18 @@ ClassMaker& ClassMaker::add(Definition definition, Form form) {
     return add(std::make_shared<const Definition>(std::move(definition)), form);
 }
 
-ClassMaker& ClassMaker::add(std::shared_ptr<const Definition> definition, Form form) {
+ClassMaker& ClassMaker::add(const std::shared_ptr<const Definition>& definition, Form form) {
     rememberRaises(*definition);
     const std::string name = nameIn(*definition, form);
-    py::setattr(type_, name.c_str(), makeOperation(std::move(definition), form, nameOf(type_)));
+    py::setattr(type_, name.c_str(), makeOperation(definition, form, nameOf(type_)));
     return *this;
 }
 
-ClassMaker& ClassMaker::addStandalone(Definition definition) {
+ClassMaker& ClassMaker::addStandalone(const Definition& definition) {
     rememberRaises(definition);
-    const std::string name = definition.name;
-    const auto shared = std::make_shared<const Definition>(std::move(definition));
-    const Object function = makeOperation(shared, Form::function, nameOf(type_));
-    py::setattr(type_, name.c_str(), callObject(hostObject("builtins", "staticmethod"), function));
+    const Object function =
+        makeOperation(std::make_shared<const Definition>(definition), Form::function, nameOf(type_));
+    py::setattr(type_, definition.name.c_str(), callObject(hostObject("builtins", "staticmethod"), function));
     return *this;
 }
 

@@ -75,12 +75,12 @@ public:
     ClassMaker& field(const FieldDoc& field);
 
     ClassMaker& add(Definition definition, Form form);
-    ClassMaker& add(std::shared_ptr<const Definition> definition, Form form);
+    ClassMaker& add(const std::shared_ptr<const Definition>& definition, Form form);
 
     const Object& type() const { return type_; }
 
 private:
-    ClassMaker& addStandalone(Definition definition);
+    ClassMaker& addStandalone(const Definition& definition);
     ClassMaker& addProperty(const FieldDoc& field, PlainBody get, PlainBody set);
 
     Object type_;

@@ -76,7 +76,7 @@ void reportUnraisable() noexcept {
 void prepareRaising() {
     py::register_local_exception_translator([](std::exception_ptr failure) {
         try {
-            std::rethrow_exception(failure);
+            std::rethrow_exception(std::move(failure));
         } catch (...) {
             raiseCurrent();
         }

@@ -156,7 +156,7 @@ std::vector<UsbIdentity> listUsbDevices(const std::shared_ptr<const UsbLibrary>&
     return found;
 }
 
-UsbClient::UsbClient(std::shared_ptr<const UsbLibrary> library, std::optional<std::string> serialNumber) {
+UsbClient::UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::optional<std::string> serialNumber) {
     if (!library) throw Failure(FailureId::USBConnectionError);
     const auto session = Session::of(library);
     const DeviceList devices(*session);

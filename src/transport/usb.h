@@ -21,7 +21,7 @@ class UsbClient final : public Client {
 public:
     /// Opens the first device, or the one with this serial number, and takes it from a driver of the kernel. Throws
     /// Failure USBConnectionError if there is none, and UsbError if it may not be opened.
-    UsbClient(std::shared_ptr<const UsbLibrary> library, std::optional<std::string> serialNumber);
+    UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::optional<std::string> serialNumber);
     ~UsbClient() override;
 
     const UsbIdentity& identity() const { return identity_; }
