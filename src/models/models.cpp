@@ -236,10 +236,10 @@ const std::vector<Model>& models() {
 
 std::vector<std::string> basesOf(const Model& model) {
     std::vector<std::string> bases{model.family.device};
-    if (model.family.logging != Logging::none) bases.push_back("DataLogger");
+    if (model.family.logging != Logging::none) bases.emplace_back("DataLogger");
     for (const char* ending : {"Module", "Module_async"}) {
         if (std::ranges::find(model.family.endings, std::string_view(ending)) == model.family.endings.end()) continue;
-        for (const ModuleUse& use : model.modules) bases.emplace_back(use.prefix + ending);
+        for (const ModuleUse& use : model.modules) bases.push_back(use.prefix + ending);
     }
     return bases;
 }
