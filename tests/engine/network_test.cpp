@@ -258,6 +258,25 @@ TEST(TcpClient, SendThatWentInPartIsCompleted) {
     }
 }
 
+// A busy link is read on where the first read was full; what comes is whole, in order, and followed by the end.
+TEST(TcpClient, ReceivesWhatWaitsBehindAFullReadAndThenTheEnd) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    std::vector<Packet> sent, received;
+    for (int i = 0; i < 400; ++i) {
+        sent.push_back({1000 + i, Bytes(static_cast<std::size_t>(i), static_cast<std::uint8_t>(i))});
+        asio::write(device, asio::buffer(buildFrame(sent.back().command, sent.back().data)));
+    }
+    device.close();
+    for (Reading reading = Reading::data; reading == Reading::data;) {
+        std::vector<Packet> packets;
+        reading = client.receive(1536, packets);
+        received.insert(received.end(), packets.begin(), packets.end());
+    }
+    EXPECT_EQ(received, sent);
+}
+
 // A read without a limit on another thread; this one goes on when that one holds the socket.
 std::future<Reading> startRead(NetworkClient& client) {
     auto reading = std::async(std::launch::async, [&] {

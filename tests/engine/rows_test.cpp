@@ -105,6 +105,34 @@ TEST(RowQueue, DropsTheNewestRowsWhenFullAndRefusesBrokenFrames) {
 }
 
 // What a run shows must not change while the queue goes on growing behind it.
+TEST(RowQueue, WakesEveryWaiterAtTheNumberThatItWaitsFor) {
+    RowQueue queue(1000);
+    const std::vector<std::size_t> wanted{700, 3, 40, 3, 1000};
+    std::vector<std::future<std::size_t>> waiting;
+    for (const std::size_t count : wanted) {
+        waiting.push_back(
+            std::async(std::launch::async, [&queue, count] { return queue.waitForSize(count, patience()); }));
+    }
+    EXPECT_EQ(queue.waitForSize(1, Clock::now() + std::chrono::milliseconds(1)), 0U);  // gives up, and holds up nobody
+    for (int row = 0; row < 1000; ++row) ASSERT_EQ(queue.put(RowLayout::octets(1), Bytes(1)), 0U);
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        ASSERT_TRUE(testing::endsSoon(waiting[i])) << wanted[i];
+        EXPECT_GE(waiting[i].get(), wanted[i]);
+    }
+}
+
+TEST(RowQueue, KeepsBytesAndRecordsWhole) {
+    RowQueue bytes(300), records(3);
+    EXPECT_EQ(bytes.put(RowLayout::octets(1), Bytes(250, 7)), 0U);
+    EXPECT_EQ(bytes.put(RowLayout::octets(1), Bytes(60, 8)), 10U);
+    EXPECT_EQ(valuesOf(bytes.take(251)).back(), 8);
+    EXPECT_EQ(bytes.size(), 49U);
+    EXPECT_THROW(records.put(RowLayout::records(12), Bytes(13)), std::invalid_argument);
+    EXPECT_EQ(records.put(RowLayout::records(12), Bytes(48, 1)), 1U);
+    EXPECT_EQ(records.take(9)[0].rows, 3U);
+    EXPECT_EQ(bytes.dropped() + records.dropped(), 11U);
+}
+
 TEST(RowQueue, RunsStayAsTheyAreWhileOthersWriteAndRead) {
     RowQueue queue(1000000);
     const RowLayout layout = RowLayout::scaled16(1, 1);
