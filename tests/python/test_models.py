@@ -3,6 +3,7 @@
 import json
 import subprocess
 import sys
+import warnings
 from pathlib import Path
 
 import pytest
@@ -62,6 +63,18 @@ def test_tables_and_classes_agree():
     for category in pyzvr.CATEGORY_CONSOLE_LIST:
         for title in pyzvr.CATEGORY_CONSOLE_DICT[category]:
             assert (root / pyzvr.EXAMPLE_CONSOLE_DICT[title]).is_file()
+
+
+@pytest.mark.parametrize("name", [name for name in pyzvr.HANDLE_LIST if name.startswith("Sable")])
+def test_no_two_functions_have_the_same_line(name):
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # libusb is not where a user would have it
+        product = getattr(pyzvr, name)()
+    with product:
+        maps = [getattr(product, field, {}) for field in ("uart_dict", "I2C_dict", "SPI_dict", "can_dict", "thermal_dict")]
+        lines = [line for ports in maps for entries in ports.values() for line in entries]
+        assert len(lines) == len(set(lines)) and (lines != []) == (name != "SableSink")
+        assert all(pin in product.di_dict[port] for port, pin in lines)
 
 
 @pytest.mark.parametrize("name", ["SableDio", "HeronMixed", "TarnRelay", "Lattice", "LatticeLite"])
