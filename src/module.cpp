@@ -1,5 +1,6 @@
 // The extension module: each folder puts its part into the package, in the order of the layers.
 #include "analog/analog.h"
+#include "analog/logger.h"
 #include "buses/buses.h"
 #include "devices/devices.h"
 #include "digital/digital.h"
@@ -16,31 +17,63 @@ namespace {
 
 void prepare(pybind11::module_& module) {
     using namespace zvr::python;
-    rememberMainThread();
+    rememberMainThread(hostObject("threading", "main_thread")().attr("ident").cast<unsigned long>());
     prepareCoroutineType(module);
     prepareOperationType(module);
     prepareRaising();
     pybind11::module_::import("atexit").attr("register")(pybind11::cpp_function([] {
-        endAllRuntimes();
-        leaveInterpreter();
+        drainLoggers();
+        leaveLibrary();
     }));
 }
 
 }  // namespace
 
-PYBIND11_MODULE(pyzvr, module) {
+namespace {
+
+void execute(pybind11::module_ module) {
+    using namespace zvr::python;
     module.doc() = "Host-side driver library for data-acquisition, control and motion devices.";
     prepare(module);
-    zvr::python::Package package(module);
-    zvr::python::defineProtocol(package);
-    zvr::python::defineDevices(package);
-    zvr::python::defineServices(package);
-    zvr::python::defineDigital(package);
-    zvr::python::defineBuses(package);
-    zvr::python::defineAnalog(package);
-    zvr::python::defineSensing(package);
-    zvr::python::defineMotion(package);
-    zvr::python::defineDrone(package);
-    zvr::python::defineModels(package);
-    zvr::python::defineCatalogue(package);
+    Package package(module);
+    defineProtocol(package);
+    defineDevices(package);
+    defineServices(package);
+    defineDigital(package);
+    defineBuses(package);
+    defineAnalog(package);
+    defineSensing(package);
+    defineMotion(package);
+    defineDrone(package);
+    defineModels(package);
+    defineCatalogue(package);
 }
+
+// Threads of the library meet the one interpreter that knows them.
+int executeSlot(PyObject* module) {
+    try {
+        if (PyInterpreterState_Get() != PyInterpreterState_Main()) {
+            PyErr_SetString(PyExc_ImportError, "pyzvr can be imported in the main interpreter only");
+            return -1;
+        }
+        pybind11::detail::get_internals();
+        execute(pybind11::reinterpret_borrow<pybind11::module_>(module));
+        return 0;
+    } catch (pybind11::error_already_set& error) {
+        error.restore();
+    } catch (const std::exception& error) {
+        PyErr_SetString(PyExc_ImportError, error.what());
+    }
+    return -1;
+}
+
+PyModuleDef_Slot slots[] = {{Py_mod_exec, reinterpret_cast<void*>(executeSlot)},
+#ifdef Py_mod_multiple_interpreters
+                            {Py_mod_multiple_interpreters, Py_MOD_MULTIPLE_INTERPRETERS_NOT_SUPPORTED},
+#endif
+                            {0, nullptr}};
+PyModuleDef definition = {PyModuleDef_HEAD_INIT, "pyzvr", nullptr, 0, nullptr, slots, nullptr, nullptr, nullptr};
+
+}  // namespace
+
+extern "C" PYBIND11_EXPORT PyObject* PyInit_pyzvr() { return PyModuleDef_Init(&definition); }

@@ -3,15 +3,15 @@
 #include "analog/analog.h"
 #include "core/constants.h"
 #include "core/failures.h"
-#include "protocol/object_queue.h"
+#include "protocol/feeder.h"
+#include "protocol/protocol.h"
+#include "protocol/queue_face.h"
 #include "python/model.h"
 #include "python/raising.h"
 
 namespace zvr::python {
 
 namespace {
-
-constexpr const char* partName = "analog input";
 
 Bytes doublesOf(py::handle row) {
     Bytes bytes;
@@ -24,6 +24,7 @@ Bytes doublesOf(py::handle row) {
 }
 
 std::pair<RowLayout, Bytes> fromFloats(py::handle row) {
+    if (PySequence_Check(row.ptr()) == 0) throw py::type_error("a row is a sequence of numbers");
     Bytes bytes = doublesOf(row);
     const auto columns = static_cast<int>(bytes.size() / sizeof(double));
     return {RowLayout::values(columns), std::move(bytes)};
@@ -37,22 +38,6 @@ py::list toFloats(const std::vector<RowRun>& rows) {
 
 constexpr ItemKind floatRows{toFloats, fromFloats};
 
-/// The thread, and the lock under which a caller takes the same number of rows from several queues.
-class InputStream final : public RuntimePart {
-public:
-    explicit InputStream(std::shared_ptr<StreamReader> reader) : reader(std::move(reader)) {}
-    void end() override { reader->end(); }
-
-    const std::shared_ptr<StreamReader> reader;
-    std::mutex taking;
-};
-
-std::shared_ptr<InputStream> streamOf(py::handle self) {
-    auto stream = runtimeOf(self).part<InputStream>(partName);
-    if (!stream) throw py::attribute_error("the object has no analog input");
-    return stream;
-}
-
 // The chassis has three chip selects on each of three ports, all others have one.
 std::vector<StreamKey> streamKeys(py::handle self, int command) {
     if (!isModel(self, {"Lattice"})) return {{command, 0, 0}};
@@ -63,28 +48,59 @@ std::vector<StreamKey> streamKeys(py::handle self, int command) {
     return keys;
 }
 
-RowLayout layoutFor(const RowLayout& now, int columns, double ratio) {
-    return now.sample == RowLayout::Sample::scaled24 ? RowLayout::scaled24(columns, ratio)
-                                                     : RowLayout::scaled16(columns, ratio);
-}
-
-int columnsOf(py::handle channels) {
-    const int columns = py::cast<int>(channels);
+// How the fields say that a frame becomes rows now.
+RowLayout layoutOf(py::handle self) {
+    const auto columns = argument<int>(attribute(self, "ai_num_channels"), "ai_num_channels");
+    const auto ratio = argument<double>(attribute(self, "ai_ratio"), "ai_ratio");
     if (columns < 1 || columns > 65535) throw py::value_error("a row has at least one channel");
-    return columns;
+    return isModel(self, {"TarnAnalog24"}) ? RowLayout::scaled24(columns, ratio) : RowLayout::scaled16(columns, ratio);
 }
 
-// The pairs of queues that a caller gives to the thread's body.
-std::vector<StreamReader::Pair> pairsOf(py::handle frames, py::handle rows) {
-    std::vector<StreamReader::Pair> pairs;
-    const py::list rowQueues = py::list(borrow(rows.ptr()));
-    std::size_t i = 0;
-    for (const py::handle queue : frames) {
-        if (i == rowQueues.size()) break;
-        pairs.push_back({py::cast<std::shared_ptr<StreamFifo>>(queue),
-                         py::cast<std::shared_ptr<ObjectQueue>>(Object(rowQueues[i++]))});
+Object rowsOf(py::handle self, const Object& frame) {
+    RowQueue rows(0);
+    rows.put(layoutOf(self), bytesOf(frame));
+    return toFloats(rows.take(RowQueue::noLimit));
+}
+
+FeedParts partsWith(py::handle self, const Object& frames, const Object& rows) {
+    FeedParts parts{attribute(self, "ai_lock"), {}};
+    for (const auto pair : callObject(hostObject("builtins", "zip"), frames, rows)) {
+        const py::tuple both = borrow(pair.ptr());
+        parts.queues.emplace_back(both[0], both[1]);
     }
-    return pairs;
+    return parts;
+}
+
+FeedParts partsOf(py::handle self, std::size_t) {
+    return partsWith(self, attribute(self, "ai_data_queue_list"), attribute(self, "ai_signal_queue_list"));
+}
+
+std::vector<Object> argumentsOf(const FeedParts& parts) {
+    py::list frames, rows;
+    for (const auto& [from, to] : parts.queues) {
+        frames.append(from);
+        rows.append(to);
+    }
+    return {frames, rows};
+}
+
+constexpr StreamedFunction inputFunction{.body = "_AIStreamThread",
+                                         .killed = "ai_killed",
+                                         .overflow = FailureId::AIQueueOverflowWarning,
+                                         .items = floatRows,
+                                         .polls = true,
+                                         .partsOf = partsOf,
+                                         .layoutOf = layoutOf,
+                                         .itemsOf = rowsOf,
+                                         .argumentsOf = argumentsOf};
+
+bool areSame(const Object& known, const py::list& queues) {
+    const py::list before = py::list(known);
+    if (before.size() != queues.size()) return false;
+    for (std::size_t i = 0; i < queues.size(); ++i) {
+        if (!Object(before[i]).is(queues[i])) return false;
+    }
+    return true;
 }
 
 Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipSelect) {
@@ -98,12 +114,14 @@ Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipS
 /// The row queues of a port's chip selects.
 struct Selection {
     std::vector<Object> objects;
-    std::vector<std::shared_ptr<ObjectQueue>> queues;  ///< shorter than `objects` if one of those is not ours
+    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
 
     bool ours() const { return queues.size() == objects.size(); }
     std::size_t size() const {
         std::size_t least = 2147483648;
-        for (const Object& queue : objects) least = std::min(least, py::cast<std::size_t>(callMethod(queue, "qsize")));
+        for (const Object& queue : objects) {
+            least = std::min(least, argument<std::size_t>(callMethod(queue, "qsize"), "qsize"));
+        }
         return least;
     }
 };
@@ -115,8 +133,8 @@ Selection select(py::handle self, const Object& port) {
         const Object index = callMethod(self, "_AI_changePortToIndex", port, chipSelect);
         const Object queue = own(PyObject_GetItem(all.ptr(), index.ptr()));
         selection.objects.push_back(queue);
-        if (py::isinstance<ObjectQueue>(queue))
-            selection.queues.push_back(py::cast<std::shared_ptr<ObjectQueue>>(queue));
+        const auto ours = nativeOrNothing<ObjectQueue>(queue);
+        if (ours && &ours->kind == &floatRows && hasOwnMethod(queue, "get")) selection.queues.push_back(ours);
     }
     return selection;
 }
@@ -140,83 +158,71 @@ Result awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count,
     co_return py::int_(std::min(selection->size(), count));
 }
 
-std::size_t wantedRows(py::handle count) {
-    return static_cast<std::size_t>(std::max(py::cast<Py_ssize_t>(count), Py_ssize_t{0}));
-}
-
-/// Takes the same number of rows from each queue, at most `count`.
-std::pair<RowRuns, std::size_t> takeRows(py::handle self, const Selection& selection, std::size_t count, bool uniform) {
-    const auto stream = streamOf(self);
-    const WithoutGil released;
-    const std::lock_guard lock(stream->taking);
-    for (const auto& queue : selection.queues) {
-        count = std::min(count, uniform ? queue->uniformRows().second : queue->size());
-    }
-    RowRuns runs;
-    for (const auto& queue : selection.queues) runs.push_back(queue->take(count));
-    return {std::move(runs), count};
-}
-
-// The steps for queues that are not ours: row by row through the object's own ways.
-py::list readRowByRow(py::handle self, const Selection& selection, std::size_t rows, const Object& delay) {
+// The steps for queues or ways to read them that are not ours: row by row through the object.
+Result readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows, Object delay) {
     py::list result;
     for (std::size_t row = 0; row < rows; ++row) {
         py::list flat;
-        for (const Object& queue : selection.objects) {
-            callMethod(flat, "extend", callMethod(self, "_getStreamingFromPool", queue, py::int_(1), delay));
+        for (const Object& queue : selection->objects) {
+            const Object part = co_await op.same("_getStreamingFromPool", queue, py::int_(1), delay);
+            callMethod(flat, "extend", part);
         }
         result.append(flat);
     }
-    return result;
+    co_return result;
 }
 
 // What all readings begin with: the port is checked, and rows are waited for.
-Result beginReading(Op op, Object port, Object delay, std::shared_ptr<Selection> selection, std::size_t count) {
+Result beginReading(Op op, Object port, double delay, std::shared_ptr<Selection> selection, std::size_t count) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     *selection = select(op.self(), port);
-    co_return co_await op.run(awaitRows(op, selection, count, secondsOf(delay)));
+    co_return co_await op.run(awaitRows(op, selection, count, delay));
 }
 
-Result readStreaming(Op op, Object port, Object count, Object delay) {
+std::size_t atLeastNone(Py_ssize_t count) { return static_cast<std::size_t>(std::max(count, Py_ssize_t{0})); }
+
+Result readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
     const auto selection = std::make_shared<Selection>();
-    const Object found = co_await op.run(beginReading(op, port, delay, selection, wantedRows(count)));
+    const double seconds = secondsOf(delay, "delay");
+    const Object found = co_await op.run(beginReading(op, port, seconds, selection, atLeastNone(count)));
     const auto rows = py::cast<std::size_t>(found);
-    if (selection->ours() && (op.awaitable() || hasOwnMethod(op.self(), "_getStreamingFromPool"))) {
-        const auto [runs, taken] = takeRows(op.self(), *selection, rows, false);
-        co_return toLists(runs, taken);
+    const char* const take = op.awaitable() ? "_getStreamingFromPool_async" : "_getStreamingFromPool";
+    if (!selection->ours() || !hasOwnMethod(op.self(), take)) {
+        co_return co_await op.run(readRowByRow(op, selection, rows, delay));
     }
-    co_return readRowByRow(op.self(), *selection, rows, delay);
-}
-
-std::size_t columnsOf(const RowRuns& runs) {
-    std::size_t columns = 0;
-    for (const auto& chipSelect : runs) {
-        if (!chipSelect.empty()) columns += static_cast<std::size_t>(chipSelect.front().layout.columns);
-    }
-    return columns;
+    const RowsTaken taken = RowQueue::takeTogether(selection->queues, rows);
+    co_return toLists(taken.runs, taken.rows);
 }
 
 void requireOurs(const Selection& selection) {
     if (!selection.ours()) throw py::type_error("the object's signal queues are not the library's own");
 }
 
-Result readBlock(Op op, Object port, Object count, Object delay) {
+// Takes rows of one width under the lock of their queues, without the interpreter's.
+RowsTaken takeUniform(const Selection& selection, std::size_t count, std::size_t mostValues = RowQueue::noLimit) {
+    requireOurs(selection);
+    const WithoutGil released;
+    return RowQueue::takeUniform(selection.queues, count, mostValues);
+}
+
+Result readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
     const auto selection = std::make_shared<Selection>();
-    const Object found = co_await op.run(beginReading(op, port, delay, selection, wantedRows(count)));
-    requireOurs(*selection);
-    const auto [runs, rows] = takeRows(op.self(), *selection, py::cast<std::size_t>(found), true);
-    SampleBlock block;
-    block.rows = rows;
-    block.columns =
-        rows != 0 ? columnsOf(runs)
-                  : static_cast<std::size_t>(streamOf(op.self())->reader->layout().columns) * selection->queues.size();
+    const Object found = co_await op.run(beginReading(op, port, delay, selection, atLeastNone(count)));
+    const RowsTaken taken = takeUniform(*selection, py::cast<std::size_t>(found));
+    auto block = std::make_shared<SampleBlock>();
+    block->rows = taken.rows;
+    block->columns = taken.columns;
+    if (taken.rows == 0) {
+        const auto width = argument<std::size_t>(attribute(op.self(), "ai_num_channels"), "ai_num_channels");
+        block->columns = width * selection->queues.size();
+    }
     {
         const WithoutGil released;
-        block.values = std::make_unique_for_overwrite<double[]>(block.rows * block.columns);
-        writeRows(runs, block.columns, block.values.get());
+        block->values = std::make_unique_for_overwrite<double[]>(block->rows * block->columns);
+        writeRows(taken, block->values.get());
     }
-    co_return py::cast(std::move(block));
+    co_return py::cast(block);
 }
 
 /// A caller's memory for doubles.
@@ -243,25 +249,19 @@ private:
     Py_buffer view_{};
 };
 
-Result readInto(Op op, Object port, Object buffer, Object delay) {
+Result readInto(Op op, Object port, Object buffer, Seconds delay) {
     const auto memory = std::make_shared<WritableDoubles>(buffer);
     const auto selection = std::make_shared<Selection>();
-    const auto perRow = static_cast<std::size_t>(streamOf(op.self())->reader->layout().columns);
-    // How many rows fit is known once the rows are there: their width may be an older one.
-    const Object found = co_await op.run(beginReading(op, port, delay, selection, memory->size() / perRow));
-    requireOurs(*selection);
-    std::size_t columns = 0;
-    for (const auto& queue : selection->queues) {
-        const auto [width, rows] = queue->uniformRows();
-        columns += rows == 0 ? perRow : static_cast<std::size_t>(width);
-    }
-    const std::size_t room = memory->size() / columns;
-    const auto [runs, rows] = takeRows(op.self(), *selection, std::min(py::cast<std::size_t>(found), room), true);
+    // How many rows fit shows when they are there: their width may be an older one.
+    const auto columns = argument<int>(attribute(op.self(), "ai_num_channels"), "ai_num_channels");
+    const std::size_t about = memory->size() / static_cast<std::size_t>(std::max(columns, 1));
+    const Object found = co_await op.run(beginReading(op, port, delay, selection, about));
+    const RowsTaken taken = takeUniform(*selection, py::cast<std::size_t>(found), memory->size());
     {
         const WithoutGil released;
-        writeRows(runs, columns, memory->data());
+        writeRows(taken, memory->data());
     }
-    co_return py::int_(rows);
+    co_return py::int_(taken.rows);
 }
 
 const Parameter countParameter{"num_samples", "int", "most rows to read"};
@@ -282,9 +282,10 @@ Object chipSelectsOf(py::handle self, const Object& port) {
 }
 
 void constructInput(py::handle self, const InputOffer& offer) {
-    DeviceRuntime& runtime = runtimeOf(self);
     setAttribute(self, "ai_dict", offer.ports);
     setAttribute(self, "ai_max_rate", offer.maxRate);
+    setAttribute(self, "ai_ratio", offer.ratio);
+    setAttribute(self, "ai_num_channels", offer.channels);
     const Command read = offer.variable ? READ_AI_ON_DEMAND_VARIABLE : READ_AI_ON_DEMAND;
     setAttribute(self, "ai_echo_cmd", py::int_(int{read}));
     setAttribute(self, "ai_strm_cmd", py::int_(int{offer.streamCommand}));
@@ -295,54 +296,32 @@ void constructInput(py::handle self, const InputOffer& offer) {
         setAttribute(self, field, chipSelects);
     }
     setAttribute(self, "ai_open_flag", py::bool_(false));
-    if (runtime.part<InputStream>(partName)) return;  // the twin's constructor ran before
+    setAttribute(self, "ai_killed", py::bool_(false));
 
-    const int columns = columnsOf(offer.channels);
-    const auto ratio = numberOf<double>(offer.ratio);
-    const RowLayout layout =
-        isModel(self, {"TarnAnalog24"}) ? RowLayout::scaled24(columns, ratio) : RowLayout::scaled16(columns, ratio);
-    std::vector<StreamReader::Pair> pairs;
-    py::list frames, rows;
+    py::list frames;
+    const Object pool = attribute(self, "data_pool_strm");
     for (const StreamKey& key : streamKeys(self, offer.streamCommand)) {
-        const auto queue = std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows);
-        pairs.push_back({runtime.pools.stream->at(key), queue});
-        frames.append(py::cast(pairs.back().frames));
-        rows.append(py::cast(queue));
+        frames.append(own(PyObject_GetItem(pool.ptr(), keyObject(key).ptr())));
     }
-    const auto reader = std::make_shared<StreamReader>("_AIStreamThread", std::move(pairs), layout, reportThreadFailure,
-                                                       warningOf(FailureId::AIQueueOverflowWarning));
-    runtime.keep(partName, std::make_shared<InputStream>(reader));
+    // The twin's constructor may have run before.
+    if (hasFeeder(self, "ai_stream_thread") && areSame(attribute(self, "ai_data_queue_list"), frames)) return;
+    py::list rows;
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        rows.append(py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows)));
+    }
+    const auto gate = std::make_shared<Gate>();
     setAttribute(self, "ai_data_queue_list", frames);
     setAttribute(self, "ai_signal_queue_list", rows);
-    setAttribute(self, "ai_lock", py::cast(std::shared_ptr<Gate>(reader, &reader->gate)));
-    setAttribute(self, "ai_stream_thread", py::cast(std::shared_ptr<OwnedThread>(reader)));
-    reader->start();
+    setAttribute(self, "ai_lock", py::cast(gate));
+    setAttribute(self, "ai_stream_thread", startFeeder(self, inputFunction, 0, gate));
 }
 
 void defineInputStreaming(Feature& based) {
-    based
-        .property(
-            {"ai_num_channels", "int", "Channels of a row of each chip select."},
-            [](py::handle self) { return streamOf(self)->reader->layout().columns; },
-            [](py::handle self, const Object& value) {
-                StreamReader& reader = *streamOf(self)->reader;
-                const RowLayout now = reader.layout();
-                reader.setLayout(layoutFor(now, columnsOf(value), now.ratio));
-            })
-        .property(
-            {"ai_ratio", "float", "Volts per count."},
-            [](py::handle self) { return streamOf(self)->reader->layout().ratio; },
-            [](py::handle self, const Object& value) {
-                StreamReader& reader = *streamOf(self)->reader;
-                const RowLayout now = reader.layout();
-                reader.setLayout(layoutFor(now, now.columns, numberOf<double>(value)));
-            })
-        .property(
-            {"ai_killed", "bool", "Set once, by `_AI_free`; ends the reader thread."},
-            [](py::handle self) { return streamOf(self)->reader->ended(); },
-            [](py::handle self, const Object& value) {
-                if (PyObject_IsTrue(value.ptr()) != 0) streamOf(self)->reader->kill();
-            })
+    Watch::watchNames({"ai_num_channels", "ai_ratio", "ai_killed", "ai_lock", "ai_data_queue_list",
+                       "ai_signal_queue_list", "_AIStreamThread"});
+    based.field({"ai_num_channels", "int", "channels of a row of each chip select"})
+        .field({"ai_ratio", "float", "volts per count"})
+        .field({"ai_killed", "bool", "set once, by `_AI_free`; ends the reader thread"})
         .field({"ai_data_queue_list", "list[Fifo]", "frames as they came, a queue per port and chip select"})
         .field({"ai_signal_queue_list", "list[RowFifo]", "rows of samples, in the same order"})
         .field({"ai_lock", "Gate", "gate of the reader thread, shut while the port is closed"})
@@ -357,10 +336,7 @@ void defineInputStreaming(Feature& based) {
                 "Body of the reader thread: turns frames into rows until `_AI_free`.", {},
                 {"ValueError: a frame is no whole number of rows"},
                 [](py::handle self, const Object& frames, const Object& rows) {
-                    const auto pairs = pairsOf(frames, rows);
-                    const auto reader = streamOf(self)->reader;
-                    const WithoutGil released;
-                    reader->run(pairs, reader->gate);
+                    runFeederBody(self, inputFunction, [&] { return partsWith(self, frames, rows); });
                 })
         .shared("_AI_free", {}, "Ends the reader thread for good.", {}, {}, [](py::handle self) {
             setAttribute(self, "ai_killed", py::bool_(true));
@@ -415,7 +391,9 @@ void defineInputReading(Feature& module) {
 
 void defineRowFifo(Package& package) {
     py::reinterpret_borrow<ObjectQueueType>(package.get("RowFifo"))
-        .def(py::init([](std::size_t capacity) { return std::make_shared<ObjectQueue>(capacity, floatRows); }),
+        .def(py::init([](const Object& maxsize) {
+                 return std::make_shared<ObjectQueue>(queueCapacity(maxsize), floatRows);
+             }),
              py::arg("maxsize") = QUEUE_SIZE_MAX);
 }
 

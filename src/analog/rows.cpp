@@ -4,6 +4,8 @@
 
 #include "analog/analog.h"
 #include "core/immortal.h"
+#include "protocol/object_queue.h"
+#include "protocol/queue_face.h"
 
 namespace zvr::python {
 
@@ -73,6 +75,7 @@ public:
     int columns() const { return maker_ ? next_->layout.columns : 0; }
     void fill(PyObject* list, Py_ssize_t place) const { maker_->fill(list, place, bytes_); }
     void step() {
+        if (!maker_) return;
         bytes_ += next_->layout.rowBytes();
         if (--left_ != 0) return;
         ++next_;
@@ -110,7 +113,32 @@ private:
 
 }  // namespace
 
+namespace {
+
+// Rows that somebody put are spread out, whatever they are.
+py::list spreadOut(const RowRuns& runs, std::size_t rows) {
+    py::list result;
+    for (std::size_t row = 0; row < rows; ++row) result.append(py::list());
+    for (const std::vector<RowRun>& chipSelect : runs) {
+        std::size_t row = 0;
+        for (const RowRun& run : chipSelect) {
+            const py::list items = run.object ? py::list() : toLists({{run}}, run.rows);
+            for (std::size_t i = 0; i < run.rows; ++i, ++row) {
+                callMethod(result[row], "extend", run.object ? objectOf(run) : Object(items[i]));
+            }
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
 py::list toLists(const RowRuns& runs, std::size_t rows) {
+    for (const std::vector<RowRun>& chipSelect : runs) {
+        for (const RowRun& run : chipSelect) {
+            if (run.object) return spreadOut(runs, rows);
+        }
+    }
     const CollectorPause pause;
     py::list result(rows);
     std::vector<Cursor> cursors(runs.begin(), runs.end());
@@ -129,19 +157,19 @@ py::list toLists(const RowRuns& runs, std::size_t rows) {
     return result;
 }
 
-void writeRows(const RowRuns& runs, std::size_t columns, double* out) {
-    for (const std::vector<RowRun>& chipSelect : runs) {
+void writeRows(const RowsTaken& taken, double* out) {
+    for (const std::vector<RowRun>& chipSelect : taken.runs) {
         double* place = out;
         for (const RowRun& run : chipSelect) {
-            convertRows(run.layout, run.bytes, run.rows, place, columns);
-            place += run.rows * columns;
+            convertRows(run.layout, run.bytes, run.rows, place, taken.columns);
+            place += run.rows * taken.columns;
         }
         if (!chipSelect.empty()) out += chipSelect.front().layout.columns;
     }
 }
 
 void defineSampleBlock(Package& package) {
-    auto type = py::class_<SampleBlock>(
+    auto type = py::class_<SampleBlock, std::shared_ptr<SampleBlock>>(
                     package.module(), "SampleBlock", py::buffer_protocol(),
                     "Rows of samples in volts as one contiguous block of doubles, (rows, columns).\n\nIt has "
                     "the buffer protocol: memoryview(block) and numpy.asarray(block) see it without a copy.")
@@ -154,14 +182,21 @@ void defineSampleBlock(Package& package) {
                     });
     ClassMaker(type)
         .property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
-                  [](py::handle self) -> Object {
-                      const auto& block = *py::cast<SampleBlock*>(self);
-                      return py::make_tuple(block.rows, block.columns);
-                  })
-        .method("__len__", {}, "Number of rows.", {"int"}, {},
-                [](py::handle self) { return py::cast<SampleBlock*>(self)->rows; })
-        .method("tolist", {}, "The rows as lists of floats.", {"list[list[float]]"}, {},
-                [](py::handle self) { return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist"); });
+                  [](const SampleBlock& block) -> Object { return py::make_tuple(block.rows, block.columns); })
+        .method("__len__", {}, "Number of rows.", {"int"}, {}, [](const SampleBlock& block) { return block.rows; })
+        .method("tolist", {}, "The rows as lists of floats.", {"list[list[float]]"}, {}, [](py::handle self) {
+            native<SampleBlock>(self);
+            return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist");
+        });
+    refusePickling(type);
+    // A block whose constructor has not run has no memory to show.
+    reinterpret_cast<PyHeapTypeObject*>(type.ptr())->as_buffer.bf_getbuffer = [](PyObject* self, Py_buffer* view,
+                                                                                 int flags) {
+        if (detail::isConstructed(self)) return py::detail::pybind11_getbuffer(self, view, flags);
+        view->obj = nullptr;
+        PyErr_SetString(PyExc_TypeError, "the block has not been constructed");
+        return -1;
+    };
 }
 
 }  // namespace zvr::python

@@ -6,7 +6,7 @@
 
 namespace zvr::python {
 
-/// What was taken from the row queues of several chip selects: the same number of rows from each.
+/// Rows of several chip selects: the same number of each.
 using RowRuns = std::vector<std::vector<RowRun>>;
 
 /// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object.
@@ -18,7 +18,7 @@ struct SampleBlock {
     std::unique_ptr<double[]> values;
 };
 
-/// Writes the rows behind each other; needs no interpreter lock.
-void writeRows(const RowRuns& runs, std::size_t columns, double* out);
+/// Writes rows of one width in each queue behind each other; needs no interpreter lock.
+void writeRows(const RowsTaken& taken, double* out);
 
 }  // namespace zvr::python

@@ -3,14 +3,13 @@
 #include "buses/can_frame.h"
 #include "buses/ports.h"
 #include "core/constants.h"
-#include "protocol/object_queue.h"
+#include "protocol/feeder.h"
 
 namespace zvr::python {
 
 namespace {
 
 constexpr PinnedPorts canPorts{"CAN", "can_dict", "CAN_port", FailureId::CANPortNotAvaliableError};
-constexpr const char* partName = "CAN";
 
 py::list toFrames(const std::vector<RowRun>& rows) {
     std::size_t count = 0;
@@ -36,22 +35,49 @@ std::pair<RowLayout, Bytes> fromFrame(py::handle frame) {
 
 constexpr ItemKind canFrames{toFrames, fromFrame};
 
+FeedParts partsOf(py::handle self, std::size_t) {
+    return {attribute(self, "can_lock"), {{attribute(self, "can_data_queue"), attribute(self, "can_frame_queue")}}};
+}
+
+Object framesOf(py::handle, const Object& records) {
+    RowQueue rows(0);
+    rows.put(RowLayout::records(CanFrame::wireBytes), bytesOf(records));
+    return toFrames(rows.take(RowQueue::noLimit));
+}
+
+constexpr StreamedFunction canFunction{
+    .body = "_CANStreamThread",
+    .killed = "can_killed",
+    .overflow = FailureId::CANQueueOverflowWarning,
+    .items = canFrames,
+    .polls = false,
+    .partsOf = partsOf,
+    .layoutOf = [](py::handle) { return RowLayout::records(CanFrame::wireBytes); },
+    .itemsOf = framesOf,
+    .argumentsOf = [](const FeedParts& parts) -> std::vector<Object> { return {parts.queues[0].first}; }};
+
+Object dataQueueOf(py::handle self) {
+    const Object pool = attribute(self, "data_pool_strm");
+    return own(PyObject_GetItem(pool.ptr(), py::int_(int{START_CAN}).ptr()));
+}
+
+void constructBased(py::handle self) {
+    setAttribute(self, "can_open_flag", py::bool_(false));
+    setAttribute(self, "can_killed", py::bool_(false));
+    const Object records = dataQueueOf(self);
+    // The twin's constructor may have run before.
+    if (hasFeeder(self, "can_stream_thread") && attribute(self, "can_data_queue").is(records)) return;
+    const auto gate = std::make_shared<Gate>();
+    setAttribute(self, "can_data_queue", records);
+    setAttribute(self, "can_frame_queue", py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, canFrames)));
+    setAttribute(self, "can_lock", py::cast(gate));
+    setAttribute(self, "can_stream_thread", startFeeder(self, canFunction, 0, gate));
+}
+
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "can_dict", ports);
-    setAttribute(self, "can_open_flag", py::bool_(false));
-    DeviceRuntime& runtime = runtimeOf(self);
-    const auto frames = runtime.pools.stream->at({START_CAN});
-    setAttribute(self, "can_data_queue", py::cast(frames));
-    if (runtime.part<Feeders>(partName)) return;  // the twin's constructor ran before
-    const auto feeders = std::make_shared<Feeders>();
-    const auto queue = std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, canFrames);
-    const auto reader = feeders->add("_CANStreamThread", frames, queue, RowLayout::records(CanFrame::wireBytes),
-                                     FailureId::CANQueueOverflowWarning);
-    setAttribute(self, "can_frame_queue", py::cast(queue));
-    setAttribute(self, "can_lock", py::cast(std::shared_ptr<Gate>(reader, &reader->gate)));
-    setAttribute(self, "can_stream_thread", py::cast(std::shared_ptr<OwnedThread>(reader)));
-    runtime.keep(partName, feeders);
-    feeders->start();
+    callObject(attribute(packageObject("CANBased"), "__init__"), self);
+    setAttribute(self, "can_data_queue", dataQueueOf(self));
 }
 
 bool isOpen(py::handle self) { return PyObject_IsTrue(attribute(self, "can_open_flag").ptr()) != 0; }
@@ -154,12 +180,9 @@ void defineChecks(Feature& can) {
 }
 
 void defineStreaming(Feature& can) {
-    can.property(
-           {"can_killed", "bool", "Set once, by `_CAN_free`; ends the feeding thread."},
-           [](py::handle self) { return feedersOf(self, partName)->readers[0]->ended(); },
-           [](py::handle self, const Object& value) {
-               if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self, partName)->kill();
-           })
+    Watch::watchNames({canFunction.body, canFunction.killed, "can_data_queue", "can_frame_queue", "can_lock"});
+    can.basedConstructor({}, Calls<constructBased>{})
+        .field({"can_killed", "bool", "set once, by `_CAN_free`; ends the feeding thread"})
         .field({"can_open_flag", "bool", "whether the port is open"})
         .field({"can_data_queue", "Fifo", "records as they came"})
         .field({"can_frame_queue", "RowFifo", "frames that wait to be read"})
@@ -169,11 +192,9 @@ void defineStreaming(Feature& can) {
                 "Body of the feeding thread: turns records into frames until `_CAN_free`.", {},
                 {"ValueError: what came is no whole number of records"},
                 [](py::handle self, const Object& frames) {
-                    const auto reader = feedersOf(self, partName)->readers[0];
-                    const std::vector<StreamReader::Pair> pairs{
-                        {py::cast<std::shared_ptr<StreamFifo>>(frames), reader->pairs()[0].rows}};
-                    const WithoutGil released;
-                    reader->run(pairs, reader->gate);
+                    runFeederBody(self, canFunction, [&]() -> FeedParts {
+                        return {attribute(self, "can_lock"), {{frames, attribute(self, "can_frame_queue")}}};
+                    });
                 })
         .shared("_CAN_free", {}, "Ends the feeding thread for good.", {}, {}, [](py::handle self) {
             setAttribute(self, "can_killed", py::bool_(true));

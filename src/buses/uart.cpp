@@ -2,14 +2,13 @@
 #include "buses/buses.h"
 #include "buses/ports.h"
 #include "core/constants.h"
-#include "protocol/object_queue.h"
+#include "protocol/feeder.h"
 
 namespace zvr::python {
 
 namespace {
 
 constexpr PinnedPorts uartPorts{"UART", "uart_dict", "UART_port", FailureId::UARTPortNotAvaliableError};
-constexpr const char* partName = "UART";
 constexpr std::size_t longestWrite = 50;
 constexpr std::array locks{"uart_p1_lock", "uart_p2_lock"};
 constexpr std::array dataQueues{"uart_p1_data_queue", "uart_p2_data_queue"};
@@ -40,24 +39,43 @@ std::pair<RowLayout, Bytes> fromNumber(py::handle number) {
 
 constexpr ItemKind octets{toNumbers, fromNumber};
 
+FeedParts partsOf(py::handle self, std::size_t index) {
+    return {attribute(self, locks[index]),
+            {{attribute(self, dataQueues[index]), attribute(self, signalQueues[index])}}};
+}
+
+constexpr StreamedFunction uartFunction{.body = "_UARTStreamThread",
+                                        .killed = "uart_killed",
+                                        .overflow = FailureId::UARTQueueOverflowWarning,
+                                        .items = octets,
+                                        .polls = false,
+                                        .partsOf = partsOf,
+                                        .layoutOf = [](py::handle) { return RowLayout::octets(1); },
+                                        .itemsOf = [](py::handle, const Object& frame) { return frame; },
+                                        .argumentsOf = [](const FeedParts& parts) -> std::vector<Object> {
+                                            return {parts.lock, parts.queues[0].first, parts.queues[0].second};
+                                        }};
+
+void constructBased(py::handle self) {
+    setAttribute(self, "uart_open_flag", py::bool_(false));
+    setAttribute(self, "uart_killed", py::bool_(false));
+    const Object pool = attribute(self, "data_pool_strm");
+    for (std::size_t i = 0; i < locks.size(); ++i) {
+        const py::tuple key = py::make_tuple(int{START_UART_READING}, i + 1);
+        const Object frames = own(PyObject_GetItem(pool.ptr(), key.ptr()));
+        // The twin's constructor may have run before.
+        if (hasFeeder(self, threads[i]) && attribute(self, dataQueues[i]).is(frames)) continue;
+        const auto gate = std::make_shared<Gate>();
+        setAttribute(self, dataQueues[i], frames);
+        setAttribute(self, signalQueues[i], py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, octets)));
+        setAttribute(self, locks[i], py::cast(gate));
+        setAttribute(self, threads[i], startFeeder(self, uartFunction, i, gate));
+    }
+}
+
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "uart_dict", ports);
-    setAttribute(self, "uart_open_flag", py::bool_(false));
-    DeviceRuntime& runtime = runtimeOf(self);
-    if (runtime.part<Feeders>(partName)) return;  // the twin's constructor ran before
-    const auto feeders = std::make_shared<Feeders>();
-    for (std::size_t i = 0; i < locks.size(); ++i) {
-        const auto frames = runtime.pools.stream->at({START_UART_READING, static_cast<int>(i) + 1});
-        const auto bytes = std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, octets);
-        const auto reader =
-            feeders->add("_UARTStreamThread", frames, bytes, RowLayout::octets(1), FailureId::UARTQueueOverflowWarning);
-        setAttribute(self, dataQueues[i], py::cast(frames));
-        setAttribute(self, signalQueues[i], py::cast(bytes));
-        setAttribute(self, locks[i], py::cast(std::shared_ptr<Gate>(reader, &reader->gate)));
-        setAttribute(self, threads[i], py::cast(std::shared_ptr<OwnedThread>(reader)));
-    }
-    runtime.keep(partName, feeders);
-    feeders->start();
+    callObject(attribute(packageObject("UARTBased"), "__init__"), self);
 }
 
 void onLocks(py::handle self, const char* action) {
@@ -165,15 +183,13 @@ void defineChecks(Feature& uart) {
 }
 
 void defineStreaming(Feature& uart) {
-    uart.property(
-            {"uart_killed", "bool", "Set once, by `_UART_free`; ends the feeding threads."},
-            [](py::handle self) { return feedersOf(self, partName)->readers[0]->ended(); },
-            [](py::handle self, const Object& value) {
-                if (PyObject_IsTrue(value.ptr()) != 0) feedersOf(self, partName)->kill();
-            })
+    Watch::watchNames({uartFunction.body, uartFunction.killed});
+    uart.basedConstructor({}, Calls<constructBased>{})
+        .field({"uart_killed", "bool", "set once, by `_UART_free`; ends the feeding threads"})
         .field({"uart_open_flag", "bool", "whether reading is on; both ports share it"});
     for (std::size_t i = 0; i < locks.size(); ++i) {
         const std::string port = std::to_string(i + 1);
+        Watch::watchNames({dataQueues[i], signalQueues[i], locks[i]});
         uart.field({dataQueues[i], "Fifo", "frames of port " + port + " as they came"})
             .field({signalQueues[i], "RowFifo", "bytes of port " + port})
             .field({locks[i], "Gate", "gate of its feeding thread, shut while nothing is open"})
@@ -185,12 +201,7 @@ void defineStreaming(Feature& uart) {
                  {"signal_queue", "RowFifo", "queue of bytes"}},
                 "Body of a feeding thread: turns frames into bytes until `_UART_free`.", {}, {},
                 [](py::handle self, const Object& lock, const Object& frames, const Object& bytes) {
-                    const std::vector<StreamReader::Pair> pairs{
-                        {py::cast<std::shared_ptr<StreamFifo>>(frames), py::cast<std::shared_ptr<ObjectQueue>>(bytes)}};
-                    const auto gate = py::cast<std::shared_ptr<Gate>>(lock);
-                    const auto reader = feedersOf(self, partName)->readers[0];
-                    const WithoutGil released;
-                    reader->run(pairs, *gate);
+                    runFeederBody(self, uartFunction, [&]() -> FeedParts { return {lock, {{frames, bytes}}}; });
                 })
         .shared("_UART_free", {}, "Ends the feeding threads for good.", {}, {}, [](py::handle self) {
             setAttribute(self, "uart_killed", py::bool_(true));

@@ -24,10 +24,10 @@ public:
         const std::lock_guard lock(mutex_);
         return count_;
     }
-    /// Waits until it has rung more often than `count` times, or until `deadline`.
-    void await(std::uint64_t count, Deadline deadline) {
+    /// Waits until it has rung more often than `count` times, or until `deadline`; tells whether it has.
+    bool await(std::uint64_t count, Deadline deadline) {
         std::unique_lock lock(mutex_);
-        waitOn(rung_, lock, deadline, [&] { return count_ != count; });
+        return waitOn(rung_, lock, deadline, [&] { return count_ != count; });
     }
 
 private:
@@ -36,11 +36,48 @@ private:
     std::uint64_t count_ = 0;
 };
 
+/// Items that were put and that nobody has declared done yet.
+class UnfinishedTasks {
+public:
+    void add(std::size_t count) {
+        const std::lock_guard lock(mutex_);
+        count_ += count;
+    }
+    /// Declares one done; tells whether there was one.
+    bool done() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (count_ == 0) return false;
+            --count_;
+        }
+        finished_.notify_all();
+        return true;
+    }
+    std::size_t count() const {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    /// Waits until all are done.
+    void await(const Attend& attend) const {
+        waitAttended(forever, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            return waitOn(finished_, lock, until, [&] { return count_ == 0; });
+        });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable finished_;
+    std::size_t count_ = 0;
+};
+
 /// Any thread may use any member. A capacity of 0 means no limit.
 template <class Item>
 class Fifo {
 public:
     explicit Fifo(std::size_t capacity = 0) : capacity_(capacity) {}
+
+    UnfinishedTasks tasks;
 
     /// Adds an item if there is room; tells whether there was.
     bool tryPut(Item item) {
@@ -61,6 +98,15 @@ public:
                 return true;
             });
         });
+    }
+
+    /// Gives back the item that was taken last, to the front.
+    void putBack(Item item) {
+        {
+            const std::lock_guard lock(mutex_);
+            items_.push_front(std::move(item));
+        }
+        arrived_.notify_all();
     }
 
     /// Every item that is added from now on rings it.
@@ -109,6 +155,7 @@ private:
         {
             std::unique_lock lock(mutex_);
             if (!put(lock)) return false;
+            tasks.add(1);
             bell = bell_;
         }
         arrived_.notify_all();

@@ -155,6 +155,18 @@ auto keysOf(std::mutex& mutex, const Map& map) {
 
 std::shared_ptr<StreamFifo> StreamPool::at(const StreamKey& key) { return obtain(mutex_, fifos_, key); }
 
+void StreamPool::put(const StreamKey& key, std::shared_ptr<StreamFifo> fifo) {
+    const std::lock_guard lock(mutex_);
+    fifos_[key].swap(fifo);
+}
+
+bool StreamPool::erase(const StreamKey& key) {
+    std::map<StreamKey, std::shared_ptr<StreamFifo>>::node_type gone;  // its items go without the lock
+    const std::lock_guard lock(mutex_);
+    gone = fifos_.extract(key);
+    return !gone.empty();
+}
+
 bool StreamPool::contains(const StreamKey& key) const {
     const std::lock_guard lock(mutex_);
     return fifos_.contains(key);
@@ -189,6 +201,16 @@ std::vector<Bytes> RecordSet::records() const {
 
 std::shared_ptr<RecordSet> BroadcastPool::at(int command) { return obtain(mutex_, sets_, command); }
 
+void BroadcastPool::put(int command, std::shared_ptr<RecordSet> records) {
+    const std::lock_guard lock(mutex_);
+    sets_[command].swap(records);
+}
+
+bool BroadcastPool::erase(int command) {
+    const std::lock_guard lock(mutex_);
+    return sets_.erase(command) != 0;
+}
+
 bool BroadcastPool::contains(int command) const {
     const std::lock_guard lock(mutex_);
     return sets_.contains(command);
@@ -198,18 +220,19 @@ std::vector<int> BroadcastPool::keys() const { return keysOf(mutex_, sets_); }
 
 namespace {
 
-// Where the frames of a streaming command wait, and how many leading data bytes are not part of the samples.
-struct StreamPlace {
-    StreamKey key;
-    std::size_t skip;
-};
-
 int byteAt(ByteView data, std::size_t index) {
     if (index >= data.size()) throw std::out_of_range("a stream frame is too short for its key");
     return data[index];
 }
 
-StreamPlace placeOf(int command, ByteView data) {
+Bytes from(Bytes data, std::size_t skip) {
+    data.erase(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(std::min(skip, data.size())));
+    return data;
+}
+
+}  // namespace
+
+StreamPlace streamPlaceOf(int command, ByteView data) {
     switch (command) {
         case START_AI_STREAMING: return {{command, byteAt(data, 0), byteAt(data, 1)}, 2};
         case AI_START_STREAMING_24BIT:
@@ -221,13 +244,6 @@ StreamPlace placeOf(int command, ByteView data) {
     }
 }
 
-Bytes from(Bytes data, std::size_t skip) {
-    data.erase(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(std::min(skip, data.size())));
-    return data;
-}
-
-}  // namespace
-
 void DataPools::file(int command, Bytes data) {
     const CommandClass commandClass = classify(command, data);
     file(command, std::move(data), commandClass);
@@ -236,7 +252,7 @@ void DataPools::file(int command, Bytes data) {
 void DataPools::file(int command, Bytes data, CommandClass commandClass) {
     switch (commandClass) {
         case CommandClass::streaming: {
-            const StreamPlace place = placeOf(command, data);
+            const StreamPlace place = streamPlaceOf(command, data);
             stream->at(place.key)->tryPut(from(std::move(data), place.skip));
             return;
         }

@@ -78,14 +78,30 @@ struct StreamKey {
     auto operator<=>(const StreamKey&) const = default;
 };
 
-/// One stream frame, or nothing: the marker that wakes a reader so that it looks around.
-using StreamItem = std::optional<Bytes>;
+/// One entry of a stream's queue: a frame, something else that somebody put there, or nothing, which is the marker that
+/// wakes a reader so that it looks around.
+struct StreamItem {
+    StreamItem() = default;
+    StreamItem(Bytes bytes) : isFrame(true), frame(std::move(bytes)) {}  // NOLINT: a frame is an item
+    /// What was put is given back as it is; `bytes` is what a reader makes of it, if it is a frame.
+    StreamItem(std::optional<Bytes> bytes, std::shared_ptr<void> put)
+        : isFrame(bytes.has_value()), frame(std::move(bytes).value_or(Bytes())), object(std::move(put)) {}
+
+    bool isMarker() const { return !isFrame && !object; }
+    bool operator==(const StreamItem&) const = default;
+
+    bool isFrame = false;
+    Bytes frame;
+    std::shared_ptr<void> object;
+};
 using StreamFifo = Fifo<StreamItem>;
 
 class StreamPool {
 public:
     /// The FIFO of a key; made, empty and without limit, when it is first asked for.
     std::shared_ptr<StreamFifo> at(const StreamKey& key);
+    void put(const StreamKey& key, std::shared_ptr<StreamFifo> fifo);
+    bool erase(const StreamKey& key);
     bool contains(const StreamKey& key) const;
     std::vector<StreamKey> keys() const;
 
@@ -112,6 +128,8 @@ class BroadcastPool {
 public:
     /// The set of a command; made, empty, when it is first asked for, and the same one ever after.
     std::shared_ptr<RecordSet> at(int command);
+    void put(int command, std::shared_ptr<RecordSet> records);
+    bool erase(int command);
     bool contains(int command) const;
     std::vector<int> keys() const;
 
@@ -119,6 +137,15 @@ private:
     mutable std::mutex mutex_;
     std::map<int, std::shared_ptr<RecordSet>> sets_;
 };
+
+/// Where the frames of a streaming command wait, and how many leading data bytes are not part of what waits.
+struct StreamPlace {
+    StreamKey key;
+    std::size_t skip;
+};
+
+/// Throws std::out_of_range if the data is too short for its key.
+StreamPlace streamPlaceOf(int command, ByteView data);
 
 struct DataPools {
     std::shared_ptr<EchoPool> echo = std::make_shared<EchoPool>();

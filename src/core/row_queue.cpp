@@ -24,18 +24,41 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
     bool enough = false;
     {
         const std::lock_guard lock(mutex_);
-        kept = std::min(rows, capacity_ - rows_);
+        kept = std::min(rows, room());
         dropped_ += rows - kept;
         if (kept != 0) {
             frame.resize(kept * rowBytes);
             append(layout, std::move(frame));
-            rows_ += kept;
         }
-        enough = rows_ >= wanted_;
-        if (enough) wanted_ = nobody;
+        enough = count(kept);
     }
     if (enough) arrived_.notify_all();
     return rows - kept;
+}
+
+bool RowQueue::putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
+                      const Attend& attend) {
+    if (row.empty() || row.size() != layout.rowBytes()) throw std::invalid_argument("this is no row");
+    const auto holder = std::make_shared<Bytes>(row);
+    return waitAttended(deadline, attend, [&](Deadline until) {
+        bool enough = false;
+        {
+            std::unique_lock lock(mutex_);
+            if (!waitOn(left_, lock, until, [&] { return room() != 0; })) return false;
+            chunks_.push_back({layout, {holder, holder->data()}, row.size(), row.size(), 0, std::move(object)});
+            enough = count(1);
+        }
+        if (enough) arrived_.notify_all();
+        return true;
+    });
+}
+
+bool RowQueue::count(std::size_t rows) {
+    rows_ += rows;
+    tasks.add(rows);
+    if (rows_ < wanted_) return false;
+    wanted_ = nobody;
+    return true;
 }
 
 void RowQueue::append(const RowLayout& layout, Bytes&& frame) {
@@ -55,12 +78,16 @@ void RowQueue::append(const RowLayout& layout, Bytes&& frame) {
 }
 
 std::vector<RowRun> RowQueue::take(std::size_t count) {
-    std::vector<RowRun> runs;
     const std::lock_guard lock(mutex_);
+    return takeLocked(count);
+}
+
+std::vector<RowRun> RowQueue::takeLocked(std::size_t count) {
+    std::vector<RowRun> runs;
     while (count > 0 && !chunks_.empty()) {
         Chunk& first = chunks_.front();
         const std::size_t rows = std::min(count, first.rows());
-        if (rows != 0) runs.push_back({first.layout, rows, first.bytes.get() + first.taken, first.bytes});
+        if (rows != 0) runs.push_back({first.layout, rows, first.bytes.get() + first.taken, first.bytes, first.object});
         first.taken += rows * first.layout.rowBytes();
         count -= rows;
         rows_ -= rows;
@@ -68,17 +95,59 @@ std::vector<RowRun> RowQueue::take(std::size_t count) {
         if (first.rows() != 0 || mayGrow) break;
         chunks_.pop_front();
     }
+    if (capacity_ != 0) left_.notify_all();
     return runs;
 }
 
-std::pair<int, std::size_t> RowQueue::uniformRows() const {
-    const std::lock_guard lock(mutex_);
-    int columns = 0;
-    std::size_t rows = 0;
+namespace {
+
+// Several queues at once, always in the same order, each once.
+std::vector<std::unique_lock<std::mutex>> lockAll(std::vector<std::mutex*> mutexes) {
+    std::ranges::sort(mutexes);
+    const auto [first, last] = std::ranges::unique(mutexes);
+    mutexes.erase(first, last);
+    std::vector<std::unique_lock<std::mutex>> locks;
+    for (std::mutex* mutex : mutexes) locks.emplace_back(*mutex);
+    return locks;
+}
+
+}  // namespace
+
+RowsTaken RowQueue::takeTogether(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count) {
+    std::vector<std::mutex*> mutexes;
+    for (const auto& queue : queues) mutexes.push_back(&queue->mutex_);
+    const auto locked = lockAll(std::move(mutexes));
+    RowsTaken taken;
+    for (const auto& queue : queues) count = std::min(count, queue->rows_);
+    for (const auto& queue : queues) taken.runs.push_back(queue->takeLocked(count));
+    taken.rows = count;
+    return taken;
+}
+
+RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count,
+                                std::size_t mostValues) {
+    std::vector<std::mutex*> mutexes;
+    for (const auto& queue : queues) mutexes.push_back(&queue->mutex_);
+    const auto locked = lockAll(std::move(mutexes));
+    RowsTaken taken;
+    if (queues.empty()) count = 0;
+    for (const auto& queue : queues) {
+        const auto [columns, rows] = queue->uniformRows();
+        taken.columns += columns;
+        count = std::min(count, rows);
+    }
+    if (taken.columns != 0) count = std::min(count, mostValues / taken.columns);
+    for (const auto& queue : queues) taken.runs.push_back(queue->takeLocked(count));
+    taken.rows = count;
+    return taken;
+}
+
+std::pair<std::size_t, std::size_t> RowQueue::uniformRows() const {
+    std::size_t columns = 0, rows = 0;
     for (const Chunk& chunk : chunks_) {
         if (chunk.rows() == 0) continue;
-        if (rows != 0 && chunk.layout.columns != columns) break;
-        columns = chunk.layout.columns;
+        if (rows != 0 && static_cast<std::size_t>(chunk.layout.columns) != columns) break;
+        columns = static_cast<std::size_t>(chunk.layout.columns);
         rows += chunk.rows();
     }
     return {columns, rows};

@@ -8,71 +8,111 @@ namespace zvr {
 namespace {
 
 // A queue that rings for somebody else is looked at this often.
-constexpr std::chrono::milliseconds lookAgain{50};
-constexpr std::chrono::seconds betweenWarnings{1};
+constexpr std::chrono::milliseconds lookAgainAfter{50};
+constexpr std::chrono::seconds warningSpan{1};
+constexpr std::size_t all = static_cast<std::size_t>(-1);
+constexpr std::size_t mostWarnings = 1000;  // in that span
 // Frames that come closer together than this are taken several at a time: waking costs more than a frame does.
 constexpr std::chrono::microseconds dense{1000}, gather{500};
 
 }  // namespace
 
 StreamReader::StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report,
-                           OnOverflow onOverflow)
+                           OnOverflow onOverflow, std::shared_ptr<Supervisor<StreamReader>> supervisor,
+                           std::shared_ptr<Gate> passes)
     : OwnedThread(std::move(name), std::move(report)),
-      pairs_(std::move(pairs)),
+      gate(std::move(passes)),
       onOverflow_(std::move(onOverflow)),
-      layout_(std::move(layout)) {}
+      supervisor_(std::move(supervisor)),
+      layout_(std::move(layout)) {
+    setRoute(std::move(pairs), gate);
+}
+
+void StreamReader::rest(std::chrono::milliseconds most) { bell_->await(bell_->count(), Clock::now() + most); }
 
 void StreamReader::start() {
     startBody([self = shared_from_this()] { self->run(); });
 }
 
-void StreamReader::run(const std::vector<Pair>& pairs, Gate& gate) {
-    for (const Pair& pair : pairs) pair.frames->setBell(bell_);
+void StreamReader::run() {
     Deadline lastFound{};
     while (!ended_) {
-        gate.pass();
+        if (changed()) {
+            supervisor_->renew(*this);
+            continue;
+        }
+        gateNow_->pass([this] { return changed(); });
+        if (changed()) continue;
         const std::uint64_t rung = bell_->count();
-        bool any = false;
-        for (const Pair& pair : pairs) any = drain(pair) || any;
-        if (ended_) return;
-        if (!any) {
-            bell_->await(rung, Clock::now() + lookAgain);
+        if (!drainAll(all)) {
+            if (bell_->await(rung, Clock::now() + lookAgainAfter) && waitsInQueue_) drainAll(1);
         } else if (const Deadline now = Clock::now(); now - std::exchange(lastFound, now) < dense) {
             std::this_thread::sleep_for(gather);
         }
     }
 }
 
+bool StreamReader::drainAll(std::size_t most) {
+    bool any = false;
+    for (const Pair& pair : pairs_) {
+        if (changed()) break;
+        any = drain(pair, most) || any;
+    }
+    return any;
+}
+
 // Takes what has arrived until now; a device that goes on sending does not keep the others waiting.
-bool StreamReader::drain(const Pair& pair) {
-    const std::size_t waiting = pair.frames->size();
+bool StreamReader::drain(const Pair& pair, std::size_t most) {
+    const std::size_t waiting = std::min(pair.frames->size(), most);
     for (std::size_t i = 0; i < waiting && !ended_; ++i) {
         std::optional<StreamItem> item = pair.frames->tryGet();
         if (!item) break;
-        if (!*item) continue;  // a marker that only wakes
-        const std::size_t dropped = pair.rows->put(layout(), std::move(**item));
-        if (dropped != 0 && Clock::now() >= nextWarning_) {
-            nextWarning_ = Clock::now() + betweenWarnings;
-            onOverflow_();
+        if (changed()) {
+            pair.frames->putBack(std::move(*item));
+            break;
         }
+        if (item->isMarker()) continue;  // it only wakes
+        if (!item->isFrame) throw std::invalid_argument("an item of the queue is no frame");
+        RowLayout layout;
+        {
+            const std::lock_guard lock(mutex_);
+            layout = layout_;
+        }
+        tellOfOverflow(pair.rows.get(), pair.rows->put(layout, std::move(item->frame)));
     }
     return waiting != 0;
 }
 
-void StreamReader::end() {
-    ended_ = true;
-    gate.release();
-    bell_->ring();
+void StreamReader::tellOfOverflow(const RowQueue* queue, std::size_t dropped) {
+    if (dropped == 0) return;
+    Warned& warned = warned_[queue];
+    if (const Deadline now = Clock::now(); now - warned.since >= warningSpan) warned = {now, 0};
+    const std::size_t told = std::min(dropped, mostWarnings - warned.count);
+    warned.count += told;
+    if (told != 0) onOverflow_(told);
 }
 
-RowLayout StreamReader::layout() const {
-    const std::lock_guard lock(mutex_);
-    return layout_;
+void StreamReader::end() {
+    ended_ = true;
+    gate->release();
+    lookAgain();
+}
+
+void StreamReader::lookAgain() noexcept {
+    gate->wake();
+    bell_->ring();
 }
 
 void StreamReader::setLayout(RowLayout layout) {
     const std::lock_guard lock(mutex_);
     layout_ = std::move(layout);
+}
+
+void StreamReader::setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> passes, bool waitsInQueue) {
+    waitsInQueue_ = waitsInQueue;
+    pairs_ = std::move(pairs);
+    gateNow_ = std::move(passes);
+    for (const Pair& pair : pairs_) pair.frames->setBell(bell_);
 }
 
 }  // namespace zvr

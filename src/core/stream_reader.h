@@ -1,15 +1,18 @@
-// The reader thread of an analog input: frames in, rows out.
+// The thread that feeds from the frames of a stream: frames in, rows out.
 //
 // Who runs what: the thread passes the gate, takes what the receive thread has filed in each data queue and puts it, as
-// rows, into the row queue beside it. The user's side turns the gate, sets the layout and ends the thread.
+// rows, into the row queue beside it. The user's side turns the gate, sets the layout and ends the thread. What the
+// thread uses may be replaced while it runs: its supervisor then renews it, on the thread.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 
 #include "core/gate.h"
 #include "core/pools.h"
 #include "core/row_queue.h"
+#include "core/supervisor.h"
 #include "core/threads.h"
 
 namespace zvr {
@@ -20,38 +23,52 @@ public:
         std::shared_ptr<StreamFifo> frames;
         std::shared_ptr<RowQueue> rows;
     };
-    /// Told that rows were dropped, on that thread; once a second at most.
-    using OnOverflow = std::function<void()>;
+    /// Told how many rows were dropped, on that thread; of a queue at most 1,000 a second.
+    using OnOverflow = std::function<void(std::size_t rows)>;
 
-    StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report, OnOverflow onOverflow);
+    StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report, OnOverflow onOverflow,
+                 std::shared_ptr<Supervisor<StreamReader>> supervisor = nullptr,
+                 std::shared_ptr<Gate> gate = std::make_shared<Gate>());
 
     void start();
-    /// The body of the thread on other queues and another gate or the same ones, until `end`.
-    void run(const std::vector<Pair>& pairs, Gate& gate);
-    void run() { run(pairs_, gate); }
-    /// The thread ends when it next looks around.
-    void kill() { ended_ = true; }
+    void run();
     /// Ends the thread soon. The gate stays open.
-    void end();
-    bool ended() const { return ended_; }
+    void end() override;
+    /// Lets a thread that waits ask its supervisor.
+    void lookAgain() noexcept;
 
-    RowLayout layout() const;
+    /// From the next frame on.
     void setLayout(RowLayout layout);
+    /// On the thread itself. A thread that waits in its queue takes the next item even if the gate is shut meanwhile.
+    void setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> gate, bool waitsInQueue = false);
 
-    const std::vector<Pair>& pairs() const { return pairs_; }
+    /// On the thread itself: waits until it is to look again.
+    void rest(std::chrono::milliseconds most);
 
-    Gate gate;
+    const std::shared_ptr<Gate> gate;
 
 private:
-    bool drain(const Pair& pair);
+    bool changed() const noexcept { return ended_ || (supervisor_ && supervisor_->changed()); }
+    bool drainAll(std::size_t most);
+    bool drain(const Pair& pair, std::size_t most);
+    void tellOfOverflow(const RowQueue* queue, std::size_t dropped);
 
-    const std::vector<Pair> pairs_;
+    /// How many warnings a queue has caused since when.
+    struct Warned {
+        Deadline since{};
+        std::size_t count = 0;
+    };
+
+    std::vector<Pair> pairs_;
+    std::shared_ptr<Gate> gateNow_ = gate;
+    bool waitsInQueue_ = false;
     const OnOverflow onOverflow_;
+    const std::shared_ptr<Supervisor<StreamReader>> supervisor_;
     const std::shared_ptr<Bell> bell_ = std::make_shared<Bell>();
     mutable std::mutex mutex_;
     RowLayout layout_;
     std::atomic<bool> ended_{false};
-    Deadline nextWarning_{};
+    std::map<const RowQueue*, Warned> warned_;
 };
 
 }  // namespace zvr

@@ -1,9 +1,11 @@
 #include "core/threads.h"
 
 #include <thread>
+#include <utility>
 
 #ifdef __linux__
 #include <pthread.h>
+#include <unistd.h>
 #endif
 
 #include "core/immortal.h"
@@ -24,7 +26,16 @@ ThreadCount& threadCount() {
     return *count;
 }
 
+thread_local bool countsHere = false;  // this thread is one of those that count
+
 }  // namespace
+
+void forgetThisThread() noexcept {
+    if (!std::exchange(countsHere, false)) return;
+    const std::lock_guard lock(threadCount().mutex);
+    --threadCount().running;
+    threadCount().changed.notify_all();
+}
 
 void awaitAllThreads(Deadline deadline) {
     ThreadCount& count = threadCount();
@@ -33,25 +44,18 @@ void awaitAllThreads(Deadline deadline) {
 }
 
 void startThread(const std::string& name, std::function<void()> body) {
-    struct Counted {
-        Counted() {
-            const std::lock_guard lock(threadCount().mutex);
-            ++threadCount().running;
-        }
-        ~Counted() {
-            const std::lock_guard lock(threadCount().mutex);
-            --threadCount().running;
-            threadCount().changed.notify_all();
-        }
-    };
-    auto counted = std::make_unique<Counted>();
-    std::thread([name, body = std::move(body), counted = std::move(counted)]() mutable {
+    {
+        const std::lock_guard lock(threadCount().mutex);
+        ++threadCount().running;
+    }
+    std::thread([name, body = std::move(body)]() mutable {
+        countsHere = true;
 #ifdef __linux__
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 #endif
         body();
         body = nullptr;  // what it holds goes before the thread counts itself out
-        counted.reset();
+        forgetThisThread();
     }).detach();
 }
 
@@ -73,6 +77,10 @@ void OwnedThread::startBody(std::function<void()> body) {
         ++running_;
     }
     startThread(name_, [this, body = std::move(body)] {
+#ifdef __linux__
+        ident_ = pthread_self();
+        nativeId_ = ::gettid();
+#endif
         try {
             body();
         } catch (...) {

@@ -1,6 +1,8 @@
 // The library's own threads.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -10,6 +12,9 @@ namespace zvr {
 
 /// Waits until no thread that this library started runs any more, at most until `deadline`.
 void awaitAllThreads(Deadline deadline);
+
+/// Counts the calling thread out, if the library started it: it will do nothing any more.
+void forgetThisThread() noexcept;
 
 /// Starts a thread of the library. It counts in awaitAllThreads until `body` has returned.
 void startThread(const std::string& name, std::function<void()> body);
@@ -27,7 +32,12 @@ public:
     OwnedThread& operator=(const OwnedThread&) = delete;
 
     const std::string& name() const { return name_; }
+    /// Ends the thread soon, with nothing lost that can still be saved.
+    virtual void end() = 0;
     bool alive() const;
+    /// What the system calls the thread that runs the body, and its number; 0 before it runs.
+    std::uint64_t ident() const { return ident_; }
+    long nativeId() const { return nativeId_; }
     /// Waits for the thread's end; tells whether it came.
     bool awaitEnd(Deadline deadline, const Attend& attend = {}) const;
 
@@ -41,6 +51,8 @@ private:
     mutable std::mutex mutex_;
     mutable std::condition_variable ended_;
     int running_ = 0;
+    std::atomic<std::uint64_t> ident_{0};
+    std::atomic<long> nativeId_{0};
 };
 
 }  // namespace zvr

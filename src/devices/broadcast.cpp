@@ -154,7 +154,7 @@ void defineBroadcast(Package& package) {
                 {"NetworkConnectionError: the port is taken, or the handle is closed"},
                 [](py::handle self, const Object& verbose) {
                     if (isTrue(self, udpLink.status)) return;
-                    if (runtimeOf(self).killed()) {
+                    if (isKilled(self)) {
                         throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
                     }
                     callMethod(attribute(self, udpLink.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));

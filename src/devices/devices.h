@@ -1,6 +1,7 @@
 // Clients and device classes, as Python sees them.
 #pragma once
 
+#include "protocol/runtime.h"
 #include "python/classes.h"
 #include "transport/usb_library.h"
 
@@ -33,38 +34,18 @@ Parameters wifiConnectParameters();
 void printMessage(const Object& verbose, const char* verb, py::handle self, const Object& place = {});
 void printBareMessage(const Object& verbose, const char* verb, py::handle self);
 
-/// A connection: a client and its gated receive thread, kept in fields of the object.
-struct Link {
-    const char* client;
-    const char* status;
-    const char* lock;
-    const char* thread;
-    const char* body;
-    int readLength;
-    bool reportsReads = false;  ///< a failed read is printed and tried again
-};
-
 /// Makes the receive thread and the fields, the thread waiting at its gate.
 void openLink(py::handle self, const Link& link, const Object& client);
 
-/// The client is kept in the object's own dictionary, and the receive thread is told of each new one.
-Object clientOf(py::handle self, const Link& link);
-void setClient(py::handle self, const Link& link, const Object& client);
-
-/// Runs the body of the link's thread on the caller's.
-void runThread(py::handle self, const Link& link);
-
 template <const Link& link>
 void defineLinkFields(ClassMaker& type, const char* clientType) {
+    Watch::watchNames({link.client, link.lock, link.body});
     type.field({link.status, "bool", "whether the connection is open"})
         .field({link.lock, "Gate", "gate of the receive thread, shut while there is no connection"})
         .field({link.thread, "DeviceThread", "the receive thread, from construction to close"})
-        .property(
-            {link.client, std::string(clientType) + " | None", "The client that the receive thread reads from."},
-            [](py::handle self) { return clientOf(self, link); },
-            [](py::handle self, const Object& client) { setClient(self, link, client); })
+        .field({link.client, std::string(clientType) + " | None", "the client that the receive thread reads from"})
         .method(link.body, {}, "Body of the receive thread: reads and files frames until the object is closed.", {}, {},
-                [](py::handle self) { runThread(self, link); });
+                [](py::handle self) { runReceiverBody(self, link); });
 }
 
 bool isTrue(py::handle self, const char* field);

@@ -32,7 +32,7 @@ Object findLibrary() {
 
 // Drops the client, and gives the receive thread time to drop it too, so that the device is free for the next one.
 void dropClient(py::handle self) {
-    Object client = clientOf(self, usbLink);
+    Object client = attribute(self, usbLink.client);
     std::weak_ptr<UsbClient> dropped;
     if (py::isinstance<UsbClient>(client)) dropped = py::cast<std::shared_ptr<UsbClient>>(client);
     client = Object();
@@ -101,7 +101,7 @@ void defineUsbDevice(Package& package) {
                  "USBError: the device may not be opened, or fails"},
                 [](py::handle self, const Object& serial, const Object& verbose) {
                     if (isTrue(self, usbLink.status)) return;
-                    if (runtimeOf(self).killed()) {
+                    if (isKilled(self)) {
                         throw Failure(FailureId::USBConnectionError, "The handle is closed.");
                     }
                     setAttribute(self, usbLink.client, callObject(classNamed("USBClient"), serial));

@@ -262,7 +262,7 @@ Object construct(const Definition& definition, py::handle self, Arguments /*unus
 // The device first, then the logger, then what else has threads; each even if the one before failed.
 Object close(const Definition& definition, py::handle self, Arguments given) {
     const Model& model = models()[definition.tag];
-    if (runtimeOf(self).killed()) return py::none();
+    if (isKilled(self)) return py::none();
     std::vector<std::function<void()>> steps;
     steps.emplace_back([&] { callOf(model.family.device, "close", self, given[0]); });
     if (model.family.logging != Logging::none) steps.emplace_back([&] { callMethod(self, "_Logger_close"); });

@@ -2,8 +2,6 @@
 #pragma once
 
 #include "core/row_queue.h"
-#include "core/stream_reader.h"
-#include "protocol/runtime.h"
 #include "python/classes.h"
 
 namespace zvr::python {
@@ -11,9 +9,12 @@ namespace zvr::python {
 /// What the rows of a queue are to Python.
 struct ItemKind {
     py::list (*toList)(const std::vector<RowRun>& rows);
-    /// The layout and the bytes of one row.
+    /// The layout and the bytes of one row; throws for what is none.
     std::pair<RowLayout, Bytes> (*fromItem)(py::handle item);
 };
+
+/// A row that somebody put, as it was.
+inline Object objectOf(const RowRun& run) { return borrow(static_cast<PyObject*>(run.object.get())); }
 
 class ObjectQueue final : public RowQueue {
 public:
@@ -22,34 +23,9 @@ public:
     const ItemKind& kind;
 
     /// Takes up to `count` items without waiting.
-    py::list takeObjects(std::size_t count) { return kind.toList(take(count)); }
+    py::list takeObjects(std::size_t count);
 };
 
 using ObjectQueueType = py::class_<ObjectQueue, std::shared_ptr<ObjectQueue>>;
-
-/// The feeding threads of one function of a device: frames of a stream in, rows out.
-class Feeders final : public RuntimePart {
-public:
-    /// Makes a thread with its gate shut; `start` lets it run up to there.
-    std::shared_ptr<StreamReader> add(const char* threadName, std::shared_ptr<StreamFifo> frames,
-                                      std::shared_ptr<ObjectQueue> rows, RowLayout layout, FailureId overflowWarning);
-    void start() const {
-        for (const auto& reader : readers) reader->start();
-    }
-    void end() override {
-        for (const auto& reader : readers) reader->end();
-    }
-    void kill() const {
-        for (const auto& reader : readers) reader->kill();
-    }
-
-    std::vector<std::shared_ptr<StreamReader>> readers;
-};
-
-/// The threads that an object keeps under this name; a missing-attribute failure if it has none.
-std::shared_ptr<Feeders> feedersOf(py::handle self, const char* partName);
-
-/// Warns, from a thread of the library, that something was dropped.
-StreamReader::OnOverflow warningOf(FailureId warning);
 
 }  // namespace zvr::python

@@ -22,7 +22,21 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 // Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
 
-std::shared_ptr<EchoPool> echoPool(py::handle self) { return runtimeOf(self).pools.echo; }
+/// The object's pool of replies: ours, or whatever mapping somebody put there.
+struct ReplyPool {
+    explicit ReplyPool(py::handle self)
+        : object(attribute(self, "data_pool_echo")), ours(nativeOrNothing<EchoPool>(object)) {}
+
+    /// Takes a reply out of a mapping that is not ours; nothing if there is none.
+    Object takeForeign(const Object& key) const {
+        const int contained = entering([&] { return PySequence_Contains(object.ptr(), key.ptr()); });
+        if (contained < 0) throw py::error_already_set();
+        return contained != 0 ? callMethod(object, "pop", key) : Object();
+    }
+
+    const Object object;
+    const std::shared_ptr<EchoPool> ours;
+};
 
 // Sends and waits without a step in Python between the two. After a moment the interpreter lock is asked for again, be
 // the reply there or not: where another Python thread computes, that takes milliseconds, and the reply comes meanwhile.
@@ -45,26 +59,29 @@ Object exchangeOnce(Client& client, EchoPool& pool, int command, const Bytes& da
 }
 
 bool stepsAreOurs(py::handle self, py::handle client) {
-    return py::isinstance<Client>(client) && hasOwnMethod(client, "sendPacket") &&
-           hasOwnMethod(self, "_preparePacket") && hasOwnMethod(self, "_getReplyFromPool");
+    return hasOwnMethod(client, "sendPacket") && hasOwnMethod(self, "_preparePacket") &&
+           hasOwnMethod(self, "_getReplyFromPool");
 }
 
-Object echoPacket(py::handle self, const Object& command, const Object& data, const Object& timeout) {
-    const Object client = attribute(self, "client_cmd");
-    const int code = py::cast<int>(command);
-    const double limit = secondsOf(timeout);
-    if (limit > 0 && stepsAreOurs(self, client)) {
-        const auto link = py::cast<std::shared_ptr<Client>>(client);
-        return exchangeOnce(*link, *echoPool(self), code, bytesOf(data), limit);
+Object clientOf(py::handle self) {
+    Object client = attribute(self, "client_cmd");
+    return client;
+}
+
+Object echoPacket(py::handle self, int command, const Object& data, Seconds timeout) {
+    const Object client = clientOf(self);
+    if (const auto link = nativeOrNothing<Client>(client); link && timeout > 0 && stepsAreOurs(self, client)) {
+        if (const ReplyPool pool(self); pool.ours) {
+            return exchangeOnce(*link, *pool.ours, command, bytesOf(data), timeout);
+        }
     }
-    const Object frame = callMethod(self, "_preparePacket", command, data);
+    const Object frame = callMethod(self, "_preparePacket", py::int_(command), data);
     callMethod(client, "sendPacket", frame);
-    return callMethod(self, "_getReplyFromPool", py::int_(keyOf(code, data)), timeout);
+    return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
 }
 
 // Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
-Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, const Object& timeout) {
-    const double limit = secondsOf(timeout);
+Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
     const py::float_ quickTry(QUICK_TRY);
     double timer = 0.0;
     for (int count = 0; count < NUM_RETRIES && timer < limit; ++count, timer += QUICK_TRY) {
@@ -78,66 +95,83 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
     return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
 }
 
-Object getReplyFromPool(py::handle self, const Object& key, const Object& timeout) {
-    const double limit = secondsOf(timeout);
+// The wait on a mapping that is not ours is a poll; its step is a thousandth of the limit.
+Object pollReply(const ReplyPool& pool, const Object& key, double limit) {
+    const double step = limit / 1000;
+    for (double timer = 0; timer <= limit; timer += step) {
+        if (timer < limit) {
+            if (Object data = pool.takeForeign(key)) return data;
+        }
+        sleepBlocking(step);
+    }
+    timedOut();
+}
+
+Object getReplyFromPool(py::handle self, const Object& key, Seconds limit) {
     if (limit <= 0) timedOut();
-    const auto pool = echoPool(self);
-    const auto number = py::cast<EchoPool::Key>(key);
-    auto data = pool->take(number);
+    const ReplyPool pool(self);
+    if (!pool.ours) return pollReply(pool, key, limit);
+    const auto number = argument<EchoPool::Key>(key, "cmd");
+    auto data = pool.ours->take(number);
     if (!data) {
-        data = blocking([&](const Attend& attend) { return pool->await(number, deadlineIn(limit), attend); });
+        data = blocking([&](const Attend& attend) { return pool.ours->await(number, deadlineIn(limit), attend); });
     }
     if (!data) timedOut();
     return toBytes(*data);
 }
 
+Py_ssize_t sizeOf(py::handle queue) { return argument<Py_ssize_t>(callMethod(queue, "qsize"), "qsize"); }
+
 // Takes what is in a queue now, at most `count` items; -1 means all.
-Object takeStreaming(py::handle queue, const Object& count) {
-    const auto size = py::cast<Py_ssize_t>(callMethod(queue, "qsize"));
-    const auto wanted = py::cast<Py_ssize_t>(count);
+py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
+    const Py_ssize_t size = sizeOf(queue);
     py::list items;
     const Py_ssize_t times = wanted > -1 && wanted < size ? wanted : size;
-    if (py::isinstance<ObjectQueue>(queue)) {
-        items = py::cast<ObjectQueue*>(queue)->takeObjects(static_cast<std::size_t>(times));
+    if (const auto ours = nativeOrNothing<ObjectQueue>(queue); ours && hasOwnMethod(queue, "get_nowait")) {
+        items = ours->takeObjects(static_cast<std::size_t>(std::max(times, Py_ssize_t{0})));
     } else {
-        for (Py_ssize_t i = 0; i < times; ++i) items.append(callMethod(queue, "get_nowait"));
+        for (Py_ssize_t i = 0; i < times; ++i) {
+            try {
+                items.append(callMethod(queue, "get_nowait"));
+            } catch (const py::error_already_set& error) {
+                if (!error.matches(hostObject("queue", "Empty"))) throw;
+                break;  // somebody else takes from it too
+            }
+        }
     }
     if (items.size() == 1 && PyList_Check(Object(items[0]).ptr()) != 0) return py::list(items[0]);
     return items;
 }
 
-Object getStreamingFromPool(py::handle, const Object& queue, const Object& count, const Object& delay) {
-    const auto wanted = py::cast<Py_ssize_t>(count);
-    const auto missing = [&] { return py::cast<Py_ssize_t>(callMethod(queue, "qsize")) < wanted; };
-    if (wanted > -1 && missing()) {
-        const double limit = secondsOf(delay);
-        const auto await = [&](const auto& fifo) {
-            blocking([&](const Attend& attend) {
-                return fifo->waitForSize(static_cast<std::size_t>(wanted), deadlineIn(limit), attend);
-            });
-        };
-        if (py::isinstance<StreamFifo>(queue)) {
-            await(py::cast<std::shared_ptr<StreamFifo>>(queue));
-        } else if (py::isinstance<ObjectQueue>(queue)) {
-            await(py::cast<std::shared_ptr<ObjectQueue>>(queue));
-        } else {
-            sleepBlocking(limit);
-        }
+template <class Queue>
+bool awaitSize(py::handle queue, Py_ssize_t count, double seconds) {
+    const auto ours = nativeOrNothing<Queue>(queue);
+    if (!ours) return false;
+    blocking([&](const Attend& attend) {
+        return ours->waitForSize(static_cast<std::size_t>(count), deadlineIn(seconds), attend);
+    });
+    return true;
+}
+
+py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted, Seconds delay) {
+    if (wanted > -1 && sizeOf(queue) < wanted && !awaitSize<StreamFifo>(queue, wanted, delay) &&
+        !awaitSize<ObjectQueue>(queue, wanted, delay)) {
+        sleepBlocking(delay);
     }
-    return takeStreaming(queue, count);
+    return takeStreaming(queue, wanted);
 }
 
 // Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment. A near
 // device's reply is there on return, which spares the way through the loop's selector.
 bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> expected = {}) {
     const Object client = attribute(self, "client_cmd");
-    if (!py::isinstance<Client>(client) || !hasOwnMethod(client, "sendPacket")) {
+    const auto link = nativeOrNothing<Client>(client);
+    if (!link || !hasOwnMethod(client, "sendPacket")) {
         callMethod(client, "sendPacket", frame);
         return true;
     }
-    const auto link = py::cast<std::shared_ptr<Client>>(client);
     const Bytes bytes = bytesOf(frame);
-    const auto pool = expected ? echoPool(self) : nullptr;
+    const auto pool = expected ? ReplyPool(self).ours : nullptr;
     const WithoutGil released;
     const bool sent = link->send(bytes, Clock::now());
     if (sent && pool) pool->yieldFor(*expected);
@@ -155,10 +189,10 @@ Result sendWithoutReplySteps(Op op, Object command, Object data) {
 }
 
 // A peer that takes no more bytes is one that does not answer in time.
-Result echoPacketSteps(Op op, Object command, Object data, Object timeout) {
-    const Object frame = op.call("_preparePacket", command, data);
-    const EchoPool::Key key = keyOf(py::cast<int>(command), data);
-    const Deadline deadline = deadlineIn(secondsOf(timeout));
+Result echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
+    const Object frame = op.call("_preparePacket", py::int_(command), data);
+    const EchoPool::Key key = keyOf(command, data);
+    const Deadline deadline = deadlineIn(timeout);
     while (!sendNow(op.self(), frame, key)) {
         if (Clock::now() >= deadline) co_return py::none();
         co_await op.sleep(ECHO_DELAY);
@@ -171,28 +205,33 @@ Result echoPacketSteps(Op op, Object command, Object data, Object timeout) {
     co_return py::none();
 }
 
-Result echoPacketWithRetrySteps(Op op, Object command, Object data, Object retries, Object timeout) {
-    const auto most = py::cast<int>(retries);
+Result echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
+    static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
     const py::int_ attempt(RETRY_TIMEOUT);
     for (int count = 0; count < most; ++count) {
-        const Object value = co_await op.request("_echoPacket", command, data, attempt);
+        const Object value = co_await Pending::on(
+            callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, attempt));
         if (!value.is_none()) co_return value;
     }
-    const double left = std::max(secondsOf(timeout) - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
+    const double left = std::max(timeout - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
     co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
 }
 
 Result getReplySteps(Op op, Object key) {
-    const auto pool = echoPool(op.self());
-    const auto number = py::cast<EchoPool::Key>(key);
-    Wakers& wakers = runtimeOf(op.self()).wakers;
+    const ReplyPool pool(op.self());
+    const auto runtime = runtimeOrNothing(op.self());
+    while (!pool.ours || !runtime) {
+        if (Object data = pool.takeForeign(key)) co_return data;
+        co_await op.sleep(ECHO_DELAY);
+    }
+    const auto number = argument<EchoPool::Key>(key, "cmd");
     for (;;) {
-        const auto data = pool->take(number);
+        const auto data = pool.ours->take(number);
         if (!data) {
-            co_await ArrivalPending(wakers, pool, number);
+            co_await ArrivalPending(runtime->wakers, pool.ours, number);
             continue;
         }
-        if (wakers.loopIsDue()) co_await op.sleep(0);
+        if (runtime->wakers.loopIsDue()) co_await op.sleep(0);
         co_return toBytes(*data);
     }
 }
@@ -230,8 +269,8 @@ void definePacket(Package& package) {
         .method("_preparePacket", {command, data.withDefault("[]")}, "Builds a frame.",
                 {"list[int]", "byte values of the whole frame"},
                 {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
-                [](py::handle, const Object& code, const Object& bytes) -> Object {
-                    return toList(buildFrame(py::cast<int>(code), bytesOf(bytes)));
+                [](py::handle, int code, const Object& bytes) -> Object {
+                    return toList(buildFrame(code, bytesOf(bytes)));
                 });
 
     const auto broadcast = std::make_shared<const Definition>(broadcastDefinition());
@@ -262,7 +301,8 @@ void definePacket(Package& package) {
         .awaitable("_getReplyFromPool", {key}, "Waits for a reply, without a limit, and takes it from the echo pool.",
                    reply, {}, Calls<getReplySteps>{})
         .awaitable("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue; never waits.", samples,
-                   {}, [](Op, Object items, Object most, Object) -> Result { co_return takeStreaming(items, most); })
+                   {},
+                   [](Op, Object items, Py_ssize_t most, Object) -> Result { co_return takeStreaming(items, most); })
         .awaitable("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
                    Calls<sendWithoutReplySteps>{})
         .add(broadcast, Form::awaitable);

@@ -1,9 +1,13 @@
 // What every operation stands on: constants, failures, conversions, pools and the request engine, as Python sees them.
 #pragma once
 
+#include "core/pools.h"
 #include "python/classes.h"
 
 namespace zvr::python {
+
+/// The key of a stream's queue: the command, or a tuple of it with port and chip select.
+Object keyObject(const StreamKey& key);
 
 void defineConstants(Package& package);
 void defineFailures(Package& package);

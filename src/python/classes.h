@@ -148,6 +148,13 @@ public:
                          true);
     }
 
+    /// A constructor of what both forms share.
+    template <class Function>
+    Feature& basedConstructor(Parameters parameters, Function body) {
+        return addShared(
+            {"__init__", std::move(parameters), "Sets the fields that both forms share.", {}, {}, plain(body)});
+    }
+
     /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
     Feature& offers(const std::vector<FieldDoc>& fields);
 

@@ -2,16 +2,18 @@
 
 #include <atomic>
 #include <map>
+#include <thread>
 #include <unordered_map>
 
 #include "core/immortal.h"
+#include "core/threads.h"
 
 namespace zvr::python {
 
 namespace {
 
 std::atomic<bool> leaving{false};
-unsigned long mainThread = 0;
+std::atomic<unsigned long> leavingThread{0}, mainThread{0};
 
 struct TextHash {
     using is_transparent = void;
@@ -40,7 +42,8 @@ PyObject* internedTwin(const char* name) {
 }
 
 Object attributeOrNothing(py::handle object, const char* name) {
-    PyObject* found = PyObject_GetAttr(object.ptr(), interned(name));
+    PyObject* const text = interned(name);
+    PyObject* found = entering([&] { return PyObject_GetAttr(object.ptr(), text); });
     if (found == nullptr) {
         if (!PyErr_ExceptionMatches(PyExc_AttributeError)) throw py::error_already_set();
         PyErr_Clear();
@@ -48,27 +51,49 @@ Object attributeOrNothing(py::handle object, const char* name) {
     return py::reinterpret_steal<Object>(found);
 }
 
-py::handle hostObject(const char* module, const char* name) {
-    static auto& objects = immortal<std::map<std::pair<const char*, const char*>, Object>>();
-    Object& entry = objects[{module, name}];
-    if (!entry) entry = py::module_::import(module).attr(name);
-    return entry;
+Object hostObject(const char* module, const char* name) {
+    static auto& modules = immortal<std::map<const char*, Object>>();
+    Object& entry = modules[module];
+    if (!entry) entry = py::module_::import(module);
+    return attribute(entry, name);
 }
 
-void rememberMainThread() {
-    mainThread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
+void rememberMainThread(unsigned long thread) { mainThread = thread; }
+
+void parkThread() noexcept {
+    forgetThisThread();
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
+
+WithoutGil::~WithoutGil() {
+    if (!interpreterAlive()) parkThread();
+    entering([this] { PyEval_RestoreThread(state_); });
+}
+
+WithGil::WithGil() {
+    if (!interpreterAlive()) parkThread();
+    state_ = entering([] { return PyGILState_Ensure(); });
 }
 
 Attend attendSignals() {
     if (PyThread_get_thread_ident() != mainThread) return {};
     return [] {
-        const py::gil_scoped_acquire acquired;
-        if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+        const WithGil acquired;
+        if (entering(PyErr_CheckSignals) != 0) throw py::error_already_set();
     };
 }
 
-bool interpreterAlive() { return !leaving && Py_IsInitialized() != 0; }
+bool interpreterAlive() {
+    return (!leaving || leavingThread == PyThread_get_thread_ident()) && Py_IsInitialized() != 0;
+}
 
-void leaveInterpreter() { leaving = true; }
+void leaveInterpreter() {
+    leavingThread = PyThread_get_thread_ident();
+    leaving = true;
+}
+
+SharedObject shared(py::handle object) {
+    return {Py_NewRef(object.ptr()), [](PyObject* held) { onInterpreter([held] { Py_DECREF(held); }); }};
+}
 
 }  // namespace zvr::python

@@ -4,6 +4,9 @@
 #include <pybind11/pybind11.h>
 
 #include <array>
+#if __has_include(<cxxabi.h>)
+#include <cxxabi.h>
+#endif
 
 #include "core/bytes.h"
 #include "core/waiting.h"
@@ -12,6 +15,24 @@ namespace zvr::python {
 
 namespace py = pybind11;
 using Object = py::object;
+
+/// Keeps a thread for good that the ending interpreter has no more use for. It must hold no lock of the engine.
+[[noreturn]] void parkThread() noexcept;
+
+/// Makes a call that may run Python code. An interpreter that ends sends away the threads that ask for its lock by
+/// unwinding them; nothing above this call could run then without the lock, so the thread stays here.
+template <class Call>
+auto entering(Call&& call) {
+#ifdef __GLIBCXX__
+    try {
+        return call();
+    } catch (const abi::__forced_unwind&) {
+        parkThread();
+    }
+#else
+    return call();
+#endif
+}
 
 /// Takes a new reference that a C call returned; throws the Python failure if there is none.
 inline Object own(PyObject* result) {
@@ -27,20 +48,31 @@ PyObject* interned(const char* name);
 PyObject* internedTwin(const char* name);
 
 inline Object attribute(py::handle object, const char* name) {
-    return own(PyObject_GetAttr(object.ptr(), interned(name)));
+    PyObject* const text = interned(name);
+    return own(entering([&] { return PyObject_GetAttr(object.ptr(), text); }));
 }
 
 /// The attribute, or nothing if there is none of this name.
 Object attributeOrNothing(py::handle object, const char* name);
 
 inline void setAttribute(py::handle object, const char* name, py::handle value) {
-    if (PyObject_SetAttr(object.ptr(), interned(name), value.ptr()) != 0) throw py::error_already_set();
+    PyObject* const text = interned(name);
+    if (entering([&] { return PyObject_SetAttr(object.ptr(), text, value.ptr()); }) != 0) {
+        throw py::error_already_set();
+    }
 }
 
 template <class... Args>
 Object callNamed(py::handle self, PyObject* name, const Args&... args) {
     PyObject* const call[] = {self.ptr(), py::handle(args).ptr()...};
-    return own(PyObject_VectorcallMethod(name, call, sizeof...(Args) + 1, nullptr));
+    return own(entering([&] { return PyObject_VectorcallMethod(name, call, sizeof...(Args) + 1, nullptr); }));
+}
+
+/// The same with the last argument by its keyword; `keyword` is a tuple of its name.
+template <class... Args>
+Object callNamedBy(PyObject* keyword, py::handle self, PyObject* name, const Args&... args) {
+    PyObject* const call[] = {self.ptr(), py::handle(args).ptr()...};
+    return own(entering([&] { return PyObject_VectorcallMethod(name, call, sizeof...(Args), keyword); }));
 }
 
 /// Calls a method by name with positional arguments.
@@ -52,23 +84,42 @@ Object callMethod(py::handle self, const char* name, const Args&... args) {
 template <class... Args>
 Object callObject(py::handle callable, const Args&... args) {
     PyObject* const call[] = {nullptr, py::handle(args).ptr()...};
-    return own(
-        PyObject_Vectorcall(callable.ptr(), call + 1, sizeof...(Args) | PY_VECTORCALL_ARGUMENTS_OFFSET, nullptr));
+    return own(entering([&] {
+        return PyObject_Vectorcall(callable.ptr(), call + 1, sizeof...(Args) | PY_VECTORCALL_ARGUMENTS_OFFSET, nullptr);
+    }));
 }
 
-/// An object of a module of the host, imported once.
-py::handle hostObject(const char* module, const char* name);
+/// What a module of the host has under this name now: a replacement lives as long as its replacer wants.
+Object hostObject(const char* module, const char* name);
+/// The same of the package itself.
+inline Object packageObject(const char* name) { return hostObject("pyzvr", name); }
+
+/// Prints as the host's `print` does now.
+inline void printLine(py::handle text) { callObject(hostObject("builtins", "print"), text); }
 
 /// Lets other Python threads run for a scope.
 class WithoutGil {
 public:
     WithoutGil() : state_(PyEval_SaveThread()) {}
-    ~WithoutGil() { PyEval_RestoreThread(state_); }
+    ~WithoutGil();
     WithoutGil(const WithoutGil&) = delete;
     WithoutGil& operator=(const WithoutGil&) = delete;
 
 private:
     PyThreadState* state_;
+};
+
+/// Takes the interpreter lock for a scope, on any thread. Once the interpreter leaves, only the thread that ends it
+/// gets the lock; every other one is parked.
+class WithGil {
+public:
+    WithGil();
+    ~WithGil() { PyGILState_Release(state_); }
+    WithGil(const WithGil&) = delete;
+    WithGil& operator=(const WithGil&) = delete;
+
+private:
+    PyGILState_STATE state_;
 };
 
 /// Runs `wait` without the interpreter lock. On the main thread its Attend lets the host's signal handlers run, whose
@@ -95,7 +146,7 @@ void thenAlways(Step step, Rest rest) {
     if (failure) std::rethrow_exception(failure);
 }
 
-/// Whether a thread of ours may still take the interpreter lock.
+/// Whether this thread may still take the interpreter lock.
 bool interpreterAlive();
 
 /// Reports the exception that is being handled as one that nobody can be given.
@@ -106,7 +157,7 @@ void reportUnraisable() noexcept;
 template <class Action>
 void onInterpreter(Action&& action) noexcept {
     if (!interpreterAlive()) return;
-    const py::gil_scoped_acquire acquired;
+    const WithGil acquired;
     try {
         action();
     } catch (...) {
@@ -114,8 +165,13 @@ void onInterpreter(Action&& action) noexcept {
     }
 }
 
-/// Called once, when the module is made and when the interpreter leaves.
-void rememberMainThread();
+/// Called when the module is made, and in a forked child.
+void rememberMainThread(unsigned long thread);
+/// Called once, when the interpreter begins to leave: from now on no other thread gets its lock from us.
 void leaveInterpreter();
+
+/// A Python object that C++ threads may hold and drop without the interpreter lock.
+using SharedObject = std::shared_ptr<PyObject>;
+SharedObject shared(py::handle object);
 
 }  // namespace zvr::python

@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "python/arguments.h"
 #include "python/op.h"
 
 namespace zvr::python {
@@ -65,14 +66,39 @@ struct Signature<Back (Function::*)(First, Rest...) const> {
 template <class Function>
 using SignatureOf = Signature<decltype(&Function::operator())>;
 
-template <class Function, class First, std::size_t... index>
-decltype(auto) spread(First&& first, Arguments arguments, std::index_sequence<index...>) {
-    return Function{}(std::forward<First>(first), arguments[index]...);
+/// An argument as it was given, or as the body's parameter wants it.
+template <class Wanted>
+decltype(auto) convert(const Definition& definition, Arguments arguments, std::size_t index) {
+    using Plain = std::remove_cvref_t<Wanted>;
+    if constexpr (std::is_same_v<Plain, Object>) {
+        return arguments[index];
+    } else {
+        return argument<Plain>(arguments[index], definition.parameters[index].name);
+    }
+}
+
+/// The object that a method is called on: as it is, or its native part.
+template <class Wanted, class First>
+decltype(auto) receiver(First&& first) {
+    using Plain = std::remove_cvref_t<Wanted>;
+    if constexpr (std::is_same_v<Plain, std::remove_cvref_t<First>>) {
+        return std::forward<First>(first);
+    } else if constexpr (IsShared<Plain>::value) {
+        return native<typename IsShared<Plain>::Content>(first);
+    } else {
+        return (*native<Plain>(first));
+    }
+}
+
+template <class Function, class First, class Back, class Self, class... Rest, std::size_t... index>
+Back spread([[maybe_unused]] const Definition& definition, First&& first, [[maybe_unused]] Arguments arguments,
+            Back (Function::*)(Self, Rest...) const, std::index_sequence<index...>) {
+    return Function{}(receiver<Self>(std::forward<First>(first)), convert<Rest>(definition, arguments, index)...);
 }
 
 template <class Function, class First>
-decltype(auto) spread(First&& first, Arguments arguments) {
-    return spread<Function>(std::forward<First>(first), arguments,
+auto spread(const Definition& definition, First&& first, Arguments arguments) {
+    return spread<Function>(definition, std::forward<First>(first), arguments, &Function::operator(),
                             std::make_index_sequence<SignatureOf<Function>::arguments>());
 }
 
@@ -86,27 +112,28 @@ struct Calls<function> {
     Back operator()(First first, Rest... rest) const { return function(std::forward<First>(first), rest...); }
 };
 
-/// A body from a lambda without captures that takes (py::handle self, one Object per parameter).
+/// A body from a lambda without captures that takes the object, as a py::handle or as the native part that it wants of
+/// it, and one argument per parameter: an Object as it was given, or what `argument` makes of it.
 template <class Function>
 PlainBody plain(Function) {
-    return [](const Definition&, py::handle self, Arguments arguments) -> Object {
+    return [](const Definition& definition, py::handle self, Arguments arguments) -> Object {
         using Returned = typename detail::SignatureOf<Function>::Returned;
         if constexpr (std::is_void_v<Returned>) {
-            detail::spread<Function>(self, arguments);
+            detail::spread<Function>(definition, self, arguments);
             return py::none();
         } else if constexpr (std::is_base_of_v<Object, Returned>) {
-            return detail::spread<Function>(self, arguments);
+            return detail::spread<Function>(definition, self, arguments);
         } else {
-            return py::cast(detail::spread<Function>(self, arguments));
+            return py::cast(detail::spread<Function>(definition, self, arguments));
         }
     };
 }
 
-/// A body from a coroutine lambda without captures that takes (Op op, one Object per parameter).
+/// The same from a coroutine lambda that takes an Op.
 template <class Function>
 StepsBody steps(Function) {
-    return [](const Definition&, Op op, Arguments arguments) -> Result {
-        return detail::spread<Function>(std::move(op), arguments);
+    return [](const Definition& definition, Op op, Arguments arguments) -> Result {
+        return detail::spread<Function>(definition, std::move(op), arguments);
     };
 }
 

@@ -1,6 +1,5 @@
 #include "python/op.h"
 
-#include <cmath>
 #include <thread>
 
 namespace zvr::python {
@@ -35,11 +34,9 @@ Pending within(Deadline limit, py::handle awaitable) {
     return Pending::on(awaitable);
 }
 
-double secondsOf(py::handle seconds) {
-    const double value = PyFloat_AsDouble(seconds.ptr());
-    if (value == -1.0 && PyErr_Occurred() != nullptr) throw py::error_already_set();
-    if (std::isnan(value)) throw py::value_error("a time in seconds is not a number");
-    return value;
+PyObject* Op::timeoutKeyword() {
+    static PyObject* const keyword = PyTuple_Pack(1, interned("timeout"));
+    return keyword;
 }
 
 }  // namespace zvr::python

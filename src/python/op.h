@@ -1,6 +1,7 @@
 // What the steps of an operation see: their object, the form they run in, and the ways to wait.
 #pragma once
 
+#include "python/arguments.h"
 #include "python/event_loop.h"
 
 namespace zvr::python {
@@ -31,6 +32,15 @@ public:
         return Pending::on(callNamed(self_, internedTwin(name), args...));
     }
 
+    /// The same with the timeout by keyword.
+    template <class... Args>
+    Pending requestBy(const char* name, const Args&... args) const {
+        if (!awaitable()) {
+            return Pending::done(callNamedBy(timeoutKeyword(), self_, interned(name), args..., timeout_));
+        }
+        return Pending::on(callNamed(self_, internedTwin(name), args...));
+    }
+
     /// The same for operations whose blocking form takes no timeout.
     template <class... Args>
     Pending same(const char* name, const Args&... args) const {
@@ -40,7 +50,7 @@ public:
 
     /// One exchange with the device; gives the reply's data.
     Pending exchange(int command, const py::list& data) const {
-        return request("_echoPacketWithRetry", py::int_(command), data);
+        return requestBy("_echoPacketWithRetry", py::int_(command), data);
     }
 
     /// Runs steps that several operations share, in the same form.
@@ -50,6 +60,8 @@ public:
     Pending sleep(double seconds) const;
 
 private:
+    static PyObject* timeoutKeyword();
+
     Object self_;
     Object timeout_;
 };
@@ -60,7 +72,7 @@ Pending within(Deadline limit, py::handle awaitable);
 /// Blocks this many seconds, with the host's signal handlers running.
 void sleepBlocking(double seconds);
 
-/// Seconds that a caller gave. Throws a type failure for what is no number and a value failure for not-a-number.
-double secondsOf(py::handle seconds);
+/// Seconds that a caller gave under the name `timeout`, or `name`.
+inline double secondsOf(py::handle seconds, const char* name = "timeout") { return secondsArgument(seconds, name); }
 
 }  // namespace zvr::python

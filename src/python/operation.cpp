@@ -145,6 +145,30 @@ PyMemberDef members[] = {
     {nullptr, 0, 0, 0, nullptr},
 };
 
+// The marks by which asyncio (until Python 3.11) and inspect (from 3.12 on) know a coroutine function.
+PyObject* coroutineMark(PyObject* self, void* place) {
+    const auto [module, name] = *static_cast<const std::pair<const char*, const char*>*>(place);
+    if (cast(self)->shape->form != Form::awaitable) {
+        PyErr_SetString(PyExc_AttributeError, "this is no coroutine function");
+        return nullptr;
+    }
+    try {
+        return hostObject(module, name).release().ptr();
+    } catch (...) {
+        raiseCurrent();
+        return nullptr;
+    }
+}
+
+std::pair<const char*, const char*> asyncioMark{"asyncio.coroutines", "_is_coroutine"},
+    inspectMark{"inspect", "_is_coroutine_mark"};
+
+PyGetSetDef properties[] = {
+    {"_is_coroutine", coroutineMark, nullptr, nullptr, &asyncioMark},
+    {"_is_coroutine_marker", coroutineMark, nullptr, nullptr, &inspectMark},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
+
 Parameters parametersOf(const Definition& definition, Form form) {
     Parameters parameters = definition.parameters;
     if (form == Form::blocking) parameters.push_back(timeoutParameter());
@@ -218,6 +242,7 @@ void prepareOperationType(py::module_& /*module*/) {
     operationType.tp_descr_get = bindTo;
     operationType.tp_repr = represent;
     operationType.tp_members = members;
+    operationType.tp_getset = properties;
     Py_SET_REFCNT(&operationType, 1);
     if (PyType_Ready(&operationType) != 0) throw py::error_already_set();
 }

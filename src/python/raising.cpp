@@ -37,6 +37,8 @@ void raiseCurrent() noexcept {
             throw;
         } catch (py::error_already_set& error) {
             error.restore();
+        } catch (const py::cast_error&) {
+            setError(PyExc_TypeError, "an argument or a field has a wrong type");
         } catch (const py::builtin_exception& error) {
             error.set_error();
         } catch (const Failure& failure) {
@@ -44,8 +46,7 @@ void raiseCurrent() noexcept {
         } catch (const AwaitTimedOut&) {
             PyErr_SetNone(hostObject("asyncio", "TimeoutError").ptr());
         } catch (const UsbError& error) {
-            raiseSystemError(attribute(py::module_::import("pyzvr"), error.timedOut() ? "USBTimeoutError" : "USBError"),
-                             error);
+            raiseSystemError(packageObject(error.timedOut() ? "USBTimeoutError" : "USBError"), error);
         } catch (const std::system_error& error) {
             raiseSystemError(PyExc_OSError, error);
         } catch (const WrongLength& error) {
@@ -53,7 +54,9 @@ void raiseCurrent() noexcept {
         } catch (const std::overflow_error& error) {
             setError(PyExc_OverflowError, error.what());
         } catch (const std::out_of_range& error) {
-            setError(PyExc_IndexError, error.what());
+            // The C++ library's own texts name its classes.
+            const bool ours = std::string_view(error.what()).find("::") == std::string_view::npos;
+            setError(PyExc_IndexError, ours ? error.what() : "an index is out of range");
         } catch (const std::invalid_argument& error) {
             setError(PyExc_ValueError, error.what());
         } catch (const std::bad_alloc&) {
@@ -102,7 +105,7 @@ void reportThreadFailure(const std::string& threadName, std::exception_ptr failu
         const Object thread = hostObject("types", "SimpleNamespace")(py::arg("name") = threadName);
         const py::tuple fields =
             py::make_tuple(error.type(), error.value(), error.trace() ? error.trace() : Object(py::none()), thread);
-        attribute(py::module_::import("threading"), "excepthook")(hostObject("threading", "ExceptHookArgs")(fields));
+        hostObject("threading", "excepthook")(hostObject("threading", "ExceptHookArgs")(fields));
     });
 }
 

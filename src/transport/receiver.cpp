@@ -1,73 +1,127 @@
 #include "transport/receiver.h"
 
+#include <utility>
+
 namespace zvr {
 
 namespace {
 
 // A source that brings nothing without waiting for it must not make the thread burn a core.
 constexpr std::chrono::milliseconds idlePause{1};
+
+// How long to leave a link alone that has ended or fails, while nobody tells of a change.
+struct Pause {
+    std::chrono::milliseconds first, longest, now = first;
+
+    std::chrono::milliseconds next() { return std::exchange(now, std::min(2 * now, longest)); }
+    void reset() { now = first; }
+};
+constexpr Pause silentPause{std::chrono::milliseconds(1), std::chrono::milliseconds(1'000)};
 // A dead link must not flood anybody with reports.
-constexpr std::chrono::milliseconds firstPause{100}, longestPause{10'000};
+constexpr Pause reportPause{std::chrono::milliseconds(100), std::chrono::milliseconds(10'000)};
 
 }  // namespace
 
 Receiver::Receiver(std::string name, std::size_t readLength, Sink sink, Report report, ReportRead reportRead)
+    : Receiver(std::move(name), readLength, std::move(report), std::move(reportRead), nullptr) {
+    sink_ = std::move(sink);
+}
+
+Receiver::Receiver(std::string name, std::size_t readLength, Report report, ReportRead reportRead,
+                   std::shared_ptr<Supervisor<Receiver>> supervisor)
     : OwnedThread(std::move(name), std::move(report)),
       readLength_(readLength),
-      sink_(std::move(sink)),
-      reportRead_(std::move(reportRead)) {}
+      reportRead_(std::move(reportRead)),
+      supervisor_(std::move(supervisor)) {}
 
 void Receiver::start() {
     startBody([self = shared_from_this()] { self->run(); });
 }
 
 void Receiver::run() {
-    std::vector<Packet> packets;
-    std::chrono::milliseconds pause = firstPause;
+    Pause silent = silentPause, reporting = reportPause;
     while (!killed_) {
-        const std::uint64_t turn = gate.pass();
-        if (killed_) return;
-        packets.clear();
-        const Deadline begin = Clock::now();
-        const Reading reading = cycle(packets);
-        for (Packet& packet : packets) sink_(std::move(packet));
-        if (reading == Reading::ended) gate.awaitTurn(turn);
-        if (reading == Reading::idle) gate.awaitTurn(turn, begin + idlePause);
-        if (reading == Reading::failed) {
-            gate.awaitTurn(turn, begin + pause);
-            pause = std::min(2 * pause, longestPause);
-        } else {
-            pause = firstPause;
+        if (changed()) {
+            supervisor_->renew(*this);
+            continue;
         }
+        if (!filePending()) continue;
+        if (foreignPass_ && !foreignPass_()) continue;
+        const std::uint64_t turn = gateNow_->pass([this] { return changed(); });
+        if (changed()) continue;
+        const Deadline begin = Clock::now();
+        const Reading reading = cycle();
+        if (!filePending()) continue;
+        switch (reading) {
+            case Reading::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
+            case Reading::failed:
+                gateNow_->awaitTurn(turn, begin + (reportRead_ ? reporting : silent).next());
+                continue;
+            case Reading::idle: gateNow_->awaitTurn(turn, begin + idlePause); break;
+            case Reading::data: break;
+        }
+        silent.reset();
+        reporting.reset();
     }
 }
 
-Reading Receiver::cycle(std::vector<Packet>& packets) {
-    std::shared_ptr<PacketSource> source;
-    {
-        const std::lock_guard lock(mutex_);
-        source = source_;
+// Tells whether all is filed: what has come before a change is filed behind it.
+bool Receiver::filePending() {
+    std::size_t filed = 0;
+    const auto drop = [&] { pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(filed)); };
+    while (filed < pending_.size() && !changed()) {
+        try {
+            sink_(std::move(pending_[filed++]));
+        } catch (...) {
+            if (ignoresUnfiled_) continue;
+            drop();
+            throw;
+        }
     }
+    drop();
+    return pending_.empty();
+}
+
+Reading Receiver::cycle() {
+    const std::shared_ptr<PacketSource> read = source();
     try {
-        if (source) return source->receive(readLength_, packets);
+        if (read) return read->receive(readLength_, pending_);
         if (!reportRead_) return Reading::ended;
         throw MissingClient();
     } catch (const std::exception&) {
-        // A network link that fails has ended: nothing comes until somebody turns the gate.
-        if (!reportRead_) return Reading::ended;
-        if (!killed_) reportRead_(std::current_exception());
+        if (reportRead_ && !killed_) reportRead_(std::current_exception());
         return Reading::failed;
     }
 }
 
 void Receiver::end() {
     killed_ = true;
-    gate.release();
+    gate->release();
+    lookAgain();
+}
+
+void Receiver::letGo() noexcept {
+    if (const auto client = std::dynamic_pointer_cast<Client>(source())) client->abandon();
+    setSource(nullptr);
+}
+
+void Receiver::lookAgain() noexcept { gate->wake(); }
+
+void Receiver::rest(std::chrono::milliseconds most) { gateNow_->awaitTurn(gateNow_->turn(), Clock::now() + most); }
+
+std::shared_ptr<PacketSource> Receiver::source() const {
+    const std::lock_guard lock(mutex_);
+    return source_;
 }
 
 void Receiver::setSource(std::shared_ptr<PacketSource> source) {
     const std::lock_guard lock(mutex_);
-    source_ = std::move(source);
+    source_.swap(source);
+}
+
+void Receiver::setGate(std::shared_ptr<Gate> passes) {
+    foreignPass_ = nullptr;
+    gateNow_ = passes ? std::move(passes) : gate;
 }
 
 }  // namespace zvr

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "core/gate.h"
+#include "core/supervisor.h"
 #include "core/threads.h"
 #include "transport/client.h"
 
@@ -22,15 +23,17 @@ struct MissingClient : std::runtime_error {
 
 class Receiver final : public OwnedThread, public std::enable_shared_from_this<Receiver> {
 public:
-    /// Files one packet; what it throws ends the thread.
+    /// Files one packet; what it throws ends the thread, unless `ignoresUnfiled`.
     using Sink = std::function<void(Packet)>;
 
     /// Told of a read that failed, on the thread that reads.
     using ReportRead = std::function<void(std::exception_ptr)>;
 
-    /// Without `reportRead` a failed read counts as the end of the link. With it the read is reported and tried again,
-    /// ever more slowly, and so is the read of a link whose client is missing.
+    /// With `reportRead` failed reads are reported, and so is a missing client. Without a supervisor the thread files
+    /// through `sink`; with one, what it reads from and files through is the supervisor's to set.
     Receiver(std::string name, std::size_t readLength, Sink sink, Report report, ReportRead reportRead = {});
+    Receiver(std::string name, std::size_t readLength, Report report, ReportRead reportRead,
+             std::shared_ptr<Supervisor<Receiver>> supervisor);
 
     /// Starts the thread. It waits at the gate until that is opened.
     void start();
@@ -38,20 +41,44 @@ public:
     /// The body of the thread; also runs on the caller's thread, until `end`.
     void run();
 
-    /// Ends the thread soon: a read that waits for nobody ends when its client lets go of its link.
-    void end();
+    /// Ends the thread soon, out of its read.
+    void end() override;
 
+    /// Lets go of the link that is read from.
+    void letGo() noexcept;
+
+    /// A read from the source before ends soon, with nothing lost.
     void setSource(std::shared_ptr<PacketSource> source);
 
-    Gate gate;
+    /// Lets a thread that waits ask its supervisor.
+    void lookAgain() noexcept;
+
+    /// Lets the thread go on behind a packet that cannot be filed. For links on which anybody may send.
+    void ignoreUnfiled() { ignoresUnfiled_ = true; }
+
+    /// On the thread itself. No gate stands for the thread's own; a foreign one tells whether it has been passed.
+    void setGate(std::shared_ptr<Gate> gate);
+    void setForeignGate(std::function<bool()> pass) { foreignPass_ = std::move(pass); }
+    void setSink(Sink sink) { sink_ = std::move(sink); }
+    /// Waits until it is to look again.
+    void rest(std::chrono::milliseconds most);
+
+    const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
 
 private:
-    Reading cycle(std::vector<Packet>& packets);
+    bool changed() const noexcept { return killed_ || (supervisor_ && supervisor_->changed()); }
+    bool filePending();
+    Reading cycle();
+    std::shared_ptr<PacketSource> source() const;
 
     const std::size_t readLength_;
-    const Sink sink_;
+    Sink sink_;
     const ReportRead reportRead_;
-    std::atomic<bool> killed_{false};
+    const std::shared_ptr<Supervisor<Receiver>> supervisor_;
+    std::shared_ptr<Gate> gateNow_ = gate;
+    std::function<bool()> foreignPass_;
+    std::vector<Packet> pending_;  // received, and not filed yet
+    std::atomic<bool> killed_{false}, ignoresUnfiled_{false};
     mutable std::mutex mutex_;
     std::shared_ptr<PacketSource> source_;
 };

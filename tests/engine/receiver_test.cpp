@@ -120,7 +120,7 @@ TEST_F(ReceiverTest, PacketsReachTheSinkInOrderOnceTheGateIsOpen) {
         stream.insert(stream.end(), frame.begin(), frame.end());
         expected.push_back(command);
     }
-    receiver->gate.release();
+    receiver->gate->release();
     asio::write(device_, asio::buffer(stream));
     ASSERT_TRUE(delivery_.packets.awaitCount(3000));
     EXPECT_EQ(delivery_.commands(), expected);
@@ -133,13 +133,13 @@ TEST_F(ReceiverTest, DeadPeerIsReadOnceAndThenOncePerTurnOfTheGate) {
         std::make_shared<FakeSource>([&](int, std::vector<Packet>& packets) { return client->receive(1536, packets); });
     const auto receiver = start(source);
     device_.close();
-    receiver->gate.release();
+    receiver->gate->release();
     ASSERT_TRUE(source->calls.awaitCount(1));
     EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(50)));
     EXPECT_EQ(source->calls.count(), 1);
     for (int turn = 2; turn < 100; ++turn) {
-        receiver->gate.acquire();
-        receiver->gate.release();
+        receiver->gate->acquire();
+        receiver->gate->release();
         ASSERT_TRUE(source->calls.awaitCount(turn));
         ASSERT_EQ(source->calls.count(), turn);
     }
@@ -149,9 +149,9 @@ TEST_F(ReceiverTest, SourceThatBringsNothingWithoutWaitingIsReadAtMostOncePerPau
     const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>&) { return Reading::idle; });
     const auto receiver = start(source);
     const auto begin = Clock::now();
-    receiver->gate.release();
+    receiver->gate->release();
     ASSERT_TRUE(source->calls.awaitCount(20));  // idle is not the end
-    receiver->gate.acquire();
+    receiver->gate->acquire();
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - begin).count();
     EXPECT_LE(source->calls.count(), milliseconds + 2);
 }
@@ -164,12 +164,12 @@ TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
         return call < 5 ? Reading::data : Reading::ended;
     });
     const auto receiver = start(source);
-    receiver->gate.release();
+    receiver->gate->release();
     for (int call = 1; call <= 2; ++call) {
         ASSERT_TRUE(source->calls.awaitCount(call));
         EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(10)));
         EXPECT_EQ(source->calls.count(), call);
-        receiver->gate.release();  // a second release is a turn as well
+        receiver->gate->release();  // a second release is a turn as well
     }
     ASSERT_TRUE(delivery_.packets.awaitCount(3));
     EXPECT_EQ(delivery_.commands(), (std::vector<int>{3, 4, 5}));
@@ -186,11 +186,11 @@ TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgai
     });
     const auto receiver = start(source, [this](std::exception_ptr) { readReports_.reach(); });
     const auto begin = Clock::now();
-    receiver->gate.release();
+    receiver->gate->release();
     ASSERT_TRUE(readReports_.awaitCount(3));
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(300));
     *dead = false;
-    receiver->gate.release();  // whoever turns the gate need not wait for the pause
+    receiver->gate->release();  // whoever turns the gate need not wait for the pause
     ASSERT_TRUE(delivery_.packets.awaitCount(1, Clock::now() + std::chrono::milliseconds(350)));
     EXPECT_EQ(readReports_.count(), 3);
 }
@@ -201,21 +201,21 @@ TEST_F(ReceiverTest, MissingClientIsReportedOnlyWhereReadsAre) {
         readReports_.reach();
     });
     const auto silent = start(nullptr);
-    loud->gate.release();
-    silent->gate.release();
+    loud->gate->release();
+    silent->gate->release();
     ASSERT_TRUE(readReports_.awaitCount(1));
     silent->setSource(std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
         packets.push_back({7, {}});
         return Reading::ended;
     }));
-    silent->gate.release();
+    silent->gate->release();
     ASSERT_TRUE(delivery_.packets.awaitCount(1));
     EXPECT_TRUE(delivery_.reports().empty());
 }
 
 TEST_F(ReceiverTest, ThrowingSinkEndsTheThreadAndIsReportedWithItsName) {
     const auto receiver = start(connect(device_));
-    receiver->gate.release();
+    receiver->gate->release();
     asio::write(device_, asio::buffer(Bytes{2, 0, 2, 1, 7, 13, 10, 2, 0, 2, 2, 154, 13, 10, 2, 0, 2, 1, 8, 13, 10}));
     ASSERT_TRUE(receiver->awaitEnd(patience()));
     EXPECT_FALSE(receiver->alive());
@@ -230,11 +230,11 @@ TEST_F(ReceiverTest, ShutGateHoldsTheThreadThroughManyReconnects) {
     const auto first = connect(device_);
     const auto receiver = start(first);
     for (int cycle = 1; cycle <= 100; ++cycle) {
-        receiver->gate.release();
+        receiver->gate->release();
         write(device_, 1000 + cycle);
         ASSERT_TRUE(delivery_.packets.awaitCount(cycle));
         // As a device disconnects: the gate first, then the socket under the read.
-        receiver->gate.acquire();
+        receiver->gate->acquire();
         first->disconnect();
         EXPECT_EQ(delivery_.packets.count(), cycle);
         first->connect("127.0.0.1", acceptor_.local_endpoint().port());
@@ -244,17 +244,17 @@ TEST_F(ReceiverTest, ShutGateHoldsTheThreadThroughManyReconnects) {
 
 TEST_F(ReceiverTest, ReplacedSourceIsReadAfterTheNextTurn) {
     const auto receiver = start(nullptr);  // no connection yet
-    receiver->gate.release();
+    receiver->gate->release();
     tcp::socket other(context_);
     const auto first = connect(device_), second = connect(other);
     receiver->setSource(first);
-    receiver->gate.release();
+    receiver->gate->release();
     write(device_, 1001);
     ASSERT_TRUE(delivery_.packets.awaitCount(1));
-    receiver->gate.acquire();
+    receiver->gate->acquire();
     receiver->setSource(second);
     first->disconnect();
-    receiver->gate.release();
+    receiver->gate->release();
     write(other, 1002);
     ASSERT_TRUE(delivery_.packets.awaitCount(2));
     EXPECT_EQ(delivery_.commands(), (std::vector<int>{1001, 1002}));
@@ -272,14 +272,14 @@ TEST_F(ReceiverTest, EndsAtTheGateInAReadAndBehindADeadPeer) {
     };
     EXPECT_TRUE(atTheGate->awaitEnd(patience(), attend) && aliveBefore);
 
-    inARead->gate.release();
+    inARead->gate->release();
     write(device_, 1001);
     ASSERT_TRUE(delivery_.packets.awaitCount(1));
     inARead->end();
     reading->abandon();
     EXPECT_TRUE(inARead->awaitEnd(patience()));
 
-    behindTheEnd->gate.release();
+    behindTheEnd->gate->release();
     behindTheEnd->end();
     EXPECT_TRUE(behindTheEnd->awaitEnd(patience()));
     for (const auto& receiver : {atTheGate, inARead, behindTheEnd}) EXPECT_FALSE(receiver->alive());
@@ -296,7 +296,7 @@ TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
         "_recvDataThread", 9606, [&](const Packet& packet) { commands.push_back(packet.command); }, nullptr);
     receiver->setSource(source);
     auto run = std::async(std::launch::async, [&] { receiver->run(); });
-    receiver->gate.release();
+    receiver->gate->release();
     ASSERT_TRUE(source->calls.awaitCount(1));
     receiver->end();
     ASSERT_TRUE(endsSoon(run));

@@ -61,30 +61,30 @@ TEST(Scale, ConvertsRowsOfEveryKindIntoStridedMemory) {
 
 TEST(RowQueue, KeepsOrderOverSmallAndLargeFramesAndLayoutsHoweverItIsRead) {
     std::mt19937 random(7);
-    RowQueue queue(1000000);
+    const auto queue = std::make_shared<RowQueue>(1000000);
     std::vector<double> expected, got;
     for (int frame = 0, next = 0; frame < 400; ++frame) {
         const int columns = frame < 200 ? 4 : 3;
         const std::size_t rows = random() % (frame % 50 == 0 ? 3000 : 20);
         const std::size_t samples = rows * static_cast<std::size_t>(columns);
-        EXPECT_EQ(queue.put(RowLayout::scaled16(columns, 1), counting(next % 30000, samples)), 0U);
+        EXPECT_EQ(queue->put(RowLayout::scaled16(columns, 1), counting(next % 30000, samples)), 0U);
         for (std::size_t i = 0; i < samples; ++i) {
             expected.push_back(static_cast<std::int16_t>(next % 30000 + static_cast<int>(i)));
         }
         next += static_cast<int>(samples);
         if (random() % 3 == 0) {
-            const auto values = valuesOf(queue.take(random() % 200));
+            const auto values = valuesOf(queue->take(random() % 200));
             got.insert(got.end(), values.begin(), values.end());
         }
     }
-    const std::size_t left = queue.size();
+    const std::size_t left = queue->size();
     std::size_t uniform = 0;
-    while (queue.size() != 0) {
-        const auto [columns, rows] = queue.uniformRows();
+    while (queue->size() != 0) {
+        const auto [runs, rows, columns] = RowQueue::takeUniform(std::array{queue}, RowQueue::noLimit);
         EXPECT_TRUE(columns == 4 || columns == 3);
         uniform += rows;
-        const auto values = valuesOf(queue.take(rows));
-        EXPECT_EQ(values.size(), rows * static_cast<std::size_t>(columns));
+        const auto values = valuesOf(runs[0]);
+        EXPECT_EQ(values.size(), rows * columns);
         got.insert(got.end(), values.begin(), values.end());
     }
     EXPECT_EQ(uniform, left);
@@ -162,7 +162,9 @@ protected:
                 EXPECT_THROW(std::rethrow_exception(failure), std::invalid_argument);
                 reports_.reach();
             },
-            [this] { overflows_.reach(); });
+            [this](std::size_t rows) {
+                for (; rows != 0; --rows) overflows_.reach();
+            });
         reader_->start();
     }
     ~StreamReaderTest() override {
@@ -180,9 +182,9 @@ TEST_F(StreamReaderTest, WaitsAtItsGateAndThenFilesEveryQueueInOrder) {
         for (int i = 0; i < 2; ++i)
             pairs_[static_cast<std::size_t>(i)].frames->tryPut(counting(100 * i + 4 * frame, 4));
     }
-    pairs_[0].frames->tryPut(std::nullopt);
+    pairs_[0].frames->tryPut(StreamItem());
     EXPECT_EQ(pairs_[0].rows->waitForSize(1, Clock::now() + std::chrono::milliseconds(20)), 0U);
-    reader_->gate.release();
+    reader_->gate->release();
     ASSERT_EQ(pairs_[0].rows->waitForSize(200, patience()), 200U);
     ASSERT_EQ(pairs_[1].rows->waitForSize(200, patience()), 200U);
     const auto values = valuesOf(pairs_[1].rows->take(200));
@@ -190,20 +192,20 @@ TEST_F(StreamReaderTest, WaitsAtItsGateAndThenFilesEveryQueueInOrder) {
     reader_->setLayout(RowLayout::scaled16(4, 1));
     pairs_[1].frames->tryPut(counting(0, 4));
     ASSERT_EQ(pairs_[1].rows->waitForSize(1, patience()), 1U);
-    EXPECT_EQ(pairs_[1].rows->uniformRows(), (std::pair{4, std::size_t{1}}));
+    EXPECT_EQ(pairs_[1].rows->take(1).at(0).layout.columns, 4);
 }
 
-TEST_F(StreamReaderTest, TellsOfAnOverflowOnceAndGoesOn) {
-    reader_->gate.release();
+TEST_F(StreamReaderTest, TellsOfEachDroppedRowAndGoesOn) {
+    reader_->gate->release();
     for (int i = 0; i < 50; ++i) pairs_[2].frames->tryPut(counting(0, 2));
-    ASSERT_TRUE(overflows_.awaitCount(1));
+    ASSERT_TRUE(overflows_.awaitCount(40));
     pairs_[0].frames->tryPut(counting(5, 2));
     ASSERT_EQ(pairs_[0].rows->waitForSize(1, patience()), 1U);
-    EXPECT_EQ(overflows_.count(), 1);
+    EXPECT_EQ(overflows_.count(), 40);
 }
 
 TEST_F(StreamReaderTest, EndsWithAReportAtABrokenFrame) {
-    reader_->gate.release();
+    reader_->gate->release();
     pairs_[0].frames->tryPut(counting(0, 3));
     ASSERT_TRUE(reports_.awaitCount(1));
     EXPECT_TRUE(reader_->awaitEnd(patience()));

@@ -1,0 +1,66 @@
+// How the threads of an object learn that something they use has been replaced.
+//
+// Methods and fields of a device object may be set, patched and deleted at any time, on the object, on its class or on
+// a class above it. Setting one on the object counts here, through the attribute setters of Device; setting one on a
+// class gives the class another version. A thread compares both at every turn, which needs no lock, and takes the
+// interpreter lock to look again only when they differ.
+#pragma once
+
+#include <mutex>
+#include <vector>
+
+#include "python/common.h"
+
+namespace zvr::python {
+
+class Watch {
+public:
+    /// What a thread has seen.
+    struct Seen {
+        std::uint64_t changes = 0;
+        unsigned version = 0;  ///< 0 stands for a class that has none: it may have changed at any time
+    };
+
+    explicit Watch(py::handle self) { noteType(self); }
+
+    /// Under the interpreter lock, after all that is of interest has been looked up.
+    Seen look() const noexcept { return {changes_, versionNow()}; }
+    /// The same before the look, so that what changes meanwhile is seen later.
+    std::uint64_t changes() const noexcept { return changes_; }
+    bool changed(const Seen& seen) const noexcept {
+        return changes_ != seen.changes || seen.version == 0 || versionNow() != seen.version;
+    }
+
+    /// Something has been set or deleted. Under the interpreter lock.
+    void touch(py::handle self);
+    /// The object is gone. Any thread.
+    void touch() noexcept;
+
+    /// Lets the thread look again at each change from now on, as long as it is there.
+    template <class Thread>
+    void onChange(const std::shared_ptr<Thread>& thread) {
+        const std::lock_guard lock(mutex_);
+        listeners_.push_back({thread, [](void* who) { static_cast<Thread*>(who)->lookAgain(); }});
+    }
+
+    /// Names of the methods and fields that threads use; setting any other one is no change.
+    static void watchNames(std::initializer_list<const char*> names);
+    static bool watches(py::handle name);
+
+private:
+    struct Listener {
+        std::weak_ptr<void> who;
+        void (*wake)(void* who);
+    };
+
+    void noteType(py::handle self);
+    unsigned versionNow() const noexcept;
+
+    std::atomic<std::uint64_t> changes_{1};
+    std::atomic<PyTypeObject*> type_{nullptr};
+    std::vector<SharedObject> types_;  // keeps all that `type_` has been
+    std::mutex mutex_;
+    std::vector<Listener> listeners_;
+};
+
+}  // namespace zvr::python
