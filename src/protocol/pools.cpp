@@ -284,7 +284,7 @@ void assign(RecordSet& records, const Object& values) {
 
 // The methods that a set has too and that give a new set, and those that change it: both work on a plain set.
 void completeSet(ClassMaker& type) {
-    const Parameter others{"*others", "Any", "sets or other collections"};
+    const Parameter others{"*args", "Any", "sets or other collections"};
     for (const char* name :
          {"union", "intersection", "difference", "symmetric_difference", "__or__", "__and__", "__sub__", "__xor__",
           "__ror__", "__rand__", "__rsub__", "__rxor__", "issubset", "issuperset"}) {
