@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "core/process.h"
 #include "core/waiting.h"
 
 namespace zvr {
@@ -14,7 +15,18 @@ public:
     void acquire() { turn(true); }
     void release() { turn(false); }
 
+    /// Counts as a turn, and leaves the gate as it is.
+    void ring() {
+        if (mark_.foreign()) return;
+        {
+            const std::lock_guard lock(mutex_);
+            ++turn_;
+        }
+        turned_.notify_all();
+    }
+
     bool locked() const {
+        if (mark_.foreign()) return shut_;
         const std::lock_guard lock(mutex_);
         return shut_;
     }
@@ -34,6 +46,10 @@ public:
 
 private:
     void turn(bool shut) {
+        if (mark_.foreign()) {
+            shut_ = shut;  // no thread stands there, and the lock may be held for good
+            return;
+        }
         {
             const std::lock_guard lock(mutex_);
             shut_ = shut;
@@ -44,7 +60,8 @@ private:
 
     mutable std::mutex mutex_;
     std::condition_variable turned_;
-    bool shut_ = true;
+    const ProcessMark mark_;
+    std::atomic<bool> shut_{true};
     std::uint64_t turn_ = 0;
 };
 

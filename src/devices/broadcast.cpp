@@ -146,6 +146,7 @@ void defineBroadcast(Package& package) {
                 [](py::handle self, const Object& verbose) {
                     callOf("Device", "__init__", self);
                     openLink(self, udpLink, callObject(classNamed("UDPClient")));
+                    runtimeOf(self).receiver(udpLink.client)->ignoreUnfiled();
                     setAttribute(self, udpLink.status, py::int_(0));
                     printMessage(verbose, "Opened handle", self);
                 })

@@ -1,13 +1,24 @@
 #include "transport/receiver.h"
 
+#include <utility>
+
 namespace zvr {
 
 namespace {
 
 // A source that brings nothing without waiting for it must not make the thread burn a core.
 constexpr std::chrono::milliseconds idlePause{1};
+
+// How long to leave a link alone that has ended or fails, while nobody tells of a change.
+struct Pause {
+    std::chrono::milliseconds first, longest, now = first;
+
+    std::chrono::milliseconds next() { return std::exchange(now, std::min(2 * now, longest)); }
+    void reset() { now = first; }
+};
+constexpr Pause silentPause{std::chrono::milliseconds(1), std::chrono::milliseconds(1'000)};
 // A dead link must not flood anybody with reports.
-constexpr std::chrono::milliseconds firstPause{100}, longestPause{10'000};
+constexpr Pause reportPause{std::chrono::milliseconds(100), std::chrono::milliseconds(10'000)};
 
 }  // namespace
 
@@ -23,51 +34,66 @@ void Receiver::start() {
 
 void Receiver::run() {
     std::vector<Packet> packets;
-    std::chrono::milliseconds pause = firstPause;
+    Pause silent = silentPause, reporting = reportPause;
     while (!killed_) {
         const std::uint64_t turn = gate.pass();
         if (killed_) return;
         packets.clear();
         const Deadline begin = Clock::now();
         const Reading reading = cycle(packets);
-        for (Packet& packet : packets) sink_(std::move(packet));
-        if (reading == Reading::ended) gate.awaitTurn(turn);
-        if (reading == Reading::idle) gate.awaitTurn(turn, begin + idlePause);
-        if (reading == Reading::failed) {
-            gate.awaitTurn(turn, begin + pause);
-            pause = std::min(2 * pause, longestPause);
-        } else {
-            pause = firstPause;
+        for (Packet& packet : packets) file(std::move(packet));
+        switch (reading) {
+            case Reading::ended: gate.awaitTurn(turn, begin + silent.next()); continue;
+            case Reading::failed: gate.awaitTurn(turn, begin + (reportRead_ ? reporting : silent).next()); continue;
+            case Reading::idle: gate.awaitTurn(turn, begin + idlePause); break;
+            case Reading::data: break;
         }
+        silent.reset();
+        reporting.reset();
     }
 }
 
 Reading Receiver::cycle(std::vector<Packet>& packets) {
-    std::shared_ptr<PacketSource> source;
-    {
-        const std::lock_guard lock(mutex_);
-        source = source_;
-    }
+    const std::shared_ptr<PacketSource> read = source();
     try {
-        if (source) return source->receive(readLength_, packets);
+        if (read) return read->receive(readLength_, packets);
         if (!reportRead_) return Reading::ended;
         throw MissingClient();
     } catch (const std::exception&) {
-        // A network link that fails has ended: nothing comes until somebody turns the gate.
-        if (!reportRead_) return Reading::ended;
-        if (!killed_) reportRead_(std::current_exception());
+        if (reportRead_ && !killed_) reportRead_(std::current_exception());
         return Reading::failed;
+    }
+}
+
+void Receiver::file(Packet packet) {
+    try {
+        sink_(std::move(packet));
+    } catch (...) {
+        if (!ignoresUnfiled_) throw;
     }
 }
 
 void Receiver::end() {
     killed_ = true;
+    if (isForeign()) return;
     gate.release();
+    if (const auto read = source()) read->interrupt();
+}
+
+std::shared_ptr<PacketSource> Receiver::source() const {
+    const std::lock_guard lock(mutex_);
+    return source_;
 }
 
 void Receiver::setSource(std::shared_ptr<PacketSource> source) {
-    const std::lock_guard lock(mutex_);
-    source_ = std::move(source);
+    if (isForeign()) return;
+    if (source) source->tellChanges(std::shared_ptr<Gate>(shared_from_this(), &gate));
+    {
+        const std::lock_guard lock(mutex_);
+        source_.swap(source);
+    }
+    if (source) source->interrupt();
+    gate.ring();
 }
 
 }  // namespace zvr

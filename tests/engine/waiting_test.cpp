@@ -192,6 +192,38 @@ TEST(Gate, AwaitTurnHearsOfEveryTurnEvenOfOneBeforeTheCall) {
     }
 }
 
+// Short waits in a row are one long wait to whoever wants to end it.
+TEST(Waiting, ManyShortWaitsAreAttendedLikeOneLongOne) {
+    Fifo<int> fifo;
+    for (const auto each :
+         {std::chrono::microseconds(10'000), std::chrono::microseconds(1'000), std::chrono::microseconds(50)}) {
+        int looks = 0;
+        const Deadline begin = Clock::now();
+        for (Deadline now = begin, looked = begin; now - begin < 10 * attendEvery; now = Clock::now()) {
+            fifo.get(now + each, [&] {
+                looked = Clock::now();
+                ++looks;
+            });
+            ASSERT_GE(looked, now - attendEvery) << each.count();
+        }
+        EXPECT_LE(looks, (Clock::now() - begin) / attendEvery + 1) << each.count();
+    }
+    // Waits that bring something are no exception, and what they bring is not dropped for a look.
+    const Deadline begin = Clock::now();
+    int interrupted = 0;
+    for (int next = 0; Clock::now() - begin < 4 * attendEvery; ++next) {
+        fifo.tryPut(next);
+        const auto get = [&] { return fifo.get(forever, [] { throw Interrupted(); }); };
+        try {
+            ASSERT_EQ(get(), next);
+        } catch (const Interrupted&) {
+            ++interrupted;
+            ASSERT_EQ(fifo.tryGet(), next);
+        }
+    }
+    EXPECT_GE(interrupted, 2);
+}
+
 TEST(Waiting, TimesTooFarAwayAreForeverAndPastOnesArePast) {
     EXPECT_EQ(deadlineIn(std::numeric_limits<double>::infinity()), forever);
     EXPECT_EQ(deadlineIn(1e300), forever);
