@@ -1,4 +1,8 @@
 // The extension module: each folder puts its part into the package, in the order of the layers.
+#ifdef __linux__
+#include <pthread.h>
+#endif
+
 #include "analog/analog.h"
 #include "analog/logger.h"
 #include "buses/buses.h"
@@ -18,6 +22,9 @@ namespace {
 void prepare(pybind11::module_& module) {
     using namespace zvr::python;
     rememberMainThread(hostObject("threading", "main_thread")().attr("ident").cast<unsigned long>());
+#ifdef __linux__
+    ::pthread_atfork(nullptr, nullptr, [] { rememberMainThread(PyThread_get_thread_ident()); });
+#endif
     prepareCoroutineType(module);
     prepareOperationType(module);
     prepareRaising();

@@ -1,8 +1,10 @@
 // The gate at which a receive thread stands while its connection is shut.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
+#include "core/process.h"
 #include "core/waiting.h"
 
 namespace zvr {
@@ -28,24 +30,43 @@ public:
     }
 
     bool locked() const {
+        if (mark_.foreign()) return shut_;
         const std::lock_guard lock(mutex_);
         return shut_;
     }
 
-    /// Waits until the gate is open; tells its turn, which grows with every acquire and release.
-    std::uint64_t pass() {
-        return pass([] { return false; });
+    /// What one thread remembers of the gate: how often it had been opened when it was passed last.
+    using Passed = std::uint64_t;
+
+    Passed openings() const {
+        const std::lock_guard lock(mutex_);
+        return opened_;
     }
-    /// The same, but also ends at `deadline`, or when `otherwise` comes true, which is asked again after each `wake`.
+
+    /// Waits until the gate is open, or has been open since the thread passed it last, so that no opening is missed
+    /// however short. Ends also at `deadline`, or when `otherwise` comes true, which is asked again after each `wake`.
+    /// Tells the gate's turn, which grows with every acquire, release and wake.
     template <class Otherwise>
-    std::uint64_t pass(Otherwise otherwise, Deadline deadline = forever) {
+    std::uint64_t pass(Passed& passed, Otherwise otherwise, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);
-        waitOn(turned_, lock, deadline, [&] { return !shut_ || otherwise(); });
+        waitOn(turned_, lock, deadline, [&] { return !shut_ || opened_ != passed || otherwise(); });
+        passed = opened_;
         return turn_;
+    }
+
+    std::uint64_t pass(Passed& passed) {
+        return pass(passed, [] { return false; });
+    }
+
+    /// Waits until the gate is open, at most until `deadline`; tells whether it is.
+    bool awaitOpen(Deadline deadline) {
+        std::unique_lock lock(mutex_);
+        return waitOn(turned_, lock, deadline, [this] { return !shut_; });
     }
 
     /// Lets who waits at the gate, or for a turn of it, look around; the gate stays as it is.
     void wake() {
+        if (mark_.foreign()) return;
         {
             const std::lock_guard lock(mutex_);
             ++turn_;
@@ -59,7 +80,7 @@ public:
         return turn_;
     }
 
-    /// Waits until somebody turns the gate after `turn`, or until `deadline`.
+    /// Waits until the gate's turn is another one than `turn`, or until `deadline`.
     void awaitTurn(std::uint64_t turn, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);
         waitOn(turned_, lock, deadline, [&] { return turn_ != turn; });
@@ -67,8 +88,13 @@ public:
 
 private:
     void turn(bool shut) {
+        if (mark_.foreign()) {
+            shut_ = shut;  // no thread stands there, and the lock may be held for good
+            return;
+        }
         {
             const std::lock_guard lock(mutex_);
+            if (shut_ && !shut) ++opened_;
             shut_ = shut;
             ++turn_;
         }
@@ -77,8 +103,9 @@ private:
 
     mutable std::mutex mutex_;
     std::condition_variable turned_;
-    bool shut_ = true;
-    std::uint64_t turn_ = 0;
+    const ProcessMark mark_;
+    std::atomic<bool> shut_{true};
+    std::uint64_t turn_ = 0, opened_ = 0;
 };
 
 }  // namespace zvr

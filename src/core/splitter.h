@@ -10,11 +10,13 @@
 // every start byte before it has marked the place that it predicts; each start byte is looked at once, and only if a
 // trailer comes at all.
 //
-// Not thread-safe: a splitter belongs to the receive thread of its client.
+// A Splitter is for one thread. A SharedSplitter is for those that meet at a link.
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 #include "core/frame.h"
@@ -61,6 +63,45 @@ private:
     std::array<std::uint8_t, ring> marks_{};
     std::uint8_t mark_ = 1;
     std::size_t markedEnd_ = 0;
+};
+
+/// A splitter that several threads use. Each call is one step for the others; a look at the stream is a copy.
+///
+/// Nobody waits for bytes or for the interpreter while holding it.
+class SharedSplitter {
+public:
+    /// Runs `use` on the splitter while nobody else does.
+    template <class Use>
+    decltype(auto) with(Use&& use) {
+        const std::lock_guard lock(mutex_);
+        return std::forward<Use>(use)(splitter_);
+    }
+    template <class Use>
+    decltype(auto) with(Use&& use) const {
+        const std::lock_guard lock(mutex_);
+        return std::forward<Use>(use)(splitter_);
+    }
+
+    std::vector<Packet> split() {
+        return with([](Splitter& splitter) { return splitter.split(); });
+    }
+    /// Adds bytes and consumes the frames that are complete with them.
+    std::vector<Packet> take(ByteView bytes) {
+        return with([&](Splitter& splitter) {
+            splitter.append(bytes);
+            return splitter.split();
+        });
+    }
+    Bytes stream() const {
+        return with([](const Splitter& splitter) {
+            const ByteView stream = splitter.stream();
+            return Bytes(stream.begin(), stream.end());
+        });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    Splitter splitter_;
 };
 
 }  // namespace zvr

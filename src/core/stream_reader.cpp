@@ -41,7 +41,7 @@ void StreamReader::run() {
             supervisor_->renew(*this);
             continue;
         }
-        gateNow_->pass([this] { return changed(); });
+        gateNow_->pass(passed_, [this] { return changed(); });
         if (changed()) continue;
         const std::uint64_t rung = bell_->count();
         if (!drainAll(all)) {
@@ -111,6 +111,7 @@ void StreamReader::setLayout(RowLayout layout) {
 void StreamReader::setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> passes, bool waitsInQueue) {
     waitsInQueue_ = waitsInQueue;
     pairs_ = std::move(pairs);
+    if (gateNow_ != passes) passed_ = passes->openings();
     gateNow_ = std::move(passes);
     for (const Pair& pair : pairs_) pair.frames->setBell(bell_);
 }

@@ -61,6 +61,7 @@ private:
 
     std::vector<Pair> pairs_;
     std::shared_ptr<Gate> gateNow_ = gate;
+    Gate::Passed passed_ = 0;
     bool waitsInQueue_ = false;
     const OnOverflow onOverflow_;
     const std::shared_ptr<Supervisor<StreamReader>> supervisor_;

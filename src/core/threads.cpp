@@ -1,5 +1,7 @@
 #include "core/threads.h"
 
+#include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -7,8 +9,6 @@
 #include <pthread.h>
 #include <unistd.h>
 #endif
-
-#include "core/immortal.h"
 
 namespace zvr {
 
@@ -20,36 +20,18 @@ struct ThreadCount {
     int running = 0;
 };
 
-// Never destroyed: a thread may count itself out while the process ends.
+// Of this process alone: a forked child begins with none.
 ThreadCount& threadCount() {
-    static const auto& count = immortal(std::make_unique<ThreadCount>());
-    return *count;
+    static PerProcess<ThreadCount> counts;
+    return counts.get();
 }
 
-thread_local bool countsHere = false;  // this thread is one of those that count
+// The process in which this thread counts, if it does.
+thread_local std::optional<ProcessMark> countedIn;
 
-}  // namespace
-
-void forgetThisThread() noexcept {
-    if (!std::exchange(countsHere, false)) return;
-    const std::lock_guard lock(threadCount().mutex);
-    --threadCount().running;
-    threadCount().changed.notify_all();
-}
-
-void awaitAllThreads(Deadline deadline) {
-    ThreadCount& count = threadCount();
-    std::unique_lock lock(count.mutex);
-    waitOn(count.changed, lock, deadline, [&] { return count.running == 0; });
-}
-
-void startThread(const std::string& name, std::function<void()> body) {
-    {
-        const std::lock_guard lock(threadCount().mutex);
-        ++threadCount().running;
-    }
-    std::thread([name, body = std::move(body)]() mutable {
-        countsHere = true;
+void startDetached(const std::string& name, std::function<void()> body, bool counts) {
+    std::thread([name, body = std::move(body), counts]() mutable {
+        if (counts) countedIn.emplace();
 #ifdef __linux__
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 #endif
@@ -59,12 +41,50 @@ void startThread(const std::string& name, std::function<void()> body) {
     }).detach();
 }
 
+}  // namespace
+
+void forgetThisThread() noexcept {
+    const std::optional<ProcessMark> counted = std::exchange(countedIn, std::nullopt);
+    if (!counted || counted->foreign()) return;
+    ThreadCount& count = threadCount();
+    const std::lock_guard lock(count.mutex);
+    --count.running;
+    count.changed.notify_all();
+}
+
+void awaitAllThreads(Deadline deadline) {
+    ThreadCount& count = threadCount();
+    std::unique_lock lock(count.mutex);
+    waitOn(count.changed, lock, deadline, [&] { return count.running == 0; });
+}
+
+void startThread(const std::string& name, std::function<void()> body) {
+    ThreadCount& count = threadCount();
+    {
+        const std::lock_guard lock(count.mutex);
+        ++count.running;
+    }
+    try {
+        startDetached(name, std::move(body), true);
+    } catch (...) {
+        const std::lock_guard lock(count.mutex);
+        --count.running;
+        throw;
+    }
+}
+
+void startUncountedThread(const std::string& name, std::function<void()> body) {
+    startDetached(name, std::move(body), false);
+}
+
 bool OwnedThread::alive() const {
+    if (isForeign()) return false;
     const std::lock_guard lock(mutex_);
     return running_ > 0;
 }
 
 bool OwnedThread::awaitEnd(Deadline deadline, const Attend& attend) const {
+    if (isForeign()) return true;
     return waitAttended(deadline, attend, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(ended_, lock, until, [&] { return running_ == 0; });
@@ -72,6 +92,7 @@ bool OwnedThread::awaitEnd(Deadline deadline, const Attend& attend) const {
 }
 
 void OwnedThread::startBody(std::function<void()> body) {
+    if (isForeign()) throw std::system_error(std::make_error_code(std::errc::operation_not_permitted), name_);
     {
         const std::lock_guard lock(mutex_);
         ++running_;
@@ -86,6 +107,7 @@ void OwnedThread::startBody(std::function<void()> body) {
         } catch (...) {
             report_(name_, std::current_exception());
         }
+        if (isForeign()) return;
         const std::lock_guard lock(mutex_);
         --running_;
         ended_.notify_all();

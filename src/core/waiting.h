@@ -1,6 +1,7 @@
 // How a thread of the engine waits: on a condition, until a time, with a look at the caller every few milliseconds.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -25,17 +26,28 @@ inline Deadline deadlineIn(double seconds) {
 /// ends the wait. An empty one is never called.
 using Attend = std::function<void()>;
 
-/// Longest time between two calls of an Attend.
+/// Longest time between two calls of an Attend while a thread waits, be it in one long wait or in many short ones.
 inline constexpr std::chrono::milliseconds attendEvery{25};
 
-/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `attend`.
+/// When this thread last looked at a caller.
+inline thread_local Deadline lastAttended{};
+
+/// Calls `attend` if this thread has not looked for so long.
+inline void attendIfDue(const Attend& attend) {
+    const Deadline now = Clock::now();
+    if (now - lastAttended < attendEvery) return;
+    lastAttended = now;
+    attend();
+}
+
+/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `attend`, which comes
+/// before each piece, so that what a piece has brought is never dropped for it.
 template <class Wait>
 bool waitAttended(Deadline deadline, const Attend& attend, Wait&& wait) {
     for (;;) {
-        const Deadline piece = attend ? std::min(deadline, Clock::now() + attendEvery) : deadline;
-        if (wait(piece)) return true;
+        if (attend) attendIfDue(attend);
+        if (wait(attend ? std::min(deadline, lastAttended + attendEvery) : deadline)) return true;
         if (Clock::now() >= deadline) return false;
-        if (attend) attend();
     }
 }
 

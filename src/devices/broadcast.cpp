@@ -10,8 +10,8 @@ namespace zvr::python {
 
 namespace {
 
-constexpr Link udpLink{"client_udp",      "connect_status_udp", "recv_udp_lock",
-                       "recv_udp_thread", "_recvUDPThread",     UDP_PKT_LENGTH_MAX};
+constexpr Link udpLink{"client_udp",     "connect_status_udp", "recv_udp_lock", "recv_udp_thread",
+                       "_recvUDPThread", UDP_PKT_LENGTH_MAX,   false,           true};
 
 const Parameter macParameter{"mac_addr", "str", "MAC address of the device: six hexadecimal numbers with colons"};
 const Parameter ipParameter{"ip_addr", "str", "dotted IPv4 address that the device takes"};

@@ -32,6 +32,7 @@ void openLink(py::handle self, const Link& link, const Object& client) {
 bool isTrue(py::handle self, const char* field) { return isTrue(attribute(self, field)); }
 
 void connectLink(py::handle self, const Link& link, const Object& place, const Object& number) {
+    requireOwn(self);
     const Object client = attribute(self, link.client);
     if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
     setAttribute(self, link.status, callMethod(client, "connect", place, number));
@@ -45,6 +46,7 @@ void shutGate(py::handle self, const Link& link) {
 }
 
 void shutLink(py::handle self, const Link& link) {
+    requireOwn(self);
     shutGate(self, link);
     callMethod(attribute(self, link.client), "disconnect");
     setAttribute(self, link.status, py::bool_(false));
@@ -52,6 +54,7 @@ void shutLink(py::handle self, const Link& link) {
 
 void closeDevice(py::handle self, const Link& link, const Object& verbose, void (*end)(py::handle self)) {
     if (isKilled(self)) return;
+    if (isForeign(self)) return setAttribute(self, "killed", py::bool_(true));  // the connection is the parent's
     thenAlways(
         [&] {
             if (isTrue(self, link.status)) callMethod(self, "disconnect");

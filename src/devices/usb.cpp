@@ -5,6 +5,7 @@
 #include "core/failures.h"
 #include "devices/devices.h"
 #include "protocol/runtime.h"
+#include "python/arguments.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -30,13 +31,20 @@ Object findLibrary() {
     return py::none();
 }
 
-// Drops the client, and gives the receive thread time to drop it too, so that the device is free for the next one.
+// Drops the client, and gives the receive thread time to drop it too, so that the device is free for the next one. A
+// client that somebody else holds stays, and nobody waits for it.
 void dropClient(py::handle self) {
     Object client = attribute(self, usbLink.client);
     std::weak_ptr<UsbClient> dropped;
-    if (py::isinstance<UsbClient>(client)) dropped = py::cast<std::shared_ptr<UsbClient>>(client);
+    bool waits = false;
+    if (const auto ours = nativeOrNothing<UsbClient>(client)) {
+        dropped = ours;
+        waits = !ours->isForeign();
+    }
+    const Object held = waits ? callObject(hostObject("weakref", "ref"), client) : Object();
     client = Object();
     setAttribute(self, usbLink.client, py::none());
+    if (!waits || !callObject(held).is_none()) return;
     const WithoutGil released;
     const Deadline deadline = Clock::now() + letGoWithin;
     while (!dropped.expired() && Clock::now() < deadline) std::this_thread::yield();
@@ -46,7 +54,7 @@ void dropClient(py::handle self) {
 
 std::shared_ptr<const UsbLibrary> usbLibrary() {
     const Object found = callMethod(py::module_::import("pyzvr"), "getLibUSB1");
-    if (!found.is_none()) return py::cast<std::shared_ptr<UsbLibrary>>(found);
+    if (!found.is_none()) return native<UsbLibrary>(found, "what getLibUSB1() returns");
     return UsbLibrary::load();
 }
 
@@ -54,7 +62,7 @@ void defineUsbLibrary(Package& package) {
     const auto type =
         py::class_<UsbLibrary, std::shared_ptr<UsbLibrary>>(package.module(), "USBLibrary", "A loaded libusb-1.0.");
     ClassMaker(type).property({"path", "str", "Where it was found."},
-                              [](py::handle self) { return py::cast<UsbLibrary*>(self)->path(); });
+                              [](py::handle self) { return native<UsbLibrary>(self)->path(); });
     package.makeClass("USBError", {"OSError"}, "A failure of the USB layer, with the system's error number.");
     package.makeClass("USBTimeoutError", {"USBError"}, "A USB transfer did not come about within its time.");
     package.function("getLibUSB1", {}, "Looks for libusb-1.0 beside the package.",
@@ -103,6 +111,9 @@ void defineUsbDevice(Package& package) {
                     if (isTrue(self, usbLink.status)) return;
                     if (isKilled(self)) {
                         throw Failure(FailureId::USBConnectionError, "The handle is closed.");
+                    }
+                    if (isForeign(self)) {
+                        throw Failure(FailureId::USBConnectionError, foreignMessage("The handle"));
                     }
                     setAttribute(self, usbLink.client, callObject(classNamed("USBClient"), serial));
                     setAttribute(self, usbLink.status, py::bool_(true));

@@ -159,8 +159,7 @@ bool passInTurn(py::handle lock) {
     if (const auto gate = nativeOrNothing<Gate>(lock)) {
         const Deadline until = deadlineIn(turnSeconds);
         const WithoutGil released;
-        gate->pass([] { return false; }, until);
-        return !gate->locked();
+        return gate->awaitOpen(until);
     }
     if (!isOneLock(lock)) {
         callMethod(lock, "acquire");
@@ -174,10 +173,7 @@ bool passInTurn(py::handle lock) {
 void passLock(py::handle lock) {
     if (const auto gate = nativeOrNothing<Gate>(lock)) {
         blocking([&](const Attend& attend) {
-            return waitAttended(forever, attend, [&](Deadline until) {
-                gate->pass([] { return false; }, until);
-                return !gate->locked();
-            });
+            return waitAttended(forever, attend, [&](Deadline until) { return gate->awaitOpen(until); });
         });
         return;
     }

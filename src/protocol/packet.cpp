@@ -25,7 +25,9 @@ EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? m
 /// The object's pool of replies: ours, or whatever mapping somebody put there.
 struct ReplyPool {
     explicit ReplyPool(py::handle self)
-        : object(attribute(self, "data_pool_echo")), ours(nativeOrNothing<EchoPool>(object)) {}
+        : object(attribute(self, "data_pool_echo")), ours(nativeOrNothing<EchoPool>(object)) {
+        requireOwn(self);
+    }
 
     /// Takes a reply out of a mapping that is not ours; nothing if there is none.
     Object takeForeign(const Object& key) const {

@@ -189,6 +189,7 @@ private:
 }  // namespace
 
 void DeviceRuntime::endAll() {
+    if (mark.foreign()) return;
     for (const auto& receiver : receivers_) {
         receiver->end();
         receiver->letGo();
@@ -219,6 +220,15 @@ std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self) {
                                   "' object has no runtime: its device class has not been constructed");
     }
     return runtime;
+}
+
+bool isForeign(py::handle self) {
+    const auto runtime = runtimeOrNothing(self);
+    return runtime && runtime->mark.foreign();
+}
+
+void requireOwn(py::handle self) {
+    if (isForeign(self)) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The handle"));
 }
 
 bool isKilled(py::handle self) { return isTrue(attribute(self, "killed")); }

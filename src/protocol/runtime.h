@@ -28,6 +28,8 @@ public:
     DeviceRuntime(const DeviceRuntime&) = delete;
     DeviceRuntime& operator=(const DeviceRuntime&) = delete;
 
+    /// Of the process that made the object; a forked child leaves it alone.
+    const ProcessMark mark;
     /// The pools that the object begins with.
     DataPools pools;
     Wakers wakers;
@@ -42,6 +44,11 @@ public:
 private:
     std::vector<std::shared_ptr<Receiver>> receivers_;
 };
+
+/// Whether the object was made before this process was forked off.
+bool isForeign(py::handle self);
+/// Throws Failure NetworkConnectionLostError if it was.
+void requireOwn(py::handle self);
 
 /// The runtime of an object. The second one throws a missing-attribute failure if it has none.
 std::shared_ptr<DeviceRuntime> runtimeOrNothing(py::handle self);

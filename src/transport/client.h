@@ -5,6 +5,9 @@
 #include <memory>
 #include <mutex>
 
+#include "core/failures.h"
+#include "core/gate.h"
+#include "core/process.h"
 #include "core/splitter.h"
 #include "core/waiting.h"
 
@@ -18,40 +21,47 @@ enum class Reading {
     failed,  ///< nothing, and the failure has been reported; the next read may fail in the same way
 };
 
+/// Who reads: a caller waits as the link's reads wait; the receive thread may wait longer, and `interrupt` ends that.
+enum class Reader { caller, thread };
+
 /// A source of packets for a receive loop. `receive` is called by one thread at a time.
 class PacketSource {
 public:
     virtual ~PacketSource() = default;
     /// Reads at most `length` bytes and adds the frames that are complete now to `packets`.
     virtual Reading receive(std::size_t length, std::vector<Packet>& packets) = 0;
+
+    /// Ends a `receive` that waits, or else the next one, with nothing lost. Sources that never wait long need none.
+    virtual void interrupt() noexcept {}
+
+    /// `gate` rings from now on whenever the link changes so that a read may fare differently.
+    void tellChanges(const std::shared_ptr<Gate>& gate);
+
+protected:
+    void changed() noexcept;
+
+private:
+    std::mutex listening_;
+    std::vector<std::weak_ptr<Gate>> gates_;
 };
 
 /// A link to a device.
 ///
-/// `send` may be called from any thread while another one receives. `splitter` belongs to the receiving thread.
+/// Everything may be called from any thread. Bytes that two threads receive at once come into the splitter in the order
+/// in which they came from the device.
 class Client : public PacketSource {
 public:
-    Splitter splitter;
+    SharedSplitter splitter;
 
-    Reading receive(std::size_t length, std::vector<Packet>& packets) override {
-        Bytes buffer(length);
-        const Reading reading = read(buffer);
-        if (reading == Reading::data) {
-            splitter.append(buffer);
-            if (buffer.size() == length) {
-                readWaiting(buffer);
-                splitter.append(buffer);
-            }
-            packets = splitter.split();
-        }
-        return reading;
+    Reading receive(std::size_t length, std::vector<Packet>& packets) final {
+        return receiveAs(Reader::thread, length, packets, {});
     }
+
+    /// The same for either reader. Throws std::system_error, of a caller also where its time is over.
+    virtual Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend);
 
     /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
     virtual Reading read(Bytes& buffer, const Attend& attend = {}) = 0;
-
-    /// Replaces the buffer's content by what has arrived already, as far as a link tells without waiting.
-    virtual void readWaiting(Bytes& buffer) { buffer.clear(); }
 
     /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
@@ -60,8 +70,28 @@ public:
 
     static constexpr std::chrono::seconds finishWithin{5};
 
-    /// Lets go of the link whatever state it is in.
+    /// Lets go of the link whatever state it is in. A forked child lets go of nothing: it is the parent's.
     virtual void abandon() noexcept = 0;
+
+    bool isForeign() const noexcept { return mark_.foreign(); }
+    /// Throws the link's failure in a forked child of the process that made the client.
+    void requireOwn() const {
+        if (isForeign()) throw Failure(foreignFailure(), foreignMessage("The client"));
+    }
+
+protected:
+    virtual FailureId foreignFailure() const { return FailureId::NetworkConnectionLostError; }
+
+private:
+    const ProcessMark mark_;
+};
+
+/// A client without a link: the base of those that are written elsewhere.
+class BareClient final : public Client {
+public:
+    Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+    void abandon() noexcept override {}
 };
 
 }  // namespace zvr

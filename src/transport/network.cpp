@@ -6,6 +6,7 @@
 
 #include "core/constants.h"
 #include "core/failures.h"
+#include "transport/names.h"
 
 namespace zvr {
 
@@ -15,12 +16,9 @@ using asio::ip::address_v4;
 using asio::ip::udp;
 
 // The addresses that the host's name stands for, and those of its interfaces.
-std::set<address_v4> ownAddresses(asio::io_context& context) {
-    std::set<address_v4> addresses;
-    std::error_code unresolved;
-    for (const auto& entry : udp::resolver(context).resolve(udp::v4(), asio::ip::host_name(), "", unresolved)) {
-        addresses.insert(entry.endpoint().address().to_v4());
-    }
+std::set<address_v4> ownAddresses(const Attend& attend) {
+    const auto named = ownNamedAddresses(attend);
+    std::set<address_v4> addresses(named.begin(), named.end());
     ifaddrs* first = nullptr;
     if (getifaddrs(&first) != 0) return addresses;
     const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> interfaces(first, freeifaddrs);
@@ -36,10 +34,13 @@ std::set<address_v4> ownAddresses(asio::io_context& context) {
 }  // namespace
 
 void NetworkClient::setTimeout(double seconds) {
-    if (const auto held = socket()) held->timeout = seconds;
+    requireOwn();
+    if (const auto held = socket()) held->setTimeout(seconds);
+    changed();
 }
 
 void NetworkClient::disconnect() {
+    if (isForeign()) return;
     try {
         connectedSocket()->shutDown();
     } catch (const std::system_error&) {
@@ -50,6 +51,7 @@ void NetworkClient::disconnect() {
 
 void TcpClient::connect(const std::string& host, int port, const Attend& attend) {
     try {
+        requireOwn();
         abandon();
         replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), attend));
     } catch (const std::system_error&) {
@@ -59,6 +61,7 @@ void TcpClient::connect(const std::string& host, int port, const Attend& attend)
 
 void UdpClient::bind(const std::string& host, int port) {
     try {
+        requireOwn();
         abandon();
         replaceSocket(bindUdp(host, port));
     } catch (const std::system_error&) {
@@ -66,14 +69,15 @@ void UdpClient::bind(const std::string& host, int port) {
     }
 }
 
-void UdpClient::sendBroadcast(ByteView bytes) {
+void UdpClient::sendBroadcast(ByteView bytes, const Attend& attend) {
     asio::io_context context;
     const udp::endpoint everyone(address_v4::broadcast(), UDP_SEND_PORT);
     std::error_code failure = asio::error::network_unreachable;
     bool sent = false;
-    for (const address_v4& address : ownAddresses(context)) {
+    for (const address_v4& address : ownAddresses(attend)) {
         try {
             udp::socket socket(context, udp::endpoint(address, 0));
+            closeOnExec(socket.native_handle());
             socket.set_option(asio::socket_base::broadcast(true));
             socket.send_to(asio::buffer(bytes.data(), bytes.size()), everyone);
             sent = true;

@@ -11,7 +11,7 @@ public:
     void setTimeout(double seconds);
 
     /// Shuts the socket down and lets go of it. Throws Failure NetworkConnectionLostError and keeps the socket if that
-    /// fails.
+    /// fails. Does nothing in a forked child.
     void disconnect();
 };
 
@@ -23,11 +23,11 @@ public:
 
 class UdpClient final : public NetworkClient {
 public:
-    /// Throws Failure NetworkConnectionError.
+    /// Throws Failure NetworkConnectionError if the port is taken.
     void bind(const std::string& host, int port);
     /// Sends to every device on every interface of this host. An interface that cannot carry it is left out; throws
     /// std::system_error if none can.
-    static void sendBroadcast(ByteView bytes);
+    static void sendBroadcast(ByteView bytes, const Attend& attend = {});
 };
 
 }  // namespace zvr

@@ -47,7 +47,7 @@ void Receiver::run() {
         }
         if (!filePending()) continue;
         if (foreignPass_ && !foreignPass_()) continue;
-        const std::uint64_t turn = gateNow_->pass([this] { return changed(); });
+        const std::uint64_t turn = gateNow_->pass(passed_, [this] { return changed(); });
         if (changed()) continue;
         const Deadline begin = Clock::now();
         const Reading reading = cycle();
@@ -96,16 +96,22 @@ Reading Receiver::cycle() {
 
 void Receiver::end() {
     killed_ = true;
+    if (isForeign()) return;
     gate->release();
     lookAgain();
 }
 
 void Receiver::letGo() noexcept {
+    if (isForeign()) return;
     if (const auto client = std::dynamic_pointer_cast<Client>(source())) client->abandon();
     setSource(nullptr);
 }
 
-void Receiver::lookAgain() noexcept { gate->wake(); }
+void Receiver::lookAgain() noexcept {
+    if (isForeign()) return;
+    gate->wake();
+    if (const auto read = source()) read->interrupt();
+}
 
 void Receiver::rest(std::chrono::milliseconds most) { gateNow_->awaitTurn(gateNow_->turn(), Clock::now() + most); }
 
@@ -115,13 +121,23 @@ std::shared_ptr<PacketSource> Receiver::source() const {
 }
 
 void Receiver::setSource(std::shared_ptr<PacketSource> source) {
-    const std::lock_guard lock(mutex_);
-    source_.swap(source);
+    if (isForeign()) return;
+    if (source) source->tellChanges(gate);
+    {
+        const std::lock_guard lock(mutex_);
+        if (source_ == source) return;
+        source_.swap(source);
+    }
+    if (source) source->interrupt();
+    gate->wake();
 }
 
 void Receiver::setGate(std::shared_ptr<Gate> passes) {
     foreignPass_ = nullptr;
-    gateNow_ = passes ? std::move(passes) : gate;
+    if (!passes) passes = gate;
+    if (gateNow_ == passes) return;
+    gateNow_ = std::move(passes);
+    passed_ = gateNow_->openings();
 }
 
 }  // namespace zvr

@@ -1,8 +1,11 @@
 // The receive thread of one connection.
 //
 // Who runs what: the thread runs Receiver::run from the construction of a device to its close. It reads from the
-// source, cuts frames and files them through the sink; nothing else touches the source's splitter. The user's side
-// only turns the gate, replaces the source and ends the thread. Nobody joins the thread: it holds all it needs.
+// source, cuts frames and files them through the sink. The user's side only turns the gate, replaces the source and
+// ends the thread. Nobody joins the thread: it holds all it needs.
+//
+// A read that fails or brings the end is one turn lost. The next turn comes after a pause, which grows while that goes
+// on, and at once when the gate is turned, the source is replaced, or the source tells of a change of its link.
 #pragma once
 
 #include <functional>
@@ -76,6 +79,7 @@ private:
     const ReportRead reportRead_;
     const std::shared_ptr<Supervisor<Receiver>> supervisor_;
     std::shared_ptr<Gate> gateNow_ = gate;
+    Gate::Passed passed_ = 0;
     std::function<bool()> foreignPass_;
     std::vector<Packet> pending_;  // received, and not filed yet
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false};

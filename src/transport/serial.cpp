@@ -1,6 +1,8 @@
 #include "transport/serial.h"
 
+#include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include "core/constants.h"
 #include "core/failures.h"
@@ -10,35 +12,25 @@ namespace zvr {
 
 namespace {
 
-class SerialLine final : public Socket {
+class SerialLine final : public SystemSocket {
 public:
-    explicit SerialLine(asio::posix::stream_descriptor line) : line_(std::move(line)) { line_.non_blocking(true); }
-
-    int fileno() override { return line_.native_handle(); }
-    std::pair<std::string, int> localName() override { return noSocket(); }
-    std::pair<std::string, int> peerName() override { return noSocket(); }
-    void shutDown() override {}  // its reads end by themselves
+    explicit SerialLine(int descriptor) : SystemSocket(descriptor, FailureId::UARTConnectionError) {}
 
 protected:
-    std::size_t receiveNow(Bytes& buffer, std::error_code& error) override {
-        return line_.read_some(asio::buffer(buffer), error);
+    ssize_t receiveNow(int descriptor, Bytes& buffer) override {
+        const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
+        if (count == 0) errno = EIO;  // it is hung up
+        return count == 0 ? -1 : count;
     }
-    std::size_t sendNow(ByteView bytes, std::error_code& error) override {
-        return line_.write_some(asio::buffer(bytes.data(), bytes.size()), error);
-    }
+    ssize_t sendNow(int descriptor, ByteView bytes) override { return ::write(descriptor, bytes.data(), bytes.size()); }
     bool endsWithNothing() const override { return true; }
-
-private:
-    [[noreturn]] static std::pair<std::string, int> noSocket() {
-        throw std::system_error(std::make_error_code(std::errc::not_a_socket));
-    }
-
-    asio::posix::stream_descriptor line_;
+    bool isWokenByShutdown() const override { return false; }
 };
 
-std::shared_ptr<Socket> openLine(const std::string& port, int baudRate) {
+std::shared_ptr<Socket> openLine(const std::string& port, int baudRate, double readTimeout) {
     using line = asio::serial_port_base;
-    asio::serial_port opened(restingContext(), port);
+    asio::io_context context;
+    asio::serial_port opened(context, port);
     if (::flock(opened.native_handle(), LOCK_EX | LOCK_NB) != 0) {
         throw std::system_error(std::make_error_code(std::errc::device_or_resource_busy));
     }
@@ -50,31 +42,59 @@ std::shared_ptr<Socket> openLine(const std::string& port, int baudRate) {
     opened.set_option(line::baud_rate(static_cast<unsigned>(baudRate)), unusual);
     if (unusual) setUnusualBaudRate(opened.native_handle(), baudRate);
     // The port closes its own descriptor; the copy shares what was set, and the lock.
-    const int copy = ::dup(opened.native_handle());
+    const int copy = ::fcntl(opened.native_handle(), F_DUPFD_CLOEXEC, 0);
     if (copy < 0) throw std::system_error(errno, std::generic_category());
-    auto made = std::make_shared<SerialLine>(asio::posix::stream_descriptor(restingContext(), copy));
-    made->timeout = UART_READ_TIMEOUT;
+    auto made = std::make_shared<SerialLine>(copy);
+    made->setTimeout(readTimeout);
     return made;
+}
+
+// With a timeout of 0 a read that finds nothing would block.
+bool isTimeOver(const std::system_error& failure) {
+    return failure.code() == asio::error::timed_out || failure.code() == asio::error::would_block;
 }
 
 }  // namespace
 
+SerialClient::SerialClient() : readTimeout_(UART_READ_TIMEOUT) {}
+
 void SerialClient::connect(const std::string& port, int baudRate) {
     try {
+        requireOwn();
         abandon();
-        replaceSocket(openLine(port, baudRate));
+        replaceSocket(openLine(port, baudRate, readTimeout_));
     } catch (const std::system_error&) {
         throw Failure(FailureId::UARTConnectionError);
     }
+}
+
+void SerialClient::disconnect() {
+    if (const auto held = socket()) held->shutDown();
+    abandon();
+}
+
+void SerialClient::setReadTimeout(double seconds) {
+    readTimeout_ = seconds;
+    if (const auto held = socket()) held->setTimeout(seconds);
+    changed();
 }
 
 Reading SerialClient::read(Bytes& buffer, const Attend& attend) {
     try {
         return SocketClient::read(buffer, attend);
     } catch (const std::system_error& failure) {
-        if (failure.code() != asio::error::timed_out) throw;
+        if (!isTimeOver(failure)) throw;
     }
     buffer.clear();
+    return Reading::idle;
+}
+
+Reading SerialClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
+    try {
+        return SocketClient::receiveAs(reader, length, packets, attend);
+    } catch (const std::system_error& failure) {
+        if (!isTimeOver(failure)) throw;
+    }
     return Reading::idle;
 }
 

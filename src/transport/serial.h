@@ -7,12 +7,28 @@ namespace zvr {
 
 class SerialClient final : public SocketClient {
 public:
+    SerialClient();
+
     /// Opens a port by its name, 8 data bits, no parity, one stop bit. Throws Failure UARTConnectionError if there is
     /// no such port, another program has it, or it cannot run at this speed.
     void connect(const std::string& port, int baudRate);
 
-    /// Idle if nothing comes within the line's read timeout.
+    /// Closes the port, if one is open. Throws std::system_error if what is in its place cannot be closed.
+    void disconnect();
+
+    /// Both are idle if nothing comes within the line's read timeout.
     Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) override;
+
+    /// Seconds that a read waits, of the line that is open too.
+    double readTimeout() const { return readTimeout_; }
+    void setReadTimeout(double seconds);
+
+protected:
+    FailureId foreignFailure() const override { return FailureId::UARTConnectionError; }
+
+private:
+    std::atomic<double> readTimeout_;
 };
 
 }  // namespace zvr

@@ -1,155 +1,356 @@
 #include "transport/socket.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <array>
 #include <optional>
 
-#include "core/immortal.h"
+#ifdef __linux__
+#include <sys/eventfd.h>
+#endif
+
+#include "transport/names.h"
 
 namespace zvr {
 
 namespace {
 
 [[noreturn]] void fail(const std::error_code& error) { throw std::system_error(error); }
+[[noreturn]] void failWithErrno() { throw std::system_error(errno, std::system_category()); }
+
+void check(int result) {
+    if (result < 0) failWithErrno();
+}
 
 void check(const std::error_code& error) {
     if (error) fail(error);
 }
 
-bool isTransient(const std::error_code& error) {
-    return error == asio::error::would_block || error == asio::error::try_again || error == asio::error::interrupted;
+bool isTransient(int number) { return number == EAGAIN || number == EWOULDBLOCK || number == EINTR; }
+
+// Bytes that a busy link's second read takes.
+constexpr std::size_t mostWaiting = 65536;
+// How often a thread looks whether its line was closed, where closing does not wake it.
+constexpr std::int64_t lookMilliseconds = 50;
+// A peer that is gone is a failure of the send, not a signal.
+#ifdef MSG_NOSIGNAL
+constexpr int quietly = MSG_NOSIGNAL;
+#else
+constexpr int quietly = 0;
+#endif
+// What awaitEvent tells besides the events of poll.
+constexpr short interrupted = -1;
+
+// A descriptor that is readable while something has been written to it and not been read.
+int makeWake() {
+#ifdef __linux__
+    const int made = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    check(made);
+    return made;
+#else
+    // A socket that talks to itself: one descriptor, as everywhere else.
+    const int made = ::socket(AF_INET, SOCK_DGRAM, 0);
+    check(made);
+    sockaddr_in self{};
+    self.sin_family = AF_INET;
+    self.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof self;
+    auto* const address = reinterpret_cast<sockaddr*>(&self);
+    if (::bind(made, address, size) < 0 || ::getsockname(made, address, &size) < 0 ||
+        ::connect(made, address, size) < 0 || ::fcntl(made, F_SETFL, O_NONBLOCK) < 0) {
+        const int number = errno;
+        ::close(made);
+        throw std::system_error(number, std::system_category());
+    }
+    closeOnExec(made);
+    return made;
+#endif
 }
 
 template <class Protocol>
-class SocketOf final : public Socket {
+class SocketOf final : public SystemSocket {
 public:
-    explicit SocketOf(typename Protocol::socket socket) : socket_(std::move(socket)) { socket_.non_blocking(true); }
-
-    int fileno() override { return static_cast<int>(socket_.native_handle()); }
-    std::pair<std::string, int> localName() override { return nameOf(socket_.local_endpoint()); }
-    std::pair<std::string, int> peerName() override { return nameOf(socket_.remote_endpoint()); }
-
-    void shutDown() override {
-        std::error_code error;
-        socket_.shutdown(asio::socket_base::shutdown_both, error);
-        // A socket that only receives datagrams is woken by this, although it has no peer to disconnect from.
-        if (!std::is_same_v<Protocol, asio::ip::udp> || error != asio::error::not_connected) check(error);
-    }
+    explicit SocketOf(int descriptor) : SystemSocket(descriptor, FailureId::NetworkConnectionLostError) {}
 
 protected:
-    std::size_t receiveNow(Bytes& buffer, std::error_code& error) override {
-        const std::size_t count = socket_.receive(asio::buffer(buffer), 0, error);
-        if (error == asio::error::eof) error.clear();
-        return count;
+    ssize_t receiveNow(int descriptor, Bytes& buffer) override {
+        return ::recv(descriptor, buffer.data(), buffer.size(), 0);
     }
 
-    std::size_t sendNow(ByteView bytes, std::error_code& error) override {
-        return socket_.send(asio::buffer(bytes.data(), bytes.size()), 0, error);
+    ssize_t sendNow(int descriptor, ByteView bytes) override {
+        return ::send(descriptor, bytes.data(), bytes.size(), quietly);
     }
 
     bool endsWithNothing() const override { return std::is_same_v<Protocol, asio::ip::tcp>; }
-
-private:
-    static std::pair<std::string, int> nameOf(const typename Protocol::endpoint& endpoint) {
-        return {endpoint.address().to_string(), endpoint.port()};
-    }
-
-    typename Protocol::socket socket_;
 };
+
+// A socket of a context, with a descriptor that programs started meanwhile do not get.
+template <class Protocol>
+typename Protocol::socket newSocket(asio::io_context& context) {
+    const Protocol protocol = Protocol::v4();
+#ifdef SOCK_CLOEXEC
+    const int descriptor = ::socket(protocol.family(), protocol.type() | SOCK_CLOEXEC, protocol.protocol());
+    check(descriptor);
+#else
+    const int descriptor = ::socket(protocol.family(), protocol.type(), protocol.protocol());
+    check(descriptor);
+    closeOnExec(descriptor);
+#endif
+    typename Protocol::socket made(context, protocol, descriptor);
+#ifdef SO_NOSIGPIPE
+    const int on = 1;
+    check(::setsockopt(descriptor, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on));
+#endif
+    return made;
+}
+
+SocketName nameFrom(int descriptor, int (*ask)(int, sockaddr*, socklen_t*)) {
+    asio::ip::tcp::endpoint endpoint;
+    auto size = static_cast<socklen_t>(endpoint.capacity());
+    check(ask(descriptor, endpoint.data(), &size));
+    endpoint.resize(size);
+    return {endpoint.address().to_string(), endpoint.port()};
+}
 
 }  // namespace
 
-// Never destroyed: a thread may let go of its socket while the process ends.
-asio::io_context& restingContext() {
-    static const auto& context = immortal(std::make_unique<asio::io_context>());
-    return *context;
+/// A thread inside a call: the descriptor stays open until it has left.
+class SystemSocket::Use {
+public:
+    explicit Use(SystemSocket& socket) : socket_(socket) {
+        socket_.requireOwn();
+        const std::lock_guard lock(socket_.mutex_);
+        if (socket_.closing_) throw std::system_error(EBADF, std::system_category());
+        ++socket_.users_;
+    }
+    ~Use() {
+        if (socket_.mark_.foreign()) return;
+        const std::lock_guard lock(socket_.mutex_);
+        if (--socket_.users_ > 0) return;
+        if (socket_.closing_) socket_.descriptor_.reset();
+        socket_.left_.notify_all();
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+private:
+    SystemSocket& socket_;
+};
+
+SystemSocket::SystemSocket(int descriptor, FailureId foreignFailure)
+    : foreignFailure_(foreignFailure), descriptor_(descriptor), wakes_(makeWake()) {
+    check(::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK));
 }
 
-short Socket::awaitEvent(short events, Deadline deadline, const Attend& attend) {
-    pollfd entry{fileno(), events, 0};
+SystemSocket::~SystemSocket() = default;
+
+void SystemSocket::requireOwn() const {
+    if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
+}
+
+short SystemSocket::awaitEvent(short events, Deadline deadline, const Attend& attend, Reader reader) {
+    std::array<pollfd, 2> entries{{{descriptor_.get(), events, 0}, {wakes_.get(), POLLIN, 0}}};
+    const bool isThread = reader == Reader::thread;
+    const bool isWoken = isThread || isWokenByShutdown();
     waitAttended(deadline, attend, [&](Deadline until) {
+        requireOwn();  // who attends may have forked
         int milliseconds = -1;
-        if (until != forever) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-            milliseconds = static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000));
+        if (until != forever || !isWoken) {
+            const auto left = until == forever
+                                  ? lookMilliseconds
+                                  : std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
+            milliseconds = static_cast<int>(std::clamp<std::int64_t>(left, 0, isWoken ? 60'000 : lookMilliseconds));
         }
-        return ::poll(&entry, 1, milliseconds) > 0;
+        return ::poll(entries.data(), isThread ? 2 : 1, milliseconds) > 0 || closing_;
     });
-    return entry.revents;
+    if (entries[1].revents == 0) return closing_ && entries[0].revents == 0 ? interrupted : entries[0].revents;
+    std::uint64_t count = 0;
+    while (::read(wakes_.get(), &count, sizeof count) > 0) continue;
+    return interrupted;
 }
 
-Reading Socket::read(Bytes& buffer, const Attend& attend) {
-    const double limit = timeout;
+// What is there; nothing if there is nothing yet.
+std::optional<Reading> SystemSocket::takeNow(Bytes& buffer) {
+    const ssize_t count = receiveNow(descriptor_.get(), buffer);
+    if (count < 0) {
+        if (isTransient(errno)) return std::nullopt;
+        failWithErrno();
+    }
+    buffer.resize(static_cast<std::size_t>(count));
+    return count != 0 ? Reading::data : endsWithNothing() ? Reading::ended : Reading::idle;
+}
+
+template <class Take>
+Reading SystemSocket::readWith(Take&& take, const Attend& attend, Reader reader) {
+    const Use use(*this);
+    const double limit = timeout_;
     const Deadline deadline = deadlineIn(limit);
     for (short events = 0;;) {
-        std::error_code error;
-        const std::size_t count = receiveNow(buffer, error);
-        if (!error) {
-            buffer.resize(count);
-            return count != 0 ? Reading::data : endsWithNothing() ? Reading::ended : Reading::idle;
-        }
-        if (!isTransient(error)) fail(error);
-        if ((events & POLLHUP) != 0) {  // a datagram socket that is shut down has nothing to read, and says so for ever
-            buffer.clear();
-            return Reading::ended;
-        }
-        events = awaitEvent(POLLIN, deadline, attend);
-        if (events == 0) fail(asio::error::timed_out);
+        if (const std::optional<Reading> reading = take()) return *reading;
+        // A datagram socket that is shut down has nothing to read, and says so for ever.
+        if (closing_ || (events > 0 && (events & POLLHUP) != 0)) return Reading::ended;
+        if (events == interrupted) return Reading::idle;
+        events = limit > 0 ? awaitEvent(POLLIN, deadline, attend, reader) : short{0};
+        if (events == 0 && reader == Reader::thread) return Reading::idle;
+        if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);
     }
 }
 
-void Socket::readWaiting(Bytes& buffer) {
-    std::error_code error;
-    const std::size_t count = receiveNow(buffer, error);
-    buffer.resize(error ? 0 : count);
+Reading SystemSocket::read(Bytes& buffer, const Attend& attend) {
+    const Reading reading = readWith([&] { return takeNow(buffer); }, attend, Reader::caller);
+    if (reading != Reading::data) buffer.clear();
+    return reading;
 }
 
-bool Socket::send(ByteView bytes, Deadline deadline, const Attend& attend) {
-    deadline = std::min(deadline, deadlineIn(timeout));
+// Taking the bytes and putting them into the splitter is one step for other readers.
+Reading SystemSocket::receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
+                              const Attend& attend) {
+    Bytes buffer(length);
+    const auto take = [&](Splitter& shared) {
+        const std::optional<Reading> reading = takeNow(buffer);
+        if (reading != Reading::data) return reading;
+        shared.append(buffer);
+        if (reader == Reader::thread && buffer.size() == length) {
+            buffer.resize(mostWaiting);
+            const ssize_t more = receiveNow(descriptor_.get(), buffer);  // a failure shows in the next read
+            if (more > 0) shared.append(ByteView(buffer).first(static_cast<std::size_t>(more)));
+        }
+        packets = shared.split();
+        return reading;
+    };
+    return readWith([&] { return splitter.with(take); }, attend, reader);
+}
+
+bool SystemSocket::send(ByteView bytes, Deadline deadline, const Attend& attend) {
+    const Use use(*this);
+    deadline = std::min(deadline, deadlineIn(timeout_));
     bool partly = false;
     for (;;) {
-        std::error_code error;
-        bytes = bytes.subspan(sendNow(bytes, error));
-        if (bytes.empty()) return true;
-        if (!error) {
+        const ssize_t sent = sendNow(descriptor_.get(), bytes);
+        if (sent >= 0) {
+            bytes = bytes.subspan(static_cast<std::size_t>(sent));
+            if (bytes.empty()) return true;
             if (!partly) deadline = std::max(deadline, Clock::now() + Client::finishWithin);
             partly = true;
-        } else if (!isTransient(error)) {
-            fail(error);
-        } else if (awaitEvent(POLLOUT, deadline, attend) == 0) {
+        } else if (!isTransient(errno)) {
+            failWithErrno();
+        } else if (awaitEvent(POLLOUT, deadline, attend, Reader::caller) == 0) {
             return false;
         }
+        if (closing_) throw std::system_error(EBADF, std::system_category());
     }
+}
+
+std::size_t SystemSocket::sendSome(ByteView bytes, const Attend& attend) {
+    const Use use(*this);
+    const double limit = timeout_;
+    for (const Deadline deadline = deadlineIn(limit);;) {
+        const ssize_t sent = sendNow(descriptor_.get(), bytes);
+        if (sent >= 0) return static_cast<std::size_t>(sent);
+        if (!isTransient(errno)) failWithErrno();
+        if (limit <= 0) fail(asio::error::would_block);
+        if (awaitEvent(POLLOUT, deadline, attend, Reader::caller) == 0) fail(asio::error::timed_out);
+        if (closing_) throw std::system_error(EBADF, std::system_category());
+    }
+}
+
+void SystemSocket::interrupt() noexcept {
+    if (mark_.foreign()) return;
+    constexpr std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakes_.get(), &one, sizeof one);
+}
+
+void SystemSocket::close(Deadline deadline) noexcept {
+    if (mark_.foreign()) return;
+    std::unique_lock lock(mutex_);
+    closing_ = true;
+    if (users_ > 0) ::shutdown(descriptor_.get(), SHUT_RDWR);
+    interrupt();
+    if (users_ == 0) {
+        descriptor_.reset();
+    } else {
+        waitOn(left_, lock, deadline, [this] { return users_ == 0; });
+    }
+}
+
+void SystemSocket::shutDown(int direction) {
+    const Use use(*this);
+    if (!isWokenByShutdown()) return;
+    if (::shutdown(descriptor_.get(), direction) == 0) return;
+    // A socket that only receives datagrams is woken by this, although it has no peer to disconnect from.
+    if (endsWithNothing() || errno != ENOTCONN) failWithErrno();
+}
+
+SocketName SystemSocket::localName() {
+    const Use use(*this);
+    return nameFrom(descriptor_.get(), ::getsockname);
+}
+
+SocketName SystemSocket::peerName() {
+    const Use use(*this);
+    return nameFrom(descriptor_.get(), ::getpeername);
+}
+
+int SystemSocket::family() {
+    const Use use(*this);
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    check(::getsockname(descriptor_.get(), reinterpret_cast<sockaddr*>(&address), &size));
+    return address.ss_family;
+}
+
+int SystemSocket::type() {
+    const Bytes value = option(SOL_SOCKET, SO_TYPE, sizeof(int));
+    int type = 0;
+    std::memcpy(&type, value.data(), std::min(value.size(), sizeof type));
+    return type;
+}
+
+void SystemSocket::setOption(int level, int name, ByteView value) {
+    const Use use(*this);
+    check(::setsockopt(descriptor_.get(), level, name, value.data(), static_cast<socklen_t>(value.size())));
+}
+
+Bytes SystemSocket::option(int level, int name, std::size_t size) {
+    const Use use(*this);
+    Bytes value(size);
+    auto taken = static_cast<socklen_t>(size);
+    check(::getsockopt(descriptor_.get(), level, name, value.data(), &taken));
+    value.resize(taken);
+    return value;
 }
 
 std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit,
                                    const Attend& attend) {
     using asio::ip::tcp;
+    const Deadline deadline = Clock::now() + limit;
     std::error_code error;
     auto address = asio::ip::make_address_v4(host, error);
-    if (error) {
-        tcp::resolver resolver(restingContext());
-        address = resolver.resolve(tcp::v4(), host, "").begin()->endpoint().address().to_v4();
-    }
+    if (error) address = addressesOf(host, deadline, attend).front();
     asio::io_context connecting;
-    tcp::socket socket(connecting);
+    tcp::socket socket = newSocket<tcp>(connecting);
     std::optional<std::error_code> outcome;
     socket.async_connect({address, static_cast<std::uint16_t>(port)},
                          [&](std::error_code result) { outcome = result; });
-    waitAttended(Clock::now() + limit, attend, [&](Deadline until) {
+    waitAttended(deadline, attend, [&](Deadline until) {
         connecting.run_until(until);
         return outcome.has_value();
     });
     check(outcome.value_or(asio::error::timed_out));
     socket.set_option(tcp::no_delay(true));
-    return std::make_shared<SocketOf<tcp>>(tcp::socket(restingContext(), tcp::v4(), socket.release()));
+    return std::make_shared<SocketOf<tcp>>(socket.release());
 }
 
 std::shared_ptr<Socket> bindUdp(const std::string& host, int port) {
     using asio::ip::udp;
     const auto address = host.empty() ? asio::ip::address_v4::any() : asio::ip::make_address_v4(host);
-    return std::make_shared<SocketOf<udp>>(
-        udp::socket(restingContext(), udp::endpoint(address, static_cast<std::uint16_t>(port))));
+    asio::io_context binding;
+    udp::socket socket = newSocket<udp>(binding);
+    socket.bind(udp::endpoint(address, static_cast<std::uint16_t>(port)));
+    return std::make_shared<SocketOf<udp>>(socket.release());
 }
 
 }  // namespace zvr

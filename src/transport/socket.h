@@ -1,4 +1,4 @@
-// A socket or a serial line that several threads may hold: one reads, others send, and one shuts it down under both.
+// A socket or a serial line that several threads may hold: some read, others send, and one closes it under all.
 #pragma once
 
 #include <asio.hpp>
@@ -7,42 +7,97 @@
 
 namespace zvr {
 
-/// The descriptor is closed when the last holder lets go, so that no thread reads from a descriptor of somebody else.
+/// What a client moves its bytes through.
 class Socket {
 public:
     virtual ~Socket() = default;
 
-    virtual int fileno() = 0;
-    /// Address and port of this end, and of the other one. Throws std::system_error where there is no such thing.
-    virtual std::pair<std::string, int> localName() = 0;
-    virtual std::pair<std::string, int> peerName() = 0;
-    /// Ends the reads and sends of all threads. Throws std::system_error.
-    virtual void shutDown() = 0;
-
     /// Waits until there is something to read, end of stream included, and reads it.
-    Reading read(Bytes& buffer, const Attend& attend);
-    /// Reads what is there, without waiting; a failure shows in the next read.
-    void readWaiting(Bytes& buffer);
-    bool send(ByteView bytes, Deadline deadline, const Attend& attend);
+    virtual Reading read(Bytes& buffer, const Attend& attend) = 0;
+    /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn.
+    virtual Reading receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
+                            const Attend& attend) = 0;
+    virtual bool send(ByteView bytes, Deadline deadline, const Attend& attend) = 0;
 
-    /// Seconds that a read or a send waits; `forever` by default.
-    std::atomic<double> timeout{std::numeric_limits<double>::infinity()};
-
-protected:
-    virtual std::size_t receiveNow(Bytes& buffer, std::error_code& error) = 0;
-    virtual std::size_t sendNow(ByteView bytes, std::error_code& error) = 0;
-    /// Whether zero bytes received mean the end of the stream.
-    virtual bool endsWithNothing() const = 0;
-
-private:
-    /// What came, as poll tells it; 0 if nothing came in time.
-    short awaitEvent(short events, Deadline deadline, const Attend& attend);
+    /// Seconds that a read or a send waits; infinite for no limit.
+    virtual void setTimeout(double seconds) = 0;
+    /// Ends a `receive` of the receive thread, or else its next one, as an idle turn.
+    virtual void interrupt() noexcept = 0;
+    /// Shuts it down. Throws std::system_error, and leaves it open then.
+    virtual void shutDown() = 0;
+    /// Ends the reads and sends of all threads, and closes it as soon as none is inside one, which is waited for until
+    /// `deadline`.
+    virtual void close(Deadline deadline) noexcept = 0;
 };
 
-/// Sockets and lines need a context to live in; nothing ever runs in this one, since every operation is a direct one.
-asio::io_context& restingContext();
+/// Address and port of an end of a connection.
+using SocketName = std::pair<std::string, int>;
 
-/// Connects to an IPv4 address or host name. Throws std::system_error.
+/// A socket or a line of the system.
+///
+/// The descriptor is open as long as a thread is inside a call, whoever closes it meanwhile, so that no thread reads
+/// from a descriptor of somebody else.
+class SystemSocket : public Socket {
+public:
+    /// The failure of a link that belongs to the parent of a forked child.
+    SystemSocket(int descriptor, FailureId foreignFailure);
+    ~SystemSocket() override;
+
+    Reading read(Bytes& buffer, const Attend& attend) override;
+    Reading receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
+                    const Attend& attend) override;
+    bool send(ByteView bytes, Deadline deadline, const Attend& attend) override;
+    /// Sends once, as much as there is room for; tells how much.
+    std::size_t sendSome(ByteView bytes, const Attend& attend);
+
+    void setTimeout(double seconds) override { timeout_ = seconds; }
+    double timeout() const { return timeout_; }
+    void interrupt() noexcept override;
+    void shutDown() override { shutDown(SHUT_RDWR); }
+    void close(Deadline deadline) noexcept override;
+
+    /// -1 once it is closed.
+    int fileno() const { return mark_.foreign() ? -1 : descriptor_.get(); }
+
+    /// The calls of a socket; each throws std::system_error, a line from all of them.
+    void shutDown(int direction);
+    SocketName localName();
+    SocketName peerName();
+    int family();
+    int type();
+    void setOption(int level, int name, ByteView value);
+    Bytes option(int level, int name, std::size_t size);
+
+protected:
+    /// Never wait; negative with errno set where they fail.
+    virtual ssize_t receiveNow(int descriptor, Bytes& buffer) = 0;
+    virtual ssize_t sendNow(int descriptor, ByteView bytes) = 0;
+    /// Whether zero bytes received mean the end of the stream.
+    virtual bool endsWithNothing() const = 0;
+    /// Whether a shutdown wakes the threads that wait.
+    virtual bool isWokenByShutdown() const { return true; }
+
+private:
+    class Use;
+
+    void requireOwn() const;
+    std::optional<Reading> takeNow(Bytes& buffer);
+    template <class Take>
+    Reading readWith(Take&& take, const Attend& attend, Reader reader);
+    /// What came, as poll tells it; 0 if nothing came in time.
+    short awaitEvent(short events, Deadline deadline, const Attend& attend, Reader reader);
+
+    const FailureId foreignFailure_;
+    const ProcessMark mark_;
+    std::atomic<double> timeout_{std::numeric_limits<double>::infinity()};
+    OwnDescriptor descriptor_, wakes_;  // what ends the wait of the receive thread is written to the second
+    std::mutex mutex_;
+    std::condition_variable left_;
+    int users_ = 0;
+    std::atomic<bool> closing_{false};
+};
+
+/// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.
 std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit, const Attend& attend);
 
 /// Takes a local UDP port; an empty host means every interface. Throws std::system_error.

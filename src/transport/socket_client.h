@@ -7,18 +7,20 @@ namespace zvr {
 
 class SocketClient : public Client {
 public:
+    Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) override;
     Reading read(Bytes& buffer, const Attend& attend = {}) override;
-    void readWaiting(Bytes& buffer) override;
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+    void interrupt() noexcept override;
 
-    /// Waits briefly for the threads that were in a read or a send.
+    /// Waits briefly for the threads that are in a read or a send to leave.
     void abandon() noexcept override;
 
-    /// Nothing while there is no socket.
+    /// Nothing while there is no socket, and in a forked child.
     std::shared_ptr<Socket> socket() const;
+    /// Puts a socket in the place of the one there, which is left as it is.
+    void replaceSocket(std::shared_ptr<Socket> socket);
 
 protected:
-    void replaceSocket(std::shared_ptr<Socket> socket);
     /// Throws std::system_error while there is no socket.
     std::shared_ptr<Socket> connectedSocket() const;
 

@@ -1,6 +1,8 @@
 #include "transport/usb.h"
 
 #include <array>
+#include <thread>
+#include <utility>
 
 #include "core/constants.h"
 #include "core/failures.h"
@@ -10,6 +12,10 @@ namespace zvr {
 namespace {
 
 constexpr unsigned readMilliseconds = 1;
+// A read of the receive thread: long enough to cost nothing while nothing comes.
+constexpr unsigned patientMilliseconds = 50;
+// What the receive thread leaves to callers that want to read.
+constexpr std::chrono::milliseconds turnOfCallers{1};
 // A device that takes nothing for so long is gone.
 constexpr std::int64_t sendMilliseconds = 1000;
 
@@ -17,23 +23,41 @@ void check(int code) {
     if (code < 0) throw UsbError(code);
 }
 
+int codeOf(libusb_transfer_status status) {
+    switch (status) {
+        case LIBUSB_TRANSFER_COMPLETED: return LIBUSB_SUCCESS;
+        case LIBUSB_TRANSFER_TIMED_OUT:
+        case LIBUSB_TRANSFER_CANCELLED: return LIBUSB_ERROR_TIMEOUT;
+        case LIBUSB_TRANSFER_STALL: return LIBUSB_ERROR_PIPE;
+        case LIBUSB_TRANSFER_OVERFLOW: return LIBUSB_ERROR_OVERFLOW;
+        case LIBUSB_TRANSFER_NO_DEVICE: return LIBUSB_ERROR_NO_DEVICE;
+        default: return LIBUSB_ERROR_IO;
+    }
+}
+
 // The session with the library. All devices share one; it ends with the last of them, and the next one sees afresh what
-// is attached.
+// is attached. A forked child has a session of its own, and leaves the parent's as it is.
 class Session {
 public:
     explicit Session(std::shared_ptr<const UsbLibrary> usb) : library(std::move(usb)) {
         check(library->init(&context_));
     }
-    ~Session() { library->exit(context_); }
+    ~Session() {
+        if (!mark_.foreign()) library->exit(context_);
+    }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
     static std::shared_ptr<Session> of(const std::shared_ptr<const UsbLibrary>& library) {
-        static std::mutex mutex;
-        static std::weak_ptr<Session> current;
-        const std::lock_guard lock(mutex);
-        auto session = current.lock();
-        if (!session) current = session = std::make_shared<Session>(library);
+        struct Current {
+            std::mutex mutex;
+            std::weak_ptr<Session> session;
+        };
+        static PerProcess<Current> sessions;
+        Current& current = sessions.get();
+        const std::lock_guard lock(current.mutex);
+        auto session = current.session.lock();
+        if (!session) current.session = session = std::make_shared<Session>(library);
         return session;
     }
 
@@ -42,6 +66,7 @@ public:
     const std::shared_ptr<const UsbLibrary> library;
 
 private:
+    const ProcessMark mark_;
     libusb_context* context_ = nullptr;
 };
 
@@ -72,13 +97,14 @@ bool isOurs(const UsbLibrary& library, libusb_device* device, libusb_device_desc
 
 }  // namespace
 
-/// An open device; closed when the last thread that uses it has left.
+/// An open device; closed when the last thread that uses it has left. In a forked child it is neither used nor closed.
 class UsbClient::Handle {
 public:
     Handle(std::shared_ptr<Session> session, libusb_device* device) : session_(std::move(session)) {
         check(library().open(device, &handle_));
     }
     ~Handle() {
+        if (mark_.foreign()) return;
         if (claimed_) library().release_interface(handle_, interface_);
         library().close(handle_);
     }
@@ -103,14 +129,34 @@ public:
         interface_ = number;
     }
 
-    // The bytes that went over; with a timeout of 0 it has none. What a transfer that ran out of time has moved counts.
-    int transfer(int endpoint, std::uint8_t* data, std::size_t length, unsigned milliseconds) {
+    // The bytes that went over. What a transfer that ran out of time has moved counts.
+    std::size_t send(std::uint8_t* data, std::size_t length, unsigned milliseconds) {
         claim();
         int moved = 0;
-        const int code = library().bulk_transfer(handle_, static_cast<unsigned char>(endpoint), data,
-                                                 static_cast<int>(length), &moved, milliseconds);
+        const int code =
+            library().bulk_transfer(handle_, USB_EP_OUT, data, static_cast<int>(length), &moved, milliseconds);
         if (code != LIBUSB_ERROR_TIMEOUT || moved == 0) check(code);
-        return moved;
+        return static_cast<std::size_t>(moved);
+    }
+
+    // One read, one at a time, since bytes are filed in the order in which they came. What has come when the time is
+    // over, or the read is interrupted, counts; no bytes are no failure.
+    template <class File>
+    std::size_t receive(Reader reader, Bytes& buffer, File&& file) {
+        claim();
+        if (reader == Reader::thread && callers_ > 0) std::this_thread::sleep_for(turnOfCallers);
+        const Caller caller(*this, reader);
+        const std::lock_guard lock(reading_);
+        buffer.resize(transferIn(reader, buffer));
+        file(buffer);
+        return buffer.size();
+    }
+
+    // Ends the read of the receive thread, or its next one.
+    void interrupt() {
+        const std::lock_guard lock(mutex_);
+        interrupted_ = true;
+        if (patient_ != nullptr) library().cancel_transfer(patient_);
     }
 
 private:
@@ -122,11 +168,63 @@ private:
         claimed_ = true;
     }
 
+    // A caller that wants to read: the receive thread makes way.
+    class Caller {
+    public:
+        Caller(Handle& handle, Reader reader) : handle_(reader == Reader::caller ? &handle : nullptr) {
+            if (handle_ == nullptr) return;
+            ++handle_->callers_;
+            handle_->interrupt();
+        }
+        ~Caller() {
+            if (handle_ != nullptr) --handle_->callers_;
+        }
+        Caller(const Caller&) = delete;
+        Caller& operator=(const Caller&) = delete;
+
+    private:
+        Handle* const handle_;
+    };
+
+    static void LIBUSB_CALL onCompleted(libusb_transfer* transfer) { *static_cast<int*>(transfer->user_data) = 1; }
+
+    std::size_t transferIn(Reader reader, Bytes& buffer) {
+        const auto release = [this](libusb_transfer* transfer) { library().free_transfer(transfer); };
+        const std::unique_ptr<libusb_transfer, decltype(release)> transfer(library().alloc_transfer(0), release);
+        if (!transfer) throw std::bad_alloc();
+        const bool patient = reader == Reader::thread;
+        int completed = 0;
+        libusb_fill_bulk_transfer(transfer.get(), handle_, USB_EP_IN, buffer.data(), static_cast<int>(buffer.size()),
+                                  onCompleted, &completed, patient ? patientMilliseconds : readMilliseconds);
+        {
+            const std::lock_guard lock(mutex_);
+            if (patient && std::exchange(interrupted_, false)) return 0;
+            check(library().submit_transfer(transfer.get()));
+            if (patient) patient_ = transfer.get();
+        }
+        while (completed == 0) {
+            const int code = library().handle_events_completed(session_->context(), &completed);
+            if (code < 0 && code != LIBUSB_ERROR_INTERRUPTED) library().cancel_transfer(transfer.get());
+        }
+        if (patient) {
+            const std::lock_guard lock(mutex_);
+            patient_ = nullptr;
+            interrupted_ = false;
+        }
+        const int code = codeOf(transfer->status);
+        if (code != LIBUSB_ERROR_TIMEOUT) check(code);
+        return static_cast<std::size_t>(transfer->actual_length);
+    }
+
+    const ProcessMark mark_;
     const std::shared_ptr<Session> session_;
     libusb_device_handle* handle_ = nullptr;
     int interface_ = 0;
     std::mutex mutex_;
-    bool claimed_ = false;
+    bool claimed_ = false, interrupted_ = false;
+    libusb_transfer* patient_ = nullptr;  // the read of the receive thread
+    std::mutex reading_;
+    std::atomic<int> callers_{0};
 };
 
 namespace {
@@ -188,20 +286,30 @@ UsbClient::UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::opti
 UsbClient::~UsbClient() = default;
 
 std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
+    requireOwn();
     const std::lock_guard lock(mutex_);
     if (!handle_) throw UsbError(LIBUSB_ERROR_NO_DEVICE);
     return handle_;
 }
 
 Reading UsbClient::read(Bytes& buffer, const Attend& /*attend*/) {
-    std::size_t count = 0;
-    try {
-        count = static_cast<std::size_t>(opened()->transfer(USB_EP_IN, buffer.data(), buffer.size(), readMilliseconds));
-    } catch (const UsbError& failure) {
-        if (!failure.timedOut()) throw;
-    }
-    buffer.resize(count);
+    return opened()->receive(Reader::caller, buffer, [](const Bytes&) {}) == 0 ? Reading::idle : Reading::data;
+}
+
+Reading UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                             const Attend& /*attend*/) {
+    Bytes buffer(length);
+    const std::size_t count = opened()->receive(reader, buffer, [&](const Bytes& bytes) {
+        if (!bytes.empty()) packets = splitter.take(bytes);
+    });
+    if (count == 0 && reader == Reader::caller) throw UsbError(LIBUSB_ERROR_TIMEOUT);
     return count == 0 ? Reading::idle : Reading::data;
+}
+
+void UsbClient::interrupt() noexcept {
+    if (isForeign()) return;
+    const std::lock_guard lock(mutex_);
+    if (handle_) handle_->interrupt();
 }
 
 bool UsbClient::send(ByteView bytes, Deadline deadline, const Attend& /*attend*/) {
@@ -213,9 +321,9 @@ bool UsbClient::send(ByteView bytes, Deadline deadline, const Attend& /*attend*/
     if (transfer.size() < USB_PKT_SIZE) transfer.resize(USB_PKT_SIZE);
     const auto milliseconds = static_cast<unsigned>(std::clamp<std::int64_t>(left, 1, sendMilliseconds));
     try {
-        const int moved = handle->transfer(USB_EP_OUT, transfer.data(), transfer.size(), milliseconds);
-        const std::span<std::uint8_t> rest = std::span(transfer).subspan(static_cast<std::size_t>(moved));
-        if (!rest.empty()) handle->transfer(USB_EP_OUT, rest.data(), rest.size(), sendMilliseconds);
+        const std::size_t moved = handle->send(transfer.data(), transfer.size(), milliseconds);
+        const std::span<std::uint8_t> rest = std::span(transfer).subspan(moved);
+        if (!rest.empty()) handle->send(rest.data(), rest.size(), sendMilliseconds);
     } catch (const UsbError& failure) {
         if (!failure.timedOut()) throw;
         return false;
@@ -224,8 +332,14 @@ bool UsbClient::send(ByteView bytes, Deadline deadline, const Attend& /*attend*/
 }
 
 void UsbClient::abandon() noexcept {
-    const std::lock_guard lock(mutex_);
-    handle_.reset();
+    if (isForeign()) return;
+    std::shared_ptr<Handle> dropped;
+    {
+        const std::lock_guard lock(mutex_);
+        dropped.swap(handle_);
+    }
+    if (dropped) dropped->interrupt();
+    changed();
 }
 
 }  // namespace zvr

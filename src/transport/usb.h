@@ -30,12 +30,19 @@ public:
 
     /// Waits a millisecond at most; idle if nothing came. Throws UsbError.
     Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    /// The receive thread waits longer, since each read that finds nothing costs it as much as one that does; a
+    /// caller's read comes before it. Throws UsbError, of a caller also where nothing came.
+    Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) override;
+    void interrupt() noexcept override;
     /// One transfer of at least 64 bytes: zeros follow a shorter frame, which the device drops as noise. Throws
     /// UsbError.
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
     void abandon() noexcept override;
 
     class Handle;
+
+protected:
+    FailureId foreignFailure() const override { return FailureId::USBConnectionError; }
 
 private:
     std::shared_ptr<Handle> opened() const;

@@ -29,7 +29,8 @@ public:
     X(init) X(exit) X(get_device_list) X(free_device_list) X(get_device_descriptor) \
     X(get_config_descriptor) X(free_config_descriptor) X(get_bus_number) X(get_device_address) X(open) \
     X(close) X(get_string_descriptor_ascii) X(kernel_driver_active) X(detach_kernel_driver) \
-    X(claim_interface) X(release_interface) X(bulk_transfer)
+    X(claim_interface) X(release_interface) X(bulk_transfer) X(alloc_transfer) X(free_transfer) X(submit_transfer) \
+    X(cancel_transfer) X(handle_events_completed)
 // clang-format on
 #define ZVR_USB_FUNCTION(name) decltype(&libusb_##name) name = nullptr;
     ZVR_USB_FUNCTIONS(ZVR_USB_FUNCTION)

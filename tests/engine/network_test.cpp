@@ -1,12 +1,15 @@
 // The network clients over real sockets of this host.
 #include "transport/network.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 
 #include <thread>
 
+#include "core/constants.h"
 #include "core/failures.h"
 #include "support.h"
 
@@ -18,6 +21,11 @@ using testing::endsSoon;
 using testing::Interrupted;
 using testing::openDescriptors;
 using testing::patience;
+
+// The socket of a connected client.
+std::shared_ptr<SystemSocket> socketOf(const NetworkClient& client) {
+    return std::dynamic_pointer_cast<SystemSocket>(client.socket());
+}
 
 constexpr const char* loopback = "127.0.0.1";
 
@@ -64,7 +72,7 @@ std::string failureOf(Action action) {
 // Sends until the peer's buffer and this side's one are full to the last byte; tells how many bytes fit.
 std::size_t fill(NetworkClient& client) {
     const Bytes junk(1 << 16, 0x55);
-    pollfd entry{client.socket()->fileno(), POLLOUT, 0};
+    pollfd entry{socketOf(client)->fileno(), POLLOUT, 0};
     std::size_t filled = 0;
     for (std::size_t before = 1; before != filled;) {
         before = filled;
@@ -97,13 +105,26 @@ TEST(TcpClient, ConnectFailsWithTheNetworkFailureWhereNobodyListens) {
     EXPECT_EQ(failureOf([&] { client.send(Bytes{1}, patience()); }), "system error");
 }
 
+TEST(TcpClient, ClosesTheSocketWhoeverHoldsIt) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    const auto held = socketOf(client);
+    EXPECT_GE(held->fileno(), 0);
+    client.disconnect();
+    EXPECT_EQ(held->fileno(), -1);
+    Bytes buffer(10);
+    EXPECT_EQ(failureOf([&] { held->read(buffer, {}); }), "system error");
+    EXPECT_EQ(failureOf([&] { held->send(buffer, patience(), {}); }), "system error");
+}
+
 TEST(TcpClient, ConnectsToAHostByName) {
     Peer peer;
     TcpClient client;
     client.connect("localhost", peer.port());
     tcp::socket device = peer.accept();
-    EXPECT_EQ(client.socket()->peerName(), (std::pair<std::string, int>(loopback, peer.port())));
-    EXPECT_EQ(client.socket()->localName().second, device.remote_endpoint().port());
+    EXPECT_EQ(socketOf(client)->peerName(), (std::pair<std::string, int>(loopback, peer.port())));
+    EXPECT_EQ(socketOf(client)->localName().second, device.remote_endpoint().port());
 }
 
 // A listener whose queue is full answers no more: a connect to it hangs as it does to a host that is switched off.
@@ -281,7 +302,12 @@ TEST(TcpClient, ReceivesWhatWaitsBehindAFullReadAndThenTheEnd) {
 std::future<Reading> startRead(NetworkClient& client) {
     auto reading = std::async(std::launch::async, [&] {
         Bytes buffer(10);
-        return client.read(buffer);
+        try {
+            return client.read(buffer);
+        } catch (const std::system_error& failure) {
+            EXPECT_EQ(failure.code().value(), EBADF);  // it was closed before the read began
+            return Reading::ended;
+        }
     });
     while (client.socket().use_count() < 3) std::this_thread::yield();
     return reading;
@@ -303,10 +329,152 @@ TEST(TcpClient, DisconnectWakesTheReadOfAnotherThread) {
     }
 }
 
+// A thread that reads for long is let out of it by who needs it elsewhere, and nothing that has come is lost.
+TEST(TcpClient, ReceiveThreadIsInterruptedAtOnceAndItsTimeOutIsAnIdleTurn) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    std::vector<Packet> packets;
+    for (int round = 0; round < 2000; ++round) {
+        auto reading = std::async(std::launch::async, [&] { return client.receive(1536, packets); });
+        if (round % 2 == 0) std::this_thread::yield();
+        client.interrupt();
+        ASSERT_TRUE(endsSoon(reading));
+        ASSERT_EQ(reading.get(), Reading::idle);
+    }
+    client.interrupt();
+    asio::write(device, asio::buffer(buildFrame(1001, {})));
+    while (packets.empty()) client.receive(1536, packets);
+    EXPECT_EQ(packets, (std::vector<Packet>{{1001, {}}}));
+    for (const double limit : {0.01, 0.0}) {
+        client.setTimeout(limit);
+        EXPECT_EQ(client.receive(1536, packets), Reading::idle);
+    }
+}
+
+// Of two threads that receive at once each takes some of the bytes, and each frame comes out whole.
+TEST(TcpClient, ManyReadersAndLookersShareOneStream) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    constexpr int count = 20'000;
+    Bytes stream;
+    for (int i = 0; i < count; ++i) {
+        const Bytes frame = buildFrame(0x1000 + i % 0x1000, Bytes(static_cast<std::size_t>(i % 90), 13));
+        stream.insert(stream.end(), frame.begin(), frame.end());
+    }
+    std::atomic<int> received{0};
+    std::atomic<bool> over{false};
+    std::vector<std::jthread> threads;
+    for (int reader = 0; reader < 3; ++reader) {
+        threads.emplace_back([&, reader] {
+            for (Reading reading = Reading::data; reading != Reading::ended;) {
+                std::vector<Packet> packets;
+                reading = client.receiveAs(reader == 0 ? Reader::thread : Reader::caller, 700, packets, {});
+                received += static_cast<int>(packets.size());
+            }
+        });
+    }
+    threads.emplace_back([&] {
+        while (!over) {
+            const Bytes seen = client.splitter.stream();
+            EXPECT_LE(client.splitter.with([](const Splitter& splitter) { return splitter.lastIndex(); }), 1u << 20);
+            received += static_cast<int>(client.splitter.split().size());
+            // A copy of one moment, not of two.
+            EXPECT_TRUE(seen.empty() || seen.front() == CMD_STX);
+        }
+    });
+    asio::write(device, asio::buffer(stream));
+    device.shutdown(tcp::socket::shutdown_send);
+    const Deadline late = patience();
+    while (received < count && Clock::now() < late) std::this_thread::yield();
+    over = true;
+    threads.clear();
+    EXPECT_EQ(received, count);
+    EXPECT_TRUE(client.splitter.stream().empty());
+}
+
+// Runs in a forked child; tells whether it answered true.
+template <class Body>
+bool inChild(Body body) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(body() ? 0 : 1);
+    int status = 0;
+    for (const Deadline late = patience(); ::waitpid(child, &status, WNOHANG) == 0;) {
+        if (Clock::now() > late) ::kill(child, SIGKILL);
+        std::this_thread::yield();
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(ForkedChild, HasNoLinkOfItsParentAndLeavesItAsItIs) {
+    Peer peer;
+    auto client = std::make_unique<TcpClient>();
+    UdpClient finder;
+    tcp::socket device = peer.connect(*client);
+    finder.bind(loopback, 0);
+    const int descriptor = socketOf(*client)->fileno(), port = socketOf(finder)->localName().second;
+    const auto socket = socketOf(*client);
+    for (int round = 0; round < 20; ++round) {
+        auto reading = startRead(*client);  // inside a call at the fork
+        EXPECT_TRUE(inChild([&] {
+            Bytes buffer(10);
+            std::vector<Packet> packets;
+            bool right = ::fcntl(descriptor, F_GETFD) < 0 && socket->fileno() == -1 && client->socket() == nullptr;
+            right = right && failureOf([&] { client->read(buffer); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { client->receive(10, packets); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { client->send(Bytes{1}, patience()); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { socket->read(buffer, {}); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { client->connect(loopback, 1); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { finder.bind(loopback, 0); }) == "NetworkConnectionLostError";
+            right = right && failureOf([&] { client->disconnect(); }) == "none";
+            client->interrupt();
+            socket->close(forever);
+            client->abandon();
+            client.reset();
+            finder.abandon();
+            return right;
+        })) << "in round "
+            << round;
+        ASSERT_TRUE(client->send(Bytes{7}, patience()));
+        EXPECT_EQ(readAll(device, 1), Bytes{7});
+        asio::write(device, asio::buffer(Bytes{8}));
+        ASSERT_TRUE(endsSoon(reading));
+        EXPECT_EQ(reading.get(), Reading::data);
+    }
+    // A child that lives on keeps no port.
+    std::array<int, 2> begun{};
+    ASSERT_EQ(::pipe(begun.data()), 0);
+    char byte = 0;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const ssize_t written = ::write(begun[1], &byte, 1);
+        ::pause();
+        ::_exit(static_cast<int>(written));
+    }
+    EXPECT_EQ(::read(begun[0], &byte, 1), 1);
+    for (const int each : begun) ::close(each);
+    finder.disconnect();
+    EXPECT_EQ(failureOf([&] { finder.bind(loopback, port); }), "none");
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+}
+
+TEST(Socket, ProgramsThatAreStartedGetNone) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    UdpClient udp;
+    udp.bind(loopback, 0);
+    for (const NetworkClient* each : {static_cast<NetworkClient*>(&client), static_cast<NetworkClient*>(&udp)}) {
+        EXPECT_EQ(::fcntl(socketOf(*each)->fileno(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    }
+}
+
 TEST(UdpClient, TakenPortIsTheNetworkFailureAndAFreeOneReceives) {
     UdpClient first, second;
     first.bind(loopback, 0);
-    const int port = first.socket()->localName().second;
+    const int port = socketOf(first)->localName().second;
     EXPECT_EQ(failureOf([&] { second.bind(loopback, port); }), "NetworkConnectionError");
     EXPECT_EQ(failureOf([&] { second.bind("no address", 0); }), "NetworkConnectionError");
     EXPECT_EQ(second.socket(), nullptr);
@@ -325,7 +493,7 @@ TEST(UdpClient, TakenPortIsTheNetworkFailureAndAFreeOneReceives) {
 TEST(UdpClient, DisconnectWakesTheReadOfAnotherThreadAndThePortIsFreeRightAfter) {
     UdpClient client, next;
     client.bind("", 0);
-    const int port = client.socket()->localName().second;
+    const int port = socketOf(client)->localName().second;
     for (int round = 0; round < 30; ++round) {
         auto reading = startRead(client);
         EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
@@ -352,7 +520,7 @@ TEST(NetworkClient, ConnectingAgainAndAgainLeaksNoDescriptor) {
     }
     client.abandon();
     udp.abandon();
-    EXPECT_EQ(openDescriptors(), before - 1);
+    EXPECT_EQ(openDescriptors(), before - 2);  // the socket, and what wakes its readers
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "transport/receiver.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "core/threads.h"
 #include "support.h"
@@ -126,22 +128,22 @@ TEST_F(ReceiverTest, PacketsReachTheSinkInOrderOnceTheGateIsOpen) {
     EXPECT_EQ(delivery_.commands(), expected);
 }
 
-// A second read before anybody turned the gate would be the first of a spinning thread's millions.
-TEST_F(ReceiverTest, DeadPeerIsReadOnceAndThenOncePerTurnOfTheGate) {
+// Reads of a dead link become fewer and fewer, and one follows each turn of the gate at once.
+TEST_F(ReceiverTest, DeadPeerIsReadEverMoreSlowlyAndAtOnceAfterATurnOfTheGate) {
     const auto client = connect(device_);
     const auto source =
         std::make_shared<FakeSource>([&](int, std::vector<Packet>& packets) { return client->receive(1536, packets); });
     const auto receiver = start(source);
     device_.close();
     receiver->gate->release();
-    ASSERT_TRUE(source->calls.awaitCount(1));
-    EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(50)));
-    EXPECT_EQ(source->calls.count(), 1);
-    for (int turn = 2; turn < 100; ++turn) {
+    ASSERT_TRUE(source->calls.awaitCount(8));
+    EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(120)));
+    EXPECT_LE(source->calls.count(), 12);  // 1, 2, 4, ... 128 ms
+    for (int turn = 0; turn < 100; ++turn) {
+        const int before = source->calls.count();
         receiver->gate->acquire();
         receiver->gate->release();
-        ASSERT_TRUE(source->calls.awaitCount(turn));
-        ASSERT_EQ(source->calls.count(), turn);
+        ASSERT_TRUE(source->calls.awaitCount(before + 1, Clock::now() + std::chrono::seconds(1)));
     }
 }
 
@@ -156,7 +158,7 @@ TEST_F(ReceiverTest, SourceThatBringsNothingWithoutWaitingIsReadAtMostOncePerPau
     EXPECT_LE(source->calls.count(), milliseconds + 2);
 }
 
-TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
+TEST_F(ReceiverTest, FailedReadsAreTurnsLostAndTheThreadReadsOn) {
     const auto source = std::make_shared<FakeSource>([](int call, std::vector<Packet>& packets) {
         if (call == 1) throw std::runtime_error("the cable is out");
         if (call == 2) throw std::system_error(std::make_error_code(std::errc::connection_reset));
@@ -165,18 +167,71 @@ TEST_F(ReceiverTest, ThrowingSourceIsSurvivedAndReadAgainAfterTheNextTurn) {
     });
     const auto receiver = start(source);
     receiver->gate->release();
-    for (int call = 1; call <= 2; ++call) {
-        ASSERT_TRUE(source->calls.awaitCount(call));
-        EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(10)));
-        EXPECT_EQ(source->calls.count(), call);
-        receiver->gate->release();  // a second release is a turn as well
-    }
     ASSERT_TRUE(delivery_.packets.awaitCount(3));
-    EXPECT_EQ(delivery_.commands(), (std::vector<int>{3, 4, 5}));
+    EXPECT_EQ(delivery_.commands()[2], 5);
     EXPECT_TRUE(delivery_.reports().empty());
 }
 
-// The first pause is 100 ms, and each is twice the one before.
+// Each change of a link that has failed for long is followed by a read, well before the pause of a second is over.
+TEST_F(ReceiverTest, ChangesOfTheLinkEndThePause) {
+    const auto client = connect(device_);
+    const auto receiver = start(client);
+    receiver->gate->release();
+    const auto deliver = [&](int count) {
+        write(device_, 1000 + count);
+        ASSERT_TRUE(delivery_.packets.awaitCount(count, Clock::now() + std::chrono::milliseconds(500)));
+    };
+    const auto awaitLongPause = [&] {
+        EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(1100)));
+    };
+    deliver(1);
+    device_.close();
+    awaitLongPause();
+    client->disconnect();  // by hand, with the gate open
+    client->connect("127.0.0.1", acceptor_.local_endpoint().port());
+    device_ = acceptor_.accept();
+    deliver(2);
+    device_.close();
+    awaitLongPause();
+    tcp::socket other(context_);
+    const auto second = connect(other);
+    receiver->setSource(second);
+    device_ = std::move(other);
+    deliver(3);
+    second->setTimeout(0.01);
+    EXPECT_FALSE(receiver->awaitEnd(Clock::now() + std::chrono::milliseconds(200)));
+    deliver(4);
+}
+
+// A source that is replaced while it waits for bytes must not keep the thread.
+TEST_F(ReceiverTest, SourceIsReplacedUnderItsRead) {
+    tcp::socket quiet(context_);
+    const auto silent = connect(quiet), talking = connect(device_);
+    const auto receiver = start(silent);
+    receiver->gate->release();
+    for (int round = 1; round <= 200; ++round) {
+        receiver->setSource(silent);
+        if (round % 2 == 0) std::this_thread::yield();
+        receiver->setSource(talking);
+        write(device_, 1000 + round);
+        ASSERT_TRUE(delivery_.packets.awaitCount(round, Clock::now() + std::chrono::seconds(2))) << round;
+    }
+    receiver->setSource(silent);
+    receiver->end();  // out of its read
+    EXPECT_TRUE(receiver->awaitEnd(patience()));
+}
+
+TEST_F(ReceiverTest, DatagramThatCannotBeFiledIsIgnoredWhereAnybodyMaySend) {
+    const auto receiver = start(connect(device_));
+    receiver->ignoreUnfiled();
+    receiver->gate->release();
+    for (const int command : {1001, 666, 1002}) write(device_, command);
+    ASSERT_TRUE(delivery_.packets.awaitCount(2));
+    EXPECT_EQ(delivery_.commands(), (std::vector{1001, 1002}));
+    EXPECT_TRUE(receiver->alive() && delivery_.reports().empty());
+}
+
+// The first pause of a link that reports is 100 ms, and each is twice the one before.
 TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgain) {
     const auto dead = std::make_shared<std::atomic<bool>>(true);
     const auto source = std::make_shared<FakeSource>([dead](int, std::vector<Packet>& packets) {
@@ -302,6 +357,31 @@ TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
     ASSERT_TRUE(endsSoon(run));
     EXPECT_EQ(commands, std::vector{1});
     EXPECT_FALSE(receiver->alive());
+}
+
+TEST_F(ReceiverTest, ForkedChildHasNoThreadsAndWaitsForNone) {
+    const auto receiver = start(connect(device_));
+    receiver->gate->release();
+    for (int round = 1; round <= 20; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const Deadline begin = Clock::now();
+            bool right = !receiver->alive() && receiver->awaitEnd(forever) && receiver->isForeign();
+            receiver->gate->acquire();
+            right = right && receiver->gate->locked();
+            receiver->gate->release();
+            receiver->setSource(nullptr);
+            receiver->end();
+            awaitAllThreads(begin + std::chrono::seconds(30));
+            ::_exit(right && Clock::now() - begin < std::chrono::seconds(10) ? 0 : 1);
+        }
+        write(device_, 1000 + round);
+        ASSERT_TRUE(delivery_.packets.awaitCount(round));
+        int status = 1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_TRUE(receiver->alive());
 }
 
 TEST(Threads, AwaitAllReturnsOnlyWhenEveryBodyIsGoneWithAllItHolds) {

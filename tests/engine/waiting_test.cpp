@@ -139,6 +139,7 @@ TEST(Fifo, ManyProducersAndConsumersLoseAndReorderNothing) {
 
 TEST(Gate, IsShutFromTheStartAndBothTurnsMayBeRepeated) {
     Gate gate;
+    Gate::Passed passing = 0;
     EXPECT_TRUE(gate.locked());
     gate.acquire();
     gate.acquire();
@@ -146,12 +147,12 @@ TEST(Gate, IsShutFromTheStartAndBothTurnsMayBeRepeated) {
     gate.release();
     gate.release();
     EXPECT_FALSE(gate.locked());
-    const std::uint64_t open = gate.pass();
-    EXPECT_EQ(gate.pass(), open);  // passing turns nothing
+    const std::uint64_t open = gate.pass(passing);
+    EXPECT_EQ(gate.pass(passing), open);  // passing turns nothing
     gate.acquire();
     EXPECT_TRUE(gate.locked());
     gate.release();
-    EXPECT_GT(gate.pass(), open);
+    EXPECT_GT(gate.pass(passing), open);
 }
 
 TEST(Gate, PassWaitsForTheReleaseThroughManyCycles) {
@@ -159,8 +160,9 @@ TEST(Gate, PassWaitsForTheReleaseThroughManyCycles) {
     constexpr int cycles = 500;
     Milestone passed, shut;
     std::jthread thread([&] {
+        Gate::Passed passing = 0;
         for (int i = 1; i <= cycles; ++i) {
-            gate.pass();
+            gate.pass(passing);
             passed.reach();
             if (!shut.awaitCount(i)) return;
         }
@@ -174,22 +176,70 @@ TEST(Gate, PassWaitsForTheReleaseThroughManyCycles) {
     }
 }
 
+TEST(Gate, NoOpeningIsMissedHoweverShort) {
+    Gate gate;
+    Gate::Passed passing = 0;
+    for (int round = 0; round < 3; ++round) {
+        gate.release();
+        gate.acquire();
+        gate.pass(passing);
+        EXPECT_FALSE(gate.awaitOpen(Clock::now()));
+        bool looked = false;
+        gate.pass(
+            passing, [&] { return std::exchange(looked, true); }, Clock::now() + std::chrono::milliseconds(1));
+        EXPECT_TRUE(looked) << "one opening lets the thread pass once";
+    }
+}
+
 TEST(Gate, AwaitTurnHearsOfEveryTurnEvenOfOneBeforeTheCall) {
     Gate gate;
+    Gate::Passed passing = 0;
     gate.release();
-    const std::uint64_t turn = gate.pass();
+    const std::uint64_t turn = gate.pass(passing);
     gate.awaitTurn(turn, Clock::now() + std::chrono::milliseconds(5));  // nobody turns it
-    EXPECT_EQ(gate.pass(), turn);
+    EXPECT_EQ(gate.pass(passing), turn);
     gate.acquire();
     gate.awaitTurn(turn);
     gate.release();
     for (int round = 0; round < 300; ++round) {
-        const std::uint64_t now = gate.pass();
+        const std::uint64_t now = gate.pass(passing);
         auto waiting = std::async(std::launch::async, [&] { gate.awaitTurn(now); });
         gate.acquire();
         ASSERT_TRUE(endsSoon(waiting));
         gate.release();
     }
+}
+
+// Short waits in a row are one long wait to whoever wants to end it.
+TEST(Waiting, ManyShortWaitsAreAttendedLikeOneLongOne) {
+    Fifo<int> fifo;
+    for (const auto each :
+         {std::chrono::microseconds(10'000), std::chrono::microseconds(1'000), std::chrono::microseconds(50)}) {
+        int looks = 0;
+        const Deadline begin = Clock::now();
+        for (Deadline now = begin, looked = begin; now - begin < 10 * attendEvery; now = Clock::now()) {
+            fifo.get(now + each, [&] {
+                looked = Clock::now();
+                ++looks;
+            });
+            ASSERT_GE(looked, now - attendEvery) << each.count();
+        }
+        EXPECT_LE(looks, (Clock::now() - begin) / attendEvery + 1) << each.count();
+    }
+    // Waits that bring something are no exception, and what they bring is not dropped for a look.
+    const Deadline begin = Clock::now();
+    int interrupted = 0;
+    for (int next = 0; Clock::now() - begin < 4 * attendEvery; ++next) {
+        fifo.tryPut(next);
+        const auto get = [&] { return fifo.get(forever, [] { throw Interrupted(); }); };
+        try {
+            ASSERT_EQ(get(), next);
+        } catch (const Interrupted&) {
+            ++interrupted;
+            ASSERT_EQ(fifo.tryGet(), next);
+        }
+    }
+    EXPECT_GE(interrupted, 2);
 }
 
 TEST(Waiting, TimesTooFarAwayAreForeverAndPastOnesArePast) {

@@ -122,6 +122,74 @@ def test_reads_of_the_client_itself(line):
     assert client.disconnect() is True and client.socket == 0
 
 
+def test_read_timeout_and_an_object_in_place_of_the_line(line):
+    client = pyzvr.UARTClient()
+    client.read_timeout = 0.5
+    client.connect(line.port, 9600)
+    answer = threading.Timer(0.1, os.write, (line.far, b"late"))
+    answer.start()
+    assert client.recvPacket(64) == b"late"
+    client.read_timeout = 0.001
+    assert client.read_timeout == 0.001 and client.recvPacket(64) == b""
+    held = client.socket
+    client.disconnect()
+    assert held.fileno() == -1
+    with pytest.raises(OSError):
+        held.recv(1)
+
+    class Port:
+        written, closed = b"", 0
+
+        def write(self, data):
+            self.written += data
+
+        def read(self, length):
+            taken, self.written = self.written[:length], self.written[length:]
+            return taken
+
+        def close(self):
+            self.closed += 1
+
+    client.socket = port = Port()
+    client.sendPacket(SERIAL_REPLY)
+    assert client.recvAndSplitPacket(64) == [(0x2800, b"\0SN000001\0")]
+    assert client.disconnect() is True and client.socket == 0 and port.closed == 1
+
+
+def test_disconnect_ends_a_long_read_of_another_thread(line):
+    client = pyzvr.UARTClient()
+    client.read_timeout = 60
+    client.connect(line.port, 9600)
+    for _ in range(5):
+        reading = threading.Thread(target=read_quietly, args=(client,))
+        reading.start()
+        client.disconnect()
+        reading.join(5)
+        assert not reading.is_alive()
+        client.connect(line.port, 9600)
+    client.disconnect()
+
+
+def read_quietly(client):
+    with contextlib.suppress(OSError):
+        client.recvPacket(64)
+
+
+def test_a_forked_child_leaves_the_line_to_its_parent(line):
+    with pyzvr.Drone() as drone:
+        drone.connect(line.port)
+        child = os.fork()
+        if child == 0:
+            try:
+                drone.Drone_getSerialNumber()
+            except pyzvr.UARTConnectionError as failure:
+                drone.close()
+                os._exit(0 if "os.fork()" in str(failure) else 1)
+            os._exit(2)
+        assert os.waitpid(child, 0)[1] == 0
+        assert drone.Drone_getSerialNumber() == "SN000001"
+
+
 @pytest.mark.parametrize("faults", [(), ("--split", "3"), ("--duplicate", "0.5"), ("--flood", "40")])
 def test_simulated_drone_with_faults_on_its_line(faults):
     with running_simulator("Drone", *faults) as simulator, pyzvr.Drone() as drone:

@@ -49,6 +49,17 @@ def test_bytes_of_a_read_that_has_timed_out_are_kept():
     assert seen_in("lateness", "SableDio") == {"serials": ["SIM00001"] * 30}
 
 
+def test_a_silent_device_costs_next_to_nothing_and_callers_read_at_once():
+    report = seen_in("idling", "SableDio")
+    assert report.pop("share") >= 0
+    assert report == {"costly": False, "quiet": ["USBTimeoutError"], "serials": ["SIM00001"], "own": [], "spun": False,
+                      "again": "SIM00001", "ended": True}
+
+
+def test_a_forked_child_leaves_the_device_to_its_parent():
+    assert seen_in("forking", "SableDio") == [[0, "SIM00001"]] * 4
+
+
 def test_streams_arrive_whole_in_pieces_of_64_bytes():
     assert seen_in("streaming", "SableAnalog", "--wave", "*:count") == {
         "8": [[0, 0, 0, 0], [2000, 2], True, 0, 0], "3": [[0, 0, 0, 0], [6300, 2], True, 0, 0]}

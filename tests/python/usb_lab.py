@@ -130,6 +130,51 @@ def lateness():
         return {"serials": [box.Sys_getSerialNumber() for _ in range(30)]}
 
 
+def idling():
+    """A device that is connected and has nothing to say, and the ways out of the thread's read."""
+    with pyzvr.SableDio() as box:
+        box.connect()
+        box.Sys_getSerialNumber()
+        begin = time.process_time()
+        time.sleep(2)
+        share = (time.process_time() - begin) / 2
+        # A caller that reads comes before the thread, which waits longer; its own limit is a millisecond.
+        box.recv_cmd_lock.acquire()
+        quiet = [failure_of(lambda: box.client_cmd.recvPacket(64))[0] for _ in range(20)]
+        box.recv_cmd_lock.release()
+        own = [failure_of(lambda: box.client_cmd.recvAndSplitPacket(64)) for _ in range(20)]
+        serials = [box.Sys_getSerialNumber() for _ in range(20)]
+        held = box.client_cmd
+        begin = time.thread_time()
+        box.disconnect()
+        spun = time.thread_time() - begin
+        del held
+        box.connect()
+        again = box.Sys_getSerialNumber()
+        thread = box.recv_cmd_thread
+    thread.join(5)
+    return {"costly": share > 0.05, "share": share, "quiet": sorted(set(quiet)), "serials": sorted(set(serials)),
+            "own": [each for each in own if each and each[0] != "USBTimeoutError"], "spun": spun > 0.05, "again": again,
+            "ended": not thread.is_alive()}
+
+
+def forking():
+    """Children that use, close or drop a device of their parent."""
+    with pyzvr.SableDio() as box:
+        box.connect()
+        report = []
+        for end in (lambda: os._exit(0), box.close, box.disconnect, lambda: box.__dict__.clear()):
+            child = os.fork()
+            if child == 0:
+                refused = [failure_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))]
+                right = all(each[0] == "USBConnectionError" for each in refused) and not box.recv_cmd_thread.is_alive()
+                end()
+                gc.collect()
+                os._exit(0 if right else 7)
+            report.append([os.waitpid(child, 0)[1], box.Sys_getSerialNumber()])
+        return report
+
+
 def streaming():
     """A stream of a counting signal, with all channels and with some."""
     report = {}

@@ -1,0 +1,40 @@
+#include "transport/client.h"
+
+#include <system_error>
+
+namespace zvr {
+
+void PacketSource::tellChanges(const std::shared_ptr<Gate>& gate) {
+    const std::lock_guard lock(listening_);
+    std::erase_if(gates_, [&](const std::weak_ptr<Gate>& each) { return each.expired() || each.lock() == gate; });
+    gates_.push_back(gate);
+}
+
+void PacketSource::changed() noexcept {
+    std::vector<std::shared_ptr<Gate>> ringing;  // what a gate belongs to may go with it, so it goes without the lock
+    {
+        const std::lock_guard lock(listening_);
+        for (const std::weak_ptr<Gate>& each : gates_) ringing.push_back(each.lock());
+    }
+    for (const auto& gate : ringing) {
+        if (gate) gate->wake();
+    }
+}
+
+Reading Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
+    requireOwn();
+    Bytes buffer(length);
+    const Reading reading = read(buffer, attend);
+    if (reading == Reading::data) packets = splitter.take(buffer);
+    return reading;
+}
+
+Reading BareClient::read(Bytes& /*buffer*/, const Attend& /*attend*/) {
+    throw std::system_error(std::make_error_code(std::errc::not_connected));
+}
+
+bool BareClient::send(ByteView /*bytes*/, Deadline /*deadline*/, const Attend& /*attend*/) {
+    throw std::system_error(std::make_error_code(std::errc::not_connected));
+}
+
+}  // namespace zvr
