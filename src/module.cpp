@@ -18,6 +18,7 @@ void prepare(pybind11::module_& module) {
     using namespace zvr::python;
     rememberMainThread();
     prepareCoroutineType(module);
+    prepareWakerType();
     prepareOperationType(module);
     prepareRaising();
     pybind11::module_::import("atexit").attr("register")(pybind11::cpp_function([] {
