@@ -177,8 +177,10 @@ void finalize(PyObject* self) {
 }
 
 int traverse(PyObject* self, visitproc visit, void* arg) {
-    if (cast(self)->steps != nullptr) Py_VISIT(promiseOf(cast(self)).awaited.ptr());
-    return 0;
+    if (cast(self)->steps == nullptr) return 0;
+    const Result::promise_type& promise = promiseOf(cast(self));
+    for (const Object* held : {&promise.awaited, &promise.answer, &promise.value}) Py_VISIT(held->ptr());
+    return promise.held.visit(visit, arg);
 }
 
 int clear(PyObject* self) {

@@ -6,10 +6,14 @@
 // its behalf, passing values, failures and cancellation down and their outcome up.
 //
 // All of it happens under the interpreter lock.
+//
+// The collector sees what suspended steps hold: their parameters, and what they wait for. An object that refers to the
+// task that runs its own steps is freed with it.
 #pragma once
 
 #include <coroutine>
 #include <exception>
+#include <vector>
 
 #include "python/common.h"
 
@@ -18,6 +22,61 @@ namespace zvr::python {
 /// A time limit struck in the awaitable form; becomes the event loop's timeout error.
 struct AwaitTimedOut : std::runtime_error {
     AwaitTimedOut() : std::runtime_error("the time limit of an awaited exchange struck") {}
+};
+
+/// The parameters of running steps, for the collector. They live as long as the steps; a reference among them is not
+/// theirs and not seen.
+class Held {
+public:
+    template <class... Parameters>
+    explicit Held(Parameters&... parameters) {
+        (add(parameters), ...);
+    }
+
+    int visit(visitproc visitor, void* argument) const {
+        for (std::size_t i = 0; i < count_; ++i) {
+            if (const int stop = parameters_[i].visit(parameters_[i].place, visitor, argument)) return stop;
+        }
+        return 0;
+    }
+
+private:
+    struct Parameter {
+        const void* place;
+        int (*visit)(const void* place, visitproc visitor, void* argument);
+    };
+
+    static int visitOne(py::handle object, visitproc visitor, void* argument) {
+        return object ? visitor(object.ptr(), argument) : 0;
+    }
+
+    template <class Kind>
+    void add([[maybe_unused]] Kind& parameter) {
+        if constexpr (std::is_same_v<Kind, Object>) {
+            put(&parameter, [](const void* place, visitproc visitor, void* argument) {
+                return visitOne(*static_cast<const Kind*>(place), visitor, argument);
+            });
+        } else if constexpr (std::is_same_v<Kind, std::vector<Object>>) {
+            put(&parameter, [](const void* place, visitproc visitor, void* argument) {
+                for (const Object& object : *static_cast<const Kind*>(place)) {
+                    if (const int stop = visitOne(object, visitor, argument)) return stop;
+                }
+                return 0;
+            });
+        } else if constexpr (!std::is_const_v<Kind> && requires { parameter.self(); }) {
+            put(&parameter, [](const void* place, visitproc visitor, void* argument) {
+                return visitOne(static_cast<const Kind*>(place)->self(), visitor, argument);
+            });
+        }
+    }
+
+    // What has no room is not seen, and merely keeps what it refers to.
+    void put(const void* place, int (*visit)(const void*, visitproc, void*)) {
+        if (count_ < parameters_.size()) parameters_[count_++] = {place, visit};
+    }
+
+    std::array<Parameter, 12> parameters_{};
+    std::size_t count_ = 0;
 };
 
 /// The running steps of one call.
@@ -30,6 +89,11 @@ public:
         Object answer;               ///< what that returned
         std::exception_ptr trouble;  ///< or raised
         Deadline limit = forever;    ///< waits for the device end here
+        const Held held;
+
+        /// The parameters are those of the steps themselves.
+        template <class... Parameters>
+        explicit promise_type(Parameters&... parameters) : held(parameters...) {}
 
         Result get_return_object() { return Result(Handle::from_promise(*this)); }
         std::suspend_always initial_suspend() noexcept { return {}; }

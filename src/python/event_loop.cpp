@@ -1,5 +1,6 @@
 #include "python/event_loop.h"
 
+#include "core/threads.h"
 #include "python/raising.h"
 
 #ifdef __linux__
@@ -11,219 +12,539 @@ namespace zvr::python {
 
 namespace {
 
+/// Where a thread rings and a loop hears it. Closed when the last who may ring or listen has let go.
+class Descriptor {
+public:
+    /// Nothing where there is none to be had.
+    static std::shared_ptr<const Descriptor> make() {
 #ifdef __linux__
-int makeDescriptor() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
-void ring(int descriptor) {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = write(descriptor, &one, sizeof one);
-}
-void silence(int descriptor) {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto read = ::read(descriptor, &count, sizeof count);
-}
-void closeDescriptor(int descriptor) { close(descriptor); }
+        if (const int number = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); number >= 0) {
+            return std::make_shared<const Descriptor>(number);
+        }
+#endif
+        return nullptr;
+    }
+
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+#ifdef __linux__
+    ~Descriptor() { close(number_); }
+    void ring() const {
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const auto written = write(number_, &one, sizeof one);
+    }
+    void silence() const {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto read = ::read(number_, &count, sizeof count);
+    }
+    /// A forked process shares what its parent watches, and must not end it.
+    bool isOurs() const { return getpid() == process_; }
 #else
-int makeDescriptor() { return -1; }
-void ring(int) {}
-void silence(int) {}
-void closeDescriptor(int) {}
+    void ring() const {}
+    void silence() const {}
+    bool isOurs() const { return true; }
 #endif
 
-using Action = void (*)(Waker&);
+    int number() const { return number_; }
 
-// A callable for the loop that does something with the waker as long as it lives.
-template <Action action>
-Object callback(const std::shared_ptr<Waker>& waker) {
-    static PyMethodDef definition = {
-        "wake",
-        [](PyObject* self, PyObject*) -> PyObject* {
-            try {
-                const auto* held = static_cast<std::weak_ptr<Waker>*>(PyCapsule_GetPointer(self, nullptr));
-                if (const auto waker = held->lock()) action(*waker);
-            } catch (...) {
-                raiseCurrent();
-                return nullptr;
-            }
-            Py_RETURN_NONE;
-        },
-        METH_NOARGS, "Wakes what waits for a device."};
-    auto held = std::make_unique<std::weak_ptr<Waker>>(waker);
-    const py::capsule self(held.get(), [](void* pointer) {
-        const std::unique_ptr<std::weak_ptr<Waker>> owned(static_cast<std::weak_ptr<Waker>*>(pointer));
-    });
-    held.release();  // NOLINT: the capsule owns it
-    return own(PyCFunction_New(&definition, self.ptr()));
+private:
+    const int number_;
+#ifdef __linux__
+    const pid_t process_ = getpid();
+#endif
+};
+
+std::runtime_error loopIsClosed() { return std::runtime_error("the event loop is closed"); }
+
+bool isClosed(py::handle loop) { return callMethod(loop, "is_closed").cast<bool>(); }
+
+// Registers a callback with a loop, in an empty context: the one of the moment belongs to some task, and the loop would
+// keep what it holds for as long as the callback.
+template <class Call>
+void inEmptyContext(Call&& call) {
+    struct Entered {
+        Object context = own(PyContext_New());
+        Entered() {
+            if (PyContext_Enter(context.ptr()) != 0) throw py::error_already_set();
+        }
+        ~Entered() {
+            if (PyContext_Exit(context.ptr()) != 0) PyErr_WriteUnraisable(context.ptr());
+        }
+    } const entered;
+    call();
 }
 
-void deliver(Waker& waker) { waker.deliver(); }
-void expire(Waker& waker) { waker.expire(); }
-
-// Ends the watch on a descriptor. It must happen on the thread that runs the loop, if one does.
-void unwatch(const Object& loop, int descriptor) {
-    const auto unwatchNow = py::cpp_function([loop, descriptor] {
-        attribute(loop, "remove_reader")(descriptor);
-        closeDescriptor(descriptor);
-    });
-    const bool elsewhere =
-        callMethod(loop, "is_running").cast<bool>() && !hostObject("asyncio", "_get_running_loop")().is(loop);
-    if (elsewhere) {
-        callMethod(loop, "call_soon_threadsafe", unwatchNow);
-    } else {
-        unwatchNow();
+// Lets the tasks go on that wait for these futures. Each of them may run any code of Python and let other threads run,
+// so nothing is walked here that others may change. The first failure is thrown once all have had their turn.
+void resolve(const std::vector<Object>& futures) {
+    std::exception_ptr failure;
+    for (const Object& future : futures) {
+        try {
+            if (!callMethod(future, "done").cast<bool>()) callMethod(future, "set_result", py::none());
+        } catch (...) {
+            if (failure) {
+                reportUnraisable();
+            } else {
+                failure = std::current_exception();
+            }
+        }
     }
+    if (failure) std::rethrow_exception(failure);
 }
 
 }  // namespace
 
-Arrival::Arrival(std::shared_ptr<Waker> waker, Object future, Deadline limit)
-    : waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {
-    waker_->enter(*this);
+/// One wait of one awaited step.
+class Arrival final : public Listener, public std::enable_shared_from_this<Arrival> {
+public:
+    Arrival(std::shared_ptr<Waker> waker, Object future, Deadline limit)
+        : waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
+
+    /// Any thread. Only the first arrival counts.
+    void onArrival() noexcept override;
+    bool arrived() const { return arrived_; }
+
+    // All the rest happens under the interpreter lock. The future is gone once the wait is over, so that whichever
+    // thread holds the arrival last holds nothing of the interpreter.
+    const Object& future() const { return future_; }
+    Object takeFuture() { return std::move(future_); }
+    Deadline limit() const { return limit_; }
+    void expire() { expired_ = true; }
+    bool expired() const { return expired_; }
+    const std::shared_ptr<Waker>& waker() const { return waker_; }
+
+private:
+    const std::shared_ptr<Waker> waker_;
+    Object future_;
+    const Deadline limit_;
+    std::atomic<bool> arrived_{false};
+    bool expired_ = false;
+};
+
+/// Belongs to one object and one loop.
+class Waker : public std::enable_shared_from_this<Waker> {
+public:
+    /// Makes the callbacks of a waker and lets the loop watch. The caller is the only one to keep them where the loop
+    /// has nothing to watch.
+    static Object attach(py::handle loop);
+
+    /// Any thread.
+    void signal(std::shared_ptr<Arrival> arrival) noexcept;
+
+    // On the loop's thread.
+    void enter(Arrival& arrival);
+    void deliver();
+    void expire();
+    void unwatch();
+
+    // On any thread, under the interpreter lock.
+    void leave(Arrival& arrival);
+    /// The object is gone: the loop stops watching once nobody waits any more.
+    void dismiss();
+    /// The loop has let go of the callbacks. Who waits still is never told.
+    void abandon();
+
+    /// The callbacks, as long as the loop has them.
+    py::handle callbacks() const { return callbacks_; }
+    const std::vector<Arrival*>& waiting() const { return waiting_; }
+
+private:
+    friend struct Callbacks;
+    void schedule();
+    void stopWatching();
+
+    // Under the mutex.
+    std::mutex mutex_;
+    std::vector<std::shared_ptr<Arrival>> arrived_;
+    std::shared_ptr<const Descriptor> descriptor_;
+    bool signalled_ = false;
+    bool abandoned_ = false;
+
+    // Under the interpreter lock.
+    PyObject* callbacks_ = nullptr;  // not ours
+    std::vector<Arrival*> waiting_;
+    Deadline timer_ = forever;
+    bool dismissed_ = false;
+};
+
+// What a loop holds of a waker: an object of the host with the callbacks as methods. It shows the collector the futures
+// that are waited for, and its end is the news that the loop has let go.
+struct Callbacks {
+    std::shared_ptr<Waker> waker;
+    Object loop;  // weak reference
+    std::shared_ptr<const Descriptor> descriptor;
+
+    static Object make(const std::shared_ptr<Waker>& waker, py::handle loop);
+    /// Nothing once the loop is gone.
+    Object livingLoop() const {
+        Object living = callObject(loop);
+        return living.is_none() ? Object() : living;
+    }
+};
+
+namespace {
+
+struct CallbacksObject {
+    PyObject_HEAD Callbacks* content;
+};
+
+PyTypeObject callbacksType{};
+
+Callbacks& contentOf(py::handle callbacks) { return *reinterpret_cast<CallbacksObject*>(callbacks.ptr())->content; }
+
+// A method that does something with the waker, whatever becomes of the object meanwhile.
+template <void (Waker::*action)()>
+PyObject* method(PyObject* self, PyObject* /*unused*/) {
+    try {
+        const auto waker = contentOf(self).waker;
+        ((*waker).*action)();
+    } catch (...) {
+        raiseCurrent();
+        return nullptr;
+    }
+    Py_RETURN_NONE;
+}
+
+PyMethodDef callbackMethods[] = {
+    {"deliver", method<&Waker::deliver>, METH_NOARGS, "Lets go on what waited for something that has arrived."},
+    {"expire", method<&Waker::expire>, METH_NOARGS, "Ends the waits whose limit has struck."},
+    {"unwatch", method<&Waker::unwatch>, METH_NOARGS, "Ends the watch of the loop."},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+int traverseCallbacks(PyObject* self, visitproc visit, void* arg) {
+    const Callbacks& content = contentOf(self);
+    Py_VISIT(content.loop.ptr());
+    for (const Arrival* arrival : content.waker->waiting()) Py_VISIT(arrival->future().ptr());
+    return 0;
+}
+
+int clearCallbacks(PyObject* self) {
+    const auto waker = contentOf(self).waker;
+    waker->abandon();
+    return 0;
+}
+
+void deallocateCallbacks(PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    const py::error_scope keepError;
+    const std::unique_ptr<Callbacks> content(&contentOf(self));
+    content->waker->abandon();
+    PyObject_GC_Del(self);
+}
+
+}  // namespace
+
+void prepareWakerType() {
+    callbacksType.tp_name = "pyzvr.waker";
+    callbacksType.tp_doc = "What an event loop calls for the requests that are awaited on it.";
+    callbacksType.tp_basicsize = sizeof(CallbacksObject);
+    callbacksType.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC | Py_TPFLAGS_DISALLOW_INSTANTIATION;
+    callbacksType.tp_dealloc = deallocateCallbacks;
+    callbacksType.tp_traverse = traverseCallbacks;
+    callbacksType.tp_clear = clearCallbacks;
+    callbacksType.tp_methods = callbackMethods;
+    Py_SET_REFCNT(&callbacksType, 1);
+    if (PyType_Ready(&callbacksType) != 0) throw py::error_already_set();
+}
+
+Object Callbacks::make(const std::shared_ptr<Waker>& waker, py::handle loop) {
+    auto content = std::make_unique<Callbacks>(Callbacks{waker, own(PyWeakref_NewRef(loop.ptr(), nullptr)), nullptr});
+    auto* self = PyObject_GC_New(CallbacksObject, &callbacksType);
+    if (self == nullptr) throw py::error_already_set();
+    self->content = content.release();
+    auto made = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));
+    waker->callbacks_ = made.ptr();
+    PyObject_GC_Track(self);
+    return made;
 }
 
 void Arrival::onArrival() noexcept {
-    arrived_ = true;
-    waker_->signal();
+    if (!arrived_.exchange(true)) waker_->signal(shared_from_this());
 }
 
-void Arrival::resolve(bool arrived) {
-    expired_ = !arrived;
-    if (!callMethod(future_, "done").cast<bool>()) callMethod(future_, "set_result", py::none());
-}
-
-void Arrival::leave() {
-    waker_->leave(*this);
-    future_ = {};
-}
-
-std::shared_ptr<Waker> Waker::make(py::handle loop) {
-    return {std::make_unique<Waker>(loop).release(),
-            [](Waker* waker) { onInterpreter([waker] { const std::unique_ptr<Waker> owned(waker); }); }};
-}
-
-Waker::Waker(py::handle loop) : loop_(callObject(hostObject("weakref", "ref"), loop)) {}
-
-Waker::~Waker() {
-    if (descriptor_ < 0) return;
-    const py::error_scope keepError;
+Object Waker::attach(py::handle loop) {
+    const auto waker = std::make_shared<Waker>();
+    Object callbacks = Callbacks::make(waker, loop);
+    const auto descriptor = Descriptor::make();
+    if (!descriptor) return callbacks;
     try {
-        if (const Object held = loop()) {
-            unwatch(held, descriptor_);
+        const Object deliver = attribute(callbacks, "deliver");
+        inEmptyContext([&] { callMethod(loop, "add_reader", py::int_(descriptor->number()), deliver); });
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_NotImplementedError) && !error.matches(PyExc_AttributeError)) throw;
+        return callbacks;
+    }
+    const std::lock_guard lock(waker->mutex_);
+    if (!waker->abandoned_) contentOf(callbacks).descriptor = waker->descriptor_ = descriptor;
+    return callbacks;
+}
+
+void Waker::signal(std::shared_ptr<Arrival> arrival) noexcept {
+    std::shared_ptr<const Descriptor> descriptor;
+    {
+        const std::lock_guard lock(mutex_);
+        if (abandoned_) return;
+        arrived_.push_back(std::move(arrival));
+        if (std::exchange(signalled_, true)) return;
+        descriptor = descriptor_;
+    }
+    if (descriptor) {
+        descriptor->ring();
+        return;
+    }
+    onInterpreter([this] {
+        const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+        const Object loop = callbacks ? contentOf(callbacks).livingLoop() : Object();
+        if (!loop) return;
+        try {
+            callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "deliver"));
+        } catch (const py::error_already_set&) {
+            {
+                const std::lock_guard lock(mutex_);
+                signalled_ = false;
+            }
+            if (!isClosed(loop)) throw;
+        }
+    });
+}
+
+// Silence comes first: who signals after it rings anew, and who signalled before it is among those that are taken.
+void Waker::deliver() {
+    const auto descriptor = callbacks_ != nullptr ? contentOf(callbacks_).descriptor : nullptr;
+    if (descriptor) descriptor->silence();
+    std::vector<std::shared_ptr<Arrival>> arrived;
+    {
+        const std::lock_guard lock(mutex_);
+        signalled_ = false;
+        arrived.swap(arrived_);
+    }
+    std::vector<Object> futures;
+    futures.reserve(arrived.size());
+    for (const auto& arrival : arrived) {
+        if (arrival->future()) futures.push_back(arrival->future());
+    }
+    resolve(futures);
+}
+
+// What has arrived in time is delivered, not expired, even if the loop was too busy to do it yet.
+void Waker::expire() {
+    timer_ = forever;
+    const Deadline now = Clock::now();
+    std::vector<Object> futures;
+    for (Arrival* arrival : waiting_) {
+        if (arrival->limit() > now || arrival->arrived()) continue;
+        arrival->expire();
+        futures.push_back(arrival->future());
+    }
+    thenAlways([&] { resolve(futures); }, [&] { schedule(); });
+}
+
+void Waker::enter(Arrival& arrival) {
+    waiting_.push_back(&arrival);
+    schedule();
+}
+
+void Waker::leave(Arrival& arrival) {
+    std::erase(waiting_, &arrival);
+    const Object future = arrival.takeFuture();
+    if (dismissed_ && waiting_.empty()) stopWatching();
+}
+
+// The timer of an earlier, already finished wait stays: limits come in order nearly always, so one timer serves many.
+// Where the loop watches nothing, the timer is also what keeps the callbacks while somebody waits.
+void Waker::schedule() {
+    constexpr std::chrono::seconds longest{60};
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks || waiting_.empty()) return;
+    const Callbacks& content = contentOf(callbacks);
+    Deadline next = content.descriptor ? forever : Clock::now() + longest;
+    for (const Arrival* arrival : waiting_) {
+        if (!arrival->expired() && !arrival->arrived()) next = std::min(next, arrival->limit());
+    }
+    if (next >= timer_) return;
+    const Object loop = content.livingLoop();
+    if (!loop) return;
+    const Deadline before = std::exchange(timer_, next);
+    const double seconds = std::chrono::duration<double>(next - Clock::now()).count();
+    try {
+        const Object expire = attribute(callbacks, "expire");
+        inEmptyContext([&] { callMethod(loop, "call_later", py::float_(std::max(seconds, 0.0)), expire); });
+    } catch (...) {
+        timer_ = before;
+        throw;
+    }
+}
+
+void Waker::dismiss() {
+    dismissed_ = true;
+    if (waiting_.empty()) stopWatching();
+}
+
+// A watch ends on the thread that runs the loop, if one does.
+void Waker::stopWatching() {
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks) return;
+    const Callbacks& content = contentOf(callbacks);
+    const py::error_scope keepError;
+    Object loop;
+    try {
+        loop = content.livingLoop();
+        if (!loop || !content.descriptor || !content.descriptor->isOurs() || isClosed(loop)) {
+            abandon();
+        } else if (callMethod(loop, "is_running").cast<bool>() &&
+                   !callObject(hostObject("asyncio", "_get_running_loop")).is(loop)) {
+            callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "unwatch"));
         } else {
-            closeDescriptor(descriptor_);
+            unwatch();
         }
     } catch (py::error_already_set& error) {
         error.discard_as_unraisable("pyzvr");
     }
 }
 
-Object Waker::loop() const {
-    Object held = callObject(loop_);
-    if (held.is_none() || callMethod(held, "is_closed").cast<bool>()) return {};
-    return held;
+void Waker::unwatch() {
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks) return;
+    const auto descriptor = contentOf(callbacks).descriptor;
+    const Object loop = contentOf(callbacks).livingLoop();
+    if (loop && descriptor) callMethod(loop, "remove_reader", py::int_(descriptor->number()));
+    abandon();
 }
 
-void Waker::watch() {
-    const Object loop = this->loop();
-    if (std::exchange(watched_, true) || !loop) return;
-    descriptor_ = makeDescriptor();
-    if (descriptor_ < 0) return;
-    try {
-        callMethod(loop, "add_reader", py::int_(descriptor_), callback<python::deliver>(shared_from_this()));
-    } catch (py::error_already_set& error) {
-        closeDescriptor(std::exchange(descriptor_, -1));
-        if (!error.matches(PyExc_NotImplementedError) && !error.matches(PyExc_AttributeError)) throw;
-    }
+void Waker::abandon() {
+    if (callbacks_ != nullptr) contentOf(callbacks_).descriptor.reset();
+    callbacks_ = nullptr;
+    std::vector<Object> futures;
+    for (Arrival* arrival : waiting_) futures.push_back(arrival->takeFuture());
+    waiting_.clear();
+    std::vector<std::shared_ptr<Arrival>> arrived;
+    std::shared_ptr<const Descriptor> descriptor;
+    const std::lock_guard lock(mutex_);
+    abandoned_ = true;
+    arrived.swap(arrived_);
+    descriptor.swap(descriptor_);
 }
 
-void Waker::signal() noexcept {
-    if (signalled_.exchange(true)) return;
-    if (descriptor_ >= 0) {
-        ring(descriptor_);
-        return;
-    }
+Wakers::~Wakers() {
+    if (wakers_.empty()) return;
     onInterpreter([this] {
-        if (const Object held = loop()) {
-            callMethod(held, "call_soon_threadsafe", callback<python::deliver>(shared_from_this()));
-        }
+        for (const auto& waker : std::exchange(wakers_, {})) waker->dismiss();
     });
 }
 
-void Waker::deliver() {
-    signalled_ = false;
-    if (descriptor_ >= 0) silence(descriptor_);
-    for (Arrival* arrival : arrivals_) {
-        if (arrival->arrived()) arrival->resolve(true);
-    }
-}
-
-void Waker::expire() {
-    timer_ = forever;
-    const Deadline now = Clock::now();
-    for (Arrival* arrival : arrivals_) {
-        if (arrival->limit() <= now) arrival->resolve(false);
-    }
-    startTimer();
-}
-
-void Waker::enter(Arrival& arrival) {
-    watch();
-    arrivals_.push_back(&arrival);
-    startTimer();
-}
-
-void Waker::leave(Arrival& arrival) { std::erase(arrivals_, &arrival); }
-
-// The timer of an earlier, already finished wait stays: limits come in order nearly always, so one timer serves many.
-void Waker::startTimer() {
-    Deadline next = forever;
-    for (const Arrival* arrival : arrivals_) {
-        if (!arrival->expired()) next = std::min(next, arrival->limit());
-    }
-    if (next >= timer_) return;
-    const Object held = loop();
-    if (!held) return;
-    timer_ = next;
-    const double seconds = std::chrono::duration<double>(next - Clock::now()).count();
-    callMethod(held, "call_later", py::float_(std::max(seconds, 0.0)), callback<python::expire>(shared_from_this()));
-}
-
-std::shared_ptr<Waker> Wakers::of(py::handle loop) {
+std::shared_ptr<Waker> Wakers::find(py::handle loop) const {
     for (const auto& waker : wakers_) {
-        if (waker->loop().is(loop)) return waker;
+        if (waker->callbacks() && contentOf(waker->callbacks()).livingLoop().is(loop)) return waker;
     }
-    std::erase_if(wakers_, [](const auto& waker) { return !waker->loop(); });
-    return wakers_.emplace_back(Waker::make(loop));
+    return nullptr;
 }
+
+// Most loops let go of their callbacks when they are closed; the others are asked. That may run any code, so it is done
+// on a copy.
+void Wakers::forgetClosed() {
+    const auto wakers = wakers_;
+    for (const auto& waker : wakers) {
+        const Object callbacks = py::reinterpret_borrow<Object>(waker->callbacks());
+        try {
+            const Object loop = callbacks ? contentOf(callbacks).livingLoop() : Object();
+            if (!loop || isClosed(loop)) waker->abandon();
+        } catch (py::error_already_set& error) {
+            error.discard_as_unraisable("pyzvr");
+        }
+    }
+    std::erase_if(wakers_, [](const auto& waker) { return !waker->callbacks(); });
+}
+
+Object Wakers::callbacksOf(py::handle loop) {
+    if (const auto waker = find(loop)) return borrow(waker->callbacks().ptr());
+    forgetClosed();
+    Object made = Waker::attach(loop);
+    const auto& waker = contentOf(made).waker;
+    if (waker->callbacks()) wakers_.push_back(waker);
+    return made;
+}
+
+std::shared_ptr<Arrival> Wakers::wait(Deadline limit) {
+    const Object loop = hostObject("asyncio", "get_running_loop")();
+    Object future = callMethod(loop, "create_future");
+    const Object callbacks = callbacksOf(loop);
+    const auto waker = contentOf(callbacks).waker;
+    if (!waker->callbacks()) throw loopIsClosed();
+    const auto arrival = std::make_shared<Arrival>(waker, std::move(future), limit);
+    try {
+        waker->enter(*arrival);
+    } catch (...) {
+        waker->leave(*arrival);
+        throw;
+    }
+    return arrival;
+}
+
+namespace {
+
+// One loop at most runs on a thread.
+thread_local Deadline lastTurn{};
+
+}  // namespace
 
 bool Wakers::loopIsDue() {
     constexpr std::chrono::microseconds longest{500};
     const Deadline now = Clock::now();
-    if (now - lastTurn_ < longest) return false;
-    lastTurn_ = now;
+    if (now - lastTurn < longest) return false;
+    lastTurn = now;
     return true;
+}
+
+LoopPending::~LoopPending() {
+    if (arrival_) arrival_->waker()->leave(*arrival_);
+}
+
+std::shared_ptr<Listener> LoopPending::enter(Result::Handle handle) {
+    const Deadline limit = handle.promise().limit;
+    if (limit <= Clock::now()) throw AwaitTimedOut();
+    arrival_ = wakers_.wait(limit);
+    return arrival_;
+}
+
+void LoopPending::suspend(Result::Handle handle) {
+    lastTurn = Clock::now();
+    const Object future = arrival_->future();
+    if (!future) throw loopIsClosed();
+    pending_.emplace(Pending::on(future));
+    pending_->await_suspend(handle);
+}
+
+void LoopPending::resume() {
+    if (pending_) pending_->await_resume();
+    if (arrival_->expired()) throw AwaitTimedOut();
 }
 
 bool ArrivalPending::await_suspend(Result::Handle handle) {
-    const Deadline limit = handle.promise().limit;
-    if (limit <= Clock::now()) throw AwaitTimedOut();
-    const Object loop = hostObject("asyncio", "get_running_loop")();
-    arrival_ = std::make_shared<Arrival>(wakers_.of(loop), callMethod(loop, "create_future"), limit);
-    listening_.emplace(pool_, key_, arrival_);
+    listening_.emplace(pool_, key_, enter(handle));
     if (pool_->contains(key_)) return false;
-    wakers_.loopHasTurn();
-    pending_.emplace(Pending::on(arrival_->future()));
-    pending_->await_suspend(handle);
+    suspend(handle);
     return true;
 }
 
-ArrivalPending::~ArrivalPending() {
-    listening_.reset();
-    if (arrival_) arrival_->leave();
+bool WorkPending::await_suspend(Result::Handle handle) {
+    startThread(threadName_, [work = std::move(work_), failure = failure_, arrival = enter(handle)] {
+        try {
+            work();
+        } catch (...) {
+            *failure = std::current_exception();
+        }
+        arrival->onArrival();
+    });
+    suspend(handle);
+    return true;
 }
 
-void ArrivalPending::await_resume() {
-    if (pending_) pending_->await_resume();
-    if (arrival_->expired()) throw AwaitTimedOut();
+void WorkPending::await_resume() {
+    resume();
+    if (*failure_) std::rethrow_exception(*failure_);
 }
 
 }  // namespace zvr::python

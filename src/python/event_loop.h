@@ -1,11 +1,14 @@
-// How a receive thread wakes an event loop.
+// How a step of the awaitable form waits on its event loop for what other threads bring.
 //
-// One Waker belongs to one object and one event loop. Where the loop has `add_reader`, the receive thread writes an
-// event descriptor that the loop watches, which needs no interpreter lock; elsewhere it takes the lock for one
-// `call_soon_threadsafe`. Wake-ups are coalesced, and one timer per waker ends the waits whose limit has struck.
+// An object has one waker for each loop that waits on it. Where the loop has `add_reader`, a thread that brings
+// something writes an event descriptor that the loop watches, which needs no interpreter lock; elsewhere it takes the
+// lock for one `call_soon_threadsafe`. Wake-ups are coalesced, and one timer per waker ends the waits whose limit has
+// struck.
 //
-// Who runs what: `Arrival::onArrival` runs on any thread, without the interpreter lock; all the rest under it, and
-// `deliver` and `expire` on the loop's thread.
+// Who keeps what: the loop keeps its callbacks, these keep the futures that tasks wait for, and the tasks keep their
+// steps and the object. The waker keeps nothing of the interpreter. So a task that waits lives as long as its loop will
+// go on with it, as it would with the host's own waits; and when the loop is closed or dropped, its callbacks go, the
+// descriptor with them, and what the tasks held is left to the collector.
 #pragma once
 
 #include "core/pools.h"
@@ -13,103 +16,89 @@
 
 namespace zvr::python {
 
+class Arrival;
 class Waker;
 
-/// One wait of one awaited step for a reply.
-class Arrival final : public Listener {
-public:
-    Arrival(std::shared_ptr<Waker> waker, Object future, Deadline limit);
-
-    void onArrival() noexcept override;
-
-    /// Lets the step go on; false tells it that nothing arrived before its limit.
-    void resolve(bool arrived);
-
-    py::handle future() const { return future_; }
-    bool arrived() const { return arrived_; }
-    bool expired() const { return expired_; }
-    Deadline limit() const { return limit_; }
-    /// Its waker does not look at it any more. The receive thread may be the last to hold it, so nothing of the
-    /// interpreter is left in it.
-    void leave();
-
-private:
-    const std::shared_ptr<Waker> waker_;
-    Object future_;
-    const Deadline limit_;
-    std::atomic<bool> arrived_{false};
-    bool expired_ = false;
-};
-
-class Waker : public std::enable_shared_from_this<Waker> {
-public:
-    /// The last holder may be a receive thread: what belongs to the interpreter is then let go of under its lock.
-    static std::shared_ptr<Waker> make(py::handle loop);
-    explicit Waker(py::handle loop);
-    ~Waker();
-    Waker(const Waker&) = delete;
-    Waker& operator=(const Waker&) = delete;
-
-    /// Any thread, without the interpreter lock.
-    void signal() noexcept;
-
-    void deliver();
-    void expire();
-    void enter(Arrival& arrival);
-    void leave(Arrival& arrival);
-
-    /// Nothing once the loop is gone or closed.
-    Object loop() const;
-    bool idle() const { return arrivals_.empty(); }
-
-private:
-    void watch();
-    void startTimer();
-
-    Object loop_;  // weak reference
-    int descriptor_ = -1;
-    bool watched_ = false;
-    std::atomic<bool> signalled_{false};
-    std::vector<Arrival*> arrivals_;
-    Deadline timer_ = forever;
-};
-
-/// The wakers of one object.
+/// The wakers of one object. All of it happens under the interpreter lock.
 class Wakers {
 public:
-    std::shared_ptr<Waker> of(py::handle loop);
+    Wakers() = default;
+    /// The loops stop watching, each on the thread that runs it.
+    ~Wakers();
+    Wakers(const Wakers&) = delete;
+    Wakers& operator=(const Wakers&) = delete;
 
-    /// Replies that are there at once do not suspend their step. Whether the loop has gone without a turn for so long
-    /// that the step ought to; the answer counts as a turn.
+    /// A wait on the running loop that ends at `limit` at the latest.
+    std::shared_ptr<Arrival> wait(Deadline limit);
+
+    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a turn
+    /// for so long that the step ought to; the answer counts as a turn.
     bool loopIsDue();
-    void loopHasTurn() { lastTurn_ = Clock::now(); }
 
 private:
-    Deadline lastTurn_{};
+    std::shared_ptr<Waker> find(py::handle loop) const;
+    Object callbacksOf(py::handle loop);
+    void forgetClosed();
+
     std::vector<std::shared_ptr<Waker>> wakers_;
 };
 
-/// Waits on the running event loop until a reply with this key may be there.
-class ArrivalPending {
+/// A wait of a step that a thread ends. Whoever drops it, at whatever moment, ends its part in the loop.
+class LoopPending {
 public:
-    ArrivalPending(Wakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
-        : wakers_(wakers), pool_(std::move(pool)), key_(key) {}
-    ~ArrivalPending();
-    ArrivalPending(const ArrivalPending&) = delete;
-    ArrivalPending& operator=(const ArrivalPending&) = delete;
+    explicit LoopPending(Wakers& wakers) : wakers_(wakers) {}
+    ~LoopPending();
+    LoopPending(const LoopPending&) = delete;
+    LoopPending& operator=(const LoopPending&) = delete;
 
     bool await_ready() const noexcept { return false; }
-    /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
+
+protected:
+    /// Throws AwaitTimedOut if the limit of the steps has struck already.
+    std::shared_ptr<Listener> enter(Result::Handle handle);
+    void suspend(Result::Handle handle);
+    /// Throws what the loop brought instead of a result, or AwaitTimedOut.
+    void resume();
+
+private:
+    Wakers& wakers_;
+    std::shared_ptr<Arrival> arrival_;
+    std::optional<Pending> pending_;
+};
+
+/// Waits on the running event loop until a reply with this key may be there.
+class ArrivalPending : public LoopPending {
+public:
+    ArrivalPending(Wakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
+        : LoopPending(wakers), pool_(std::move(pool)), key_(key) {}
+
+    /// Goes on at once if the reply has arrived in between.
+    bool await_suspend(Result::Handle handle);
+    void await_resume() { resume(); }
+
+private:
+    std::shared_ptr<EchoPool> pool_;
+    EchoPool::Key key_;
+    std::optional<Listening> listening_;
+};
+
+/// Runs work that would hold the loop up on a thread of the library, and waits on the running event loop for its end.
+/// The work must own nothing of the interpreter; what it throws is thrown here. A step that is dropped leaves it to
+/// end by itself.
+class WorkPending : public LoopPending {
+public:
+    WorkPending(Wakers& wakers, std::string threadName, std::function<void()> work)
+        : LoopPending(wakers), threadName_(std::move(threadName)), work_(std::move(work)) {}
+
     bool await_suspend(Result::Handle handle);
     void await_resume();
 
 private:
-    Wakers& wakers_;
-    std::shared_ptr<EchoPool> pool_;
-    EchoPool::Key key_;
-    std::shared_ptr<Arrival> arrival_;
-    std::optional<Listening> listening_;
-    std::optional<Pending> pending_;
+    std::string threadName_;
+    std::function<void()> work_;
+    std::shared_ptr<std::exception_ptr> failure_ = std::make_shared<std::exception_ptr>();
 };
+
+void prepareWakerType();
 
 }  // namespace zvr::python

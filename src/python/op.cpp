@@ -25,7 +25,8 @@ Pending Op::sleep(double seconds) const {
     return Pending::done(py::none());
 }
 
-Pending within(Deadline limit, py::handle awaitable) {
+Pending within(Deadline limit, Object&& given) {
+    const Object awaitable = std::move(given);
     if (!isOurCoroutine(awaitable)) {
         const double seconds = std::chrono::duration<double>(limit - Clock::now()).count();
         return Pending::on(callObject(hostObject("asyncio", "wait_for"), awaitable, py::float_(seconds)));

@@ -66,8 +66,9 @@ private:
     Object timeout_;
 };
 
-/// Awaits something of the host until `limit`, which raises the event loop's timeout error.
-Pending within(Deadline limit, py::handle awaitable);
+/// Awaits something of the host until `limit`, which raises the event loop's timeout error. Takes it over, since what a
+/// suspended step still holds of it the collector would not see.
+Pending within(Deadline limit, Object&& awaitable);
 
 /// Blocks this many seconds, with the host's signal handlers running.
 void sleepBlocking(double seconds);
