@@ -224,7 +224,7 @@ void LogThread::noteChange() {
 void LogThread::noteChange(LogField field, const Object& before) {
     if (field == LogField::writer) reported_ = false;
     if (field == LogField::queue && before && !before.is_none() && !hostThread_ && works()) {
-        replaced_.push_back(shared(before));
+        replaced_.push_back({shared(before), sizeOf(before)});
     }
     noteChange();
     if (field == LogField::queue && !isForeign()) wake();
@@ -281,17 +281,22 @@ std::size_t LogThread::abandon() {
 
 std::vector<Object> LogThread::queues() const {
     std::vector<Object> all;
-    for (const SharedObject& queue : replaced_) all.push_back(held(queue));
+    for (const Replaced& before : replaced_) all.push_back(held(before.queue));
     if (Object queue = present(LogField::queue)) all.push_back(std::move(queue));
     return all;
 }
 
-// The queue to take from, and whether it is the one that will be filled. A queue that was replaced is emptied first.
+// The queue to take from, and whether it is the one that will be filled. What a queue held when it was replaced comes
+// first.
 std::pair<Object, bool> LogThread::nextQueue() {
     while (!replaced_.empty()) {
-        const SharedObject first = replaced_.front();
-        if (!isEmpty(first.get())) return {held(first), false};
-        std::erase(replaced_, first);
+        const Object first = held(replaced_.front().queue);
+        const bool left = !isEmpty(first);
+        if (left && replaced_.front().left > 0) {
+            --replaced_.front().left;
+            return {first, false};
+        }
+        replaced_.pop_front();
     }
     return {present(LogField::queue), true};
 }

@@ -51,7 +51,7 @@ Object attributeOrNothing(py::handle object, const char* name) {
 py::handle hostObject(const char* module, const char* name) {
     static auto& objects = immortal<std::map<std::pair<const char*, const char*>, Object>>();
     Object& entry = objects[{module, name}];
-    if (!entry) entry = py::module_::import(module).attr(name);
+    entry = py::module_::import(module).attr(name);
     return entry;
 }
 
