@@ -220,7 +220,7 @@ void LogThread::noteChange() {
 void LogThread::noteChange(LogField field, const Object& before) {
     if (field == LogField::writer) reported_ = false;
     if (field == LogField::queue && before && !before.is_none() && !hostThread_ && works()) {
-        replaced_.push_back(shared(before));
+        replaced_.push_back({shared(before), sizeOf(before)});
     }
     noteChange();
     if (field == LogField::queue && !isForeign()) wake();
@@ -277,29 +277,38 @@ std::size_t LogThread::abandon() {
 
 std::vector<Object> LogThread::queues() const {
     std::vector<Object> all;
-    for (const SharedObject& queue : replaced_) all.push_back(held(queue));
+    for (const Replaced& before : replaced_) all.push_back(held(before.queue));
     if (Object queue = present(LogField::queue)) all.push_back(std::move(queue));
     return all;
 }
 
-// The queue to take from, and whether it is the one that will be filled. A queue that was replaced is emptied first.
+// The queue to take from, and whether it is the one that will be filled. What a queue held when it was replaced comes
+// first.
 std::pair<Object, bool> LogThread::nextQueue() {
     while (!replaced_.empty()) {
-        const SharedObject first = replaced_.front();
-        if (!isEmpty(first.get())) return {held(first), false};
-        std::erase(replaced_, first);
+        const Object first = held(replaced_.front().queue);
+        const bool left = !isEmpty(first);
+        if (left && replaced_.front().left > 0) {
+            --replaced_.front().left;
+            return {first, false};
+        }
+        replaced_.pop_front();
     }
     return {present(LogField::queue), true};
+}
+
+// Of the wait for an item, during which the object must not be held.
+Object LogThread::timeLimit() const {
+    const Object object = owner();
+    const Object limit = object.is_none() ? Object() : attributeOrNothing(object, "queue_timeout");
+    return limit ? limit : py::int_(QUEUE_TIMEOUT);
 }
 
 // An item; nothing if none came.
 Object LogThread::take(const Object& queue, bool waits) {
     try {
         if (!waits) return callMethod(queue, "get", py::bool_(false));
-        const Object owner = this->owner();
-        Object limit = owner.is_none() ? Object() : attributeOrNothing(owner, "queue_timeout");
-        if (!limit) limit = py::int_(QUEUE_TIMEOUT);
-        return callMethod(queue, "get", py::bool_(true), limit);
+        return callMethod(queue, "get", py::bool_(true), timeLimit());
     } catch (const py::error_already_set& failure) {
         if (!failure.matches(hostObject("queue", "Empty"))) throw;
         return {};

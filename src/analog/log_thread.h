@@ -1,6 +1,8 @@
 // The thread of a logger: takes rows from a queue and writes them to a file.
 #pragma once
 
+#include <deque>
+
 #include "analog/ledger.h"
 #include "core/gate.h"
 #include "core/threads.h"
@@ -75,6 +77,10 @@ public:
 
 private:
     class Standing;
+    struct Replaced {
+        SharedObject queue;
+        std::uint64_t left;
+    };
 
     void run();
     void writeAll();
@@ -85,6 +91,7 @@ private:
     bool standsStill() const;
     std::pair<Object, bool> nextQueue();
     std::vector<Object> queues() const;
+    Object timeLimit() const;
     Object take(const Object& queue, bool waits);
     template <class Look, class Over>
     void passGate(const Attend& attend, const Look& look, const Over& over);
@@ -98,8 +105,8 @@ private:
     const long process_;
     SharedObject hostThread_;
     LogFields heritage_;
-    std::vector<SharedObject> replaced_;  // queues that are emptied before the present one
-    SharedObject waiting_;                // the queue that the thread waits in
+    std::deque<Replaced> replaced_;  // their items come before those of the present queue
+    SharedObject waiting_;           // the queue that the thread waits in
     std::shared_ptr<Gate> gate_;
     std::size_t rowsInWork_ = 0;
     int standing_ = 0;
