@@ -24,7 +24,11 @@ ThreadCount& threadCount() {
     return *count;
 }
 
+thread_local std::string threadName;
+
 }  // namespace
+
+const std::string& currentThreadName() { return threadName; }
 
 void awaitAllThreads(Deadline deadline) {
     ThreadCount& count = threadCount();
@@ -49,6 +53,7 @@ void startThread(const std::string& name, std::function<void()> body) {
 #ifdef __linux__
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 #endif
+        threadName = name;
         body();
         body = nullptr;  // what it holds goes before the thread counts itself out
         counted.reset();

@@ -14,6 +14,9 @@ void awaitAllThreads(Deadline deadline);
 /// Starts a thread of the library. It counts in awaitAllThreads until `body` has returned.
 void startThread(const std::string& name, std::function<void()> body);
 
+/// The name of the thread that calls, if the library started it; else empty.
+const std::string& currentThreadName();
+
 /// A thread of the library that belongs to an object: others may ask for its life, and hear of the failure that ends
 /// it. What its body needs is held by the body itself.
 class OwnedThread {
