@@ -69,7 +69,8 @@ void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
         fields.tm_min = field[4];
         fields.tm_sec = field[5];
         const auto time = timeOf(fields);
-        if (!time) return reply(Status::clock);
+        // The request counts from 1900; a clock that begins later does not go back to before.
+        if (!time || fields.tm_year + 1900 < device.model().firstYear) return reply(Status::clock);
         device.clockOffset = *time - WallClock::now();
         return reply(Status::ok);
     });

@@ -43,7 +43,7 @@ def members(cls):
     """Own members of a class, fields first, in the order of their definition."""
     fields = cls.__dict__.get("__annotations__", {})
     own = {name: value for name, value in vars(cls).items() if isinstance(value, (OPERATION, property))}
-    own |= {name: value.__func__ for name, value in vars(cls).items() if isinstance(value, staticmethod)}
+    own |= {name: value.__func__ for name, value in vars(cls).items() if isinstance(value, (staticmethod, classmethod))}
     return fields, own
 
 
@@ -84,7 +84,11 @@ def stub_of_class(cls):
         else:
             if isinstance(vars(cls)[name], staticmethod):
                 lines.append("    @staticmethod")
-            lines.append("    " + value.__stub__ + override_mark(cls, name, value))
+            line = value.__stub__
+            if isinstance(vars(cls)[name], classmethod):
+                lines.append("    @classmethod")
+                line = line.replace("(self", "(cls", 1)
+            lines.append("    " + line + override_mark(cls, name, value))
     if cls.__name__ in CONSTRUCTORS:
         lines.append(f"    def __init__(self, {CONSTRUCTORS[cls.__name__]}) -> None: ...")
     if not lines:

@@ -47,7 +47,7 @@ Result openOrClose(Op op, Object port) {
     op.call("_checkAIPort", port);
     const Object reply = co_await op.exchange(command, payload(port));
     const Bytes data = bytesOf(reply);
-    if (data.size() < 2) throw std::out_of_range("the reply has no status byte");
+    byteOf(data, 1);
     turn(op.self());
     co_return statusOf(data, 1);
 }
@@ -67,6 +67,10 @@ void defineUnion(Package& package) {
                    status(1).returns, portRaises, Calls<openOrClose<CLOSE_AI, closeFlag>>{});
 }
 
+std::size_t channelsOf(py::handle self) {
+    return static_cast<std::size_t>(wholeNumber(attribute(self, "ai_num_channels"), "ai_num_channels", 0, 65535));
+}
+
 /// The highest rate of a model with so many channels, or chip selects on the port; nothing for a model without a limit.
 std::optional<double> rateLimit(py::handle self, const Object& port) {
     if (isModel(self, {"Lattice"})) {
@@ -76,9 +80,9 @@ std::optional<double> rateLimit(py::handle self, const Object& port) {
         return std::nullopt;
     }
     if (isUsbInput(self)) {
-        const auto channels = py::cast<int>(attribute(self, "ai_num_channels"));
+        const auto channels = channelsOf(self);
         constexpr std::array limits = {16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000};
-        if (channels >= 1 && channels <= int{limits.size()}) return limits[static_cast<std::size_t>(channels) - 1];
+        if (channels >= 1 && channels <= limits.size()) return limits[channels - 1];
         return std::nullopt;
     }
     if (isModel(self, {"TarnAnalog", "HeronFast"})) return 20000;
@@ -153,7 +157,7 @@ Reply streamingSettings() {
                 py::list settings;
                 settings.append(readBigEndian<std::uint32_t>(slice(data, 2, 4)));
                 settings.append(readBigEndian<float>(slice(data, 6, 4)));
-                settings.append(data.at(10));
+                settings.append(byteOf(data, 10));
                 return settings;
             },
             {"list[int | float]", "number of samples, sampling rate in Hz, and mode", "the device"}};
@@ -205,8 +209,8 @@ void defineBased(Package& package) {
 
 // One chip select's samples, two bytes each from byte 2 on.
 void appendSamples(py::handle self, py::list& values, const Bytes& data) {
-    const auto channels = py::cast<std::size_t>(attribute(self, "ai_num_channels"));
-    const auto scale = Scale16::of(py::cast<double>(attribute(self, "ai_ratio")));
+    const std::size_t channels = channelsOf(self);
+    const auto scale = Scale16::of(numberOf<double>(attribute(self, "ai_ratio"), "ai_ratio"));
     const ByteView samples = slice(data, 2, 2 * channels);
     for (std::size_t i = 0; i < channels; ++i) values.append((*scale)(read16(samples.data() + 2 * i)));
 }
@@ -279,7 +283,7 @@ void defineModule(Package& package) {
                       variable},
                      [](py::handle self, const Object& ports, const Object& rate, const Object& ratio,
                         const Object& channels, const Object& variable) {
-                         const bool chosen = PyObject_IsTrue(variable.ptr()) != 0;
+                         const bool chosen = truthOf(variable);
                          constructInput(self, {ports, rate, ratio, channels, chosen,
                                                chosen ? START_AI_STREAMING_VARIABLE : START_AI_STREAMING});
                      })

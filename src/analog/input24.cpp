@@ -19,7 +19,7 @@ py::list samples(const Bytes& data, Convert convert) {
 
 Reply twosComplement() {
     return {[](py::handle self, const Bytes& data) -> Object {
-                const auto ratio = py::cast<double>(attribute(self, "ai_ratio"));
+                const auto ratio = numberOf<double>(attribute(self, "ai_ratio"), "ai_ratio");
                 return samples(data, [ratio](const std::uint8_t* sample) { return read24(sample) * ratio; });
             },
             {"list[float]", "volts, one per channel", "the device"}};
@@ -28,7 +28,7 @@ Reply twosComplement() {
 // Offset binary around the middle; the box's port decides full scale.
 Reply offsetBinary() {
     return {[](py::handle, const Bytes& data) -> Object {
-                const double full = data.at(0) == 0 ? 25 : 50;
+                const double full = byteOf(data, 0) == 0 ? 25 : 50;
                 return samples(data, [full](const std::uint8_t* sample) {
                     const auto code = static_cast<double>(sample[0] << 16 | sample[1] << 8 | sample[2]);
                     return roundDecimals(code * full / (1 << 23) - full, 3);

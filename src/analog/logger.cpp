@@ -14,7 +14,6 @@ namespace {
 
 using LogThreadPointer = std::shared_ptr<LogThread>;
 
-bool isTrue(py::handle value) { return PyObject_IsTrue(value.ptr()) == 1; }
 
 // An object whose class did without the constructor of DataLogger has no thread of ours, and yet steps that need to
 // know of each other.

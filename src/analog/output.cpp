@@ -17,8 +17,7 @@ const std::vector<Check> portChecks{calls("_checkAOPort", {"port"})};
 const std::vector<Check> channelChecks{calls("_checkAOPort", {"port"}), calls("_checkAOChannel", {"channel"})};
 
 void checkVolts(py::handle self, py::handle values) {
-    callObject(attribute(py::module_::import("pyzvr"), "checkEachItemInRange"), values, attribute(self, "ao_volt_min"),
-               attribute(self, "ao_volt_max"));
+    checkItems(values, attribute(self, "ao_volt_min"), attribute(self, "ao_volt_max"));
 }
 
 // What needs no opening.
@@ -64,7 +63,7 @@ Result writeAll(Op op, Object port, Object values) {
     Payload data;
     data.add(port);
     for (const py::handle value : callObject(adjust, values, attribute(op.self(), "ao_channel"))) {
-        data.add(pack<float>(value));
+        data.add(pack<float>(value, "value_list"));
     }
     const Object reply = co_await op.exchange(WRITE_AO_SYNCHRONIZED, data.list());
     co_return statusOf(bytesOf(reply), 1);
@@ -107,6 +106,14 @@ std::vector<FieldDoc> offered() {
             {"ao_rate", "int", "highest rate in Hz"}};
 }
 
+// The same number by its other name.
+void defineMaxRate(Feature& output) {
+    output.property(
+        {"ao_max_rate", "int", "Highest rate in Hz: `ao_rate`."},
+        [](py::handle self) { return attribute(self, "ao_rate"); },
+        [](py::handle self, const Object& rate) { setAttribute(self, "ao_rate", rate); });
+}
+
 }  // namespace
 
 void defineAnalogOutput(Package& package) {
@@ -114,6 +121,7 @@ void defineAnalogOutput(Package& package) {
     const Parameter volts{"value", "float", "voltage, between `ao_volt_min` and `ao_volt_max`; 32-bit float"};
     Feature output(package, "AO", "Analog outputs.");
     defineChecks(output);
+    defineMaxRate(output);
     output.offers(offered())
         .shared("AO_getPort", {}, "Tells which ports there are.", {"list[int]", "port numbers", "the model's table"},
                 {}, [](py::handle self) { return py::list(attribute(self, "ao_dict")); })
@@ -136,7 +144,7 @@ namespace {
 Reply modeAndRate() {
     return {[](py::handle, const Bytes& data) -> Object {
                 py::list both;
-                both.append(data.at(1));
+                both.append(byteOf(data, 1));
                 both.append(readBigEndian<float>(slice(data, 2, 4)));
                 return both;
             },
@@ -147,7 +155,7 @@ Reply bufferReply() {
     return {[](py::handle, const Bytes& data) -> Object {
                 py::list both;
                 both.append(readBigEndian<std::uint32_t>(slice(data, 1, 4)));
-                both.append(data.at(5));
+                both.append(byteOf(data, 5));
                 return both;
             },
             {"list[int]", "size of the buffer in samples, and mask of the enabled channels", "the device"}};
@@ -163,13 +171,15 @@ Result push(Op op, Object port, Object count, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     op.call("_checkAONumOfValues", count);
-    const auto wanted = py::cast<Py_ssize_t>(count);
+    const std::int64_t wanted = wholeNumber(count, "num_of_val", -mostItems, mostItems);
     if (wanted < 0 || static_cast<std::size_t>(wanted) > py::len(values)) {
         throw Failure(FailureId::InputDataNotInRangeError);
     }
     Payload data;
     data.add(port).add(0).add(count);
-    for (Py_ssize_t i = 0; i < wanted; ++i) data.add(pack<float>(own(PySequence_GetItem(values.ptr(), i))));
+    for (std::int64_t i = 0; i < wanted; ++i) {
+        data.add(pack<float>(own(PySequence_GetItem(values.ptr(), static_cast<Py_ssize_t>(i))), "value_list"));
+    }
     const Object reply = co_await op.exchange(SET_AO_PUSH_TO_BUFFER, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }

@@ -1,6 +1,7 @@
 #include "analog/rows.h"
 
-#include <map>
+#include <algorithm>
+#include <deque>
 
 #include "analog/analog.h"
 #include "core/immortal.h"
@@ -25,11 +26,23 @@ public:
         return Py_NewRef(object);
     }
 
-    static Floats& of(const std::shared_ptr<const Scale16>& scale) {
-        static auto& all = immortal<std::map<const Scale16*, std::unique_ptr<Floats>>>();
-        auto& floats = all[scale.get()];
-        if (!floats) floats = std::make_unique<Floats>(scale);
-        return *floats;
+    ~Floats() {
+        for (PyObject* object : objects_) Py_XDECREF(object);
+    }
+    Floats(const Floats&) = delete;
+    Floats& operator=(const Floats&) = delete;
+
+    /// Those of the last few scales are kept.
+    static std::shared_ptr<Floats> of(const std::shared_ptr<const Scale16>& scale) {
+        constexpr std::size_t kept = 4;
+        static auto& recent = immortal<std::deque<std::shared_ptr<Floats>>>();
+        const auto known = std::ranges::find(recent, scale, [](const auto& each) { return each->scale_; });
+        auto floats = known == recent.end() ? std::make_shared<Floats>(scale) : *known;
+        if (known == recent.begin() && known != recent.end()) return floats;
+        std::erase(recent, floats);
+        recent.push_front(floats);
+        if (recent.size() > kept) recent.pop_back();
+        return floats;
     }
 
 private:
@@ -41,7 +54,7 @@ private:
 class RowMaker {
 public:
     explicit RowMaker(const RowLayout& layout) : layout_(layout) {
-        if (layout.sample == RowLayout::Sample::scaled16) floats_ = &Floats::of(layout.scale);
+        if (layout.sample == RowLayout::Sample::scaled16) floats_ = Floats::of(layout.scale);
     }
 
     // Fills items of a new list.
@@ -63,7 +76,7 @@ public:
 
 private:
     const RowLayout& layout_;
-    Floats* floats_ = nullptr;
+    std::shared_ptr<Floats> floats_;
     mutable std::vector<double> values_;
 };
 

@@ -113,7 +113,7 @@ Result close(Op op, Object port) {
     op.call("_checkCANPort", port);
     const Object stopped = co_await op.request("CAN_stop", port);
     // What is negative already is a failure of its own.
-    if (const auto failure = failureOfStatus(py::cast<int>(stopped))) co_return py::int_(rowOf(*failure).code);
+    if (const Object refusal = refusalOf(stopped)) co_return refusal;
     const Object reply = co_await op.exchange(CLOSE_CAN, payload(port));
     if (isOpen(op.self())) {
         setAttribute(op.self(), "can_open_flag", py::bool_(false));
@@ -123,20 +123,28 @@ Result close(Op op, Object port) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Object wireOf(py::handle id, const Object& extended, const Object& remote, const Object& data) {
-    return attribute(CanFrameType::make(CanFrame(borrow(id.ptr()), extended, remote, data)), "frame_in_list");
+// The delay goes by name.
+Pending take(const Op& op, const Object& queue, const Object& count, const Object& delay) {
+    const char* const method = "_getStreamingFromPool";
+    if (op.awaitable())
+        return Pending::on(callByName(op.self(), internedTwin(method), {queue, count}, {{"delay", delay}}));
+    return Pending::done(callByName(op.self(), interned(method), {queue, count}, {{"delay", delay}}));
 }
 
-void checkIsBool(py::handle value) {
-    if (!PyBool_Check(value.ptr())) throw Failure(FailureId::InputTypeNotCorrectError);
+// The 12 bytes of a frame made of these.
+template <class... Args>
+Object wireOf(const Args&... args) {
+    return attribute(callObject(attribute(py::module_::import("pyzvr"), "CANFrame"), args...), "frame_in_list");
 }
+
+py::int_ plainInt(const Object& value) { return py::int_(value); }
 
 Result write(Op op, Object port, Object id, Object data, Object remote, Object extended) {
     op.call("_checkCANPort", port);
     checkIsInt(id);
     checkIsBool(remote);
     checkIsBool(extended);
-    if (PyObject_IsTrue(remote.ptr()) != 0) data = toList(CanFrame::Data{});
+    if (truthOf(remote)) data = toList(Bytes(CanFrame::dataBytes));
     checkIsList(data);
     op.call("_checkCANDataRangeAndLength", data);
     Payload sent;
@@ -148,7 +156,7 @@ Result write(Op op, Object port, Object id, Object data, Object remote, Object e
 Result setFilter(Op op, Object port, Object index, Object id, Object remote, Object extended) {
     op.call("_checkCANPort", port);
     Payload sent;
-    sent.add(port).add(index).extend(wireOf(id, py::int_(extended), py::int_(remote), py::tuple()));
+    sent.add(port).add(index).extend(wireOf(id, plainInt(extended), plainInt(remote)));
     const Object reply = co_await op.exchange(SET_CAN_RX_FILTER_OR_MASK, sent.list());
     co_return statusOf(bytesOf(reply), 1);
 }
@@ -174,8 +182,8 @@ void defineChecks(Feature& can) {
                 {"CANDataLengthNotVaildError: more than 8 entries", "InputDataNotInRangeError: one is not 0 to 255"},
                 [](py::handle, const Object& data) {
                     if (py::len(data) > CanFrame::dataBytes) throw Failure(FailureId::CANDataLengthNotVaildError);
-                    callObject(attribute(py::module_::import("pyzvr"), "checkEachItemInRange"), data, py::int_(0),
-                               py::int_(255), py::str("The specified CAN data elements not in range"));
+                    checkItems(data, py::int_(0), py::int_(255),
+                               py::str("The specified CAN data elements not in range"));
                 });
 }
 
@@ -262,7 +270,7 @@ void defineCan(Package& package) {
             {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come", "the queue of frames"},
             {}, [](Op op, Object, Object count, Object delay) -> Result {
                 const Object queue = attribute(op.self(), "can_frame_queue");
-                co_return co_await op.same("_getStreamingFromPool", queue, count, delay);
+                co_return co_await take(op, queue, count, delay);
             });
     // clang-format off
     can.rows({

@@ -1,5 +1,7 @@
 #include "buses/can_frame.h"
 
+#include <structmember.h>
+
 #include "buses/buses.h"
 
 namespace zvr::python {
@@ -8,160 +10,422 @@ namespace {
 
 // Bits of the identifier word: the upper 11 bits of an identifier stand at the top, the flags below them, and the
 // lower 18 bits of an extended one at the bottom.
-constexpr std::uint32_t remoteBit = 1U << 20, extendedBit = 1U << 19, lowBits = (1U << 18) - 1;
-constexpr std::int64_t highBits = 0x7FFLL << 18;
+constexpr std::uint32_t remoteBit = 1U << 20, extendedBit = 1U << 19, lowBits = (1U << 18) - 1,
+                        allBits = (1U << 29) - 1;
 constexpr int standardShift = 21, extendedShift = 3;
+constexpr std::uint32_t topBits = ~0U << standardShift;
 
-bool isTrue(const Object& flag) {
-    const int answer = PyObject_IsTrue(flag.ptr());
-    if (answer < 0) throw py::error_already_set();
-    return answer != 0;
+enum class Slot : std::uint8_t { id, extended, remote, data, idInList, frameInList };
+constexpr std::array fieldNames{"id", "extended_id", "remote", "data", "id_in_list", "frame_in_list"};
+
+/// The fields that a frame has as objects.
+struct Fields {
+    struct Entry {
+        PyObject* value = nullptr;  ///< null where the field is not there
+        bool isWire = false;        ///< whether it is still to be made of the bytes of the wire
+    };
+    std::array<Entry, fieldNames.size()> entries{};
+
+    Entry& operator[](Slot slot) { return entries[static_cast<std::size_t>(slot)]; }
+};
+
+struct Holder {
+    PyObject_HEAD CanFrame wire;
+    Fields* fields;  // null while all is as the wire has it
+    PyObject *dictionary, *weakReferences;
+};
+
+PyTypeObject* type = nullptr;  // there for good
+
+Holder* holderOf(PyObject* object) { return reinterpret_cast<Holder*>(object); }
+
+Holder& checked(py::handle self) {
+    if (!CanFrameType::is(self)) refuseType("self", "a CANFrame", self);
+    return *holderOf(self.ptr());
 }
 
-CanFrame& frameOf(py::handle self) { return CanFrameType::of(self); }
-
-py::list regularize(const Object& data) {
-    py::list list = own(PySequence_List(data.ptr()));
-    for (std::size_t i = 0; i < CanFrame::dataBytes; ++i) list.append(0);
-    return py::list(own(PyList_GetSlice(list.ptr(), 0, CanFrame::dataBytes)));
+// From here on the object can be part of a cycle.
+void track(PyObject* object) {
+    if (PyObject_GC_IsTracked(object) == 0) PyObject_GC_Track(object);
 }
 
-CanFrame::Data eightBytes(const Object& data) {
-    const Bytes bytes = bytesOf(regularize(data));
-    CanFrame::Data result{};
-    std::ranges::copy(bytes, result.begin());
-    return result;
+Fields& fieldsOf(Holder& holder) {
+    if (holder.fields == nullptr) {
+        holder.fields = std::make_unique<Fields>().release();  // the object owns it
+        for (Fields::Entry& entry : holder.fields->entries) entry.isWire = true;
+        track(reinterpret_cast<PyObject*>(&holder));
+    }
+    return *holder.fields;
 }
 
-py::list wireList(const CanFrame& frame) {
-    py::list list = toList(frame.idBytes);
-    callMethod(list, "extend", toList(frame.data));
+void clearFields(Holder& holder) {
+    const std::unique_ptr<Fields> fields(std::exchange(holder.fields, nullptr));
+    if (!fields) return;
+    for (const Fields::Entry& entry : fields->entries) Py_XDECREF(entry.value);
+}
+
+PyObject* create(PyTypeObject* wanted, PyObject* /*arguments*/, PyObject* /*named*/) {
+    PyObject* const object = wanted->tp_alloc(wanted, 0);
+    if (object == nullptr) return nullptr;
+    new (&holderOf(object)->wire) CanFrame();
+    holderOf(object)->fields = new (std::nothrow) Fields;  // NOLINT: the object owns it
+    if (holderOf(object)->fields != nullptr) return object;
+    Py_DECREF(object);
+    return PyErr_NoMemory();
+}
+
+// What is added to an object may refer to it.
+int setAdded(PyObject* self, PyObject* name, PyObject* value) {
+    track(self);
+    return PyObject_GenericSetAttr(self, name, value);
+}
+PyObject* getAdded(PyObject* self, void* context) {
+    track(self);
+    return PyObject_GenericGetDict(self, context);
+}
+
+int traverse(PyObject* self, visitproc visit, void* arg) {
+    Py_VISIT(Py_TYPE(self));
+    Py_VISIT(holderOf(self)->dictionary);
+    if (holderOf(self)->fields != nullptr) {
+        for (const Fields::Entry& entry : holderOf(self)->fields->entries) Py_VISIT(entry.value);
+    }
+    return 0;
+}
+
+int clear(PyObject* self) {
+    Holder& holder = *holderOf(self);
+    Py_CLEAR(holder.dictionary);
+    if (holder.fields != nullptr) {
+        for (Fields::Entry& entry : holder.fields->entries) Py_CLEAR(entry.value);
+    }
+    return 0;
+}
+
+void destroy(PyObject* self) {
+    Holder& holder = *holderOf(self);
+    if (PyObject_GC_IsTracked(self) != 0) PyObject_GC_UnTrack(self);
+    if (holder.weakReferences != nullptr) PyObject_ClearWeakRefs(self);
+    Py_CLEAR(holder.dictionary);
+    clearFields(holder);
+    PyTypeObject* const own = Py_TYPE(self);
+    own->tp_free(self);
+    Py_DECREF(own);
+}
+
+Object fromWire(const CanFrame& wire, Slot slot) {
+    switch (slot) {
+        case Slot::id: return py::int_(wire.id());
+        case Slot::extended: return py::bool_(wire.extended());
+        case Slot::remote: return py::bool_(wire.remote());
+        case Slot::data: return toList(wire.data);
+        case Slot::idInList: return toList(wire.idBytes);
+        case Slot::frameInList: break;
+    }
+    py::list list = toList(wire.idBytes);
+    for (const std::uint8_t byte : wire.data) list.append(byte);
     return list;
 }
 
+// A list is made once, and is the frame's own from then on.
+Object get(py::handle self, Slot slot) {
+    Holder& holder = checked(self);
+    const bool isList = slot >= Slot::data;
+    if (holder.fields == nullptr && !isList) return fromWire(holder.wire, slot);
+    Fields::Entry& entry = fieldsOf(holder)[slot];
+    if (entry.isWire) {
+        entry.value = fromWire(holder.wire, slot).release().ptr();
+        entry.isWire = false;
+    }
+    if (entry.value == nullptr) {
+        throw py::attribute_error(std::string("the frame has no '") + fieldNames[static_cast<std::size_t>(slot)] + "'");
+    }
+    return borrow(entry.value);
+}
+
+// A null value deletes.
+void set(py::handle self, Slot slot, PyObject* value) {
+    Fields::Entry& entry = fieldsOf(checked(self))[slot];
+    PyObject* const before = std::exchange(entry.value, Py_XNewRef(value));
+    entry.isWire = false;
+    Py_XDECREF(before);
+}
+
+template <Slot slot>
+Object makeProperty(const FieldDoc& doc) {
+    const auto accessor = [&](Parameters parameters, Returns returns, PlainBody body) {
+        return makeOperation(std::make_shared<const Definition>(
+                                 Definition{doc.name, std::move(parameters), doc.doc, std::move(returns), {}, body}),
+                             Form::method, "CANFrame");
+    };
+    const Object getter = accessor({}, {doc.type, doc.doc}, plain([](py::handle self) { return get(self, slot); }));
+    const Object setter = accessor({{"value", doc.type, ""}}, {},
+                                   plain([](py::handle self, const Object& value) { set(self, slot, value.ptr()); }));
+    const Object deleter = accessor({}, {}, plain([](py::handle self) {
+                                        get(self, slot);
+                                        set(self, slot, nullptr);
+                                    }));
+    return callObject(py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type)), getter, setter, deleter,
+                      py::str(doc.doc));
+}
+
+py::list regularize(const Object& values) {
+    py::list list;
+    eachOf(values, "data", [&](const Object& value) {
+        list.append(value);
+        return list.size() < CanFrame::dataBytes;
+    });
+    while (list.size() < CanFrame::dataBytes) list.append(0);
+    return list;
+}
+
+// The identifier word of the fields as they are.
+std::uint32_t wordOf(py::handle self) {
+    const Object number = integerOf(attribute(self, "id"), "id_");
+    std::uint32_t word = 0;
+    if (truthOf(attribute(self, "extended_id"))) {
+        const auto identifier = numberOf<std::uint32_t>(number & py::int_(allBits));
+        word = (identifier & ~lowBits) << extendedShift | (identifier & lowBits) | extendedBit;
+    } else {
+        if (number < py::int_(0) || number >= py::int_(1 << (32 - standardShift))) {
+            throw std::overflow_error("id_: a standard identifier has 11 bits");
+        }
+        word = numberOf<std::uint32_t>(number) << standardShift;
+    }
+    return truthOf(attribute(self, "remote")) ? word | remoteBit : word;
+}
+
+void setId(py::handle self) {
+    Bytes bytes;
+    appendBigEndian(bytes, wordOf(self));
+    const py::list word = toList(bytes);
+    setAttribute(self, "id_in_list", word);
+    setAttribute(self, "frame_in_list", own(PyNumber_Add(word.ptr(), attribute(self, "data").ptr())));
+}
+
+void construct(py::handle self, const Object& number, const Object& extended, const Object& isRemote,
+               const Object& values) {
+    checked(self);
+    setAttribute(self, "id", number);
+    setAttribute(self, "extended_id", extended);
+    setAttribute(self, "remote", isRemote);
+    setAttribute(self, "data", callMethod(self, "regularizeData", values));
+    callMethod(self, "setID");
+}
+
+// Two bytes tell a standard identifier and its flags.
+Object fromBytes(py::handle cls, const Object& values) {
+    py::list list;
+    eachOf(values, "u8_list", [&](const Object& value) {
+        list.append(value);
+        return list.size() < CanFrame::wireBytes;
+    });
+    const auto part = [&](Py_ssize_t from, Py_ssize_t to) { return own(PyList_GetSlice(list.ptr(), from, to)); };
+    const Bytes word = bytesOf(part(0, 4), "u8_list");
+    const bool isExtended = (byteOf(word, 1) >> 3 & 1) != 0, isRemote = (word[1] >> 4 & 1) != 0;
+    const std::uint32_t high = isExtended ? readBigEndian<std::uint32_t>(word) : 0;
+    const std::uint32_t number = isExtended ? (high & topBits) >> extendedShift | (high & lowBits)
+                                            : readBigEndian<std::uint16_t>(slice(word, 0, 2)) >> 5;
+    const py::int_ identifier(number);
+    const py::bool_ extended(isExtended), remoteFlag(isRemote);
+    if (list.size() <= 4) return callObject(cls, identifier, extended, remoteFlag);
+    return callObject(cls, identifier, extended, remoteFlag, part(4, CanFrame::wireBytes));
+}
+
 py::str textOfFrame(py::handle self) {
-    const CanFrame& frame = frameOf(self);
     return py::str("CANFrame(id={}, extended_id={}, remote={}, data={})")
-        .format(frame.id, frame.extended, frame.remote, toList(frame.data));
+        .format(attribute(self, "id"), attribute(self, "extended_id"), attribute(self, "remote"),
+                attribute(self, "data"));
+}
+
+// What two frames are compared by.
+py::tuple saying(py::handle self) {
+    return py::make_tuple(attribute(self, "id"), truthOf(attribute(self, "extended_id")),
+                          truthOf(attribute(self, "remote")), py::tuple(attribute(self, "data")));
+}
+
+Object equals(py::handle self, const Object& other) {
+    const Holder& mine = checked(self);
+    if (!CanFrameType::is(other)) return borrow(Py_NotImplemented);
+    const Holder& others = *holderOf(other.ptr());
+    if (mine.fields == nullptr && others.fields == nullptr) {
+        return py::bool_(mine.wire.idBytes == others.wire.idBytes && mine.wire.data == others.wire.data);
+    }
+    return py::bool_(saying(self).equal(saying(other)));
+}
+
+// The fields that there are, and what a user has added.
+py::dict stateOf(py::handle self) {
+    checked(self);
+    py::dict state;
+    for (const char* name : fieldNames) {
+        if (const Object value = attributeOrNothing(self, name)) state[name] = value;
+    }
+    state.attr("update")(attribute(self, "__dict__"));
+    return state;
 }
 
 // The message object of the host's common CAN package.
 Object toMessage(py::handle self) {
-    const CanFrame& frame = frameOf(self);
-    const bool remote = isTrue(frame.remote);
-    return hostObject("can", "Message")(
-        py::arg("arbitration_id") = frame.id, py::arg("is_extended_id") = isTrue(frame.extended),
-        py::arg("is_remote_frame") = remote, py::arg("dlc") = CanFrame::dataBytes,
-        py::arg("data") = remote ? Object(py::none()) : Object(toBytes(frame.data)), py::arg("check") = true);
+    const bool isRemote = truthOf(attribute(self, "remote"));
+    const Object content = isRemote ? Object(py::none()) : Object(toBytes(bytesOf(attribute(self, "data"), "data")));
+    return attribute(py::module_::import("can"), "Message")(
+        py::arg("arbitration_id") = attribute(self, "id"),
+        py::arg("is_extended_id") = truthOf(attribute(self, "extended_id")), py::arg("is_remote_frame") = isRemote,
+        py::arg("dlc") = CanFrame::dataBytes, py::arg("data") = content, py::arg("check") = true);
 }
 
-Object fromMessage(const Object& message) {
-    if (isTrue(attribute(message, "is_error_frame"))) throw py::value_error("an error frame is no frame to be sent");
-    return CanFrameType::make(CanFrame(attribute(message, "arbitration_id"), attribute(message, "is_extended_id"),
-                                       attribute(message, "is_remote_frame"), attribute(message, "data")));
+Object fromMessage(py::handle cls, const Object& message) {
+    if (truthOf(attribute(message, "is_error_frame"))) throw py::value_error("an error frame is no frame to be sent");
+    return callObject(cls, attribute(message, "arbitration_id"), attribute(message, "is_extended_id"),
+                      attribute(message, "is_remote_frame"), attribute(message, "data"));
+}
+
+Object makeType() {
+    static PyMemberDef members[] = {
+        {"__dictoffset__", T_PYSSIZET, offsetof(Holder, dictionary), READONLY, nullptr},
+        {"__weaklistoffset__", T_PYSSIZET, offsetof(Holder, weakReferences), READONLY, nullptr},
+        {nullptr, 0, 0, 0, nullptr},
+    };
+    static PyGetSetDef fields[] = {
+        {"__dict__", getAdded, PyObject_GenericSetDict, nullptr, nullptr},
+        {nullptr, nullptr, nullptr, nullptr, nullptr},
+    };
+    PyType_Slot slots[] = {
+        {Py_tp_new, reinterpret_cast<void*>(create)},
+        {Py_tp_dealloc, reinterpret_cast<void*>(destroy)},
+        {Py_tp_traverse, reinterpret_cast<void*>(traverse)},
+        {Py_tp_clear, reinterpret_cast<void*>(clear)},
+        {Py_tp_setattro, reinterpret_cast<void*>(setAdded)},
+        {Py_tp_members, members},
+        {Py_tp_getset, fields},
+        {Py_tp_doc, const_cast<char*>("A frame of a CAN bus. Frames with the same identifier, flags and data are "
+                                      "equal.")},
+        {0, nullptr},
+    };
+    PyType_Spec spec{"pyzvr.CANFrame", sizeof(Holder), 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC,
+                     slots};
+    return own(PyType_FromSpec(&spec));
+}
+
+/// A method that takes the class.
+template <class Function>
+void addClassMethod(const Object& cls, Definition definition, Function body) {
+    definition.body = plain(body);
+    const std::string name = definition.name;
+    rememberRaises(definition);
+    const Object method =
+        makeOperation(std::make_shared<const Definition>(std::move(definition)), Form::method, "CANFrame");
+    py::setattr(cls, name.c_str(), callObject(py::handle(reinterpret_cast<PyObject*>(&PyClassMethod_Type)), method));
+}
+
+template <std::size_t... index>
+void addFields(const Object& cls, const std::array<FieldDoc, sizeof...(index)>& docs, std::index_sequence<index...>) {
+    (py::setattr(cls, fieldNames[index], makeProperty<Slot(index)>(docs[index])), ...);
 }
 
 }  // namespace
 
-CanFrame::CanFrame(const Object& id, Object extended, Object remote, const Object& data)
-    : id(numberOf<std::int64_t>(id)), extended(std::move(extended)), remote(std::move(remote)), data(eightBytes(data)) {
-    setId();
-}
-
 CanFrame::CanFrame(ByteView wire) {
-    const auto word = readBigEndian<std::uint32_t>(slice(wire, 0, 4));
-    std::ranges::copy(wire.first(4), idBytes.begin());
-    const bool isExtended = (word & extendedBit) != 0;
-    extended = py::bool_(isExtended);
-    remote = py::bool_((word & remoteBit) != 0);
-    const std::uint32_t high = word >> standardShift << standardShift;
-    id = isExtended ? std::int64_t{high >> extendedShift | (word & lowBits)} : high >> standardShift;
-    const ByteView rest = wire.subspan(4, std::min(dataBytes, wire.size() - 4));
-    std::ranges::copy(rest, data.begin());
-}
-
-void CanFrame::setId() {
-    std::int64_t word = isTrue(extended) ? (id & highBits) << extendedShift | (id & lowBits) | extendedBit : id;
-    if (!isTrue(extended)) {
-        if (id < 0 || id >= 1LL << (32 - standardShift)) {
-            PyErr_SetString(PyExc_OverflowError, "a standard identifier has 11 bits");
-            throw py::error_already_set();
-        }
-        word = id << standardShift;
-    }
-    if (isTrue(remote)) word |= remoteBit;
+    const auto given = readBigEndian<std::uint32_t>(slice(wire, 0, 4));
+    const std::uint32_t meant = topBits | remoteBit | extendedBit | ((given & extendedBit) != 0 ? lowBits : 0);
     Bytes bytes;
-    appendBigEndian(bytes, static_cast<std::uint32_t>(word));
+    appendBigEndian(bytes, given & meant);
     std::ranges::copy(bytes, idBytes.begin());
+    std::ranges::copy(wire.subspan(4, std::min(dataBytes, wire.size() - 4)), data.begin());
 }
 
-bool CanFrame::operator==(const CanFrame& other) const {
-    return id == other.id && data == other.data && isTrue(extended) == isTrue(other.extended) &&
-           isTrue(remote) == isTrue(other.remote);
+bool CanFrame::extended() const { return (word() & extendedBit) != 0; }
+bool CanFrame::remote() const { return (word() & remoteBit) != 0; }
+std::uint32_t CanFrame::id() const {
+    const std::uint32_t high = word() & topBits;
+    return extended() ? high >> extendedShift | (word() & lowBits) : high >> standardShift;
+}
+
+Object CanFrameType::make(const CanFrame& frame) {
+    // The collector hears of it when it has fields of its own: until then there is nothing to follow.
+    Holder* const holder = PyObject_GC_New(Holder, type);
+    if (holder == nullptr) throw py::error_already_set();
+    new (&holder->wire) CanFrame(frame);
+    holder->fields = nullptr;
+    holder->dictionary = holder->weakReferences = nullptr;
+    return py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(holder));
+}
+
+bool CanFrameType::is(py::handle object) { return PyObject_TypeCheck(object.ptr(), type) != 0; }
+
+CanFrame CanFrameType::of(py::handle object) {
+    const Holder& holder = checked(object);
+    if (holder.fields == nullptr) return holder.wire;
+    const Bytes bytes = bytesOf(attribute(object, "frame_in_list"), "frame_in_list");
+    CanFrame frame;
+    std::ranges::copy(slice(bytes, 0, frame.idBytes.size()), frame.idBytes.begin());
+    const ByteView rest = restOf(bytes, frame.idBytes.size());
+    std::ranges::copy(rest.first(std::min(rest.size(), CanFrame::dataBytes)), frame.data.begin());
+    return frame;
 }
 
 void defineCanFrame(Package& package) {
-    ClassMaker type = CanFrameType::define(package, "pyzvr.CANFrame",
-                                           "A frame of a CAN bus. Frames with the same identifier, flags and data are "
-                                           "equal.");
-    const Parameter listed{"u8_list", "Sequence[int]", "12 bytes of the wire; 4 for a frame without data"};
-    const Parameter data{"data", "Sequence[int]", "any number of bytes"};
-    const Returns eight{"list[int]", "8 bytes"};
+    const Object cls = makeType();
+    type = reinterpret_cast<PyTypeObject*>(Py_NewRef(cls.ptr()));
+    package.constant("CANFrame", cls);
+    ClassMaker frame(cls);
+    const Parameter values{"data", "Sequence[int]", "any number of bytes"};
     const Parameter other{"other", "object", ""};
-    const auto flag = [](const char* name, const char* doc) { return FieldDoc{name, "bool", doc}; };
-    type.method("__init__",
-                {{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"},
-                 {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
-                 {"remote", "bool", "whether it is a remote frame", "False"},
-                 {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
-                "Makes a frame.", {},
-                {"OverflowError: the identifier does not fit", "ValueError: the data are no bytes"},
-                [](py::handle self, const Object& id, const Object& extended, const Object& remote,
-                   const Object& data) { frameOf(self) = CanFrame(id, extended, remote, data); })
-        .property(
-            {"id", "int", "Identifier. After a change `setID` is due."},
-            [](py::handle self) { return frameOf(self).id; },
-            [](py::handle self, const Object& value) { frameOf(self).id = numberOf<std::int64_t>(value); })
-        .property(
-            flag("extended_id", "Whether the identifier has 29 bits. After a change `setID` is due."),
-            [](py::handle self) { return frameOf(self).extended; },
-            [](py::handle self, const Object& value) { frameOf(self).extended = value; })
-        .property(
-            flag("remote", "Whether it is a remote frame. After a change `setID` is due."),
-            [](py::handle self) { return frameOf(self).remote; },
-            [](py::handle self, const Object& value) { frameOf(self).remote = value; })
-        .property(
-            {"data", "list[int]", "A copy of the 8 bytes; to change them, assign all."},
-            [](py::handle self) { return toList(frameOf(self).data); },
-            [](py::handle self, const Object& value) { frameOf(self).data = eightBytes(value); })
-        .property({"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
-                  [](py::handle self) { return toList(frameOf(self).idBytes); })
-        .property({"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."},
-                  [](py::handle self) { return wireList(frameOf(self)); })
-        .method("setID", {}, "Puts identifier and flags into the bytes of the wire.", {},
-                {"OverflowError: a standard identifier of more than 11 bits"},
-                [](py::handle self) { frameOf(self).setId(); })
-        .method("regularizeData", {data}, "Fills with zeros, and cuts, to 8 entries.", eight, {},
-                [](py::handle, const Object& values) { return regularize(values); })
-        .standalone("fromU8List", {listed}, "Makes a frame of the bytes of the wire.", {"CANFrame", "a new frame"},
-                    {"struct.error: fewer than 4 bytes"},
-                    [](py::handle, const Object& values) { return CanFrameType::make(CanFrame(bytesOf(values))); })
+    frame
+        .method(
+            "__init__",
+            {{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"},
+             {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
+             {"remote", "bool", "whether it is a remote frame", "False"},
+             {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
+            "Makes a frame. Values that are no bytes are kept, and fail where bytes are made of them.", {},
+            {"OverflowError: a standard identifier of more than 11 bits", "TypeError: the identifier is no integer"},
+            Calls<construct>{})
+        .method("setID", {}, "Makes `id_in_list` and `frame_in_list` of the other fields.", {},
+                {"OverflowError: a standard identifier of more than 11 bits"}, Calls<setId>{})
+        .method("regularizeData", {values}, "Fills with zeros, and cuts, to 8 entries.", {"list[int]", "8 entries"}, {},
+                [](py::handle, const Object& values) { return regularize(values); });
+    addFields(cls,
+              {FieldDoc{"id", "int", "Identifier. After a change `setID` is due."},
+               {"extended_id", "bool", "Whether the identifier has 29 bits. After a change `setID` is due."},
+               {"remote", "bool", "Whether it is a remote frame. After a change `setID` is due."},
+               {"data", "list[int]", "The 8 bytes. After a change `setID` is due."},
+               {"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
+               {"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."}},
+              std::make_index_sequence<fieldNames.size()>());
+    addClassMethod(cls,
+                   {"fromU8List",
+                    {{"u8_list", "Sequence[int]",
+                      "12 bytes of the wire; fewer for a frame with fewer data, and two "
+                      "are enough for one of 11 bits without"}},
+                    "Makes a frame of the bytes of the wire.",
+                    {"Self", "a new frame of this class"},
+                    {"IndexError: fewer than 2 bytes", "struct.error: fewer than 4 bytes of an identifier of 29 bits"},
+                    {}},
+                   Calls<fromBytes>{});
+    addClassMethod(cls,
+                   {"fromMessage",
+                    {{"message", "Any", "a can.Message"}},
+                    "Makes a frame of a message of the package `can`.",
+                    {"Self", "a new frame of this class"},
+                    {"ValueError: it is an error frame"},
+                    {}},
+                   Calls<fromMessage>{});
+    frame
         .method("toMessage", {}, "The frame as a message of the package `can`, 8 bytes long.", {"Any", "a can.Message"},
                 {"ImportError: the package is not installed"}, Calls<toMessage>{})
-        .standalone("fromMessage", {{"message", "Any", "a can.Message"}},
-                    "Makes a frame of a message of the package `can`.", {"CANFrame", "a new frame"},
-                    {"ValueError: it is an error frame"},
-                    [](py::handle, const Object& message) { return fromMessage(message); })
-        .method("__eq__", {other}, "Whether two frames say the same.", {"bool"}, {},
-                [](py::handle self, const Object& other) -> Object {
-                    if (!CanFrameType::is(other)) return borrow(Py_NotImplemented);
-                    return py::bool_(frameOf(self) == frameOf(other));
+        .method("__eq__", {other}, "Whether two frames say the same.", {"bool"}, {}, Calls<equals>{})
+        .method("__hash__", {}, "By what it says.", {"int"}, {}, [](py::handle self) { return py::hash(saying(self)); })
+        .method("__reduce__", {}, "For the modules copy and pickle.", {"tuple[Any, ...]"}, {},
+                [](py::handle self) -> Object {
+                    return py::make_tuple(attribute(py::module_::import("copyreg"), "__newobj__"),
+                                          py::make_tuple(py::type::of(borrow(self.ptr()))), stateOf(self));
                 })
-        .method("__hash__", {}, "By what it says.", {"int"}, {},
-                [](py::handle self) {
-                    const CanFrame& frame = frameOf(self);
-                    return py::hash(
-                        py::make_tuple(frame.id, isTrue(frame.extended), isTrue(frame.remote), toBytes(frame.data)));
+        .method("__setstate__", {{"state", "dict[str, Any]", "fields by name"}}, "For the modules copy and pickle.", {},
+                {},
+                [](py::handle self, const Object& state) {
+                    for (const auto& [name, value] : py::dict(state)) py::setattr(self, name, value);
                 })
         .method("__str__", {}, "All of it.", {"str"}, {}, Calls<textOfFrame>{})
         .method("__repr__", {}, "All of it.", {"str"}, {}, Calls<textOfFrame>{});

@@ -1,31 +1,37 @@
 // A frame of a CAN bus.
 #pragma once
 
-#include "python/record_type.h"
+#include "python/classes.h"
 
 namespace zvr::python {
 
-/// The flags are kept as they were given, since they are shown so.
+/// What the wire has of a frame: four bytes of identifier and flags, and eight of data.
 class CanFrame {
 public:
     static constexpr std::size_t dataBytes = 8, wireBytes = 12;
     using Data = std::array<std::uint8_t, dataBytes>;
 
     CanFrame() = default;
-    CanFrame(const Object& id, Object extended, Object remote, const Object& data);
+    /// From the bytes of the wire. Bits that say nothing are dropped.
     explicit CanFrame(ByteView wire);
 
-    /// The identifier as the wire has it. Throws an overflow failure for one that does not fit.
-    void setId();
+    std::uint32_t word() const { return readBigEndian<std::uint32_t>(idBytes); }
+    bool extended() const;
+    bool remote() const;
+    std::uint32_t id() const;
 
-    bool operator==(const CanFrame& other) const;
-
-    std::int64_t id = 0;
-    Object extended = py::bool_(false), remote = py::bool_(false);
     Data data{};
     std::array<std::uint8_t, 4> idBytes{};
 };
 
-using CanFrameType = RecordType<CanFrame>;
+/// The class of frames. Streams make them by the hundred thousand: such a frame is the bytes of the wire only, and its
+/// lists are made when somebody asks for them.
+class CanFrameType {
+public:
+    static Object make(const CanFrame& frame);
+    static bool is(py::handle object);
+    /// The bytes of the wire, from the lists as they are now.
+    static CanFrame of(py::handle object);
+};
 
 }  // namespace zvr::python

@@ -17,8 +17,11 @@ Result open(Op op, Object port) {
 Result setClockRate(Op op, Object port, Object mode) {
     op.call("_checkI2CPort", port);
     op.call("_checkI2CClockRate", mode);
-    const py::int_ rate(clockRates.at(py::cast<std::size_t>(mode)));
-    const Object reply = co_await op.exchange(SET_I2C_FREQUENCY, payload(port, pack<std::uint32_t>(rate)));
+    std::uint32_t rate = 0;
+    for (std::size_t i = 0; i < clockRates.size(); ++i) {
+        if (mode.equal(py::int_(i))) rate = clockRates[i];
+    }
+    const Object reply = co_await op.exchange(SET_I2C_FREQUENCY, payload(port, pack<std::uint32_t>(py::int_(rate))));
     co_return statusOf(bytesOf(reply), 1);
 }
 

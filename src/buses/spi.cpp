@@ -8,8 +8,21 @@ namespace {
 
 constexpr PinnedPorts spiPorts{"SPI", "SPI_dict", "SPI_port", FailureId::SPIPortNotAvaliableError};
 
+// The check gets its modes by name.
+Pending checkLines(const Op& op, const Object& port) {
+    const char* const check = "_checkSPIPinState";
+    const py::list modes = freeModes();
+    if (op.awaitable()) {
+        return Pending::on(callByName(op.self(), internedTwin(check), {port}, {{"allow_state", modes}}));
+    }
+    return Pending::done(
+        callByName(op.self(), interned(check), {port}, {{"allow_state", modes}, {"timeout", op.timeout()}}));
+}
+
 Result open(Op op, Object port) {
-    const Object reply = co_await op.run(openPort<spiPorts>(op, port, OPEN_SPI));
+    op.call("_checkSPIPort", port);
+    co_await checkLines(op, port);
+    const Object reply = co_await op.exchange(OPEN_SPI, payload(port));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -17,9 +30,9 @@ Result open(Op op, Object port) {
 Result setMode(Op op, Object port, Object mode) {
     op.call("_checkSPIPort", port);
     op.call("_checkSPIMode", mode);
-    const int number = py::cast<int>(mode);
-    const Object polarity = co_await op.request("_SPI_setCPOL", port, py::int_(number >> 1));
-    const Object phase = co_await op.request("_SPI_setCPHA", port, py::int_(number & 1));
+    const py::int_ high(isOneOf(mode, {2, 3}) ? 1 : 0), low(isOneOf(mode, {1, 3}) ? 1 : 0);
+    const Object polarity = co_await op.request("_SPI_setCPOL", port, high);
+    const Object phase = co_await op.request("_SPI_setCPHA", port, low);
     co_return polarity | phase;
 }
 
@@ -67,9 +80,9 @@ void defineSpi(Package& package) {
             {u8("port"), u8("mode")}, status(1), "Sets which bit comes first."},
         {"SPI_setPrescaler", {port, prescaler}, {checks[0], calls("_checkSPIPrescaler", {"prescaler"})}, SET_SPI_PRESCALER,
             {u8("port"), packed<std::int16_t>("i16", "prescaler")}, status(1), "Sets the divider of the clock."},
-        {"_SPI_setCPOL", {port, {"polarity", "int", "0 or 1"}}, checks, SET_SPI_CPOL, {u8("port"), u8("polarity")}, status(1),
+        {"_SPI_setCPOL", {port, {"polarity", "int", "0 or 1"}}, {}, SET_SPI_CPOL, {u8("port"), u8("polarity")}, status(1),
             "Sets the polarity of the clock."},
-        {"_SPI_setCPHA", {port, {"phase", "int", "0 or 1"}}, checks, SET_SPI_CPHA, {u8("port"), u8("phase")}, status(1),
+        {"_SPI_setCPHA", {port, {"phase", "int", "0 or 1"}}, {}, SET_SPI_CPHA, {u8("port"), u8("phase")}, status(1),
             "Sets the phase of the clock."},
     });
     // clang-format on

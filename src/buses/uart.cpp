@@ -119,11 +119,7 @@ Result write(Op op, Object port, Object text) {
     op.call("_checkUARTDataLength", text);
     Payload data;
     data.add(port).add(py::int_(py::len(text)));
-    if (PyUnicode_CheckExact(text.ptr())) {
-        data.extend(codePoints(text));
-    } else {
-        for (const py::handle each : text) data.add(callObject(hostObject("builtins", "ord"), each));
-    }
+    data.extend(codePoints(text, "write_data"));
     const Object reply = co_await op.exchange(WRITE_UART, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }
@@ -141,7 +137,8 @@ Result read(Op op, Object port, Object count, Object delay) {
     const py::list characters(py::len(numbers));
     Py_ssize_t place = 0;
     for (const py::handle number : numbers) {
-        PyObject* const character = PyUnicode_FromOrdinal(static_cast<int>(PyLong_AsLong(number.ptr())));
+        const auto code = static_cast<int>(wholeNumber(number, "byte", 0, 0x10FFFF));
+        PyObject* const character = PyUnicode_FromOrdinal(code);
         if (character == nullptr) throw py::error_already_set();
         PyList_SET_ITEM(characters.ptr(), place++, character);
     }
@@ -151,7 +148,7 @@ Result read(Op op, Object port, Object count, Object delay) {
 Result readBytes(Op op, Object port, Object count, Object delay) {
     const Object queue = signalQueue(op, port, count);
     const Object numbers = co_await op.same("_getStreamingFromPool", queue, count, delay);
-    co_return own(PyBytes_FromObject(numbers.ptr()));
+    co_return toBytes(bytesOf(numbers, "bytes"));
 }
 
 void defineChecks(Feature& uart) {

@@ -22,6 +22,15 @@ struct WrongLength : std::runtime_error {
     WrongLength(std::size_t wanted, std::size_t got)
         : std::runtime_error("unpack requires a buffer of " + std::to_string(wanted) + " bytes, got " +
                              std::to_string(got)) {}
+
+protected:
+    using std::runtime_error::runtime_error;
+};
+
+/// A place is asked of a byte string that ends before it.
+struct TooShort : WrongLength {
+    TooShort(std::size_t wanted, std::size_t got)
+        : WrongLength(std::to_string(wanted) + " bytes or more are wanted, " + std::to_string(got) + " came") {}
 };
 
 template <std::size_t Width>
@@ -45,11 +54,14 @@ void appendBigEndian(Bytes& out, Number value) {
     for (std::size_t i = sizeof(Number); i-- > 0;) out.push_back(static_cast<std::uint8_t>(word >> (8 * i)));
 }
 
-/// Part of a byte string; throws WrongLength where the byte string is too short to hold it.
+/// Part of a byte string; throws TooShort where the byte string does not hold all of it.
 inline ByteView slice(ByteView bytes, std::size_t from, std::size_t count) {
-    if (bytes.size() < from + count) throw WrongLength(from + count, bytes.size());
+    if (bytes.size() < from + count) throw TooShort(from + count, bytes.size());
     return bytes.subspan(from, count);
 }
+
+/// One byte of a byte string; throws TooShort where it ends before.
+inline std::uint8_t byteOf(ByteView bytes, std::size_t place) { return slice(bytes, place, 1)[0]; }
 
 /// What a byte string has from a place on; nothing if it ends before.
 inline ByteView restOf(ByteView bytes, std::size_t from) { return bytes.subspan(std::min(from, bytes.size())); }

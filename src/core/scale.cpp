@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <deque>
 #include <map>
 #include <mutex>
 
@@ -25,13 +26,39 @@ Scale16::Scale16(double ratio) : ratio_(ratio) {
     }
 }
 
+namespace {
+
+/// The scales that were asked for last, most recent first, and those that something else still holds.
+class Scales {
+public:
+    std::shared_ptr<const Scale16> of(double ratio) {
+        const auto bits = std::bit_cast<std::uint64_t>(ratio);  // one that is not a number is a key too
+        const std::lock_guard lock(mutex_);
+        auto scale = known_[bits].lock();
+        if (!scale) {
+            std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+            scale = std::make_shared<const Scale16>(ratio);
+            known_[bits] = scale;
+        }
+        std::erase(recent_, scale);
+        recent_.push_front(scale);
+        if (recent_.size() > kept) recent_.pop_back();
+        return scale;
+    }
+
+private:
+    static constexpr std::size_t kept = 4;
+
+    std::mutex mutex_;
+    std::map<std::uint64_t, std::weak_ptr<const Scale16>> known_;
+    std::deque<std::shared_ptr<const Scale16>> recent_;
+};
+
+}  // namespace
+
 std::shared_ptr<const Scale16> Scale16::of(double ratio) {
-    static std::mutex mutex;
-    static auto& scales = immortal<std::map<double, std::shared_ptr<const Scale16>>>();
-    const std::lock_guard lock(mutex);
-    auto& scale = scales[ratio];
-    if (!scale) scale = std::make_shared<const Scale16>(ratio);
-    return scale;
+    static auto& scales = *immortal(std::make_unique<Scales>());
+    return scales.of(ratio);
 }
 
 namespace {

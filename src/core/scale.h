@@ -9,7 +9,7 @@
 namespace zvr {
 
 /// What turns the codes of 16-bit samples into values: code times ratio, rounded to 4 decimals as exactly as the host's
-/// own `round`. There is one object per ratio, made when it is first asked for and kept for good.
+/// own `round`. There is one object per ratio, which whoever uses it shares; the last few stay without a user.
 class Scale16 {
 public:
     static std::shared_ptr<const Scale16> of(double ratio);

@@ -28,10 +28,12 @@ ThreadCount& threadCount() {
 
 // The process in which this thread counts, if it does.
 thread_local std::optional<ProcessMark> countedIn;
+thread_local std::string ownName;
 
 void startDetached(const std::string& name, std::function<void()> body, bool counts) {
     std::thread([name, body = std::move(body), counts]() mutable {
         if (counts) countedIn.emplace();
+        ownName = name;
 #ifdef __linux__
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 #endif
@@ -51,6 +53,8 @@ void forgetThisThread() noexcept {
     --count.running;
     count.changed.notify_all();
 }
+
+const std::string& currentThreadName() { return ownName; }
 
 void awaitAllThreads(Deadline deadline) {
     ThreadCount& count = threadCount();

@@ -23,6 +23,9 @@ void startThread(const std::string& name, std::function<void()> body);
 /// Starts a thread for a call of the system that nobody can end. It does not count: the process may end under it.
 void startUncountedThread(const std::string& name, std::function<void()> body);
 
+/// The name of the thread that calls, if the library started it; else empty.
+const std::string& currentThreadName();
+
 /// A thread of the library that belongs to an object: others may ask for its life, and hear of the failure that ends
 /// it. What its body needs is held by the body itself. A forked child has no such thread: there it is not alive.
 class OwnedThread {

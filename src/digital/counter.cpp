@@ -115,6 +115,7 @@ void defineCounter(Package& package) {
             if (op.awaitable()) {
                 appendFlag(data, edge);
             } else {
+                if (PyIndex_Check(edge.ptr()) == 0) refuseType("edge", "an integer", edge);
                 data.add(edge);
             }
             const Object reply = co_await op.exchange(PULSE_SET_EDGE, data.list());

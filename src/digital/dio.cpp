@@ -71,19 +71,23 @@ void checkPortAndPins(py::handle self, const Side& side, const Object& port, con
     checkIsIntOrList(pins);
     if (!attribute(self, side.map).contains(port)) throw Failure(side.portFailure);
     const Object wanted = own(PySet_New(pins.ptr()));
-    if (!callMethod(wanted, "issubset", pinsOfPort(self, side, port)).cast<bool>()) {
+    if (!truthOf(callMethod(wanted, "issubset", pinsOfPort(self, side, port)))) {
         throw Failure(FailureId::PinsNotExistError);
     }
 }
 
-// Opens pins that no other function uses. `pins` is iterated only after the port's modes are read.
-Result openLines(Op op, const Side& side, Object port, Object pins, Object mask) {
+// Opens pins that no other function uses. `pins` is iterated only after the port's modes are read, and `mask` is asked
+// for after that.
+template <class Mask>
+Result openLines(Op op, const Side& side, Object port, Object pins, Mask mask) {
     const Object modes = co_await op.request("Sys_getPinModeInPort", port);
     for (const py::handle pin : pins) {
         const Object mode = own(PyObject_GetItem(modes.ptr(), pin.ptr()));
         if (!mode.equal(py::str("Idle")) && !mode.equal(py::str(side.mode))) throw Failure(side.portFailure);
     }
-    co_return co_await op.request("_setDIOCurrent", port, mask, py::int_(allOn), py::int_(side.direction), py::int_(0));
+    const Object addressed = mask();
+    co_return co_await op.request("_setDIOCurrent", port, addressed, py::int_(allOn), py::int_(side.direction),
+                                  py::int_(0));
 }
 
 std::vector<Row> wireRows() {
@@ -261,7 +265,7 @@ void definePortOpening(Feature& dio, const std::string& prefix, const Parameter&
                       if (isFixedFunction(op.self())) co_return py::int_(0);
                       op.call(side.checkPort, port);
                       const Object pins = pinsOfPort(op.self(), side, port);
-                      co_return co_await op.run(openLines(op, side, port, pins, py::int_(wholePort)));
+                      co_return co_await op.run(openLines(op, side, port, pins, [] { return py::int_(wholePort); }));
                   })
         .operation(prefix + "_closePort", {port}, "Releases a whole port.", status(1).returns, {check},
                    [](Op op, Object port) -> Result {
@@ -279,7 +283,7 @@ void defineInputs(Feature& dio) {
                       if (isFixedFunction(op.self())) co_return py::int_(0);
                       op.call("_checkDIPortAndPin", port, pins);
                       const Object list = op.call("_getPinIndexInList", pins);
-                      const Object mask = op.call("_getPinIndexInInt", pins);
+                      const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
                       co_return co_await op.run(openLines(op, input, port, list, mask));
                   })
         .operation("DI_closePins", {inputPort, inputPins}, "Releases pins.", status(1).returns, raises,
@@ -324,7 +328,7 @@ void defineOutputs(Feature& dio) {
                       if (isFixedFunction(op.self())) co_return py::int_(0);
                       const Object list = op.call("_getPinIndexInList", pins);
                       op.call("_checkDOPortAndPin", port, list);
-                      const Object mask = op.call("_getPinIndexInInt", pins);
+                      const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
                       co_return co_await op.run(openLines(op, output, port, list, mask));
                   })
         .operation("DO_closePins", {outputPort, outputPins}, "Releases pins.", status(1).returns, raises,
@@ -342,7 +346,7 @@ void defineOutputs(Feature& dio) {
                        checkIsIntOrList(value);
                        Object state = value;
                        if (PyList_Check(value.ptr()) != 0) {
-                           const Object pins = hostObject("builtins", "range")(py::len(value));
+                           const Object pins = callObject(hostObject("builtins", "range"), py::int_(py::len(value)));
                            state = maskOfPairs(pins, value);
                        }
                        co_await op.request("_setAndWriteDO", port, py::int_(wholePort), state);
@@ -356,7 +360,7 @@ void defineOutputs(Feature& dio) {
                    [](Op op, Object port, Object pins, Object value) -> Result {
                        op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
                        checkIsIntOrList(value);
-                       checkInputTypeConsistent(pins, value);
+                       checkSameType(pins, value);
                        Object state = value;
                        if (PyList_Check(pins.ptr()) != 0) {
                            if (py::len(pins) != py::len(value)) throw Failure(FailureId::PinsValueNotDefineError);

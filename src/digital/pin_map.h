@@ -18,8 +18,8 @@ struct PinnedPorts {
 /// The digital ports that the entries name, each once.
 py::list digitalPortsOf(py::handle entries);
 
-/// Reads the modes of the lines, and throws `failure` if one is not in an allowed mode.
-Result checkLines(Op op, Object entries, Object allowed, FailureId failure);
+/// Reads the modes of a port's lines, and throws the failure if one is not in an allowed mode.
+Result checkLines(Op op, const PinnedPorts& ports, Object port, Object allowed);
 
 inline Object entriesOf(py::handle self, const PinnedPorts& ports, const Object& port) {
     return own(PyObject_GetItem(attribute(self, ports.field).ptr(), port.ptr()));
@@ -52,8 +52,7 @@ Feature& definePinCheck(Feature& feature, const char* ending = "", const char* t
         {},
         {nameOf(ports.failure) + ": a line is in another mode"},
         steps([](Op op, Object port, Object allowed) -> Result {
-            const Object entries = entriesOf(op.self(), ports, port);
-            co_return co_await op.run(checkLines(op, entries, allowed, ports.failure));
+            co_return co_await op.run(checkLines(op, ports, port, allowed));
         })};
     state.twin = twin;
     return feature

@@ -14,15 +14,20 @@ Row sets(const char* name, Parameter value, std::vector<Check> checks, Command c
     return {name, {std::move(value)}, std::move(checks), command, {constant(0), field}, status(1), summary};
 }
 
-// A move of the state to the lists takes place as a whole, or leaves them empty.
+constexpr std::pair<const char*, std::size_t> stateGroups[] = {
+    {"current_posi_list", 1}, {"current_velo_list", 25}, {"current_acce_list", 49}};
+
+// New lists: who keeps the old ones keeps their values.
+void emptyState(py::handle self, std::vector<Object>& /*arguments*/) {
+    for (const auto& [list, place] : stateGroups) setAttribute(self, list, py::list());
+}
+
+// A state of which a part is missing leaves the lists empty.
 Reply stateReply() {
     return {[](py::handle self, const Bytes& data) -> Object {
-                const std::pair<const char*, std::size_t> groups[] = {
-                    {"current_posi_list", 1}, {"current_velo_list", 25}, {"current_acce_list", 49}};
-                for (const auto& [list, place] : groups) setAttribute(self, list, py::list());
                 std::vector<py::list> values;
-                for (const auto& [list, place] : groups) values.push_back(sixAxes(data, place));
-                for (std::size_t i = 0; i < values.size(); ++i) setAttribute(self, groups[i].first, values[i]);
+                for (const auto& [list, place] : stateGroups) values.push_back(sixAxes(data, place));
+                for (std::size_t i = 0; i < values.size(); ++i) setAttribute(self, stateGroups[i].first, values[i]);
                 return py::int_(0);
             },
             {"int", "0; the values are in the lists of the object", "the device"}};
@@ -38,7 +43,7 @@ void defineWrapper(ClassMaker& drone, const char* name, const char* summary) {
 template <const char* const& list>
 void defineStateRead(ClassMaker& drone, const char* name, const char* summary, const char* doc) {
     drone.operation(name, {}, summary, {"list[float]", doc, "the device"},
-                    {"struct.error: the reply is too short; the lists are empty then"}, [](Op op) -> Result {
+                    {"IndexError: the reply is too short; the lists are empty then"}, [](Op op) -> Result {
                         co_await op.request("_Drone_getPositionVelociyAcceleration");
                         co_return attribute(op.self(), list);
                     });
@@ -74,8 +79,9 @@ void defineDroneStatus(ClassMaker& drone) {
         reads("Drone_readTaskControlMode", DRONE_READ_TASK_CONTROL_MODE, byteAt(1, "the device's number"),
             "Reads what it is doing."),
         reads("_Drone_readStatus", DRONE_READ_STATUS, byteAt(1, "the device's number"), "Reads the state of the device."),
-        reads("_Drone_getPositionVelociyAcceleration", DRONE_READ_NED_STATE_RPYXYZ, stateReply(),
-            "Reads position, velocity and acceleration of one moment into the lists of the object."),
+        {"_Drone_getPositionVelociyAcceleration", {}, {}, DRONE_READ_NED_STATE_RPYXYZ, {constant(0)}, stateReply(),
+            "Reads position, velocity and acceleration of one moment into the lists of the object, which are emptied "
+            "before it asks.", emptyState},
         sets("_Drone_setFlightMode", {"flight_mode", "int", "0 attitude, 1 position"},
             {calls("_checkFlightMode", {"flight_mode"})}, DRONE_SET_FLIGHT_MODE, "Sets the flight mode."),
         sets("Drone_setAltitudeSensorMode", {"mode", "int", "0 or 1"}, {calls("_checkInputMode", {"mode"})},

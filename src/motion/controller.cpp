@@ -535,17 +535,29 @@ Object withBits(Object word, const std::vector<Bit>& bits) {
     return word;
 }
 
+namespace {
+
+// Both forms go through the constructor of their own driver.
+template <bool isTwin>
+void defineConstructor(Package& package) {
+    ClassMaker(package.get(isTwin ? "MCX514Module_async" : "MCX514Module"))
+        .method("__init__", {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
+                "Takes what the model offers.", {}, {}, [](py::handle self, const Object& connectors) {
+                    setAttribute(self, "motion_dict", connectors);
+                    callOf(isTwin ? "MCX514Driver_async" : "MCX514Driver", "__init__", self);
+                });
+}
+
+}  // namespace
+
 void defineMotionController(Package& package) {
     ClassMaker based = package.makeClass("MCX514Based", {},
                                          "The four-axis motion controller.\n\nWhat both forms of the feature share.");
     defineChecks(based);
     Feature controller(package, "MCX514Module", {"MCX514Driver", "MCX514Based"}, "The four-axis motion controller.");
-    controller.field({"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"})
-        .constructor({{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
-                     [](py::handle self, const Object& connectors) {
-                         setAttribute(self, "motion_dict", connectors);
-                         constructMotionState(self);
-                     });
+    controller.field({"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"});
+    defineConstructor<false>(package);
+    defineConstructor<true>(package);
     defineRegisterBits(controller);
     defineConfiguration(controller);
     defineStates(controller);

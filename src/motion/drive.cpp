@@ -86,7 +86,9 @@ int keepStatus(py::handle self, const Object& status) {
     return 0;
 }
 
-std::uint32_t wordOf(const Object& bytes) { return readBigEndian<std::uint32_t>(slice(bytesOf(bytes), 0, 4)); }
+std::uint32_t wordOf(const Object& bytes) {
+    return readBigEndian<std::uint32_t>(slice(bytesOf(bytes, "register"), 0, 4));
+}
 
 /// An operation that is one access to one register; without an argument it reads.
 struct Access {
@@ -152,8 +154,9 @@ Result setRamp(Op op, Object port) {
 
 Result alarmStatus(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
-    const Bytes bytes = bytesOf(co_await op.request("_Motion_getGlobalStatus", port));
-    const bool alarm = (bytes.at(2) >> 4 & 1) != 0 || (bytes.at(3) >> 2 & 1) != 0 || (bytes.at(3) >> 1 & 1) != 0;
+    const Bytes bytes = bytesOf(co_await op.request("_Motion_getGlobalStatus", port), "register");
+    const int third = byteOf(bytes, 2), fourth = byteOf(bytes, 3);
+    const bool alarm = (third >> 4 & 1) != 0 || (fourth >> 2 & 1) != 0 || (fourth >> 1 & 1) != 0;
     co_return py::int_(alarm ? 1 : 0);
 }
 
@@ -208,9 +211,10 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
     Merged status;
     status.take(co_await op.request("_Motion_setLimitEnable", port, forward, reverse));
     status.take(co_await op.request("_Motion_setLimitPolarity", port, polarity));
-    const Bytes bytes = bytesOf(co_await op.request("_Motion_getLimitSwitch", port));
+    const Bytes bytes = bytesOf(co_await op.request("_Motion_getLimitSwitch", port), "register");
     const int low = isZero(polarity) ? 1 : 0, forwardOn = isOne(forward) ? 1 : 0, reverseOn = isOne(reverse) ? 1 : 0;
-    const int word = bytes.at(2) << 8 | (bytes.at(3) & 0xF0) | low << 3 | low << 2 | reverseOn << 1 | forwardOn;
+    const int word =
+        byteOf(bytes, 2) << 8 | (byteOf(bytes, 3) & 0xF0) | low << 3 | low << 2 | reverseOn << 1 | forwardOn;
     status.take(co_await op.request("_Motion_setLimitSwitch", port, py::int_(word)));
     co_return status.value();
 }
@@ -218,8 +222,8 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
 // Three bytes are cut for each value, which is one too few: it fails with the first one.
 Result parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
-    const Bytes reply = bytesOf(co_await op.exchange(MOTION_GET_PARAM, payload(port)));
-    if (reply.size() < 3) throw std::out_of_range("the reply has no length byte");
+    const Bytes reply = bytesOf(co_await op.exchange(MOTION_GET_PARAM, payload(port)), "reply");
+    byteOf(reply, 2);
     const ByteView data = ByteView(reply).subspan(3);
     std::size_t i = 0;
     for (const py::handle entry : py::list(callMethod(attribute(op.self(), "TMC5240_default_dict"), "values"))) {
@@ -266,13 +270,12 @@ void defineBased(Package& package) {
 void defineRegisters(Feature& drive) {
     const Parameter address{"reg_addr", "int", "register, one of the PAWL_ constants"};
     const Returns zero{"int", "0"};
-    const Reply contents{[](py::handle self, const Bytes& data) -> Object {
-                             callMethod(self, "_TMC5240_getSPIStatus", py::int_(data.at(2)));
-                             return toBytes(ByteView(data).subspan(3));
-                         },
-                         registerBytes};
-    const Reply everything{[](py::handle, const Bytes& data) -> Object { return toBytes(data); },
-                           {"bytes", "the whole reply", "the device"}};
+    const Reply contents{nullptr, registerBytes, [](py::handle self, const Object& reply) {
+                             callMethod(self, "_TMC5240_getSPIStatus", itemOf(reply, 2));
+                             return restOfSequence(reply, 3);
+                         }};
+    const Reply everything{
+        nullptr, {"bytes", "the whole reply", "the device"}, [](py::handle, const Object& reply) { return reply; }};
     // clang-format off
     drive.rows({
         {"_Motion_read", {port, address}, {}, MOTION_READ_REG, {u8("port"), u8("reg_addr")}, contents,
@@ -288,7 +291,7 @@ void defineRegisters(Feature& drive) {
                    {integer("port", "digital port"), integer("pin", "pin, 0 to 7"), integer("value", "0 or 1")},
                    "Drives a digital output.", zero, {},
                    [](Op op, Object port, Object pin, Object value) -> Result {
-                       const Object mask = py::int_(1) << pin;
+                       const Object mask = fillBit(py::int_(0), pin);
                        co_await op.exchange(SET_AND_WRITE_DO, payload(port, 0, mask, 0, mask * value));
                        co_return py::int_(0);
                    })
@@ -346,11 +349,11 @@ void defineDriveMoves(Feature& drive) {
         u32("acceleration"), lowByte("search_direction"), lowByte("approach_direction"),
         i32("offset"),       isTrueText("reset_position")};
     const Reply state{
-        [](py::handle, const Bytes& data) -> Object {
-            const int state = data.at(1);
-            return py::make_tuple(state, toBytes(ByteView(data).subspan(2)));
-        },
-        {"tuple[int, bytes]", "state in the firmware's numbering, and the rest of the reply", "the device"}};
+        nullptr,
+        {"tuple[int, bytes]", "state in the firmware's numbering, and the rest of the reply", "the device"},
+        [](py::handle, const Object& reply) -> Object {
+            return py::make_tuple(itemOf(reply, 1), restOfSequence(reply, 2));
+        }};
     const Reply inputs{[](py::handle, const Bytes& data) -> Object {
                            const int word = readBigEndian<std::uint16_t>(slice(data, 1, 2));
                            py::list levels;

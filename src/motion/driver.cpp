@@ -38,6 +38,10 @@ struct Family {
 };
 
 Object maskOfAxis(const Object& axis) {
+    if (PyNumber_Check(axis.ptr()) == 0) refuseType("axis", "a number", axis);
+    if (PyIndex_Check(axis.ptr()) != 0 && axis >= py::int_(mostBits)) {
+        throw std::overflow_error("axis: the number is too large");
+    }
     const Object power = own(PyNumber_Power(py::int_(2).ptr(), axis.ptr(), Py_None));
     return own(PyNumber_Long(power.ptr()));
 }

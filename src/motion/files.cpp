@@ -29,56 +29,25 @@ Object toText(py::handle self, const Object& key, const Object& value) {
 }
 
 Object toValue(py::handle self, const Object& key, const Object& text) {
-    if (isPercent(key)) return hostObject("builtins", "float")(text);
-    if (isOffset(key)) return hostObject("builtins", "int")(text);
+    if (isPercent(key)) return callObject(py::handle(reinterpret_cast<PyObject*>(&PyFloat_Type)), text);
+    if (isOffset(key)) return callObject(py::handle(reinterpret_cast<PyObject*>(&PyLong_Type)), text);
     return lookedUp(self, "ini_in_dict", key, text);
 }
 
 Result openFile(Op op, Object name) {
-    if (!py::cast<bool>(callObject(hostObject("os.path", "isfile"), name))) {
+    const bool isPath = PyUnicode_Check(name.ptr()) != 0 || attributeOrNothing(name, "__fspath__");
+    const Object path = isPath ? callObject(hostObject("os", "fspath"), name) : name;
+    if (PyUnicode_Check(path.ptr()) == 0) refuseType("filename", "a name as text", name);
+    if (!truthOf(callObject(hostObject("os.path", "isfile"), name))) {
         throw Failure(FailureId::IniFileNotFoundError);
     }
-    if (!py::cast<bool>(callMethod(name, "endswith", py::str(".ini")))) {
+    if (!truthOf(callMethod(path, "endswith", py::str(".ini")))) {
         throw Failure(FailureId::IniFileExtensionNameError);
     }
     setAttribute(op.self(), "inifile", name);
     setAttribute(op.self(), "inimode", py::str("w"));
     setAttribute(op.self(), "iniconfig", callObject(hostObject("configparser", "ConfigParser")));
     co_return py::int_(0);
-}
-
-void writeAndClose(const Object& file, const Object& text) {
-    thenAlways([&] { callMethod(file, "write", text); }, [&] { callMethod(file, "close"); });
-}
-
-// A new file takes the place of the old one when it is complete. Where the folder takes none, or in a mode that adds to
-// the file, the file itself is written.
-void replaceContent(const Object& name, const Object& mode, const Object& text) {
-    const py::handle open = hostObject("builtins", "open");
-    const Object path = callObject(hostObject("os.path", "realpath"), name);
-    Object fresh;
-    if (mode.equal(py::str("w"))) {
-        callMethod(callObject(open, path, py::str("a")), "close");
-        try {
-            fresh = hostObject("tempfile", "NamedTemporaryFile")(
-                mode, py::arg("dir") = callObject(hostObject("os.path", "dirname"), path), py::arg("delete") = false);
-        } catch (const py::error_already_set& error) {
-            if (!error.matches(PyExc_OSError)) throw;
-        }
-    }
-    if (!fresh) {
-        writeAndClose(callObject(open, path, mode), text);
-        return;
-    }
-    const Object freshName = attribute(fresh, "name");
-    try {
-        writeAndClose(fresh, text);
-        callObject(hostObject("shutil", "copymode"), path, freshName);
-        callObject(hostObject("os", "replace"), freshName, path);
-    } catch (...) {
-        callObject(hostObject("os", "unlink"), freshName);
-        throw;
-    }
 }
 
 template <bool isController>
@@ -92,9 +61,13 @@ Result saveFile(Op op) {
             section[pair[0]] = py::str(op.call("_Motion_INI_convertIntToString", pair[0], pair[1]));
         }
     }
+    // What cannot be told as text fails before the file is touched.
     const Object text = callObject(hostObject("io", "StringIO"));
     callMethod(config, "write", text);
-    replaceContent(attribute(op.self(), "inifile"), attribute(op.self(), "inimode"), callMethod(text, "getvalue"));
+    const Object content = callMethod(text, "getvalue");
+    const Object file =
+        callObject(hostObject("builtins", "open"), attribute(op.self(), "inifile"), attribute(op.self(), "inimode"));
+    thenAlways([&] { callMethod(file, "write", content); }, [&] { callMethod(file, "close"); });
     co_return py::int_(0);
 }
 
@@ -144,9 +117,9 @@ void defineFiles(Feature& feature) {
                   "IniFileExtensionNameError: its name does not end in \".ini\""},
                  Calls<openFile>{})
         .untimed("Motion_saveCfgFile", {},
-                 "Saves the settings of all axes to the opened file. After a failure the old file is as it was, "
-                 "unless its folder takes no new file.",
-                 done, {unopened, "KeyError: a setting has a value without a text", "OSError: the file is refused"},
+                 "Saves the settings of all axes to the opened file itself: its links and its owner stay.", done,
+                 {unopened, "KeyError: a setting has a value without a text; the file is as it was then",
+                  "OSError: the file is refused, or the disk takes no more"},
                  Calls<saveFile<isController>>{})
         .operation("Motion_loadCfgFile", {},
                    "Loads the settings of all axes from the opened file, and sends them to connector 0.",

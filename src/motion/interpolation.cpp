@@ -31,18 +31,19 @@ Result configureLine(Op op, std::vector<Object> given) {
     callMethod(pairs, "sort");
     std::vector<Object> axes, positions;
     const Object record = attribute(op.self(), "linear_interpo");
-    Object word = withBits(py::int_(0), {{6, count == 2 ? 1 : 0}, {7, count == 3 ? 1 : 0}});
     for (std::size_t i = 0; i < count; ++i) {
         axes.push_back(item(pairs[i], 0));
         positions.push_back(item(pairs[i], 1));
         setAttribute(record, fields[i].first, axes[i]);
         setAttribute(record, fields[i].second, positions[i]);
-        word = writeBit(word, axes[i], py::int_(1));
     }
     setFields(record, {{"speed", speed}, {"acceleration", acceleration}, {"deceleration", deceleration}});
     setAttribute(record, "mode", py::int_(count));
     Merged status;
     for (const Object& axis : axes) status.take(co_await applyOutput(op, port, axis));
+    Object word = py::int_(0);
+    for (const Object& axis : axes) word = writeBit(word, axis, py::int_(1));
+    word = withBits(word, {{6, count == 2 ? 1 : 0}, {7, count == 3 ? 1 : 0}});
     status.take(co_await op.request("_Motion_setInterpolationMode", port, word));
     status.take(co_await op.request("_Motion_setInitialSpeed", port, axes[0], startingSpeed(acceleration)));
     status.take(co_await op.request("_Motion_setDriveSpeed", port, axes[0], speed));
@@ -85,11 +86,11 @@ Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Obje
                        {"speed", speed},
                        {"acceleration", acceleration},
                        {"deceleration", deceleration}});
-    Object word = writeBit(writeBit(py::int_(0), x, py::int_(1)), y, py::int_(1));
-    word = withBits(word, {{6, 1}, {4, swapped ? 1 : 0}});
     Merged status;
     status.take(co_await applyOutput(op, port, x));
     status.take(co_await applyOutput(op, port, y));
+    Object word = writeBit(writeBit(py::int_(0), x, py::int_(1)), y, py::int_(1));
+    word = withBits(word, {{6, 1}, {4, swapped ? 1 : 0}});
     status.take(co_await op.request("_Motion_setInterpolationMode", port, word));
     status.take(co_await op.request("_Motion_setInitialSpeed", port, main, speed));
     status.take(co_await op.request("_Motion_setDriveSpeed", port, main, speed));

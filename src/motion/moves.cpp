@@ -16,10 +16,15 @@ Result writeTarget(Op op, Object port, Object axis, Object position) {
 Result writeDriveMode(Op op, Object port, Object axis, Object mode, Object velocity) {
     const Object record = recordOf(op, axis);
     setFields(record, {{"operation_mode", mode}, {"velocity", velocity}});
-    const char* start = velocity >= py::int_(0) ? "_Motion_positiveDirContinuousPlusDriving"
-                                                : "_Motion_negativeDirContinuousPlusDriving";
-    if (isZero(mode)) start = "_Motion_absolutePositionDriving";
-    if (isOne(mode)) start = "_Motion_relativePositionDriving";
+    const char* start = nullptr;
+    if (isZero(mode)) {
+        start = "_Motion_absolutePositionDriving";
+    } else if (isOne(mode)) {
+        start = "_Motion_relativePositionDriving";
+    } else {
+        start = velocity >= py::int_(0) ? "_Motion_positiveDirContinuousPlusDriving"
+                                        : "_Motion_negativeDirContinuousPlusDriving";
+    }
     co_return co_await op.request(start, port, axis);
 }
 

@@ -1,7 +1,9 @@
 #include "core/failures.h"
 
+#include "core/threads.h"
 #include "protocol/protocol.h"
 #include "python/raising.h"
+#include "python/values.h"
 
 namespace zvr::python {
 
@@ -43,14 +45,44 @@ void defineFailure(Package& package, FailureId id) {
         }};
     definition.tag = static_cast<std::size_t>(id);
     type.add(std::move(definition), Form::method);
+    setAttribute(type.type(), "code", py::int_(row.code));
+    setAttribute(type.type(), "msg", py::str(row.message.data(), row.message.size()));
     setFailureClass(id, type.type());
     if (!row.constant.empty()) package.constant(row.constant.data(), row.code);
 }
 
+void say(const Object& text) { callObject(hostObject("builtins", "print"), text); }
+
+// The innermost frame of Python on this thread; None where it runs none.
+Object innermostFrame() {
+    PyFrameObject* const frame = PyEval_GetFrame();
+    return frame == nullptr ? Object(py::none()) : borrow(reinterpret_cast<PyObject*>(frame));
+}
+
+// Whether a frame runs a constructor of this object: a class that a user derives has one.
+bool isConstructorOf(const Object& frame, py::handle self) {
+    const Object code = attribute(frame, "f_code");
+    if (!attribute(code, "co_name").equal(py::str("__init__"))) return false;
+    const py::tuple names = attribute(code, "co_varnames");
+    return !names.empty() && callMethod(attribute(frame, "f_locals"), "get", Object(names[0])).is(self);
+}
+
+// The stack of the line that makes the warning, and the warning itself, which names that line. A thread of the library
+// runs no lines: it is told by its name.
 void reportWarning(py::handle self) {
-    const py::list trace = hostObject("traceback", "format_list")(hostObject("traceback", "extract_stack")());
-    py::print(py::str("\n").attr("join")(trace));
-    hostObject("warnings", "warn")(formatted("Warning {:d}: {}", self), borrow(PyExc_UserWarning), 2);
+    Object frame = innermostFrame();
+    int level = 1;
+    for (; !frame.is_none() && isConstructorOf(frame, self); ++level) frame = attribute(frame, "f_back");
+    if (frame.is_none()) {
+        const std::string& name = currentThreadName();
+        say(py::str("  On thread {!r}, which runs no Python\n").format(name.empty() ? "unknown" : name));
+    } else {
+        const Object stack = callObject(hostObject("traceback", "extract_stack"), frame);
+        const Object lines = callObject(hostObject("traceback", "format_list"), stack);
+        say(callMethod(py::str("\n"), "join", lines));
+    }
+    callObject(hostObject("warnings", "warn"), formatted("Warning {:d}: {}", self), py::handle(PyExc_UserWarning),
+               py::int_(level));
 }
 
 }  // namespace
@@ -89,13 +121,20 @@ void defineFailures(Package& package) {
     package.function("printGenericError", {{"err", "BaseException", "the failure"}},
                      "Prints the class and the text of a failure on one line.", {}, {},
                      [](py::handle, const Object& error) {
-                         py::print(py::str("{}:{}").format(attribute(py::type::of(error), "__name__"), py::str(error)));
+                         const Object name = attribute(py::type::of(error), "__name__");
+                         say(py::str("{}:{}").format(name, py::str(error)));
                      });
     package.function("checkFirmwareError", {{"error_code", "int", "status byte of a device's reply"}},
                      "Raises the failure that a status byte stands for.", {},
                      {"Error: the class of the status; FirmwareOtherError for an unknown one"},
                      [](py::handle, const Object& status) {
-                         if (const auto refusal = failureOfStatus(py::cast<int>(status))) throw Failure(*refusal);
+                         int overflow = 0;
+                         const Object number = integerOf(status, "error_code");
+                         const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
+                         const bool isByte = overflow == 0 && value >= 0 && value <= 255;
+                         if (const auto refusal = failureOfStatus(isByte ? static_cast<int>(value) : -1)) {
+                             throw Failure(*refusal);
+                         }
                      });
 }
 

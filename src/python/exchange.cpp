@@ -27,6 +27,23 @@ void run(const Check& check, const Definition& definition, py::handle self, cons
     own(PyObject_VectorcallMethod(method.ptr(), values.data(), values.size(), nullptr));
 }
 
+// What refuses a value tells whose it is.
+void append(const Field& field, Payload& data, const Object& value) {
+    const auto named = [&](const std::string& text) { return field.argument + ": " + text; };
+    try {
+        field.append(data, value);
+    } catch (const py::type_error& error) {
+        throw py::type_error(named(error.what()));
+    } catch (const py::value_error& error) {
+        throw py::value_error(named(error.what()));
+    } catch (const std::overflow_error& error) {
+        throw std::overflow_error(named(error.what()));
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_TypeError)) throw;
+        throw py::type_error(named(std::string(py::str(error.value()))));
+    }
+}
+
 std::string textOf(const Field& field) {
     if (field.kind.empty()) return field.argument;
     return field.argument.empty() ? field.kind : field.kind + "(" + field.argument + ")";
@@ -38,12 +55,15 @@ Result exchangeSteps(const Definition& definition, Op op, std::vector<Object> ar
     for (const Check& check : exchange.checks) run(check, definition, op.self(), arguments);
     Payload data;
     for (const Field& field : exchange.payload) {
-        const bool given = !field.argument.empty();
-        field.append(
-            data, given ? arguments[indexOf(definition.parameters, field.argument)] : Object(py::int_(field.number)));
+        if (field.argument.empty()) {
+            field.append(data, py::int_(field.number));
+        } else {
+            append(field, data, arguments[indexOf(definition.parameters, field.argument)]);
+        }
     }
     const Object reply = co_await op.exchange(exchange.command, data.list());
-    const Bytes bytes = bytesOf(reply);
+    if (exchange.reply.cut) co_return exchange.reply.cut(op.self(), reply);
+    const Bytes bytes = bytesOf(reply, "reply");
     co_return exchange.reply.decode(op.self(), bytes);
 }
 
@@ -54,11 +74,15 @@ Result runExchange(const Definition& definition, Op op, Arguments arguments) {
 
 }  // namespace
 
-Object statusOf(const Bytes& reply, std::size_t place) {
-    if (reply.size() <= place) throw std::out_of_range("the reply has no status byte");
-    const int status = reply[place];
-    const auto refusal = failureOfStatus(status);
-    return py::int_(refusal ? rowOf(*refusal).code : status);
+Object statusOf(ByteView reply, std::size_t place) { return checkedStatus(py::int_(byteOf(reply, place))); }
+
+Object restOfSequence(const Object& sequence, Py_ssize_t from) {
+    const Object part(py::slice(from, std::nullopt, std::nullopt));
+    return own(PyObject_GetItem(sequence.ptr(), part.ptr()));
+}
+
+Object itemOf(const Object& sequence, Py_ssize_t place) {
+    return own(PyObject_GetItem(sequence.ptr(), py::int_(place).ptr()));
 }
 
 Reply status(std::size_t place) {
@@ -68,7 +92,7 @@ Reply status(std::size_t place) {
 }
 
 Reply byteAt(std::size_t place, std::string doc) {
-    return {[place](py::handle, const Bytes& data) -> Object { return py::int_(data.at(place)); },
+    return {[place](py::handle, const Bytes& data) -> Object { return py::int_(byteOf(data, place)); },
             {"int", std::move(doc), "the device, byte " + std::to_string(place) + " of its reply"}};
 }
 
@@ -91,8 +115,9 @@ Reply byteList(std::string doc) {
 }
 
 Reply bytesFrom(std::size_t place, std::string doc) {
-    return {[place](py::handle, const Bytes& data) -> Object { return toBytes(restOf(data, place)); },
-            {"bytes", std::move(doc), "the device, from byte " + std::to_string(place) + " of its reply on"}};
+    return {nullptr,
+            {"bytes", std::move(doc), "the device, from byte " + std::to_string(place) + " of its reply on"},
+            [place](py::handle, const Object& reply) { return restOfSequence(reply, static_cast<Py_ssize_t>(place)); }};
 }
 
 Reply kept(std::string field, Reply reply) {

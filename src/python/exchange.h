@@ -23,7 +23,10 @@ Field packed(std::string kind, std::string argument) {
 }
 
 inline Field u8(std::string argument) {
-    return {std::move(argument), {}, [](Payload& data, py::handle v) { data.add(v); }};
+    return {std::move(argument), {}, [](Payload& data, py::handle v) {
+                if (PyIndex_Check(v.ptr()) == 0) refuseType(nullptr, "an integer", v);
+                data.add(v);
+            }};
 }
 inline Field word(std::string argument) { return packed<std::uint16_t>("u16", std::move(argument)); }
 inline Field f32(std::string argument) { return packed<float>("f32", std::move(argument)); }
@@ -66,10 +69,11 @@ inline Check isNumber(std::string argument) { return {{}, {std::move(argument)},
 inline Check isList(std::string argument) { return {{}, {std::move(argument)}, checkIsList}; }
 inline Check isText(std::string argument) { return {{}, {std::move(argument)}, checkIsText}; }
 
-/// How a reply becomes the result.
+/// How a reply becomes the result. `cut` is for results that are a part of the reply as it is, of its own type.
 struct Reply {
     std::function<Object(py::handle self, const Bytes& data)> decode;
     Returns returns;
+    std::function<Object(py::handle self, const Object& reply)> cut = nullptr;
 };
 
 /// 0, or the negative code of the device's refusal, from the status byte at this place of the reply.
@@ -81,6 +85,10 @@ Reply textReply(std::string doc, std::size_t length = std::string::npos, std::si
 /// Four bytes of the reply as a dotted address.
 Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
+/// The part of a sequence from a place on, in the sequence's own type.
+Object restOfSequence(const Object& sequence, Py_ssize_t from);
+/// One item of a sequence; an index failure where it ends before.
+Object itemOf(const Object& sequence, Py_ssize_t place);
 /// The reply's bytes from a place on.
 Reply bytesFrom(std::size_t place, std::string doc);
 /// Numbers of the reply, one behind the other; further bytes are ignored.
@@ -135,6 +143,6 @@ struct Row {
 Definition defineExchange(Row row);
 
 /// The status tail of a write: 0, or the negative code of the refusal.
-Object statusOf(const Bytes& reply, std::size_t place);
+Object statusOf(ByteView reply, std::size_t place);
 
 }  // namespace zvr::python

@@ -23,6 +23,18 @@ void raiseFailure(const Failure& failure) {
     setError(type, failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type));
 }
 
+// A reply that ends too early is an index failure, and where it is unpacked the failure of that as well.
+py::handle shortReply() {
+    static auto& made = immortal<Object>();
+    if (!made) {
+        const py::tuple bases = py::make_tuple(borrow(PyExc_IndexError), hostObject("struct", "error"));
+        py::dict body;
+        body["__module__"] = "pyzvr";
+        made = callObject(borrow(reinterpret_cast<PyObject*>(&PyType_Type)), py::str("ShortReplyError"), bases, body);
+    }
+    return made;
+}
+
 // Of OSError itself the host picks the subclass by the number.
 void raiseSystemError(py::handle type, const std::system_error& error) {
     const Object failure = callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
@@ -49,6 +61,8 @@ void raiseCurrent() noexcept {
             raiseSystemError(packageObject(error.timedOut() ? "USBTimeoutError" : "USBError"), error);
         } catch (const std::system_error& error) {
             raiseSystemError(PyExc_OSError, error);
+        } catch (const TooShort& error) {
+            setError(shortReply(), error.what());
         } catch (const WrongLength& error) {
             setError(hostObject("struct", "error"), error.what());
         } catch (const std::overflow_error& error) {

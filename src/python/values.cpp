@@ -5,74 +5,200 @@
 #include <limits>
 
 #include "core/failures.h"
+#include "python/raising.h"
 
 namespace zvr::python {
 
-Bytes bytesOf(py::handle sequence) {
-    if (PyLong_Check(sequence.ptr()) || PyUnicode_Check(sequence.ptr())) {
-        throw py::type_error(std::string("a sequence of byte values is wanted, not ") +
-                             Py_TYPE(sequence.ptr())->tp_name);
-    }
-    const Object bytes = own(PyBytes_FromObject(sequence.ptr()));
+namespace {
+
+std::string named(const char* name, const std::string& text) {
+    return name == nullptr ? text : std::string(name) + ": " + text;
+}
+
+// A buffer whose items are single bytes; nothing for any other.
+std::optional<Bytes> plainBuffer(PyObject* object) {
+    if (PyMemoryView_Check(object) == 0) return std::nullopt;
+    const Py_buffer& view = *PyMemoryView_GET_BUFFER(object);
+    const std::string_view format = view.format == nullptr ? "B" : view.format;
+    if (view.itemsize != 1 || view.ndim != 1 || (format != "B" && format != "c")) return std::nullopt;
+    const Object bytes = own(PyBytes_FromObject(object));
     const auto* data = reinterpret_cast<const std::uint8_t*>(PyBytes_AS_STRING(bytes.ptr()));
-    return {data, data + PyBytes_GET_SIZE(bytes.ptr())};
+    return Bytes(data, data + PyBytes_GET_SIZE(bytes.ptr()));
+}
+
+std::uint8_t byteOfItem(py::handle item, const char* name, std::size_t place) {
+    const auto at = [&] { return "item " + std::to_string(place); };
+    if (PyIndex_Check(item.ptr()) == 0) {
+        throw py::type_error(
+            named(name, at() + " is of type " + Py_TYPE(item.ptr())->tp_name + "; an integer from 0 to 255 is wanted"));
+    }
+    int overflow = 0;
+    const Object number = own(PyNumber_Index(item.ptr()));
+    const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
+    if (overflow != 0 || value < 0 || value > 255) {
+        throw py::value_error(named(
+            name, at() + " is " + (overflow != 0 ? "too large" : std::to_string(value)) + "; a byte is 0 to 255"));
+    }
+    return static_cast<std::uint8_t>(value);
+}
+
+}  // namespace
+
+void refuseType(const char* name, const char* wanted, py::handle given) {
+    throw py::type_error(named(name, std::string(wanted) + " is wanted, not " + Py_TYPE(given.ptr())->tp_name));
+}
+
+Bytes bytesOf(py::handle sequence, const char* name) {
+    PyObject* const object = sequence.ptr();
+    if (PyBytes_Check(object) != 0) {
+        const auto* data = reinterpret_cast<const std::uint8_t*>(PyBytes_AS_STRING(object));
+        return {data, data + PyBytes_GET_SIZE(object)};
+    }
+    if (PyByteArray_Check(object) != 0) {
+        const auto* data = reinterpret_cast<const std::uint8_t*>(PyByteArray_AS_STRING(object));
+        return {data, data + PyByteArray_GET_SIZE(object)};
+    }
+    if (PyUnicode_Check(object) != 0) refuseType(name, "a sequence of byte values", sequence);
+    if (auto bytes = plainBuffer(object)) return *std::move(bytes);
+    Bytes bytes;
+    if (PyList_CheckExact(object) != 0) {  // an item's own code may change the list meanwhile
+        bytes.reserve(static_cast<std::size_t>(PyList_GET_SIZE(object)));
+        for (Py_ssize_t i = 0; i < PyList_GET_SIZE(object); ++i) {
+            bytes.push_back(byteOfItem(borrow(PyList_GET_ITEM(object, i)), name, static_cast<std::size_t>(i)));
+        }
+        return bytes;
+    }
+    if (Py_TYPE(object)->tp_iter == nullptr && PySequence_Check(object) == 0) {
+        refuseType(name, "a sequence of byte values", sequence);
+    }
+    eachOf(sequence, name, [&](const Object& item) {
+        bytes.push_back(byteOfItem(item, name, bytes.size()));
+        return true;
+    });
+    return bytes;
+}
+
+Object callByName(py::handle self, PyObject* method, std::initializer_list<py::handle> placed,
+                  std::initializer_list<std::pair<const char*, py::handle>> named) {
+    std::vector<PyObject*> arguments{self.ptr()};
+    for (const py::handle each : placed) arguments.push_back(each.ptr());
+    py::tuple names(named.size());
+    std::size_t place = 0;
+    for (const auto& [name, value] : named) {
+        names[place++] = borrow(interned(name));
+        arguments.push_back(value.ptr());
+    }
+    return own(PyObject_VectorcallMethod(method, arguments.data(), placed.size() + 1, names.ptr()));
+}
+
+bool truthOf(py::handle value) {
+    const int answer = PyObject_IsTrue(value.ptr());
+    if (answer < 0) throw py::error_already_set();
+    return answer != 0;
+}
+
+Object integerOf(py::handle value, const char* name) {
+    if (PyIndex_Check(value.ptr()) == 0) refuseType(name, "an integer", value);
+    return own(PyNumber_Index(value.ptr()));
+}
+
+std::int64_t wholeNumber(py::handle value, const char* name, std::int64_t low, std::int64_t high) {
+    int overflow = 0;
+    const long long number = PyLong_AsLongLongAndOverflow(integerOf(value, name).ptr(), &overflow);
+    if (overflow != 0 || number < low || number > high) {
+        throw std::overflow_error(
+            named(name, "a number from " + std::to_string(low) + " to " + std::to_string(high) + " is wanted"));
+    }
+    return number;
+}
+
+namespace {
+
+Object countedFromZero(py::handle value, const char* name, const char* what) {
+    const Object number = integerOf(value, name);
+    if (number < py::int_(0)) throw py::value_error(named(name, std::string(what) + " is not negative"));
+    return number;
+}
+
+}  // namespace
+
+Object bitPosition(py::handle index, const char* name) {
+    const Object number = countedFromZero(index, name, "the position of a bit");
+    wholeNumber(number, name, 0, mostBits - 1);
+    return number;
+}
+
+Py_ssize_t itemCount(py::handle count, const char* name) {
+    const Object number = countedFromZero(count, name, "a number of items");
+    return static_cast<Py_ssize_t>(wholeNumber(number, name, 0, mostItems));
 }
 
 py::bytes toBytes(ByteView bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 py::list toList(ByteView bytes) {
     py::list list(bytes.size());
-    for (std::size_t i = 0; i < bytes.size(); ++i) list[i] = py::int_(bytes[i]);
+    Py_ssize_t place = 0;
+    for (const std::uint8_t byte : bytes) PyList_SET_ITEM(list.ptr(), place++, PyLong_FromLong(byte));
     return list;
 }
 
 namespace {
 
-Object integerOf(py::handle value) {
+// A float is cut toward zero.
+Object cutToInteger(py::handle value, const char* name) {
     if (PyIndex_Check(value.ptr()) != 0) return own(PyNumber_Index(value.ptr()));
-    if (PyNumber_Check(value.ptr()) == 0) {
-        throw py::type_error(std::string("a number is wanted, not ") + Py_TYPE(value.ptr())->tp_name);
-    }
+    const PyNumberMethods* const methods = Py_TYPE(value.ptr())->tp_as_number;
+    if (methods == nullptr || methods->nb_int == nullptr) refuseType(name, "a number", value);
     return own(PyNumber_Long(value.ptr()));
 }
 
-template <class Wide, class Number>
-Number narrowed(Wide wide, bool failed) {
-    if (failed && PyErr_Occurred() != nullptr) throw py::error_already_set();
-    if (wide < std::numeric_limits<Number>::min() || wide > std::numeric_limits<Number>::max()) {
-        throw std::overflow_error("the number " + std::to_string(wide) + " does not fit " +
-                                  std::to_string(8 * sizeof(Number)) + " bits");
-    }
-    return static_cast<Number>(wide);
+[[noreturn]] void refuseWidth(const char* name, std::size_t bytes) {
+    throw std::overflow_error(named(name, "the number does not fit " + std::to_string(8 * bytes) + " bits"));
 }
 
 }  // namespace
 
 template <class Number>
-Number numberOf(py::handle value) {
+Number numberOf(py::handle value, const char* name) {
     if constexpr (std::is_floating_point_v<Number>) {
+        const PyNumberMethods* const methods = Py_TYPE(value.ptr())->tp_as_number;
+        if (methods == nullptr || (methods->nb_float == nullptr && methods->nb_index == nullptr)) {
+            refuseType(name, "a number", value);
+        }
         const double wide = PyFloat_AsDouble(value.ptr());
-        if (wide == -1.0 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+        if (wide == -1.0 && PyErr_Occurred() != nullptr) {
+            if (PyErr_ExceptionMatches(PyExc_OverflowError) == 0) throw py::error_already_set();
+            PyErr_Clear();
+            refuseWidth(name, sizeof(Number));
+        }
         const auto narrow = static_cast<Number>(wide);
-        if (std::isinf(narrow) && !std::isinf(wide)) throw std::overflow_error("the number does not fit 32 bits");
+        if (std::isinf(narrow) && !std::isinf(wide)) refuseWidth(name, sizeof(Number));
         return narrow;
     } else if constexpr (std::is_same_v<Number, std::uint64_t>) {
-        const unsigned long long wide = PyLong_AsUnsignedLongLong(integerOf(value).ptr());
-        return narrowed<unsigned long long, Number>(wide, wide == static_cast<unsigned long long>(-1));
+        const unsigned long long wide = PyLong_AsUnsignedLongLong(cutToInteger(value, name).ptr());
+        if (wide == static_cast<unsigned long long>(-1) && PyErr_Occurred() != nullptr) {
+            PyErr_Clear();
+            refuseWidth(name, sizeof(Number));
+        }
+        return wide;
     } else {
-        const long long wide = PyLong_AsLongLong(integerOf(value).ptr());
-        return narrowed<long long, Number>(wide, wide == -1);
+        int overflow = 0;
+        const long long wide = PyLong_AsLongLongAndOverflow(cutToInteger(value, name).ptr(), &overflow);
+        if (overflow != 0 || wide < std::numeric_limits<Number>::min() || wide > std::numeric_limits<Number>::max()) {
+            refuseWidth(name, sizeof(Number));
+        }
+        return static_cast<Number>(wide);
     }
 }
 
-template std::uint16_t numberOf(py::handle);
-template std::uint32_t numberOf(py::handle);
-template std::uint64_t numberOf(py::handle);
-template std::int16_t numberOf(py::handle);
-template std::int32_t numberOf(py::handle);
-template std::int64_t numberOf(py::handle);
-template float numberOf(py::handle);
-template double numberOf(py::handle);
+template std::uint16_t numberOf(py::handle, const char*);
+template std::uint32_t numberOf(py::handle, const char*);
+template std::uint64_t numberOf(py::handle, const char*);
+template std::int16_t numberOf(py::handle, const char*);
+template std::int32_t numberOf(py::handle, const char*);
+template std::int64_t numberOf(py::handle, const char*);
+template float numberOf(py::handle, const char*);
+template double numberOf(py::handle, const char*);
 
 py::str textOf(ByteView bytes) {
     const Object text = own(PyUnicode_DecodeUTF8(reinterpret_cast<const char*>(bytes.data()),
@@ -82,18 +208,27 @@ py::str textOf(ByteView bytes) {
     return py::reinterpret_steal<py::str>(own(PyUnicode_Substring(text.ptr(), 0, zero < 0 ? length : zero)).release());
 }
 
-py::list codePoints(py::handle text) {
+py::list codePoints(py::handle text, const char* name) {
     py::list codes;
-    for (const py::handle character : text) codes.append(hostObject("builtins", "ord")(character));
+    eachOf(text, name, [&](const Object& character) {
+        const bool isOne = PyUnicode_Check(character.ptr()) != 0 && PyUnicode_GET_LENGTH(character.ptr()) == 1;
+        if (!isOne && PyBytes_Check(character.ptr()) == 0) refuseType(name, "a text of single characters", character);
+        codes.append(callObject(hostObject("builtins", "ord"), character));
+        return true;
+    });
     return codes;
 }
 
-py::list addressBytes(py::handle address) { return {hostObject("socket", "inet_aton")(address)}; }
+py::list addressBytes(py::handle address, const char* name) {
+    if (PyUnicode_Check(address.ptr()) == 0) refuseType(name, "a dotted address as text", address);
+    return {callObject(hostObject("socket", "inet_aton"), address)};
+}
 
-py::list macBytes(py::handle address) {
+py::list macBytes(py::handle address, const char* name) {
+    if (PyUnicode_Check(address.ptr()) == 0) refuseType(name, "an address as text", address);
     py::list bytes;
     for (const py::handle piece : callMethod(address, "split", py::str(":"))) {
-        bytes.append(hostObject("builtins", "int")(piece, 16));
+        bytes.append(callObject(borrow(reinterpret_cast<PyObject*>(&PyLong_Type)), piece, py::int_(16)));
     }
     return bytes;
 }
@@ -115,21 +250,55 @@ py::str macText(ByteView bytes, const char* digits) {
     return formatted(format, bytes);
 }
 
-Object readBit(const Object& number, const Object& index) { return (number >> index) & py::int_(1); }
+namespace {
+
+Object bit(const Object& index) { return py::int_(1) << bitPosition(index, "index"); }
+
+// The lowest bits of a number, least significant first; those of a negative one in two's complement.
+std::vector<bool> lowBits(const Object& number, std::size_t width) {
+    std::vector<bool> bits(width);
+    int overflow = 0;
+    const long long narrow = PyLong_AsLongLongAndOverflow(number.ptr(), &overflow);
+    if (overflow == 0) {
+        for (std::size_t i = 0; i < width; ++i) bits[i] = (narrow >> std::min<std::size_t>(i, 63) & 1) != 0;
+        return bits;
+    }
+    const Object window = (py::int_(1) << py::int_(width)) - py::int_(1);
+    const Object bytes = callMethod(number & window, "to_bytes", py::int_((width + 7) / 8), py::str("little"));
+    const auto* data = reinterpret_cast<const std::uint8_t*>(PyBytes_AS_STRING(bytes.ptr()));
+    for (std::size_t i = 0; i < width; ++i) bits[i] = (data[i / 8] >> (i % 8) & 1) != 0;
+    return bits;
+}
+
+}  // namespace
+
+Object clearBit(const Object& number, const Object& index) {
+    const Object plain = integerOf(number, "number");
+    return plain & ~bit(index);
+}
+
+Object fillBit(const Object& number, const Object& index) {
+    const Object plain = integerOf(number, "number");
+    return plain | bit(index);
+}
+
+// What lies beyond the number is its sign: a distant position costs nothing here.
+Object readBit(const Object& number, const Object& index) {
+    const Object plain = integerOf(number, "number");
+    return (plain >> countedFromZero(index, "index", "the position of a bit")) & py::int_(1);
+}
 
 Object writeBit(const Object& number, const Object& index, const Object& value) {
-    const Object bit = py::int_(1) << index;
-    return value.equal(py::int_(1)) ? number | bit : number & ~bit;
+    return value.equal(py::int_(1)) ? fillBit(number, index) : clearBit(number, index);
 }
 
 py::list bitsOf(py::handle number, py::handle width) {
-    const auto count = py::cast<Py_ssize_t>(width);
-    py::list bits;
-    Object left = borrow(number.ptr());
-    const py::int_ one(1);
-    for (Py_ssize_t i = 0; i < count; ++i) {
-        bits.append(left & one);
-        left = left >> one;
+    const Object plain = integerOf(number, "value_int");
+    const Py_ssize_t count = itemCount(width, "width");
+    py::list bits(static_cast<std::size_t>(count));
+    Py_ssize_t place = 0;
+    for (const bool bit : lowBits(plain, static_cast<std::size_t>(count))) {
+        PyList_SET_ITEM(bits.ptr(), place++, PyLong_FromLong(bit ? 1 : 0));
     }
     return bits;
 }
@@ -137,42 +306,77 @@ py::list bitsOf(py::handle number, py::handle width) {
 Object maskOfIndices(py::handle indices) {
     const py::int_ one(1);
     Object mask = py::int_(0);
-    for (const py::handle index : indices) mask = mask | (one << borrow(index.ptr()));
+    eachOf(indices, "index_list", [&](const Object& index) {
+        mask = mask | (one << bitPosition(index, "index_list"));
+        return true;
+    });
     return mask;
 }
 
 py::list indicesOfMask(py::handle mask) {
+    const Object number = countedFromZero(mask, "value_int", "a mask");
+    const auto width = py::cast<std::size_t>(callMethod(number, "bit_length"));
     py::list indices;
-    const Object number = integerOf(mask);
-    const auto width = py::cast<Py_ssize_t>(callMethod(number, "bit_length"));
-    if (number < py::int_(0)) throw py::value_error("a mask is not negative");
-    for (Py_ssize_t i = 0; i < width; ++i) {
-        if (py::cast<int>((number >> py::int_(i)) & py::int_(1)) != 0) indices.append(i);
+    std::size_t place = 0;
+    for (const bool bit : lowBits(number, width)) {
+        if (bit) indices.append(place);
+        ++place;
     }
     return indices;
 }
 
 Object maskOfPairs(py::handle indices, py::handle bits) {
     Object mask = py::int_(0);
-    const py::list values = clipped(bits, py::int_(0), py::int_(1));
+    const py::list values = clipped(bits, py::int_(0), py::int_(1), "binary_list");
     std::size_t i = 0;
-    for (const py::handle index : indices) {
-        if (i == values.size()) break;
-        mask = mask | (Object(values[i++]) << borrow(index.ptr()));
-    }
+    eachOf(indices, "index_list", [&](const Object& index) {
+        if (i == values.size()) return false;
+        mask = mask | (integerOf(values[i++], "binary_list") << bitPosition(index, "index_list"));
+        return true;
+    });
     return mask;
 }
 
-py::list clipped(py::handle values, py::handle lower, py::handle upper) {
+py::list clipped(py::handle values, py::handle lower, py::handle upper, const char* name) {
     py::list result;
-    for (const py::handle value : values) {
-        const Object item = borrow(value.ptr());
+    eachOf(values, name, [&](const Object& item) {
         result.append(item < lower ? borrow(lower.ptr()) : item > upper ? borrow(upper.ptr()) : item);
-    }
+        return true;
+    });
     return result;
 }
 
 namespace {
+
+/// A function of the package that operations call, and that users may replace in the module.
+class PackageFunction {
+public:
+    explicit PackageFunction(const char* name) : name_(name) {}
+
+    void remember(py::handle module) {
+        names_ = PyModule_GetDict(module.ptr());
+        key_ = interned(name_);
+        own_ = PyDict_GetItemWithError(names_, key_);
+    }
+
+    /// What stands in its place; nothing while that is the library's own.
+    Object replacement() const {
+        PyObject* const now = PyDict_GetItemWithError(names_, key_);
+        if (now == own_) return {};
+        if (now == nullptr) {
+            if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+            throw py::attribute_error(std::string("module 'pyzvr' has no attribute '") + name_ + "'");
+        }
+        return borrow(now);
+    }
+
+private:
+    const char* const name_;
+    PyObject *names_ = nullptr, *key_ = nullptr, *own_ = nullptr;  // the module keeps them
+};
+
+PackageFunction firmwareCheck("checkFirmwareError"), typeCheck("checkInputType"),
+    sameTypeCheck("checkInputTypeConsistent"), itemCheck("checkEachItemInRange"), pinCheck("checkFuncPinMap");
 
 bool isOfType(py::handle value, py::handle type) {
     if (PyAnySet_Check(type.ptr()) || PyList_Check(type.ptr())) {
@@ -183,19 +387,118 @@ bool isOfType(py::handle value, py::handle type) {
     return result != 0;
 }
 
-void require(bool isRight) {
-    if (!isRight) throw Failure(FailureId::InputTypeNotCorrectError);
+// The failure says in a note, where the host has them, what came: another library's integers look like plain ones.
+[[noreturn]] void refuseInput(py::handle value, const std::string& wanted) {
+    const Object failure = callObject(failureClass(FailureId::InputTypeNotCorrectError));
+    if (attributeOrNothing(failure, "add_note")) {
+        std::string note = std::string(Py_TYPE(value.ptr())->tp_name) + " came, " + wanted + " is wanted";
+        if (PyIndex_Check(value.ptr()) != 0) note += "; int(value) makes a plain integer of it";
+        callMethod(failure, "add_note", py::str(note));
+    }
+    PyErr_SetObject(py::type::handle_of(failure).ptr(), failure.ptr());
+    throw py::error_already_set();
+}
+
+// What `type` says of itself: a name, or several.
+std::string namesOf(py::handle type) {
+    const Object name = attributeOrNothing(type, "__name__");
+    if (name) return py::str(name);
+    if (PyTuple_Check(type.ptr()) == 0 && PyAnySet_Check(type.ptr()) == 0 && PyList_Check(type.ptr()) == 0) {
+        return py::str(type);
+    }
+    std::string names;
+    for (const py::handle each : py::tuple(borrow(type.ptr()))) names += (names.empty() ? "" : " or ") + namesOf(each);
+    return names;
+}
+
+template <class... Types>
+void checkIs(py::handle value, bool isRight, Types*... types) {
+    if (const Object check = typeCheck.replacement()) {
+        const auto asObject = [](PyTypeObject* type) { return borrow(reinterpret_cast<PyObject*>(type)); };
+        if constexpr (sizeof...(types) == 1) {
+            callObject(check, value, asObject(types...));
+        } else {
+            callObject(check, value, py::make_tuple(asObject(types)...));
+        }
+        return;
+    }
+    if (isRight) return;
+    std::string wanted;
+    ((wanted += (wanted.empty() ? "" : " or ") + std::string(types->tp_name)), ...);
+    refuseInput(value, wanted);
 }
 
 }  // namespace
 
-void checkInputType(py::handle value, py::handle type) { require(isOfType(value, type)); }
-void checkIsInt(py::handle value) { require(PyLong_Check(value.ptr())); }
-void checkIsNumber(py::handle value) { require(PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr())); }
-void checkIsList(py::handle value) { require(PyList_Check(value.ptr())); }
-void checkIsIntOrList(py::handle value) { require(PyLong_Check(value.ptr()) || PyList_Check(value.ptr())); }
-void checkIsText(py::handle value) { require(PyUnicode_Check(value.ptr())); }
-void checkIsTextOrList(py::handle value) { require(PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr())); }
+void rememberChecks(py::handle module) {
+    for (PackageFunction* each : {&firmwareCheck, &typeCheck, &sameTypeCheck, &itemCheck, &pinCheck}) {
+        each->remember(module);
+    }
+}
+
+Object refusalOf(const Object& status) {
+    if (const Object check = firmwareCheck.replacement()) {
+        try {
+            callObject(check, status);
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_Exception)) throw;
+            return attribute(error.value(), "code");
+        }
+        return {};
+    }
+    int overflow = 0;
+    const long number = PyLong_AsLongAndOverflow(integerOf(status, "error_code").ptr(), &overflow);
+    if (overflow == 0 && number == 0) return {};
+    const bool isKnown = overflow == 0 && number > 0 && number <= 255;
+    return py::int_(rowOf(*failureOfStatus(isKnown ? static_cast<int>(number) : -1)).code);
+}
+
+void checkInputType(py::handle value, py::handle type) {
+    if (!isOfType(value, type)) refuseInput(value, namesOf(type));
+}
+
+void checkIsInt(py::handle value) { checkIs(value, PyLong_Check(value.ptr()) != 0, &PyLong_Type); }
+void checkIsNumber(py::handle value) {
+    checkIs(value, PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()), &PyLong_Type, &PyFloat_Type);
+}
+void checkIsBool(py::handle value) { checkIs(value, PyBool_Check(value.ptr()), &PyBool_Type); }
+void checkIsList(py::handle value) { checkIs(value, PyList_Check(value.ptr()) != 0, &PyList_Type); }
+void checkIsIntOrList(py::handle value) {
+    checkIs(value, PyLong_Check(value.ptr()) || PyList_Check(value.ptr()), &PyLong_Type, &PyList_Type);
+}
+void checkIsText(py::handle value) { checkIs(value, PyUnicode_Check(value.ptr()) != 0, &PyUnicode_Type); }
+void checkIsTextOrList(py::handle value) {
+    checkIs(value, PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr()), &PyUnicode_Type, &PyList_Type);
+}
+
+void checkEachItemInRange(py::handle values, py::handle low, py::handle high, py::handle message) {
+    eachOf(values, "int_list", [&](const Object& item) {
+        if (!(item < low) && !(item > high)) return true;
+        if (message.is_none()) throw Failure(FailureId::InputDataNotInRangeError);
+        throw Failure(FailureId::InputDataNotInRangeError, std::string(py::str(message)));
+    });
+}
+
+void checkItems(py::handle values, py::handle low, py::handle high, py::handle message) {
+    if (const Object check = itemCheck.replacement()) {
+        message ? callObject(check, values, low, high, message) : callObject(check, values, low, high);
+    } else {
+        checkEachItemInRange(values, low, high, message ? message : py::none());
+    }
+}
+
+void checkSameType(py::handle first, py::handle second) {
+    if (const Object check = sameTypeCheck.replacement()) {
+        callObject(check, first, second);
+    } else {
+        checkInputTypeConsistent(first, second);
+    }
+}
+
+bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed) {
+    if (const Object check = pinCheck.replacement()) return truthOf(callObject(check, cell, pinMap, allowed));
+    return checkFuncPinMap(cell, pinMap, allowed);
+}
 
 bool isOneOf(py::handle value, std::initializer_list<int> numbers) {
     return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
@@ -207,6 +510,7 @@ bool checkInputTypeConsistent(py::handle first, py::handle second) {
 }
 
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed) {
+    if (PySequence_Check(cell.ptr()) == 0) refuseType("cell", "a pair of port and pin", cell);
     const Object pin = own(PySequence_GetItem(cell.ptr(), 1));
     const Object state = own(PyObject_GetItem(pinMap.ptr(), pin.ptr()));
     const int contained = PySequence_Contains(allowed.ptr(), state.ptr());
@@ -215,10 +519,9 @@ bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed) {
 }
 
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed) {
-    for (const py::handle cell : cells) {
-        if (!checkFuncPinMap(cell, pinMap, allowed)) return false;
-    }
-    return true;
+    bool allFree = true;
+    eachOf(cells, "cell_list", [&](const Object& cell) { return allFree = isPinFree(cell, pinMap, allowed); });
+    return allFree;
 }
 
 }  // namespace zvr::python

@@ -8,22 +8,67 @@
 
 namespace zvr::python {
 
-/// The bytes of a byte string or of a sequence of integers. Throws a value failure for a number outside 0 to 255, a
-/// type failure for what is no number.
-Bytes bytesOf(py::handle sequence);
+/// A type failure in the library's words: "NAME: WANTED is wanted, not TYPE". `name` may be null.
+[[noreturn]] void refuseType(const char* name, const char* wanted, py::handle given);
+
+/// The bytes of a byte string or of an iterable of integers, which are read one by one whatever their memory looks
+/// like. Throws a value failure for a number outside 0 to 255, a type failure for what is no integer. `name` is that
+/// of the argument.
+Bytes bytesOf(py::handle sequence, const char* name = nullptr);
+
+/// Whether a value counts as true.
+bool truthOf(py::handle value);
+
+/// A plain integer of what stands for one, by `__index__`.
+Object integerOf(py::handle value, const char* name);
+/// The same as a number of C++; throws an overflow failure for one that is not between the two.
+std::int64_t wholeNumber(py::handle value, const char* name, std::int64_t low, std::int64_t high);
+
+/// What a caller asks to be counted or shifted: beyond these limits it is a mistake, and would only eat memory.
+constexpr std::int64_t mostBits = 65536, mostItems = 1000000;
+/// The position of a bit; a value failure for a negative one.
+Object bitPosition(py::handle index, const char* name);
+/// How many items a caller wants; a value failure for a negative number.
+Py_ssize_t itemCount(py::handle count, const char* name);
+
+/// Gives each item to `take`, which tells whether to go on. An iterable may be long: signals are looked at.
+template <class Take>
+void eachOf(py::handle iterable, const char* name, Take take) {
+    PyObject* const iterator = PyObject_GetIter(iterable.ptr());
+    if (iterator == nullptr) {
+        if (!PyErr_ExceptionMatches(PyExc_TypeError)) throw py::error_already_set();
+        PyErr_Clear();
+        refuseType(name, "an iterable", iterable);
+    }
+    const Object items = own(iterator);
+    for (std::size_t count = 1;; ++count) {
+        const auto item = py::reinterpret_steal<Object>(PyIter_Next(items.ptr()));
+        if (!item) {
+            if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+            return;
+        }
+        if (!take(item)) return;
+        if (count % 1024 == 0 && PyErr_CheckSignals() != 0) throw py::error_already_set();
+    }
+}
+
+/// Calls a method with arguments by place and by name.
+Object callByName(py::handle self, PyObject* method, std::initializer_list<py::handle> placed,
+                  std::initializer_list<std::pair<const char*, py::handle>> named);
 
 py::bytes toBytes(ByteView bytes);
 py::list toList(ByteView bytes);
 
 /// A number coerced to a fixed width: a float for an integer is cut toward zero. Throws an overflow failure for a
-/// number that does not fit. Defined for the unsigned and signed integers of 16 to 64 bits, float and double.
+/// number that does not fit. Defined for the unsigned and signed integers of 16 to 64 bits, float and double. `name` is
+/// that of the argument.
 template <class Number>
-Number numberOf(py::handle value);
+Number numberOf(py::handle value, const char* name = nullptr);
 
 template <class Number>
-Bytes pack(py::handle value) {
+Bytes pack(py::handle value, const char* name = nullptr) {
     Bytes bytes;
-    appendBigEndian(bytes, numberOf<Number>(value));
+    appendBigEndian(bytes, numberOf<Number>(value, name));
     return bytes;
 }
 
@@ -37,18 +82,19 @@ std::vector<Number> readNumbers(ByteView bytes) {
     return numbers;
 }
 
-inline double degreesOf(double radians) { return radians * 180 / std::numbers::pi; }
-inline double radiansOf(double degrees) { return degrees * std::numbers::pi / 180; }
+// Bit for bit what the host's math.degrees and math.radians give.
+inline double degreesOf(double radians) { return radians * (180.0 / std::numbers::pi); }
+inline double radiansOf(double degrees) { return degrees * (std::numbers::pi / 180.0); }
 
 /// UTF-8 text, cut at the first zero character.
 py::str textOf(ByteView bytes);
 
 /// The code point of each character.
-py::list codePoints(py::handle text);
+py::list codePoints(py::handle text, const char* name = nullptr);
 
 /// The four bytes of a dotted address, the six of a hexadecimal one with colons.
-py::list addressBytes(py::handle address);
-py::list macBytes(py::handle address);
+py::list addressBytes(py::handle address, const char* name = nullptr);
+py::list macBytes(py::handle address, const char* name = nullptr);
 
 /// The same as text, from as many bytes or more; throws an index failure for fewer.
 py::str addressText(ByteView bytes);
@@ -86,27 +132,49 @@ py::list payload(const Values&... values) {
 inline Bytes u16(py::handle value) { return pack<std::uint16_t>(value); }
 inline Bytes u16(int value) { return pack<std::uint16_t>(py::int_(value)); }
 
-// Bits, masks and lists of pins.
+// Bits, masks and lists of pins. The arguments are named as those of the functions that users call.
+Object clearBit(const Object& number, const Object& index);
 Object readBit(const Object& number, const Object& index);
+Object fillBit(const Object& number, const Object& index);
 /// Only the value 1 sets the bit.
 Object writeBit(const Object& number, const Object& index, const Object& value);
 py::list bitsOf(py::handle number, py::handle width);
 Object maskOfIndices(py::handle indices);
 py::list indicesOfMask(py::handle mask);
 Object maskOfPairs(py::handle indices, py::handle bits);
-py::list clipped(py::handle values, py::handle lower, py::handle upper);
+py::list clipped(py::handle values, py::handle lower, py::handle upper, const char* name = "list_");
+
+/// The checks of arguments and statuses that the package has as functions. Operations ask the module for them each
+/// time: what users put in their place is called, the library's own are spared the way through Python. To be called
+/// when they are all in the module.
+void rememberChecks(py::handle module);
+
+/// The code of the failure that `checkFirmwareError` raises for a status; nothing if it raises none.
+Object refusalOf(const Object& status);
+/// The status itself, or that code.
+inline Object checkedStatus(const Object& status) {
+    const Object refusal = refusalOf(status);
+    return refusal ? refusal : status;
+}
 
 // Input checks; they throw the named failure.
 void checkInputType(py::handle value, py::handle type);
+void checkEachItemInRange(py::handle values, py::handle low, py::handle high, py::handle message);
 bool checkInputTypeConsistent(py::handle first, py::handle second);
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
+
+// The same as operations call them.
 void checkIsInt(py::handle value);
 void checkIsNumber(py::handle value);
+void checkIsBool(py::handle value);
 void checkIsList(py::handle value);
 void checkIsIntOrList(py::handle value);
 void checkIsText(py::handle value);
 void checkIsTextOrList(py::handle value);
+void checkItems(py::handle values, py::handle low, py::handle high, py::handle message = {});
+void checkSameType(py::handle first, py::handle second);
+bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
 
 /// Whether a value equals one of these numbers.
 bool isOneOf(py::handle value, std::initializer_list<int> numbers);

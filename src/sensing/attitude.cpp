@@ -28,7 +28,8 @@ constexpr std::size_t estimatesPlace = 2, rawPlace = 1, all = std::numeric_limit
 py::list rounded(ByteView bytes, std::size_t inDegrees) {
     py::list values;
     for (const double value : readNumbers<float>(bytes)) {
-        values.append(roundDecimals(values.size() < inDegrees ? degreesOf(value) : value, 4));
+        const bool isAngle = values.size() < inDegrees;
+        values.append(roundDecimals(isAngle ? value * 180 / std::numbers::pi : value, 4));
     }
     return values;
 }
@@ -54,9 +55,11 @@ constexpr auto checkMode = checkAccepted<FailureId::AHRSModeNotAvaliableError, 0
 Result open(Op op, Object port) {
     op.call("_checkAHRSPort", port);
     const Object reply = co_await op.exchange(AHRS_OPEN, payload(port));
-    const int opened = py::cast<int>(statusOf(bytesOf(reply), 1));
+    Object status = py::int_(0);
+    const Object opened = statusOf(bytesOf(reply, "reply"), 1);
+    if (opened > status) status = opened;
     const Object set = co_await op.request("_AHRS_setSamplingPeriod", port, py::float_(0.003));
-    co_return py::int_(std::max({0, opened, py::cast<int>(set)}));
+    co_return set > status ? set : status;
 }
 
 Result start(Op op, Object port) {
@@ -86,7 +89,7 @@ void defineAttitude(Package& package) {
         return Row{name, {port}, portChecks, command, {u8("port")}, status(1), summary};
     };
     const auto numbers = [](std::initializer_list<const char*> names) {
-        std::vector<Check> checks = portChecks;
+        std::vector<Check> checks;  // not of the port: the device judges it
         for (const char* name : names) checks.push_back(isNumber(name));
         return checks;
     };
@@ -101,7 +104,9 @@ void defineAttitude(Package& package) {
                 {"AHRSModeNotAvaliableError: another mode"},
                 [](py::handle self, const Object& mode) {
                     checkMode(self, mode);
-                    return maskOfMode.at(py::cast<std::size_t>(mode));
+                    std::size_t number = 0;
+                    while (number + 1 < maskOfMode.size() && !mode.equal(py::int_(number))) ++number;
+                    return maskOfMode[number];
                 })
         .operation("AHRS_open", {port}, "Opens the unit, and has its filter make a step every 3 ms.",
                    {"int", "0: the statuses of both steps merged, in which a refusal does not show", "the device"},
@@ -125,7 +130,7 @@ void defineAttitude(Package& package) {
             "Reads the acceleration."),
         estimateRow("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
             "Reads the angular velocity."),
-        {"_AHRS_getRawdata", {port}, portChecks, AHRS_GET_RAW_DATA, {u8("port"), constant(1)},
+        {"_AHRS_getRawdata", {port}, {}, AHRS_GET_RAW_DATA, {u8("port"), constant(1)},
             roundedFrom(rawPlace, 0, "what the sensors measure, in the device's units"), "Reads the sensors."},
         {"_AHRS_setGeneral",
             {port, number("gravity", "in m/s2"), number("dt", "seconds between two steps of the filter"),

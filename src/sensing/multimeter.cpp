@@ -60,7 +60,7 @@ py::list listOf(const Names& names) {
     return list;
 }
 
-Object decimal(const Object& number) { return hostObject("decimal", "Decimal")(number); }
+Object decimal(const Object& number) { return callObject(hostObject("decimal", "Decimal"), number); }
 
 Object itemOr(py::handle map, const Object& key, const Object& standard) {
     return callMethod(map, "get", key, standard);
@@ -69,7 +69,7 @@ Object itemOr(py::handle map, const Object& key, const Object& standard) {
 Object ascii(ByteView bytes) { return callMethod(toBytes(bytes), "decode", py::str("ascii")); }
 
 void decode(py::handle self, const Object& record) {
-    const Bytes bytes = bytesOf(record);
+    const Bytes bytes = bytesOf(record, "b");
     if (bytes.size() < recordBytes) {
         throw py::index_error("a record has " + std::to_string(recordBytes) + " bytes or more, not " +
                               std::to_string(bytes.size()));

@@ -17,7 +17,7 @@ Result writeAll(Op op, Object port, Object values) {
     op.call("_checkDPOTChannelAmount", py::int_(py::len(values)));
     Payload data;
     data.add(port);
-    for (const py::handle value : values) data.add(pack<float>(value));
+    for (const py::handle value : values) data.add(pack<float>(value, "value_list"));
     const Object reply = co_await op.exchange(POT_WRITE_ALL_CS, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }

@@ -57,7 +57,7 @@ Result open(Op op, Object port) {
         co_await op.request("_checkThermalPinState", port, allowed);
     }
     const Object reply = co_await op.exchange(OPEN_THERMAL, payload(port));
-    co_return py::int_(bytesOf(reply).at(1));
+    co_return itemOf(reply, 1);
 }
 
 Result getStatus(Op op, Object port, Object channel) {
@@ -67,7 +67,7 @@ Result getStatus(Op op, Object port, Object channel) {
     data.add(port).add(channel);
     if (op.call("_getDeviceName").equal(py::str("Sable-Thermo"))) data.add(1);
     const Object reply = co_await op.exchange(GET_THERMAL_STATUS, data.list());
-    co_return toBytes(restOf(bytesOf(reply), 2));
+    co_return restOfSequence(reply, 2);
 }
 
 void defineChecks(Feature& thermal) {

@@ -21,7 +21,7 @@ Field oneMoreThan(std::string argument) {
 // The first byte is the device's count, which nobody looks at.
 Reply characters() {
     return {[](py::handle, const Bytes& data) -> Object {
-                if (data.empty()) throw std::out_of_range("the reply has no length byte");
+                byteOf(data, 0);
                 py::list result;
                 for (const std::uint8_t code : ByteView(data).subspan(1)) {
                     result.append(own(PyUnicode_FromOrdinal(code)));

@@ -26,7 +26,17 @@ Object dateText(const Bytes& data, std::size_t from, int firstYear) {
         .format(firstYear + field[0], field[1], field[2], field[3], field[4], field[5]);
 }
 
-bool isWifi(py::handle self) { return py::isinstance(self, py::module_::import("pyzvr").attr("WifiDevice")); }
+// By its class or by its display name; an object without a name has none that says so.
+bool isWifi(py::handle self) {
+    if (py::isinstance(self, py::module_::import("pyzvr").attr("WifiDevice"))) return true;
+    if (!attributeOrNothing(self, "_getDeviceName")) return false;
+    try {
+        return callMethod(self, "_getDeviceName").contains("Wifi");
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_KeyError)) throw;
+        return false;
+    }
+}
 
 // The Wi-Fi devices count their years from 2000, all others from 1900.
 Reply clockReply() {
@@ -49,7 +59,7 @@ Reply aliasReply() {
 }
 
 Reply alarmStateReply() {
-    return {[](py::handle, const Bytes& data) -> Object { return py::str(data.at(1) == 1 ? "on" : "off"); },
+    return {[](py::handle, const Bytes& data) -> Object { return py::str(byteOf(data, 1) == 1 ? "on" : "off"); },
             {"str", R"("on" or "off")", "the device"}};
 }
 
@@ -61,19 +71,25 @@ Reply alarmConfigReply() {
 Result getPinModes(Op op, Object port) {
     checkIsInt(port);
     const Object reply = co_await op.exchange(GET_PIN_MODE_OF_SLOT, payload(port));
-    const Bytes data = bytesOf(reply);
-    const int pins = data.at(1);
+    const Bytes data = bytesOf(reply, "reply");
+    const int pins = byteOf(data, 1);
     // Two pins a byte, the low half first; with an odd number of pins the last half is listed too.
     py::list modes;
-    py::list names;
     for (const std::uint8_t pair : slice(data, 2, static_cast<std::size_t>(pins + 1) / 2)) {
         for (const int number : {pair & 15, pair >> 4}) {
             modes.append(number);
-            names.append(pinModes.at(static_cast<std::size_t>(number)));
         }
     }
     setAttribute(op.self(), "num_of_pins", py::int_(pins));
     setAttribute(op.self(), "pin_mode_list", modes);
+    py::list names;
+    for (const py::handle mode : modes) {
+        const auto number = py::cast<std::size_t>(mode);
+        if (number >= pinModes.size()) {
+            throw py::key_error("no pin mode has the number " + std::to_string(number));
+        }
+        names.append(pinModes[number]);
+    }
     co_return names;
 }
 
@@ -82,7 +98,7 @@ Result getSlotMode(Op op, Object slot) {
     const Object reply = co_await op.exchange(GET_SLOT_MODE, payload());
     const Bytes data = bytesOf(reply);
     py::list modes;
-    for (const std::uint8_t state : slice(data, 1, data.at(0) / 2)) {
+    for (const std::uint8_t state : slice(data, 1, byteOf(data, 0) / 2)) {
         const std::size_t number = state & 15;
         modes.append(number < slotModes.size() ? slotModes[number] : slotModes[0]);
     }
@@ -92,9 +108,10 @@ Result getSlotMode(Op op, Object slot) {
 
 Result setSlotMode(Op op, Object slot, Object mode) {
     op.call("_checkLatticeSlot", slot);
+    if (PyIndex_Check(mode.ptr()) == 0) refuseType("mode", "an integer", mode);
     const Object port = slot - py::int_(1);
     const Object reply = co_await op.exchange(SET_SLOT_MODE, payload(port * py::int_(2), mode));
-    co_return py::int_(bytesOf(reply).at(1));
+    co_return itemOf(reply, 1);
 }
 
 // A year below 100 is one of the last century; every device is sent the years since 1900.
@@ -262,7 +279,9 @@ void defineSystem(Package& package) {
                     "one of \"Disabled\", \"Idle\", \"DI\", \"DO\", \"UART\", \"I2C\", \"SPI\", \"CAN\", \"PWM\", "
                     "\"ADC\" per pin; the numbers are kept in `pin_mode_list`",
                     "the device"},
-                   {"InputTypeNotCorrectError: `port` has the wrong type"}, Calls<getPinModes>{})
+                   {"InputTypeNotCorrectError: `port` has the wrong type", "IndexError: the reply is too short",
+                    "KeyError: a mode has no name; the numbers are kept"},
+                   Calls<getPinModes>{})
         .operation("Sys_setRTC",
                    {{"year", "int", "year; below 100 it counts from 1900"},
                     {"month", "int", "month, 1 to 12"},

@@ -48,7 +48,7 @@ Row powerRow(const std::string& name, std::string doc) {
 }
 
 Reply rssiReply() {
-    return {[](py::handle, const Bytes& data) -> Object { return py::int_(int{data.at(0)} - 256); },
+    return {[](py::handle, const Bytes& data) -> Object { return py::int_(int{byteOf(data, 0)} - 256); },
             {"int", "signal strength in dBm, -256 to -1", "the device"}};
 }
 

@@ -49,6 +49,19 @@ TEST(Scale, RoundsEveryCodeToFourDecimalsTiesToEven) {
     EXPECT_EQ(roundDecimals(1e300, 4), 1e300);
 }
 
+TEST(Scale, LivesWhileItIsUsedAndALittleLonger) {
+    const auto used = Scale16::of(0.125);
+    const std::weak_ptr<const Scale16> unused = Scale16::of(0.25);
+    EXPECT_EQ(unused.lock(), Scale16::of(0.25));
+    for (int i = 1; i <= 10; ++i) EXPECT_EQ((*Scale16::of(i))(1), i);
+    EXPECT_TRUE(unused.expired());
+    EXPECT_EQ(used, Scale16::of(0.125));
+    const double nothing = std::nan("");
+    EXPECT_EQ(Scale16::of(nothing), Scale16::of(nothing));
+    EXPECT_TRUE(std::isnan((*Scale16::of(nothing))(1)));
+    EXPECT_EQ((*Scale16::of(0.25))(2), 0.5);
+}
+
 TEST(Scale, ConvertsRowsOfEveryKindIntoStridedMemory) {
     const Bytes bytes = {0xFF, 0xFF, 0xFF, 0x7F, 0xFF, 0xFF, 0x80, 0, 0, 0, 0, 1};
     std::vector<double> out(6, -99);

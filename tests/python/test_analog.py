@@ -2,8 +2,10 @@
 
 import asyncio
 import contextlib
+import os
 import struct
 import threading
+from unittest import mock
 
 import pytest
 from conftest import Double, awaited, blocking
@@ -327,3 +329,36 @@ def test_reading_in_a_loop_never_holds_up_the_loop():
     with wired("TarnAnalog") as box:
         box.AI_open(0)
         assert asyncio.run(main(box)) > 5
+
+
+def test_the_highest_rate_of_an_output_has_two_names():
+    with wired("TarnOut") as box:
+        assert box.ao_max_rate == box.ao_rate == 15000
+        box.ao_max_rate = 100
+        with pytest.raises(pyzvr.AORateNotVaildError):
+            box.AO_setSamplingRate(0, 101)
+        assert box.ao_rate == 100
+
+
+def resident():
+    with open("/proc/self/statm") as file:
+        return int(file.read().split()[1]) * os.sysconf("SC_PAGESIZE")
+
+
+def test_ratios_of_the_past_take_no_memory(call):
+    with wired("TarnAnalog") as box:
+        box.client_cmd.replies = {pyzvr.READ_AI_ON_DEMAND: b"\0\0" + samples(*[1000] * 8)}
+        for ratio in range(100):
+            if ratio == 8:
+                before = resident()
+            box.ai_ratio = 0.001 + ratio / 1e6
+            assert call(box, "AI_readOnDemand", 0) == [round(1000 * box.ai_ratio, 4)] * 8
+            box.ai_signal_queue_list[0].put([float(ratio)] * 8)
+        assert resident() - before < 16 << 20  # each table has half of that
+        box.ai_ratio = float("nan")
+        assert str(call(box, "AI_readOnDemand", 0)[0]) == "nan"
+        box.ai_ratio = 0.001
+        assert call(box, "AI_readOnDemand", 0) == [1.0] * 8
+        for field, value, text in (("ai_num_channels", "8", "ai_num_channels"), ("ai_ratio", None, "ai_ratio")):
+            with mock.patch.object(pyzvr.TarnAnalog, field, value, create=True), pytest.raises(TypeError, match=text):
+                call(box, "AI_readOnDemand", 0)

@@ -1,7 +1,15 @@
 """Serial buses at a client that is a test double, and over emulated USB with chips and nodes on the buses."""
 
+import array
+import asyncio
+import copy
+import gc
+import pickle
+import struct
 import threading
 import warnings
+import weakref
+from unittest import mock
 
 import pytest
 from conftest import Double, awaited, blocking
@@ -178,9 +186,130 @@ def test_frame_as_text_and_bad_ones():
     frame.id, frame.extended_id, frame.data = 2**28, True, [5]
     frame.setID()
     assert pyzvr.CANFrame.fromU8List(frame.frame_in_list) == pyzvr.CANFrame(2**28, True, False, [5])
-    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), ((1, False, False, [256]), ValueError), (("1",), TypeError), ((), TypeError)):
+    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), (("1",), TypeError), ((1.0,), TypeError), ((1, 0, 0, 5), TypeError), ((), TypeError)):
         with pytest.raises(failure):
             pyzvr.CANFrame(*arguments)
+
+
+def received(box, frames):
+    """Frames as the stream makes them."""
+    for frame in frames:
+        push(box, pyzvr.START_CAN, frame.frame_in_list)
+    box.can_lock.release()
+    while box.can_frame_queue.qsize() < len(frames):
+        pass  # the thread is at it
+    return [box.can_frame_queue.get() for _ in frames]
+
+
+@pytest.fixture(params=["made", "streamed"])
+def frame(request, box):
+    made = pyzvr.CANFrame(2**28 + 5, True, False, [1, 2, 3])
+    return made if request.param == "made" else received(box, [made])[0]
+
+
+def test_a_frame_has_lists_of_its_own(frame):
+    assert frame.data is frame.data and frame.id_in_list is frame.id_in_list and frame.frame_in_list is frame.frame_in_list
+    wire = frame.frame_in_list.copy()
+    frame.data[0] = 9
+    assert frame.data == [9, 2, 3, 0, 0, 0, 0, 0] and frame.frame_in_list == wire and frame != pyzvr.CANFrame(2**28 + 5, True, False, [1, 2, 3])
+    frame.setID()
+    assert frame.frame_in_list == wire[:4] + frame.data and frame == pyzvr.CANFrame.fromU8List(frame.frame_in_list)
+    frame.id_in_list.append(7)
+    frame.frame_in_list[:] = range(12)
+    assert len(frame.id_in_list) == 5 and bytes(frame.frame_in_list) == bytes(range(12))
+    assert (frame.id, frame.extended_id, frame.remote) == (2**28 + 5, True, False)
+
+
+def test_fields_of_a_frame_are_plain(frame):
+    frame.note, frame.id, frame.remote = "x", "none", [1]
+    assert (frame.note, frame.id, frame.remote, frame.__dict__) == ("x", "none", [1], {"note": "x"})
+    with pytest.raises(TypeError, match="id_"):
+        frame.setID()
+    del frame.id, frame.note
+    for name in ("id", "note"):
+        with pytest.raises(AttributeError, match=name):
+            getattr(frame, name)
+        with pytest.raises(AttributeError):
+            delattr(frame, name)
+    with mock.patch.object(frame, "data", [300] * 3), mock.patch.object(frame, "setID") as double:
+        assert frame.data == [300] * 3 and frame.setID() is double.return_value
+    assert frame.data == [1, 2, 3, 0, 0, 0, 0, 0] and "setID" not in vars(frame)
+    empty = pyzvr.CANFrame.__new__(pyzvr.CANFrame)
+    for use in (lambda: empty.data, lambda: str(empty), lambda: empty.setID(), lambda: hash(empty), lambda: empty == frame):
+        with pytest.raises(AttributeError):
+            use()
+
+
+def test_frames_are_copied_and_pickled(frame):
+    frame.note = ["x"]
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+        again = pickle.loads(pickle.dumps(frame, protocol))
+        assert again == frame and type(again) is pyzvr.CANFrame and vars(again) == {"note": ["x"]} and again.frame_in_list == frame.frame_in_list
+    shallow, deep = copy.copy(frame), copy.deepcopy(frame)
+    assert shallow == deep == frame and shallow.data is frame.data and deep.data is not frame.data and deep.note is not frame.note
+    assert {frame: 1}[deep] == 1 and weakref.ref(frame)() is frame
+
+
+class Tagged(pyzvr.CANFrame):
+    """A frame whose steps are its own."""
+
+    def __init__(self, *args, **kwargs):
+        self.calls = []
+        super().__init__(*args, **kwargs)
+
+    def regularizeData(self, data):
+        self.calls.append(list(data))
+        return super().regularizeData(data)[:4]
+
+    def setID(self):
+        self.calls.append("setID")
+        super().setID()
+
+
+def test_a_frame_is_made_through_its_own_steps():
+    tagged = Tagged(291, data=[1, 2, 3])
+    assert tagged.calls == [[1, 2, 3], "setID"] and tagged.frame_in_list == [36, 96, 0, 0, 1, 2, 3, 0]
+    again = Tagged.fromU8List(FRAME)
+    assert type(again) is Tagged and again.calls == [[1, 2, 3, 0, 0, 0, 0, 0], "setID"] and again == tagged
+    assert pickle.loads(pickle.dumps(again)).calls == again.calls
+    with mock.patch.object(pyzvr.CANFrame, "regularizeData", return_value=[7]):
+        assert pyzvr.CANFrame(5).data == [7]
+
+
+def test_frames_of_few_bytes_and_of_bits_that_say_nothing(box):
+    assert pyzvr.CANFrame.fromU8List([36, 96]) == pyzvr.CANFrame(291) == pyzvr.CANFrame.fromU8List(b"\x24\x60\xff\xff")
+    assert pyzvr.CANFrame.fromU8List(array.array("i", FRAME)) == pyzvr.CANFrame(291, data=[1, 2, 3])
+    loose = [36, 0b01100111, 255, 255, 1]
+    for made in (pyzvr.CANFrame.fromU8List(loose), received(box, [mock.Mock(frame_in_list=loose + [0] * 7)])[0]):
+        assert made.id_in_list == [36, 96, 0, 0] and made.frame_in_list == [36, 96, 0, 0, 1, *bytes(7)]
+        assert made == pyzvr.CANFrame(291, data=[1])
+    assert pyzvr.CANFrame.fromU8List([0, 0b1100, 0, 1]).id_in_list == [0, 0b1000, 0, 1]
+    for values, failure in (([36], IndexError), ([], IndexError), ([0, 8], struct.error), ([300, 96], ValueError), ("ab", TypeError), (5, TypeError), ([0, None], TypeError)):
+        with pytest.raises(failure):
+            pyzvr.CANFrame.fromU8List(values)
+
+
+def test_values_that_are_no_bytes_fail_where_bytes_are_made(box):
+    frame = pyzvr.CANFrame(1, data=[256, -1, "x"])
+    assert frame.data[:3] == frame.frame_in_list[4:7] == [256, -1, "x"] and "[256, -1, 'x'," in str(frame)
+    with pytest.raises(ValueError, match="4 is 256"):
+        box._preparePacket(pyzvr.WRITE_CAN, frame.frame_in_list)
+    assert pyzvr.CANFrame(1, data=[256]) != pyzvr.CANFrame(1, data=[0])
+
+
+def test_frames_in_a_cycle_are_collected(box):
+    gone = []
+    for each in received(box, [pyzvr.CANFrame(number) for number in range(6)]):
+        weakref.finalize(each, gone.append, each.id)
+        if each.id < 2:
+            each.data.append(each)
+        elif each.id < 4:
+            each.me = each
+        else:
+            vars(each)["me"] = each
+    del each
+    gc.collect()
+    assert sorted(gone) == list(range(6))
 
 
 def test_frame_becomes_a_message_of_the_common_package_and_back():
@@ -233,7 +362,7 @@ def test_broken_record_ends_the_can_reader_only(box, monkeypatch):
     assert box.UART_read(1, 2, 5) == ["o", "n"]
 
 
-def test_full_queues_drop_the_newest_and_warn(box):
+def test_full_queues_drop_the_newest_and_warn(box, capsys):
     box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.OPEN_UART: OK}
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always")
@@ -247,6 +376,62 @@ def test_full_queues_drop_the_newest_and_warn(box):
         while box.uart_p1_signal_queue.dropped < 10000 or box.can_frame_queue.dropped < 10000:
             pass
         assert box.uart_p1_signal_queue.full() and box.can_frame_queue.qsize() == 1_000_000
+    # No line of Python has made the warning: its thread is told instead.
+    printed = capsys.readouterr().out
+    assert {"  On thread '_UARTStreamThread', which runs no Python", "  On thread '_CANStreamThread', which runs no Python"} <= set(printed.split("\n"))
+    assert "File " not in printed and "traceback" not in {each.filename for each in caught} and {each.lineno for each in caught} <= {0, 1}
     assert len(box.UART_readBytes(1, 1_000_000)) == 1_000_000 and box.uart_p1_signal_queue.empty()
 
 
+
+
+def test_steps_of_the_buses_are_called_as_they_are_written(box, call):
+    async def answer(reply):
+        return reply
+
+    def doubled(name, reply):
+        form = name + ("_async" if call is awaited else "")
+        return mock.patch.object(box, form, side_effect=(lambda *args, **named: answer(reply)) if call is awaited else None, return_value=reply)
+
+    limit = {} if call is awaited else {"timeout": 2}
+    with doubled("_checkSPIPinState", None) as check, doubled("_echoPacketWithRetry", OK):
+        assert call(box, "SPI_open", 2, **limit) == 0
+    assert check.mock_calls == [mock.call(2, allow_state=["Idle", "DI", "DO"], **limit)]
+    with doubled("_getStreamingFromPool", [7]) as take:
+        assert call(box, "CAN_read", 1, 5, 0.25) == [7]
+    assert take.mock_calls == [mock.call(box.can_frame_queue, 5, delay=0.25)]
+    # The device judges the port of a service operation.
+    for name, command in (("_SPI_setCPOL", "SET_SPI_CPOL"), ("_SPI_setCPHA", "SET_SPI_CPHA")):
+        box.client_cmd.sent, box.client_cmd.replies = [], {getattr(pyzvr, command): OK}
+        assert call(box, name, 9, 1) == 0 and box.client_cmd.sent == [(getattr(pyzvr, command), b"\x09\x01")]
+
+
+@pytest.mark.parametrize("bus, port", [("I2C", 1), ("SPI", 2), ("UART", 2), ("CAN", 1)])
+def test_lines_are_asked_for_through_the_object(box, call, bus, port):
+    check = f"_check{bus}PinState" + ("_" if bus == "CAN" and call is blocking else "")
+    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE}
+    with mock.patch.object(box, f"_{bus}_getPinMapPort", return_value=[5, 6]) as ports, mock.patch.object(pyzvr, "checkFuncPinMap") as cells:
+        call(box, check, port, ["Idle"])
+    assert ports.mock_calls == [mock.call(port)] and cells.mock_calls == []  # no line of the port is on 5 or 6
+    assert box.client_cmd.sent == [(pyzvr.GET_PIN_MODE_OF_SLOT, b"\5"), (pyzvr.GET_PIN_MODE_OF_SLOT, b"\6")]
+    with mock.patch.object(pyzvr, "checkFuncPinMap", return_value=False) as cells, pytest.raises(getattr(pyzvr, f"{bus}PortNotAvaliableError")):
+        call(box, check, port, ["Idle"])
+    assert cells.mock_calls == [mock.call(mock.ANY, ["Idle"] * 8, ["Idle"])]
+
+
+def test_checks_in_place_of_the_librarys_own_are_used(box, call):
+    box.client_cmd.replies = {pyzvr.WRITE_I2C: OK, pyzvr.WRITE_CAN: CAN_REFUSED, pyzvr.SET_CAN_SPEED: CAN_REFUSED, pyzvr.STOP_CAN: CAN_REFUSED}
+    with mock.patch.object(pyzvr, "checkInputType") as types:
+        assert call(box, "I2C_write", 1, 8, (1, 2)) == 0
+    assert types.mock_calls == [mock.call(1, int), mock.call(8, int), mock.call((1, 2), list)]
+    with mock.patch.object(pyzvr, "checkInputType") as types, mock.patch.object(pyzvr, "checkEachItemInRange") as ranges, \
+            mock.patch.object(pyzvr, "checkFirmwareError", side_effect=[None, pyzvr.Error(77, "mine"), KeyError("x")]) as status:
+        assert call(box, "CAN_write", 1, 5, [1]) == 57
+        assert call(box, "CAN_setSpeed", 1, 1) == 77
+        with pytest.raises(AttributeError, match="code"):
+            call(box, "CAN_stop", 1)
+    assert mock.call(False, bool) in types.mock_calls and ranges.mock_calls[0].args[:3] == ([1], 0, 255)
+    assert status.mock_calls[0] == mock.call(57)
+    assert call(box, "CAN_write", 1, 5, [1]) == pyzvr.errFirmwareCAN  # and the library's own again
+    with pytest.raises(pyzvr.InputTypeNotCorrectError):
+        call(box, "I2C_write", 1, 8, (1, 2))

@@ -109,16 +109,35 @@ def test_state_is_read_as_a_whole_or_not_at_all():
         for short in (state[:-1], state[:48], state[:1], b""):
             drone.current_posi_list = [1]
             drone.client_cmd.replies[pyzvr.DRONE_READ_NED_STATE_RPYXYZ] = short
-            with pytest.raises(struct.error):
+            with pytest.raises(IndexError):
                 drone.Drone_getVelocityWithNED()
             assert drone.current_posi_list == drone.current_velo_list == drone.current_acce_list == []
         assert position[3:] == [1, 2, 3]  # what was read before stays with who has it
+        # The lists are emptied before the drone is asked, also when it does not answer or nothing can be sent.
+        lists = lambda: (drone.current_posi_list, drone.current_velo_list, drone.current_acce_list)  # noqa: E731
+        seen = []
+        drone.client_cmd.replies = {pyzvr.DRONE_READ_NED_STATE_RPYXYZ: lambda data: seen.append(lists()) or state}
+        drone.current_posi_list = kept = [1]
+        drone._Drone_getPositionVelociyAcceleration()
+        assert seen == [([], [], [])] and kept == [1] and all(len(each) == 6 for each in lists())
+        drone.client_cmd.replies = {}
+        with pytest.raises(pyzvr.ReceivePacketTimeoutError):
+            drone.Drone_getPositionWithNED(timeout=0.03)
+        assert lists() == ([], [], [])
+
+
+def test_a_part_of_a_reply_is_of_its_type():
+    with wired("Drone") as drone:
+        for reply in (b"\0\1\2", [0, 1, 2], (0, 1, 2)):
+            drone._echoPacketWithRetry = lambda *_, **__: reply
+            assert drone.Drone_readInposition() == drone.Drone_readTrajectoryStatus() == reply[1:]
+            assert drone.Drone_getFlightMode() == 1
 
 
 def test_other_short_replies_fail():
     with wired("Drone", DRONE_READ_FLIGHT_MODE=b"\0", DRONE_READ_BATTERY=BATTERY[:12], DRONE_STOP_MOVING=b"\0", DRONE_READ_TRAJECTORY=PATH[:24]) as drone:
-        for operation, failure in (("Drone_getFlightMode", IndexError), ("Drone_readBattery", struct.error),
-                                   ("Drone_stopMovement", IndexError), ("Drone_readTrajectory", struct.error)):
+        for operation, failure in (("Drone_getFlightMode", IndexError), ("Drone_readBattery", IndexError),
+                                   ("Drone_stopMovement", IndexError), ("Drone_readTrajectory", IndexError)):
             with pytest.raises(failure):
                 getattr(drone, operation)()
 

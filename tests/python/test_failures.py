@@ -1,7 +1,11 @@
 """The failure vocabulary: classes, codes, texts, and what the warnings print."""
 
+import builtins
+import inspect
 import threading
+import traceback
 import warnings
+from unittest import mock
 
 import pytest
 
@@ -22,6 +26,13 @@ def test_there_are_115_classes_with_their_roots_and_constants():
     assert pyzvr.PAWLPortNotAvaliable().code == pyzvr.errCANPort == -8900
 
 
+def test_a_class_tells_its_code_and_its_message():
+    for failure in FAILURES:
+        made = failure(silent=True)
+        assert (failure.code, failure.msg) == (made.code, made.msg)
+    assert pyzvr.MotionAxisError.code == pyzvr.errMotionAxis and not hasattr(pyzvr.Error, "code")
+
+
 def test_an_error_keeps_its_code_and_takes_a_message():
     timeout = pyzvr.ReceivePacketTimeoutError()
     assert str(timeout) == "Error -8004: Receive packet timeout."
@@ -38,23 +49,68 @@ def test_an_error_keeps_its_code_and_takes_a_message():
 
 @pytest.mark.parametrize("status, failure", [
     (10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"), (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
-    (80, "FirmwareParserError"), (14, "FirmwareOtherError"), (255, "FirmwareOtherError")])
+    (80, "FirmwareParserError"), (14, "FirmwareOtherError"), (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
+    (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"), (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
 def test_firmware_status(status, failure):
     with pytest.raises(getattr(pyzvr, failure)):
         pyzvr.checkFirmwareError(status)
     assert pyzvr.checkFirmwareError(0) is None
 
 
-def test_a_warning_reports_itself_when_it_is_made(capsys):
-    def here():
-        return pyzvr.AIQueueOverflowWarning()
+class Mine(pyzvr.AIQueueOverflowWarning):
+    """A warning with a constructor of its own."""
 
-    with pytest.warns(UserWarning, match="^Warning 520000: Occurrence AI queue overflow.$") as caught:
-        here()
-    assert caught[0].category is UserWarning
-    printed = capsys.readouterr().out
-    assert "in here" in printed and printed.count(__file__) >= 1
-    assert str(pyzvr.AIQueueOverflowWarning("x", silent=True)) == "Warning 520000: x"
+    def __init__(self, *args):
+        super().__init__(*args)
+
+
+class Own(Mine):
+    def __init__(self, text):
+        Mine.__init__(self, text)
+
+
+class Sharing(pyzvr.CANQueueOverflowWarning):
+    """Makes another warning in its constructor, which is a line of its own."""
+
+    def __init__(self):
+        super().__init__(silent=True)
+        self.line = inspect.currentframe().f_lineno + 1
+        pyzvr.AIQueueOverflowWarning("inner")
+
+
+@pytest.mark.parametrize("make, text", [
+    (pyzvr.AIQueueOverflowWarning, "Warning 520000: Occurrence AI queue overflow."), (Mine, "Warning 520000: Occurrence AI queue overflow."),
+    (lambda: Own("x"), "Warning 520000: x"), (lambda: pyzvr.ZVRWarning(7, "root"), "Warning 7: root"), (Sharing, "Warning 520000: inner")])
+def test_a_warning_names_the_line_that_made_it(capsys, make, text):
+    def here():
+        return make()
+
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        made = here()
+    (warning,) = caught
+    assert warning.category is UserWarning and str(warning.message) == text and warning.filename == __file__
+    lines = {made.line} if make is Sharing else {here.__code__.co_firstlineno + 1, getattr(make, "__code__", here.__code__).co_firstlineno}
+    assert warning.lineno in lines
+    # The stack ends in that line; its constructors are left out.
+    frames = capsys.readouterr().out.rstrip().split("\n  File ")
+    assert f"{__file__}\", line {warning.lineno}, in " in frames[-1] and "in here" in "".join(frames[-3:])
+    assert ("in __init__" in frames[-1]) == (make is Sharing) and "traceback.py" not in "".join(frames[-4:])
+
+
+def test_what_reports_a_warning_is_looked_up_each_time(capsys):
+    stack = traceback.extract_stack()[-1:]
+    with mock.patch.object(warnings, "warn") as warn, mock.patch.object(builtins, "print") as printer, \
+            mock.patch.object(traceback, "extract_stack", return_value=stack) as extract, \
+            mock.patch.object(traceback, "format_list", return_value=["one\n", "two\n"]) as form:
+        pyzvr.UARTQueueOverflowWarning("text")
+        pyzvr.printGenericError(pyzvr.Error(5, "five"))
+    assert warn.mock_calls == [mock.call("Warning 520001: text", UserWarning, 1)]
+    assert printer.mock_calls == [mock.call("one\n\ntwo\n"), mock.call("Error:Error 5: five")]
+    assert extract.call_count == 1 and form.mock_calls == [mock.call(stack)]
+    with pytest.warns(UserWarning):
+        pyzvr.UARTQueueOverflowWarning()
+    assert "in test_what_reports" in capsys.readouterr().out
 
 
 def test_a_silent_warning_reports_nothing(capsys):

@@ -12,6 +12,7 @@ import struct
 import tempfile
 import threading
 from pathlib import Path
+from unittest import mock
 
 import pytest
 from conftest import Double, awaited, connected
@@ -230,7 +231,7 @@ def test_inputs_go_by_the_level_of_the_forward_limit(ratchet, call):
     assert call(ratchet, "Motion_getHomeStatus", 0, 0) == 0 and call(ratchet, "Motion_getLimitStatus", 0, 0) == [0, 1]
 
 
-@pytest.mark.parametrize("mode, velocity, frame", [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53")])
+@pytest.mark.parametrize("mode, velocity, frame", [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53"), (0, None, "54"), (1, "fast", "50")])
 def test_a_move_starts_by_the_record(ratchet, call, mode, velocity, frame):
     ratchet.axis_3.operation_mode, ratchet.axis_3.velocity = mode, velocity
     ratchet.chip.values[frame] = 54
@@ -398,6 +399,44 @@ def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
     assert ratchet.axis_4.stop_decl == 1 and ratchet._getAxisHandle(7) is ratchet.axis_4
 
 
+# A position of a bit is not negative: what has to be sent before a bit is asked for is sent, and no more.
+@pytest.mark.parametrize("operation, arguments, frames", [
+    ("Motion_stop", (-1, 0), "56 0 0"), ("Motion_findRef", (-2,), "5A 0 0"), ("Motion_getLogicalPosi", (-1,), "30 0 0"),
+    ("Motion_getMoveStatus", (-1,), "E8 0 0"), ("Motion_startMultiAxisMove", ([0, -1],), "3F 1 0, E3 1 24, 06 1 0, 05 1 10000, 04 1 347, 02 1 100000, "
+     "03 1 100000, 3E 1 0, E2 1 4096, 77 1 0, 54 1 0"),
+    ("Motion_cfg2AxisLinearInterpo", (1, 5, -1, 6), "3F 0 0, E3 0 24, 3F 2 0, E3 2 24"),
+    ("Motion_cfgCircularInterpo", (0, -1, 1, 2, 3, 4, 0), "3F 1 0, E3 1 24, 3F 0 0, E3 0 24")])
+def test_a_negative_axis_goes_on_as_far_as_its_steps_lead(ratchet, call, operation, arguments, frames):
+    fails = len(frames) > 7 or operation == "Motion_getMoveStatus"
+    with pytest.raises(ValueError, match="index: .*negative") if fails else contextlib.nullcontext():
+        call(ratchet, operation, 0, *arguments)
+    assert frames_of(ratchet) == frames
+    if operation == "Motion_cfg2AxisLinearInterpo":
+        record = ratchet.linear_interpo
+        assert (record.main_axis, record.main_dest, record.second_axis, record.mode, record.speed) == (-1, 6, 1, 2, 10000)
+
+
+@pytest.mark.parametrize("ending", ["", "_async"])
+def test_the_controller_is_made_by_the_constructor_of_its_driver(ending):
+    module, driver = getattr(pyzvr, "MCX514Module" + ending), getattr(pyzvr, "MCX514Driver" + ending)
+    other = getattr(pyzvr, "MCX514Driver" + ("" if ending else "_async"))
+    with mock.patch.object(driver, "__init__", autospec=True, return_value=None) as constructor, mock.patch.object(other, "__init__", return_value=None) as unused:
+        made = module({0: [0]})
+    assert constructor.mock_calls == [mock.call(made)] and unused.mock_calls == [] and vars(made) == {"motion_dict": {0: [0]}}
+    assert module({0: [0]}).axis_4.velocity == 10000
+
+
+def test_registers_come_back_as_the_reply_was(pawl, call):
+    async def given(reply):
+        return reply
+
+    for reply in (bytes(range(7)), list(range(7)), bytearray(range(7))):
+        pawl._echoPacketWithRetry, pawl._echoPacketWithRetry_async = lambda *_, **__: reply, lambda *_: given(reply)
+        assert call(pawl, "_Motion_read", 0, 1) == reply[3:] and type(call(pawl, "_Motion_read", 0, 1)) is type(reply)
+        assert call(pawl, "_Motion_readDI", 0) is reply and call(pawl, "Motion_getProcessState", 0) == (1, reply[2:])
+        assert call(pawl, "Motion_readCurrentVelocity", 0) == 0x03040506 and pawl.status_bit1_driver_err == 1
+
+
 def connectors_of(product):
     return take_frames(product)[0]
 
@@ -561,20 +600,39 @@ def small_files(size):
         resource.setrlimit(resource.RLIMIT_FSIZE, limits)
 
 
-def test_a_failed_save_leaves_the_old_file(ratchet, call, ini):
+def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     use(ratchet, call, ini)
-    ratchet.Motion_saveCfgFile()
+    second = ini.with_name("second.ini")
+    os.link(ini, second)
     ini.chmod(0o640)
-    before = ini.read_text()
-    ratchet.axis_3.motion_dict["Home Enable"] = 2
-    with pytest.raises(KeyError):
-        call(ratchet, "Motion_saveCfgFile")
-    ratchet.axis_3.motion_dict["Home Enable"] = 1
+    before = ini.stat()
+    assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() != ""
+    text = ini.read_text()
+    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%", ValueError)):  # has no text; is no value to the parser
+        with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(failure):
+            call(ratchet, "Motion_saveCfgFile")
+        assert ini.read_text() == text
     with small_files(1000), pytest.raises(OSError):
         call(ratchet, "Motion_saveCfgFile")
-    assert ini.read_text() == before and list(ini.parent.iterdir()) == [ini]
-    assert call(ratchet, "Motion_saveCfgFile") == 0 and ini.read_text() != before
-    assert ini.stat().st_mode & 0o777 == 0o640 and list(ini.parent.iterdir()) == [ini]
+    assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() == text
+    after = ini.stat()
+    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode, before.st_uid)
+    assert set(ini.parent.iterdir()) == {ini, second}
+
+
+def test_the_hosts_functions_are_used_as_they_are_now(ratchet, call, ini):
+    with mock.patch("os.path.isfile", return_value=True):
+        assert call(ratchet, "Motion_openCfgFile", "missing.ini") == 0
+    with mock.patch("builtins.open", mock.mock_open()) as opened:
+        call(ratchet, "Motion_saveCfgFile")
+    assert opened.mock_calls[0] == mock.call("missing.ini", "w") and opened.mock_calls[-1] == mock.call().close()
+    assert "".join(each.args[0] for each in opened().write.mock_calls).startswith("[Axis_1]\nstepper output")
+    with pytest.raises(pyzvr.IniFileNotFoundError):
+        call(ratchet, "Motion_openCfgFile", "missing.ini")
+    assert call(ratchet, "Motion_openCfgFile", ini) == 0 and call(ratchet, "Motion_saveCfgFile") == 0 and ini.read_text()
+    for wrong in (5, None, b"axes.ini"):
+        with pytest.raises(TypeError, match="filename: .*(int|NoneType|bytes)"):
+            call(ratchet, "Motion_openCfgFile", wrong)
 
 
 def test_saving_where_the_folder_takes_no_new_file(ratchet):

@@ -5,6 +5,7 @@ import queue
 import struct
 import threading
 import time
+from unittest import mock
 
 import pytest
 
@@ -169,13 +170,61 @@ def test_a_failing_send_passes_up_in_both_forms(bench, call):
 def test_a_reply_that_is_too_short_fails_in_its_call_only(bench, call):
     bench.client_cmd.replies = {pyzvr.GET_DATE_TIME: b"\x01", pyzvr.READ_AND_GET_DI: b"\x00",
                                 pyzvr.SET_DIO_CURRENT: b"\x00", pyzvr.GET_SERIAL_NUMBER: b"SN000001"}
-    with pytest.raises(struct.error):
+    with pytest.raises(IndexError):
         call(bench, "Sys_getRTC")
-    with pytest.raises(struct.error):
+    with pytest.raises(IndexError) as failure:
         call(bench, "DI_readPort", 0)
+    assert isinstance(failure.value, struct.error) and str(failure.value) == "3 bytes or more are wanted, 1 came"
     with pytest.raises(IndexError):
         call(bench, "_setDIOCurrent", 0, 1, 1, 1, 1)
     assert call(bench, "Sys_getSerialNumber") == "SN000001"
+
+
+WRONG_TYPES = [
+    ("DIO", "_setDIOCurrent", (0, "1", 1, 1, 1), "mask: .*str"), ("DIO", "_setDIOCurrent", (None, 1, 1, 1, 1), "port: .*NoneType"),
+    ("System", "Sys_startRTCAlarm", (0, 1, 2, 3, 4.5), "second: .*float"), ("System", "Sys_setDeviceAlias", (5,), "alias: .*int"),
+    ("System", "_setEEPROMPage", (0, 7), "int_list: .*int"), ("System", "_Sys_setSlotMode", (1, "1"), "mode: .*str"),
+]
+
+
+@pytest.mark.parametrize("module, operation, arguments, text", WRONG_TYPES)
+def test_wrong_types_are_told_by_name_before_a_send(bench, call, module, operation, arguments, text):
+    assert hasattr(getattr(pyzvr, module + "Module"), operation)
+    with pytest.raises(TypeError, match=text):
+        call(bench, operation, *arguments)
+    assert bench.client_cmd.sent == []
+
+
+def test_numbers_that_do_not_fit_are_told_by_name(bench, call):
+    for arguments in ((0, 65536, 1, 1, 1), (0, -1, 1, 1, 1), (0, 10**30, 1, 1, 1)):
+        with pytest.raises(OverflowError, match="mask: .* 16 bits"):
+            call(bench, "_setDIOCurrent", *arguments)
+
+
+def test_modes_of_pins_are_kept_before_they_are_named(bench, call):
+    bench.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\4\x21\xa3"}
+    with pytest.raises(KeyError, match="10"):
+        call(bench, "Sys_getPinModeInPort", 0)
+    assert (bench.num_of_pins, bench.pin_mode_list) == (4, [1, 2, 3, 10])
+
+
+def test_a_mask_is_made_after_the_modes_are_read(bench, call):
+    bench.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\x08\x11\x11\x11\x11", pyzvr.SET_DIO_CURRENT: b"\0\0"}
+    for operation, pins in (("DI_openPins", [0, 2]), ("DO_openPins", [0, 2])):
+        bench.client_cmd.sent.clear()
+        with mock.patch.object(bench, "_getPinIndexInInt", side_effect=lambda _: len(bench.client_cmd.sent)):
+            assert call(bench, operation, 0, pins) == 0
+        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0", b"\0\0\1"]  # one request was out when it was made
+
+
+def test_a_clock_counts_as_the_name_says(bench, call, monkeypatch):
+    bench.client_cmd.replies = {pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5])}
+    assert call(bench, "Sys_getRTC") == "1924-01-02, 03:04:05"
+    monkeypatch.setitem(pyzvr.LABEL_DICT, "BenchDio", "Bench-Wifi-Dio")
+    assert call(bench, "Sys_getRTC") == bench.rtc_time == "2024-01-02, 03:04:05"
+    monkeypatch.delitem(pyzvr.LABEL_DICT, "BenchDio")  # no name says nothing
+    assert call(bench, "Sys_getRTC") == "1924-01-02, 03:04:05"
+    monkeypatch.setitem(pyzvr.LABEL_DICT, "BenchDio", "Bench-Dio")  # close() tells it
 
 
 @pytest.mark.parametrize("timeout, failure", [("1", TypeError), (None, TypeError), (float("nan"), ValueError)])

@@ -20,6 +20,15 @@ def test_time_server_and_clock(call):
         assert abs(datetime.datetime.now() - told) < datetime.timedelta(seconds=60)
 
 
+def test_a_clock_that_counts_from_2000_does_not_go_back_before(call):
+    with connected("HeronAnalog") as box:
+        assert call(box, "Sys_setRTC", 2024, 2, 3, 4, 5, 6) == 0
+        for year in (1999, 99, 24, 1900):
+            assert call(box, "Sys_setRTC", year, 2, 3, 4, 5, 6) == pyzvr.errFirmwareRTC
+        assert call(box, "Sys_getRTC").startswith("2024-02-03, 04:05")
+        assert call(box, "Sys_setRTC", 2000, 1, 1, 4, 5, 6) == 0 and call(box, "Sys_getRTC").startswith("2000-01-01, 04:05")
+
+
 def test_addresses_are_kept(call):
     with connected("TarnOut") as box:
         assert call(box, "Net_setIPAddrAndSubmask", "10.0.0.9", "255.0.0.0") == call(box, "_setGateway", "10.0.0.1") == 0
