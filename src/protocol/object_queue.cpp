@@ -26,13 +26,13 @@ py::list ObjectQueue::takeObjects(std::size_t count) {
 
 namespace {
 
-using Held = std::shared_ptr<ObjectQueue>;
+using HeldQueue = std::shared_ptr<ObjectQueue>;
 
 struct Access {
     using Queue = ObjectQueue;
 
     // What is no row of this queue is kept all the same, and given back; it cannot become numbers.
-    static bool put(const Held& queue, const Object& item, Deadline deadline) {
+    static bool put(const HeldQueue& queue, const Object& item, Deadline deadline) {
         std::pair<RowLayout, Bytes> row{RowLayout::records(1), Bytes(1)};
         try {
             auto made = queue->kind.fromItem(item);
@@ -47,7 +47,7 @@ struct Access {
             [&](const Attend& attend) { return queue->putRow(row.first, row.second, kept, deadline, attend); });
     }
 
-    static Object take(const Held& queue) {
+    static Object take(const HeldQueue& queue) {
         const py::list taken = queue->takeObjects(1);
         return taken.empty() ? Object() : Object(taken[0]);
     }
@@ -65,11 +65,11 @@ void defineObjectQueue(Package& package) {
     refusePickling(bound);
     type.method("get_many", {{"count", "int", "most items to take"}}, "Takes the oldest items without waiting.",
                 {"list[Any]", "items, oldest first; fewer, or none, where no more are there"}, {},
-                [](const Held& queue, std::int64_t count) {
+                [](const HeldQueue& queue, std::int64_t count) {
                     return queue->takeObjects(static_cast<std::size_t>(std::max(count, std::int64_t{0})));
                 })
         .property({"dropped", "int", "Items of the stream that were dropped since it was made: there was no room."},
-                  [](const Held& queue) { return queue->dropped(); });
+                  [](const HeldQueue& queue) { return queue->dropped(); });
 }
 
 }  // namespace zvr::python
