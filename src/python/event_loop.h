@@ -31,8 +31,8 @@ public:
     /// A wait on the running loop that ends at `limit` at the latest.
     std::shared_ptr<Arrival> wait(Deadline limit);
 
-    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a turn
-    /// for so long that the step ought to; the answer counts as a turn.
+    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a
+    /// turn for so long that the step ought to; the answer counts as a turn.
     bool loopIsDue();
 
 private:
