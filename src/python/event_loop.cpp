@@ -1,6 +1,5 @@
 #include "python/event_loop.h"
 
-#include "core/threads.h"
 #include "python/raising.h"
 
 #ifdef __linux__
@@ -104,14 +103,18 @@ public:
 
     /// Any thread. Only the first arrival counts.
     void onArrival() noexcept override;
-    bool arrived() const { return arrived_; }
 
     // All the rest happens under the interpreter lock. The future is gone once the wait is over, so that whichever
     // thread holds the arrival last holds nothing of the interpreter.
     const Object& future() const { return future_; }
     Object takeFuture() { return std::move(future_); }
     Deadline limit() const { return limit_; }
-    void expire() { expired_ = true; }
+    /// Its limit has struck: the wait is over, as one in time if something has arrived by now.
+    void end() {
+        over_ = true;
+        expired_ = !arrived_;
+    }
+    bool over() const { return over_; }
     bool expired() const { return expired_; }
     const std::shared_ptr<Waker>& waker() const { return waker_; }
 
@@ -120,6 +123,7 @@ private:
     Object future_;
     const Deadline limit_;
     std::atomic<bool> arrived_{false};
+    bool over_ = false;
     bool expired_ = false;
 };
 
@@ -329,14 +333,14 @@ void Waker::deliver() {
     resolve(futures);
 }
 
-// What has arrived in time is delivered, not expired, even if the loop was too busy to do it yet.
+// What has arrived counts as in time, even if the loop was too busy to deliver it yet.
 void Waker::expire() {
     timer_ = forever;
     const Deadline now = Clock::now();
     std::vector<Object> futures;
     for (Arrival* arrival : waiting_) {
-        if (arrival->limit() > now || arrival->arrived()) continue;
-        arrival->expire();
+        if (arrival->over() || arrival->limit() > now) continue;
+        arrival->end();
         futures.push_back(arrival->future());
     }
     thenAlways([&] { resolve(futures); }, [&] { schedule(); });
@@ -362,7 +366,7 @@ void Waker::schedule() {
     const Callbacks& content = contentOf(callbacks);
     Deadline next = content.descriptor ? forever : Clock::now() + longest;
     for (const Arrival* arrival : waiting_) {
-        if (!arrival->expired() && !arrival->arrived()) next = std::min(next, arrival->limit());
+        if (!arrival->over()) next = std::min(next, arrival->limit());
     }
     if (next >= timer_) return;
     const Object loop = content.livingLoop();
@@ -498,53 +502,28 @@ bool Wakers::loopIsDue() {
     return true;
 }
 
-LoopPending::~LoopPending() {
+ArrivalPending::~ArrivalPending() {
+    listening_.reset();
     if (arrival_) arrival_->waker()->leave(*arrival_);
 }
 
-std::shared_ptr<Listener> LoopPending::enter(Result::Handle handle) {
+bool ArrivalPending::await_suspend(Result::Handle handle) {
     const Deadline limit = handle.promise().limit;
     if (limit <= Clock::now()) throw AwaitTimedOut();
     arrival_ = wakers_.wait(limit);
-    return arrival_;
-}
-
-void LoopPending::suspend(Result::Handle handle) {
-    lastTurn = Clock::now();
+    listening_.emplace(pool_, key_, arrival_);
+    if (pool_->contains(key_)) return false;
     const Object future = arrival_->future();
     if (!future) throw loopIsClosed();
+    lastTurn = Clock::now();
     pending_.emplace(Pending::on(future));
     pending_->await_suspend(handle);
+    return true;
 }
 
-void LoopPending::resume() {
+void ArrivalPending::await_resume() {
     if (pending_) pending_->await_resume();
     if (arrival_->expired()) throw AwaitTimedOut();
-}
-
-bool ArrivalPending::await_suspend(Result::Handle handle) {
-    listening_.emplace(pool_, key_, enter(handle));
-    if (pool_->contains(key_)) return false;
-    suspend(handle);
-    return true;
-}
-
-bool WorkPending::await_suspend(Result::Handle handle) {
-    startThread(threadName_, [work = std::move(work_), failure = failure_, arrival = enter(handle)] {
-        try {
-            work();
-        } catch (...) {
-            *failure = std::current_exception();
-        }
-        arrival->onArrival();
-    });
-    suspend(handle);
-    return true;
-}
-
-void WorkPending::await_resume() {
-    resume();
-    if (*failure_) std::rethrow_exception(*failure_);
 }
 
 }  // namespace zvr::python

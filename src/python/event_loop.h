@@ -31,8 +31,8 @@ public:
     /// A wait on the running loop that ends at `limit` at the latest.
     std::shared_ptr<Arrival> wait(Deadline limit);
 
-    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a turn
-    /// for so long that the step ought to; the answer counts as a turn.
+    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a
+    /// turn for so long that the step ought to; the answer counts as a turn.
     bool loopIsDue();
 
 private:
@@ -43,62 +43,32 @@ private:
     std::vector<std::shared_ptr<Waker>> wakers_;
 };
 
-/// A wait of a step that a thread ends. Whoever drops it, at whatever moment, ends its part in the loop.
-class LoopPending {
-public:
-    explicit LoopPending(Wakers& wakers) : wakers_(wakers) {}
-    ~LoopPending();
-    LoopPending(const LoopPending&) = delete;
-    LoopPending& operator=(const LoopPending&) = delete;
-
-    bool await_ready() const noexcept { return false; }
-
-protected:
-    /// Throws AwaitTimedOut if the limit of the steps has struck already.
-    std::shared_ptr<Listener> enter(Result::Handle handle);
-    void suspend(Result::Handle handle);
-    /// Throws what the loop brought instead of a result, or AwaitTimedOut.
-    void resume();
-
-private:
-    Wakers& wakers_;
-    std::shared_ptr<Arrival> arrival_;
-    std::optional<Pending> pending_;
-};
-
-/// Waits on the running event loop until a reply with this key may be there.
-class ArrivalPending : public LoopPending {
+/// Waits on the running event loop until a reply with this key may be there. Whoever drops it, at whatever moment, ends
+/// its part in the loop.
+class ArrivalPending {
 public:
     ArrivalPending(Wakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
-        : LoopPending(wakers), pool_(std::move(pool)), key_(key) {}
+        : wakers_(wakers), pool_(std::move(pool)), key_(key) {}
+    ~ArrivalPending();
+    ArrivalPending(const ArrivalPending&) = delete;
+    ArrivalPending& operator=(const ArrivalPending&) = delete;
 
-    /// Goes on at once if the reply has arrived in between.
+    bool await_ready() const noexcept { return false; }
+    /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
     bool await_suspend(Result::Handle handle);
-    void await_resume() { resume(); }
-
-private:
-    std::shared_ptr<EchoPool> pool_;
-    EchoPool::Key key_;
-    std::optional<Listening> listening_;
-};
-
-/// Runs work that would hold the loop up on a thread of the library, and waits on the running event loop for its end.
-/// The work must own nothing of the interpreter; what it throws is thrown here. A step that is dropped leaves it to
-/// end by itself.
-class WorkPending : public LoopPending {
-public:
-    WorkPending(Wakers& wakers, std::string threadName, std::function<void()> work)
-        : LoopPending(wakers), threadName_(std::move(threadName)), work_(std::move(work)) {}
-
-    bool await_suspend(Result::Handle handle);
+    /// Throws what the loop brought instead of a result, or AwaitTimedOut.
     void await_resume();
 
 private:
-    std::string threadName_;
-    std::function<void()> work_;
-    std::shared_ptr<std::exception_ptr> failure_ = std::make_shared<std::exception_ptr>();
+    Wakers& wakers_;
+    std::shared_ptr<EchoPool> pool_;
+    EchoPool::Key key_;
+    std::shared_ptr<Arrival> arrival_;
+    std::optional<Listening> listening_;
+    std::optional<Pending> pending_;
 };
 
+/// Called once, when the module is made.
 void prepareWakerType();
 
 }  // namespace zvr::python

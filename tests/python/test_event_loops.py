@@ -112,7 +112,7 @@ class Counted(pyzvr.TarnDio):
 def test_no_wake_up_is_lost_however_many_tasks_wait(monkeypatch, tasks, interval):
     monkeypatch.setitem(pyzvr.LABEL_DICT, "Counted", "Tarn-Dio")
     monkeypatch.setattr(pyzvr, "TarnDio", Counted)
-    requests = 6000 // tasks
+    requests = 3000 // tasks
 
     async def main(box):
         turns = {command: asyncio.Lock() for command in COMMANDS}  # two requests with one key may lose a reply
