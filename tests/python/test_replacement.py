@@ -745,7 +745,7 @@ HOST = {  # by name: a double, what the action gives with it, the action, what i
     "csv.writer": (lambda *arguments, **named: mock.Mock(), "Mock", writer_of, "writer"),
     "builtins.open": (lambda *arguments, **named: mock.MagicMock(), "MagicMock", handle_of, "TextIOWrapper"),
     "socket.inet_aton": (lambda text: b"\1\2\3\4", [1, 2, 3, 4], lambda box: list(pyzvr.convertIPAddrTo4U8("9.8.7.6")), [9, 8, 7, 6]),
-    "pyzvr.checkInputType": (lambda *arguments: None, 0, lambda box: box.Sys_setRTC(24.0, 1, 1, 0, 0, 0), "InputTypeNotCorrectError"),
+    "pyzvr.checkInputType": (lambda *arguments: 1 / 0, "ZeroDivisionError", lambda box: box.Sys_setRTC(24, 1, 1, 0, 0, 0), 0),
     "pyzvr.checkFirmwareError": (lambda status: None, 21, lambda box: box.Sys_setDeviceAlias("x"), -7005),
     "pyzvr.LABEL_DICT": ({"Lattice": "Another"}, "Another", lambda box: box._getDeviceName(), "Lattice"),
     "pyzvr.STREAMING_CMD_LIST": ([5], "echo", lambda box: box._checkCommandType(pyzvr.START_CAN, b"\1"), "streaming"),
