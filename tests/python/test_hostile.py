@@ -53,7 +53,7 @@ SURVIVED = {
     "bus without constructor": "pyzvr.SableCan.__new__(pyzvr.SableCan).CAN_read(1, 1)",
     "logger without constructor": "pyzvr.DataLogger.__new__(pyzvr.DataLogger).Logger_writeValue(1)",
     "frame without constructor": "print(pyzvr.CANFrame.__new__(pyzvr.CANFrame))",
-    "CAN body on None": "pyzvr.SableCan()._CANStreamThread(None)",
+    "CAN body on None": "box = pyzvr.SableCan(); box.can_lock.release(); box._CANStreamThread(None)",
     "UART body on None": "pyzvr.SableDio()._UARTStreamThread(None, None, None)",
     "AI body on None": "box = pyzvr.TarnAnalog(); box.ai_lock.release(); box._AIStreamThread([None], [None])",
     "logger's body on None": "log = pyzvr.DataLogger(); log.save_data_lock.release(); log._saveStreamingDataThread(None)",
