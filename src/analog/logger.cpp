@@ -1,213 +1,179 @@
 // The logger: rows go to a CSV file from a thread of its own, so that who reads never waits for the disk.
+#include "analog/logger.h"
+
 #include "analog/analog.h"
-#include "analog/rows.h"
+#include "analog/log_fields.h"
 #include "core/constants.h"
 #include "core/fifo.h"
-#include "core/gate.h"
-#include "core/threads.h"
-#include "protocol/runtime.h"
+#include "python/operation.h"
 #include "python/raising.h"
 
 namespace zvr::python {
 
 namespace {
 
-constexpr const char* partName = "logger";
-// Rows of a block that are written in one go; the others of the interpreter have their turn in between.
-constexpr Py_ssize_t rowsInOneGo = 256;
+using LogThreadPointer = std::shared_ptr<LogThread>;
 
-/// The thread, its queue, and the file that it writes to. It lives until the queue is empty, even if its object is
-/// gone.
-class Logger final : public OwnedThread, public std::enable_shared_from_this<Logger> {
-public:
-    using Item = SharedObject;  // a matrix of rows; nothing is a marker that only wakes
+bool isTrue(py::handle value) { return PyObject_IsTrue(value.ptr()) == 1; }
 
-    struct Target {
-        SharedObject file, writer;
-    };
+// An object whose class did without the constructor of DataLogger has no thread of ours, and yet steps that need to
+// know of each other.
+LogThreadPointer loggerOf(py::handle self) {
+    if (LogThreadPointer kept = keptLogThread(self)) return kept;
+    const auto made = std::make_shared<LogThread>(self);
+    keepLogThread(self, made);
+    return made;
+}
 
-    explicit Logger(std::shared_ptr<const std::atomic<bool>> killed)
-        : OwnedThread("_saveStreamingDataThread", reportThreadFailure), killed_(std::move(killed)) {}
+// The open file, or None.
+Object fileOf(py::handle self) {
+    Object file = attributeOrNothing(self, "f_handle");
+    return file ? file : py::none();
+}
 
-    void start() {
-        startBody([self = shared_from_this()] { self->run(); });
-    }
+// Puts another file in the place of the open one, between two writes. Gives the old one back.
+Object exchangeFile(py::handle self, LogThread& logger, const Object& file, const Object& writer) {
+    const LogThread::Pause pause(logger);
+    Object before = fileOf(self);
+    setAttribute(self, "f_handle", file);
+    setAttribute(self, "writer_csv", writer);
+    return before;
+}
 
-    void run() {
-        for (;;) {
-            gate.pass();
-            std::optional<Item> item = queue.tryGet();
-            if (!item && isOver()) break;
-            if (!item) item = queue.get(deadlineIn(QUEUE_TIMEOUT));
-            if (item && *item) write(std::move(*item));
-            noteDone();
-        }
-        finish();
-    }
+void closeIfOpen(const Object& file) {
+    if (!file.is_none()) callMethod(file, "close");
+}
 
-    void end() {
-        ended_ = true;
-        gate.release();
-        queue.tryPut(nullptr);
-    }
+// What is queued reaches the file.
+void awaitWritten(py::handle self, LogThread& logger) {
+    if (fileOf(self).is_none()) return;
+    logger.awaitWritten();
+    logger.writeRest();
+}
 
-    /// Waits until everything queued is in the file.
-    void awaitWritten(const Attend& attend) {
-        waitAttended(forever, attend, [&](Deadline until) {
-            std::unique_lock lock(mutex_);
-            const Deadline look = std::min(until, Clock::now() + std::chrono::milliseconds(50));
-            return waitOn(idle_, lock, look, [&] { return queue.size() == 0 && !writing_; }) || gate.locked() ||
-                   !alive();
-        });
-    }
-
-    /// Nothing while no file is open.
-    void setTarget(Target target) {
-        {
-            const std::lock_guard lock(mutex_);
-            std::swap(target_, target);
-        }
-        reported_ = false;
-    }
-
-    std::uint64_t lost() const { return lost_; }
-
-    Fifo<Item> queue;
-    Gate gate;
-
-private:
-    bool isOver() const { return ended_ || *killed_; }
-
-    void write(Item rows) {
-        Target target;
-        {
-            const std::lock_guard lock(mutex_);
-            target = target_;
-            writing_ = true;
-        }
-        attempt([&] {
-            // Only at the very end may there be rows without a file.
-            if (target.writer)
-                writeRows(target.writer.get(), rows.get());
-            else
-                ++lost_;
-        });
-        onInterpreter([&] {
-            rows.reset();
-            target = {};
-        });
-    }
-
-    // An object that was dropped has not closed its file.
-    void finish() {
-        Target target;
-        {
-            const std::lock_guard lock(mutex_);
-            std::swap(target_, target);
-        }
-        if (target.file) attempt([&] { callMethod(target.file.get(), "close"); });
-        onInterpreter([&] { target = {}; });
-    }
-
-    template <class Action>
-    void attempt(Action&& action) {
-        onInterpreter([&] {
-            try {
-                action();
-            } catch (...) {
-                ++lost_;
-                if (!reported_.exchange(true)) reportThreadFailure(name(), std::current_exception());
-            }
-        });
-    }
-
-    static void writeRows(PyObject* writer, PyObject* rows) {
-        if (!py::isinstance<SampleBlock>(rows)) {
-            callMethod(writer, "writerows", py::handle(rows));
-            return;
-        }
-        const Object view = own(PyMemoryView_FromObject(rows));
-        const auto count = static_cast<Py_ssize_t>(py::cast<SampleBlock*>(rows)->rows);
-        for (Py_ssize_t first = 0; first < count; first += rowsInOneGo) {
-            const py::slice some(first, std::min(first + rowsInOneGo, count), 1);
-            callMethod(writer, "writerows", callMethod(own(PyObject_GetItem(view.ptr(), some.ptr())), "tolist"));
-            const WithoutGil released;
-        }
-    }
-
-    void noteDone() {
-        {
-            const std::lock_guard lock(mutex_);
-            writing_ = false;
-        }
-        idle_.notify_all();
-    }
-
-    const std::shared_ptr<const std::atomic<bool>> killed_;
-    std::atomic<bool> ended_{false};
-    std::atomic<std::uint64_t> lost_{0};
-    std::mutex mutex_;
-    std::condition_variable idle_;
-    Target target_;
-    bool writing_ = false;
-    std::atomic<bool> reported_{false};
-};
-
-struct LoggerPart final : RuntimePart {
-    explicit LoggerPart(std::shared_ptr<Logger> thread) : logger(std::move(thread)) {}
-    void end() override { logger->end(); }
-    const std::shared_ptr<Logger> logger;
-};
-
-std::shared_ptr<Logger> loggerOf(py::handle self) {
-    const auto part = runtimeOf(self).part<LoggerPart>(partName);
-    if (!part) throw py::attribute_error("the object has no logger");
-    return part->logger;
+void closeFile(py::handle self) {
+    const LogThreadPointer logger = loggerOf(self);
+    if (logger->isForeign()) return;
+    awaitWritten(self, *logger);
+    if (fileOf(self).is_none()) return;
+    closeIfOpen(exchangeFile(self, *logger, py::none(), py::none()));
 }
 
 void construct(py::handle self) {
-    if (!attributeOrNothing(self, "_runtime")) {
-        py::setattr(self, "_runtime", py::cast(std::make_unique<DeviceRuntime>()));
+    const auto setPlainFields = [&] {
+        for (const char* field : {"f_handle", "writer_csv", "filename"}) setAttribute(self, field, py::none());
+        setAttribute(self, "queue_timeout", py::int_(QUEUE_TIMEOUT));
+        setAttribute(self, "killed", py::bool_(false));
+    };
+    const LogThreadPointer known = keptLogThread(self);
+    if (known && known->works() && !isTrue(attribute(self, "killed"))) {
+        closeFile(self);
+        setPlainFields();
+        shutLock(attribute(self, "save_data_lock"));
+        return;
     }
-    for (const char* field : {"f_handle", "writer_csv", "filename"}) setAttribute(self, field, py::none());
-    setAttribute(self, "queue_timeout", py::int_(QUEUE_TIMEOUT));
-    DeviceRuntime& runtime = runtimeOf(self);
-    if (runtime.part<LoggerPart>(partName)) return;
-    const auto logger = std::make_shared<Logger>(runtime.killedFlag());
-    runtime.keep(partName, std::make_shared<LoggerPart>(logger));
-    setAttribute(self, "save_data_lock", py::cast(std::shared_ptr<Gate>(logger, &logger->gate)));
-    setAttribute(self, "save_data_queue", py::cast(std::shared_ptr<Fifo<Logger::Item>>(logger, &logger->queue)));
-    setAttribute(self, "save_data_thread", py::cast(std::shared_ptr<OwnedThread>(logger)));
-    logger->start();
+    const auto logger = std::make_shared<LogThread>(self);
+    keepLogThread(self, logger);
+    setPlainFields();
+    const Object queue = py::cast(std::make_shared<Fifo<SharedObject>>());
+    setAttribute(self, "save_data_lock", py::cast(std::make_shared<Gate>()));
+    setAttribute(self, "save_data_queue", queue);
+    if (hasOwnMethod(self, "_saveStreamingDataThread")) {
+        setAttribute(self, "save_data_thread", py::cast(std::shared_ptr<OwnedThread>(logger)));
+        logger->start();
+        return;
+    }
+    const Object thread = hostObject("threading", "Thread")(
+        py::arg("target") = attribute(self, "_saveStreamingDataThread"), py::arg("args") = py::make_tuple(queue),
+        py::arg("name") = logger->name(), py::arg("daemon") = true);
+    setAttribute(self, "save_data_thread", thread);
+    logger->startOnHost(thread);
 }
 
-// What is queued reaches the file before it is closed.
-void closeFile(py::handle self) {
-    const Object file = attribute(self, "f_handle");
-    if (file.is_none()) return;
-    const auto logger = loggerOf(self);
-    blocking([&](const Attend& attend) { logger->awaitWritten(attend); });
-    logger->setTarget({});
-    setAttribute(self, "f_handle", py::none());
-    setAttribute(self, "writer_csv", py::none());
-    callMethod(file, "close");
+// Whether this is the file that is open already. What is no file of the system is known by its name.
+bool isOpen(py::handle self, const Object& name) {
+    const Object file = fileOf(self);
+    if (file.is_none()) return false;
+    try {
+        return isTrue(callObject(hostObject("os.path", "samestat"),
+                                 callObject(hostObject("os", "fstat"), callMethod(file, "fileno")),
+                                 callObject(hostObject("os", "stat"), name)));
+    } catch (const py::error_already_set& failure) {
+        if (!failure.matches(PyExc_Exception)) throw;
+        return name.equal(attribute(self, "filename"));
+    }
 }
 
 void openFile(py::handle self, const Object& name, const Object& clearOld, const Object& verbose) {
-    const auto logger = loggerOf(self);
-    const bool clears = PyObject_IsTrue(clearOld.ptr()) != 0;
-    const Object file =
-        hostObject("builtins", "open")(name, clears ? "w" : "a", py::arg("encoding") = "UTF8", py::arg("newline") = "");
+    const LogThreadPointer logger = loggerOf(self);
+    if (logger->isForeign()) throw std::runtime_error("the logger belongs to the process that made it");
+    std::exception_ptr failure;
+    const auto closeOld = [&](const Object& file) {
+        try {
+            closeIfOpen(file);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    };
+    if (isOpen(self, name)) {
+        // Through two files at once, rows would mix.
+        awaitWritten(self, *logger);
+        closeOld(exchangeFile(self, *logger, py::none(), py::none()));
+    }
+    const Object file = hostObject("builtins", "open")(name, PyObject_IsTrue(clearOld.ptr()) != 0 ? "w" : "a",
+                                                       py::arg("encoding") = "UTF8", py::arg("newline") = "");
+    try {
+        const Object writer = hostObject("csv", "writer")(file);
+        awaitWritten(self, *logger);
+        closeOld(exchangeFile(self, *logger, file, writer));
+    } catch (...) {
+        const std::exception_ptr why = std::current_exception();
+        callMethod(file, "close");
+        std::rethrow_exception(why);
+    }
+    setAttribute(self, "filename", name);
+    openLock(attribute(self, "save_data_lock"));
+    logger->noteChange();
+    if (failure) std::rethrow_exception(failure);
+    if (PyObject_IsTrue(verbose.ptr()) != 0) py::print(py::str("Opened file name: ({})").format(name));
+}
+
+void flush(py::handle self) {
+    const LogThreadPointer logger = loggerOf(self);
+    if (logger->isForeign()) return;
+    awaitWritten(self, *logger);
+    const LogThread::Pause pause(*logger);
+    const Object file = fileOf(self);
+    if (!file.is_none()) callMethod(file, "flush");
+}
+
+void closeLogger(py::handle self, const Object& /*verbose*/) {
+    const LogThreadPointer logger = loggerOf(self);
     thenAlways([&] { closeFile(self); },
                [&] {
-                   const Object writer = hostObject("csv", "writer")(file);
-                   setAttribute(self, "f_handle", file);
-                   setAttribute(self, "writer_csv", writer);
-                   setAttribute(self, "filename", name);
-                   logger->setTarget({shared(file), shared(writer)});
+                   setAttribute(self, "killed", py::bool_(true));
+                   if (logger->isForeign()) return;
+                   const Object lock = attribute(self, "save_data_lock");
+                   shutLock(lock);
+                   putMarker(attribute(self, "save_data_queue"));
+                   openLock(lock);
+                   logger->noteChange();
                });
-    callMethod(attribute(self, "save_data_lock"), "release");
-    if (PyObject_IsTrue(verbose.ptr()) != 0) py::print(py::str("Opened file name: ({})").format(name));
+}
+
+void tellLost(LogThread& logger) noexcept {
+    try {
+        const Object name = logger.fileName();
+        const std::size_t rows = logger.abandon();
+        const auto errors = hostObject("sys", "stderr");
+        if (rows == 0 || errors.is_none()) return;
+        const Object text =
+            py::str("pyzvr: interrupted, up to {} rows that were queued for {!r} are lost\n").format(rows, name);
+        callMethod(errors, "write", text);
+        callMethod(errors, "flush");
+    } catch (...) {
+        reportUnraisable();
+    }
 }
 
 Object alone(const Object& item) {
@@ -232,17 +198,16 @@ void defineLogger(Package& package) {
         .field({"save_data_queue", "ItemFifo", "matrices of rows that wait"})
         .field({"save_data_thread", "DeviceThread", "the thread that writes"})
         .field({"queue_timeout", "int", "seconds that the thread waits for rows before it looks around"})
-        .property(
-            {"killed", "bool", "Set once; the thread ends when its queue is empty."},
-            [](py::handle self) { return runtimeOf(self).killed(); },
-            [](py::handle self, const Object& value) { runtimeOf(self).setKilled(PyObject_IsTrue(value.ptr()) != 0); })
+        .field({"killed", "bool", "set once; the thread ends when its queue is empty"})
         .method("__init__", {}, "Starts the thread, which waits for a file.", {}, {}, Calls<construct>{})
         .method("Logger_openFile",
                 {{"filename", "str", "name of the file"},
                  {"clear_old", "bool", "whether to empty the file; else rows are added", "False"},
                  verbose},
                 "Opens a file, after all that is queued for the one before has reached that.", {},
-                {"OSError: the file cannot be opened; nothing changes then"}, Calls<openFile>{})
+                {"OSError: the file cannot be opened; nothing changes then, but that the same file, if it was open, is "
+                 "closed"},
+                Calls<openFile>{})
         .method("Logger_writeHeader", {{"header", "Sequence[object]", "titles of the columns"}},
                 "Queues a row of titles.", {}, {},
                 [](py::handle self, const Object& row) { callMethod(self, "Logger_writeList", row); })
@@ -260,36 +225,40 @@ void defineLogger(Package& package) {
         .method("Logger_flush", {},
                 "Waits until everything queued is in the file, and the file on its way to the disk.", {},
                 {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
-                [](py::handle self) {
-                    const Object file = attribute(self, "f_handle");
-                    if (file.is_none()) return;
-                    const auto logger = loggerOf(self);
-                    blocking([&](const Attend& attend) { logger->awaitWritten(attend); });
-                    callMethod(file, "flush");
-                })
+                Calls<flush>{})
         .method("Logger_getLostWrites", {}, "Tells how many queued matrices could not be written.",
                 {"int", "count since construction; the first failure of each file is reported", "a host record"}, {},
                 [](py::handle self) { return loggerOf(self)->lost(); })
-        .method("_saveStreamingDataThread",
-                {{"queue_", "ItemFifo", "without effect: the object's own queue is written"}},
-                "Body of the thread: writes rows until the end.", {}, {},
-                [](py::handle self, const Object&) {
-                    const auto logger = loggerOf(self);
-                    const WithoutGil released;
-                    logger->run();
-                })
+        .method("_saveStreamingDataThread", {{"queue_", "Any", "the queue to take matrices from"}},
+                "Body of the thread: passes the gate, takes a matrix and writes it, until the object is killed.", {},
+                {"queue.Empty: nothing came within `queue_timeout`"},
+                [](py::handle self, const Object& queue) { loggerOf(self)->runFor(self, queue); })
         .method("_Logger_close", {{"verbose", "bool", "without effect", "True"}},
                 "Writes what is queued, closes the file and ends the thread for good.", {},
-                {"OSError: the disk refuses it"}, [](py::handle self, const Object&) {
-                    thenAlways([&] { closeFile(self); },
-                               [&] {
-                                   setAttribute(self, "killed", py::bool_(true));
-                                   const Object lock = attribute(self, "save_data_lock");
-                                   callMethod(lock, "acquire");
-                                   callMethod(attribute(self, "save_data_queue"), "put", py::none());
-                                   callMethod(lock, "release");
-                               });
-                });
+                {"OSError: the disk refuses it"}, Calls<closeLogger>{});
+    defineLogFields(package.get("DataLogger"));
+}
+
+void drainLoggers() {
+    const std::vector<LogThreadPointer> all = LogThread::all();
+    try {
+        for (const LogThreadPointer& logger : all) {
+            if (logger->isForeign()) continue;
+            try {
+                logger->drain();
+            } catch (const py::error_already_set& failure) {
+                if (!failure.matches(PyExc_Exception)) throw;
+                reportThreadFailure(logger->name(), std::current_exception());
+            }
+        }
+    } catch (const py::error_already_set&) {
+        for (const LogThreadPointer& logger : all) {
+            if (!logger->isForeign()) tellLost(*logger);
+        }
+    }
+    for (const LogThreadPointer& logger : all) {
+        if (!logger->isForeign()) logger->end();
+    }
 }
 
 }  // namespace zvr::python

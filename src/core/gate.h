@@ -26,6 +26,20 @@ public:
         return turn_;
     }
 
+    std::uint64_t turn() const {
+        const std::lock_guard lock(mutex_);
+        return turn_;
+    }
+
+    /// Wakes who waits for a turn, so that it looks around; the gate stays as it is.
+    void nudge() {
+        {
+            const std::lock_guard lock(mutex_);
+            ++turn_;
+        }
+        turned_.notify_all();
+    }
+
     /// Waits until somebody turns the gate after `turn`, or until `deadline`.
     void awaitTurn(std::uint64_t turn, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "analog/logger.h"
 #include "core/immortal.h"
 #include "core/threads.h"
 #include "python/operation.h"
@@ -145,6 +146,7 @@ void DeviceRuntime::setClient(py::handle self, const char* clientField, py::hand
 DeviceRuntime& runtimeOf(py::handle self) { return *py::cast<DeviceRuntime*>(attribute(self, "_runtime")); }
 
 void endAllRuntimes() {
+    drainLoggers();
     for (DeviceRuntime* runtime : runtimes()) runtime->endAll();
     const WithoutGil released;
     awaitAllThreads(Clock::now() + std::chrono::seconds(2));

@@ -1,0 +1,534 @@
+#include "analog/log_thread.h"
+
+#include <set>
+#if __has_include(<unistd.h>)
+#include <unistd.h>
+#endif
+
+#include "analog/rows.h"
+#include "core/constants.h"
+#include "core/fifo.h"
+#include "core/immortal.h"
+#include "python/raising.h"
+
+namespace zvr::python {
+
+namespace {
+
+// Rows of a block that are written in one go; the others of the interpreter have their turn in between.
+constexpr Py_ssize_t rowsInOneGo = 256;
+// A lock of the host tells nobody that it is free.
+constexpr std::chrono::milliseconds lockPoll{20};
+constexpr std::chrono::milliseconds lookEvery{50};
+
+long thisProcess() {
+#if __has_include(<unistd.h>)
+    return getpid();
+#else
+    return 0;
+#endif
+}
+
+// Touched under the interpreter lock only.
+std::set<std::shared_ptr<LogThread>>& threads() {
+    static auto& all = immortal<std::set<std::shared_ptr<LogThread>>>();
+    return all;
+}
+
+bool isTrue(py::handle value) {
+    const int truth = PyObject_IsTrue(value.ptr());
+    if (truth < 0) throw py::error_already_set();
+    return truth != 0;
+}
+
+Object held(const SharedObject& object) { return object ? borrow(object.get()) : Object(); }
+
+// A gate as we made it; one of a subclass is used through its methods.
+std::shared_ptr<Gate> ownGate(py::handle lock) {
+    return py::type::handle_of(lock).is(py::type::of<Gate>()) ? py::cast<std::shared_ptr<Gate>>(lock) : nullptr;
+}
+
+bool isOwnQueue(py::handle queue) { return py::type::handle_of(queue).is(py::type::of<Fifo<SharedObject>>()); }
+
+// Takes a lock without waiting, where it can be asked so.
+bool tryLock(py::handle lock) {
+    try {
+        return isTrue(callMethod(lock, "acquire", py::bool_(false)));
+    } catch (const py::error_already_set& failure) {
+        if (!failure.matches(PyExc_TypeError)) throw;
+    }
+    return isTrue(callMethod(lock, "acquire"));
+}
+
+bool isShut(py::handle lock) {
+    const Object asks = attributeOrNothing(lock, "locked");
+    return asks && isTrue(callObject(asks));
+}
+
+// Whether a thread may go on: a lock is taken and given back.
+bool tryPass(py::handle lock) {
+    if (const auto gate = ownGate(lock)) return !gate->locked();
+    if (!tryLock(lock)) return false;
+    openLock(lock);
+    return true;
+}
+
+bool isEmpty(py::handle queue) {
+    const Object asks = attributeOrNothing(queue, "empty");
+    return !asks || isTrue(callObject(asks));
+}
+
+std::uint64_t sizeOf(py::handle queue) {
+    const Object asks = attributeOrNothing(queue, "qsize");
+    const Object size = asks ? callObject(asks) : Object();
+    return size && PyLong_Check(size.ptr()) != 0 ? PyLong_AsUnsignedLongLongMask(size.ptr()) : 0;
+}
+
+std::size_t rowsOf(py::handle rows) {
+    const Object seen =
+        PyObject_CheckBuffer(rows.ptr()) != 0 ? own(PyMemoryView_FromObject(rows.ptr())) : borrow(rows.ptr());
+    const Py_ssize_t count = PyObject_Size(seen.ptr());
+    if (count < 0) PyErr_Clear();
+    return count < 0 ? 1 : static_cast<std::size_t>(count);
+}
+
+void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& abandoned) {
+    if (!py::isinstance<SampleBlock>(rows)) {
+        callMethod(writer, "writerows", rows);
+        return;
+    }
+    const Object view = own(PyMemoryView_FromObject(rows.ptr()));
+    const Py_ssize_t count = PyObject_Size(view.ptr());
+    for (Py_ssize_t first = 0; first < count && !abandoned; first += rowsInOneGo) {
+        const py::slice some(first, std::min(first + rowsInOneGo, count), 1);
+        callMethod(writer, "writerows", callMethod(own(PyObject_GetItem(view.ptr(), some.ptr())), "tolist"));
+        const WithoutGil released;
+    }
+}
+
+}  // namespace
+
+void openLock(py::handle lock) {
+    try {
+        callMethod(lock, "release");
+    } catch (const py::error_already_set& failure) {
+        // It is open already, or not ours to open.
+        if (!failure.matches(PyExc_RuntimeError)) throw;
+    }
+}
+
+void shutLock(py::handle lock) {
+    if (const auto gate = ownGate(lock)) {
+        gate->acquire();
+    } else {
+        tryLock(lock);
+    }
+}
+
+void putMarker(py::handle queue) {
+    const Object limit = attributeOrNothing(queue, "maxsize");
+    if (!limit || PyLong_Check(limit.ptr()) == 0 || !isTrue(limit)) {
+        callMethod(queue, "put", py::none());
+        return;
+    }
+    try {
+        callMethod(queue, "put_nowait", py::none());
+    } catch (const py::error_already_set& failure) {
+        if (!failure.matches(hostObject("queue", "Full"))) throw;
+    }
+}
+
+// Nothing passes or is written while one of these is there.
+class LogThread::Standing {
+public:
+    explicit Standing(LogThread& thread) : thread_(thread) { ++thread_.standing_; }
+    ~Standing() { --thread_.standing_; }
+    Standing(const Standing&) = delete;
+    Standing& operator=(const Standing&) = delete;
+
+private:
+    LogThread& thread_;
+};
+
+LogThread::Pause::Pause(LogThread& thread) : thread_(thread) {
+    ++thread_.pauses_;
+    try {
+        const std::uint64_t begun = thread_.writes_.begun();
+        blocking([&](const Attend& attend) {
+            waitAttended(forever, attend, [&](Deadline until) { return thread_.writes_.await(begun, until); });
+        });
+    } catch (...) {
+        --thread_.pauses_;
+        thread_.noteChange();
+        throw;
+    }
+}
+
+LogThread::Pause::~Pause() {
+    --thread_.pauses_;
+    thread_.noteChange();
+}
+
+LogThread::LogThread(py::handle owner)
+    : OwnedThread("_saveStreamingDataThread", reportThreadFailure),
+      reference_(shared(own(PyWeakref_NewRef(owner.ptr(), nullptr)))),
+      process_(thisProcess()) {}
+
+std::vector<std::shared_ptr<LogThread>> LogThread::all() { return {threads().begin(), threads().end()}; }
+
+void LogThread::start() {
+    threads().insert(shared_from_this());
+    startBody([self = shared_from_this()] { self->run(); });
+}
+
+void LogThread::startOnHost(const Object& thread) {
+    hostThread_ = shared(thread);
+    callMethod(thread, "start");
+    threads().insert(shared_from_this());
+}
+
+bool LogThread::isForeign() const { return process_ != thisProcess(); }
+
+bool LogThread::works() const {
+    if (isForeign()) return false;
+    return hostThread_ ? isTrue(callMethod(hostThread_.get(), "is_alive")) : alive() && !finished_;
+}
+
+Object LogThread::owner() const { return callObject(reference_.get()); }
+
+Object LogThread::present(LogField field) const {
+    const auto place = static_cast<std::size_t>(field);
+    const Object object = owner();
+    Object found = object.is_none() ? held(heritage_[place]) : attributeOrNothing(object, logFieldNames[place]);
+    return found && found.is_none() ? Object() : found;
+}
+
+// While the object is being collected it is no more, and yet the end has not come: that comes next.
+bool LogThread::isOver() const {
+    if (ended_) return true;
+    const Object object = owner();
+    const Object killed = object.is_none() ? Object() : attributeOrNothing(object, "killed");
+    return killed && isTrue(killed);
+}
+
+void LogThread::noteChange() {
+    if (isForeign()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        ++changes_;
+    }
+    changed_.notify_all();
+    if (gate_) gate_->nudge();
+}
+
+void LogThread::noteChange(LogField field, const Object& before, const Object& now) {
+    if (field == LogField::file && !hostThread_ && works()) {
+        file_ = now && !now.is_none() ? shared(now) : nullptr;
+    }
+    if (field == LogField::writer) reported_ = false;
+    if (field == LogField::queue && before && !before.is_none() && !hostThread_ && works()) {
+        replaced_.push_back({shared(before), sizeOf(before)});
+    }
+    noteChange();
+    if (field == LogField::queue && !isForeign()) wake();
+}
+
+void LogThread::wake() {
+    if (const Object queue = held(waiting_)) putMarker(queue);
+}
+
+void LogThread::inherit(LogFields left) {
+    if (isForeign()) {
+        // What the file has not given to the disk yet is the parent's to write: it must never be closed here.
+        (void)immortal(std::move(left));
+        (void)immortal(shared_from_this());
+        return;
+    }
+    ended_ = true;
+    if (hostThread_ || finished_) {
+        threads().erase(shared_from_this());
+        return;
+    }
+    heritage_ = std::move(left);
+    noteChange();
+    const Object queue = held(waiting_);
+    if (!queue) return;
+    if (isOwnQueue(queue)) {
+        putMarker(queue);
+        return;
+    }
+    // An object may be collected at any moment, also while this very thread holds the lock of that queue.
+    startThread(name(), [queue = waiting_]() mutable { onInterpreter([&] { putMarker(queue.get()); }); });
+}
+
+void LogThread::end() {
+    ended_ = true;
+    noteChange();
+    wake();
+}
+
+std::size_t LogThread::abandon() {
+    abandoned_ = true;
+    std::size_t rows = rowsInWork_;
+    for (const Object& queue : queues()) {
+        while (!isEmpty(queue)) {
+            const Object item = take(queue, false);
+            if (!item) break;
+            if (item.is_none()) continue;
+            ++lost_;
+            rows += rowsOf(item);
+        }
+    }
+    end();
+    return rows;
+}
+
+std::vector<Object> LogThread::queues() const {
+    std::vector<Object> all;
+    for (const Replaced& before : replaced_) all.push_back(held(before.queue));
+    if (Object queue = present(LogField::queue)) all.push_back(std::move(queue));
+    return all;
+}
+
+// The queue to take from, and whether it is the one that will be filled. What a queue held when it was replaced comes
+// first.
+std::pair<Object, bool> LogThread::nextQueue() {
+    while (!replaced_.empty()) {
+        const Object first = held(replaced_.front().queue);
+        const bool left = !isEmpty(first);
+        if (left && replaced_.front().left > 0) {
+            --replaced_.front().left;
+            return {first, false};
+        }
+        replaced_.pop_front();
+    }
+    return {present(LogField::queue), true};
+}
+
+// Of the wait for an item, during which the object must not be held.
+Object LogThread::timeLimit() const {
+    const Object object = owner();
+    const Object limit = object.is_none() ? Object() : attributeOrNothing(object, "queue_timeout");
+    return limit ? limit : py::int_(QUEUE_TIMEOUT);
+}
+
+// An item; nothing if none came.
+Object LogThread::take(const Object& queue, bool waits) {
+    try {
+        if (!waits) return callMethod(queue, "get", py::bool_(false));
+        return callMethod(queue, "get", py::bool_(true), timeLimit());
+    } catch (const py::error_already_set& failure) {
+        if (!failure.matches(hostObject("queue", "Empty"))) throw;
+        return {};
+    }
+}
+
+void LogThread::awaitChange(std::uint64_t seen, Deadline deadline, const Attend& attend) {
+    const WithoutGil released;
+    waitAttended(deadline, attend, [&](Deadline until) {
+        std::unique_lock lock(mutex_);
+        return waitOn(changed_, lock, until, [&] { return changes_ != seen; });
+    });
+}
+
+template <class Look, class Over>
+void LogThread::passGate(const Attend& attend, const Look& look, const Over& over) {
+    for (;;) {
+        const std::uint64_t seen = changes_;
+        if (over()) return;
+        const Object lock = look();
+        if (lock && tryPass(lock)) return;
+        const Standing standing(*this);
+        const auto gate = lock ? ownGate(lock) : nullptr;
+        if (!gate) {
+            awaitChange(seen, lock ? Clock::now() + lockPoll : forever, attend);
+            continue;
+        }
+        gate_ = gate;
+        const WithoutGil released;
+        waitAttended(forever, attend, [&](Deadline until) {
+            const std::uint64_t turn = gate->turn();
+            if (gate->locked() && changes_ == seen) gate->awaitTurn(turn, until);
+            return !gate->locked() || changes_ != seen;
+        });
+    }
+}
+
+void LogThread::awaitPauseEnd(const Attend& attend) {
+    for (;;) {
+        const std::uint64_t seen = changes_;
+        if (pauses_ == 0) return;
+        awaitChange(seen, forever, attend);
+    }
+}
+
+// The writer of now. Rows that were taken wait for a file as those in the queue do; only at the very end may there be
+// rows without one.
+Object LogThread::awaitWriter() {
+    for (;;) {
+        awaitPauseEnd({});
+        const std::uint64_t seen = changes_;
+        if (Object writer = present(LogField::writer)) return writer;
+        if (isOver()) return {};
+        const Standing standing(*this);
+        awaitChange(seen, forever, {});
+    }
+}
+
+bool LogThread::standsStill() const {
+    if (standing_ == 0) return false;
+    if (!present(LogField::writer)) return true;
+    if (ended_ && !hostThread_) return false;
+    const Object lock = present(LogField::lock);
+    return !lock || isShut(lock);
+}
+
+void LogThread::write(const Object& writer, const Object& rows) {
+    if (!writer) {
+        ++lost_;
+        return;
+    }
+    const Ledger::Entry entry(writes_);
+    rowsInWork_ = rowsOf(rows);
+    try {
+        writeRows(writer, rows, abandoned_);
+    } catch (...) {
+        ++lost_;
+        if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
+    }
+    rowsInWork_ = 0;
+}
+
+void LogThread::writeAll() {
+    while (!abandoned_) {
+        passGate(
+            {}, [&] { return present(LogField::lock); }, [&] { return ended_.load(); });
+        const std::uint64_t seen = changes_;
+        const bool over = isOver();
+        const auto [queue, newest] = nextQueue();
+        if (over && (!queue || isEmpty(queue))) return;
+        if (!queue) {
+            awaitChange(seen, forever, {});
+            continue;
+        }
+        const Ledger::Entry turn(turns_);
+        const bool waits = !over && newest;
+        if (waits) waiting_ = shared(queue);
+        const Object item = take(queue, waits);
+        waiting_.reset();
+        if (item && !item.is_none()) write(awaitWriter(), item);
+        const WithoutGil released;
+    }
+}
+
+void LogThread::run() {
+    onInterpreter([&] {
+        try {
+            writeAll();
+        } catch (...) {
+            reportThreadFailure(name(), std::current_exception());
+        }
+        finish();
+    });
+}
+
+// An object that was dropped, or is there still at the end of the interpreter, has not closed its file.
+void LogThread::finish() {
+    waiting_.reset();
+    finished_ = true;
+    threads().erase(shared_from_this());
+    try {
+        const Object file = ended_ ? present(LogField::file) : Object();
+        if (file) callMethod(file, "close");
+    } catch (...) {
+        ++lost_;
+        if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
+    }
+    heritage_ = {};
+    file_.reset();
+    replaced_.clear();
+    gate_.reset();
+}
+
+void LogThread::awaitWritten() {
+    if (turns_.isMine() || !works()) return;
+    if (hostThread_ && attribute(hostThread_.get(), "ident").equal(py::int_(PyThread_get_thread_ident()))) return;
+    std::uint64_t size = 0;
+    for (const Object& queue : queues()) size += sizeOf(queue);
+    // One item a turn: those of the queue, after the one that the thread is at. The marker ends a turn that waits.
+    std::uint64_t target = turns_.begun() + size;
+    Object queue = present(LogField::queue);
+    if (queue && !standsStill()) putMarker(queue);
+    for (;;) {
+        if (!works() || standsStill()) return;
+        const std::vector<Object> all = queues();
+        if (std::ranges::all_of(all, [](const Object& each) { return isEmpty(each); })) {
+            // Somebody else took some of it, or a body of the user's counts no turns.
+            target = std::min(target, turns_.begun());
+            if (hostThread_ && target == 0) return;
+            if (!all.empty()) putMarker(all.back());
+        }
+        const bool poll = hostThread_ && turns_.begun() == 0;
+        const Deadline look = Clock::now() + (poll ? lockPoll : lookEvery);
+        const bool written = blocking([&](const Attend& attend) {
+            return waitAttended(look, attend, [&](Deadline until) { return turns_.await(target, until); });
+        });
+        if (written && !poll) return;
+    }
+}
+
+void LogThread::writeRest() {
+    if (isForeign() || works() || turns_.isMine()) return;
+    for (const Object& queue : queues()) {
+        for (std::uint64_t left = sizeOf(queue); left > 0 && !isEmpty(queue); --left) {
+            const Object item = take(queue, false);
+            if (!item) break;
+            if (!item.is_none()) write(present(LogField::writer), item);
+            if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+        }
+    }
+}
+
+void LogThread::drain() {
+    const bool writes = works() && present(LogField::writer);
+    end();
+    if (!writes) return;
+    awaitWritten();
+    if (hostThread_) {
+        const Pause pause(*this);
+        if (const Object file = present(LogField::file)) callMethod(file, "flush");
+        return;
+    }
+    // Who still writes now writes for ever.
+    abandoned_ = true;
+    noteChange();
+    blocking([&](const Attend& attend) { return awaitEnd(forever, attend); });
+}
+
+Object LogThread::fileName() const {
+    const Object file = present(LogField::file);
+    Object name = file ? attributeOrNothing(file, "name") : Object();
+    return name ? name : py::none();
+}
+
+void LogThread::runFor(py::handle owner, const Object& queue) {
+    const Attend attend = attendSignals();
+    while (!isTrue(attribute(owner, "killed"))) {
+        passGate(
+            attend, [&] { return attribute(owner, "save_data_lock"); }, [] { return false; });
+        std::optional<Ledger::Entry> turn;
+        const Object usual = attributeOrNothing(owner, "save_data_queue");
+        if (usual && queue.is(usual)) turn.emplace(turns_);
+        const Object rows = callMethod(queue, "get", py::bool_(true), attribute(owner, "queue_timeout"));
+        if (!rows.is_none()) {
+            awaitPauseEnd(attend);
+            const Ledger::Entry entry(writes_);
+            writeRows(attribute(owner, "writer_csv"), rows, abandoned_);
+        }
+        blocking([](const Attend& look) {
+            if (look) look();
+        });
+    }
+}
+
+}  // namespace zvr::python
