@@ -106,7 +106,7 @@ int setField(PyObject* self, PyObject* object, PyObject* value) {
         const std::shared_ptr<LogThread> thread = *keeper->thread;
         PyObject*& known = keeper->fields[static_cast<std::size_t>(fieldOf(self)->field)];
         const auto before = py::reinterpret_steal<Object>(std::exchange(known, Py_XNewRef(value)));
-        thread->noteChange(fieldOf(self)->field, before);
+        thread->noteChange(fieldOf(self)->field, before, py::reinterpret_borrow<Object>(value));
         return 0;
     } catch (...) {
         raiseCurrent();

@@ -217,7 +217,10 @@ void LogThread::noteChange() {
     if (gate_) gate_->wake();
 }
 
-void LogThread::noteChange(LogField field, const Object& before) {
+void LogThread::noteChange(LogField field, const Object& before, const Object& now) {
+    if (field == LogField::file && !hostThread_ && works()) {
+        file_ = now && !now.is_none() ? shared(now) : nullptr;
+    }
     if (field == LogField::writer) reported_ = false;
     if (field == LogField::queue && before && !before.is_none() && !hostThread_ && works()) {
         replaced_.push_back({shared(before), sizeOf(before)});
@@ -234,6 +237,7 @@ void LogThread::inherit(LogFields left) {
     if (isForeign()) {
         // What the file has not given to the disk yet is the parent's to write: it must never be closed here.
         (void)immortal(std::move(left));
+        (void)immortal(shared_from_this());
         return;
     }
     ended_ = true;
@@ -369,8 +373,10 @@ Object LogThread::awaitWriter() {
 
 bool LogThread::standsStill() const {
     if (standing_ == 0) return false;
+    if (!present(LogField::writer)) return true;
+    if (ended_ && !hostThread_) return false;
     const Object lock = present(LogField::lock);
-    return !lock || isShut(lock) || !present(LogField::writer);
+    return !lock || isShut(lock);
 }
 
 void LogThread::write(const Object& writer, const Object& rows) {
@@ -435,6 +441,7 @@ void LogThread::finish() {
         if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
     }
     heritage_ = {};
+    file_.reset();
     replaced_.clear();
     gate_.reset();
 }
@@ -479,11 +486,19 @@ void LogThread::writeRest() {
 }
 
 void LogThread::drain() {
-    if (!present(LogField::writer)) return;
+    const bool writes = works() && present(LogField::writer);
+    end();
+    if (!writes) return;
     awaitWritten();
-    if (!works()) return;
-    const Pause pause(*this);
-    if (const Object file = present(LogField::file)) callMethod(file, "flush");
+    if (hostThread_) {
+        const Pause pause(*this);
+        if (const Object file = present(LogField::file)) callMethod(file, "flush");
+        return;
+    }
+    // Who still writes now writes for ever.
+    abandoned_ = true;
+    noteChange();
+    blocking([&](const Attend& attend) { return awaitEnd(forever, attend); });
 }
 
 Object LogThread::fileName() const {

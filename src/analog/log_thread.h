@@ -34,8 +34,8 @@ public:
     /// In a forked child there is no thread, and the file is its parent's.
     bool isForeign() const;
 
-    /// To be told of every change of a watched field, and of its value before.
-    void noteChange(LogField field, const Object& before);
+    /// To be told of every change of a watched field, with its value before and now; nothing where there is none.
+    void noteChange(LogField field, const Object& before, const Object& now);
     void noteChange();
     /// The object goes, and leaves this.
     void inherit(LogFields left);
@@ -50,7 +50,7 @@ public:
     /// Writes what is queued now on this thread, if no other is there to do it.
     void writeRest();
 
-    /// Waits until what is queued for an open file is on its way to the disk.
+    /// Ends the thread, whatever its gate, and waits until what is queued for an open file is on its way to the disk.
     void drain();
 
     /// Keeps all threads from writing, from the end of what they are at to the end of the scope.
@@ -105,6 +105,7 @@ private:
     const long process_;
     SharedObject hostThread_;
     LogFields heritage_;
+    SharedObject file_;              // held here, or the collector would close it together with an object that it takes
     std::deque<Replaced> replaced_;  // their items come before those of the present queue
     SharedObject waiting_;           // the queue that the thread waits in
     std::shared_ptr<Gate> gate_;

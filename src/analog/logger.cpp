@@ -14,7 +14,6 @@ namespace {
 
 using LogThreadPointer = std::shared_ptr<LogThread>;
 
-
 // An object whose class did without the constructor of DataLogger has no thread of ours, and yet steps that need to
 // know of each other.
 LogThreadPointer loggerOf(py::handle self) {
