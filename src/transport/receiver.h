@@ -53,7 +53,7 @@ public:
     /// A read from the source before ends soon, with nothing lost.
     void setSource(std::shared_ptr<PacketSource> source);
 
-    /// Lets a thread that waits ask its supervisor.
+    /// Lets a thread that waits, at its gate or in its read, ask its supervisor.
     void lookAgain() noexcept;
 
     /// Lets the thread go on behind a packet that cannot be filed. For links on which anybody may send.
@@ -73,6 +73,7 @@ private:
     bool filePending();
     Reading cycle();
     std::shared_ptr<PacketSource> source() const;
+    std::shared_ptr<Gate> gateNow() const;
 
     const std::size_t readLength_;
     Sink sink_;
