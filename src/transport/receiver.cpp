@@ -41,7 +41,7 @@ void Receiver::start() {
 void Receiver::run() {
     Pause silent = silentPause, reporting = reportPause;
     while (!killed_) {
-        if (changed()) {
+        if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
             supervisor_->renew(*this);
             continue;
         }
@@ -69,7 +69,7 @@ void Receiver::run() {
 bool Receiver::filePending() {
     std::size_t filed = 0;
     const auto drop = [&] { pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(filed)); };
-    while (filed < pending_.size() && !changed()) {
+    while (filed < pending_.size() && !partsChanged()) {
         try {
             sink_(std::move(pending_[filed++]));
         } catch (...) {

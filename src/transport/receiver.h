@@ -69,7 +69,8 @@ public:
     const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
 
 private:
-    bool changed() const noexcept { return killed_ || (supervisor_ && supervisor_->changed()); }
+    bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
+    bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
     Reading cycle();
     std::shared_ptr<PacketSource> source() const;

@@ -559,7 +559,7 @@ def drop():
     gc.collect()
 
 ends = {"exit": sys.exit, "_exit": lambda: os._exit(0), "close": lambda: box.close(), "drop": drop,
-        "disconnect": lambda: box.disconnect(), "again": lambda: refused(lambda: (box.disconnect(), box.connect("127.0.0.1", port)))}
+        "disconnect": lambda: refused(box.disconnect), "again": lambda: refused(lambda: box.client_cmd.connect("127.0.0.1", port))}
 for round in range(4):
     begin = time.monotonic()
     pid = os.fork()
