@@ -10,7 +10,8 @@
 namespace zvr {
 
 /// Shut from construction. The user's side shuts it (`acquire`) and opens it (`release`); both may be repeated and
-/// never wait. The thread passes it once a cycle.
+/// never wait. The thread passes it once a cycle. In a forked child no thread stands at it, and its lock may be held
+/// for good: it is a flag there.
 class Gate {
 public:
     void acquire() { turn(true); }
@@ -18,6 +19,7 @@ public:
 
     /// Shuts the gate if it is open, or opens before `deadline`; tells whether.
     bool acquireOpen(Deadline deadline, const Attend& attend = {}) {
+        if (mark_.foreign()) return !shut_.exchange(true);
         const bool shut = waitAttended(deadline, attend, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             if (!waitOn(turned_, lock, until, [this] { return !shut_; })) return false;
@@ -89,7 +91,7 @@ public:
 private:
     void turn(bool shut) {
         if (mark_.foreign()) {
-            shut_ = shut;  // no thread stands there, and the lock may be held for good
+            shut_ = shut;
             return;
         }
         {

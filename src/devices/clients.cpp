@@ -63,13 +63,30 @@ Object receiveAndSplit(py::handle self, const Object& most) {
     return callMethod(self, "_splitPacket");
 }
 
+// Sets or deletes an attribute as every object does, and lets the thread that reads look again where it is a step.
+int changeAttribute(PyObject* self, PyObject* name, PyObject* value) noexcept {
+    const int result = PyObject_GenericSetAttr(self, name, value);
+    if (result != 0) return result;
+    try {
+        if (!Watch::watches(name)) return 0;
+        if (const auto client = nativeOrNothing<Client>(self)) client->replaceSteps();
+        return 0;
+    } catch (...) {
+        raiseCurrent();
+        return -1;
+    }
+}
+
 void defineClient(Package& package) {
-    const auto type = py::class_<Client, std::shared_ptr<Client>>(
-                          package.module(), "Client",
-                          "A link to a device: bytes in, frames out. Made by itself it has no link; a subclass brings "
-                          "one with methods of its own.",
-                          py::dynamic_attr())
-                          .def(py::init([] { return std::shared_ptr<Client>(std::make_shared<BareClient>()); }));
+    Watch::watchNames({"recvPacket", "recvAndSplitPacket", "_splitPacket"});
+    const auto type =
+        py::class_<Client, std::shared_ptr<Client>>(
+            package.module(), "Client",
+            "A link to a device: bytes in, frames out. Made by itself it has no link; a subclass brings "
+            "one with methods of its own.",
+            py::dynamic_attr(),
+            py::custom_type_setup([](PyHeapTypeObject* type) { type->ht_type.tp_setattro = changeAttribute; }))
+            .def(py::init([] { return std::shared_ptr<Client>(std::make_shared<BareClient>()); }));
     ClassMaker(type)
         .property(
             {"stream", "bytes", "Everything received and not yet consumed."},
@@ -142,7 +159,7 @@ void defineNetworkClients(Package& package) {
                 [](py::handle self, const Object& timeout) {
                     const auto client = native<NetworkClient>(self);
                     const double seconds = timeout.is_none() ? std::numeric_limits<double>::infinity()
-                                                             : argument<double>(timeout, "timeout");
+                                                             : argument<Seconds>(timeout, "timeout");
                     client->setTimeout(seconds);
                 })
         .method("disconnect", {}, "Shuts the socket down and lets go of it.", {},
@@ -215,7 +232,7 @@ void defineSerialClient(Package& package) {
             },
             [](py::handle self, const Object& value) {
                 native<SerialClient>(self)->setReadTimeout(value.is_none() ? std::numeric_limits<double>::infinity()
-                                                                           : argument<double>(value, "read_timeout"));
+                                                                           : argument<Seconds>(value, "read_timeout"));
                 restoreField(self, "read_timeout");
             })
         .property(

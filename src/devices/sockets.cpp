@@ -4,6 +4,7 @@
 
 #include "python/arguments.h"
 #include "python/raising.h"
+#include "python/values.h"
 
 namespace zvr::python {
 
@@ -123,7 +124,7 @@ Object nameOf(const SocketName& name) { return py::make_tuple(name.first, name.s
 
 double timeoutOf(const Object& value) {
     if (value.is_none()) return std::numeric_limits<double>::infinity();
-    const double seconds = argument<double>(value, "timeout");
+    const double seconds = argument<Seconds>(value, "timeout");
     if (!(seconds >= 0)) throw std::invalid_argument("a timeout is not negative");
     return seconds;
 }

@@ -84,7 +84,10 @@ public:
           pools_(std::move(pools)),
           begunByOther_(!hasOwnMethod(self, link.body)) {}
 
-    bool changed() const noexcept override { return watch_->changed(seen_); }
+    bool changed() const noexcept override {
+        return watch_->changed(seen_) || (ours_ && (ours_->steps() != steps_ ||
+                                                    (clientSeen_.version != 0 && clientWatch_->changed(clientSeen_))));
+    }
 
     void renew(Receiver& receiver) override {
         bool rests = false;
@@ -139,16 +142,23 @@ private:
     }
 
     std::shared_ptr<PacketSource> sourceOf(const Object& client) {
+        auto ours = nativeOrNothing<Client>(client);
+        if (ours != ours_) {
+            ours_ = ours;
+            clientWatch_ = ours ? std::make_unique<Watch>(client) : nullptr;
+        }
         if (!client || client.is_none()) {
             client_ = {};
             return nullptr;
         }
-        const auto ours = nativeOrNothing<Client>(client);
+        if (ours) steps_ = ours->steps();
         if (ours && hasOwnMethod(client, "recvAndSplitPacket") && hasOwnMethod(client, "recvPacket") &&
             hasOwnMethod(client, "_splitPacket")) {
+            clientSeen_ = clientWatch_->look();
             client_ = {};
             return ours;
         }
+        if (ours) clientSeen_ = clientWatch_->look();
         if (client_.get() != client.ptr()) {
             client_ = shared(client);
             foreign_ = std::make_shared<PythonSource>(client, link_.reportsReads);
@@ -181,8 +191,12 @@ private:
     DataPools pools_;
     const bool begunByOther_;
     Watch::Seen seen_;
-    const void* other_ = nullptr;  // replacement that has been called; only compared
-    SharedObject client_;          // of `foreign_`
+    const void* other_ = nullptr;   // replacement that has been called; only compared
+    std::shared_ptr<Client> ours_;  // whose steps are looked at
+    std::uint64_t steps_ = 0;
+    std::unique_ptr<Watch> clientWatch_;
+    Watch::Seen clientSeen_;
+    SharedObject client_;  // of `foreign_`
     std::shared_ptr<PacketSource> foreign_;
 };
 

@@ -21,6 +21,12 @@ void PacketSource::changed() noexcept {
     }
 }
 
+void PacketSource::replaceSteps() noexcept {
+    ++steps_;
+    changed();
+    interrupt();
+}
+
 Reading Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
     requireOwn();
     Bytes buffer(length);

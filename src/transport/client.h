@@ -34,6 +34,10 @@ public:
     /// Ends a `receive` that waits, or else the next one, with nothing lost. Sources that never wait long need none.
     virtual void interrupt() noexcept {}
 
+    /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
+    std::uint64_t steps() const noexcept { return steps_; }
+    void replaceSteps() noexcept;
+
     /// `gate` rings from now on whenever the link changes so that a read may fare differently.
     void tellChanges(const std::shared_ptr<Gate>& gate);
 
@@ -41,6 +45,7 @@ protected:
     void changed() noexcept;
 
 private:
+    std::atomic<std::uint64_t> steps_{0};
     std::mutex listening_;
     std::vector<std::weak_ptr<Gate>> gates_;
 };

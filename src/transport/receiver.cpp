@@ -41,7 +41,7 @@ void Receiver::start() {
 void Receiver::run() {
     Pause silent = silentPause, reporting = reportPause;
     while (!killed_) {
-        if (changed()) {
+        if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
             supervisor_->renew(*this);
             continue;
         }
@@ -69,7 +69,7 @@ void Receiver::run() {
 bool Receiver::filePending() {
     std::size_t filed = 0;
     const auto drop = [&] { pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(filed)); };
-    while (filed < pending_.size() && !changed()) {
+    while (filed < pending_.size() && !partsChanged()) {
         try {
             sink_(std::move(pending_[filed++]));
         } catch (...) {
@@ -110,6 +110,7 @@ void Receiver::letGo() noexcept {
 void Receiver::lookAgain() noexcept {
     if (isForeign()) return;
     gate->wake();
+    if (const auto passed = gateNow(); passed != gate) passed->wake();
     if (const auto read = source()) read->interrupt();
 }
 
@@ -120,24 +121,31 @@ std::shared_ptr<PacketSource> Receiver::source() const {
     return source_;
 }
 
+std::shared_ptr<Gate> Receiver::gateNow() const {
+    const std::lock_guard lock(mutex_);
+    return gateNow_;
+}
+
 void Receiver::setSource(std::shared_ptr<PacketSource> source) {
     if (isForeign()) return;
-    if (source) source->tellChanges(gate);
+    const auto gateOfTurns = gateNow();
+    if (source) source->tellChanges(gateOfTurns);
     {
         const std::lock_guard lock(mutex_);
-        if (source_ == source) return;
+        if (source == source_) return;
         source_.swap(source);
     }
     if (source) source->interrupt();
-    gate->wake();
+    gateOfTurns->wake();
 }
 
 void Receiver::setGate(std::shared_ptr<Gate> passes) {
     foreignPass_ = nullptr;
     if (!passes) passes = gate;
     if (gateNow_ == passes) return;
+    passed_ = passes->openings();
+    const std::lock_guard lock(mutex_);
     gateNow_ = std::move(passes);
-    passed_ = gateNow_->openings();
 }
 
 }  // namespace zvr

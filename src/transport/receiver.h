@@ -53,7 +53,7 @@ public:
     /// A read from the source before ends soon, with nothing lost.
     void setSource(std::shared_ptr<PacketSource> source);
 
-    /// Lets a thread that waits ask its supervisor.
+    /// Lets a thread that waits, at its gate or in its read, ask its supervisor.
     void lookAgain() noexcept;
 
     /// Lets the thread go on behind a packet that cannot be filed. For links on which anybody may send.
@@ -69,10 +69,12 @@ public:
     const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
 
 private:
-    bool changed() const noexcept { return killed_ || (supervisor_ && supervisor_->changed()); }
+    bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
+    bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
     Reading cycle();
     std::shared_ptr<PacketSource> source() const;
+    std::shared_ptr<Gate> gateNow() const;
 
     const std::size_t readLength_;
     Sink sink_;

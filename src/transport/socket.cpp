@@ -191,9 +191,9 @@ Reading SystemSocket::readWith(Take&& take, const Attend& attend, Reader reader)
     for (short events = 0;;) {
         if (const std::optional<Reading> reading = take()) return *reading;
         // A datagram socket that is shut down has nothing to read, and says so for ever.
-        if (closing_ || (events > 0 && (events & POLLHUP) != 0)) return Reading::ended;
-        if (events == interrupted) return Reading::idle;
+        if (closing_ || (events & POLLHUP) != 0) return Reading::ended;
         events = limit > 0 ? awaitEvent(POLLIN, deadline, attend, reader) : short{0};
+        if (events == interrupted) return closing_ ? Reading::ended : Reading::idle;
         if (events == 0 && reader == Reader::thread) return Reading::idle;
         if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);
     }

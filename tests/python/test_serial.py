@@ -180,12 +180,15 @@ def test_a_forked_child_leaves_the_line_to_its_parent(line):
         drone.connect(line.port)
         child = os.fork()
         if child == 0:
-            try:
-                drone.Drone_getSerialNumber()
-            except pyzvr.UARTConnectionError as failure:
-                drone.close()
-                os._exit(0 if "os.fork()" in str(failure) else 1)
-            os._exit(2)
+            told = []
+            for action, failure in ((drone.Drone_getSerialNumber, pyzvr.Error),
+                                    (lambda: drone.client_cmd.recvPacket(1), pyzvr.UARTConnectionError)):
+                try:
+                    action()
+                except failure as refusal:
+                    told.append("os.fork()" in str(refusal))
+            drone.close()
+            os._exit(told != [True, True])
         assert os.waitpid(child, 0)[1] == 0
         assert drone.Drone_getSerialNumber() == "SN000001"
 

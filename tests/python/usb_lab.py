@@ -167,8 +167,9 @@ def forking():
             child = os.fork()
             if child == 0:
                 refused = [failure_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))]
-                right = all(each[0] == "USBConnectionError" for each in refused) and not box.recv_cmd_thread.is_alive()
-                end()
+                right = refused[1][0] == "USBConnectionError" and all(each[1] for each in refused)
+                right = right and not box.recv_cmd_thread.is_alive()
+                failure_of(end)
                 gc.collect()
                 os._exit(0 if right else 7)
             report.append([os.waitpid(child, 0)[1], box.Sys_getSerialNumber()])
