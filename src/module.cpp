@@ -55,6 +55,7 @@ void execute(pybind11::module_ module) {
     defineDrone(package);
     defineModels(package);
     defineCatalogue(package);
+    completeBoundTypes(package);
 }
 
 // Threads of the library meet the one interpreter that knows them.

@@ -24,14 +24,14 @@ bool isCurrentInput(py::handle self) { return isModel(self, {"TarnCurrent", "Tar
 // Modules without streaming have no flag and no thread.
 void openFlag(py::handle self) {
     const Object flag = attributeOrNothing(self, "ai_open_flag");
-    if (!flag || PyObject_IsTrue(flag.ptr()) != 0) return;
+    if (!flag || isTrue(flag)) return;
     setAttribute(self, "ai_open_flag", py::bool_(true));
     callMethod(attribute(self, "ai_lock"), "release");
 }
 
 void closeFlag(py::handle self) {
     const Object flag = attributeOrNothing(self, "ai_open_flag");
-    if (!flag || PyObject_IsTrue(flag.ptr()) == 0) return;
+    if (!flag || !isTrue(flag)) return;
     setAttribute(self, "ai_open_flag", py::bool_(false));
     callMethod(attribute(self, "ai_lock"), "acquire", py::bool_(false));
     for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());

@@ -110,20 +110,6 @@ private:
     std::optional<RowMaker> maker_;
 };
 
-/// Thousands of new lists that hold floats only are nothing that the host's collector needs to look at meanwhile.
-class CollectorPause {
-public:
-    CollectorPause() : wasOn_(PyGC_Disable() != 0) {}
-    ~CollectorPause() {
-        if (wasOn_) PyGC_Enable();
-    }
-    CollectorPause(const CollectorPause&) = delete;
-    CollectorPause& operator=(const CollectorPause&) = delete;
-
-private:
-    const bool wasOn_;
-};
-
 }  // namespace
 
 namespace {

@@ -12,6 +12,7 @@ namespace {
 constexpr PinnedPorts canPorts{"CAN", "can_dict", "CAN_port", FailureId::CANPortNotAvaliableError};
 
 py::list toFrames(const std::vector<RowRun>& rows) {
+    const CollectorPause pause;
     std::size_t count = 0;
     for (const RowRun& run : rows) count += run.rows;
     py::list frames(count);
@@ -80,7 +81,7 @@ void construct(py::handle self, const Object& ports) {
     setAttribute(self, "can_data_queue", dataQueueOf(self));
 }
 
-bool isOpen(py::handle self) { return PyObject_IsTrue(attribute(self, "can_open_flag").ptr()) != 0; }
+bool isOpen(py::handle self) { return isTrue(attribute(self, "can_open_flag")); }
 
 // The pin check's own name ends in an underscore, its twin's does not.
 Result open(Op op, Object port) {
@@ -268,9 +269,9 @@ void defineCan(Package& package) {
              {"delay", "float", "seconds to wait for that many, once; the awaitable form never waits", "0.005"}},
             "Takes frames that have come.",
             {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come", "the queue of frames"},
-            {}, [](Op op, Object, Object count, Object delay) -> Result {
+            {}, [](Op op, Object, std::int64_t count, Object delay) -> Result {
                 const Object queue = attribute(op.self(), "can_frame_queue");
-                co_return co_await take(op, queue, count, delay);
+                co_return co_await take(op, queue, py::int_(count), delay);
             });
     // clang-format off
     can.rows({

@@ -86,7 +86,7 @@ void wakeReaders(py::handle self) {
     for (const char* queue : dataQueues) callMethod(attribute(self, queue), "put", py::none());
 }
 
-bool isOpen(py::handle self) { return PyObject_IsTrue(attribute(self, "uart_open_flag").ptr()) != 0; }
+bool isOpen(py::handle self) { return isTrue(attribute(self, "uart_open_flag")); }
 
 Result open(Op op, Object port) {
     const Object reply = co_await op.run(openPort<uartPorts>(op, port, OPEN_UART));

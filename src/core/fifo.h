@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "core/process.h"
 #include "core/waiting.h"
 
 namespace zvr {
@@ -148,6 +149,23 @@ public:
 
     std::size_t capacity() const { return capacity_; }
 
+    /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
+    bool isForeign() const { return mark_.foreign(); }
+
+    /// Shows every item, with the queue's lock held; none in a forked child.
+    template <class Visit>
+    void visit(Visit visit) const {
+        if (isForeign()) return;
+        const std::lock_guard lock(mutex_);
+        for (const Item& item : items_) visit(item);
+    }
+    void clear() {
+        if (isForeign()) return;
+        std::deque<Item> gone;  // it goes without the lock
+        const std::lock_guard lock(mutex_);
+        gone.swap(items_);
+    }
+
 private:
     template <class Put>
     bool add(Put put) {
@@ -172,6 +190,7 @@ private:
     }
 
     const std::size_t capacity_;
+    const ProcessMark mark_;
     mutable std::mutex mutex_;
     std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
     std::deque<Item> items_;

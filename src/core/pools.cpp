@@ -43,7 +43,9 @@ void EchoPool::put(Key key, Bytes data) {
     std::vector<std::shared_ptr<Listener>> told;
     {
         const std::lock_guard lock(mutex_);
-        replies_.insert_or_assign(key, std::move(data));
+        const auto [place, fresh] = replies_.try_emplace(key);
+        if (fresh) place->second.order = ++filed_;
+        place->second.data = std::move(data);
         for (const auto& [wanted, listener] : listeners_) {
             if (wanted == key) told.push_back(listener);
         }
@@ -56,7 +58,7 @@ std::optional<Bytes> EchoPool::take(Key key) {
     const std::lock_guard lock(mutex_);
     const auto found = replies_.find(key);
     if (found == replies_.end()) return std::nullopt;
-    std::optional<Bytes> data(std::move(found->second));
+    std::optional<Bytes> data(std::move(found->second.data));
     replies_.erase(found);
     return data;
 }
@@ -120,59 +122,20 @@ bool EchoPool::contains(Key key) const {
 std::optional<Bytes> EchoPool::peek(Key key) const {
     const std::lock_guard lock(mutex_);
     const auto found = replies_.find(key);
-    return found == replies_.end() ? std::nullopt : std::optional(found->second);
+    return found == replies_.end() ? std::nullopt : std::optional(found->second.data);
 }
 
 std::vector<EchoPool::Key> EchoPool::keys() const {
-    const std::lock_guard lock(mutex_);
+    std::vector<std::pair<std::uint64_t, Key>> ordered;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [key, reply] : replies_) ordered.emplace_back(reply.order, key);
+    }
+    std::ranges::sort(ordered);
     std::vector<Key> keys;
-    keys.reserve(replies_.size());
-    for (const auto& [key, data] : replies_) keys.push_back(key);
+    for (const auto& [order, key] : ordered) keys.push_back(key);
     return keys;
 }
-
-namespace {
-
-// The pool of a map from key to something shared that is made on first access.
-template <class Map>
-auto obtain(std::mutex& mutex, Map& map, const typename Map::key_type& key) {
-    const std::lock_guard lock(mutex);
-    auto& place = map[key];
-    if (!place) place = std::make_shared<typename Map::mapped_type::element_type>();
-    return place;
-}
-
-template <class Map>
-auto keysOf(std::mutex& mutex, const Map& map) {
-    const std::lock_guard lock(mutex);
-    std::vector<typename Map::key_type> keys;
-    keys.reserve(map.size());
-    for (const auto& entry : map) keys.push_back(entry.first);
-    return keys;
-}
-
-}  // namespace
-
-std::shared_ptr<StreamFifo> StreamPool::at(const StreamKey& key) { return obtain(mutex_, fifos_, key); }
-
-void StreamPool::put(const StreamKey& key, std::shared_ptr<StreamFifo> fifo) {
-    const std::lock_guard lock(mutex_);
-    fifos_[key].swap(fifo);
-}
-
-bool StreamPool::erase(const StreamKey& key) {
-    std::map<StreamKey, std::shared_ptr<StreamFifo>>::node_type gone;  // its items go without the lock
-    const std::lock_guard lock(mutex_);
-    gone = fifos_.extract(key);
-    return !gone.empty();
-}
-
-bool StreamPool::contains(const StreamKey& key) const {
-    const std::lock_guard lock(mutex_);
-    return fifos_.contains(key);
-}
-
-std::vector<StreamKey> StreamPool::keys() const { return keysOf(mutex_, fifos_); }
 
 void RecordSet::add(Bytes record) {
     const std::lock_guard lock(mutex_);
@@ -199,30 +162,23 @@ std::vector<Bytes> RecordSet::records() const {
     return {records_.begin(), records_.end()};
 }
 
-std::shared_ptr<RecordSet> BroadcastPool::at(int command) { return obtain(mutex_, sets_, command); }
-
-void BroadcastPool::put(int command, std::shared_ptr<RecordSet> records) {
-    const std::lock_guard lock(mutex_);
-    sets_[command].swap(records);
-}
-
-bool BroadcastPool::erase(int command) {
-    const std::lock_guard lock(mutex_);
-    return sets_.erase(command) != 0;
-}
-
-bool BroadcastPool::contains(int command) const {
-    const std::lock_guard lock(mutex_);
-    return sets_.contains(command);
-}
-
-std::vector<int> BroadcastPool::keys() const { return keysOf(mutex_, sets_); }
-
 namespace {
 
 int byteAt(ByteView data, std::size_t index) {
     if (index >= data.size()) throw std::out_of_range("a stream frame is too short for its key");
     return data[index];
+}
+
+void add(StreamFifo& fifo, Bytes frame) { fifo.tryPut(std::move(frame)); }
+void add(RecordSet& records, Bytes record) { records.add(std::move(record)); }
+
+template <class Key, class Thing>
+void fileIn(MakingPool<Key, Thing>& pool, const Key& key, Bytes bytes) {
+    if (const auto own = pool.at(key)) {
+        add(*own, std::move(bytes));
+    } else if (const auto foreign = pool.find(key).foreign) {
+        pool.addForeign(foreign, std::move(bytes));
+    }
 }
 
 Bytes from(Bytes data, std::size_t skip) {
@@ -253,11 +209,11 @@ void DataPools::file(int command, Bytes data, CommandClass commandClass) {
     switch (commandClass) {
         case CommandClass::streaming: {
             const StreamPlace place = streamPlaceOf(command, data);
-            stream->at(place.key)->tryPut(from(std::move(data), place.skip));
+            fileIn(*stream, place.key, from(std::move(data), place.skip));
             return;
         }
         case CommandClass::broadcast:
-            if (byteAt(data, 0) == 1) broadcast->at(command)->add(from(std::move(data), 1));
+            if (byteAt(data, 0) == 1) fileIn(*broadcast, command, from(std::move(data), 1));
             return;
         case CommandClass::echo: {
             const EchoPool::Key key = command == MOTION ? motionKey(data) : command;

@@ -4,6 +4,7 @@
 // from any thread. A listener is told of an arrival on the receive thread, with no lock held.
 #pragma once
 
+#include <algorithm>
 #include <compare>
 #include <map>
 #include <memory>
@@ -49,7 +50,12 @@ public:
 
 private:
     mutable std::mutex mutex_;
-    std::unordered_map<Key, Bytes> replies_;
+    struct Reply {
+        std::uint64_t order;
+        Bytes data;
+    };
+    std::unordered_map<Key, Reply> replies_;
+    std::uint64_t filed_ = 0;
     std::vector<std::pair<Key, std::shared_ptr<Listener>>> listeners_;
     std::atomic<std::uint64_t> arrivals_{0};
     std::atomic<int> missesInARow_{0}, callsToSkip_{0};
@@ -96,20 +102,6 @@ struct StreamItem {
 };
 using StreamFifo = Fifo<StreamItem>;
 
-class StreamPool {
-public:
-    /// The FIFO of a key; made, empty and without limit, when it is first asked for.
-    std::shared_ptr<StreamFifo> at(const StreamKey& key);
-    void put(const StreamKey& key, std::shared_ptr<StreamFifo> fifo);
-    bool erase(const StreamKey& key);
-    bool contains(const StreamKey& key) const;
-    std::vector<StreamKey> keys() const;
-
-private:
-    mutable std::mutex mutex_;
-    std::map<StreamKey, std::shared_ptr<StreamFifo>> fifos_;
-};
-
 /// Replies to one broadcast command; equal ones count once.
 class RecordSet {
 public:
@@ -124,19 +116,81 @@ private:
     std::set<Bytes> records_;
 };
 
-class BroadcastPool {
+/// A pool that makes what is missing. What it holds under a key is either the library's own, or something else that
+/// somebody put there; the receive threads hand their part of that to a function that knows such things.
+template <class Key, class Thing>
+class MakingPool {
 public:
-    /// The set of a command; made, empty, when it is first asked for, and the same one ever after.
-    std::shared_ptr<RecordSet> at(int command);
-    void put(int command, std::shared_ptr<RecordSet> records);
-    bool erase(int command);
-    bool contains(int command) const;
-    std::vector<int> keys() const;
+    /// What is there under a key: one of the two, or neither.
+    struct Entry {
+        std::shared_ptr<Thing> own;
+        std::shared_ptr<void> foreign;
+        std::uint64_t order = 0;
+    };
+
+    /// The thing of a key; made, empty, when it is first asked for. Nothing if it is a foreign one.
+    std::shared_ptr<Thing> at(const Key& key) {
+        const std::lock_guard lock(mutex_);
+        Entry& entry = entryOf(key);
+        if (!entry.own && !entry.foreign) entry.own = std::make_shared<Thing>();
+        return entry.own;
+    }
+
+    Entry find(const Key& key) const {
+        const std::lock_guard lock(mutex_);
+        const auto found = entries_.find(key);
+        return found == entries_.end() ? Entry() : found->second;
+    }
+
+    void put(const Key& key, std::shared_ptr<Thing> own, std::shared_ptr<void> foreign = nullptr) {
+        const std::lock_guard lock(mutex_);
+        Entry& entry = entryOf(key);
+        entry.own.swap(own);
+        entry.foreign.swap(foreign);
+    }
+
+    bool erase(const Key& key) {
+        typename std::map<Key, Entry>::node_type gone;  // it goes without the lock
+        const std::lock_guard lock(mutex_);
+        gone = entries_.extract(key);
+        return !gone.empty();
+    }
+
+    bool contains(const Key& key) const {
+        const std::lock_guard lock(mutex_);
+        return entries_.contains(key);
+    }
+
+    /// In the order in which they came.
+    std::vector<Key> keys() const {
+        std::vector<std::pair<std::uint64_t, Key>> ordered;
+        {
+            const std::lock_guard lock(mutex_);
+            for (const auto& [key, entry] : entries_) ordered.emplace_back(entry.order, key);
+        }
+        std::sort(ordered.begin(), ordered.end());
+        std::vector<Key> keys;
+        for (const auto& [order, key] : ordered) keys.push_back(key);
+        return keys;
+    }
+
+    /// Adds bytes to a foreign thing; set once, before any thread runs.
+    static inline void (*addForeign)(const std::shared_ptr<void>& thing, Bytes bytes) = nullptr;
 
 private:
+    Entry& entryOf(const Key& key) {
+        const auto [place, fresh] = entries_.try_emplace(key);
+        if (fresh) place->second.order = ++made_;
+        return place->second;
+    }
+
     mutable std::mutex mutex_;
-    std::map<int, std::shared_ptr<RecordSet>> sets_;
+    std::map<Key, Entry> entries_;
+    std::uint64_t made_ = 0;
 };
+
+using StreamPool = MakingPool<StreamKey, StreamFifo>;
+using BroadcastPool = MakingPool<int, RecordSet>;
 
 /// Where the frames of a streaming command wait, and how many leading data bytes are not part of what waits.
 struct StreamPlace {

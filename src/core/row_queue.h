@@ -62,6 +62,22 @@ public:
 
     UnfinishedTasks tasks;
 
+    /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
+    bool isForeign() const { return mark_.foreign(); }
+
+    /// Shows every object that somebody put, with the queue's lock held; none in a forked child.
+    template <class Visit>
+    void visit(Visit visit) const {
+        if (isForeign()) return;
+        const std::lock_guard lock(mutex_);
+        for (const Chunk& chunk : chunks_) {
+            if (chunk.object) visit(chunk.object);
+        }
+    }
+    void clear() {
+        if (!isForeign()) take(noLimit);
+    }
+
 private:
     static constexpr std::size_t nobody = static_cast<std::size_t>(-1);
 
@@ -83,6 +99,7 @@ private:
     std::pair<std::size_t, std::size_t> uniformRows() const;
 
     const std::size_t capacity_;
+    const ProcessMark mark_;
     mutable std::mutex mutex_;
     mutable std::condition_variable arrived_, left_;
     std::deque<Chunk> chunks_;

@@ -94,11 +94,13 @@ void StreamReader::tellOfOverflow(const RowQueue* queue, std::size_t dropped) {
 
 void StreamReader::end() {
     ended_ = true;
+    if (isForeign()) return;  // no thread is here to end, and its locks may be held for good
     gate->release();
     lookAgain();
 }
 
 void StreamReader::lookAgain() noexcept {
+    if (isForeign()) return;
     gate->wake();
     bell_->ring();
 }

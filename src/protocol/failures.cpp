@@ -112,7 +112,7 @@ void defineFailures(Package& package) {
                     setAttribute(self, "code", code);
                     setAttribute(self, "msg", message);
                     const Object silent = py::dict(named).attr("get")("silent", false);
-                    if (PyObject_IsTrue(silent.ptr()) == 0) reportWarning(self);
+                    if (!isTrue(silent)) reportWarning(self);
                 })
         .method("__str__", {}, "Tells code and message.", {"str"}, {},
                 [](py::handle self) -> Object { return formatted("Warning {:d}: {}", self); });

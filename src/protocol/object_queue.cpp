@@ -58,7 +58,10 @@ struct Access {
 void defineObjectQueue(Package& package) {
     const ObjectQueueType bound(package.module(), "RowFifo",
                                 "Thread-safe queue of what a stream brings, kept in compact form: rows of samples, "
-                                "bytes, or frames.");
+                                "bytes, or frames.",
+                                collectable<ObjectQueue>([](const std::shared_ptr<void>& object) {
+                                    return static_cast<PyObject*>(object.get());
+                                }));
     ClassMaker type(bound);
     defineQueueFace<Access>(type, "Any",
                             "a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything");

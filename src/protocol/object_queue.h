@@ -16,6 +16,20 @@ struct ItemKind {
 /// A row that somebody put, as it was.
 inline Object objectOf(const RowRun& run) { return borrow(static_cast<PyObject*>(run.object.get())); }
 
+/// Pauses the host's collector while thousands of objects are made that cannot form cycles.
+class CollectorPause {
+public:
+    CollectorPause() : wasOn_(PyGC_Disable() != 0) {}
+    ~CollectorPause() {
+        if (wasOn_) PyGC_Enable();
+    }
+    CollectorPause(const CollectorPause&) = delete;
+    CollectorPause& operator=(const CollectorPause&) = delete;
+
+private:
+    const bool wasOn_;
+};
+
 class ObjectQueue final : public RowQueue {
 public:
     ObjectQueue(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}

@@ -208,11 +208,14 @@ Result echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
 }
 
 Result echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
-    static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
-    const py::int_ attempt(RETRY_TIMEOUT);
+    // What it makes must not stay in this frame, where the host's collector does not see it.
+    const auto attempt = [&] {
+        static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
+        const py::int_ seconds(RETRY_TIMEOUT);
+        return Pending::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
+    };
     for (int count = 0; count < most; ++count) {
-        const Object value = co_await Pending::on(
-            callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, attempt));
+        const Object value = co_await attempt();
         if (!value.is_none()) co_return value;
     }
     const double left = std::max(timeout - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
@@ -272,7 +275,7 @@ void definePacket(Package& package) {
                 {"list[int]", "byte values of the whole frame"},
                 {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
                 [](py::handle, int code, const Object& bytes) -> Object {
-                    return toList(buildFrame(code, bytesOf(bytes)));
+                    return toList(buildFrame(code, bytesOf(bytes, "data_out")));
                 });
 
     const auto broadcast = std::make_shared<const Definition>(broadcastDefinition());

@@ -24,13 +24,6 @@ void completeAs(py::handle type, const char* kind, const char* items, std::initi
     refusePickling(type);
 }
 
-template <class Keys, class Convert>
-Object iteratorOver(const Keys& keys, Convert convert) {
-    py::list list;
-    for (const auto& key : keys) list.append(convert(key));
-    return own(PyObject_GetIter(list.ptr()));
-}
-
 const Parameter keyParameter{"key", "Any", "key of the pool"};
 const Parameter soughtParameter{"key", "object", "what is looked for"};
 const Parameter otherParameter{"other", "Any", "what it is joined with"};
@@ -61,89 +54,143 @@ ClassMaker& completeMapping(ClassMaker& type, const char* items) {
                                             py::repr(py::dict(borrow(self.ptr()))));
         });
     completeAs(type.type(), "MutableMapping", items,
-               {"get", "pop", "popitem", "clear", "update", "setdefault", "keys", "values", "items", "__eq__",
+               {"get", "pop", "clear", "update", "setdefault", "keys", "values", "items", "__eq__",
                 "_MutableMapping__marker"});
+    type.method("popitem", {}, "Takes the newest entry out.", {"tuple[Any, Any]"}, {"KeyError: there is none"},
+                [](py::handle self) -> Object {
+                    const py::list keys(borrow(self.ptr()));
+                    if (keys.empty()) throw py::key_error("popitem(): the pool is empty");
+                    const Object key = keys[keys.size() - 1];
+                    return py::make_tuple(key, callMethod(self, "pop", key));
+                })
+        .method("__reversed__", {}, "Iterates over the keys from the newest on.", {"Iterator[Any]"}, {},
+                [](py::handle self) {
+                    const py::list keys(borrow(self.ptr()));
+                    callMethod(keys, "reverse");
+                    return own(PyObject_GetIter(keys.ptr()));
+                });
+    py::setattr(type.type(), "__hash__", py::none());
     return type;
 }
 
-// The key of a lookup: what is no integer, or no key's size, is not there.
-std::optional<EchoPool::Key> soughtKey(py::handle key) {
-    if (PyIndex_Check(key.ptr()) == 0) return std::nullopt;
-    const Object number = own(PyNumber_Index(key.ptr()));
-    int beyond = 0;
-    const long long value = PyLong_AsLongLongAndOverflow(number.ptr(), &beyond);
-    return beyond != 0 ? std::nullopt : std::optional<EchoPool::Key>(value);
+// What a pool of ours cannot hold itself - keys that no frame has, values that no frame is - stands in a dictionary
+// beside it.
+py::dict othersOf(py::handle pool) {
+    const py::dict fields = own(PyObject_GenericGetDict(pool.ptr(), nullptr));
+    if (!fields.contains("_others")) fields["_others"] = py::dict();
+    return fields["_others"];
 }
 
-EchoPool::Key presentKey(py::handle key) {
-    const auto number = soughtKey(key);
-    if (!number) missing(key);
-    return *number;
+void requireHashable(py::handle key) {
+    if (entering([&] { return PyObject_Hash(key.ptr()); }) == -1) throw py::error_already_set();
+}
+
+// The number that a key of a frame is; nothing for what is none.
+std::optional<std::int64_t> numberOfKey(py::handle key) {
+    requireHashable(key);
+    if (PyIndex_Check(key.ptr()) == 0) return std::nullopt;
+    const Object number = own(entering([&] { return PyNumber_Index(key.ptr()); }));
+    int beyond = 0;
+    const long long value = PyLong_AsLongLongAndOverflow(number.ptr(), &beyond);
+    return beyond != 0 ? std::nullopt : std::optional<std::int64_t>(value);
+}
+
+Object otherOrMissing(py::handle pool, const Object& key) {
+    const py::dict others = othersOf(pool);
+    if (!others.contains(key)) missing(key);
+    return others[key];
+}
+
+void eraseOther(py::handle pool, const Object& key) {
+    const py::dict others = othersOf(pool);
+    if (others.contains(key) && PyDict_DelItem(others.ptr(), key.ptr()) != 0) throw py::error_already_set();
+}
+
+template <class Keys, class Convert>
+Object iteratorOverKeys(py::handle pool, const Keys& keys, Convert convert) {
+    py::list list;
+    for (const auto& key : keys) list.append(convert(key));
+    callMethod(list, "extend", othersOf(pool));
+    return own(PyObject_GetIter(list.ptr()));
 }
 
 void defineEchoPool(Package& package) {
-    using Pool = std::shared_ptr<EchoPool>;
-    const Parameter reply{"value", "bytes", "data of the reply"};
-    ClassMaker type = py::class_<EchoPool, Pool>(package.module(), "EchoPool",
-                                                 "Latest unclaimed reply per command code or composite motion key.");
-    type.method("__getitem__", {keyParameter}, "The reply, which stays.", {"bytes"}, {"KeyError: there is none"},
-                [](const Pool& pool, const Object& key) -> Object {
-                    const auto data = pool->peek(presentKey(key));
-                    if (!data) missing(key);
-                    return toBytes(*data);
+    const Parameter reply{"value", "Any", "data of the reply as bytes, or anything else"};
+    ClassMaker type = py::class_<EchoPool, std::shared_ptr<EchoPool>>(
+        package.module(), "EchoPool", "Latest unclaimed reply per command code or composite motion key.",
+        py::dynamic_attr());
+    type.method("__getitem__", {keyParameter}, "The reply, which stays.", {"Any"}, {"KeyError: there is none"},
+                [](py::handle self, const Object& key) -> Object {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    const auto data = number ? pool->peek(*number) : std::nullopt;
+                    return data ? Object(toBytes(*data)) : otherOrMissing(self, key);
                 })
         .method("__setitem__", {keyParameter, reply}, "Files a reply and wakes who waits for it.", {}, {},
-                [](const Pool& pool, EchoPool::Key key, const Object& value) {
+                [](py::handle self, const Object& key, const Object& value) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    if (!number || !PyBytes_CheckExact(value.ptr())) {
+                        othersOf(self)[key] = value;
+                        if (number) pool->take(*number);
+                        return;
+                    }
+                    eraseOther(self, key);
                     Bytes data = bytesOf(value);
                     const WithoutGil released;
-                    pool->put(key, std::move(data));
+                    pool->put(*number, std::move(data));
                 })
         .method("__delitem__", {keyParameter}, "Drops a reply.", {}, {"KeyError: there is none"},
-                [](const Pool& pool, const Object& key) {
-                    if (!pool->take(presentKey(key))) missing(key);
+                [](py::handle self, const Object& key) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    if (number && pool->take(*number)) return;
+                    otherOrMissing(self, key);
+                    eraseOther(self, key);
                 })
         .method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
-                [](const Pool& pool, const Object& key) {
-                    const auto number = soughtKey(key);
-                    return number && pool->contains(*number);
+                [](py::handle self, const Object& key) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    return (number && pool->contains(*number)) || othersOf(self).contains(key);
                 })
-        .method("__len__", {}, "Number of replies.", {"int"}, {}, [](const Pool& pool) { return pool->keys().size(); })
-        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[int]"}, {},
-                [](const Pool& pool) {
-                    return iteratorOver(pool->keys(), [](EchoPool::Key key) { return py::int_(key); });
+        .method("__len__", {}, "Number of replies.", {"int"}, {},
+                [](py::handle self) { return native<EchoPool>(self)->keys().size() + othersOf(self).size(); })
+        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
+                [](py::handle self) {
+                    return iteratorOverKeys(self, native<EchoPool>(self)->keys(),
+                                            [](EchoPool::Key key) { return py::int_(key); });
                 });
-    completeMapping(type, "[int, bytes]");
+    completeMapping(type, "[Any, Any]");
 }
 
-// A key is the command, or a tuple of it with port and chip select; nothing for what can be none.
-std::optional<StreamKey> soughtStreamKey(py::handle key) {
-    const auto part = [](py::handle value) -> std::optional<int> {
-        const auto number = soughtKey(value);
-        if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
-            return std::nullopt;
-        }
-        return static_cast<int>(*number);
-    };
-    py::tuple parts;
+// A key is the command, or a tuple of it with port and chip select; nothing for what no frame has.
+std::optional<StreamKey> keyOf(py::handle key, const StreamPool&) {
+    py::tuple parts = py::make_tuple(borrow(key.ptr()));
     if (PyTuple_Check(key.ptr())) {
+        requireHashable(key);
         parts = borrow(key.ptr());
-    } else {
-        parts = py::make_tuple(borrow(key.ptr()));
     }
     if (parts.empty() || parts.size() > 3) return std::nullopt;
     std::array<int, 3> numbers{0, StreamKey::absent, StreamKey::absent};
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        const auto number = part(parts[i]);
-        if (!number) return std::nullopt;
-        numbers[i] = *number;
+        const auto number = numberOfKey(parts[i]);
+        // A negative part would stand for one that is absent.
+        if (!number || *number < (i == 0 ? std::numeric_limits<int>::min() : 0) ||
+            *number > std::numeric_limits<int>::max()) {
+            return std::nullopt;
+        }
+        numbers[i] = static_cast<int>(*number);
     }
     return StreamKey{numbers[0], numbers[1], numbers[2]};
 }
 
-StreamKey streamKey(py::handle key) {
-    const auto found = soughtStreamKey(key);
-    if (!found) missing(key);
-    return *found;
+std::optional<int> keyOf(py::handle key, const BroadcastPool&) {
+    const auto number = numberOfKey(key);
+    if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<int>(*number);
 }
 
 }  // namespace
@@ -156,56 +203,117 @@ Object keyObject(const StreamKey& key) {
 
 namespace {
 
-// Mappings that make what is missing: `get`, `pop` and `in` do not.
-constexpr const char* presentOnly = "What is there under a key; nothing is made.";
+template <class Entry>
+Object objectOfEntry(const Entry& entry) {
+    if (entry.foreign) return borrow(static_cast<PyObject*>(entry.foreign.get()));
+    return entry.own ? py::cast(entry.own) : Object();
+}
 
-void defineStreamPool(Package& package) {
-    using Pool = std::shared_ptr<StreamPool>;
+/// A mapping that makes what is missing, as defaultdict does: by index only, not for `get`, `pop` and `in`.
+template <class Key, class Thing>
+void defineMakingPool(Package& package, const char* name, const char* doc, const char* thing, const char* items) {
+    using Pool = MakingPool<Key, Thing>;
     const Parameter standard{"default", "Any", "what is given where there is none", "None"};
-    ClassMaker type = py::class_<StreamPool, Pool>(
-        package.module(), "StreamPool",
-        "Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key makes an "
-        "empty queue.");
-    type.method("__getitem__", {keyParameter}, "The queue of a key.", {"Fifo"},
-                {"KeyError: it is neither an integer nor a tuple of up to three"},
-                [](const Pool& pool, const Object& key) { return pool->at(streamKey(key)); })
-        .method("__setitem__", {keyParameter, {"value", "Fifo", "the queue that frames of this key go to"}},
-                "Puts a queue in place of another.", {}, {"TypeError: it is no Fifo"},
-                [](const Pool& pool, const Object& key, const std::shared_ptr<StreamFifo>& value) {
-                    pool->put(streamKey(key), value);
+    ClassMaker type = py::class_<Pool, std::shared_ptr<Pool>>(package.module(), name, doc, py::dynamic_attr());
+    static constexpr auto find = [](py::handle self, const Object& key) -> Object {
+        const auto pool = native<Pool>(self);
+        if (const auto number = keyOf(key, *pool)) return objectOfEntry(pool->find(*number));
+        const py::dict others = othersOf(self);
+        return others.contains(key) ? Object(others[key]) : Object();
+    };
+    static constexpr auto erase = [](py::handle self, const Object& key) {
+        const auto pool = native<Pool>(self);
+        if (const auto number = keyOf(key, *pool)) {
+            pool->erase(*number);
+        } else {
+            eraseOther(self, key);
+        }
+    };
+    type.method("__getitem__", {keyParameter}, "What is there under a key; made if it is missing.", {"Any"}, {},
+                [](py::handle self, const Object& key) -> Object {
+                    if (Object found = find(self, key)) return found;
+                    const auto pool = native<Pool>(self);
+                    if (const auto number = keyOf(key, *pool)) {
+                        pool->at(*number);
+                        return find(self, key);
+                    }
+                    const py::dict others = othersOf(self);
+                    others[key] = py::cast(std::make_shared<Thing>());
+                    return others[key];
                 })
-        .method("__delitem__", {keyParameter}, "Drops a queue; the next frame makes another.", {},
+        .method("__setitem__",
+                {keyParameter,
+                 {"value", "Any",
+                  std::string(thing) + ", or what takes its place: it is used "
+                                       "through its methods"}},
+                "Puts something in the place of what is there.", {}, {},
+                [](py::handle self, const Object& key, const Object& value) {
+                    const auto pool = native<Pool>(self);
+                    const auto number = keyOf(key, *pool);
+                    if (!number) {
+                        othersOf(self)[key] = value;
+                    } else if (auto own = nativeOrNothing<Thing>(value)) {
+                        pool->put(*number, std::move(own));
+                    } else {
+                        pool->put(*number, nullptr, shared(value));
+                    }
+                })
+        .method("__delitem__", {keyParameter}, "Takes it out; the next frame makes another.", {},
                 {"KeyError: there is none"},
-                [](const Pool& pool, const Object& key) {
-                    if (!pool->erase(streamKey(key))) missing(key);
+                [](py::handle self, const Object& key) {
+                    if (!find(self, key)) missing(key);
+                    erase(self, key);
                 })
-        .method("__contains__", {soughtParameter}, "Whether the queue exists.", {"bool"}, {},
-                [](const Pool& pool, const Object& key) {
-                    const auto found = soughtStreamKey(key);
-                    return found && pool->contains(*found);
-                })
-        .method("__len__", {}, "Number of queues.", {"int"}, {}, [](const Pool& pool) { return pool->keys().size(); })
+        .method("__contains__", {soughtParameter}, "Whether it is there.", {"bool"}, {},
+                [](py::handle self, const Object& key) { return static_cast<bool>(find(self, key)); })
+        .method("__len__", {}, "Number of entries.", {"int"}, {},
+                [](py::handle self) { return native<Pool>(self)->keys().size() + othersOf(self).size(); })
         .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
-                [](const Pool& pool) { return iteratorOver(pool->keys(), keyObject); });
-    completeMapping(type, "[Any, Fifo]");
-    type.method("get", {keyParameter, standard}, presentOnly, {"Any"}, {},
-                [](const Pool& pool, const Object& key, const Object& standard) -> Object {
-                    const auto found = soughtStreamKey(key);
-                    return found && pool->contains(*found) ? py::cast(pool->at(*found)) : standard;
+                [](py::handle self) {
+                    return iteratorOverKeys(self, native<Pool>(self)->keys(), [](const Key& key) -> Object {
+                        if constexpr (std::is_same_v<Key, int>) {
+                            return py::int_(key);
+                        } else {
+                            return keyObject(key);
+                        }
+                    });
+                });
+    completeMapping(type, items);
+    type.method("get", {keyParameter, standard}, "What is there under a key; nothing is made.", {"Any"}, {},
+                [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    Object found = find(self, key);
+                    return found ? found : standard;
                 })
-        .method("pop", {keyParameter, {"*args", "Any", "what is given where there is none"}}, "Takes a queue out.",
+        .method("pop", {keyParameter, {"*args", "Any", "what is given where there is none"}}, "Takes an entry out.",
                 {"Any"}, {"KeyError: there is none, and no default"},
-                [](const Pool& pool, const Object& key, const Object& standard) -> Object {
-                    const auto found = soughtStreamKey(key);
-                    if (found && pool->contains(*found)) {
-                        Object queue = py::cast(pool->at(*found));
-                        pool->erase(*found);
-                        return queue;
+                [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    if (Object found = find(self, key)) {
+                        erase(self, key);
+                        return found;
                     }
                     const py::tuple given = borrow(standard.ptr());
                     if (given.empty()) missing(key);
                     return given[0];
+                })
+        .method("setdefault", {keyParameter, standard}, "What is there under a key, or else the default, put there.",
+                {"Any"}, {}, [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    if (Object found = find(self, key)) return found;
+                    if (PyObject_SetItem(self.ptr(), key.ptr(), standard.ptr()) != 0) throw py::error_already_set();
+                    return standard;
                 });
+}
+
+void defineStreamPool(Package& package) {
+    StreamPool::addForeign = [](const std::shared_ptr<void>& queue, Bytes frame) {
+        if (!interpreterAlive()) return;
+        const WithGil acquired;
+        callMethod(static_cast<PyObject*>(queue.get()), "put", toBytes(frame));
+    };
+    defineMakingPool<StreamKey, StreamFifo>(
+        package, "StreamPool",
+        "Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key makes an "
+        "empty queue.",
+        "a Fifo", "[Any, Any]");
 }
 
 template <class Item>
@@ -254,8 +362,15 @@ struct FifoAccess {
 template <class Item>
 void defineFifoOf(Package& package, const char* name, const char* doc, const char* kind, const char* what) {
     using Queue = Fifo<Item>;
+    const auto objectIn = [](const Item& item) -> PyObject* {
+        if constexpr (std::is_same_v<Item, StreamItem>) {
+            return static_cast<PyObject*>(item.object.get());
+        } else {
+            return item.get();
+        }
+    };
     ClassMaker type =
-        py::class_<Queue, std::shared_ptr<Queue>>(package.module(), name, doc)
+        py::class_<Queue, std::shared_ptr<Queue>>(package.module(), name, doc, collectable<Queue>(objectIn))
             .def(py::init([](const Object& maxsize) { return std::make_shared<Queue>(queueCapacity(maxsize)); }),
                  py::arg("maxsize") = 0);
     defineQueueFace<FifoAccess<Item>>(type, kind, what);
@@ -320,7 +435,6 @@ void completeSet(ClassMaker& type) {
 
 void defineBroadcastPool(Package& package) {
     using Set = std::shared_ptr<RecordSet>;
-    using Pool = std::shared_ptr<BroadcastPool>;
     const Parameter record{"value", "bytes", "data of a reply"};
     ClassMaker set = py::class_<RecordSet, Set>(package.module(), "RecordSet",
                                                 "Replies to one broadcast command; equal ones count once.");
@@ -329,7 +443,7 @@ void defineBroadcastPool(Package& package) {
                    return PyBytes_Check(value.ptr()) != 0 && records->contains(bytesOf(value));
                })
         .method("__iter__", {}, "Iterates over the replies that are there now.", {"Iterator[bytes]"}, {},
-                [](const Set& records) { return iteratorOver(records->records(), toBytes); })
+                [](const Set& records) { return own(PyObject_GetIter(setOf(*records).ptr())); })
         .method("__len__", {}, "Number of different replies.", {"int"}, {},
                 [](const Set& records) { return records->records().size(); })
         .method("add", {record}, "Adds a reply.", {}, {},
@@ -345,58 +459,15 @@ void defineBroadcastPool(Package& package) {
     completeAs(set.type(), "MutableSet", "[bytes]",
                {"remove", "pop", "isdisjoint", "__eq__", "__le__", "__lt__", "__ge__", "__gt__"});
 
-    ClassMaker pool = py::class_<BroadcastPool, Pool>(
-        package.module(), "BroadcastPool", "Set of replies per broadcast command. A missing key makes an empty set.");
-    const auto present = [](const BroadcastPool& pool, py::handle key) -> std::optional<int> {
-        const auto found = soughtStreamKey(key);
-        return found && found->port == StreamKey::absent && pool.contains(found->command)
-                   ? std::optional(found->command)
-                   : std::nullopt;
+    py::setattr(set.type(), "__hash__", py::none());
+    BroadcastPool::addForeign = [](const std::shared_ptr<void>& records, Bytes record) {
+        if (!interpreterAlive()) return;
+        const WithGil acquired;
+        callMethod(static_cast<PyObject*>(records.get()), "add", toBytes(record));
     };
-    using Present = decltype(present);
-    pool.method("__getitem__", {keyParameter}, "The set of a command.", {"RecordSet"}, {"KeyError: it is no integer"},
-                [](const Pool& pool, const Object& key) { return pool->at(streamKey(key).command); })
-        .method("__setitem__", {keyParameter, {"value", "Iterable[bytes]", "replies"}},
-                "Files replies under a command, in place of others.", {}, {},
-                [](const Pool& pool, const Object& key, const Object& value) {
-                    const int command = streamKey(key).command;
-                    if (const auto records = nativeOrNothing<RecordSet>(value)) {
-                        pool->put(command, records);
-                    } else {
-                        const auto fresh = std::make_shared<RecordSet>();
-                        assign(*fresh, value);
-                        pool->put(command, fresh);
-                    }
-                })
-        .method("__delitem__", {keyParameter}, "Drops a set; the next reply makes another.", {},
-                {"KeyError: there is none"},
-                [](const Pool& pool, const Object& key) {
-                    if (!pool->erase(streamKey(key).command)) missing(key);
-                })
-        .method("__contains__", {soughtParameter}, "Whether the set exists.", {"bool"}, {},
-                [](const Pool& pool, const Object& key) { return Present{}(*pool, key).has_value(); })
-        .method("__len__", {}, "Number of sets.", {"int"}, {}, [](const Pool& pool) { return pool->keys().size(); })
-        .method("__iter__", {}, "Iterates over the commands that are there now.", {"Iterator[int]"}, {},
-                [](const Pool& pool) { return iteratorOver(pool->keys(), [](int key) { return py::int_(key); }); });
-    completeMapping(pool, "[int, RecordSet]");
-    pool.method("get", {keyParameter, {"default", "Any", "what is given where there is none", "None"}}, presentOnly,
-                {"Any"}, {},
-                [](const Pool& pool, const Object& key, const Object& standard) -> Object {
-                    const auto found = Present{}(*pool, key);
-                    return found ? py::cast(pool->at(*found)) : standard;
-                })
-        .method("pop", {keyParameter, {"*args", "Any", "what is given where there is none"}}, "Takes a set out.",
-                {"Any"}, {"KeyError: there is none, and no default"},
-                [](const Pool& pool, const Object& key, const Object& standard) -> Object {
-                    if (const auto found = Present{}(*pool, key)) {
-                        Object records = py::cast(pool->at(*found));
-                        pool->erase(*found);
-                        return records;
-                    }
-                    const py::tuple given = borrow(standard.ptr());
-                    if (given.empty()) missing(key);
-                    return given[0];
-                });
+    defineMakingPool<int, RecordSet>(package, "BroadcastPool",
+                                     "Set of replies per broadcast command. A missing key makes an empty set.",
+                                     "a RecordSet", "[Any, Any]");
 }
 
 // As of the host's locks, but that a held gate does not make a blocking call wait.
@@ -445,8 +516,38 @@ void refusePickling(py::handle type) {
     ClassMaker(type).method("__reduce_ex__", {{"protocol", "object", ""}}, "Refuses: threads of this process use it.",
                             {"Any"}, {"TypeError: always"}, [](py::handle self, const Object&) -> Object {
                                 throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
-                                                     " cannot be copied or pickled: threads of this process use it");
+                                                     " cannot be copied or pickled: threads of this process use it. "
+                                                     "Make another one instead");
                             });
+}
+
+// The constructor of a base would look in the object for a part that only an object of the base itself has.
+void guardConstructor(const Object& type) {
+    const Object fields = attribute(type, "__dict__");
+    if (!fields.contains("__init__")) return;
+    const Object original = fields[py::str("__init__")];
+    const auto guarded = [original, type](const Object& self, const py::args& given, const py::kwargs& named) {
+        for (const auto* part : py::detail::all_type_info(Py_TYPE(self.ptr()))) {
+            if (reinterpret_cast<PyObject*>(part->type) == type.ptr()) {
+                original(self, *given, **named);
+                return;
+            }
+        }
+        refuseType(self, "self", std::string("a ") + reinterpret_cast<PyTypeObject*>(type.ptr())->tp_name);
+    };
+    py::setattr(type, "__init__", py::cpp_function(guarded, py::is_method(type), py::name("construct")));
+}
+
+void completeBoundTypes(Package& package) {
+    for (const auto entry : py::dict(attribute(package.module(), "__dict__"))) {
+        if (PyType_Check(entry.second.ptr()) == 0) continue;
+        auto* const type = reinterpret_cast<PyTypeObject*>(entry.second.ptr());
+        const auto& parts = py::detail::all_type_info(type);
+        if (parts.size() != 1 || parts[0]->type != type) continue;
+        const Object bound = borrow(entry.second.ptr());
+        guardConstructor(bound);
+        if (!Object(attribute(bound, "__dict__")).contains("__reduce_ex__")) refusePickling(bound);
+    }
 }
 
 void definePools(Package& package) {

@@ -16,6 +16,10 @@ void definePools(Package& package);
 void defineObjectQueue(Package& package);
 void definePacket(Package& package);
 
+/// Gives all bound types of the package what Python can ask of any: a constructor that refuses what it cannot make, and
+/// a refusal to be copied or pickled.
+void completeBoundTypes(Package& package);
+
 inline void defineProtocol(Package& package) {
     defineConstants(package);
     defineFailures(package);

@@ -23,13 +23,20 @@ inline Deadline queueDeadline(bool waits, py::handle timeout) {
     return deadlineIn(seconds);
 }
 
+template <class Queue>
+void requireOwnQueue(const Queue& queue) {
+    if (queue.isForeign()) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The queue"));
+}
+
 template <class Access>
 void putInto(const std::shared_ptr<typename Access::Queue>& queue, const Object& item, Deadline deadline) {
+    requireOwnQueue(*queue);
     if (!Access::put(queue, item, deadline)) raiseQueue("Full");
 }
 
 template <class Access>
 Object takeFrom(const std::shared_ptr<typename Access::Queue>& queue, Deadline deadline) {
+    requireOwnQueue(*queue);
     for (;;) {
         if (Object item = Access::take(queue)) return item;
         const std::size_t found =
@@ -86,6 +93,30 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                   [](const Held& queue) { return queue->tasks.count(); })
         .property({"maxsize", "int", "Most items it holds; 0 for no limit."},
                   [](const Held& queue) { return queue->capacity(); });
+}
+
+/// Lets the host's collector see what a queue holds: an item may refer back to it. `objectIn` gives the object of an
+/// item as a pointer, or nothing.
+template <class Queue, class ObjectIn>
+py::custom_type_setup collectable(ObjectIn) {
+    return py::custom_type_setup([](PyHeapTypeObject* heap) {
+        PyTypeObject& type = heap->ht_type;
+        type.tp_flags |= Py_TPFLAGS_HAVE_GC;
+        type.tp_traverse = [](PyObject* self, visitproc visit, void* arg) -> int {
+            Py_VISIT(Py_TYPE(self));
+            if (!detail::isConstructed(self)) return 0;
+            int result = 0;
+            py::cast<Queue*>(py::handle(self))->visit([&](const auto& item) {
+                PyObject* const object = ObjectIn{}(item);
+                if (result == 0 && object != nullptr) result = visit(object, arg);
+            });
+            return result;
+        };
+        type.tp_clear = [](PyObject* self) -> int {
+            if (detail::isConstructed(self)) py::cast<Queue*>(py::handle(self))->clear();
+            return 0;
+        };
+    });
 }
 
 /// Capacity that a caller gave; as for the host's queues, none and less mean no limit.

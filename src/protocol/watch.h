@@ -18,7 +18,7 @@ public:
     /// What a thread has seen.
     struct Seen {
         std::uint64_t changes = 0;
-        unsigned version = 0;  ///< 0 stands for a class that has none: it may have changed at any time
+        unsigned version = 0;  ///< 0 stands for a class that has none: what is set on it then is not seen
     };
 
     explicit Watch(py::handle self) { noteType(self); }
@@ -28,7 +28,7 @@ public:
     /// The same before the look, so that what changes meanwhile is seen later.
     std::uint64_t changes() const noexcept { return changes_; }
     bool changed(const Seen& seen) const noexcept {
-        return changes_ != seen.changes || seen.version == 0 || versionNow() != seen.version;
+        return changes_ != seen.changes || (seen.version != 0 && versionNow() != seen.version);
     }
 
     /// Something has been set or deleted. Under the interpreter lock.
