@@ -1,6 +1,7 @@
 #include "analog/log_thread.h"
 
 #include "python/arguments.h"
+#include "python/operation.h"
 
 #include <set>
 #if __has_include(<unistd.h>)
@@ -395,11 +396,30 @@ void LogThread::write(const Object& writer, const Object& rows) {
     rowsInWork_ = 0;
 }
 
+// A body that somebody put in the place of ours is called once; then the thread rests until it is another one.
+bool LogThread::otherBodyRuns(std::uint64_t seen) {
+    const Object object = owner();
+    if (object.is_none() || hasOwnMethod(object, name().c_str())) {
+        otherBody_ = nullptr;
+        return false;
+    }
+    const Object body = attribute(object, name().c_str());
+    const void* const function = PyMethod_Check(body.ptr()) ? PyMethod_GET_FUNCTION(body.ptr()) : body.ptr();
+    if (std::exchange(otherBody_, function) == function) {
+        if (ended_) return false;
+        awaitChange(seen, Clock::now() + std::chrono::milliseconds(50), {});
+    } else {
+        callObject(body, attribute(object, "save_data_queue"));
+    }
+    return true;
+}
+
 void LogThread::writeAll() {
     while (!abandoned_) {
         passGate(
             {}, [&] { return present(LogField::lock); }, [&] { return ended_.load(); });
         const std::uint64_t seen = changes_;
+        if (otherBodyRuns(seen)) continue;
         const bool over = isOver();
         const auto [queue, newest] = nextQueue();
         if (over && (!queue || isEmpty(queue))) return;
@@ -474,7 +494,7 @@ void LogThread::awaitWritten() {
 }
 
 void LogThread::writeRest() {
-    if (isForeign() || works() || turns_.isMine()) return;
+    if (isForeign() || works() || turns_.isMine() || (ended_ && finished_)) return;  // the end has closed the file
     for (const Object& queue : queues()) {
         for (std::uint64_t left = sizeOf(queue); left > 0 && !isEmpty(queue); --left) {
             const Object item = take(queue, false);

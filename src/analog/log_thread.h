@@ -84,6 +84,7 @@ private:
 
     void run();
     void writeAll();
+    bool otherBodyRuns(std::uint64_t seen);
     void finish();
     Object owner() const;
     Object present(LogField field) const;
@@ -113,6 +114,7 @@ private:
     int standing_ = 0;
     int pauses_ = 0;
     bool finished_ = false;
+    const void* otherBody_ = nullptr;  // replacement that has been called; only compared
     bool reported_ = false;
     std::atomic<bool> ended_{false};
     std::atomic<bool> abandoned_{false};

@@ -1,5 +1,6 @@
 // The logger: rows go to a CSV file from a thread of its own, so that who reads never waits for the disk.
 #include "analog/logger.h"
+#include "protocol/queue_face.h"
 
 #include "analog/analog.h"
 #include "analog/log_fields.h"
@@ -118,8 +119,8 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, py::none(), py::none()));
     }
-    const Object file = hostObject("builtins", "open")(name, PyObject_IsTrue(clearOld.ptr()) != 0 ? "w" : "a",
-                                                       py::arg("encoding") = "UTF8", py::arg("newline") = "");
+    const Object file = hostObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a", py::arg("encoding") = "UTF8",
+                                                       py::arg("newline") = "");
     try {
         const Object writer = hostObject("csv", "writer")(file);
         awaitWritten(self, *logger);
@@ -133,7 +134,7 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
     openLock(attribute(self, "save_data_lock"));
     logger->noteChange();
     if (failure) std::rethrow_exception(failure);
-    if (PyObject_IsTrue(verbose.ptr()) != 0) py::print(py::str("Opened file name: ({})").format(name));
+    if (isTrue(verbose)) printLine(py::str("Opened file name: ({})").format(name));
 }
 
 void flush(py::handle self) {
@@ -235,6 +236,7 @@ void defineLogger(Package& package) {
                 "Writes what is queued, closes the file and ends the thread for good.", {},
                 {"OSError: the disk refuses it"}, Calls<closeLogger>{});
     defineLogFields(package.get("DataLogger"));
+    refusePickling(package.get("DataLogger"));
 }
 
 void drainLoggers() {
