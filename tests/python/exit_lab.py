@@ -492,14 +492,14 @@ for times in ("before", "after"):
     for works, handlers in AT_EXIT.items():
         answers = {**ANSWERS, **(LATE_ANSWERS if times == "before" else {})}
         @scenario(f"atexit, registered {times} the import: {works}", "TarnDio", answers.get(works, "None"))
-        def at_exit(address, file, handler=handlers, time=times):
+        def at_exit(address, file, handler=handlers, when=times):
             assert "pyzvr" not in sys.modules
-            if time == "before":
+            if when == "before":
                 atexit.register(handler)
             import pyzvr
 
             assert pyzvr
-            if time == "after":
+            if when == "after":
                 atexit.register(handler)
             keep(connected("TarnDio", address))
 

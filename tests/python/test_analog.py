@@ -360,5 +360,5 @@ def test_ratios_of_the_past_take_no_memory(call):
         box.ai_ratio = 0.001
         assert call(box, "AI_readOnDemand", 0) == [1.0] * 8
         for field, value, text in (("ai_num_channels", "8", "ai_num_channels"), ("ai_ratio", None, "ai_ratio")):
-            with mock.patch.object(pyzvr.TarnAnalog, field, value, create=True), pytest.raises(TypeError, match=text):
+            with mock.patch.object(box, field, value), pytest.raises(TypeError, match=text):
                 call(box, "AI_readOnDemand", 0)

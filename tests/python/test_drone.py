@@ -194,7 +194,7 @@ def test_reconnecting_after_the_line_has_gone(tmp_path):
             assert not os.path.exists(port)
             with pytest.raises((pyzvr.ReceivePacketTimeoutError, OSError)):
                 drone.Drone_getPositionWithNED(timeout=0.1)
-            assert drone.current_posi_list == [0] * 6
+            assert drone.current_posi_list == []
             with pytest.raises(pyzvr.UARTConnectionError):
                 drone.disconnect(verbose=False), drone.connect(port)
 

@@ -102,9 +102,9 @@ class Answering(threading.Thread):
 class Counted(pyzvr.TarnDio):
     sendings = 0
 
-    def _echoPacket_async(self, *args):
+    def _echoPacket_async(self, *args, **named):
         self.sendings += 1
-        return super()._echoPacket_async(*args)
+        return super()._echoPacket_async(*args, **named)
 
 
 @pytest.mark.parametrize("interval", [None, 1e-6])

@@ -113,7 +113,7 @@ WRONG_TYPES = [  # a call, and the argument that its failure names
     (lambda box: box._preparePacket(122, 5), "data_out"), (lambda box: box._getReplyFromPool(5, "x"), "timeout"), (lambda box: box._echoPacketWithRetry(122, [], "x"), "timeout"),
     (lambda box: box._getStreamingFromPool(box.data_pool_strm[1], "x", 0.1), "num_samples"), (lambda box: box._putToDataPool("x", b""), "cmd"),
     (lambda box: pyzvr.TCPClient().connect(5, 7), "ip_addr"), (lambda box: pyzvr.TCPClient().connect("127.0.0.1", None), "port"), (lambda box: pyzvr.UARTClient().connect(5, 9600), "port"),
-    (lambda box: pyzvr.UARTClient().connect("/dev/null", "fast"), "baudrate"), (lambda box: pyzvr.TCPClient().recvPacket("x"), "length"), (lambda box: pyzvr.checkFirmwareError("x"), "status"),
+    (lambda box: pyzvr.UARTClient().connect("/dev/null", "fast"), "baudrate"), (lambda box: pyzvr.TCPClient().recvPacket("x"), "length"), (lambda box: pyzvr.checkFirmwareError("x"), "error_code"),
     (lambda box: box.Sys_getSerialNumber(timeout="x"), "timeout"), (lambda box: box.AI_readStreamingBlock(0, None), "num_samples"),
 ]
 

@@ -7,7 +7,6 @@ import itertools
 import os
 import queue
 import re
-import signal
 import subprocess
 import sys
 import threading

@@ -480,8 +480,6 @@ def test_feeders_are_gated_by_the_lock_that_the_object_has(call, kind):
         before = box.can_lock
         box.can_lock = lock = held(kind)
         before.release()
-        box.data_pool_strm[pyzvr.START_CAN].put(None)  # the thread has passed the old one; this takes it to the new
-        until(box.can_data_queue.empty)
         box.data_pool_strm[pyzvr.START_CAN].put(RECORDS)
         assert is_held(lock) and box.can_frame_queue.empty()
         assert call(box, "CAN_open", 1) == 0
@@ -498,8 +496,6 @@ def test_logger_waits_at_the_lock_that_it_has(tmp_path):
     before = log.save_data_lock
     log.save_data_lock = lock = held("Lock")
     before.release()
-    log.save_data_queue.put(None)  # the thread has passed the old one; this takes it to the new
-    until(log.save_data_queue.empty)
     log.Logger_writeValue(1)
     assert is_held(lock)
     log.Logger_openFile(str(tmp_path / "log.csv"), verbose=False)

@@ -1,7 +1,6 @@
 """What each operation sends and what it makes of a reply, in both forms, at a client that is a test double."""
 
 import asyncio
-import struct
 
 import pytest
 from conftest import Double
