@@ -22,6 +22,7 @@ WIRE = ROOT / "docs" / "wire.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
+import socket
 from collections.abc import Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
 from decimal import Decimal
 from typing import Any
