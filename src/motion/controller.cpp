@@ -317,9 +317,9 @@ Result capturePoint(Op op, Object port, Object axis) {
 void defineChecks(ClassMaker& based) {
     const auto check = [&](const char* name, const char* argument, const char* accepted, const char* failure,
                            auto body) {
-        based.method(name, {{argument, "int", accepted}}, "Refuses another value.", {},
-                     {"InputTypeNotCorrectError: an argument is no integer", std::string(failure) + ": another value"},
-                     body);
+        Raises raises{"InputTypeNotCorrectError: an argument is no integer", failure};
+        raises.back() += ": another value";
+        based.method(name, {{argument, "int", accepted}}, "Refuses another value.", {}, std::move(raises), body);
     };
     using enum FailureId;
     check("_checkMCX514StopMode", "mode", "0 or 1", "MotionStopModeError",
