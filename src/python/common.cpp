@@ -66,7 +66,7 @@ void parkThread() noexcept {
 }
 
 WithoutGil::~WithoutGil() {
-    if (!interpreterAlive()) parkThread();
+    if (leavingThread != PyThread_get_thread_ident() && !interpreterAlive()) parkThread();
     entering([this] { PyEval_RestoreThread(state_); });
 }
 
@@ -83,8 +83,10 @@ Attend attendSignals() {
     };
 }
 
+// The thread that ends the interpreter runs it to the last, long after it counts as initialized.
 bool interpreterAlive() {
-    return (!leaving || leavingThread == PyThread_get_thread_ident()) && Py_IsInitialized() != 0;
+    if (Py_IsInitialized() != 0) return !leaving || leavingThread == PyThread_get_thread_ident();
+    return leavingThread == PyThread_get_thread_ident() && PyGILState_GetThisThreadState() != nullptr;
 }
 
 void leaveInterpreter() {

@@ -168,6 +168,13 @@ def logger(address, file):
         log.Logger_writeList([number, number / 8])
 
 
+@scenario("logger that waits without a file")
+def waiting_logger(address, file):
+    log = keep(made("DataLogger"))
+    log.save_data_lock.release()
+    time.sleep(0.05)  # nothing tells that its thread waits
+
+
 for models in ("TarnAnalog", "HeronAnalog", "TarnAnalog24"):
     @scenario(f"{models} streams", models)
     def unread_stream(address, file, model=models):
