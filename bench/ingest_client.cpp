@@ -11,9 +11,9 @@
 #include <ctime>
 #include <numeric>
 
-#include "core/commands.h"
-#include "core/frame.h"
-#include "core/scale.h"
+#include "core/engine/scale.h"
+#include "core/wire/commands.h"
+#include "core/wire/frame.h"
 
 namespace {
 

@@ -12,9 +12,9 @@
 #include <cstdio>
 #include <iostream>
 
-#include "core/commands.h"
-#include "core/constants.h"
-#include "core/splitter.h"
+#include "core/wire/commands.h"
+#include "core/wire/constants.h"
+#include "core/wire/splitter.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <random>
 
-#include "core/constants.h"
-#include "core/splitter.h"
+#include "core/wire/constants.h"
+#include "core/wire/splitter.h"
 
 namespace {
 

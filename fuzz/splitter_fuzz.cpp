@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "core/splitter.h"
+#include "core/wire/splitter.h"
 #include "literal_splitter.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <csignal>
 #include <iostream>
 
-#include "discovery.h"
-#include "serial.h"
-#include "server.h"
-#include "ticker.h"
+#include "device/ticker.h"
+#include "links/discovery.h"
+#include "links/serial.h"
+#include "links/server.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <variant>
 
-#include "device.h"
-#include "faults.h"
+#include "device/device.h"
+#include "links/faults.h"
 
 namespace zvr::sim {
 

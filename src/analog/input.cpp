@@ -1,9 +1,9 @@
 // Analog input: ports, configuration, limits and on-demand reads of the models that can stream.
 #include "analog/input.h"
 #include "analog/analog.h"
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "digital/pin_map.h"
-#include "python/model.h"
+#include "models/traits.h"
 
 namespace zvr::python {
 

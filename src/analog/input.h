@@ -3,9 +3,9 @@
 #pragma once
 
 #include "analog/rows.h"
-#include "core/stream_reader.h"
-#include "protocol/runtime.h"
-#include "python/model.h"
+#include "core/engine/stream_reader.h"
+#include "device/runtime.h"
+#include "models/traits.h"
 
 namespace zvr::python {
 

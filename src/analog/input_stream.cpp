@@ -1,12 +1,12 @@
 #include "analog/input.h"
 
 #include "analog/analog.h"
-#include "core/constants.h"
-#include "core/failures.h"
-#include "protocol/feeder.h"
-#include "protocol/protocol.h"
-#include "protocol/queue_face.h"
-#include "python/model.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
+#include "device/feeder.h"
+#include "device/protocol.h"
+#include "device/queue_face.h"
+#include "models/traits.h"
 #include "python/raising.h"
 
 namespace zvr::python {

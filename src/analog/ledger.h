@@ -6,7 +6,7 @@
 #include <map>
 #include <thread>
 
-#include "core/waiting.h"
+#include "core/engine/waiting.h"
 
 namespace zvr {
 

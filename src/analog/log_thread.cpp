@@ -9,9 +9,9 @@
 #endif
 
 #include "analog/rows.h"
-#include "core/constants.h"
-#include "core/fifo.h"
-#include "core/immortal.h"
+#include "core/engine/fifo.h"
+#include "core/engine/immortal.h"
+#include "core/wire/constants.h"
 #include "python/raising.h"
 
 namespace zvr::python {

@@ -4,9 +4,9 @@
 #include <deque>
 
 #include "analog/ledger.h"
-#include "core/gate.h"
-#include "core/threads.h"
-#include "protocol/runtime.h"
+#include "core/engine/gate.h"
+#include "core/engine/threads.h"
+#include "device/runtime.h"
 
 namespace zvr::python {
 

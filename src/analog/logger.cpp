@@ -1,11 +1,11 @@
 // The logger: rows go to a CSV file from a thread of its own, so that who reads never waits for the disk.
 #include "analog/logger.h"
-#include "protocol/queue_face.h"
+#include "device/queue_face.h"
 
 #include "analog/analog.h"
 #include "analog/log_fields.h"
-#include "core/constants.h"
-#include "core/fifo.h"
+#include "core/engine/fifo.h"
+#include "core/wire/constants.h"
 #include "python/operation.h"
 #include "python/raising.h"
 

@@ -1,9 +1,9 @@
 // Analog outputs: static voltages, and the waveforms that the device generates.
 #include "analog/analog.h"
 #include "analog/input.h"
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "digital/pin_map.h"
-#include "python/model.h"
+#include "models/traits.h"
 
 namespace zvr::python {
 

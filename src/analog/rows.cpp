@@ -4,9 +4,9 @@
 #include <deque>
 
 #include "analog/analog.h"
-#include "core/immortal.h"
-#include "protocol/object_queue.h"
-#include "protocol/queue_face.h"
+#include "core/engine/immortal.h"
+#include "device/object_queue.h"
+#include "device/queue_face.h"
 
 namespace zvr::python {
 

@@ -1,7 +1,7 @@
 // Rows of samples as Python sees them: lists of floats, or one block of doubles.
 #pragma once
 
-#include "core/row_queue.h"
+#include "core/engine/row_queue.h"
 #include "python/classes.h"
 
 namespace zvr::python {

@@ -2,8 +2,8 @@
 #include "buses/buses.h"
 #include "buses/can_frame.h"
 #include "buses/ports.h"
-#include "core/constants.h"
-#include "protocol/feeder.h"
+#include "core/wire/constants.h"
+#include "device/feeder.h"
 
 namespace zvr::python {
 

@@ -1,7 +1,7 @@
 // What the ports of all buses share: the lines behind them, and opening.
 #pragma once
 
-#include "core/commands.h"
+#include "core/wire/commands.h"
 #include "digital/pin_map.h"
 #include "python/exchange.h"
 

@@ -1,8 +1,8 @@
 // UART ports as a bridge: bytes are written by request, and what arrives on the line comes as a stream.
 #include "buses/buses.h"
 #include "buses/ports.h"
-#include "core/constants.h"
-#include "protocol/feeder.h"
+#include "core/wire/constants.h"
+#include "device/feeder.h"
 
 namespace zvr::python {
 

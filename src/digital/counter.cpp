@@ -1,5 +1,5 @@
 // Pulse counters and the quadrature encoder: a 48-bit position and a frequency.
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "digital/digital.h"
 
 namespace zvr::python {

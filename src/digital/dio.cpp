@@ -1,8 +1,8 @@
 // General-purpose digital lines: ports and sets of pins are opened as inputs or outputs, read, written, toggled and
 // closed. The device is the only holder of their state.
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "digital/digital.h"
-#include "python/model.h"
+#include "models/traits.h"
 
 namespace zvr::python {
 

@@ -1,7 +1,7 @@
 // The digital lines behind the ports of other functions.
 #pragma once
 
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "python/classes.h"
 
 namespace zvr::python {

@@ -1,5 +1,5 @@
 // Pulse-width modulation: the device makes the waveform, the host forwards frequency and duty cycle.
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "digital/digital.h"
 
 namespace zvr::python {

@@ -1,8 +1,8 @@
 // The classes of the flight controller, and the limits that its checks know.
 #include "drone/drone.h"
 
-#include "core/failures.h"
-#include "devices/devices.h"
+#include "core/wire/failures.h"
+#include "device/devices.h"
 
 namespace zvr::python {
 

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <functional>
 
-#include "core/bus_pins.h"
-#include "devices/devices.h"
-#include "protocol/runtime.h"
+#include "core/wire/bus_pins.h"
+#include "device/devices.h"
+#include "device/runtime.h"
 
 namespace zvr::python {
 

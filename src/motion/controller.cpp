@@ -2,8 +2,8 @@
 // interpolations and files have pages of their own.
 #include "motion/controller.h"
 
+#include "models/traits.h"
 #include "motion/motion.h"
-#include "python/model.h"
 
 namespace zvr::python {
 

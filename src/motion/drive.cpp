@@ -1,5 +1,5 @@
 // The stepper drive: moves that its firmware runs by itself, and the registers of its chip.
-#include "core/motion.h"
+#include "core/wire/motion_codes.h"
 #include "motion/motion.h"
 #include "motion/records.h"
 

@@ -2,10 +2,10 @@
 // request holds connector, sub-command, axis byte and four data bytes; its reply repeats the first three.
 #include <algorithm>
 
-#include "core/motion.h"
+#include "core/wire/motion_codes.h"
+#include "models/traits.h"
 #include "motion/controller.h"
 #include "motion/motion.h"
-#include "python/model.h"
 
 namespace zvr::python {
 

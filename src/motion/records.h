@@ -1,7 +1,7 @@
 // What the host remembers of motion. The records are ordinary Python objects, which keep what they are given.
 #pragma once
 
-#include "devices/devices.h"
+#include "device/devices.h"
 
 namespace zvr::python {
 

@@ -5,8 +5,8 @@
 #include <thread>
 #include <unordered_map>
 
-#include "core/immortal.h"
-#include "core/threads.h"
+#include "core/engine/immortal.h"
+#include "core/engine/threads.h"
 
 namespace zvr::python {
 

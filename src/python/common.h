@@ -8,8 +8,8 @@
 #include <cxxabi.h>
 #endif
 
-#include "core/bytes.h"
-#include "core/waiting.h"
+#include "core/engine/waiting.h"
+#include "core/wire/bytes.h"
 
 namespace zvr::python {
 

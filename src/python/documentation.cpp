@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "core/immortal.h"
+#include "core/engine/immortal.h"
 #include "python/exchange.h"
 
 namespace zvr::python {

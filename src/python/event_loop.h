@@ -11,7 +11,7 @@
 // descriptor with them, and what the tasks held is left to the collector.
 #pragma once
 
-#include "core/pools.h"
+#include "core/engine/pools.h"
 #include "python/coroutine.h"
 
 namespace zvr::python {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/failures.h"
+#include "core/wire/failures.h"
 
 namespace zvr::python {
 

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "core/commands.h"
+#include "core/wire/commands.h"
 #include "python/definition.h"
 #include "python/values.h"
 

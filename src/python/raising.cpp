@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "core/immortal.h"
+#include "core/engine/immortal.h"
 #include "python/coroutine.h"
 #include "transport/usb_library.h"
 

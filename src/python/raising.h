@@ -1,7 +1,7 @@
 // How failures of C++ become failures of Python.
 #pragma once
 
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "python/common.h"
 
 namespace zvr::python {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "python/raising.h"
 
 namespace zvr::python {

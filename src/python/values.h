@@ -3,7 +3,7 @@
 
 #include <numbers>
 
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "python/common.h"
 
 namespace zvr::python {

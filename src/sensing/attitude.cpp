@@ -1,6 +1,6 @@
 // The inertial unit. Its filter runs in the device; the host sets it up and asks for what it estimates.
-#include "core/failures.h"
-#include "core/scale.h"
+#include "core/engine/scale.h"
+#include "core/wire/failures.h"
 #include "digital/pin_map.h"
 #include "sensing/sensing.h"
 

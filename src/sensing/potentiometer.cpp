@@ -1,5 +1,5 @@
 // Digital potentiometers: resistors that a device sets.
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "sensing/sensing.h"
 
 namespace zvr::python {

@@ -1,5 +1,5 @@
 // The counters of the relays. The relays themselves are digital outputs.
-#include "core/failures.h"
+#include "core/wire/failures.h"
 #include "sensing/sensing.h"
 
 namespace zvr::python {

@@ -1,8 +1,8 @@
 // Thermocouples and resistance thermometers: the device makes degrees of what its sensors give.
-#include "core/failures.h"
-#include "core/scale.h"
+#include "core/engine/scale.h"
+#include "core/wire/failures.h"
 #include "digital/pin_map.h"
-#include "python/model.h"
+#include "models/traits.h"
 #include "sensing/sensing.h"
 
 namespace zvr::python {

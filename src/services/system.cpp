@@ -1,6 +1,6 @@
 // The system module: identity, driver information, clock and alarm, reboot, slots of the chassis, service operations.
-#include "core/constants.h"
-#include "core/failures.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
 #include "services/services.h"
 
 namespace zvr::python {

@@ -5,11 +5,11 @@
 #include <memory>
 #include <mutex>
 
-#include "core/failures.h"
-#include "core/gate.h"
-#include "core/process.h"
-#include "core/splitter.h"
-#include "core/waiting.h"
+#include "core/engine/gate.h"
+#include "core/engine/process.h"
+#include "core/engine/waiting.h"
+#include "core/wire/failures.h"
+#include "core/wire/splitter.h"
 
 namespace zvr {
 

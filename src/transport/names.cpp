@@ -3,8 +3,8 @@
 #include <asio/ip/host_name.hpp>
 #include <asio/ip/tcp.hpp>
 
-#include "core/process.h"
-#include "core/threads.h"
+#include "core/engine/process.h"
+#include "core/engine/threads.h"
 
 namespace zvr {
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "core/waiting.h"
+#include "core/engine/waiting.h"
 
 namespace zvr {
 

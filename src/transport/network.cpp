@@ -4,8 +4,8 @@
 
 #include <set>
 
-#include "core/constants.h"
-#include "core/failures.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
 #include "transport/names.h"
 
 namespace zvr {

@@ -12,9 +12,9 @@
 #include <string>
 #include <thread>
 
-#include "core/gate.h"
-#include "core/supervisor.h"
-#include "core/threads.h"
+#include "core/engine/gate.h"
+#include "core/engine/supervisor.h"
+#include "core/engine/threads.h"
 #include "transport/client.h"
 
 namespace zvr {

@@ -4,8 +4,8 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include "core/constants.h"
-#include "core/failures.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
 #include "transport/baud_rate.h"
 
 namespace zvr {

@@ -4,8 +4,8 @@
 #include <thread>
 #include <utility>
 
-#include "core/constants.h"
-#include "core/failures.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
 
 namespace zvr {
 

@@ -1,13 +1,13 @@
 // Frames, command classes, status bytes and the numbers inside of byte strings.
-#include "core/frame.h"
+#include "core/wire/frame.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
 
-#include "core/commands.h"
-#include "core/failures.h"
-#include "core/splitter.h"
+#include "core/wire/commands.h"
+#include "core/wire/failures.h"
+#include "core/wire/splitter.h"
 
 namespace zvr {
 namespace {

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/constants.h"
-#include "core/frame.h"
+#include "core/wire/constants.h"
+#include "core/wire/frame.h"
 
 namespace zvr::testing {
 

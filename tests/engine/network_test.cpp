@@ -9,8 +9,8 @@
 
 #include <thread>
 
-#include "core/constants.h"
-#include "core/failures.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
 #include "support.h"
 
 namespace zvr {

@@ -1,5 +1,5 @@
 // Where received frames are filed, and how callers wait for them.
-#include "core/pools.h"
+#include "core/engine/pools.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "core/threads.h"
+#include "core/engine/threads.h"
 #include "support.h"
 #include "transport/network.h"
 

@@ -5,7 +5,7 @@
 #include <random>
 #include <thread>
 
-#include "core/stream_reader.h"
+#include "core/engine/stream_reader.h"
 #include "support.h"
 
 namespace zvr {

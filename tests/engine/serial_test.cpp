@@ -7,8 +7,8 @@
 
 #include <cstdlib>
 
-#include "core/failures.h"
-#include "core/frame.h"
+#include "core/wire/failures.h"
+#include "core/wire/frame.h"
 #include "support.h"
 #include "transport/usb.h"
 

@@ -1,5 +1,5 @@
 // The splitter against the golden frames, and against the literal search on streams that nobody would send.
-#include "core/splitter.h"
+#include "core/wire/splitter.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <random>
 #include <sstream>
 
-#include "core/commands.h"
+#include "core/wire/commands.h"
 #include "literal_splitter.h"
 
 namespace zvr {

@@ -7,7 +7,7 @@
 #include <future>
 #include <iterator>
 
-#include "core/waiting.h"
+#include "core/engine/waiting.h"
 
 namespace zvr::testing {
 

@@ -5,9 +5,9 @@
 #include <numeric>
 #include <thread>
 
-#include "core/bytes.h"
-#include "core/fifo.h"
-#include "core/gate.h"
+#include "core/engine/fifo.h"
+#include "core/engine/gate.h"
+#include "core/wire/bytes.h"
 #include "support.h"
 
 namespace zvr {

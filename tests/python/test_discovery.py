@@ -107,7 +107,7 @@ def test_bad_arguments_send_nothing(finder, call, operation, arguments, failure)
 def test_simulated_devices_on_a_network_of_their_own():
     if not can_make_networks():
         pytest.skip("network namespaces are not allowed here")
-    lab = str(Path(__file__).with_name("network_lab.py"))
+    lab = str(Path(__file__).with_name("labs") / "network_lab.py")
     run = subprocess.run(["unshare", "--net", sys.executable, lab], capture_output=True, text=True, timeout=90)
     assert run.returncode == 0, run.stderr
     report = json.loads(run.stdout)

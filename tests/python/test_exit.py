@@ -15,7 +15,7 @@ import pytest
 from conftest import address_of, running_simulator
 from exit_lab import SCENARIOS
 
-LAB = str(Path(__file__).with_name("exit_lab.py"))
+LAB = str(Path(__file__).with_name("labs") / "exit_lab.py")
 PATIENCE = 20.0  # seconds for a scenario as a whole
 LONGEST = 1.0  # seconds from the last line of a program to its end
 ROWS = [[str(number), str(number / 8)] for number in range(2000)]

@@ -14,7 +14,7 @@ from conftest import wired
 
 import pyzvr
 
-LAB = str(Path(__file__).with_name("hostile_lab.py"))
+LAB = str(Path(__file__).with_name("labs") / "hostile_lab.py")
 SECONDS = float(os.environ.get("HOSTILE_SECONDS", "8"))  # of each walk; more for a longer search
 SEEDS = range(int(os.environ.get("HOSTILE_SEED", "1")), int(os.environ.get("HOSTILE_SEED", "1")) + 3)
 

@@ -12,7 +12,7 @@ from conftest import simulator_program
 
 import pyzvr
 
-LAB = str(Path(__file__).with_name("usb_lab.py"))
+LAB = str(Path(__file__).with_name("labs") / "usb_lab.py")
 PRODUCT = "Sable-Dio"
 
 

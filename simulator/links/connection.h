@@ -1,0 +1,92 @@
+// One client of a device: cuts what comes into requests, answers them, and sends what the device says unasked.
+#pragma once
+
+#include <asio.hpp>
+#include <deque>
+#include <memory>
+
+#include "core/wire/splitter.h"
+#include "device/device.h"
+#include "links/faults.h"
+#include "options.h"
+
+namespace zvr::sim {
+
+/// Shows a request or a frame on standard error.
+void logFrame(const char* direction, int command, ByteView data);
+void logFrame(const char* direction, int command, const Frame& frame);
+
+/// Lives as long as one of its operations is under way. Sockets and terminals are both served as descriptors; the
+/// program ignores SIGPIPE.
+class Connection : public std::enable_shared_from_this<Connection> {
+public:
+    struct Rules {
+        bool answers = true;  ///< or takes requests for nothing
+        bool isLine = false;  ///< cannot end and holds nobody back: cut it falls silent, and frames get lost
+        std::function<void()> onArrival;  ///< called before what has come is looked at
+        std::function<void()> onRoom;     ///< called when nothing waits for the client any longer
+    };
+
+    Connection(asio::posix::stream_descriptor stream, Device& device, const Options& options, Rules rules);
+
+    void read();
+    /// Sends a frame that nobody has asked for. It is dropped, which is told, if the client lets too many wait.
+    bool sendUnasked(int command, const Frame& frame);
+    /// Whether only a few frames wait. Where nothing can be sent any longer nothing will wait.
+    bool hasRoom() const { return queue_.size() < fewWaiting; }
+    /// Forgets what came and what waits, for another client on the same line, or as long as there is none.
+    void restart(bool hasClient);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    // A client that takes nothing is not read from, or loses frames, so that what waits for it stays bounded.
+    static constexpr std::size_t mostWaiting = 4096, fewWaiting = 32;
+
+    struct Outgoing {
+        Frame bytes;
+        Clock::time_point due;
+        bool last;
+    };
+
+    bool isFull() const { return queue_.size() >= mostWaiting; }
+    void readOn();
+    void answer(const Packet& request);
+    void drop();
+    void send(int command, const Frame& frame);
+    void pump();
+    bool write();
+    void giveUp();
+    void end();
+
+    asio::posix::stream_descriptor stream_;
+    asio::steady_timer timer_;
+    Device& device_;
+    const Options& options_;
+    const Rules rules_;
+    std::optional<Faults> faults_;
+    Splitter splitter_;
+    std::array<std::uint8_t, 4096> buffer_{};
+    std::deque<Outgoing> queue_;
+    std::size_t written_ = 0;  // bytes of the first in the queue
+    std::size_t dropped_ = 0;
+    bool busy_ = false;    // one wait is under way, and pumps when it is over
+    bool paused_ = false;  // does not read
+    bool silent_ = false;
+    bool broken_ = false;  // takes nothing any longer
+};
+
+/// The connections that are sent what the device says unasked.
+class Audience {
+public:
+    void add(const std::shared_ptr<Connection>& connection);
+    /// False if one of them has lost it.
+    bool send(int command, const Frame& frame);
+    /// Whether there is one, and all of them have room.
+    bool hasRoom() const;
+
+private:
+    std::vector<std::weak_ptr<Connection>> connections_;
+};
+
+}  // namespace zvr::sim

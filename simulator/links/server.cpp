@@ -1,0 +1,77 @@
+#include "links/server.h"
+
+namespace zvr::sim {
+
+namespace {
+
+using asio::ip::tcp;
+
+tcp::acceptor listening(asio::io_context& context, const std::string& host, int port) {
+    try {
+        return {context, tcp::endpoint(asio::ip::make_address_v4(host), static_cast<std::uint16_t>(port))};
+    } catch (const std::system_error& failure) {
+        throw std::system_error(failure.code(), "cannot listen on " + host + ":" + std::to_string(port));
+    }
+}
+
+}  // namespace
+
+Listener::Listener(asio::io_context& context, const std::string& host, int port,
+                   std::function<void(tcp::socket)> onClient)
+    : acceptor_(listening(context, host, port)), retry_(context), onClient_(std::move(onClient)) {
+    accept();
+}
+
+void Listener::accept() {
+    acceptor_.async_accept([this](std::error_code error, tcp::socket socket) {
+        if (error == asio::error::operation_aborted) return;
+        if (!error) {
+            onClient_(std::move(socket));
+            accept();
+            return;
+        }
+        // With no descriptor left the same connection would be refused again and again.
+        retry_.expires_after(retryAfter);
+        retry_.async_wait([this](std::error_code stopped) {
+            if (!stopped) accept();
+        });
+    });
+}
+
+Server::Server(asio::io_context& context, Device& device, const Options& options)
+    : device_(device),
+      options_(options),
+      commands_(context, options.host, options.port, [this](tcp::socket socket) { serve(std::move(socket), true); }) {
+    if (device.model().link == Link::wifi) {
+        data_.emplace(context, options.host, options.dataPort,
+                      [this](tcp::socket socket) { serve(std::move(socket), false); });
+    }
+    device.streamFrame = [this](int command, const Frame& frame) { return audience_.send(command, frame); };
+    device.hasRoom = [this] { return audience_.hasRoom(); };
+}
+
+Server::~Server() {
+    device_.streamFrame = [](int, const Frame&) { return false; };
+    device_.hasRoom = [] { return false; };
+}
+
+void Server::serve(tcp::socket socket, bool answers) {
+    std::error_code alreadyGone;  // then the first read tells
+    socket.set_option(tcp::no_delay(true), alreadyGone);
+    asio::posix::stream_descriptor stream(socket.get_executor(), socket.release());
+    const auto connection = std::make_shared<Connection>(
+        std::move(stream), device_, options_,
+        Connection::Rules{
+            .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.tellRoom(); }});
+    if (answers != data_.has_value()) audience_.add(connection);
+    connection->read();
+    device_.tellRoom();
+}
+
+std::string Server::description() const {
+    std::string text = R"("host": ")" + options_.host + R"(", "command_port": )" + std::to_string(commands_.port());
+    if (data_) text += R"(, "data_port": )" + std::to_string(data_->port());
+    return text;
+}
+
+}  // namespace zvr::sim

@@ -1,0 +1,49 @@
+// The simulator's TCP side: any number of connections to one device, on one thread.
+#pragma once
+
+#include "links/connection.h"
+
+namespace zvr::sim {
+
+/// Accepts clients on one port.
+class Listener {
+public:
+    /// Listens at once; throws std::system_error.
+    Listener(asio::io_context& context, const std::string& host, int port,
+             std::function<void(asio::ip::tcp::socket)> onClient);
+
+    int port() const { return acceptor_.local_endpoint().port(); }
+
+private:
+    void accept();
+
+    static constexpr std::chrono::milliseconds retryAfter{100};
+
+    asio::ip::tcp::acceptor acceptor_;
+    asio::steady_timer retry_;
+    std::function<void(asio::ip::tcp::socket)> onClient_;
+};
+
+/// The command port; and on Wi-Fi models the data port, to which goes what the device says unasked.
+class Server {
+public:
+    /// Listens at once; throws std::system_error.
+    Server(asio::io_context& context, Device& device, const Options& options);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /// Where it is reached, as members of a JSON object.
+    std::string description() const;
+
+private:
+    void serve(asio::ip::tcp::socket socket, bool answers);
+
+    Device& device_;
+    const Options& options_;
+    Audience audience_;
+    Listener commands_;
+    std::optional<Listener> data_;
+};
+
+}  // namespace zvr::sim

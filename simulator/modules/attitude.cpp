@@ -1,0 +1,110 @@
+// The inertial unit: sensors on a board that sways, and a filter that estimates from them.
+#include <cmath>
+
+#include "device/modules.h"
+#include "modules/channels.h"
+#include "physics/sway.h"
+
+namespace zvr::sim {
+
+namespace {
+
+// The groups of an estimate, by their bits.
+constexpr std::uint8_t orientationBit = 1, angularVelocityBit = 4, accelerationBit = 16;
+
+class Unit {
+public:
+    explicit Unit(const Device& device) : device_(&device) {}
+
+    Stage stage() const { return stage_; }
+    void enter(Stage stage) {
+        if (stage == Stage::closed) *this = Unit(*device_);
+        if (stage == Stage::started) reset();
+        stage_ = stage;
+    }
+
+    /// The filter starts from lying flat.
+    void reset() { begin_ = device_->seconds(); }
+
+    bool setGeneral(float gravity, float period) {
+        if (!(gravity > 0 && std::isfinite(gravity) && period > 0 && std::isfinite(period))) return false;
+        gravity_ = gravity;
+        period_ = period;
+        return true;
+    }
+    bool setDecay(float accelerometer, float magnetometer) {
+        if (!(accelerometer > 0 && magnetometer > 0)) return false;
+        decay_ = {accelerometer, accelerometer, magnetometer};
+        return true;
+    }
+
+    Sway sensors() const { return swayAt(device_->seconds(), gravity_); }
+
+    /// Estimates follow what turns at once. What was wrong with the orientation at the start decays as gravity and the
+    /// magnetic field show it.
+    Sway estimates() const {
+        const double now = begin_ + std::floor((device_->seconds() - begin_) / period_) * period_;
+        Sway sway = swayAt(now, gravity_);
+        const Vector unknown = swayAt(begin_, gravity_).angles;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            sway.angles[axis] -= unknown[axis] * std::exp((begin_ - now) / decay_[axis]);
+        }
+        return sway;
+    }
+
+private:
+    const Device* device_;
+    Stage stage_ = Stage::closed;
+    double begin_ = 0;
+    double gravity_ = 9.81, period_ = 0.01;
+    Vector decay_ = {3, 3, 9};
+};
+
+using Units = Channels<Unit, 1>;
+
+// Without a filter that runs, and without sensors in use, there are zeros.
+Bytes vectorsOf(Bytes data, const std::vector<Vector>& vectors, bool shown) {
+    for (const Vector& vector : vectors) {
+        for (const double value : vector) appendBigEndian(data, static_cast<float>(shown ? value : 0));
+    }
+    return data;
+}
+
+Bytes estimatesOf(std::uint8_t port, const Unit& unit, std::uint8_t mask) {
+    const Sway sway = unit.estimates();
+    std::vector<Vector> vectors;
+    if ((mask & orientationBit) != 0) vectors.push_back(sway.angles);
+    if ((mask & angularVelocityBit) != 0) vectors.push_back(sway.angularVelocity);
+    if ((mask & accelerationBit) != 0) vectors.push_back(sway.acceleration);
+    return vectorsOf({port, mask}, vectors, unit.stage() == Stage::started);
+}
+
+}  // namespace
+
+void addAttitude(Device& device) {
+    const Units units(device, Status::notEnabled, {Unit(device)});
+    units.onStages(AHRS_OPEN, AHRS_START, AHRS_STOP, AHRS_CLOSE);
+    const auto unit = [all = units.all()]() -> Unit& { return all->front(); };
+    device.onSilent(AHRS_START, [unit](ByteView data) {
+        if (slice(data, 0, 1)[0] == 0 && unit().stage() != Stage::closed) unit().enter(Stage::started);
+    });
+    units.onChange(AHRS_RESET, [](Unit& unit, ByteView) {
+        unit.reset();
+        return true;
+    });
+    units.onChange(AHRS_SET_GNRL, [](Unit& unit, ByteView rest) {
+        return unit.setGeneral(readBigEndian<float>(slice(rest, 0, 4)), readBigEndian<float>(slice(rest, 4, 4)));
+    });
+    units.onChange(AHRS_VQF_SET_TAU, [](Unit& unit, ByteView rest) {
+        return unit.setDecay(readBigEndian<float>(slice(rest, 0, 4)), readBigEndian<float>(slice(rest, 4, 4)));
+    });
+    device.onPort(AHRS_GET_ESTIMATES,
+                  [unit](std::uint8_t port, ByteView rest) { return estimatesOf(port, unit(), slice(rest, 0, 1)[0]); });
+    device.onPort(AHRS_GET_RAW_DATA, [unit](std::uint8_t port, ByteView) {
+        const Sway sway = unit().sensors();
+        return vectorsOf({port}, {sway.acceleration, sway.angularVelocity, sway.magneticField},
+                         unit().stage() != Stage::closed);
+    });
+}
+
+}  // namespace zvr::sim

@@ -1,0 +1,186 @@
+// Thermocouples and resistance thermometers: what their sensors give, and what the device makes of it.
+#include <array>
+#include <cmath>
+#include <map>
+#include <memory>
+
+#include "device/modules.h"
+
+namespace zvr::sim {
+
+namespace {
+
+constexpr double noiseAmplitude = 0.2;  // degrees, of one sample
+constexpr double junctionDegrees = 25;
+constexpr std::uint8_t lastSamplingMode = 4, lastFilter = 1;
+
+// A sensor that is taken for one of another type shows a wrong temperature.
+class Kind {
+public:
+    static Kind thermocouple() { return {3, 7}; }
+    static Kind resistor() { return {0, 1}; }
+
+    std::uint8_t usual, last;  // types
+
+    /// What a device makes of a sensor of the usual type at `degrees`, with its cold junction taken to be at
+    /// `junction`.
+    double reading(double degrees, std::uint8_t type, double junction) const {
+        if (last == 1) {
+            constexpr std::array ohms = {100.0, 1000.0};  // at 0 degrees
+            constexpr double slope = 0.00385;
+            return ((1 + slope * degrees) * ohms[usual] / ohms[type] - 1) / slope;
+        }
+        constexpr std::array microvolts = {6.0, 68.0, 55.0, 41.0, 36.0, 11.0, 10.0, 48.0};  // per degree, roughly
+        return junction + (degrees - junctionDegrees) * microvolts[usual] / microvolts[type];
+    }
+};
+
+struct Sensor {
+    double degrees = 0;
+    std::uint8_t type = 0;
+    std::uint8_t samplingMode = 0;
+    bool measuresJunction = true;
+    float junction = 0;  // told by the host
+    float offset = 0, savedOffset = 0;
+};
+
+class Thermometer {
+public:
+    Thermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors)
+        : device_(device), kind_(kind) {
+        for (double degrees = 20; const std::uint8_t port : ports) {
+            for (std::size_t i = 0; i < sensors; ++i, degrees += 10) {
+                ports_[port].sensors.emplace_back().degrees = degrees;
+            }
+        }
+        restart();
+    }
+
+    void restart() {
+        for (auto& [number, port] : ports_) {
+            port.isOpen = false;
+            for (Sensor& sensor : port.sensors) {
+                const float saved = sensor.savedOffset;
+                sensor = {.degrees = sensor.degrees, .type = kind_.usual, .offset = saved, .savedOffset = saved};
+            }
+        }
+    }
+
+    bool setOpen(std::uint8_t number, bool open) {
+        const auto port = ports_.find(number);
+        if (port == ports_.end()) return false;
+        port->second.isOpen = open;
+        return true;
+    }
+
+    /// A sensor of an open port; nothing if there is none.
+    Sensor* find(std::uint8_t number, std::uint8_t channel) {
+        const auto port = ports_.find(number);
+        const bool there = port != ports_.end() && port->second.isOpen && channel < port->second.sensors.size();
+        return there ? &port->second.sensors[channel] : nullptr;
+    }
+
+    const Kind& kind() const { return kind_; }
+
+    double junction() { return junctionDegrees + noise(noiseAmplitude); }
+    double degrees(const Sensor& sensor) {
+        const double junction = sensor.measuresJunction ? junctionDegrees : double{sensor.junction};
+        // A reading is the mean of 1, 2, 4, 8 or 16 samples.
+        return kind_.reading(sensor.degrees, sensor.type, junction) + sensor.offset +
+               noise(noiseAmplitude / std::sqrt(1 << sensor.samplingMode));
+    }
+
+private:
+    struct Port {
+        bool isOpen = false;
+        std::vector<Sensor> sensors;
+    };
+
+    double noise(double amplitude) {
+        return Waveform{WaveKind::noise, 0, amplitude, 0}.at(0,
+                                                             device_.signals.seed * std::uint64_t{1} << 32 | reads_++);
+    }
+
+    Device& device_;
+    Kind kind_;
+    std::map<std::uint8_t, Port> ports_;
+    std::uint32_t reads_ = 0;
+};
+
+using Shared = std::shared_ptr<Thermometer>;
+
+template <class Read>
+void addRead(Device& device, Command command, const Shared& thermometer, Read read) {
+    device.onPort(command, [thermometer, read](std::uint8_t port, ByteView rest) {
+        const std::uint8_t channel = slice(rest, 0, 1)[0];
+        Sensor* sensor = thermometer->find(port, channel);
+        Bytes data{port, channel};
+        appendBigEndian(data, static_cast<float>(sensor ? read(*thermometer, *sensor) : 0));
+        return data;
+    });
+}
+
+template <class Change>
+void addChange(Device& device, Command command, const Shared& thermometer, Change change) {
+    device.onPort(command, [thermometer, change](std::uint8_t port, ByteView rest) {
+        const std::uint8_t channel = slice(rest, 0, 1)[0];
+        Sensor* sensor = thermometer->find(port, channel);
+        const bool done = sensor && change(*thermometer, *sensor, rest.subspan(1));
+        return Bytes{port, channel, static_cast<std::uint8_t>(done ? Status::ok : Status::thermal)};
+    });
+}
+
+// A setting of one byte, up to a last value.
+void addSetting(Device& device, Command command, const Shared& thermometer, std::uint8_t last,
+                std::uint8_t Sensor::*setting) {
+    addChange(device, command, thermometer, [last, setting](Thermometer&, Sensor& sensor, ByteView rest) {
+        const std::uint8_t value = slice(rest, 0, 1)[0];
+        if (value <= last && setting != nullptr) sensor.*setting = value;
+        return value <= last;
+    });
+}
+
+void addDegrees(Device& device, Command command, const Shared& thermometer, float Sensor::*degrees) {
+    addChange(device, command, thermometer, [degrees](Thermometer&, Sensor& sensor, ByteView rest) {
+        const auto value = readBigEndian<float>(rest);
+        if (std::isfinite(value)) sensor.*degrees = value;
+        return std::isfinite(value);
+    });
+}
+
+void addThermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors) {
+    const auto all = std::make_shared<Thermometer>(device, kind, ports, sensors);
+    device.onReboot([all] { all->restart(); });
+    for (const auto& [command, open] : {std::pair{OPEN_THERMAL, true}, {CLOSE_THERMAL, false}}) {
+        device.onPort(command, [all, open = open](std::uint8_t port, ByteView) {
+            return reply(port, all->setOpen(port, open) ? Status::ok : Status::thermal);
+        });
+    }
+    addRead(device, READ_THERMAL_COUPLE, all, [](Thermometer& all, Sensor& each) { return all.degrees(each); });
+    addRead(device, READ_THERMAL_OFFSET, all, [](Thermometer&, Sensor& each) { return double{each.offset}; });
+    addRead(device, LOAD_THERMAL_OFFSET, all, [](Thermometer&, Sensor& each) { return double{each.savedOffset}; });
+    addSetting(device, SET_THERMAL_TYPE, all, kind.last, &Sensor::type);
+    addSetting(device, SET_THERMAL_NOISE_FILTER, all, lastFilter, nullptr);
+    addDegrees(device, WRITE_THERMAL_OFFSET, all, &Sensor::offset);
+    addDegrees(device, SAVE_THERMAL_OFFSET, all, &Sensor::savedOffset);
+    // No sensor is broken.
+    device.onPort(GET_THERMAL_STATUS, [](std::uint8_t port, ByteView rest) {
+        return Bytes{port, slice(rest, 0, 1)[0], 0};
+    });
+    if (kind.last == Kind::resistor().last) return;
+    addRead(device, READ_THERMAL_JUNCTION, all, [](Thermometer& all, Sensor&) { return all.junction(); });
+    addSetting(device, SET_THERMAL_OVER_SAMPLING, all, lastSamplingMode, &Sensor::samplingMode);
+    addDegrees(device, WRITE_THERMAL_JUNCTION, all, &Sensor::junction);
+    addChange(device, SET_THERMAL_JUNCTION_ON, all, [](Thermometer&, Sensor& sensor, ByteView rest) {
+        sensor.measuresJunction = slice(rest, 0, 1)[0] != 0;
+        return true;
+    });
+}
+
+}  // namespace
+
+void addSevenThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1}, 7); }
+void addThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1, 2}, 2); }
+void addResistanceThermometers(Device& device) { addThermometer(device, Kind::resistor(), {1, 2}, 2); }
+
+}  // namespace zvr::sim

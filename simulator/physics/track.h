@@ -1,0 +1,41 @@
+// What is along the way of an axis, and the search for it.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "physics/profile.h"
+
+namespace zvr::sim {
+
+/// Where a switch is closed.
+struct Zone {
+    double from, to;
+    bool holds(double position) const { return position >= from && position <= to; }
+};
+
+/// Positions in pulses from where the axis stands at the start.
+struct Track {
+    double homeAt = -20000;  ///< the switch is closed here and some way behind
+    double reverseAt = -1e6, forwardAt = 1e6;
+    double revolution = 4000;  ///< pulses from index to index
+    double alarmAt = forever;  ///< the motor jams at this distance to either side
+
+    Zone home() const { return {homeAt - 100000, homeAt}; }
+    Zone reverse() const { return {-forever, reverseAt}; }
+    Zone forward() const { return {forwardAt, forever}; }
+    /// The next index in a direction.
+    double indexBehind(double position, int direction) const;
+};
+
+struct Tracks : std::array<Track, 4> {
+    /// AXIS:HOME[:REVERSE[:FORWARD[:REVOLUTION[:ALARM]]]]. Throws std::invalid_argument.
+    void set(std::string_view text);
+};
+
+/// Runs to a switch and stops behind its edge; comes back, if `approach` is a speed, and meets the edge with it in the
+/// final direction; and goes on by an offset. It runs for ever if the switch does not come.
+void seek(Profile& profile, const Zone& zone, int direction, int finalDirection, const Ramp& ramp, double approach,
+          double offset);
+
+}  // namespace zvr::sim

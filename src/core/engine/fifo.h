@@ -1,0 +1,200 @@
+// A thread-safe queue, first in, first out.
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <optional>
+
+#include "core/engine/process.h"
+#include "core/engine/waiting.h"
+
+namespace zvr {
+
+/// Wakes a thread that waits for several queues at once.
+class Bell {
+public:
+    void ring() {
+        {
+            const std::lock_guard lock(mutex_);
+            ++count_;
+        }
+        rung_.notify_all();
+    }
+    std::uint64_t count() const {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    /// Waits until it has rung more often than `count` times, or until `deadline`; tells whether it has.
+    bool await(std::uint64_t count, Deadline deadline) {
+        std::unique_lock lock(mutex_);
+        return waitOn(rung_, lock, deadline, [&] { return count_ != count; });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::condition_variable rung_;
+    std::uint64_t count_ = 0;
+};
+
+/// Items that were put and that nobody has declared done yet.
+class UnfinishedTasks {
+public:
+    void add(std::size_t count) {
+        const std::lock_guard lock(mutex_);
+        count_ += count;
+    }
+    /// Declares one done; tells whether there was one.
+    bool done() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (count_ == 0) return false;
+            --count_;
+        }
+        finished_.notify_all();
+        return true;
+    }
+    std::size_t count() const {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    /// Waits until all are done.
+    void await(const Attend& attend) const {
+        waitAttended(forever, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            return waitOn(finished_, lock, until, [&] { return count_ == 0; });
+        });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable finished_;
+    std::size_t count_ = 0;
+};
+
+/// Any thread may use any member. A capacity of 0 means no limit.
+template <class Item>
+class Fifo {
+public:
+    explicit Fifo(std::size_t capacity = 0) : capacity_(capacity) {}
+
+    UnfinishedTasks tasks;
+
+    /// Adds an item if there is room; tells whether there was.
+    bool tryPut(Item item) {
+        return add([&](std::unique_lock<std::mutex>&) {
+            if (capacity_ != 0 && items_.size() >= capacity_) return false;
+            items_.push_back(std::move(item));
+            return true;
+        });
+    }
+
+    /// Waits for room at most until `deadline`.
+    bool put(Item item, Deadline deadline, const Attend& attend = {}) {
+        return waitAttended(deadline, attend, [&](Deadline until) {
+            return add([&](std::unique_lock<std::mutex>& lock) {
+                if (!waitOn(left_, lock, until, [&] { return capacity_ == 0 || items_.size() < capacity_; }))
+                    return false;
+                items_.push_back(std::move(item));
+                return true;
+            });
+        });
+    }
+
+    /// Gives back the item that was taken last, to the front.
+    void putBack(Item item) {
+        {
+            const std::lock_guard lock(mutex_);
+            items_.push_front(std::move(item));
+        }
+        arrived_.notify_all();
+    }
+
+    /// Every item that is added from now on rings it.
+    void setBell(std::shared_ptr<Bell> bell) {
+        const std::lock_guard lock(mutex_);
+        bell_ = std::move(bell);
+    }
+
+    std::optional<Item> tryGet() {
+        const std::lock_guard lock(mutex_);
+        return pop();
+    }
+
+    /// Waits for an item at most until `deadline`.
+    std::optional<Item> get(Deadline deadline, const Attend& attend = {}) {
+        std::optional<Item> item;
+        waitAttended(deadline, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            waitOn(arrived_, lock, until, [&] { return !items_.empty(); });
+            item = pop();
+            return item.has_value();
+        });
+        return item;
+    }
+
+    /// Waits until at least `count` items are there, at most until `deadline`; tells how many there are then.
+    std::size_t waitForSize(std::size_t count, Deadline deadline, const Attend& attend = {}) {
+        waitAttended(deadline, attend, [&](Deadline until) {
+            std::unique_lock lock(mutex_);
+            return waitOn(arrived_, lock, until, [&] { return items_.size() >= count; });
+        });
+        return size();
+    }
+
+    std::size_t size() const {
+        const std::lock_guard lock(mutex_);
+        return items_.size();
+    }
+
+    std::size_t capacity() const { return capacity_; }
+
+    /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
+    bool isForeign() const { return mark_.foreign(); }
+
+    /// Shows every item, with the queue's lock held; none in a forked child.
+    template <class Visit>
+    void visit(Visit visit) const {
+        if (isForeign()) return;
+        const std::lock_guard lock(mutex_);
+        for (const Item& item : items_) visit(item);
+    }
+    void clear() {
+        if (isForeign()) return;
+        std::deque<Item> gone;  // it goes without the lock
+        const std::lock_guard lock(mutex_);
+        gone.swap(items_);
+    }
+
+private:
+    template <class Put>
+    bool add(Put put) {
+        std::shared_ptr<Bell> bell;
+        {
+            std::unique_lock lock(mutex_);
+            if (!put(lock)) return false;
+            tasks.add(1);
+            bell = bell_;
+        }
+        arrived_.notify_all();
+        if (bell) bell->ring();
+        return true;
+    }
+
+    std::optional<Item> pop() {
+        if (items_.empty()) return std::nullopt;
+        std::optional<Item> item(std::move(items_.front()));
+        items_.pop_front();
+        if (capacity_ != 0) left_.notify_one();
+        return item;
+    }
+
+    const std::size_t capacity_;
+    const ProcessMark mark_;
+    mutable std::mutex mutex_;
+    std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
+    std::deque<Item> items_;
+    std::shared_ptr<Bell> bell_;
+};
+
+}  // namespace zvr

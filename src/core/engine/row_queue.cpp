@@ -1,0 +1,177 @@
+#include "core/engine/row_queue.h"
+
+#include <algorithm>
+
+namespace zvr {
+
+namespace {
+
+// Small frames share a chunk of this size; larger ones are kept as they came.
+constexpr std::size_t chunkBytes = 32768;
+constexpr std::size_t largeFrame = 4096;
+
+}  // namespace
+
+std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
+    const std::size_t rowBytes = layout.rowBytes();
+    if (rowBytes == 0 || frame.size() % rowBytes != 0) {
+        throw std::invalid_argument("a frame of " + std::to_string(frame.size()) +
+                                    " bytes is no whole number of rows of " + std::to_string(layout.columns) +
+                                    " samples of " + std::to_string(layout.sampleBytes()) + " bytes");
+    }
+    const std::size_t rows = frame.size() / rowBytes;
+    std::size_t kept = 0;
+    bool enough = false;
+    {
+        const std::lock_guard lock(mutex_);
+        kept = std::min(rows, room());
+        dropped_ += rows - kept;
+        if (kept != 0) {
+            frame.resize(kept * rowBytes);
+            append(layout, std::move(frame));
+        }
+        enough = count(kept);
+    }
+    if (enough) arrived_.notify_all();
+    return rows - kept;
+}
+
+bool RowQueue::putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
+                      const Attend& attend) {
+    if (row.empty() || row.size() != layout.rowBytes()) throw std::invalid_argument("this is no row");
+    const auto holder = std::make_shared<Bytes>(row);
+    return waitAttended(deadline, attend, [&](Deadline until) {
+        bool enough = false;
+        {
+            std::unique_lock lock(mutex_);
+            if (!waitOn(left_, lock, until, [&] { return room() != 0; })) return false;
+            chunks_.push_back({layout, {holder, holder->data()}, row.size(), row.size(), 0, std::move(object)});
+            enough = count(1);
+        }
+        if (enough) arrived_.notify_all();
+        return true;
+    });
+}
+
+bool RowQueue::count(std::size_t rows) {
+    rows_ += rows;
+    tasks.add(rows);
+    if (rows_ < wanted_) return false;
+    wanted_ = nobody;
+    return true;
+}
+
+void RowQueue::append(const RowLayout& layout, Bytes&& frame) {
+    const std::size_t size = frame.size();
+    if (size >= largeFrame) {
+        const auto holder = std::make_shared<Bytes>(std::move(frame));
+        chunks_.push_back({layout, {holder, holder->data()}, size, size, 0});
+        return;
+    }
+    if (chunks_.empty() || chunks_.back().room - chunks_.back().used < size || chunks_.back().layout != layout) {
+        const std::shared_ptr<std::uint8_t[]> bytes = std::make_unique_for_overwrite<std::uint8_t[]>(chunkBytes);
+        chunks_.push_back({layout, {bytes, bytes.get()}, chunkBytes, 0, 0});
+    }
+    Chunk& last = chunks_.back();
+    std::memcpy(last.bytes.get() + last.used, frame.data(), size);
+    last.used += size;
+}
+
+std::vector<RowRun> RowQueue::take(std::size_t count) {
+    const std::lock_guard lock(mutex_);
+    return takeLocked(count);
+}
+
+std::vector<RowRun> RowQueue::takeLocked(std::size_t count) {
+    std::vector<RowRun> runs;
+    while (count > 0 && !chunks_.empty()) {
+        Chunk& first = chunks_.front();
+        const std::size_t rows = std::min(count, first.rows());
+        if (rows != 0) runs.push_back({first.layout, rows, first.bytes.get() + first.taken, first.bytes, first.object});
+        first.taken += rows * first.layout.rowBytes();
+        count -= rows;
+        rows_ -= rows;
+        const bool mayGrow = chunks_.size() == 1 && first.used < first.room;
+        if (first.rows() != 0 || mayGrow) break;
+        chunks_.pop_front();
+    }
+    if (capacity_ != 0) left_.notify_all();
+    return runs;
+}
+
+namespace {
+
+// Several queues at once, always in the same order, each once.
+std::vector<std::unique_lock<std::mutex>> lockAll(std::vector<std::mutex*> mutexes) {
+    std::ranges::sort(mutexes);
+    const auto [first, last] = std::ranges::unique(mutexes);
+    mutexes.erase(first, last);
+    std::vector<std::unique_lock<std::mutex>> locks;
+    for (std::mutex* mutex : mutexes) locks.emplace_back(*mutex);
+    return locks;
+}
+
+}  // namespace
+
+RowsTaken RowQueue::takeTogether(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count) {
+    std::vector<std::mutex*> mutexes;
+    for (const auto& queue : queues) mutexes.push_back(&queue->mutex_);
+    const auto locked = lockAll(std::move(mutexes));
+    RowsTaken taken;
+    for (const auto& queue : queues) count = std::min(count, queue->rows_);
+    for (const auto& queue : queues) taken.runs.push_back(queue->takeLocked(count));
+    taken.rows = count;
+    return taken;
+}
+
+RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count,
+                                std::size_t mostValues) {
+    std::vector<std::mutex*> mutexes;
+    for (const auto& queue : queues) mutexes.push_back(&queue->mutex_);
+    const auto locked = lockAll(std::move(mutexes));
+    RowsTaken taken;
+    if (queues.empty()) count = 0;
+    for (const auto& queue : queues) {
+        const auto [columns, rows] = queue->uniformRows();
+        taken.columns += columns;
+        count = std::min(count, rows);
+    }
+    if (taken.columns != 0) count = std::min(count, mostValues / taken.columns);
+    for (const auto& queue : queues) taken.runs.push_back(queue->takeLocked(count));
+    taken.rows = count;
+    return taken;
+}
+
+std::pair<std::size_t, std::size_t> RowQueue::uniformRows() const {
+    std::size_t columns = 0, rows = 0;
+    for (const Chunk& chunk : chunks_) {
+        if (chunk.rows() == 0) continue;
+        if (rows != 0 && static_cast<std::size_t>(chunk.layout.columns) != columns) break;
+        columns = static_cast<std::size_t>(chunk.layout.columns);
+        rows += chunk.rows();
+    }
+    return {columns, rows};
+}
+
+std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const Attend& attend) const {
+    waitAttended(deadline, attend, [&](Deadline until) {
+        std::unique_lock lock(mutex_);
+        return waitOn(arrived_, lock, until, [&] {
+            if (rows_ < count) wanted_ = std::min(wanted_, count);
+            return rows_ >= count;
+        });
+    });
+    return size();
+}
+
+std::size_t RowQueue::size() const {
+    const std::lock_guard lock(mutex_);
+    return rows_;
+}
+
+std::uint64_t RowQueue::dropped() const {
+    const std::lock_guard lock(mutex_);
+    return dropped_;
+}
+
+}  // namespace zvr

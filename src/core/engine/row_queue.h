@@ -1,0 +1,111 @@
+// Rows of samples between a stream's reader thread and the caller, kept as the bytes that the device sent.
+#pragma once
+
+#include <deque>
+
+#include <span>
+
+#include "core/engine/fifo.h"
+#include "core/engine/scale.h"
+
+namespace zvr {
+
+/// Consecutive rows of one layout. They stay valid as long as the run is held.
+struct RowRun {
+    RowLayout layout;
+    std::size_t rows = 0;
+    const std::uint8_t* bytes = nullptr;
+    std::shared_ptr<const void> holder = {};
+    std::shared_ptr<void> object = {};  ///< the lone row as somebody put it, to be given back as it is
+};
+
+/// The same number of rows from each of several queues.
+struct RowsTaken {
+    std::vector<std::vector<RowRun>> runs;
+    std::size_t rows = 0;
+    std::size_t columns = 0;  ///< values of a row over all queues, where all rows of a queue have the same number
+};
+
+/// Any thread may use any member.
+class RowQueue {
+public:
+    explicit RowQueue(std::size_t capacity) : capacity_(capacity) {}
+
+    /// Adds the rows of a frame, as many as there is room for; tells how many were dropped. Throws
+    /// std::invalid_argument for a frame that is no whole number of rows.
+    std::size_t put(const RowLayout& layout, Bytes frame);
+
+    /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
+    /// there was.
+    bool putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
+                const Attend& attend = {});
+
+    /// Takes up to `count` rows, oldest first.
+    std::vector<RowRun> take(std::size_t count);
+
+    static constexpr std::size_t noLimit = static_cast<std::size_t>(-1);
+
+    /// Takes the same number of rows from each queue in one step, as many as all of them have and at most `count`.
+    static RowsTaken takeTogether(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count);
+    /// The same for rows of one width in each queue, with `mostValues` values in all at the most.
+    static RowsTaken takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count,
+                                 std::size_t mostValues = noLimit);
+
+    /// Waits until at least `count` rows are there, at most until `deadline`; tells how many there are then.
+    std::size_t waitForSize(std::size_t count, Deadline deadline, const Attend& attend = {}) const;
+
+    std::size_t size() const;
+    /// 0 means no limit.
+    std::size_t capacity() const { return capacity_; }
+    /// Rows dropped since construction.
+    std::uint64_t dropped() const;
+
+    UnfinishedTasks tasks;
+
+    /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
+    bool isForeign() const { return mark_.foreign(); }
+
+    /// Shows every object that somebody put, with the queue's lock held; none in a forked child.
+    template <class Visit>
+    void visit(Visit visit) const {
+        if (isForeign()) return;
+        const std::lock_guard lock(mutex_);
+        for (const Chunk& chunk : chunks_) {
+            if (chunk.object) visit(chunk.object);
+        }
+    }
+    void clear() {
+        if (!isForeign()) take(noLimit);
+    }
+
+private:
+    static constexpr std::size_t nobody = static_cast<std::size_t>(-1);
+
+    // Bytes of rows. Only behind `used` is anything ever written, so that runs may be read without the lock.
+    struct Chunk {
+        RowLayout layout;
+        std::shared_ptr<std::uint8_t> bytes;
+        std::size_t room, used, taken;
+        std::shared_ptr<void> object = {};
+        std::size_t rows() const { return (used - taken) / layout.rowBytes(); }
+    };
+
+    std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
+    void append(const RowLayout& layout, Bytes&& frame);
+    /// Counts rows that were appended; tells whether who waits for rows is to be woken.
+    bool count(std::size_t rows);
+    std::vector<RowRun> takeLocked(std::size_t count);
+    /// Number of values in each of the oldest rows, and how many rows have that many.
+    std::pair<std::size_t, std::size_t> uniformRows() const;
+
+    const std::size_t capacity_;
+    const ProcessMark mark_;
+    mutable std::mutex mutex_;
+    mutable std::condition_variable arrived_, left_;
+    std::deque<Chunk> chunks_;
+    std::size_t rows_ = 0;
+    std::uint64_t dropped_ = 0;
+    mutable std::size_t wanted_ = nobody;  // who waits is woken when this many rows are there
+};
+
+}  // namespace zvr

@@ -1,0 +1,121 @@
+#include "core/engine/stream_reader.h"
+
+#include <thread>
+#include <utility>
+
+namespace zvr {
+
+namespace {
+
+// A queue that rings for somebody else is looked at this often.
+constexpr std::chrono::milliseconds lookAgainAfter{50};
+constexpr std::chrono::seconds warningSpan{1};
+constexpr std::size_t all = static_cast<std::size_t>(-1);
+constexpr std::size_t mostWarnings = 1000;  // in that span
+// Frames that come closer together than this are taken several at a time: waking costs more than a frame does.
+constexpr std::chrono::microseconds dense{1000}, gather{500};
+
+}  // namespace
+
+StreamReader::StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report,
+                           OnOverflow onOverflow, std::shared_ptr<Supervisor<StreamReader>> supervisor,
+                           std::shared_ptr<Gate> passes)
+    : OwnedThread(std::move(name), std::move(report)),
+      gate(std::move(passes)),
+      onOverflow_(std::move(onOverflow)),
+      supervisor_(std::move(supervisor)),
+      layout_(std::move(layout)) {
+    setRoute(std::move(pairs), gate);
+}
+
+void StreamReader::rest(std::chrono::milliseconds most) { bell_->await(bell_->count(), Clock::now() + most); }
+
+void StreamReader::start() {
+    startBody([self = shared_from_this()] { self->run(); });
+}
+
+void StreamReader::run() {
+    Deadline lastFound{};
+    while (!ended_) {
+        if (changed()) {
+            supervisor_->renew(*this);
+            continue;
+        }
+        gateNow_->pass(passed_, [this] { return changed(); });
+        if (changed()) continue;
+        const std::uint64_t rung = bell_->count();
+        if (!drainAll(all)) {
+            if (bell_->await(rung, Clock::now() + lookAgainAfter) && waitsInQueue_) drainAll(1);
+        } else if (const Deadline now = Clock::now(); now - std::exchange(lastFound, now) < dense) {
+            std::this_thread::sleep_for(gather);
+        }
+    }
+}
+
+bool StreamReader::drainAll(std::size_t most) {
+    bool any = false;
+    for (const Pair& pair : pairs_) {
+        if (changed()) break;
+        any = drain(pair, most) || any;
+    }
+    return any;
+}
+
+// Takes what has arrived until now; a device that goes on sending does not keep the others waiting.
+bool StreamReader::drain(const Pair& pair, std::size_t most) {
+    const std::size_t waiting = std::min(pair.frames->size(), most);
+    for (std::size_t i = 0; i < waiting && !ended_; ++i) {
+        std::optional<StreamItem> item = pair.frames->tryGet();
+        if (!item) break;
+        if (changed()) {
+            pair.frames->putBack(std::move(*item));
+            break;
+        }
+        if (item->isMarker()) continue;  // it only wakes
+        if (!item->isFrame) throw std::invalid_argument("an item of the queue is no frame");
+        RowLayout layout;
+        {
+            const std::lock_guard lock(mutex_);
+            layout = layout_;
+        }
+        tellOfOverflow(pair.rows.get(), pair.rows->put(layout, std::move(item->frame)));
+    }
+    return waiting != 0;
+}
+
+void StreamReader::tellOfOverflow(const RowQueue* queue, std::size_t dropped) {
+    if (dropped == 0) return;
+    Warned& warned = warned_[queue];
+    if (const Deadline now = Clock::now(); now - warned.since >= warningSpan) warned = {now, 0};
+    const std::size_t told = std::min(dropped, mostWarnings - warned.count);
+    warned.count += told;
+    if (told != 0) onOverflow_(told);
+}
+
+void StreamReader::end() {
+    ended_ = true;
+    if (isForeign()) return;  // no thread is here to end, and its locks may be held for good
+    gate->release();
+    lookAgain();
+}
+
+void StreamReader::lookAgain() noexcept {
+    if (isForeign()) return;
+    gate->wake();
+    bell_->ring();
+}
+
+void StreamReader::setLayout(RowLayout layout) {
+    const std::lock_guard lock(mutex_);
+    layout_ = std::move(layout);
+}
+
+void StreamReader::setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> passes, bool waitsInQueue) {
+    waitsInQueue_ = waitsInQueue;
+    pairs_ = std::move(pairs);
+    if (gateNow_ != passes) passed_ = passes->openings();
+    gateNow_ = std::move(passes);
+    for (const Pair& pair : pairs_) pair.frames->setBell(bell_);
+}
+
+}  // namespace zvr

@@ -1,0 +1,75 @@
+// The thread that feeds from the frames of a stream: frames in, rows out.
+//
+// Who runs what: the thread passes the gate, takes what the receive thread has filed in each data queue and puts it, as
+// rows, into the row queue beside it. The user's side turns the gate, sets the layout and ends the thread. What the
+// thread uses may be replaced while it runs: its supervisor then renews it, on the thread.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "core/engine/gate.h"
+#include "core/engine/pools.h"
+#include "core/engine/row_queue.h"
+#include "core/engine/supervisor.h"
+#include "core/engine/threads.h"
+
+namespace zvr {
+
+class StreamReader final : public OwnedThread, public std::enable_shared_from_this<StreamReader> {
+public:
+    struct Pair {
+        std::shared_ptr<StreamFifo> frames;
+        std::shared_ptr<RowQueue> rows;
+    };
+    /// Told how many rows were dropped, on that thread; of a queue at most 1,000 a second.
+    using OnOverflow = std::function<void(std::size_t rows)>;
+
+    StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report, OnOverflow onOverflow,
+                 std::shared_ptr<Supervisor<StreamReader>> supervisor = nullptr,
+                 std::shared_ptr<Gate> gate = std::make_shared<Gate>());
+
+    void start();
+    void run();
+    /// Ends the thread soon. The gate stays open.
+    void end() override;
+    /// Lets a thread that waits ask its supervisor.
+    void lookAgain() noexcept;
+
+    /// From the next frame on.
+    void setLayout(RowLayout layout);
+    /// On the thread itself. A thread that waits in its queue takes the next item even if the gate is shut meanwhile.
+    void setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> gate, bool waitsInQueue = false);
+
+    /// On the thread itself: waits until it is to look again.
+    void rest(std::chrono::milliseconds most);
+
+    const std::shared_ptr<Gate> gate;
+
+private:
+    bool changed() const noexcept { return ended_ || (supervisor_ && supervisor_->changed()); }
+    bool drainAll(std::size_t most);
+    bool drain(const Pair& pair, std::size_t most);
+    void tellOfOverflow(const RowQueue* queue, std::size_t dropped);
+
+    /// How many warnings a queue has caused since when.
+    struct Warned {
+        Deadline since{};
+        std::size_t count = 0;
+    };
+
+    std::vector<Pair> pairs_;
+    std::shared_ptr<Gate> gateNow_ = gate;
+    Gate::Passed passed_ = 0;
+    bool waitsInQueue_ = false;
+    const OnOverflow onOverflow_;
+    const std::shared_ptr<Supervisor<StreamReader>> supervisor_;
+    const std::shared_ptr<Bell> bell_ = std::make_shared<Bell>();
+    mutable std::mutex mutex_;
+    RowLayout layout_;
+    std::atomic<bool> ended_{false};
+    std::map<const RowQueue*, Warned> warned_;
+};
+
+}  // namespace zvr

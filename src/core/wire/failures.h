@@ -1,0 +1,52 @@
+// The failure vocabulary: one row per class in failures.def, one exception that carries a row.
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace zvr {
+
+enum class FailureId : int {
+#define ZVR_FAILURE(name, base, constant, code, message) name,
+#define ZVR_FAILURE_LITERAL(name, base, code, message) name,
+#include "core/wire/failures.def"
+#undef ZVR_FAILURE
+#undef ZVR_FAILURE_LITERAL
+};
+
+struct FailureRow {
+    std::string_view name;
+    std::string_view base;      ///< "Error" or "ZVRWarning"
+    std::string_view constant;  ///< name of the code constant; empty where the code has none
+    int code;
+    std::string_view message;
+};
+
+/// All failures, indexed by FailureId.
+std::span<const FailureRow> failureTable();
+
+inline const FailureRow& rowOf(FailureId id) { return failureTable()[static_cast<std::size_t>(id)]; }
+
+/// What the engine throws. The Python side turns it into the class of the same name.
+class Failure : public std::exception {
+public:
+    explicit Failure(FailureId id) : id_(id) {}
+    Failure(FailureId id, std::string message) : id_(id), message_(std::move(message)) {}
+
+    FailureId id() const noexcept { return id_; }
+    /// The message given at the throw, or nothing for the class's own.
+    const std::optional<std::string>& message() const noexcept { return message_; }
+    const char* what() const noexcept override { return message_ ? message_->c_str() : rowOf(id_).message.data(); }
+
+private:
+    FailureId id_;
+    std::optional<std::string> message_;
+};
+
+/// The failure that a status byte of a device stands for; nothing for 0.
+std::optional<FailureId> failureOfStatus(int status);
+
+}  // namespace zvr

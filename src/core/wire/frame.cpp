@@ -1,0 +1,33 @@
+#include "core/wire/frame.h"
+
+#include "core/wire/commands.h"
+#include "core/wire/constants.h"
+
+namespace zvr {
+
+Bytes buildFrame(int command, ByteView data) {
+    if (command < 0 || command > 0xFFFF) throw std::overflow_error("a command code has 16 bits");
+    const std::size_t payload = data.size() + (command < 256 ? 1 : 2);
+    if (payload > 0xFFFF) throw std::overflow_error("a frame's length field has 16 bits");
+    Bytes frame;
+    frame.reserve(payload + 5);
+    frame.push_back(CMD_STX);
+    appendBigEndian(frame, static_cast<std::uint16_t>(payload));
+    if (command < 256) {
+        frame.push_back(static_cast<std::uint8_t>(command));
+    } else {
+        appendBigEndian(frame, static_cast<std::uint16_t>(command));
+    }
+    frame.insert(frame.end(), data.begin(), data.end());
+    frame.push_back(CMD_CR);
+    frame.push_back(CMD_LF);
+    return frame;
+}
+
+int motionKey(ByteView data) {
+    if (data.size() < 3) throw std::out_of_range("a motion frame without connector, sub-command and axis");
+    const std::uint8_t key[] = {data[2], data[0], data[1], MOTION};
+    return readBigEndian<std::int32_t>(key);
+}
+
+}  // namespace zvr

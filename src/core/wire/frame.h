@@ -1,0 +1,30 @@
+// The frame that every exchange carries, over all transports:
+//
+//   offset  width  field
+//   0       1      start byte, 2
+//   1       2      number of bytes of command and data, big-endian
+//   3       1, 2   command code: one byte below 256, else two, high byte first
+//   ..      n      data, any bytes
+//   ..      2      trailer, 13 10
+#pragma once
+
+#include "core/wire/bytes.h"
+
+namespace zvr {
+
+/// Builds a whole frame. Throws std::overflow_error if the length does not fit its 16 bits or the command does not
+/// fit a code.
+Bytes buildFrame(int command, ByteView data);
+
+/// One received frame without its envelope.
+struct Packet {
+    int command = 0;
+    Bytes data;
+    bool operator==(const Packet&) const = default;
+};
+
+/// Key under which replies of a MOTION command are told apart: connector, sub-command and axis are its first three
+/// data bytes. Throws std::out_of_range if they are not there.
+int motionKey(ByteView data);
+
+}  // namespace zvr

@@ -1,0 +1,107 @@
+// Cuts a byte stream back into frames.
+//
+// A trailer alone does not end a frame, since data may hold 13 10; a start byte alone does not begin one, since data
+// may hold 2. A frame is where a start byte, its length field and a trailer agree. The frame whose trailer comes first
+// in the stream is taken, with the earliest start byte that fits this trailer, and everything up to the trailer's end
+// is consumed with it.
+//
+// Trying the start bytes for every trailer would cost quadratic work on hostile bytes. But a start byte predicts the
+// one place where its trailer would have to stand. So the trailers are visited in order, and before one is decided,
+// every start byte before it has marked the place that it predicts; each start byte is looked at once, and only if a
+// trailer comes at all.
+//
+// A Splitter is for one thread. A SharedSplitter is for those that meet at a link.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "core/wire/frame.h"
+
+namespace zvr {
+
+class Splitter {
+public:
+    /// Adds received bytes behind what is not consumed yet.
+    void append(ByteView bytes);
+
+    /// Consumes the complete frames and returns them in stream order.
+    std::vector<Packet> split();
+
+    /// Everything received and not yet consumed.
+    ByteView stream() const { return ByteView(buffer_).subspan(front_); }
+    void setStream(ByteView bytes);
+
+    /// Offset in the stream at which the next search for a trailer starts: behind the last one that ended no frame.
+    std::size_t lastIndex() const;
+    void setLastIndex(std::size_t index);
+
+private:
+    static constexpr std::size_t ring = 1 << 16;  // more than a start byte can predict ahead
+
+    std::size_t firstTrailer();
+    std::size_t startOf(std::size_t trailer) const;
+    Packet packetAt(std::size_t start, std::size_t trailer) const;
+    void restart(std::size_t lastIndex);
+    void dropDeadPrefix();
+    void markPredictions(std::size_t end, std::size_t floor);
+    void markBlock(std::size_t start, std::size_t floor);
+    bool isMarked(std::size_t place) const { return marks_[place % ring] == mark_; }
+    void advance(std::size_t place);
+
+    Bytes buffer_;
+    std::size_t front_ = 0;      // the stream begins here in buffer_; all places below are offsets in the stream
+    std::size_t lastIndex_ = 0;  // trailers before it have proved to end no frame
+    std::size_t searched_ = 0;   // and so have all before this one
+    std::size_t scanned_ = 0;    // start bytes before it have marked their predictions, or predict no place of interest
+
+    // The predicted places between searched_ and markedEnd_ hold the mark, modulo ring. What older frames left there
+    // are older marks.
+    std::array<std::uint8_t, ring> marks_{};
+    std::uint8_t mark_ = 1;
+    std::size_t markedEnd_ = 0;
+};
+
+/// A splitter that several threads use. Each call is one step for the others; a look at the stream is a copy.
+///
+/// Nobody waits for bytes or for the interpreter while holding it.
+class SharedSplitter {
+public:
+    /// Runs `use` on the splitter while nobody else does.
+    template <class Use>
+    decltype(auto) with(Use&& use) {
+        const std::lock_guard lock(mutex_);
+        return std::forward<Use>(use)(splitter_);
+    }
+    template <class Use>
+    decltype(auto) with(Use&& use) const {
+        const std::lock_guard lock(mutex_);
+        return std::forward<Use>(use)(splitter_);
+    }
+
+    std::vector<Packet> split() {
+        return with([](Splitter& splitter) { return splitter.split(); });
+    }
+    /// Adds bytes and consumes the frames that are complete with them.
+    std::vector<Packet> take(ByteView bytes) {
+        return with([&](Splitter& splitter) {
+            splitter.append(bytes);
+            return splitter.split();
+        });
+    }
+    Bytes stream() const {
+        return with([](const Splitter& splitter) {
+            const ByteView stream = splitter.stream();
+            return Bytes(stream.begin(), stream.end());
+        });
+    }
+
+private:
+    mutable std::mutex mutex_;
+    Splitter splitter_;
+};
+
+}  // namespace zvr

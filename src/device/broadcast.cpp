@@ -1,0 +1,181 @@
+// Finding devices that nobody is connected to: the device class that broadcasts, and its operations.
+#include "core/wire/commands.h"
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
+#include "device/devices.h"
+#include "device/runtime.h"
+#include "python/values.h"
+
+namespace zvr::python {
+
+namespace {
+
+constexpr Link udpLink{"client_udp",     "connect_status_udp", "recv_udp_lock", "recv_udp_thread",
+                       "_recvUDPThread", UDP_PKT_LENGTH_MAX,   false,           true};
+
+const Parameter macParameter{"mac_addr", "str", "MAC address of the device: six hexadecimal numbers with colons"};
+const Parameter ipParameter{"ip_addr", "str", "dotted IPv4 address that the device takes"};
+const Parameter gatewayParameter{"gateway", "str", "dotted address of the gateway"};
+const Parameter maskParameter{"subnet_mask", "str", "dotted subnet mask", "\"255.255.255.0\""};
+
+// Part of a record, shorter where the record is.
+ByteView part(const Bytes& record, std::size_t from, std::size_t count) {
+    const ByteView rest = ByteView(record).subspan(std::min(from, record.size()));
+    return rest.first(std::min(count, rest.size()));
+}
+
+// Address, mask, MAC, model, serial number, alias, application, gateway.
+py::list describe(const Bytes& record, std::size_t gatewayBytes) {
+    py::list fields;
+    fields.append(addressText(part(record, 0, 4)));
+    fields.append(addressText(part(record, 4, 4)));
+    fields.append(macText(part(record, 8, 6), "02x"));
+    fields.append(textOf(part(record, 14, 32)));
+    fields.append(textOf(part(record, 46, 8)));
+    fields.append(textOf(part(record, 54, 16)));
+    fields.append(textOf(part(record, 70, 32)));
+    fields.append(addressText(part(record, 102, gatewayBytes)));
+    return fields;
+}
+
+// What the devices have answered until now; the set itself goes on living in the pool.
+std::vector<Bytes> recordsOf(py::handle replies) {
+    std::vector<Bytes> records;
+    for (const py::handle record : replies) records.push_back(bytesOf(record));
+    return records;
+}
+
+Pending ask(const Op& op, int command, const py::list& data) {
+    return op.same("_broadcastPacket", py::int_(command), data);
+}
+
+// The blocking form takes three bytes of the gateway and so fails on every record; programs know it so.
+Result enumerate(Op op) {
+    const Object replies = co_await ask(op, GET_DEVICE_INFO, payload(0));
+    py::list devices;
+    for (const Bytes& record : recordsOf(replies)) devices.append(describe(record, op.awaitable() ? 4 : 3));
+    co_return devices;
+}
+
+Result ring(Op op, Object mac) {
+    checkIsText(mac);
+    Payload data;
+    data.add(0).extend(macBytes(mac)).add(1);
+    const Object replies = co_await ask(op, NETCOM_CHECK_MAC_RINGING, data.list());
+    co_return toBytes(recordsOf(replies).at(0));
+}
+
+// The second status of all answers; it is not checked.
+Result secondStatus(Op op, Command command, Payload data) {
+    const Object replies = co_await ask(op, command, data.list());
+    std::vector<int> statuses;
+    for (const Bytes& record : recordsOf(replies)) statuses.push_back(record.at(1));
+    co_return py::int_(statuses.at(1));
+}
+
+// The command's code is taken for a list of bytes, which it is not: the operation fails for every address.
+Result reboot(Op op, Object mac) {
+    checkIsText(mac);
+    Payload data;
+    data.add(0).extend(py::int_(int{CHECK_MAC_AND_REBOOT})).extend(macBytes(mac));
+    co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_REBOOT, data));
+}
+
+Result setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
+    for (const Object& text : {ip, mac, gateway, mask}) checkIsText(text);
+    Payload data;
+    data.add(0).extend(addressBytes(ip)).extend(addressBytes(mask)).extend(macBytes(mac)).extend(addressBytes(gateway));
+    co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_SET_IP, data));
+}
+
+std::vector<Definition> operations() {
+    const Raises typeRaises{"InputTypeNotCorrectError: an argument is not a string",
+                            "ValueError, OSError: an address is not well-formed"};
+    const auto raising = [&](const char* failure) {
+        Raises raises = typeRaises;
+        raises.emplace_back(failure);
+        return raises;
+    };
+    const Returns status{"int", "the second status of all different answers; it is not checked", "the devices"};
+    return {
+        {"Bcst_enumerateNetworkDevices",
+         {},
+         "Finds the devices on the network, within 5 seconds. Use the awaitable form.",
+         {"list[list[str]]",
+          "for each device its address, subnet mask, MAC address, model, serial number, alias, application information "
+          "and gateway, in no order",
+          "the devices"},
+         {"IndexError: in the blocking form, as soon as one device has answered"},
+         steps(Calls<enumerate>{})},
+        {"Bcst_checkMACAndRing",
+         {macParameter},
+         "Lets one device ring.",
+         {"bytes", "the first answer", "the device"},
+         raising("IndexError: no device answered within 5 seconds"),
+         steps(Calls<ring>{})},
+        {"Bcst_checkMACAndReboot",
+         {macParameter},
+         "Is meant to restart one device; fails for every address before anything is sent.",
+         status,
+         raising("TypeError: always"),
+         steps(Calls<reboot>{})},
+        {"Bcst_checkMACAndSetIP",
+         {ipParameter, macParameter, gatewayParameter, maskParameter},
+         "Gives one device an address. Equal answers count as one, so a lone device leads to the failure.",
+         status,
+         raising("IndexError: fewer than two different answers came within 5 seconds"),
+         steps(Calls<setAddress>{})},
+    };
+}
+
+void defineOperations(Package& package) {
+    Feature finding(package, "Broadcast", "Finding devices.", Feature::Base::none);
+    for (Definition& definition : operations()) finding.add(std::move(definition), Form::method);
+    finding.shared("Bcst_enumerateUSBDevices", {}, "Finds the devices on USB.",
+                   {"list[list[str]]", "serial number and product name of each", "the devices"}, {},
+                   [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); });
+}
+
+}  // namespace
+
+void defineBroadcast(Package& package) {
+    defineOperations(package);
+    ClassMaker type = package.makeClass("BroadcastDevice", {"Device"}, "Asks all devices on the network at once.");
+    defineLinkFields<udpLink>(type, "UDPClient");
+    type.method("__init__", {verboseParameter}, "Starts the receive thread, which waits for a port.", {}, {},
+                [](py::handle self, const Object& verbose) {
+                    callOf("Device", "__init__", self);
+                    openLink(self, udpLink, callObject(classNamed("UDPClient")));
+                    setAttribute(self, udpLink.status, py::int_(0));
+                    printMessage(verbose, "Opened handle", self);
+                })
+        .method("connect", {verboseParameter},
+                "Takes UDP port 6667, on which the devices answer; does nothing if it has it.", {},
+                {"NetworkConnectionError: the port is taken, or the handle is closed"},
+                [](py::handle self, const Object& verbose) {
+                    if (isTrue(self, udpLink.status)) return;
+                    if (isKilled(self)) {
+                        throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
+                    }
+                    callMethod(attribute(self, udpLink.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));
+                    setAttribute(self, udpLink.status, py::int_(1));
+                    openGate(self, udpLink);
+                    printBareMessage(verbose, "Binded", self);
+                })
+        .method("disconnect", {verboseParameter}, "Lets go of the port; does nothing if it has none.", {}, {},
+                [](py::handle self, const Object& verbose) {
+                    if (!isTrue(self, udpLink.status)) return;
+                    shutLink(self, udpLink);
+                    setAttribute(self, udpLink.status, py::int_(0));
+                    printBareMessage(verbose, "Disconnected", self);
+                })
+        .method("close", {verboseParameter}, "Ends port and thread for good; a second call does nothing.", {}, {},
+                [](py::handle self, const Object& verbose) {
+                    closeDevice(self, udpLink, verbose, [](py::handle object) {
+                        callOf("Device", "close", object, py::bool_(false));
+                        openGate(object, udpLink);
+                    });
+                });
+}
+
+}  // namespace zvr::python

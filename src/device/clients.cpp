@@ -1,0 +1,335 @@
+#include "core/wire/constants.h"
+#include "device/devices.h"
+#include "device/sockets.h"
+#include "python/arguments.h"
+#include "python/operation.h"
+#include "python/raising.h"
+#include "transport/network.h"
+#include "transport/serial.h"
+#include "transport/usb.h"
+
+namespace zvr::python {
+
+namespace {
+
+const Parameter frame{"int_list", "Sequence[int]", "byte values of a frame"};
+const Parameter length{"length", "int", "most bytes to read"};
+const Returns packets{"list[tuple[int, bytes]]", "pairs of command code and data, in stream order", "the device"};
+
+py::list toList(const std::vector<Packet>& packets) {
+    py::list list;
+    for (const Packet& packet : packets) list.append(py::make_tuple(packet.command, toBytes(packet.data)));
+    return list;
+}
+
+int portOf(py::handle port) {
+    const auto number = argument<std::int64_t>(port, "port");
+    if (number < 0 || number > 65535) throw std::overflow_error("a port is 0 to 65535");
+    return static_cast<int>(number);
+}
+
+// The deadline of a send that the caller did not limit: a peer that takes nothing for so long is gone.
+Deadline sendDeadline() { return deadlineIn(CONNECTION_TIMEOUT); }
+
+// What may be asked of a client's splitter in this process.
+SharedSplitter& splitterOf(const std::shared_ptr<Client>& client) {
+    client->requireOwn();
+    return client->splitter;
+}
+
+// Reads what there is; `ended` and `idle` give no bytes.
+std::pair<Reading, Bytes> readOnce(const std::shared_ptr<Client>& client, py::handle most) {
+    Bytes buffer(lengthOf(most, "length"));
+    if (buffer.empty()) return {Reading::data, {}};
+    const Reading reading = blocking([&](const Attend& attend) { return client->read(buffer, attend); });
+    if (reading != Reading::data) buffer.clear();
+    return {reading, std::move(buffer)};
+}
+
+// With no step replaced the bytes go into the stream in the order in which they came, whoever else reads.
+Object receiveAndSplit(py::handle self, const Object& most) {
+    const auto client = native<Client>(self);
+    if (hasOwnMethod(self, "recvPacket") && hasOwnMethod(self, "_splitPacket")) {
+        const std::size_t length = lengthOf(most, "length");
+        std::vector<Packet> packets;
+        if (length == 0) return py::list();
+        blocking([&](const Attend& attend) { return client->receiveAs(Reader::caller, length, packets, attend); });
+        return toList(packets);
+    }
+    const Object bytes = callMethod(self, "recvPacket", most);
+    if (py::len(bytes) == 0) return py::list();
+    const Bytes received = bytesOf(bytes);
+    splitterOf(client).with([&](Splitter& splitter) { splitter.append(received); });
+    return callMethod(self, "_splitPacket");
+}
+
+// Sets or deletes an attribute as every object does, and lets the thread that reads look again where it is a step.
+int changeAttribute(PyObject* self, PyObject* name, PyObject* value) noexcept {
+    const int result = PyObject_GenericSetAttr(self, name, value);
+    if (result != 0) return result;
+    try {
+        if (!Watch::watches(name)) return 0;
+        if (const auto client = nativeOrNothing<Client>(self)) client->replaceSteps();
+        return 0;
+    } catch (...) {
+        raiseCurrent();
+        return -1;
+    }
+}
+
+void defineClient(Package& package) {
+    Watch::watchNames({"recvPacket", "recvAndSplitPacket", "_splitPacket"});
+    const auto type =
+        py::class_<Client, std::shared_ptr<Client>>(
+            package.module(), "Client",
+            "A link to a device: bytes in, frames out. Made by itself it has no link; a subclass brings "
+            "one with methods of its own.",
+            py::dynamic_attr(),
+            py::custom_type_setup([](PyHeapTypeObject* type) { type->ht_type.tp_setattro = changeAttribute; }))
+            .def(py::init([] { return std::shared_ptr<Client>(std::make_shared<BareClient>()); }));
+    ClassMaker(type)
+        .property(
+            {"stream", "bytes", "Everything received and not yet consumed."},
+            [](py::handle self) {
+                const auto client = native<Client>(self);
+                requireField(self, "stream");
+                return toBytes(splitterOf(client).stream());
+            },
+            [](py::handle self, const Object& value) {
+                const auto client = native<Client>(self);
+                const Bytes stream = bytesOf(value);
+                splitterOf(client).with([&](Splitter& splitter) { splitter.setStream(stream); });
+                restoreField(self, "stream");
+            })
+        .property(
+            {"last_index", "int", "Offset in `stream` at which the next search for a trailer starts."},
+            [](py::handle self) {
+                const auto client = native<Client>(self);
+                requireField(self, "last_index");
+                return splitterOf(client).with([](const Splitter& splitter) { return splitter.lastIndex(); });
+            },
+            [](py::handle self, const Object& value) {
+                const auto client = native<Client>(self);
+                const auto index = argument<std::int64_t>(value, "last_index");
+                if (index < 0) throw std::invalid_argument("last_index is negative");
+                splitterOf(client).with(
+                    [&](Splitter& splitter) { splitter.setLastIndex(static_cast<std::size_t>(index)); });
+                restoreField(self, "last_index");
+            })
+        .method("_splitPacket", {}, "Consumes the complete frames of `stream`.", packets, {},
+                [](py::handle self) { return toList(splitterOf(native<Client>(self)).split()); })
+        .method("sendPacket", {frame}, "Sends a frame.", {},
+                {"OSError: the link's failure; TimeoutError if the device takes nothing for 5 seconds"},
+                [](py::handle self, const Object& values) {
+                    const auto client = native<Client>(self);
+                    const Bytes bytes = bytesOf(values);
+                    const bool sent =
+                        blocking([&](const Attend& attend) { return client->send(bytes, sendDeadline(), attend); });
+                    if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
+                })
+        .method(
+            "recvPacket", {length}, "Reads once, waiting as long as the link's reads wait.",
+            {"bytes", "at most `length` bytes; none at the end of the stream", "the device"},
+            {"OSError: the link's failure"},
+            [](py::handle self, const Object& most) { return toBytes(readOnce(native<Client>(self), most).second); })
+        .method("recvAndSplitPacket", {length}, "Reads once and consumes the complete frames.", packets,
+                {"OSError: the link's failure"}, Calls<receiveAndSplit>{});
+    addDeleter(type, "stream");
+    addDeleter(type, "last_index");
+}
+
+template <class ClientKind, const SocketSteps& steps>
+void defineSocketField(ClassMaker& type, const char* doc) {
+    type.property(
+        {"socket", "Socket | int", doc}, [](py::handle self) { return socketOf(self, native<ClientKind>(self)); },
+        [](py::handle self, const Object& value) { setSocket(self, native<ClientKind>(self), value, steps); });
+    addDeleter(type.type(), "socket");
+}
+
+void defineNetworkClients(Package& package) {
+    const auto type = py::class_<NetworkClient, Client, std::shared_ptr<NetworkClient>>(
+                          package.module(), "NetworkClient", "A client over a socket.")
+                          .def(py::init<>());
+    ClassMaker maker(type);
+    defineSocketField<NetworkClient, networkSteps>(
+        maker, "The socket; 0 while there is none. Any object with the methods of a socket may take its place.");
+    maker
+        .method("setTimeout", {{"timeout", "float | None", "seconds of later reads and sends; None for no limit"}},
+                "Sets the socket's timeout; does nothing while there is no socket.", {}, {},
+                [](py::handle self, const Object& timeout) {
+                    const auto client = native<NetworkClient>(self);
+                    const double seconds = timeout.is_none() ? std::numeric_limits<double>::infinity()
+                                                             : argument<Seconds>(timeout, "timeout");
+                    client->setTimeout(seconds);
+                })
+        .method("disconnect", {}, "Shuts the socket down and lets go of it.", {},
+                {"NetworkConnectionLostError: that fails; the socket stays"}, [](py::handle self) {
+                    const auto client = native<NetworkClient>(self);
+                    {
+                        const WithoutGil released;
+                        client->disconnect();
+                    }
+                    restoreField(self, "socket");
+                });
+
+    const auto tcp = py::class_<TcpClient, NetworkClient, std::shared_ptr<TcpClient>>(package.module(), "TCPClient",
+                                                                                      "A client over TCP.")
+                         .def(py::init<>());
+    ClassMaker(tcp).method(
+        "connect",
+        {{"ip_addr", "str", "IPv4 address or host name of the device"}, {"port", "int", "TCP port, 0 to 65535"}},
+        "Connects within 5 seconds.", {"bool", "True"}, {"NetworkConnectionError: that fails"},
+        [](py::handle self, const Object& address, const Object& port) {
+            const auto client = native<TcpClient>(self);
+            const auto host = argument<std::string>(address, "ip_addr");
+            const int number = portOf(port);
+            blocking([&](const Attend& attend) { client->connect(host, number, attend); });
+            restoreField(self, "socket");
+            return true;
+        });
+
+    const auto udp = py::class_<UdpClient, NetworkClient, std::shared_ptr<UdpClient>>(
+                         package.module(), "UDPClient", "A client that receives and broadcasts datagrams.")
+                         .def(py::init<>());
+    ClassMaker(udp)
+        .method("bind",
+                {{"ip_addr", "str", "local IPv4 address; empty for every interface"},
+                 {"port", "int", "UDP port, 0 to 65535"}},
+                "Takes a local port.", {}, {"NetworkConnectionError: the port is taken"},
+                [](py::handle self, const Object& address, const Object& port) {
+                    const auto client = native<UdpClient>(self);
+                    const auto host = argument<std::string>(address, "ip_addr");
+                    const int number = portOf(port);
+                    {
+                        const WithoutGil released;
+                        client->bind(host, number);
+                    }
+                    restoreField(self, "socket");
+                })
+        .method("sendBcstPacket", {{"packet", "Sequence[int]", "byte values of a frame"}},
+                "Sends a frame to every device, on every interface that carries it.", {},
+                {"OSError: no interface carries it"}, [](py::handle self, const Object& values) {
+                    native<UdpClient>(self)->requireOwn();
+                    const Bytes bytes = bytesOf(values);
+                    blocking([&](const Attend& attend) { UdpClient::sendBroadcast(bytes, attend); });
+                });
+}
+
+void defineSerialClient(Package& package) {
+    const auto type = py::class_<SerialClient, Client, std::shared_ptr<SerialClient>>(package.module(), "UARTClient",
+                                                                                      "A client over a serial line.")
+                          .def(py::init<>());
+    ClassMaker maker(type);
+    defineSocketField<SerialClient, lineSteps>(
+        maker, "The open line; 0 while there is none. Any object with read, write and close may take its place.");
+    maker
+        .property(
+            {"read_timeout", "float", "Seconds that a read waits at most."},
+            [](py::handle self) {
+                const auto client = native<SerialClient>(self);
+                requireField(self, "read_timeout");
+                return client->readTimeout();
+            },
+            [](py::handle self, const Object& value) {
+                native<SerialClient>(self)->setReadTimeout(value.is_none() ? std::numeric_limits<double>::infinity()
+                                                                           : argument<Seconds>(value, "read_timeout"));
+                restoreField(self, "read_timeout");
+            })
+        .property(
+            {"client", "object", "Not used."},
+            [](py::handle self) {
+                requireField(self, "client");
+                PyObject* const kept = PyDict_GetItemWithError(dictionaryOf(self).ptr(), interned("client"));
+                return kept == nullptr ? Object(py::int_(0)) : borrow(kept);
+            },
+            [](py::handle self, const Object& value) { dictionaryOf(self)[py::handle(interned("client"))] = value; })
+        .method("connect",
+                {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
+                 {"baudrate", "int", "speed in bits per second"}},
+                "Opens the port: 8 data bits, no parity, one stop bit.", {"bool", "True"},
+                {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"},
+                [](py::handle self, const Object& port, const Object& speed) {
+                    const auto client = native<SerialClient>(self);
+                    const auto name = argument<std::string>(port, "port");
+                    const int bauds = argument<int>(speed, "baudrate");
+                    {
+                        const WithoutGil released;
+                        client->connect(name, bauds);
+                    }
+                    restoreField(self, "socket");
+                    return true;
+                })
+        .method("disconnect", {}, "Closes the port.", {"bool", "True"}, {}, [](py::handle self) {
+            const auto client = native<SerialClient>(self);
+            {
+                const WithoutGil released;
+                client->disconnect();
+            }
+            restoreField(self, "socket");
+            return true;
+        });
+    addDeleter(type, "read_timeout");
+    addDeleter(type, "client");
+}
+
+std::shared_ptr<UsbClient> usbClient(py::handle self) { return native<UsbClient>(self); }
+
+void defineUsbClient(Package& package) {
+    const auto identity = py::class_<UsbIdentity, std::shared_ptr<UsbIdentity>>(
+        package.module(), "USBDeviceIdentity", "Where a USB device is attached, and what it tells about itself.");
+    ClassMaker(identity)
+        .property({"bus", "int", "Number of the bus."}, [](py::handle self) { return native<UsbIdentity>(self)->bus; })
+        .property({"address", "int", "Address on the bus."},
+                  [](py::handle self) { return native<UsbIdentity>(self)->address; })
+        .property({"serial_number", "str", "Its serial number."},
+                  [](py::handle self) { return native<UsbIdentity>(self)->serialNumber; })
+        .property({"product", "str", "Name of the product."},
+                  [](py::handle self) { return native<UsbIdentity>(self)->product; });
+    const auto type =
+        py::class_<UsbClient, Client, std::shared_ptr<UsbClient>>(
+            package.module(), "USBClient",
+            "A client over the bulk endpoints of a USB device: USBClient(serial_num=\"default\").\n\nOpens the device "
+            "with this serial number, or with \"default\" the first one, and takes it from a driver of the kernel. "
+            "Raises USBConnectionError if there is none, USBError if it may not be opened.")
+            .def(py::init([](const Object& serialNumber) {
+                     const auto serial = argument<std::string>(serialNumber, "serial_num");
+                     const auto library = usbLibrary();
+                     const auto wanted = serial == "default" ? std::nullopt : std::optional(serial);
+                     const WithoutGil released;
+                     return std::make_shared<UsbClient>(library, wanted);
+                 }),
+                 py::arg("serial_num") = "default");
+    ClassMaker(type)
+        .property({"device", "USBDeviceIdentity", "The device."},
+                  [](py::handle self) { return py::cast(usbClient(self)->identity()); })
+        .property({"config", "int", "Value of the device's first configuration."},
+                  [](py::handle self) { return usbClient(self)->configuration(); })
+        .property({"interface", "int", "Number of that configuration's first interface."},
+                  [](py::handle self) { return usbClient(self)->interfaceNumber(); })
+        .property({"ep_in", "int", "Address of the endpoint that is read."}, [](py::handle) { return USB_EP_IN; })
+        .property({"ep_out", "int", "Address of the endpoint that is written."}, [](py::handle) { return USB_EP_OUT; })
+        .method("takeSerialNumber", {}, "The device's serial number.", {"str", "its USB string", "the device"}, {},
+                [](py::handle self) { return usbClient(self)->identity().serialNumber; })
+        .method("takeProductName", {}, "The product's name.", {"str", "its USB string", "the device"}, {},
+                [](py::handle self) { return usbClient(self)->identity().product; })
+        .method("recvPacket", {length}, "Reads once, for a millisecond at most.",
+                {"bytes", "at most `length` bytes", "the device"},
+                {"USBTimeoutError: nothing came in time", "USBError: the USB layer's failure"},
+                [](py::handle self, const Object& most) {
+                    const auto [reading, bytes] = readOnce(usbClient(self), most);
+                    if (reading == Reading::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);
+                    return toBytes(bytes);
+                });
+}
+
+}  // namespace
+
+void defineClients(Package& package) {
+    defineSocket(package);
+    defineClient(package);
+    defineNetworkClients(package);
+    defineSerialClient(package);
+    defineUsbClient(package);
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,78 @@
+#include "device/object_queue.h"
+
+#include <algorithm>
+
+#include "core/wire/constants.h"
+#include "device/protocol.h"
+#include "device/queue_face.h"
+#include "python/op.h"
+#include "python/raising.h"
+
+namespace zvr::python {
+
+py::list ObjectQueue::takeObjects(std::size_t count) {
+    const std::vector<RowRun> runs = take(count);
+    if (std::ranges::none_of(runs, [](const RowRun& run) { return run.object != nullptr; })) return kind.toList(runs);
+    py::list items;
+    for (const RowRun& run : runs) {
+        if (run.object) {
+            items.append(objectOf(run));
+        } else {
+            callMethod(items, "extend", kind.toList({run}));
+        }
+    }
+    return items;
+}
+
+namespace {
+
+using HeldQueue = std::shared_ptr<ObjectQueue>;
+
+struct Access {
+    using Queue = ObjectQueue;
+
+    // What is no row of this queue is kept all the same, and given back; it cannot become numbers.
+    static bool put(const HeldQueue& queue, const Object& item, Deadline deadline) {
+        std::pair<RowLayout, Bytes> row{RowLayout::records(1), Bytes(1)};
+        try {
+            auto made = queue->kind.fromItem(item);
+            if (!made.second.empty()) row = std::move(made);
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_Exception)) throw;
+        } catch (const std::exception&) {
+            row = {RowLayout::records(1), Bytes(1)};
+        }
+        const SharedObject kept = shared(item);
+        return blocking(
+            [&](const Attend& attend) { return queue->putRow(row.first, row.second, kept, deadline, attend); });
+    }
+
+    static Object take(const HeldQueue& queue) {
+        const py::list taken = queue->takeObjects(1);
+        return taken.empty() ? Object() : Object(taken[0]);
+    }
+};
+
+}  // namespace
+
+void defineObjectQueue(Package& package) {
+    const ObjectQueueType bound(package.module(), "RowFifo",
+                                "Thread-safe queue of what a stream brings, kept in compact form: rows of samples, "
+                                "bytes, or frames.",
+                                collectable<ObjectQueue>([](const std::shared_ptr<void>& object) {
+                                    return static_cast<PyObject*>(object.get());
+                                }));
+    ClassMaker type(bound);
+    defineQueueFace<Access>(type, "Any",
+                            "a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything");
+    refusePickling(bound);
+    type.method("get_many", {{"count", "int", "most items to take"}}, "Takes the oldest items without waiting.",
+                {"list[Any]", "items, oldest first; fewer, or none, where no more are there"}, {},
+                [](const HeldQueue& queue, std::int64_t count) {
+                    return queue->takeObjects(static_cast<std::size_t>(std::max(count, std::int64_t{0})));
+                })
+        .property({"dropped", "int", "Items of the stream that were dropped since it was made: there was no room."},
+                  [](const HeldQueue& queue) { return queue->dropped(); });
+}
+
+}  // namespace zvr::python

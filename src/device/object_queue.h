@@ -1,0 +1,45 @@
+// A queue of rows in compact form that Python sees as a queue of objects.
+#pragma once
+
+#include "core/engine/row_queue.h"
+#include "python/classes.h"
+
+namespace zvr::python {
+
+/// What the rows of a queue are to Python.
+struct ItemKind {
+    py::list (*toList)(const std::vector<RowRun>& rows);
+    /// The layout and the bytes of one row; throws for what is none.
+    std::pair<RowLayout, Bytes> (*fromItem)(py::handle item);
+};
+
+/// A row that somebody put, as it was.
+inline Object objectOf(const RowRun& run) { return borrow(static_cast<PyObject*>(run.object.get())); }
+
+/// Pauses the host's collector while thousands of objects are made that cannot form cycles.
+class CollectorPause {
+public:
+    CollectorPause() : wasOn_(PyGC_Disable() != 0) {}
+    ~CollectorPause() {
+        if (wasOn_) PyGC_Enable();
+    }
+    CollectorPause(const CollectorPause&) = delete;
+    CollectorPause& operator=(const CollectorPause&) = delete;
+
+private:
+    const bool wasOn_;
+};
+
+class ObjectQueue final : public RowQueue {
+public:
+    ObjectQueue(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}
+
+    const ItemKind& kind;
+
+    /// Takes up to `count` items without waiting.
+    py::list takeObjects(std::size_t count);
+};
+
+using ObjectQueueType = py::class_<ObjectQueue, std::shared_ptr<ObjectQueue>>;
+
+}  // namespace zvr::python

@@ -1,0 +1,316 @@
+// The request engine on the caller's side: frames out, replies from the pools, in both forms.
+#include "core/wire/constants.h"
+#include "core/wire/failures.h"
+#include "core/wire/frame.h"
+#include "device/object_queue.h"
+#include "device/protocol.h"
+#include "device/runtime.h"
+#include "python/raising.h"
+
+namespace zvr::python {
+
+namespace {
+
+const Parameter command{"cmd", "int", "command code"};
+const Parameter data{"data_out", "Sequence[int]", "byte values of the request's data"};
+const Parameter seconds{"timeout", "float", "seconds"};
+const Returns reply{"bytes", "data of the reply", "the device"};
+const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
+
+[[noreturn]] void timedOut() { throw Failure(FailureId::ReceivePacketTimeoutError); }
+
+// Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
+EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
+
+/// The object's pool of replies: ours, or whatever mapping somebody put there.
+struct ReplyPool {
+    explicit ReplyPool(py::handle self)
+        : object(attribute(self, "data_pool_echo")), ours(nativeOrNothing<EchoPool>(object)) {
+        requireOwn(self);
+    }
+
+    /// Takes a reply out of a mapping that is not ours; nothing if there is none.
+    Object takeForeign(const Object& key) const {
+        const int contained = entering([&] { return PySequence_Contains(object.ptr(), key.ptr()); });
+        if (contained < 0) throw py::error_already_set();
+        return contained != 0 ? callMethod(object, "pop", key) : Object();
+    }
+
+    const Object object;
+    const std::shared_ptr<EchoPool> ours;
+};
+
+// Sends and waits without a step in Python between the two. After a moment the interpreter lock is asked for again, be
+// the reply there or not: where another Python thread computes, that takes milliseconds, and the reply comes meanwhile.
+Object exchangeOnce(Client& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
+    const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
+    const Bytes frame = buildFrame(command, data);
+    constexpr std::chrono::microseconds moment{100};
+    const Deadline deadline = deadlineIn(timeout);
+    bool sent = false;
+    auto received = blocking([&](const Attend& attend) {
+        sent = client.send(frame, deadline, attend);
+        return sent ? pool.await(key, std::min(deadline, Clock::now() + moment)) : std::nullopt;
+    });
+    if (sent && !received) received = pool.take(key);
+    if (sent && !received) {
+        received = blocking([&](const Attend& attend) { return pool.await(key, deadline, attend); });
+    }
+    if (!received) timedOut();
+    return toBytes(*received);
+}
+
+bool stepsAreOurs(py::handle self, py::handle client) {
+    return hasOwnMethod(client, "sendPacket") && hasOwnMethod(self, "_preparePacket") &&
+           hasOwnMethod(self, "_getReplyFromPool");
+}
+
+Object clientOf(py::handle self) {
+    Object client = attribute(self, "client_cmd");
+    return client;
+}
+
+Object echoPacket(py::handle self, int command, const Object& data, Seconds timeout) {
+    const Object client = clientOf(self);
+    if (const auto link = nativeOrNothing<Client>(client); link && timeout > 0 && stepsAreOurs(self, client)) {
+        if (const ReplyPool pool(self); pool.ours) {
+            return exchangeOnce(*link, *pool.ours, command, bytesOf(data), timeout);
+        }
+    }
+    const Object frame = callMethod(self, "_preparePacket", py::int_(command), data);
+    callMethod(client, "sendPacket", frame);
+    return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
+}
+
+// Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
+Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
+    const py::float_ quickTry(QUICK_TRY);
+    double timer = 0.0;
+    for (int count = 0; count < NUM_RETRIES && timer < limit; ++count, timer += QUICK_TRY) {
+        try {
+            return callMethod(self, "_echoPacket", command, data, quickTry);
+        } catch (const py::error_already_set& error) {
+            if (!isFailure(error, FailureId::ReceivePacketTimeoutError)) throw;
+        }
+    }
+    if (timer >= limit) timedOut();
+    return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
+}
+
+// The wait on a mapping that is not ours is a poll; its step is a thousandth of the limit.
+Object pollReply(const ReplyPool& pool, const Object& key, double limit) {
+    const double step = limit / 1000;
+    for (double timer = 0; timer <= limit; timer += step) {
+        if (timer < limit) {
+            if (Object data = pool.takeForeign(key)) return data;
+        }
+        sleepBlocking(step);
+    }
+    timedOut();
+}
+
+Object getReplyFromPool(py::handle self, const Object& key, Seconds limit) {
+    if (limit <= 0) timedOut();
+    const ReplyPool pool(self);
+    if (!pool.ours) return pollReply(pool, key, limit);
+    const auto number = argument<EchoPool::Key>(key, "cmd");
+    auto data = pool.ours->take(number);
+    if (!data) {
+        data = blocking([&](const Attend& attend) { return pool.ours->await(number, deadlineIn(limit), attend); });
+    }
+    if (!data) timedOut();
+    return toBytes(*data);
+}
+
+Py_ssize_t sizeOf(py::handle queue) { return argument<Py_ssize_t>(callMethod(queue, "qsize"), "qsize"); }
+
+// Takes what is in a queue now, at most `count` items; -1 means all.
+py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
+    const Py_ssize_t size = sizeOf(queue);
+    py::list items;
+    const Py_ssize_t times = wanted > -1 && wanted < size ? wanted : size;
+    if (const auto ours = nativeOrNothing<ObjectQueue>(queue); ours && hasOwnMethod(queue, "get_nowait")) {
+        items = ours->takeObjects(static_cast<std::size_t>(std::max(times, Py_ssize_t{0})));
+    } else {
+        for (Py_ssize_t i = 0; i < times; ++i) {
+            try {
+                items.append(callMethod(queue, "get_nowait"));
+            } catch (const py::error_already_set& error) {
+                if (!error.matches(hostObject("queue", "Empty"))) throw;
+                break;  // somebody else takes from it too
+            }
+        }
+    }
+    if (items.size() == 1 && PyList_Check(Object(items[0]).ptr()) != 0) return py::list(items[0]);
+    return items;
+}
+
+template <class Queue>
+bool awaitSize(py::handle queue, Py_ssize_t count, double seconds) {
+    const auto ours = nativeOrNothing<Queue>(queue);
+    if (!ours) return false;
+    blocking([&](const Attend& attend) {
+        return ours->waitForSize(static_cast<std::size_t>(count), deadlineIn(seconds), attend);
+    });
+    return true;
+}
+
+py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted, Seconds delay) {
+    if (wanted > -1 && sizeOf(queue) < wanted && !awaitSize<StreamFifo>(queue, wanted, delay) &&
+        !awaitSize<ObjectQueue>(queue, wanted, delay)) {
+        sleepBlocking(delay);
+    }
+    return takeStreaming(queue, wanted);
+}
+
+// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment. A near
+// device's reply is there on return, which spares the way through the loop's selector.
+bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> expected = {}) {
+    const Object client = attribute(self, "client_cmd");
+    const auto link = nativeOrNothing<Client>(client);
+    if (!link || !hasOwnMethod(client, "sendPacket")) {
+        callMethod(client, "sendPacket", frame);
+        return true;
+    }
+    const Bytes bytes = bytesOf(frame);
+    const auto pool = expected ? ReplyPool(self).ours : nullptr;
+    const WithoutGil released;
+    const bool sent = link->send(bytes, Clock::now());
+    if (sent && pool) pool->yieldFor(*expected);
+    return sent;
+}
+
+Result sendWithoutReplySteps(Op op, Object command, Object data) {
+    const Object frame = op.call("_preparePacket", command, data);
+    const Deadline deadline = deadlineIn(PACKET_TIMEOUT);
+    while (!sendNow(op.self(), frame)) {
+        if (Clock::now() >= deadline) throw AwaitTimedOut();
+        co_await op.sleep(ECHO_DELAY);
+    }
+    co_return py::none();
+}
+
+// A peer that takes no more bytes is one that does not answer in time.
+Result echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
+    const Object frame = op.call("_preparePacket", py::int_(command), data);
+    const EchoPool::Key key = keyOf(command, data);
+    const Deadline deadline = deadlineIn(timeout);
+    while (!sendNow(op.self(), frame, key)) {
+        if (Clock::now() >= deadline) co_return py::none();
+        co_await op.sleep(ECHO_DELAY);
+    }
+    try {
+        co_return co_await within(deadline, op.call("_getReplyFromPool_async", py::int_(key)));
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(hostObject("asyncio", "TimeoutError"))) throw;
+    }
+    co_return py::none();
+}
+
+Result echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
+    // What it makes must not stay in this frame, where the host's collector does not see it.
+    const auto attempt = [&] {
+        static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
+        const py::int_ seconds(RETRY_TIMEOUT);
+        return Pending::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
+    };
+    for (int count = 0; count < most; ++count) {
+        const Object value = co_await attempt();
+        if (!value.is_none()) co_return value;
+    }
+    const double left = std::max(timeout - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
+    co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
+}
+
+Result getReplySteps(Op op, Object key) {
+    const ReplyPool pool(op.self());
+    const auto runtime = runtimeOrNothing(op.self());
+    while (!pool.ours || !runtime) {
+        if (Object data = pool.takeForeign(key)) co_return data;
+        co_await op.sleep(ECHO_DELAY);
+    }
+    const auto number = argument<EchoPool::Key>(key, "cmd");
+    for (;;) {
+        const auto data = pool.ours->take(number);
+        if (!data) {
+            co_await ArrivalPending(runtime->wakers, pool.ours, number);
+            continue;
+        }
+        if (runtime->wakers.loopIsDue()) co_await op.sleep(0);
+        co_return toBytes(*data);
+    }
+}
+
+Result broadcastSteps(Op op, Object command, Object data) {
+    const Object records = attribute(op.self(), "data_pool_bcst")[command];
+    callMethod(records, "clear");
+    const Object frame = op.call("_preparePacket", command, data);
+    const Object client = attribute(op.self(), "client_udp");
+    for (int i = 0; i < NUM_BCST_RETRIES; ++i) callMethod(client, "sendBcstPacket", frame);
+    co_await op.sleep(PACKET_TIMEOUT);
+    co_return records;
+}
+
+Definition broadcastDefinition() {
+    return {"_broadcastPacket",
+            {command, data},
+            "Sends a request to every device on the network and collects the replies for 5 seconds.",
+            {"RecordSet", "the replies without their first byte; the set stays live in the pool", "the devices"},
+            {},
+            steps(Calls<broadcastSteps>{})};
+}
+
+}  // namespace
+
+void definePacket(Package& package) {
+    const Parameter queue{"queue_", "Fifo", "queue of samples"};
+    const Parameter count{"num_samples", "int", "most items to take; -1 for all that are there"};
+    const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};
+    const Parameter key{"cmd", "int", "key of the echo pool"};
+    const Returns samples{"list", "the items; a lone item that is a list comes flat", "the queue"};
+    const Returns maybeReply{"bytes | None", "data of the reply, or None if there was none in time", "the device"};
+
+    package.makeClass("Packet_based", {}, "What both forms of the request engine share.")
+        .method("_preparePacket", {command, data.withDefault("[]")}, "Builds a frame.",
+                {"list[int]", "byte values of the whole frame"},
+                {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
+                [](py::handle, int code, const Object& bytes) -> Object {
+                    return toList(buildFrame(code, bytesOf(bytes, "data_out")));
+                });
+
+    const auto broadcast = std::make_shared<const Definition>(broadcastDefinition());
+    package.makeClass("Packet", {"Packet_based"}, "The request engine, blocking.")
+        .method("_echoPacket", {command, data, seconds}, "Sends a request once and waits for its reply.", reply,
+                noReply, Calls<echoPacket>{})
+        .method("_echoPacketWithRetry", {command, data, seconds.withDefault("5")},
+                "Sends a request, up to three times in quick succession, and waits for its reply.", reply, noReply,
+                Calls<echoPacketWithRetry>{})
+        .method("_getReplyFromPool", {key, seconds}, "Waits for a reply and takes it from the echo pool.", reply,
+                noReply, Calls<getReplyFromPool>{})
+        .method("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue.", samples, {},
+                Calls<getStreamingFromPool>{})
+        .method("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
+                [](py::handle self, const Object& code, const Object& bytes) {
+                    const Object frame = callMethod(self, "_preparePacket", code, bytes);
+                    callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
+                })
+        .add(broadcast, Form::method);
+
+    package.makeClass("Packet_async", {"Packet_based"}, "The request engine, awaitable.")
+        .awaitable("_echoPacket", {command, data, seconds.withDefault("5")},
+                   "Sends a request once and waits for its reply.", maybeReply, {}, Calls<echoPacketSteps>{})
+        .awaitable(
+            "_echoPacketWithRetry",
+            {command, data, {"num_retries", "int", "times to send, one second apart", "3"}, seconds.withDefault("5")},
+            "Sends a request until its reply is there.", reply, {}, Calls<echoPacketWithRetrySteps>{})
+        .awaitable("_getReplyFromPool", {key}, "Waits for a reply, without a limit, and takes it from the echo pool.",
+                   reply, {}, Calls<getReplySteps>{})
+        .awaitable("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue; never waits.", samples,
+                   {},
+                   [](Op, Object items, Py_ssize_t most, Object) -> Result { co_return takeStreaming(items, most); })
+        .awaitable("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
+                   Calls<sendWithoutReplySteps>{})
+        .add(broadcast, Form::awaitable);
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,561 @@
+// Pools, queues and gates as Python sees them: mappings, a set, queues and a lock of the usual shape over the C++
+// objects that the receive threads fill.
+#include "core/engine/pools.h"
+
+#include "core/engine/gate.h"
+#include "device/protocol.h"
+#include "device/queue_face.h"
+
+namespace zvr::python {
+
+namespace {
+
+[[noreturn]] void missing(py::handle key) {
+    PyErr_SetObject(PyExc_KeyError, key.ptr());
+    throw py::error_already_set();
+}
+
+// Gives a class the rest of what its kind of collection has; `items` are the type's parameters in the type stub.
+void completeAs(py::handle type, const char* kind, const char* items, std::initializer_list<const char*> methods) {
+    const Object mixin = py::module_::import("collections.abc").attr(kind);
+    py::setattr(type, "__stub_base__", py::str(std::string(kind) + items));
+    for (const char* name : methods) py::setattr(type, name, attribute(mixin, name));
+    attribute(mixin, "register")(type);
+    refusePickling(type);
+}
+
+const Parameter keyParameter{"key", "Any", "key of the pool"};
+const Parameter soughtParameter{"key", "object", "what is looked for"};
+const Parameter otherParameter{"other", "Any", "what it is joined with"};
+
+// What mappings have beside the methods of collections.abc.
+ClassMaker& completeMapping(ClassMaker& type, const char* items) {
+    type.method("copy", {}, "A plain dictionary of what is there now.", {std::string("dict") + items}, {},
+                [](py::handle self) { return py::dict(borrow(self.ptr())); })
+        .method("__or__", {otherParameter}, "A plain dictionary of both.", {std::string("dict") + items}, {},
+                [](py::handle self, const Object& other) {
+                    const py::dict both(borrow(self.ptr()));
+                    callMethod(both, "update", other);
+                    return both;
+                })
+        .method("__ror__", {otherParameter}, "A plain dictionary of both.", {std::string("dict") + items}, {},
+                [](py::handle self, const Object& other) {
+                    const py::dict both(other);
+                    callMethod(both, "update", self);
+                    return both;
+                })
+        .method("__ior__", {otherParameter}, "Takes over what the other one has.", {"Self"}, {},
+                [](py::handle self, const Object& other) {
+                    callMethod(self, "update", other);
+                    return borrow(self.ptr());
+                })
+        .method("__repr__", {}, "Its content.", {"str"}, {}, [](py::handle self) {
+            return py::str("{}({})").format(attribute(py::type::of(self), "__name__"),
+                                            py::repr(py::dict(borrow(self.ptr()))));
+        });
+    completeAs(type.type(), "MutableMapping", items,
+               {"get", "pop", "clear", "update", "setdefault", "keys", "values", "items", "__eq__",
+                "_MutableMapping__marker"});
+    type.method("popitem", {}, "Takes the newest entry out.", {"tuple[Any, Any]"}, {"KeyError: there is none"},
+                [](py::handle self) -> Object {
+                    const py::list keys(borrow(self.ptr()));
+                    if (keys.empty()) throw py::key_error("popitem(): the pool is empty");
+                    const Object key = keys[keys.size() - 1];
+                    return py::make_tuple(key, callMethod(self, "pop", key));
+                })
+        .method("__reversed__", {}, "Iterates over the keys from the newest on.", {"Iterator[Any]"}, {},
+                [](py::handle self) {
+                    const py::list keys(borrow(self.ptr()));
+                    callMethod(keys, "reverse");
+                    return own(PyObject_GetIter(keys.ptr()));
+                });
+    py::setattr(type.type(), "__hash__", py::none());
+    return type;
+}
+
+// What a pool of ours cannot hold itself - keys that no frame has, values that no frame is - stands in a dictionary
+// beside it.
+py::dict othersOf(py::handle pool) {
+    const py::dict fields = own(PyObject_GenericGetDict(pool.ptr(), nullptr));
+    if (!fields.contains("_others")) fields["_others"] = py::dict();
+    return fields["_others"];
+}
+
+void requireHashable(py::handle key) {
+    if (entering([&] { return PyObject_Hash(key.ptr()); }) == -1) throw py::error_already_set();
+}
+
+// The number that a key of a frame is; nothing for what is none.
+std::optional<std::int64_t> numberOfKey(py::handle key) {
+    requireHashable(key);
+    if (PyIndex_Check(key.ptr()) == 0) return std::nullopt;
+    const Object number = own(entering([&] { return PyNumber_Index(key.ptr()); }));
+    int beyond = 0;
+    const long long value = PyLong_AsLongLongAndOverflow(number.ptr(), &beyond);
+    return beyond != 0 ? std::nullopt : std::optional<std::int64_t>(value);
+}
+
+Object otherOrMissing(py::handle pool, const Object& key) {
+    const py::dict others = othersOf(pool);
+    if (!others.contains(key)) missing(key);
+    return others[key];
+}
+
+void eraseOther(py::handle pool, const Object& key) {
+    const py::dict others = othersOf(pool);
+    if (others.contains(key) && PyDict_DelItem(others.ptr(), key.ptr()) != 0) throw py::error_already_set();
+}
+
+template <class Keys, class Convert>
+Object iteratorOverKeys(py::handle pool, const Keys& keys, Convert convert) {
+    py::list list;
+    for (const auto& key : keys) list.append(convert(key));
+    callMethod(list, "extend", othersOf(pool));
+    return own(PyObject_GetIter(list.ptr()));
+}
+
+void defineEchoPool(Package& package) {
+    const Parameter reply{"value", "Any", "data of the reply as bytes, or anything else"};
+    ClassMaker type = py::class_<EchoPool, std::shared_ptr<EchoPool>>(
+        package.module(), "EchoPool", "Latest unclaimed reply per command code or composite motion key.",
+        py::dynamic_attr());
+    type.method("__getitem__", {keyParameter}, "The reply, which stays.", {"Any"}, {"KeyError: there is none"},
+                [](py::handle self, const Object& key) -> Object {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    const auto data = number ? pool->peek(*number) : std::nullopt;
+                    return data ? Object(toBytes(*data)) : otherOrMissing(self, key);
+                })
+        .method("__setitem__", {keyParameter, reply}, "Files a reply and wakes who waits for it.", {}, {},
+                [](py::handle self, const Object& key, const Object& value) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    if (!number || !PyBytes_CheckExact(value.ptr())) {
+                        othersOf(self)[key] = value;
+                        if (number) pool->take(*number);
+                        return;
+                    }
+                    eraseOther(self, key);
+                    Bytes data = bytesOf(value);
+                    const WithoutGil released;
+                    pool->put(*number, std::move(data));
+                })
+        .method("__delitem__", {keyParameter}, "Drops a reply.", {}, {"KeyError: there is none"},
+                [](py::handle self, const Object& key) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    if (number && pool->take(*number)) return;
+                    otherOrMissing(self, key);
+                    eraseOther(self, key);
+                })
+        .method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
+                [](py::handle self, const Object& key) {
+                    const auto pool = native<EchoPool>(self);
+                    const auto number = numberOfKey(key);
+                    return (number && pool->contains(*number)) || othersOf(self).contains(key);
+                })
+        .method("__len__", {}, "Number of replies.", {"int"}, {},
+                [](py::handle self) { return native<EchoPool>(self)->keys().size() + othersOf(self).size(); })
+        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
+                [](py::handle self) {
+                    return iteratorOverKeys(self, native<EchoPool>(self)->keys(),
+                                            [](EchoPool::Key key) { return py::int_(key); });
+                });
+    completeMapping(type, "[Any, Any]");
+}
+
+// A key is the command, or a tuple of it with port and chip select; nothing for what no frame has.
+std::optional<StreamKey> keyOf(py::handle key, const StreamPool&) {
+    py::tuple parts = py::make_tuple(borrow(key.ptr()));
+    if (PyTuple_Check(key.ptr())) {
+        requireHashable(key);
+        parts = borrow(key.ptr());
+    }
+    if (parts.empty() || parts.size() > 3) return std::nullopt;
+    std::array<int, 3> numbers{0, StreamKey::absent, StreamKey::absent};
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const auto number = numberOfKey(parts[i]);
+        // A negative part would stand for one that is absent.
+        if (!number || *number < (i == 0 ? std::numeric_limits<int>::min() : 0) ||
+            *number > std::numeric_limits<int>::max()) {
+            return std::nullopt;
+        }
+        numbers[i] = static_cast<int>(*number);
+    }
+    return StreamKey{numbers[0], numbers[1], numbers[2]};
+}
+
+std::optional<int> keyOf(py::handle key, const BroadcastPool&) {
+    const auto number = numberOfKey(key);
+    if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<int>(*number);
+}
+
+}  // namespace
+
+Object keyObject(const StreamKey& key) {
+    if (key.port == StreamKey::absent) return py::int_(key.command);
+    if (key.chipSelect == StreamKey::absent) return py::make_tuple(key.command, key.port);
+    return py::make_tuple(key.command, key.port, key.chipSelect);
+}
+
+namespace {
+
+template <class Entry>
+Object objectOfEntry(const Entry& entry) {
+    if (entry.foreign) return borrow(static_cast<PyObject*>(entry.foreign.get()));
+    return entry.own ? py::cast(entry.own) : Object();
+}
+
+/// A mapping that makes what is missing, as defaultdict does: by index only, not for `get`, `pop` and `in`.
+template <class Key, class Thing>
+void defineMakingPool(Package& package, const char* name, const char* doc, const char* thing, const char* items) {
+    using Pool = MakingPool<Key, Thing>;
+    const Parameter standard{"default", "Any", "what is given where there is none", "None"};
+    ClassMaker type = py::class_<Pool, std::shared_ptr<Pool>>(package.module(), name, doc, py::dynamic_attr());
+    static constexpr auto find = [](py::handle self, const Object& key) -> Object {
+        const auto pool = native<Pool>(self);
+        if (const auto number = keyOf(key, *pool)) return objectOfEntry(pool->find(*number));
+        const py::dict others = othersOf(self);
+        return others.contains(key) ? Object(others[key]) : Object();
+    };
+    static constexpr auto erase = [](py::handle self, const Object& key) {
+        const auto pool = native<Pool>(self);
+        if (const auto number = keyOf(key, *pool)) {
+            pool->erase(*number);
+        } else {
+            eraseOther(self, key);
+        }
+    };
+    type.method("__getitem__", {keyParameter}, "What is there under a key; made if it is missing.", {"Any"}, {},
+                [](py::handle self, const Object& key) -> Object {
+                    if (Object found = find(self, key)) return found;
+                    const auto pool = native<Pool>(self);
+                    if (const auto number = keyOf(key, *pool)) {
+                        pool->at(*number);
+                        return find(self, key);
+                    }
+                    const py::dict others = othersOf(self);
+                    others[key] = py::cast(std::make_shared<Thing>());
+                    return others[key];
+                })
+        .method("__setitem__",
+                {keyParameter,
+                 {"value", "Any",
+                  std::string(thing) + ", or what takes its place: it is used "
+                                       "through its methods"}},
+                "Puts something in the place of what is there.", {}, {},
+                [](py::handle self, const Object& key, const Object& value) {
+                    const auto pool = native<Pool>(self);
+                    const auto number = keyOf(key, *pool);
+                    if (!number) {
+                        othersOf(self)[key] = value;
+                    } else if (auto own = nativeOrNothing<Thing>(value)) {
+                        pool->put(*number, std::move(own));
+                    } else {
+                        pool->put(*number, nullptr, shared(value));
+                    }
+                })
+        .method("__delitem__", {keyParameter}, "Takes it out; the next frame makes another.", {},
+                {"KeyError: there is none"},
+                [](py::handle self, const Object& key) {
+                    if (!find(self, key)) missing(key);
+                    erase(self, key);
+                })
+        .method("__contains__", {soughtParameter}, "Whether it is there.", {"bool"}, {},
+                [](py::handle self, const Object& key) { return static_cast<bool>(find(self, key)); })
+        .method("__len__", {}, "Number of entries.", {"int"}, {},
+                [](py::handle self) { return native<Pool>(self)->keys().size() + othersOf(self).size(); })
+        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
+                [](py::handle self) {
+                    return iteratorOverKeys(self, native<Pool>(self)->keys(), [](const Key& key) -> Object {
+                        if constexpr (std::is_same_v<Key, int>) {
+                            return py::int_(key);
+                        } else {
+                            return keyObject(key);
+                        }
+                    });
+                });
+    completeMapping(type, items);
+    type.method("get", {keyParameter, standard}, "What is there under a key; nothing is made.", {"Any"}, {},
+                [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    Object found = find(self, key);
+                    return found ? found : standard;
+                })
+        .method("pop", {keyParameter, {"*args", "Any", "what is given where there is none"}}, "Takes an entry out.",
+                {"Any"}, {"KeyError: there is none, and no default"},
+                [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    if (Object found = find(self, key)) {
+                        erase(self, key);
+                        return found;
+                    }
+                    const py::tuple given = borrow(standard.ptr());
+                    if (given.empty()) missing(key);
+                    return given[0];
+                })
+        .method("setdefault", {keyParameter, standard}, "What is there under a key, or else the default, put there.",
+                {"Any"}, {}, [](py::handle self, const Object& key, const Object& standard) -> Object {
+                    if (Object found = find(self, key)) return found;
+                    if (PyObject_SetItem(self.ptr(), key.ptr(), standard.ptr()) != 0) throw py::error_already_set();
+                    return standard;
+                });
+}
+
+void defineStreamPool(Package& package) {
+    StreamPool::addForeign = [](const std::shared_ptr<void>& queue, Bytes frame) {
+        if (!interpreterAlive()) return;
+        const WithGil acquired;
+        callMethod(static_cast<PyObject*>(queue.get()), "put", toBytes(frame));
+    };
+    defineMakingPool<StreamKey, StreamFifo>(
+        package, "StreamPool",
+        "Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key makes an "
+        "empty queue.",
+        "a Fifo", "[Any, Any]");
+}
+
+template <class Item>
+Item itemOf(const Object& item);
+// What is no frame is kept all the same, and given back.
+template <>
+StreamItem itemOf(const Object& item) {
+    if (item.is_none()) return {};
+    std::optional<Bytes> frame;
+    PyObject* const given = item.ptr();
+    if (PyBytes_Check(given) || PyByteArray_Check(given) || PyMemoryView_Check(given) || PyList_Check(given) ||
+        PyTuple_Check(given)) {
+        try {
+            frame = bytesOf(item);
+        } catch (const std::exception&) {
+            frame.reset();  // the reader of the queue refuses it
+        }
+    }
+    return {std::move(frame), shared(item)};
+}
+template <>
+SharedObject itemOf(const Object& item) {
+    return item.is_none() ? nullptr : shared(item);
+}
+
+Object toObject(const StreamItem& item) {
+    if (item.object) return borrow(static_cast<PyObject*>(item.object.get()));
+    return item.isFrame ? Object(toBytes(item.frame)) : Object(py::none());
+}
+Object toObject(const SharedObject& item) { return item ? borrow(item.get()) : Object(py::none()); }
+
+template <class Item>
+struct FifoAccess {
+    using Queue = Fifo<Item>;
+
+    static bool put(const std::shared_ptr<Queue>& queue, const Object& item, Deadline deadline) {
+        auto value = itemOf<Item>(item);
+        return blocking([&](const Attend& attend) { return queue->put(std::move(value), deadline, attend); });
+    }
+    static Object take(const std::shared_ptr<Queue>& queue) {
+        const auto item = queue->tryGet();
+        return item ? toObject(*item) : Object();
+    }
+};
+
+template <class Item>
+void defineFifoOf(Package& package, const char* name, const char* doc, const char* kind, const char* what) {
+    using Queue = Fifo<Item>;
+    const auto objectIn = [](const Item& item) -> PyObject* {
+        if constexpr (std::is_same_v<Item, StreamItem>) {
+            return static_cast<PyObject*>(item.object.get());
+        } else {
+            return item.get();
+        }
+    };
+    ClassMaker type =
+        py::class_<Queue, std::shared_ptr<Queue>>(package.module(), name, doc, collectable<Queue>(objectIn))
+            .def(py::init([](const Object& maxsize) { return std::make_shared<Queue>(queueCapacity(maxsize)); }),
+                 py::arg("maxsize") = 0);
+    defineQueueFace<FifoAccess<Item>>(type, kind, what);
+    refusePickling(type.type());
+}
+
+void defineFifos(Package& package) {
+    defineFifoOf<StreamItem>(package, "Fifo", "Thread-safe queue of frames, or of anything.", "Any",
+                             "data of a frame as bytes, or anything else; None is the marker that wakes a reader");
+    defineFifoOf<SharedObject>(package, "ItemFifo", "Thread-safe queue of any objects.", "Any",
+                               "any object; None is the marker that wakes a reader");
+}
+
+py::set setOf(const RecordSet& records) {
+    py::set set;
+    for (const Bytes& record : records.records()) set.add(toBytes(record));
+    return set;
+}
+
+void assign(RecordSet& records, const Object& values) {
+    std::vector<Bytes> bytes;
+    for (const py::handle value : values) bytes.push_back(bytesOf(value));
+    records.clear();
+    for (Bytes& value : bytes) records.add(std::move(value));
+}
+
+// The methods that a set has too and that give a new set, and those that change it: both work on a plain set.
+void completeSet(ClassMaker& type) {
+    const Parameter others{"*args", "Any", "sets or other collections"};
+    for (const char* name :
+         {"union", "intersection", "difference", "symmetric_difference", "__or__", "__and__", "__sub__", "__xor__",
+          "__ror__", "__rand__", "__rsub__", "__rxor__", "issubset", "issuperset"}) {
+        type.add({name,
+                  {others},
+                  "As of a set of what is there now.",
+                  {"Any"},
+                  {},
+                  [](const Definition& definition, py::handle self, Arguments given) -> Object {
+                      const py::set now = setOf(*native<RecordSet>(self));
+                      return attribute(now, definition.name.c_str())(*py::tuple(given[0]));
+                  }},
+                 Form::method);
+    }
+    for (const char* name : {"update", "intersection_update", "difference_update", "symmetric_difference_update",
+                             "__ior__", "__iand__", "__isub__", "__ixor__"}) {
+        type.add({name,
+                  {others},
+                  "As of a set.",
+                  {"Any"},
+                  {},
+                  [](const Definition& definition, py::handle self, Arguments given) -> Object {
+                      const auto records = native<RecordSet>(self);
+                      const py::set now = setOf(*records);
+                      const Object done = attribute(now, definition.name.c_str())(*py::tuple(given[0]));
+                      if (done.is(borrow(Py_NotImplemented))) return done;
+                      assign(*records, now);
+                      return done.is_none() ? done : borrow(self.ptr());
+                  }},
+                 Form::method);
+    }
+}
+
+void defineBroadcastPool(Package& package) {
+    using Set = std::shared_ptr<RecordSet>;
+    const Parameter record{"value", "bytes", "data of a reply"};
+    ClassMaker set = py::class_<RecordSet, Set>(package.module(), "RecordSet",
+                                                "Replies to one broadcast command; equal ones count once.");
+    set.method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
+               [](const Set& records, const Object& value) {
+                   return PyBytes_Check(value.ptr()) != 0 && records->contains(bytesOf(value));
+               })
+        .method("__iter__", {}, "Iterates over the replies that are there now.", {"Iterator[bytes]"}, {},
+                [](const Set& records) { return own(PyObject_GetIter(setOf(*records).ptr())); })
+        .method("__len__", {}, "Number of different replies.", {"int"}, {},
+                [](const Set& records) { return records->records().size(); })
+        .method("add", {record}, "Adds a reply.", {}, {},
+                [](const Set& records, const Object& value) { records->add(bytesOf(value)); })
+        .method("discard", {record}, "Removes a reply if it is there.", {}, {},
+                [](const Set& records, const Object& value) { records->discard(bytesOf(value)); })
+        .method("clear", {}, "Removes all replies.", {}, {}, [](const Set& records) { records->clear(); })
+        .method("copy", {}, "A plain set of what is there now.", {"set[bytes]"}, {},
+                [](const Set& records) { return setOf(*records); })
+        .method("__repr__", {}, "Its content.", {"str"}, {},
+                [](const Set& records) { return py::repr(setOf(*records)); });
+    completeSet(set);
+    completeAs(set.type(), "MutableSet", "[bytes]",
+               {"remove", "pop", "isdisjoint", "__eq__", "__le__", "__lt__", "__ge__", "__gt__"});
+
+    py::setattr(set.type(), "__hash__", py::none());
+    BroadcastPool::addForeign = [](const std::shared_ptr<void>& records, Bytes record) {
+        if (!interpreterAlive()) return;
+        const WithGil acquired;
+        callMethod(static_cast<PyObject*>(records.get()), "add", toBytes(record));
+    };
+    defineMakingPool<int, RecordSet>(package, "BroadcastPool",
+                                     "Set of replies per broadcast command. A missing key makes an empty set.",
+                                     "a RecordSet", "[Any, Any]");
+}
+
+// As of the host's locks, but that a held gate does not make a blocking call wait.
+bool acquire(const std::shared_ptr<Gate>& gate, bool waits, double timeout) {
+    if (!waits && timeout != -1) throw py::value_error("can't specify a timeout for a non-blocking call");
+    if (timeout < 0 && timeout != -1) throw py::value_error("timeout value must be a non-negative number");
+    if (waits && timeout < 0) {
+        gate->acquire();
+        return true;
+    }
+    const Deadline deadline = waits ? deadlineIn(timeout) : Clock::now();
+    return blocking([&](const Attend& attend) { return gate->acquireOpen(deadline, attend); });
+}
+
+void defineGate(Package& package) {
+    using Held = std::shared_ptr<Gate>;
+    const Parameter waits{"blocking", "bool", "whether to shut it although it is shut already; such a call never waits",
+                          "True"};
+    const Parameter timeout{"timeout", "float", "seconds to wait for a shut gate to open; -1 for not at all", "-1"};
+    const Returns shut{"bool", "whether the gate is the caller's now; False only for one that was shut"};
+    ClassMaker type = py::class_<Gate, Held>(
+                          package.module(), "Gate",
+                          "Gate of a receive thread, with the face of a lock: shut by acquire, opened by release. A "
+                          "new one is open. Nothing waits for a shut gate for ever, and opening an open one does "
+                          "nothing.")
+                          .def(py::init([] {
+                              auto gate = std::make_shared<Gate>();
+                              gate->release();
+                              return gate;
+                          }));
+    type.method("acquire", {waits, timeout}, "Shuts the gate.", shut, {},
+                [](const Held& gate, bool waits, Seconds timeout) { return acquire(gate, waits, timeout); })
+        .method("release", {}, "Opens the gate.", {}, {}, [](const Held& gate) { gate->release(); })
+        .method("locked", {}, "Whether the gate is shut.", {"bool"}, {},
+                [](const Held& gate) { return gate->locked(); })
+        .method("__enter__", {}, "Shuts the gate.", {"bool", "True"}, {},
+                [](const Held& gate) { return acquire(gate, true, -1); })
+        .method("__exit__", {{"*failure", "object", ""}}, "Opens the gate.", {}, {},
+                [](const Held& gate, const Object&) { gate->release(); });
+    refusePickling(type.type());
+}
+
+}  // namespace
+
+void refusePickling(py::handle type) {
+    ClassMaker(type).method("__reduce_ex__", {{"protocol", "object", ""}}, "Refuses: threads of this process use it.",
+                            {"Any"}, {"TypeError: always"}, [](py::handle self, const Object&) -> Object {
+                                throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
+                                                     " cannot be copied or pickled: threads of this process use it. "
+                                                     "Make another one instead");
+                            });
+}
+
+// The constructor of a base would look in the object for a part that only an object of the base itself has.
+void guardConstructor(const Object& type) {
+    const Object fields = attribute(type, "__dict__");
+    if (!fields.contains("__init__")) return;
+    const Object original = fields[py::str("__init__")];
+    const auto guarded = [original, type](const Object& self, const py::args& given, const py::kwargs& named) {
+        for (const auto* part : py::detail::all_type_info(Py_TYPE(self.ptr()))) {
+            if (reinterpret_cast<PyObject*>(part->type) == type.ptr()) {
+                original(self, *given, **named);
+                return;
+            }
+        }
+        refuseType(self, "self", std::string("a ") + reinterpret_cast<PyTypeObject*>(type.ptr())->tp_name);
+    };
+    py::setattr(type, "__init__", py::cpp_function(guarded, py::is_method(type), py::name("construct")));
+}
+
+void completeBoundTypes(Package& package) {
+    for (const auto entry : py::dict(attribute(package.module(), "__dict__"))) {
+        if (PyType_Check(entry.second.ptr()) == 0) continue;
+        auto* const type = reinterpret_cast<PyTypeObject*>(entry.second.ptr());
+        const auto& parts = py::detail::all_type_info(type);
+        if (parts.size() != 1 || parts[0]->type != type) continue;
+        const Object bound = borrow(entry.second.ptr());
+        guardConstructor(bound);
+        if (!Object(attribute(bound, "__dict__")).contains("__reduce_ex__")) refusePickling(bound);
+    }
+}
+
+void definePools(Package& package) {
+    defineGate(package);
+    defineFifos(package);
+    defineEchoPool(package);
+    defineStreamPool(package);
+    defineBroadcastPool(package);
+}
+
+}  // namespace zvr::python

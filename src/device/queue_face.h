@@ -1,0 +1,130 @@
+// What a queue of ours is to Python: a queue.Queue in everything but name.
+//
+// A queue has size(), capacity(), `tasks` and waitForSize(count, deadline, attend). Its `Access` names it as `Queue`
+// and knows its items: put(queue, item, deadline) tells whether there was room, take(queue) gives nothing where it is
+// empty.
+#pragma once
+
+#include "core/engine/fifo.h"
+#include "python/classes.h"
+
+namespace zvr::python {
+
+[[noreturn]] inline void raiseQueue(const char* failure) {
+    PyErr_SetNone(hostObject("queue", failure).ptr());
+    throw py::error_already_set();
+}
+
+inline Deadline queueDeadline(bool waits, py::handle timeout) {
+    if (!waits) return Clock::now();
+    if (timeout.is_none()) return forever;
+    const double seconds = secondsArgument(timeout, "timeout");
+    if (seconds < 0) throw py::value_error("'timeout' must be a non-negative number");
+    return deadlineIn(seconds);
+}
+
+template <class Queue>
+void requireOwnQueue(const Queue& queue) {
+    if (queue.isForeign()) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The queue"));
+}
+
+template <class Access>
+void putInto(const std::shared_ptr<typename Access::Queue>& queue, const Object& item, Deadline deadline) {
+    requireOwnQueue(*queue);
+    if (!Access::put(queue, item, deadline)) raiseQueue("Full");
+}
+
+template <class Access>
+Object takeFrom(const std::shared_ptr<typename Access::Queue>& queue, Deadline deadline) {
+    requireOwnQueue(*queue);
+    for (;;) {
+        if (Object item = Access::take(queue)) return item;
+        const bool came = blocking([&](const Attend& attend) { return queue->waitForSize(1, deadline, attend) > 0; });
+        if (!came && Clock::now() >= deadline) raiseQueue("Empty");  // else another taker was quicker
+    }
+}
+
+template <class Access>
+void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc) {
+    using Queue = typename Access::Queue;
+    using Held = std::shared_ptr<Queue>;
+    const Parameter item{"item", itemType, itemDoc};
+    const Parameter waits{"block", "bool", "whether to wait", "True"};
+    const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
+    const Returns taken{itemType, "the oldest item: what was put, the same object"};
+    type.method("put", {item, waits, timeout}, "Adds an item.", {}, {"queue.Full: no room in time"},
+                [](const Held& queue, const Object& item, bool waits, const Object& timeout) {
+                    putInto<Access>(queue, item, queueDeadline(waits, timeout));
+                })
+        .method("get", {waits, timeout}, "Takes the oldest item.", taken, {"queue.Empty: nothing came in time"},
+                [](const Held& queue, bool waits, const Object& timeout) {
+                    return takeFrom<Access>(queue, queueDeadline(waits, timeout));
+                })
+        .method("put_nowait", {item}, "Adds an item without waiting.", {}, {"queue.Full: no room"},
+                [](const Held& queue, const Object& item) { putInto<Access>(queue, item, Clock::now()); })
+        .method("get_nowait", {}, "Takes the oldest item without waiting.", taken, {"queue.Empty: nothing is there"},
+                [](const Held& queue) { return takeFrom<Access>(queue, Clock::now()); })
+        .method("qsize", {}, "Number of items.", {"int"}, {}, [](const Held& queue) { return queue->size(); })
+        .method("empty", {}, "Whether it holds nothing.", {"bool"}, {},
+                [](const Held& queue) { return queue->size() == 0; })
+        .method("full", {}, "Whether it holds all it can.", {"bool"}, {},
+                [](const Held& queue) { return queue->capacity() != 0 && queue->size() >= queue->capacity(); })
+        .method("task_done", {}, "Declares an item done that was taken.", {}, {"ValueError: none is left to be done"},
+                [](const Held& queue) {
+                    if (!queue->tasks.done()) throw py::value_error("task_done() called too many times");
+                })
+        .method("join", {}, "Waits until every item that was put has been declared done.", {}, {},
+                [](const Held& queue) {
+                    blocking([&](const Attend& attend) {
+                        queue->tasks.await(attend);
+                        return true;
+                    });
+                })
+        .method("__repr__", {}, "How much it holds.", {"str"}, {},
+                [](py::handle self) {
+                    const auto queue = native<Queue>(self);
+                    return py::str("<{} of {}, {} waiting>")
+                        .format(attribute(py::type::of(self), "__name__"),
+                                queue->capacity() == 0 ? Object(py::str("any size")) : py::int_(queue->capacity()),
+                                queue->size());
+                })
+        .property({"unfinished_tasks", "int", "Items that nobody has declared done."},
+                  [](const Held& queue) { return queue->tasks.count(); })
+        .property({"maxsize", "int", "Most items it holds; 0 for no limit."},
+                  [](const Held& queue) { return queue->capacity(); });
+}
+
+/// Lets the host's collector see what a queue holds: an item may refer back to it. `objectIn` gives the object of an
+/// item as a pointer, or nothing.
+template <class Queue, class ObjectIn>
+py::custom_type_setup collectable(ObjectIn) {
+    return py::custom_type_setup([](PyHeapTypeObject* heap) {
+        PyTypeObject& type = heap->ht_type;
+        type.tp_flags |= Py_TPFLAGS_HAVE_GC;
+        type.tp_traverse = [](PyObject* self, visitproc visit, void* arg) -> int {
+            Py_VISIT(Py_TYPE(self));
+            if (!detail::isConstructed(self)) return 0;
+            int result = 0;
+            py::cast<Queue*>(py::handle(self))->visit([&](const auto& item) {
+                PyObject* const object = ObjectIn{}(item);
+                if (result == 0 && object != nullptr) result = visit(object, arg);
+            });
+            return result;
+        };
+        type.tp_clear = [](PyObject* self) -> int {
+            if (detail::isConstructed(self)) py::cast<Queue*>(py::handle(self))->clear();
+            return 0;
+        };
+    });
+}
+
+/// Capacity that a caller gave; as for the host's queues, none and less mean no limit.
+inline std::size_t queueCapacity(py::handle maxsize) {
+    const auto most = argument<std::int64_t>(maxsize, "maxsize");
+    return most <= 0 ? 0 : static_cast<std::size_t>(most);
+}
+
+/// Refuses to be copied by pickling: the object belongs to threads of this process.
+void refusePickling(py::handle type);
+
+}  // namespace zvr::python

@@ -1,0 +1,290 @@
+#include "device/runtime.h"
+
+#include <algorithm>
+
+#include "core/engine/immortal.h"
+#include "core/engine/threads.h"
+#include "device/feeder.h"
+#include "python/operation.h"
+#include "python/raising.h"
+#include "python/values.h"
+
+namespace zvr::python {
+
+namespace {
+
+// Longest wait, at the end of the interpreter, for threads that stand in code of others.
+constexpr std::chrono::milliseconds lastWait{200};
+
+// The threads that are to end with the interpreter; touched under its lock only.
+std::vector<std::weak_ptr<OwnedThread>>& threadsAtExit() {
+    static auto& threads = immortal<std::vector<std::weak_ptr<OwnedThread>>>();
+    return threads;
+}
+
+void printFailure(py::handle failure) { callObject(packageObject("printGenericError"), failure); }
+
+// A failed read of a thread, printed as the failure of Python that it is.
+void reportRead(std::exception_ptr failure) noexcept {
+    onInterpreter([&] {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const MissingClient&) {
+            PyErr_SetString(PyExc_AttributeError, "'NoneType' object has no attribute 'recvAndSplitPacket'");
+        } catch (...) {
+            raiseCurrent();
+        }
+        printFailure(py::error_already_set().value());
+    });
+}
+
+Packet packetOf(py::handle pair) {
+    const py::tuple parts = py::tuple(borrow(pair.ptr()));
+    if (parts.size() != 2) throw py::value_error("a packet is a pair of command code and data");
+    return {argument<int>(parts[0], "cmd"), bytesOf(Object(parts[1]))};
+}
+
+// A client that is not one of ours, or one with a step overridden in Python: it is read through its methods.
+class PythonSource final : public PacketSource {
+public:
+    PythonSource(const Object& client, bool reports) : client_(shared(client)), reports_(reports) {}
+
+    Reading receive(std::size_t length, std::vector<Packet>& packets) override {
+        Reading reading = Reading::ended;
+        onInterpreter([&] {
+            reading = Reading::idle;
+            try {
+                const Object read = callMethod(client_.get(), "recvAndSplitPacket", py::int_(length));
+                for (const py::handle packet : py::list(read)) {
+                    packets.push_back(packetOf(packet));
+                    reading = Reading::data;
+                }
+            } catch (const py::error_already_set& failure) {
+                // A failed read is one that brings nothing.
+                if (!reports_ || failure.matches(packageObject("USBTimeoutError"))) return;
+                printFailure(failure.value());
+                reading = Reading::failed;
+            }
+        });
+        return reading;
+    }
+
+private:
+    const SharedObject client_;
+    const bool reports_;
+};
+
+/// Looks at the object for its receive thread.
+class ReceiverSupervisor final : public Supervisor<Receiver> {
+public:
+    ReceiverSupervisor(py::handle self, const Link& link, std::shared_ptr<Watch> watch, DataPools pools)
+        : link_(link),
+          self_(shared(callObject(hostObject("weakref", "ref"), self))),
+          watch_(std::move(watch)),
+          pools_(std::move(pools)),
+          begunByOther_(!hasOwnMethod(self, link.body)) {}
+
+    bool changed() const noexcept override {
+        return watch_->changed(seen_) || (ours_ && (ours_->steps() != steps_ ||
+                                                    (clientSeen_.version != 0 && clientWatch_->changed(clientSeen_))));
+    }
+
+    void renew(Receiver& receiver) override {
+        bool rests = false;
+        if (!interpreterAlive()) return receiver.end();
+        {
+            const WithGil acquired;
+            const std::uint64_t before = watch_->changes();
+            rests = !look(receiver);
+            seen_ = {rests ? 0 : before, watch_->look().version};
+        }
+        if (rests) receiver.rest(std::chrono::milliseconds(50));
+    }
+
+private:
+    Object self() const {
+        Object object = callObject(self_.get());
+        return object.is_none() ? Object() : object;
+    }
+
+    bool look(Receiver& receiver) {
+        Object object = self();
+        if (!object) return receiver.end(), true;
+        if (!hasOwnMethod(object, link_.body)) {
+            const Object body = attribute(object, link_.body);
+            const void* const function = PyMethod_Check(body.ptr()) ? PyMethod_GET_FUNCTION(body.ptr()) : body.ptr();
+            if (std::exchange(other_, function) == function) return false;
+            object = {};
+            callObject(body);
+            if (begunByOther_) receiver.end();
+            return true;
+        }
+        other_ = nullptr;
+        const Object killed = attributeOrNothing(object, "killed");
+        if (killed && isTrue(killed)) return receiver.end(), true;
+        setGate(receiver, attributeOrNothing(object, link_.lock));
+        receiver.setSource(sourceOf(attributeOrNothing(object, link_.client)));
+        receiver.setSink(sinkOf(object));
+        return true;
+    }
+
+    static void setGate(Receiver& receiver, const Object& lock) {
+        const auto gate = nativeOrNothing<Gate>(lock);
+        if (gate || !lock || lock.is_none()) {
+            receiver.setGate(gate);
+            return;
+        }
+        receiver.setForeignGate([held = shared(lock)] {
+            if (!interpreterAlive()) return false;
+            const WithGil acquired;
+            return passInTurn(held.get());
+        });
+    }
+
+    std::shared_ptr<PacketSource> sourceOf(const Object& client) {
+        auto ours = nativeOrNothing<Client>(client);
+        if (ours != ours_) {
+            ours_ = ours;
+            clientWatch_ = ours ? std::make_unique<Watch>(client) : nullptr;
+        }
+        if (!client || client.is_none()) {
+            client_ = {};
+            return nullptr;
+        }
+        if (ours) steps_ = ours->steps();
+        if (ours && hasOwnMethod(client, "recvAndSplitPacket") && hasOwnMethod(client, "recvPacket") &&
+            hasOwnMethod(client, "_splitPacket")) {
+            clientSeen_ = clientWatch_->look();
+            client_ = {};
+            return ours;
+        }
+        if (ours) clientSeen_ = clientWatch_->look();
+        if (client_.get() != client.ptr()) {
+            client_ = shared(client);
+            foreign_ = std::make_shared<PythonSource>(client, link_.reportsReads);
+        }
+        return foreign_;
+    }
+
+    Receiver::Sink sinkOf(const Object& object) {
+        const auto echo = nativeOrNothing<EchoPool>(attributeOrNothing(object, "data_pool_echo"));
+        const auto stream = nativeOrNothing<StreamPool>(attributeOrNothing(object, "data_pool_strm"));
+        const auto broadcast = nativeOrNothing<BroadcastPool>(attributeOrNothing(object, "data_pool_bcst"));
+        if (echo && stream && broadcast && hasOwnMethod(object, "_putToDataPool") &&
+            hasOwnMethod(object, "_checkCommandType")) {
+            pools_ = {echo, stream, broadcast};
+            return [pools = pools_](Packet packet) mutable { pools.file(packet.command, std::move(packet.data)); };
+        }
+        return [self = self_](const Packet& packet) {
+            if (!interpreterAlive()) return;
+            const WithGil acquired;
+            const Object object = callObject(self.get());
+            if (!object.is_none()) {
+                callMethod(object, "_putToDataPool", py::int_(packet.command), toBytes(packet.data));
+            }
+        };
+    }
+
+    const Link& link_;
+    const SharedObject self_;
+    const std::shared_ptr<Watch> watch_;
+    DataPools pools_;
+    const bool begunByOther_;
+    Watch::Seen seen_;
+    const void* other_ = nullptr;   // replacement that has been called; only compared
+    std::shared_ptr<Client> ours_;  // whose steps are looked at
+    std::uint64_t steps_ = 0;
+    std::unique_ptr<Watch> clientWatch_;
+    Watch::Seen clientSeen_;
+    SharedObject client_;  // of `foreign_`
+    std::shared_ptr<PacketSource> foreign_;
+};
+
+}  // namespace
+
+void DeviceRuntime::endAll() {
+    if (mark.foreign()) return;
+    for (const auto& receiver : receivers_) {
+        receiver->end();
+        receiver->letGo();
+    }
+    watch->touch();
+}
+
+std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const Link& link) {
+    auto receiver = std::make_shared<Receiver>(link.body, link.readLength, reportThreadFailure,
+                                               link.reportsReads ? Receiver::ReportRead(reportRead) : nullptr,
+                                               std::make_shared<ReceiverSupervisor>(self, link, watch, pools));
+    if (link.anybodySends) receiver->ignoreUnfiled();
+    receivers_.push_back(receiver);
+    watch->onChange(receiver);
+    endAtExit(receiver);
+    receiver->start();
+    return receiver;
+}
+
+std::shared_ptr<DeviceRuntime> runtimeOrNothing(py::handle self) {
+    return nativeOrNothing<DeviceRuntime>(attributeOrNothing(self, "_runtime"));
+}
+
+std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self) {
+    auto runtime = runtimeOrNothing(self);
+    if (!runtime) {
+        throw py::attribute_error(std::string("'") + Py_TYPE(self.ptr())->tp_name +
+                                  "' object has no runtime: its device class has not been constructed");
+    }
+    return runtime;
+}
+
+bool isForeign(py::handle self) {
+    const auto runtime = runtimeOrNothing(self);
+    return runtime && runtime->mark.foreign();
+}
+
+void requireOwn(py::handle self) {
+    if (isForeign(self)) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The handle"));
+}
+
+bool isKilled(py::handle self) { return isTrue(attribute(self, "killed")); }
+
+void runReceiverBody(py::handle self, const Link& link) {
+    while (!isKilled(self)) {
+        passLock(attribute(self, link.lock));
+        py::list packets;
+        try {
+            packets =
+                py::list(callMethod(attribute(self, link.client), "recvAndSplitPacket", py::int_(link.readLength)));
+        } catch (const py::error_already_set& failure) {
+            if (!failure.matches(PyExc_Exception)) throw;
+            const bool quiet = failure.matches(packageObject("USBTimeoutError")) ||
+                               (failure.matches(PyExc_AttributeError) && isKilled(self));
+            if (link.reportsReads && !quiet) printFailure(failure.value());
+        }
+        if (packets.empty()) sleepBlocking(0.001);
+        for (const py::handle packet : packets) {
+            const Packet parts = packetOf(packet);
+            callMethod(self, "_putToDataPool", py::int_(parts.command), toBytes(parts.data));
+        }
+    }
+}
+
+Object threadObject(const std::shared_ptr<OwnedThread>& thread) {
+    return py::cast(std::shared_ptr<OwnedThread>(thread.get(), [thread](OwnedThread*) { thread->end(); }));
+}
+
+void endAtExit(const std::shared_ptr<OwnedThread>& thread) {
+    auto& threads = threadsAtExit();
+    std::erase_if(threads, [](const auto& each) { return each.expired(); });
+    threads.push_back(thread);
+}
+
+void leaveLibrary() {
+    leaveInterpreter();
+    for (const auto& each : threadsAtExit()) {
+        if (const auto thread = each.lock()) thread->end();
+    }
+    const WithoutGil released;
+    awaitAllThreads(Clock::now() + lastWait);
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,73 @@
+// The C++ state behind a device object: what its threads touch.
+#pragma once
+
+#include "core/engine/pools.h"
+#include "device/watch.h"
+#include "python/event_loop.h"
+#include "transport/receiver.h"
+
+namespace zvr::python {
+
+/// A connection: a client and its gated receive thread, kept in fields of the object.
+struct Link {
+    const char* client;
+    const char* status;
+    const char* lock;
+    const char* thread;
+    const char* body;
+    int readLength;
+    bool reportsReads = false;  ///< a failed read is printed and tried again
+    bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
+};
+
+/// Lives in the object's `_runtime`. It never refers back to the object, so that dropping the object ends its threads.
+class DeviceRuntime {
+public:
+    explicit DeviceRuntime(py::handle self) : watch(std::make_shared<Watch>(self)) {}
+    ~DeviceRuntime() { endAll(); }
+    DeviceRuntime(const DeviceRuntime&) = delete;
+    DeviceRuntime& operator=(const DeviceRuntime&) = delete;
+
+    /// Of the process that made the object; a forked child leaves it alone.
+    const ProcessMark mark;
+    /// The pools that the object begins with.
+    DataPools pools;
+    Wakers wakers;
+    const std::shared_ptr<Watch> watch;
+
+    /// Makes and starts the receive thread of a connection, gate shut.
+    std::shared_ptr<Receiver> startReceiver(py::handle self, const Link& link);
+
+    /// Ends the receive threads, and lets go of their links, for good.
+    void endAll();
+
+private:
+    std::vector<std::shared_ptr<Receiver>> receivers_;
+};
+
+/// Whether the object was made before this process was forked off.
+bool isForeign(py::handle self);
+/// Throws Failure NetworkConnectionLostError if it was.
+void requireOwn(py::handle self);
+
+/// The runtime of an object. The second one throws a missing-attribute failure if it has none.
+std::shared_ptr<DeviceRuntime> runtimeOrNothing(py::handle self);
+std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self);
+
+/// Whether a method of the object has been replaced, or is not the library's; looks at what the object has now.
+bool isKilled(py::handle self);
+
+/// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
+void runReceiverBody(py::handle self, const Link& link);
+
+/// The thread as Python sees it. It ends when Python drops it.
+Object threadObject(const std::shared_ptr<OwnedThread>& thread);
+
+/// Has the thread ended when the interpreter leaves.
+void endAtExit(const std::shared_ptr<OwnedThread>& thread);
+
+/// Ends all that still runs when the interpreter leaves, and waits a moment for it. What the logger has is written
+/// first, however long that takes.
+void leaveLibrary();
+
+}  // namespace zvr::python
