@@ -1,7 +1,7 @@
 // Analog inputs and outputs, and the logger of what they measure.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -12,8 +12,7 @@ namespace {
 const Parameter& port = inputPortParameter;
 const Parameter rate{"sampling_rate", "float",
                      "rows per second in Hz; the limit depends on the model and on what is enabled"};
-const Raises portRaises{"@_checkAIPort"};
-constexpr PinnedPorts inputPorts{"AI", "ai_dict", "ai_port", FailureId::AIPortNotAvaliableError};
+const Raises portRaises{checkAIPort};
 
 // Models whose ports nothing has to be sent for.
 bool opensByItself(py::handle self) { return isModel(self, {"TarnAnalog", "TarnAnalog24", "Lattice"}); }
@@ -37,15 +36,14 @@ void closeFlag(py::handle self) {
     for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());
 }
 
-template <Command command, void (*turn)(py::handle)>
-Result openOrClose(Op op, Object port) {
+Result openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) {
     if (isCurrentInput(op.self())) port = py::int_(0);
     if (opensByItself(op.self())) {
         turn(op.self());
         co_return py::int_(0);
     }
     op.call("_checkAIPort", port);
-    const Object reply = co_await op.exchange(command, payload(port));
+    const Object reply = co_await exchange(op, command, payload(port));
     const Bytes data = bytesOf(reply);
     byteOf(data, 1);
     turn(op.self());
@@ -54,17 +52,27 @@ Result openOrClose(Op op, Object port) {
 
 void defineUnion(Package& package) {
     Feature all(package, "AIUnion", {}, "What every analog input has.");
-    definePortCheck<inputPorts>(all)
+    all.shared(checkAIPort)
         .field({"ai_dict", "dict[int, list[int]]", "ports of the analog input"})
-        .shared("_convertAITriggerModeToMask", {{"mode", "int", "trigger mode, 0 to 6"}},
-                "Trigger mode as the device's mask.", {"int", "1 to 7"}, {},
-                [](py::handle, const Object& mode) -> Object {
-                    return isOneOf(mode, {0, 1, 2, 3, 4, 5}) ? mode + py::int_(1) : Object(py::int_(7));
-                })
-        .operation("AI_open", {port}, "Opens a port, and lets the reader thread run.", status(1).returns, portRaises,
-                   Calls<openOrClose<OPEN_AI, openFlag>>{})
-        .operation("AI_close", {port}, "Closes a port, and holds the reader thread. Rows already read stay.",
-                   status(1).returns, portRaises, Calls<openOrClose<CLOSE_AI, closeFlag>>{});
+        .shared({.name = "_convertAITriggerModeToMask",
+                 .parameters = {{"mode", "int", "trigger mode, 0 to 6"}},
+                 .doc = "Trigger mode as the device's mask.",
+                 .returns = {"int", "1 to 7"},
+                 .body = [](py::handle, const Object& mode) -> Object {
+                     return isOneOf(mode, {0, 1, 2, 3, 4, 5}) ? mode + py::int_(1) : Object(py::int_(7));
+                 }})
+        .operation({.name = "AI_open",
+                    .parameters = {port},
+                    .doc = "Opens a port, and lets the reader thread run.",
+                    .returns = status(1).returns,
+                    .raises = portRaises,
+                    .body = [](Op op, Object port) { return openOrClose(std::move(op), port, OPEN_AI, openFlag); }})
+        .operation({.name = "AI_close",
+                    .parameters = {port},
+                    .doc = "Closes a port, and holds the reader thread. Rows already read stay.",
+                    .returns = status(1).returns,
+                    .raises = portRaises,
+                    .body = [](Op op, Object port) { return openOrClose(std::move(op), port, CLOSE_AI, closeFlag); }});
 }
 
 std::size_t channelsOf(py::handle self) {
@@ -101,7 +109,7 @@ Result setMode(Op op, Object port, Object mode) {
     op.call("_checkAIPort", port);
     op.call("_checkAIMode", mode);
     setAttribute(op.self(), "ai_mode", mode);
-    const Object reply = co_await op.exchange(SET_AI_MODE, payload(port, mode));
+    const Object reply = co_await exchange(op, SET_AI_MODE, payload(port, mode));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -117,33 +125,34 @@ void adaptCurrentPort(py::handle self, std::vector<Object>& arguments) {
 
 void defineInputConfiguration(Feature& feature) {
     const Parameter count{"num_samples", "int", "rows of one acquisition, 0 to 4294967295"};
-    feature
-        .shared("_checkAIMode", {{"mode", "int", "0, 1 or 2"}}, "Refuses a mode that there is not.", {},
-                {"AIModeNotAvaliableError: another mode"},
-                Calls<checkAccepted<FailureId::AIModeNotAvaliableError, 0, 1, 2>>{})
-        .shared("_ckeckAISamplingRate", {{"port", "int", "port as the device counts it"}, rate},
-                "Refuses a rate above the model's limit.", {},
-                {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
-                Calls<checkRate>{})
-        .operation("AI_setMode", {port, {"mode", "int", "0 on demand, 1 so many rows, 2 without end"}},
-                   "Sets the mode of acquisition.", status(1).returns, {"@_checkAIPort", "@_checkAIMode"},
-                   Calls<setMode>{})
-        .row({"AI_setNumSamples",
-              {port, count},
-              {isInt("num_samples"), calls("_checkAIPort", {"port"})},
-              SET_AI_NUM_SAMPLES,
-              {u8("port"), packed<std::uint32_t>("u32", "num_samples")},
-              status(1),
-              "Sets how many rows an acquisition of mode 1 has.",
-              adaptCurrentPort})
-        .row({"AI_setSamplingRate",
-              {port, rate},
-              {calls("_checkAIPort", {"port"}), calls("_ckeckAISamplingRate", {"port", "sampling_rate"})},
-              SET_AI_SAMPLING_RATE,
-              {u8("port"), f32("sampling_rate")},
-              status(1),
-              "Sets the rate.",
-              adaptCurrentPort});
+    const Definition checkAIMode =
+        accepting("_checkAIMode", {"mode", "int", "0, 1 or 2"}, FailureId::AIModeNotAvaliableError, {0, 1, 2});
+    const Definition checkSamplingRate{
+        .name = "_ckeckAISamplingRate",
+        .parameters = {{"port", "int", "port as the device counts it"}, rate},
+        .doc = "Refuses a rate above the model's limit.",
+        .raises = {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
+        .body = checkRate};
+    feature.shared(checkAIMode)
+        .shared(checkSamplingRate)
+        .operation({.name = "AI_setMode",
+                    .parameters = {port, {"mode", "int", "0 on demand, 1 so many rows, 2 without end"}},
+                    .doc = "Sets the mode of acquisition.",
+                    .returns = status(1).returns,
+                    .raises = {checkAIPort, checkAIMode},
+                    .body = setMode})
+        .operation(Request{.name = "AI_setNumSamples",
+                           .checks = {isInt(count), checkAIPort(port)},
+                           .sends = SET_AI_NUM_SAMPLES,
+                           .fields = {port | u8, count | u32},
+                           .adapt = adaptCurrentPort,
+                           .doc = "Sets how many rows an acquisition of mode 1 has."})
+        .operation(Request{.name = "AI_setSamplingRate",
+                           .checks = {checkAIPort(port), checkSamplingRate(port, rate)},
+                           .sends = SET_AI_SAMPLING_RATE,
+                           .fields = {port | u8, rate | f32},
+                           .adapt = adaptCurrentPort,
+                           .doc = "Sets the rate."});
 }
 
 namespace {
@@ -182,29 +191,44 @@ void defineBased(Package& package) {
         .field({"chip_select_p3", "list[int]", "chip selects enabled on port 3"});
     defineInputConfiguration(based);
     defineInputStreaming(based);
-    based.row({"AI_openStreaming",
-               {port},
-               {calls("_checkAIPort", {"port"})},
-               OPEN_AI_STREAMING,
-               {u8("port")},
-               streamingSettings(),
-               "Prepares streaming. The port is not counted from 1 here.",
-               adaptWifiPort});
-    based.operation("AI_startStreaming", {port}, "Starts streaming; there is no reply.", {"int", "0"}, portRaises,
-                    Calls<startStreaming>{});
-    // clang-format off
-    based.rows({
-        {"AI_closeStreaming", {port}, {calls("_checkAIPort", {"port"})}, CLOSE_AI_STREAMING, {u8("port")}, status(1),
-            "Stops streaming. Rows already received stay readable.", adaptPort},
-        {"_AI_getCounter", {port}, {}, GET_AI_COUNTERS, {u8("port")},
-            numbersAt<std::uint32_t>(0, 9, "the device's 9 counters"), "Reads the device's counters.", adaptPort},
-        {"_AI_readBufferStatus", {port}, {calls("_checkAIPort", {"port"})}, CHECK_BUFFER_STATUS, {u8("port")},
-            numbersAt<std::uint32_t>(0, 4, "the 4 counters of the device's buffer"), "Reads the state of the device's buffer.",
-            adaptPort},
-        {"_AI_clearBufferStatus", {port}, {calls("_checkAIPort", {"port"})}, CLEAR_DATA, {u8("port")}, status(1),
-            "Clears the counters of the device's buffer.", adaptPort},
-    });
-    // clang-format on
+    based.operation(Request{.name = "AI_openStreaming",
+                            .checks = {checkAIPort(port)},
+                            .sends = OPEN_AI_STREAMING,
+                            .fields = {port | u8},
+                            .reply = streamingSettings(),
+                            .adapt = adaptWifiPort,
+                            .doc = "Prepares streaming. The port is not counted from 1 here."});
+    based.operation({.name = "AI_startStreaming",
+                     .parameters = {port},
+                     .doc = "Starts streaming; there is no reply.",
+                     .returns = {"int", "0"},
+                     .raises = portRaises,
+                     .body = startStreaming});
+    based.operations({{.name = "AI_closeStreaming",
+                       .checks = {checkAIPort(port)},
+                       .sends = CLOSE_AI_STREAMING,
+                       .fields = {port | u8},
+                       .adapt = adaptPort,
+                       .doc = "Stops streaming. Rows already received stay readable."},
+                      {.name = "_AI_getCounter",
+                       .sends = GET_AI_COUNTERS,
+                       .fields = {port | u8},
+                       .reply = numbersAt<std::uint32_t>(0, 9, "the device's 9 counters"),
+                       .adapt = adaptPort,
+                       .doc = "Reads the device's counters."},
+                      {.name = "_AI_readBufferStatus",
+                       .checks = {checkAIPort(port)},
+                       .sends = CHECK_BUFFER_STATUS,
+                       .fields = {port | u8},
+                       .reply = numbersAt<std::uint32_t>(0, 4, "the 4 counters of the device's buffer"),
+                       .adapt = adaptPort,
+                       .doc = "Reads the state of the device's buffer."},
+                      {.name = "_AI_clearBufferStatus",
+                       .checks = {checkAIPort(port)},
+                       .sends = CLEAR_DATA,
+                       .fields = {port | u8},
+                       .adapt = adaptPort,
+                       .doc = "Clears the counters of the device's buffer."}});
 }
 
 // One chip select's samples, two bytes each from byte 2 on.
@@ -237,7 +261,7 @@ Result enableChannels(Op op, Object port, Object channels) {
     op.call("_checkAIPort", port);
     op.call("_checkAIChannel", channels);
     setAttribute(op.self(), "ai_num_channels", channels);
-    const Object reply = co_await op.exchange(SET_AI_ENABLED_CS, payload(port, channels));
+    const Object reply = co_await exchange(op, SET_AI_ENABLED_CS, payload(port, channels));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -249,7 +273,7 @@ Result enableChipSelects(Op op, Object slot, Object chipSelects) {
     for (const auto& [number, field] : {std::pair{0, "chip_select_p0"}, {1, "chip_select_p1"}, {3, "chip_select_p3"}}) {
         if (port.equal(py::int_(number))) setAttribute(op.self(), field, chipSelects);
     }
-    const Object reply = co_await op.exchange(SET_AI_ENABLED_CS, payload(port, maskOfIndices(chipSelects)));
+    const Object reply = co_await exchange(op, SET_AI_ENABLED_CS, payload(port, maskOfIndices(chipSelects)));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -259,7 +283,7 @@ Result setTriggerMode(Op op, Object port, Object mode) {
     op.call("_checkAIPort", port);
     op.call("_checkAITriggerMode", mode);
     const Object mask = op.call("_convertAITriggerModeToMask", mode);
-    const Object reply = co_await op.exchange(AI_SET_TRIG_MODE, payload(port, mask));
+    const Object reply = co_await exchange(op, AI_SET_TRIG_MODE, payload(port, mask));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -273,9 +297,16 @@ Reply samplesReply() {
 }
 
 void defineModule(Package& package) {
+    const Definition checkAIChannel = accepting("_checkAIChannel", {"channel", "int", "number of channels, 1 to 8"},
+                                                FailureId::AIChannelNotAvaliableError, {1, 2, 3, 4, 5, 6, 7, 8});
+    const Definition checkAIChipSelect = accepting("_checkAIChipSelect", {"cs", "int", "chip select, 0 to 2"},
+                                                   FailureId::AICSNotAvaliableError, {0, 1, 2});
+    const Definition checkAITriggerMode = accepting("_checkAITriggerMode", {"mode", "int", "trigger mode, 0 to 6"},
+                                                    FailureId::AITriggerModeNotAvaliableError, {0, 1, 2, 3, 4, 5, 6});
     const Parameter variable{"ai_variable", "bool", "whether the number of channels can be chosen", "False"};
     Feature input(package, "AIModule", {"Packet", "AIBased"}, "Analog inputs of 16 bits.");
-    definePinCheck<inputPorts>(input)
+    input.shared(portLines(inputPorts))
+        .operation(lineCheck(inputPorts))
         .constructor({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"},
                       {"ai_max_rate", "int", "highest rate of the model in Hz"},
                       {"ai_ratio", "float", "volts per count"},
@@ -287,43 +318,45 @@ void defineModule(Package& package) {
                          constructInput(self, {ports, rate, ratio, channels, chosen,
                                                chosen ? START_AI_STREAMING_VARIABLE : START_AI_STREAMING});
                      })
-        .shared("_checkAIChannel", {{"channel", "int", "number of channels, 1 to 8"}}, "Refuses another number.", {},
-                {"AIChannelNotAvaliableError: another number"},
-                Calls<checkAccepted<FailureId::AIChannelNotAvaliableError, 1, 2, 3, 4, 5, 6, 7, 8>>{})
-        .shared("_checkAIChipSelect", {{"cs", "int", "chip select, 0 to 2"}}, "Refuses another chip select.", {},
-                {"AICSNotAvaliableError: another chip select"},
-                Calls<checkAccepted<FailureId::AICSNotAvaliableError, 0, 1, 2>>{})
-        .shared("_checkAITriggerMode", {{"mode", "int", "trigger mode, 0 to 6"}}, "Refuses another mode.", {},
-                {"AITriggerModeNotAvaliableError: another mode"},
-                Calls<checkAccepted<FailureId::AITriggerModeNotAvaliableError, 0, 1, 2, 3, 4, 5, 6>>{})
+        .shared(checkAIChannel)
+        .shared(checkAIChipSelect)
+        .shared(checkAITriggerMode)
         .operation(
-            "AI_readOnDemand", {port}, "Reads all channels once.",
-            {"list[float]", "volts, rounded to 4 decimals, the channels of all enabled chip selects behind each other",
-             "the device"},
-            portRaises, Calls<readOnDemand>{})
-        .operation("AI_enableChannel", {port, {"channel", "int", "number of channels, 1 to 8, counted from channel 0"}},
-                   "Chooses how many channels are read.", status(1).returns,
-                   {"@_checkAIPort", "@_checkAIChannel", "APINotSupportError: the model's number is fixed"},
-                   Calls<enableChannels>{})
+            {.name = "AI_readOnDemand",
+             .parameters = {port},
+             .doc = "Reads all channels once.",
+             .returns = {"list[float]",
+                         "volts, rounded to 4 decimals, the channels of all enabled chip selects behind each other",
+                         "the device"},
+             .raises = portRaises,
+             .body = readOnDemand})
+        .operation({.name = "AI_enableChannel",
+                    .parameters = {port, {"channel", "int", "number of channels, 1 to 8, counted from channel 0"}},
+                    .doc = "Chooses how many channels are read.",
+                    .returns = status(1).returns,
+                    .raises = {checkAIPort, checkAIChannel, "APINotSupportError: the model's number is fixed"},
+                    .body = enableChannels})
+        .operation({.name = "AI_enableCS",
+                    .parameters = {{"slot", "int", "slot of the chassis, 1, 2 or 4"},
+                                   {"chip_select", "list[int]", "chip selects, 0 to 2"}},
+                    .doc = "Chooses the chip selects of a slot.",
+                    .returns = status(1).returns,
+                    .raises = {checkAIPort, checkAIChipSelect, "APINotSupportError: the model is no chassis"},
+                    .body = enableChipSelects})
         .operation(
-            "AI_enableCS",
-            {{"slot", "int", "slot of the chassis, 1, 2 or 4"}, {"chip_select", "list[int]", "chip selects, 0 to 2"}},
-            "Chooses the chip selects of a slot.", status(1).returns,
-            {"@_checkAIPort", "@_checkAIChipSelect", "APINotSupportError: the model is no chassis"},
-            Calls<enableChipSelects>{})
-        .operation(
-            "AI_setTriggerMode", {port, {"mode", "int", "trigger mode, 0 or 1; up to 6 on USB models"}},
-            "Chooses what starts an acquisition.", status(1).returns,
-            {"@_checkAIPort", "@_checkAITriggerMode", "APINotSupportError: the model has the modes 0 and 1 only"},
-            Calls<setTriggerMode>{})
-        .row({"_AI_getDataRTC",
-              {port},
-              {calls("_checkAIPort", {"port"})},
-              AI_GET_DATA,
-              {u8("port"), constant(0)},
-              samplesReply(),
-              "Reads the samples that the device took with its clock.",
-              adaptPort});
+            {.name = "AI_setTriggerMode",
+             .parameters = {port, {"mode", "int", "trigger mode, 0 or 1; up to 6 on USB models"}},
+             .doc = "Chooses what starts an acquisition.",
+             .returns = status(1).returns,
+             .raises = {checkAIPort, checkAITriggerMode, "APINotSupportError: the model has the modes 0 and 1 only"},
+             .body = setTriggerMode})
+        .operation(Request{.name = "_AI_getDataRTC",
+                           .checks = {checkAIPort(port)},
+                           .sends = AI_GET_DATA,
+                           .fields = {port | u8, constant(0)},
+                           .reply = samplesReply(),
+                           .adapt = adaptPort,
+                           .doc = "Reads the samples that the device took with its clock."});
     defineInputReading(input);
 }
 

@@ -4,7 +4,9 @@
 
 #include "analog/rows.h"
 #include "core/engine/stream_reader.h"
+#include "device/feature.h"
 #include "device/runtime.h"
+#include "digital/pin_map.h"
 #include "models/traits.h"
 
 namespace zvr::python {
@@ -30,6 +32,9 @@ void defineInputReading(Feature& module);
 /// The list of chip selects that are enabled on a port.
 Object chipSelectsOf(py::handle self, const Object& port);
 
-extern const Parameter inputPortParameter;
+inline const Parameter inputPortParameter{"port", "int",
+                                          "port of the analog input; on the chassis the slot, 1, 2 or 4"};
+inline constexpr PinnedPorts inputPorts{"AI", "ai_dict", "ai_port", FailureId::AIPortNotAvaliableError};
+inline const Definition checkAIPort = portCheck(inputPorts);
 
 }  // namespace zvr::python

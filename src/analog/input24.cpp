@@ -43,13 +43,12 @@ Reply offsetBinary() {
 void defineAnalogInput24(Package& package) {
     const Parameter ports{"ai_dict", "dict[int, list[int]]", "ports of the analog input"};
     const auto readRow = [](Reply reply, int kind) {
-        return Row{"AI_readOnDemand",
-                   {inputPortParameter},
-                   {calls("_checkAIPort", {"port"})},
-                   READAI24BIT,
-                   {u8("port"), constant(kind)},
-                   std::move(reply),
-                   "Reads all channels once."};
+        return Request{.name = "AI_readOnDemand",
+                       .checks = {checkAIPort(inputPortParameter)},
+                       .sends = READAI24BIT,
+                       .fields = {inputPortParameter | u8, constant(kind)},
+                       .reply = std::move(reply),
+                       .doc = "Reads all channels once."};
     };
 
     Feature streaming(package, "AI24BitStreamingModule", {"Packet", "AIBased"},
@@ -62,13 +61,13 @@ void defineAnalogInput24(Package& package) {
         [](py::handle self, const Object& map, const Object& rate, const Object& ratio, const Object& count) {
             constructInput(self, {map, rate, ratio, count, false, AI_START_STREAMING_24BIT});
         });
-    streaming.row(readRow(twosComplement(), 0));
+    streaming.operation(readRow(twosComplement(), 0));
     defineInputReading(streaming);
 
     Feature current(package, "AI24BitModule", {"Packet", "AIUnion"}, "Inputs of currents and voltages, on demand.");
     current.offers({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"}});
     defineInputConfiguration(current);
-    current.row(readRow(offsetBinary(), 255));
+    current.operation(readRow(offsetBinary(), 255));
 }
 
 }  // namespace zvr::python

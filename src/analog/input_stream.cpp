@@ -267,11 +267,9 @@ Result readInto(Op op, Object port, Object buffer, Seconds delay) {
 const Parameter countParameter{"num_samples", "int", "most rows to read"};
 const Parameter delayParameter{"delay", "float", "seconds to wait at most for that many rows; with 0 nothing is read",
                                "0.005"};
-const Raises portRaises{"@_checkAIPort"};
+const Raises portRaises{checkAIPort};
 
 }  // namespace
-
-const Parameter inputPortParameter{"port", "int", "port of the analog input; on the chassis the slot, 1, 2 or 4"};
 
 Object chipSelectsOf(py::handle self, const Object& port) {
     for (const auto& [number, field] : {std::pair{0, "chip_select_p0"}, {1, "chip_select_p1"}, {3, "chip_select_p3"}}) {
@@ -327,66 +325,85 @@ void defineInputStreaming(Feature& based) {
         .field({"ai_lock", "Gate", "gate of the reader thread, shut while the port is closed"})
         .field({"ai_stream_thread", "DeviceThread", "the reader thread"})
         .field({"ai_open_flag", "bool", "whether the port is open"})
-        .shared("_AI_changePortToIndex", {{"port", "int", "0, 1 or 3"}, {"cs", "int", "chip select, 0 to 2"}},
-                "Place of a pair of queues in the lists.", {"int", "0 to 8"}, {"UnboundLocalError: another port"},
-                Calls<indexOfQueue>{})
-        .shared("_AIStreamThread",
-                {{"data_queue_list", "list[Fifo]", "queues of frames"},
-                 {"signal_queue_list", "list[RowFifo]", "queues of rows"}},
-                "Body of the reader thread: turns frames into rows until `_AI_free`.", {},
-                {"ValueError: a frame is no whole number of rows"},
-                [](py::handle self, const Object& frames, const Object& rows) {
-                    runFeederBody(self, inputFunction, [&] { return partsWith(self, frames, rows); });
-                })
-        .shared("_AI_free", {}, "Ends the reader thread for good.", {}, {}, [](py::handle self) {
-            setAttribute(self, "ai_killed", py::bool_(true));
-            const Object lock = attribute(self, "ai_lock");
-            callMethod(lock, "acquire", py::bool_(false));
-            for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());
-            callMethod(lock, "release");
-        });
+        .shared({.name = "_AI_changePortToIndex",
+                 .parameters = {{"port", "int", "0, 1 or 3"}, {"cs", "int", "chip select, 0 to 2"}},
+                 .doc = "Place of a pair of queues in the lists.",
+                 .returns = {"int", "0 to 8"},
+                 .raises = {"UnboundLocalError: another port"},
+                 .body = indexOfQueue})
+        .shared({.name = "_AIStreamThread",
+                 .parameters = {{"data_queue_list", "list[Fifo]", "queues of frames"},
+                                {"signal_queue_list", "list[RowFifo]", "queues of rows"}},
+                 .doc = "Body of the reader thread: turns frames into rows until `_AI_free`.",
+                 .raises = {"ValueError: a frame is no whole number of rows"},
+                 .body =
+                     [](py::handle self, const Object& frames, const Object& rows) {
+                         runFeederBody(self, inputFunction, [&] { return partsWith(self, frames, rows); });
+                     }})
+        .shared({.name = "_AI_free", .doc = "Ends the reader thread for good.", .body = [](py::handle self) {
+                     setAttribute(self, "ai_killed", py::bool_(true));
+                     const Object lock = attribute(self, "ai_lock");
+                     callMethod(lock, "acquire", py::bool_(false));
+                     for (const py::handle queue : attribute(self, "ai_data_queue_list"))
+                         callMethod(queue, "put", py::none());
+                     callMethod(lock, "release");
+                 }});
 }
 
 void defineInputReading(Feature& module) {
     module
-        .untimed(
-            "AI_readStreaming", {inputPortParameter, countParameter, delayParameter},
-            "Takes rows that have been streamed.",
-            {"list[list[float]]",
-             "rows of volts, the channels of all enabled chip selects behind each other; fewer rows than asked for, "
-             "or none, if no more came in time",
-             "the row queues"},
-            portRaises, Calls<readStreaming>{})
-        .untimed(
-            "AI_readStreamingBlock", {inputPortParameter, countParameter, delayParameter},
-            "Takes rows that have been streamed as one block of doubles.",
-            {"SampleBlock", "volts, (rows, columns); rows of another width than the first are left for the next call",
-             "the row queues"},
-            portRaises, Calls<readBlock>{})
-        .untimed("AI_readStreamingInto",
-                 {inputPortParameter,
-                  {"buffer", "Any", "writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one"},
-                  delayParameter},
-                 "Writes rows that have been streamed into the caller's memory, as many as fit.",
-                 {"int", "number of rows written, from the beginning of the buffer on", "the row queues"},
-                 {"@_checkAIPort", "TypeError: the buffer is not one of doubles", "BufferError: it is not writable"},
-                 Calls<readInto>{})
-        .shared("AI_getBacklog", {inputPortParameter}, "Tells how many rows wait to be read.",
-                {"int", "rows that every enabled chip select has", "the row queues"}, portRaises,
-                [](py::handle self, const Object& slot) {
-                    const Object port = devicePort(self, slot);
-                    callMethod(self, "_checkAIPort", port);
-                    return select(self, port).size();
-                })
-        .shared("AI_getDroppedRows", {inputPortParameter}, "Tells how many rows were dropped because a queue was full.",
-                {"int", "rows since construction, over the enabled chip selects", "the row queues"}, portRaises,
-                [](py::handle self, const Object& slot) {
-                    const Object port = devicePort(self, slot);
-                    callMethod(self, "_checkAIPort", port);
-                    std::uint64_t dropped = 0;
-                    for (const auto& queue : select(self, port).queues) dropped += queue->dropped();
-                    return dropped;
-                });
+        .withoutTimeout({.name = "AI_readStreaming",
+                         .parameters = {inputPortParameter, countParameter, delayParameter},
+                         .doc = "Takes rows that have been streamed.",
+                         .returns = {"list[list[float]]",
+                                     "rows of volts, the channels of all enabled chip selects behind each other; fewer "
+                                     "rows than asked for, "
+                                     "or none, if no more came in time",
+                                     "the row queues"},
+                         .raises = portRaises,
+                         .body = readStreaming})
+        .withoutTimeout(
+            {.name = "AI_readStreamingBlock",
+             .parameters = {inputPortParameter, countParameter, delayParameter},
+             .doc = "Takes rows that have been streamed as one block of doubles.",
+             .returns = {"SampleBlock",
+                         "volts, (rows, columns); rows of another width than the first are left for the next call",
+                         "the row queues"},
+             .raises = portRaises,
+             .body = readBlock})
+        .withoutTimeout(
+            {.name = "AI_readStreamingInto",
+             .parameters = {inputPortParameter,
+                            {"buffer", "Any",
+                             "writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one"},
+                            delayParameter},
+             .doc = "Writes rows that have been streamed into the caller's memory, as many as fit.",
+             .returns = {"int", "number of rows written, from the beginning of the buffer on", "the row queues"},
+             .raises = {checkAIPort, "TypeError: the buffer is not one of doubles", "BufferError: it is not writable"},
+             .body = readInto})
+        .shared({.name = "AI_getBacklog",
+                 .parameters = {inputPortParameter},
+                 .doc = "Tells how many rows wait to be read.",
+                 .returns = {"int", "rows that every enabled chip select has", "the row queues"},
+                 .raises = portRaises,
+                 .body =
+                     [](py::handle self, const Object& slot) {
+                         const Object port = devicePort(self, slot);
+                         callMethod(self, "_checkAIPort", port);
+                         return select(self, port).size();
+                     }})
+        .shared({.name = "AI_getDroppedRows",
+                 .parameters = {inputPortParameter},
+                 .doc = "Tells how many rows were dropped because a queue was full.",
+                 .returns = {"int", "rows since construction, over the enabled chip selects", "the row queues"},
+                 .raises = portRaises,
+                 .body = [](py::handle self, const Object& slot) {
+                     const Object port = devicePort(self, slot);
+                     callMethod(self, "_checkAIPort", port);
+                     std::uint64_t dropped = 0;
+                     for (const auto& queue : select(self, port).queues) dropped += queue->dropped();
+                     return dropped;
+                 }});
 }
 
 void defineRowFifo(Package& package) {

@@ -198,43 +198,59 @@ void defineLogger(Package& package) {
         .field({"save_data_thread", "DeviceThread", "the thread that writes"})
         .field({"queue_timeout", "int", "seconds that the thread waits for rows before it looks around"})
         .field({"killed", "bool", "set once; the thread ends when its queue is empty"})
-        .method("__init__", {}, "Starts the thread, which waits for a file.", {}, {}, Calls<construct>{})
-        .method("Logger_openFile",
-                {{"filename", "str", "name of the file"},
-                 {"clear_old", "bool", "whether to empty the file; else rows are added", "False"},
-                 verbose},
-                "Opens a file, after all that is queued for the one before has reached that.", {},
-                {"OSError: the file cannot be opened; nothing changes then, but that the same file, if it was open, is "
-                 "closed"},
-                Calls<openFile>{})
-        .method("Logger_writeHeader", {{"header", "Sequence[object]", "titles of the columns"}},
-                "Queues a row of titles.", {}, {},
-                [](py::handle self, const Object& row) { callMethod(self, "Logger_writeList", row); })
-        .method("Logger_writeList", {{"value_list", "Sequence[object]", "values of one row"}}, "Queues a row.", {}, {},
-                [](py::handle self, const Object& row) { callMethod(self, "Logger_write2DList", alone(row)); })
+        .method({.name = "__init__", .doc = "Starts the thread, which waits for a file.", .body = construct})
+        .method({.name = "Logger_openFile",
+                 .parameters = {{"filename", "str", "name of the file"},
+                                {"clear_old", "bool", "whether to empty the file; else rows are added", "False"},
+                                verbose},
+                 .doc = "Opens a file, after all that is queued for the one before has reached that.",
+                 .raises = {"OSError: the file cannot be opened; nothing changes then, but that the same file, if it "
+                            "was open, is "
+                            "closed"},
+                 .body = openFile})
+        .method({.name = "Logger_writeHeader",
+                 .parameters = {{"header", "Sequence[object]", "titles of the columns"}},
+                 .doc = "Queues a row of titles.",
+                 .body = [](py::handle self, const Object& row) { callMethod(self, "Logger_writeList", row); }})
         .method(
-            "Logger_write2DList",
-            {{"value_mat", "Any",
-              "rows: a list of lists, anything like it, or a SampleBlock, which stays as it is until "
-              "the thread writes it"}},
-            "Queues rows.", {}, {},
-            [](py::handle self, const Object& rows) { callMethod(attribute(self, "save_data_queue"), "put", rows); })
-        .method("Logger_writeValue", {{"value", "object", "the value"}}, "Queues a row of one value.", {}, {},
-                [](py::handle self, const Object& value) { callMethod(self, "Logger_writeList", alone(value)); })
-        .method("Logger_flush", {},
-                "Waits until everything queued is in the file, and the file on its way to the disk.", {},
-                {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
-                Calls<flush>{})
-        .method("Logger_getLostWrites", {}, "Tells how many queued matrices could not be written.",
-                {"int", "count since construction; the first failure of each file is reported", "a host record"}, {},
-                [](py::handle self) { return loggerOf(self)->lost(); })
-        .method("_saveStreamingDataThread", {{"queue_", "Any", "the queue to take matrices from"}},
-                "Body of the thread: passes the gate, takes a matrix and writes it, until the object is killed.", {},
-                {"queue.Empty: nothing came within `queue_timeout`"},
-                [](py::handle self, const Object& queue) { loggerOf(self)->runFor(self, queue); })
-        .method("_Logger_close", {{"verbose", "bool", "without effect", "True"}},
-                "Writes what is queued, closes the file and ends the thread for good.", {},
-                {"OSError: the disk refuses it"}, Calls<closeLogger>{});
+            {.name = "Logger_writeList",
+             .parameters = {{"value_list", "Sequence[object]", "values of one row"}},
+             .doc = "Queues a row.",
+             .body = [](py::handle self, const Object& row) { callMethod(self, "Logger_write2DList", alone(row)); }})
+        .method(
+            {.name = "Logger_write2DList",
+             .parameters = {{"value_mat", "Any",
+                             "rows: a list of lists, anything like it, or a SampleBlock, which stays as it is until "
+                             "the thread writes it"}},
+             .doc = "Queues rows.",
+             .body = [](py::handle self,
+                        const Object& rows) { callMethod(attribute(self, "save_data_queue"), "put", rows); }})
+        .method(
+            {.name = "Logger_writeValue",
+             .parameters = {{"value", "object", "the value"}},
+             .doc = "Queues a row of one value.",
+             .body = [](py::handle self, const Object& value) { callMethod(self, "Logger_writeList", alone(value)); }})
+        .method(
+            {.name = "Logger_flush",
+             .doc = "Waits until everything queued is in the file, and the file on its way to the disk.",
+             .raises = {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
+             .body = flush})
+        .method({.name = "Logger_getLostWrites",
+                 .doc = "Tells how many queued matrices could not be written.",
+                 .returns = {"int", "count since construction; the first failure of each file is reported",
+                             "a host record"},
+                 .body = [](py::handle self) { return loggerOf(self)->lost(); }})
+        .method(
+            {.name = "_saveStreamingDataThread",
+             .parameters = {{"queue_", "Any", "the queue to take matrices from"}},
+             .doc = "Body of the thread: passes the gate, takes a matrix and writes it, until the object is killed.",
+             .raises = {"queue.Empty: nothing came within `queue_timeout`"},
+             .body = [](py::handle self, const Object& queue) { loggerOf(self)->runFor(self, queue); }})
+        .method({.name = "_Logger_close",
+                 .parameters = {{"verbose", "bool", "without effect", "True"}},
+                 .doc = "Writes what is queued, closes the file and ends the thread for good.",
+                 .raises = {"OSError: the disk refuses it"},
+                 .body = closeLogger});
     defineLogFields(package.get("DataLogger"));
     refusePickling(package.get("DataLogger"));
 }

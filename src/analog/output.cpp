@@ -11,10 +11,29 @@ namespace {
 
 const Parameter port{"port", "int", "port of the analog output; on the chassis the slot, 1, 2 or 4"};
 const Parameter channel{"channel", "int", "channel, 0 to 7"};
-const Raises portRaises{"@_checkAOPort"};
+const Parameter form{"form", "int", "form of the wave, 1, 2 or 3"}, mode{"mode", "int", "0, 1 or 2"},
+    span{"span", "int", "0 to 4"}, rate{"sampling_rate", "float", "in Hz, at most `ao_rate`"};
 constexpr PinnedPorts outputPorts{"AO", "ao_dict", "ao_port", FailureId::AOPortNotAvaliableError};
-const std::vector<Check> portChecks{calls("_checkAOPort", {"port"})};
-const std::vector<Check> channelChecks{calls("_checkAOPort", {"port"}), calls("_checkAOChannel", {"channel"})};
+
+const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineCheck(outputPorts),
+                 checkAOChannel = accepting("_checkAOChannel", {"channel", "int", "channel, 0 to 7"},
+                                            FailureId::AOChannelNotAvaliableError, {0, 1, 2, 3, 4, 5, 6, 7}),
+                 checkAOForm = accepting("_checkAOForm", {"form", "int", "1, 2 or 3"},
+                                         FailureId::AOFormNotAvaliableError, {1, 2, 3}),
+                 checkAOMode = accepting("_checkAOMode", mode, FailureId::AOModeNotVaildError, {0, 1, 2}),
+                 checkAOSpan = accepting("_checkAOSpan", span, FailureId::AOSpanNotVaildError, {0, 1, 2, 3, 4});
+const Definition checkRate{
+    .name = "_ckeckAOSamplingRate",
+    .parameters = {{"rate", "float", "rate in Hz"}},
+    .doc = "Refuses a rate above the model's limit.",
+    .raises = {"InputTypeNotCorrectError: it is no number", "AORateNotVaildError: it is above the limit"},
+    .body = [](py::handle self, const Object& rate) {
+        checkIsNumber(rate);
+        if (rate > attribute(self, "ao_rate")) throw Failure(FailureId::AORateNotVaildError);
+    }};
+const Raises portRaises{checkAOPort};
+const std::vector<Check> portChecks{checkAOPort(port)};
+const std::vector<Check> channelChecks{checkAOPort(port), checkAOChannel(channel)};
 
 void checkVolts(py::handle self, py::handle values) {
     checkItems(values, attribute(self, "ao_volt_min"), attribute(self, "ao_volt_max"));
@@ -31,14 +50,14 @@ Result open(Op op, Object port) {
         idle.append("Idle");
         co_await op.request("_checkAOPinState", port, idle);
     }
-    const Object reply = co_await op.exchange(OPEN_AO, payload(port));
+    const Object reply = co_await exchange(op, OPEN_AO, payload(port));
     co_return statusOf(bytesOf(reply), 1);
 }
 
 Result close(Op op, Object port) {
     if (opensByItself(op.self())) co_return py::int_(0);
     op.call("_checkAOPort", port);
-    const Object reply = co_await op.exchange(CLOSE_AO, payload(port));
+    const Object reply = co_await exchange(op, CLOSE_AO, payload(port));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -50,7 +69,7 @@ Result writeOne(Op op, Object port, Object channel, Object value) {
     py::list alone;
     alone.append(value);
     checkVolts(op.self(), alone);
-    const Object reply = co_await op.exchange(WRITE_AO_BY_CHANNEL, payload(port, channel, pack<float>(value)));
+    const Object reply = co_await exchange(op, WRITE_AO_BY_CHANNEL, payload(port, channel, pack<float>(value)));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -65,37 +84,24 @@ Result writeAll(Op op, Object port, Object values) {
     for (const py::handle value : callObject(adjust, values, attribute(op.self(), "ao_channel"))) {
         data.add(pack<float>(value, "value_list"));
     }
-    const Object reply = co_await op.exchange(WRITE_AO_SYNCHRONIZED, data.list());
+    const Object reply = co_await exchange(op, WRITE_AO_SYNCHRONIZED, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }
 
 void defineChecks(Feature& output) {
-    const auto codeParameter = [](const char* name, const char* doc) { return Parameters{{name, "int", doc}}; };
-    const auto typed = [](const char* failure) {
-        return Raises{"InputTypeNotCorrectError: it is no integer", std::string(failure) + ": another value"};
-    };
-    definePinCheck<outputPorts>(definePortCheck<outputPorts>(output))
-        .shared("_checkAOChannel", codeParameter("channel", "channel, 0 to 7"), "Refuses another channel.", {},
-                typed("AOChannelNotAvaliableError"),
-                Calls<checkAccepted<FailureId::AOChannelNotAvaliableError, 0, 1, 2, 3, 4, 5, 6, 7>>{})
-        .shared("_checkAOForm", codeParameter("form", "1, 2 or 3"), "Refuses another form.", {},
-                typed("AOFormNotAvaliableError"), Calls<checkAccepted<FailureId::AOFormNotAvaliableError, 1, 2, 3>>{})
-        .shared("_checkAOMode", codeParameter("mode", "0, 1 or 2"), "Refuses another mode.", {},
-                typed("AOModeNotVaildError"), Calls<checkAccepted<FailureId::AOModeNotVaildError, 0, 1, 2>>{})
-        .shared("_checkAOSpan", codeParameter("span", "0 to 4"), "Refuses another span.", {},
-                typed("AOSpanNotVaildError"), Calls<checkAccepted<FailureId::AOSpanNotVaildError, 0, 1, 2, 3, 4>>{})
-        .shared("_ckeckAOSamplingRate", {{"rate", "float", "rate in Hz"}}, "Refuses a rate above the model's limit.",
-                {}, {"InputTypeNotCorrectError: it is no number", "AORateNotVaildError: it is above the limit"},
-                [](py::handle self, const Object& rate) {
-                    checkIsNumber(rate);
-                    if (rate > attribute(self, "ao_rate")) throw Failure(FailureId::AORateNotVaildError);
-                })
-        .shared("_checkAONumOfValues", {{"value", "int", "number of values, at most 13"}},
-                "Refuses more values than one push takes.", {}, typed("InputDataNotInRangeError"),
-                [](py::handle, const Object& value) {
-                    checkIsInt(value);
-                    if (value > py::int_(13)) throw Failure(FailureId::InputDataNotInRangeError);
-                });
+    for (const Definition& check :
+         {checkAOPort, portLines(outputPorts), checkAOChannel, checkAOForm, checkAOMode, checkAOSpan, checkRate}) {
+        output.shared(check);
+    }
+    output.operation(checkAOPinState)
+        .shared({.name = "_checkAONumOfValues",
+                 .parameters = {{"value", "int", "number of values, at most 13"}},
+                 .doc = "Refuses more values than one push takes.",
+                 .raises = {"InputTypeNotCorrectError: it is no integer", "InputDataNotInRangeError: another value"},
+                 .body = [](py::handle, const Object& value) {
+                     checkIsInt(value);
+                     if (value > py::int_(13)) throw Failure(FailureId::InputDataNotInRangeError);
+                 }});
 }
 
 std::vector<FieldDoc> offered() {
@@ -123,20 +129,37 @@ void defineAnalogOutput(Package& package) {
     defineChecks(output);
     defineMaxRate(output);
     output.offers(offered())
-        .shared("AO_getPort", {}, "Tells which ports there are.", {"list[int]", "port numbers", "the model's table"},
-                {}, [](py::handle self) { return py::list(attribute(self, "ao_dict")); })
-        .operation("AO_open", {port}, "Opens a port, whose lines must be idle.", result,
-                   {"@_checkAOPort", "@_checkAOPinState"}, Calls<open>{})
-        .operation("AO_close", {port}, "Closes a port.", result, portRaises, Calls<close>{})
-        .operation("AO_writeOneChannel", {port, channel, volts}, "Sets the voltage of a channel.", result,
-                   {"@_checkAOPort", "@_checkAOChannel", "InputDataNotInRangeError: the voltage is out of range"},
-                   Calls<writeOne>{})
-        .operation("AO_writeAllChannels",
-                   {port, {"value_list", "list[float]", "voltages; a shorter list is filled, a longer one cut"}},
-                   "Sets the voltages of all channels at once.", result,
-                   {"@_checkAOPort", "InputTypeNotCorrectError: it is no list",
-                    "InputDataNotInRangeError: a voltage is out of range"},
-                   Calls<writeAll>{});
+        .shared({.name = "AO_getPort",
+                 .doc = "Tells which ports there are.",
+                 .returns = {"list[int]", "port numbers", "the model's table"},
+                 .body = [](py::handle self) { return py::list(attribute(self, "ao_dict")); }})
+        .operation({.name = "AO_open",
+                    .parameters = {port},
+                    .doc = "Opens a port, whose lines must be idle.",
+                    .returns = result,
+                    .raises = {checkAOPort, checkAOPinState},
+                    .body = open})
+        .operation({.name = "AO_close",
+                    .parameters = {port},
+                    .doc = "Closes a port.",
+                    .returns = result,
+                    .raises = portRaises,
+                    .body = close})
+        .operation({.name = "AO_writeOneChannel",
+                    .parameters = {port, channel, volts},
+                    .doc = "Sets the voltage of a channel.",
+                    .returns = result,
+                    .raises = {checkAOPort, checkAOChannel, "InputDataNotInRangeError: the voltage is out of range"},
+                    .body = writeOne})
+        .operation(
+            {.name = "AO_writeAllChannels",
+             .parameters = {port,
+                            {"value_list", "list[float]", "voltages; a shorter list is filled, a longer one cut"}},
+             .doc = "Sets the voltages of all channels at once.",
+             .returns = result,
+             .raises = {checkAOPort, "InputTypeNotCorrectError: it is no list",
+                        "InputDataNotInRangeError: a voltage is out of range"},
+             .body = writeAll});
 }
 
 namespace {
@@ -180,7 +203,7 @@ Result push(Op op, Object port, Object count, Object values) {
     for (std::int64_t i = 0; i < wanted; ++i) {
         data.add(pack<float>(own(PySequence_GetItem(values.ptr(), static_cast<Py_ssize_t>(i))), "value_list"));
     }
-    const Object reply = co_await op.exchange(SET_AO_PUSH_TO_BUFFER, data.list());
+    const Object reply = co_await exchange(op, SET_AO_PUSH_TO_BUFFER, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -188,7 +211,7 @@ Result enableChannels(Op op, Object port, Object channels) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     checkChannels(op.self(), channels);
-    const Object reply = co_await op.exchange(SET_AO_ENABLED_CHANNELS, payload(port, 0, maskOfIndices(channels)));
+    const Object reply = co_await exchange(op, SET_AO_ENABLED_CHANNELS, payload(port, 0, maskOfIndices(channels)));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -196,63 +219,98 @@ Result enableChannels(Op op, Object port, Object channels) {
 
 void defineAnalogOutputStreaming(Package& package) {
     const auto number = [](const char* name, const char* doc) { return Parameter{name, "float", doc}; };
-    const auto checked = [](const char* check, const char* argument) {
-        return std::vector<Check>{calls("_checkAOPort", {"port"}), calls(check, {argument})};
-    };
+    const Parameter amplitude = number("amplitude", "in volts"), offset = number("offset", "in volts"),
+                    frequency = number("frequency", "in Hz"),
+                    phase = number("phase", "in the device's unit").withDefault("0"),
+                    dutyCycle = number("duty_cycle", "part of a period").withDefault("0.5"),
+                    count{"num_samples", "int", "0 to 4294967295"};
     const auto portRow = [&](const char* name, Command command, Reply reply, const char* summary) {
-        return Row{name, {port}, portChecks, command, {u8("port")}, std::move(reply), summary, adaptPort};
+        return Request{.name = name,
+                       .checks = portChecks,
+                       .sends = command,
+                       .fields = {port | u8},
+                       .reply = std::move(reply),
+                       .adapt = adaptPort,
+                       .doc = summary};
     };
     Feature output(package, "AOStreamingModule", {"AOModule"}, "Analog outputs that generate waveforms.");
     output.offers(offered());
-    // clang-format off
-    output.rows({
-        portRow("AO_openStreaming",   OPEN_AO_STREAMING,  modeAndRate(), "Prepares the generation of waveforms."),
-        portRow("AO_closeStreaming",  CLOSE_AO_STREAMING, status(1), "Ends the generation of waveforms."),
-        portRow("_AO_stopStreaming",  STOP_AO_STREAMING,  status(1), "Stops the waveforms."),
-        portRow("AO_getValues",       GET_AO_VALUES, numbersAt<float>(2, 8, "voltage of each channel"), "Reads the present voltages."),
-        portRow("_AO_getMode",        GET_AO_MODE,   byteAt(1, "mode, in the device's numbering"), "Reads the mode."),
-        portRow("_AO_getState",       GET_AO_STATE,  byteAt(1, "state, in the device's numbering"), "Reads the state."),
-        portRow("_AO_getCounters",    GET_AO_COUNTERS, numbersAt<std::uint32_t>(1, 2, "the device's 2 counters"), "Reads the device's counters."),
-        portRow("_AO_initialBuffer",  INIT_AO_BUFFER, bufferReply(), "Empties the buffer for pushed samples."),
-        {"AO_setForm", {port, channel, {"form", "int", "form of the wave, 1, 2 or 3"}},
-            {channelChecks[0], channelChecks[1], calls("_checkAOForm", {"form"})}, SET_AO_FORM,
-            {u8("port"), constant(0), u8("channel"), u8("form")}, status(1), "Chooses the form of a channel's wave.", adaptPort},
-        {"AO_setFormParam", {port, channel, number("amplitude", "in volts"), number("offset", "in volts"), number("frequency", "in Hz"),
-            number("phase", "in the device's unit").withDefault("0"), number("duty_cycle", "part of a period").withDefault("0.5")},
-            {channelChecks[0], channelChecks[1], isNumber("amplitude"), isNumber("offset"), isNumber("frequency"), isNumber("phase"), isNumber("duty_cycle")},
-            SET_AO_FORM_PARAM,
-            {u8("port"), constant(0), u8("channel"), f32("amplitude"), f32("offset"), f32("frequency"), f32("phase"), f32("duty_cycle")},
-            status(1), "Sets the parameters of a channel's wave.", adaptPort},
-        {"AO_setMode", {port, {"mode", "int", "0, 1 or 2"}}, checked("_checkAOMode", "mode"), SET_AO_MODE,
-            {u8("port"), u8("mode")}, status(1), "Sets the mode.", adaptPort},
-        {"AO_setNumSamples", {port, {"num_samples", "int", "0 to 4294967295"}}, {portChecks[0], isInt("num_samples")},
-            SET_AO_NUM_SAMPLES, {u8("port"), packed<std::uint32_t>("u32", "num_samples")}, status(1),
-            "Sets how many samples are generated.", adaptPort},
-        {"AO_setSamplingRate", {port, number("sampling_rate", "in Hz, at most `ao_rate`")},
-            checked("_ckeckAOSamplingRate", "sampling_rate"), SET_AO_SAMPLING_RATE, {u8("port"), f32("sampling_rate")},
-            status(1), "Sets the rate.", adaptPort},
-        {"_AO_setSpan", {port, {"span", "int", "0 to 4"}}, checked("_checkAOSpan", "span"), SET_AO_SPAN,
-            {u8("port"), u8("span")}, status(1), "Sets the span.", adaptPort},
-    });
-    // clang-format on
+    output.operations(
+        {portRow("AO_openStreaming", OPEN_AO_STREAMING, modeAndRate(), "Prepares the generation of waveforms."),
+         portRow("AO_closeStreaming", CLOSE_AO_STREAMING, status(1), "Ends the generation of waveforms."),
+         portRow("_AO_stopStreaming", STOP_AO_STREAMING, status(1), "Stops the waveforms."),
+         portRow("AO_getValues", GET_AO_VALUES, numbersAt<float>(2, 8, "voltage of each channel"),
+                 "Reads the present voltages."),
+         portRow("_AO_getMode", GET_AO_MODE, byteAt(1, "mode, in the device's numbering"), "Reads the mode."),
+         portRow("_AO_getState", GET_AO_STATE, byteAt(1, "state, in the device's numbering"), "Reads the state."),
+         portRow("_AO_getCounters", GET_AO_COUNTERS, numbersAt<std::uint32_t>(1, 2, "the device's 2 counters"),
+                 "Reads the device's counters."),
+         portRow("_AO_initialBuffer", INIT_AO_BUFFER, bufferReply(), "Empties the buffer for pushed samples."),
+         {.name = "AO_setForm",
+          .checks = {channelChecks[0], channelChecks[1], checkAOForm(form)},
+          .sends = SET_AO_FORM,
+          .fields = {port | u8, constant(0), channel | u8, form | u8},
+          .adapt = adaptPort,
+          .doc = "Chooses the form of a channel's wave."},
+         {.name = "AO_setFormParam",
+          .checks = {channelChecks[0], channelChecks[1], isNumber(amplitude), isNumber(offset), isNumber(frequency),
+                     isNumber(phase), isNumber(dutyCycle)},
+          .sends = SET_AO_FORM_PARAM,
+          .fields = {port | u8, constant(0), channel | u8, amplitude | f32, offset | f32, frequency | f32, phase | f32,
+                     dutyCycle | f32},
+          .adapt = adaptPort,
+          .doc = "Sets the parameters of a channel's wave."},
+         {.name = "AO_setMode",
+          .checks = {portChecks[0], checkAOMode(mode)},
+          .sends = SET_AO_MODE,
+          .fields = {port | u8, mode | u8},
+          .adapt = adaptPort,
+          .doc = "Sets the mode."},
+         {.name = "AO_setNumSamples",
+          .checks = {portChecks[0], isInt(count)},
+          .sends = SET_AO_NUM_SAMPLES,
+          .fields = {port | u8, count | u32},
+          .adapt = adaptPort,
+          .doc = "Sets how many samples are generated."},
+         {.name = "AO_setSamplingRate",
+          .checks = {portChecks[0], checkRate(rate)},
+          .sends = SET_AO_SAMPLING_RATE,
+          .fields = {port | u8, rate | f32},
+          .adapt = adaptPort,
+          .doc = "Sets the rate."},
+         {.name = "_AO_setSpan",
+          .checks = {portChecks[0], checkAOSpan(span)},
+          .sends = SET_AO_SPAN,
+          .fields = {port | u8, span | u8},
+          .adapt = adaptPort,
+          .doc = "Sets the span."}});
     output
-        .untimed("AO_startStreaming", {port}, "Starts the waveforms; there is no reply.", {"int", "0"}, portRaises,
-                 [](Op op, Object port) -> Result {
-                     port = devicePort(op.self(), port);
-                     op.call("_checkAOPort", port);
-                     co_await op.same("_sendPacketWithoutReply", py::int_(int{START_AO_STREAMING}), payload(port));
-                     co_return py::int_(0);
-                 })
-        .operation("AO_setEnableChannels", {port, {"channel_list", "list[int]", "channels, 0 to 7"}},
-                   "Chooses the channels that generate.", status(1).returns,
-                   {"@_checkAOPort", "@_checkAOChannel", "InputTypeNotCorrectError: it is no list"},
-                   Calls<enableChannels>{})
-        .operation(
-            "_AO_pushToBuffer",
-            {port, {"num_of_val", "int", "number of values, 0 to 13"}, {"value_list", "Sequence[float]", "voltages"}},
-            "Pushes samples to the device's buffer.", status(1).returns,
-            {"@_checkAOPort", "InputDataNotInRangeError: more than 13 values, or more than the list has"},
-            Calls<push>{});
+        .withoutTimeout({.name = "AO_startStreaming",
+                         .parameters = {port},
+                         .doc = "Starts the waveforms; there is no reply.",
+                         .returns = {"int", "0"},
+                         .raises = portRaises,
+                         .body = [](Op op, Object port) -> Result {
+                             port = devicePort(op.self(), port);
+                             op.call("_checkAOPort", port);
+                             co_await op.same("_sendPacketWithoutReply", py::int_(int{START_AO_STREAMING}),
+                                              payload(port));
+                             co_return py::int_(0);
+                         }})
+        .operation({.name = "AO_setEnableChannels",
+                    .parameters = {port, {"channel_list", "list[int]", "channels, 0 to 7"}},
+                    .doc = "Chooses the channels that generate.",
+                    .returns = status(1).returns,
+                    .raises = {checkAOPort, checkAOChannel, "InputTypeNotCorrectError: it is no list"},
+                    .body = enableChannels})
+        .operation({.name = "_AO_pushToBuffer",
+                    .parameters = {port,
+                                   {"num_of_val", "int", "number of values, 0 to 13"},
+                                   {"value_list", "Sequence[float]", "voltages"}},
+                    .doc = "Pushes samples to the device's buffer.",
+                    .returns = status(1).returns,
+                    .raises = {checkAOPort, "InputDataNotInRangeError: more than 13 values, or more than the list has"},
+                    .body = push});
 }
 
 }  // namespace zvr::python

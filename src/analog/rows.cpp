@@ -182,11 +182,17 @@ void defineSampleBlock(Package& package) {
     ClassMaker(type)
         .property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
                   [](const SampleBlock& block) -> Object { return py::make_tuple(block.rows, block.columns); })
-        .method("__len__", {}, "Number of rows.", {"int"}, {}, [](const SampleBlock& block) { return block.rows; })
-        .method("tolist", {}, "The rows as lists of floats.", {"list[list[float]]"}, {}, [](py::handle self) {
-            native<SampleBlock>(self);
-            return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist");
-        });
+        .method({.name = "__len__",
+                 .doc = "Number of rows.",
+                 .returns = {"int"},
+                 .body = [](const SampleBlock& block) { return block.rows; }})
+        .method({.name = "tolist",
+                 .doc = "The rows as lists of floats.",
+                 .returns = {"list[list[float]]"},
+                 .body = [](py::handle self) {
+                     native<SampleBlock>(self);
+                     return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist");
+                 }});
     refusePickling(type);
     // A block whose constructor has not run has no memory to show.
     reinterpret_cast<PyHeapTypeObject*>(type.ptr())->as_buffer.bf_getbuffer = [](PyObject* self, Py_buffer* view,

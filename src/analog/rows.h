@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/engine/row_queue.h"
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -1,7 +1,7 @@
 // Serial buses: the device is master, node or terminal, and the host tells it what to do.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -91,7 +91,7 @@ Result open(Op op, Object port) {
     } else {
         co_await op.request("_checkCANPinState_", port, freeModes());
     }
-    const Object reply = co_await op.exchange(OPEN_CAN, payload(port));
+    const Object reply = co_await exchange(op, OPEN_CAN, payload(port));
     if (!isOpen(op.self())) {
         setAttribute(op.self(), "can_open_flag", py::bool_(true));
         callMethod(attribute(op.self(), "can_lock"), "release");
@@ -105,7 +105,7 @@ Result start(Op op, Object port) {
     if (op.awaitable()) {
         co_await op.same("_sendPacketWithoutReply", py::int_(int{START_CAN}), payload(port));
     } else {
-        co_await op.exchange(START_CAN, payload(port));
+        co_await exchange(op, START_CAN, payload(port));
     }
     co_return py::int_(0);
 }
@@ -115,7 +115,7 @@ Result close(Op op, Object port) {
     const Object stopped = co_await op.request("CAN_stop", port);
     // What is negative already is a failure of its own.
     if (const Object refusal = refusalOf(stopped)) co_return refusal;
-    const Object reply = co_await op.exchange(CLOSE_CAN, payload(port));
+    const Object reply = co_await exchange(op, CLOSE_CAN, payload(port));
     if (isOpen(op.self())) {
         setAttribute(op.self(), "can_open_flag", py::bool_(false));
         callMethod(attribute(op.self(), "can_lock"), "acquire");
@@ -150,7 +150,7 @@ Result write(Op op, Object port, Object id, Object data, Object remote, Object e
     op.call("_checkCANDataRangeAndLength", data);
     Payload sent;
     sent.add(port).add(0).extend(wireOf(id, extended, remote, data));
-    const Object reply = co_await op.exchange(WRITE_CAN, sent.list());
+    const Object reply = co_await exchange(op, WRITE_CAN, sent.list());
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -158,60 +158,59 @@ Result setFilter(Op op, Object port, Object index, Object id, Object remote, Obj
     op.call("_checkCANPort", port);
     Payload sent;
     sent.add(port).add(index).extend(wireOf(id, plainInt(extended), plainInt(remote)));
-    const Object reply = co_await op.exchange(SET_CAN_RX_FILTER_OR_MASK, sent.list());
+    const Object reply = co_await exchange(op, SET_CAN_RX_FILTER_OR_MASK, sent.list());
     co_return statusOf(bytesOf(reply), 1);
 }
 
-/// Anything that has an integer value, as one byte.
-Field asInt(std::string argument) {
-    return {std::move(argument), "int", [](Payload& data, py::handle v) { data.add(py::int_(borrow(v.ptr()))); }};
-}
+const Definition checkCANSpeed =
+    accepting("_checkCANSpeed", {"speed", "int", "0 to 3"}, FailureId::CANSpeedNotVaildError, {0, 1, 2, 3});
+const Definition checkCANTXIndex =
+    accepting("_checkCANTXIndex", {"mode", "int", "0 to 2"}, FailureId::CANTXNotVaildError, {0, 1, 2});
+const Definition checkCANTXPriority =
+    accepting("_checkCANTXPriority", {"mode", "int", "0 to 3"}, FailureId::CANTXPriorityNotVaildError, {0, 1, 2, 3});
+const Definition checkCANDataRangeAndLength{
+    .name = "_checkCANDataRangeAndLength",
+    .parameters = {{"data", "list[int]", "bytes of a frame"}},
+    .doc = "Refuses more than 8, and numbers that are no bytes.",
+    .raises = {"CANDataLengthNotVaildError: more than 8 entries", "InputDataNotInRangeError: one is not 0 to 255"},
+    .body = [](py::handle, const Object& data) {
+        if (py::len(data) > CanFrame::dataBytes) throw Failure(FailureId::CANDataLengthNotVaildError);
+        checkItems(data, py::int_(0), py::int_(255), py::str("The specified CAN data elements not in range"));
+    }};
 
 void defineChecks(Feature& can) {
-    const auto mode = [](const char* doc) { return Parameters{{"mode", "int", doc}}; };
-    can.shared("_checkCANSpeed", {{"speed", "int", "0 to 3"}}, "Refuses another speed.", {},
-               {"CANSpeedNotVaildError: another mode"},
-               Calls<checkAccepted<FailureId::CANSpeedNotVaildError, 0, 1, 2, 3>>{})
-        .standalone("_checkCANTXIndex", mode("0 to 2"), "Refuses another transmit buffer.", {},
-                    {"CANTXNotVaildError: another buffer"},
-                    Calls<checkAccepted<FailureId::CANTXNotVaildError, 0, 1, 2>>{})
-        .standalone("_checkCANTXPriority", mode("0 to 3"), "Refuses another priority.", {},
-                    {"CANTXPriorityNotVaildError: another priority"},
-                    Calls<checkAccepted<FailureId::CANTXPriorityNotVaildError, 0, 1, 2, 3>>{})
-        .shared("_checkCANDataRangeAndLength", {{"data", "list[int]", "bytes of a frame"}},
-                "Refuses more than 8, and numbers that are no bytes.", {},
-                {"CANDataLengthNotVaildError: more than 8 entries", "InputDataNotInRangeError: one is not 0 to 255"},
-                [](py::handle, const Object& data) {
-                    if (py::len(data) > CanFrame::dataBytes) throw Failure(FailureId::CANDataLengthNotVaildError);
-                    checkItems(data, py::int_(0), py::int_(255),
-                               py::str("The specified CAN data elements not in range"));
-                });
+    can.shared(checkCANSpeed)
+        .standalone(checkCANTXIndex)
+        .standalone(checkCANTXPriority)
+        .shared(checkCANDataRangeAndLength);
 }
 
 void defineStreaming(Feature& can) {
     Watch::watchNames({canFunction.body, canFunction.killed, "can_data_queue", "can_frame_queue", "can_lock"});
-    can.basedConstructor({}, Calls<constructBased>{})
+    can.basedConstructor({}, constructBased)
         .field({"can_killed", "bool", "set once, by `_CAN_free`; ends the feeding thread"})
         .field({"can_open_flag", "bool", "whether the port is open"})
         .field({"can_data_queue", "Fifo", "records as they came"})
         .field({"can_frame_queue", "RowFifo", "frames that wait to be read"})
         .field({"can_lock", "Gate", "gate of the feeding thread, shut while the port is closed"})
         .field({"can_stream_thread", "DeviceThread", "the feeding thread"})
-        .shared("_CANStreamThread", {{"queue_", "Fifo", "queue of records"}},
-                "Body of the feeding thread: turns records into frames until `_CAN_free`.", {},
-                {"ValueError: what came is no whole number of records"},
-                [](py::handle self, const Object& frames) {
-                    runFeederBody(self, canFunction, [&]() -> FeedParts {
-                        return {attribute(self, "can_lock"), {{frames, attribute(self, "can_frame_queue")}}};
-                    });
-                })
-        .shared("_CAN_free", {}, "Ends the feeding thread for good.", {}, {}, [](py::handle self) {
-            setAttribute(self, "can_killed", py::bool_(true));
-            const Object lock = attribute(self, "can_lock");
-            callMethod(lock, "acquire", py::bool_(false));
-            callMethod(attribute(self, "can_data_queue"), "put", py::none());
-            callMethod(lock, "release");
-        });
+        .shared({.name = "_CANStreamThread",
+                 .parameters = {{"queue_", "Fifo", "queue of records"}},
+                 .doc = "Body of the feeding thread: turns records into frames until `_CAN_free`.",
+                 .raises = {"ValueError: what came is no whole number of records"},
+                 .body =
+                     [](py::handle self, const Object& frames) {
+                         runFeederBody(self, canFunction, [&]() -> FeedParts {
+                             return {attribute(self, "can_lock"), {{frames, attribute(self, "can_frame_queue")}}};
+                         });
+                     }})
+        .shared({.name = "_CAN_free", .doc = "Ends the feeding thread for good.", .body = [](py::handle self) {
+                     setAttribute(self, "can_killed", py::bool_(true));
+                     const Object lock = attribute(self, "can_lock");
+                     callMethod(lock, "acquire", py::bool_(false));
+                     callMethod(attribute(self, "can_data_queue"), "put", py::none());
+                     callMethod(lock, "release");
+                 }});
 }
 
 }  // namespace
@@ -222,80 +221,121 @@ void defineCan(Package& package) {
     const Parameter remote{"remote", "bool", "whether it is for remote frames"};
     const Parameter extended{"extended_id", "bool", "whether the identifier has 29 bits"};
     const Parameter turned{"status", "bool", "whether it is on"};
-    const std::vector<Check> checks{calls("_checkCANPort", {"port"})};
-    const Raises portRaises{"@_checkCANPort"};
+    const Definition checkCANPort = portCheck(canPorts),
+                     checkCANPinState = lineCheck(canPorts, "_", "_checkCANPinState_async");
+    const std::vector<Check> checks{checkCANPort(port)};
+    const Raises portRaises{checkCANPort};
     const auto portRow = [&](const char* name, Command command, Reply reply, const char* summary) {
-        return Row{name, {port}, checks, command, {u8("port")}, std::move(reply), summary};
+        return Request{.name = name,
+                       .checks = checks,
+                       .sends = command,
+                       .fields = {port | u8},
+                       .reply = std::move(reply),
+                       .doc = summary};
     };
 
     Feature can(package, "CAN", "A node of a CAN bus.");
-    definePinCheck<canPorts>(definePortCheck<canPorts>(can), "_", "_checkCANPinState_async");
-    can.field({"can_dict", "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"})
+    can.shared(checkCANPort)
+        .shared(portLines(canPorts))
+        .operation(checkCANPinState)
+        .field({"can_dict", "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"})
         .constructor({{"can_dict", "dict[int, list[tuple[int, int]]]", "ports of the CAN, each with its lines"}},
-                     Calls<construct>{})
-        .shared("CAN_getPort", {}, "Tells which ports there are.", {"list[int]", "port numbers", "the model's table"},
-                {}, [](py::handle self) { return py::list(attribute(self, "can_dict")); });
+                     construct)
+        .shared({.name = "CAN_getPort",
+                 .doc = "Tells which ports there are.",
+                 .returns = {"list[int]", "port numbers", "the model's table"},
+                 .body = [](py::handle self) { return py::list(attribute(self, "can_dict")); }});
     defineChecks(can);
     defineStreaming(can);
-    can.operation("CAN_open", {port}, "Opens a port and takes its lines.", status(1).returns,
-                  {"@_checkCANPort", "@_checkCANPinState_"}, Calls<open>{})
-        .operation("CAN_start", {port},
-                   "Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form "
-                   "waits all the same.",
-                   {"int", "0"}, portRaises, Calls<start>{})
+    can.operation({.name = "CAN_open",
+                   .parameters = {port},
+                   .doc = "Opens a port and takes its lines.",
+                   .returns = status(1).returns,
+                   .raises = {checkCANPort, checkCANPinState},
+                   .body = open})
         .operation(
-            "CAN_close", {port}, "Leaves the bus, closes a port and frees its lines.",
-            {"int", "0, or the negative code of the refusal; after a refused stop the port stays open", "the device"},
-            portRaises, Calls<close>{})
-        .operation("CAN_write",
-                   {port,
-                    id,
-                    {"data", "list[int]", "at most 8 bytes; those of a remote frame count for nothing"},
-                    remote.withDefault("False"),
-                    extended.withDefault("False")},
-                   "Sends a frame; it always has 8 bytes.", status(1).returns,
-                   {"@_checkCANPort", "@_checkCANDataRangeAndLength",
-                    "InputTypeNotCorrectError: `id_` is no integer, a flag no bool, or `data` no list",
-                    "OverflowError: a standard identifier of more than 11 bits"},
-                   Calls<write>{})
-        .operation("CAN_setRXFilterOrMask",
-                   {port, {"index", "int", "filter or mask, in the device's numbering"}, id, remote, extended},
-                   "Sets a filter, or a mask of the identifier's bits that filters look at.", status(1).returns,
-                   portRaises, Calls<setFilter>{})
-        .untimed(
-            "CAN_read",
-            {port,
-             {"num_frames", "int", "most frames to take"},
-             {"delay", "float", "seconds to wait for that many, once; the awaitable form never waits", "0.005"}},
-            "Takes frames that have come.",
-            {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come", "the queue of frames"},
-            {}, [](Op op, Object, std::int64_t count, Object delay) -> Result {
-                const Object queue = attribute(op.self(), "can_frame_queue");
-                co_return co_await take(op, queue, py::int_(count), delay);
-            });
-    // clang-format off
-    can.rows({
-        portRow("CAN_stop", STOP_CAN, status(1), "Leaves the bus."),
-        {"CAN_setSpeed", {port, {"speed_mode", "int", "0 to 3 in the device's numbering"}},
-            {checks[0], calls("_checkCANSpeed", {"speed_mode"})}, SET_CAN_SPEED, {u8("port"), u8("speed_mode")}, status(1),
-            "Sets the speed of the bus."},
-        {"_CAN_setEnableInterrupt", {port, turned}, checks, SET_CAN_ENABLED_ITR, {u8("port"), asInt("status")}, status(1),
-            "Turns the controller's interrupts on or off."},
-        {"_CAN_setTXPriority", {port, {"tx_mode", "int", "transmit buffer, 0 to 2"}, {"priority_mode", "int", "0 to 3"}},
-            {checks[0], calls("_checkCANTXIndex", {"tx_mode"}), calls("_checkCANTXPriority", {"priority_mode"})},
-            SET_CAN_TX_PRIORITY, {u8("port"), u8("tx_mode"), u8("priority_mode")}, status(1), "Sets the priority of a transmit buffer."},
-        {"_CAN_setRXRollover", {port, turned}, checks, SET_CAN_RX_ROLLOVER, {u8("port"), asInt("status")}, status(1),
-            "Turns on or off that a full receive buffer gives way to the next."},
-        {"CAN_setRXFilteringOn", {port, {"on_off", "bool", "whether frames are filtered"}}, checks, SET_CAN_RX_FILTERING_ON,
-            {u8("port"), asInt("on_off")}, status(1), "Turns filtering on or off."},
-        portRow("_CAN_getInterrupts", GET_CAN_INTERRUPTS, numbersAt<std::uint8_t>(1, 3, "enabled interrupts, their state, and that of errors"),
-            "Reads the controller's interrupts."),
-        portRow("_CAN_getErrors", GET_CAN_ERRORS, numbersAt<std::uint8_t>(1, 2, "transmit and receive error counters"),
-            "Reads the error counters."),
-        portRow("_CAN_getCounters", GET_CAN_COUNTERS, numbersAt<std::uint32_t>(1, 6, "the device's 6 counters"),
-            "Reads the device's counters."),
-    });
-    // clang-format on
+            {.name = "CAN_start",
+             .parameters = {port},
+             .doc = "Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form "
+                    "waits all the same.",
+             .returns = {"int", "0"},
+             .raises = portRaises,
+             .body = start})
+        .operation(
+            {.name = "CAN_close",
+             .parameters = {port},
+             .doc = "Leaves the bus, closes a port and frees its lines.",
+             .returns = {"int", "0, or the negative code of the refusal; after a refused stop the port stays open",
+                         "the device"},
+             .raises = portRaises,
+             .body = close})
+        .operation({.name = "CAN_write",
+                    .parameters = {port,
+                                   id,
+                                   {"data", "list[int]", "at most 8 bytes; those of a remote frame count for nothing"},
+                                   remote.withDefault("False"),
+                                   extended.withDefault("False")},
+                    .doc = "Sends a frame; it always has 8 bytes.",
+                    .returns = status(1).returns,
+                    .raises = {checkCANPort, checkCANDataRangeAndLength,
+                               "InputTypeNotCorrectError: `id_` is no integer, a flag no bool, or `data` no list",
+                               "OverflowError: a standard identifier of more than 11 bits"},
+                    .body = write})
+        .operation(
+            {.name = "CAN_setRXFilterOrMask",
+             .parameters = {port, {"index", "int", "filter or mask, in the device's numbering"}, id, remote, extended},
+             .doc = "Sets a filter, or a mask of the identifier's bits that filters look at.",
+             .returns = status(1).returns,
+             .raises = portRaises,
+             .body = setFilter})
+        .withoutTimeout(
+            {.name = "CAN_read",
+             .parameters = {port,
+                            {"num_frames", "int", "most frames to take"},
+                            {"delay", "float", "seconds to wait for that many, once; the awaitable form never waits",
+                             "0.005"}},
+             .doc = "Takes frames that have come.",
+             .returns = {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come",
+                         "the queue of frames"},
+             .body = [](Op op, Object, std::int64_t count, Object delay) -> Result {
+                 const Object queue = attribute(op.self(), "can_frame_queue");
+                 co_return co_await take(op, queue, py::int_(count), delay);
+             }});
+    can.operations(
+        {portRow("CAN_stop", STOP_CAN, status(1), "Leaves the bus."),
+         {.name = "CAN_setSpeed",
+          .checks = {checks[0], checkCANSpeed(Parameter{"speed_mode"})},
+          .sends = SET_CAN_SPEED,
+          .fields = {port | u8, Parameter{"speed_mode", "int", "0 to 3 in the device's numbering"} | u8},
+          .doc = "Sets the speed of the bus."},
+         {.name = "_CAN_setEnableInterrupt",
+          .checks = checks,
+          .sends = SET_CAN_ENABLED_ITR,
+          .fields = {port | u8, turned | asInt},
+          .doc = "Turns the controller's interrupts on or off."},
+         {.name = "_CAN_setTXPriority",
+          .checks = {checks[0], checkCANTXIndex(Parameter{"tx_mode"}), checkCANTXPriority(Parameter{"priority_mode"})},
+          .sends = SET_CAN_TX_PRIORITY,
+          .fields = {port | u8, Parameter{"tx_mode", "int", "transmit buffer, 0 to 2"} | u8,
+                     Parameter{"priority_mode", "int", "0 to 3"} | u8},
+          .doc = "Sets the priority of a transmit buffer."},
+         {.name = "_CAN_setRXRollover",
+          .checks = checks,
+          .sends = SET_CAN_RX_ROLLOVER,
+          .fields = {port | u8, turned | asInt},
+          .doc = "Turns on or off that a full receive buffer gives way to the next."},
+         {.name = "CAN_setRXFilteringOn",
+          .checks = checks,
+          .sends = SET_CAN_RX_FILTERING_ON,
+          .fields = {port | u8, Parameter{"on_off", "bool", "whether frames are filtered"} | asInt},
+          .doc = "Turns filtering on or off."},
+         portRow("_CAN_getInterrupts", GET_CAN_INTERRUPTS,
+                 numbersAt<std::uint8_t>(1, 3, "enabled interrupts, their state, and that of errors"),
+                 "Reads the controller's interrupts."),
+         portRow("_CAN_getErrors", GET_CAN_ERRORS, numbersAt<std::uint8_t>(1, 2, "transmit and receive error counters"),
+                 "Reads the error counters."),
+         portRow("_CAN_getCounters", GET_CAN_COUNTERS, numbersAt<std::uint32_t>(1, 6, "the device's 6 counters"),
+                 "Reads the device's counters.")});
 }
 
 }  // namespace zvr::python

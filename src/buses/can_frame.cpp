@@ -151,20 +151,22 @@ void set(py::handle self, Slot slot, PyObject* value) {
     Py_XDECREF(before);
 }
 
-template <Slot slot>
-Object makeProperty(const FieldDoc& doc) {
-    const auto accessor = [&](Parameters parameters, Returns returns, PlainBody body) {
-        return makeOperation(std::make_shared<const Definition>(
-                                 Definition{doc.name, std::move(parameters), doc.doc, std::move(returns), {}, body}),
+Object makeProperty(Slot slot, const FieldDoc& doc) {
+    const auto accessor = [&](Parameters parameters, Returns returns, Body body) {
+        return makeOperation(keep({.name = doc.name,
+                                   .parameters = std::move(parameters),
+                                   .doc = doc.doc,
+                                   .returns = std::move(returns),
+                                   .body = std::move(body)}),
                              Form::method, "CANFrame");
     };
-    const Object getter = accessor({}, {doc.type, doc.doc}, plain([](py::handle self) { return get(self, slot); }));
-    const Object setter = accessor({{"value", doc.type, ""}}, {},
-                                   plain([](py::handle self, const Object& value) { set(self, slot, value.ptr()); }));
-    const Object deleter = accessor({}, {}, plain([](py::handle self) {
-                                        get(self, slot);
-                                        set(self, slot, nullptr);
-                                    }));
+    const Object getter = accessor({}, {doc.type, doc.doc}, [slot](py::handle self) { return get(self, slot); });
+    const Object setter = accessor({{"value", doc.type}}, {},
+                                   [slot](py::handle self, const Object& value) { set(self, slot, value.ptr()); });
+    const Object deleter = accessor({}, {}, [slot](py::handle self) {
+        get(self, slot);
+        set(self, slot, nullptr);
+    });
     return callObject(py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type)), getter, setter, deleter,
                       py::str(doc.doc));
 }
@@ -309,19 +311,11 @@ Object makeType() {
 }
 
 /// A method that takes the class.
-template <class Function>
-void addClassMethod(const Object& cls, Definition definition, Function body) {
-    definition.body = plain(body);
-    const std::string name = definition.name;
-    rememberRaises(definition);
-    const Object method =
-        makeOperation(std::make_shared<const Definition>(std::move(definition)), Form::method, "CANFrame");
-    py::setattr(cls, name.c_str(), callObject(py::handle(reinterpret_cast<PyObject*>(&PyClassMethod_Type)), method));
-}
-
-template <std::size_t... index>
-void addFields(const Object& cls, const std::array<FieldDoc, sizeof...(index)>& docs, std::index_sequence<index...>) {
-    (py::setattr(cls, fieldNames[index], makeProperty<Slot(index)>(docs[index])), ...);
+void addClassMethod(const Object& cls, Definition definition) {
+    const Definition& kept = keep(std::move(definition));
+    const Object method = makeOperation(kept, Form::method, "CANFrame");
+    py::setattr(cls, kept.name.c_str(),
+                callObject(py::handle(reinterpret_cast<PyObject*>(&PyClassMethod_Type)), method));
 }
 
 }  // namespace
@@ -373,62 +367,80 @@ void defineCanFrame(Package& package) {
     const Parameter values{"data", "Sequence[int]", "any number of bytes"};
     const Parameter other{"other", "object", ""};
     frame
-        .method(
-            "__init__",
-            {{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"},
-             {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
-             {"remote", "bool", "whether it is a remote frame", "False"},
-             {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
-            "Makes a frame. Values that are no bytes are kept, and fail where bytes are made of them.", {},
-            {"OverflowError: a standard identifier of more than 11 bits", "TypeError: the identifier is no integer"},
-            Calls<construct>{})
-        .method("setID", {}, "Makes `id_in_list` and `frame_in_list` of the other fields.", {},
-                {"OverflowError: a standard identifier of more than 11 bits"}, Calls<setId>{})
-        .method("regularizeData", {values}, "Fills with zeros, and cuts, to 8 entries.", {"list[int]", "8 entries"}, {},
-                [](py::handle, const Object& values) { return regularize(values); });
-    addFields(cls,
-              {FieldDoc{"id", "int", "Identifier. After a change `setID` is due."},
-               {"extended_id", "bool", "Whether the identifier has 29 bits. After a change `setID` is due."},
-               {"remote", "bool", "Whether it is a remote frame. After a change `setID` is due."},
-               {"data", "list[int]", "The 8 bytes. After a change `setID` is due."},
-               {"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
-               {"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."}},
-              std::make_index_sequence<fieldNames.size()>());
-    addClassMethod(cls,
-                   {"fromU8List",
-                    {{"u8_list", "Sequence[int]",
-                      "12 bytes of the wire; fewer for a frame with fewer data, and two "
-                      "are enough for one of 11 bits without"}},
-                    "Makes a frame of the bytes of the wire.",
-                    {"Self", "a new frame of this class"},
-                    {"IndexError: fewer than 2 bytes", "struct.error: fewer than 4 bytes of an identifier of 29 bits"},
-                    {}},
-                   Calls<fromBytes>{});
-    addClassMethod(cls,
-                   {"fromMessage",
-                    {{"message", "Any", "a can.Message"}},
-                    "Makes a frame of a message of the package `can`.",
-                    {"Self", "a new frame of this class"},
-                    {"ValueError: it is an error frame"},
-                    {}},
-                   Calls<fromMessage>{});
+        .method({.name = "__init__",
+                 .parameters = {{"id_", "int", "identifier, 11 bits, or 29 where `extended_id`"},
+                                {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
+                                {"remote", "bool", "whether it is a remote frame", "False"},
+                                {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
+                 .doc = "Makes a frame. Values that are no bytes are kept, and fail where bytes are made of them.",
+                 .raises = {"OverflowError: a standard identifier of more than 11 bits",
+                            "TypeError: the identifier is no integer"},
+                 .body = construct})
+        .method({.name = "setID",
+                 .doc = "Makes `id_in_list` and `frame_in_list` of the other fields.",
+                 .raises = {"OverflowError: a standard identifier of more than 11 bits"},
+                 .body = setId})
+        .method({.name = "regularizeData",
+                 .parameters = {values},
+                 .doc = "Fills with zeros, and cuts, to 8 entries.",
+                 .returns = {"list[int]", "8 entries"},
+                 .body = [](py::handle, const Object& values) { return regularize(values); }});
+    const FieldDoc fields[] = {
+        {"id", "int", "Identifier. After a change `setID` is due."},
+        {"extended_id", "bool", "Whether the identifier has 29 bits. After a change `setID` is due."},
+        {"remote", "bool", "Whether it is a remote frame. After a change `setID` is due."},
+        {"data", "list[int]", "The 8 bytes. After a change `setID` is due."},
+        {"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
+        {"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."}};
+    for (std::size_t i = 0; i < fieldNames.size(); ++i) {
+        py::setattr(cls, fieldNames[i], makeProperty(static_cast<Slot>(i), fields[i]));
+    }
+    addClassMethod(cls, {.name = "fromU8List",
+                         .parameters = {{"u8_list", "Sequence[int]",
+                                         "12 bytes of the wire; fewer for a frame with fewer data, and two "
+                                         "are enough for one of 11 bits without"}},
+                         .doc = "Makes a frame of the bytes of the wire.",
+                         .returns = {"Self", "a new frame of this class"},
+                         .raises = {"IndexError: fewer than 2 bytes",
+                                    "struct.error: fewer than 4 bytes of an identifier of 29 bits"},
+                         .body = fromBytes});
+    addClassMethod(cls, {.name = "fromMessage",
+                         .parameters = {{"message", "Any", "a can.Message"}},
+                         .doc = "Makes a frame of a message of the package `can`.",
+                         .returns = {"Self", "a new frame of this class"},
+                         .raises = {"ValueError: it is an error frame"},
+                         .body = fromMessage});
     frame
-        .method("toMessage", {}, "The frame as a message of the package `can`, 8 bytes long.", {"Any", "a can.Message"},
-                {"ImportError: the package is not installed"}, Calls<toMessage>{})
-        .method("__eq__", {other}, "Whether two frames say the same.", {"bool"}, {}, Calls<equals>{})
-        .method("__hash__", {}, "By what it says.", {"int"}, {}, [](py::handle self) { return py::hash(saying(self)); })
-        .method("__reduce__", {}, "For the modules copy and pickle.", {"tuple[Any, ...]"}, {},
-                [](py::handle self) -> Object {
-                    return py::make_tuple(attribute(py::module_::import("copyreg"), "__newobj__"),
-                                          py::make_tuple(py::type::of(borrow(self.ptr()))), stateOf(self));
-                })
-        .method("__setstate__", {{"state", "dict[str, Any]", "fields by name"}}, "For the modules copy and pickle.", {},
-                {},
-                [](py::handle self, const Object& state) {
-                    for (const auto& [name, value] : py::dict(state)) py::setattr(self, name, value);
-                })
-        .method("__str__", {}, "All of it.", {"str"}, {}, Calls<textOfFrame>{})
-        .method("__repr__", {}, "All of it.", {"str"}, {}, Calls<textOfFrame>{});
+        .method({.name = "toMessage",
+                 .doc = "The frame as a message of the package `can`, 8 bytes long.",
+                 .returns = {"Any", "a can.Message"},
+                 .raises = {"ImportError: the package is not installed"},
+                 .body = toMessage})
+        .method({.name = "__eq__",
+                 .parameters = {other},
+                 .doc = "Whether two frames say the same.",
+                 .returns = {"bool"},
+                 .body = equals})
+        .method({.name = "__hash__",
+                 .doc = "By what it says.",
+                 .returns = {"int"},
+                 .body = [](py::handle self) { return py::hash(saying(self)); }})
+        .method({.name = "__reduce__",
+                 .doc = "For the modules copy and pickle.",
+                 .returns = {"tuple[Any, ...]"},
+                 .body = [](py::handle self) -> Object {
+                     return py::make_tuple(attribute(py::module_::import("copyreg"), "__newobj__"),
+                                           py::make_tuple(py::type::of(borrow(self.ptr()))), stateOf(self));
+                 }})
+        .method({.name = "__setstate__",
+                 .parameters = {{"state", "dict[str, Any]", "fields by name"}},
+                 .doc = "For the modules copy and pickle.",
+                 .body =
+                     [](py::handle self, const Object& state) {
+                         for (const auto& [name, value] : py::dict(state)) py::setattr(self, name, value);
+                     }})
+        .method({.name = "__str__", .doc = "All of it.", .returns = {"str"}, .body = textOfFrame})
+        .method({.name = "__repr__", .doc = "All of it.", .returns = {"str"}, .body = textOfFrame});
 }
 
 }  // namespace zvr::python

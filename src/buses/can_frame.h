@@ -1,7 +1,7 @@
 // A frame of a CAN bus.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

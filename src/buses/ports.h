@@ -2,8 +2,8 @@
 #pragma once
 
 #include "core/wire/commands.h"
+#include "device/feature.h"
 #include "digital/pin_map.h"
-#include "python/exchange.h"
 
 namespace zvr::python {
 
@@ -13,25 +13,11 @@ inline const Parameter busPort{"port", "int", "port of the bus"};
 py::list freeModes();
 
 /// Checks port and lines and sends the command; gives the reply. What else is to be done comes before its status.
-template <const PinnedPorts& ports>
-Result openPort(Op op, Object port, Command command) {
-    const std::string prefix = ports.prefix;
-    op.call(("_check" + prefix + "Port").c_str(), port);
-    co_await op.request(("_check" + prefix + "PinState").c_str(), port, freeModes());
-    co_return co_await op.exchange(command, payload(port));
-}
+Result openPort(Op op, PinnedPorts ports, Object port, Command command);
 
-/// The map that the model gave, a constructor that takes it, the checks of port and lines, and `getter`, which gives
-/// the map.
-template <const PinnedPorts& ports>
-void definePorts(Feature& bus) {
-    definePinCheck<ports>(definePortCheck<ports>(bus));
-    bus.offers(
-           {{ports.field, "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"}})
-        .shared(std::string(ports.prefix) + "_getPinMap", {}, "Tells which ports there are, and their lines.",
-                {"dict[int, list[tuple[int, int]]]", "lines as digital port and pin, by port", "the model's table"}, {},
-                [](py::handle self) { return attribute(self, ports.field); });
-}
+/// The map that the model gave, a constructor that takes it, the checks of port and lines, and `X_getPinMap`, which
+/// gives the map.
+void definePorts(Feature& bus, const PinnedPorts& ports);
 
 /// A list of the reply's bytes from this place on.
 Reply bytesFrom(std::size_t place);

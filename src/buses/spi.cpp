@@ -22,7 +22,7 @@ Pending checkLines(const Op& op, const Object& port) {
 Result open(Op op, Object port) {
     op.call("_checkSPIPort", port);
     co_await checkLines(op, port);
-    const Object reply = co_await op.exchange(OPEN_SPI, payload(port));
+    const Object reply = co_await exchange(op, OPEN_SPI, payload(port));
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -45,47 +45,85 @@ void defineSpi(Package& package) {
     const Parameter firstBit{"mode", "int", "which bit comes first, 0 or 1 in the device's numbering"};
     const Parameter mode{"mode", "int", "SPI mode 0 to 3: polarity, then phase"};
     const Parameter prescaler{"prescaler", "int", "divider of the clock: 2, 4, 8, 16, 32, 64, 128 or 256"};
-    const std::vector<Check> checks{calls("_checkSPIPort", {"port"})};
+    const Definition checkSPIDataSize =
+        accepting("_checkSPIDataSize", size, FailureId::SPIDataSizeNotVaildError, {0, 1});
+    const Definition checkSPIFirstBit =
+        accepting("_checkSPIFirstBit", firstBit, FailureId::SPIFirstBitNotVaildError, {0, 1});
+    const Definition checkSPIMode = accepting("_checkSPIMode", mode, FailureId::SPIModeNotVaildError, {0, 1, 2, 3});
+    const Definition checkSPIPrescaler = accepting(
+        "_checkSPIPrescaler", prescaler, FailureId::SPIPrescalerNotVaildError, {2, 4, 8, 16, 32, 64, 128, 256});
+    const Definition checkSPIPort = portCheck(spiPorts), checkSPIPinState = lineCheck(spiPorts);
+    const std::vector<Check> checks{checkSPIPort(port)};
 
     Feature spi(package, "SPI", "Ports of an SPI bus whose master is the device.");
-    definePorts<spiPorts>(spi);
-    spi.shared("_checkSPIDataSize", {size}, "Refuses another size.", {}, {"SPIDataSizeNotVaildError: another mode"},
-               Calls<checkAccepted<FailureId::SPIDataSizeNotVaildError, 0, 1>>{})
-        .shared("_checkSPIFirstBit", {firstBit}, "Refuses another order.", {},
-                {"SPIFirstBitNotVaildError: another mode"},
-                Calls<checkAccepted<FailureId::SPIFirstBitNotVaildError, 0, 1>>{})
-        .shared("_checkSPIMode", {mode}, "Refuses another mode.", {}, {"SPIModeNotVaildError: another mode"},
-                Calls<checkAccepted<FailureId::SPIModeNotVaildError, 0, 1, 2, 3>>{})
-        .shared("_checkSPIPrescaler", {prescaler}, "Refuses another divider.", {},
-                {"SPIPrescalerNotVaildError: another divider"},
-                Calls<checkAccepted<FailureId::SPIPrescalerNotVaildError, 2, 4, 8, 16, 32, 64, 128, 256>>{})
-        .operation("SPI_open", {port}, "Opens a port and takes its lines.", status(1).returns,
-                   {"@_checkSPIPort", "@_checkSPIPinState"}, Calls<open>{})
-        .operation("SPI_setMode", {port, mode}, "Sets polarity and phase.",
-                   {"int", "0, or a number that is not 0 if one of the two was refused", "the device"},
-                   {"@_checkSPIPort", "@_checkSPIMode"}, Calls<setMode>{});
-    // clang-format off
-    spi.rows({
-        {"SPI_read", {port, {"bytes_to_read", "int", "number of bytes, 0 to 255"}}, {checks[0], isInt("bytes_to_read")},
-            READ_SPI, {u8("port"), u8("bytes_to_read")}, bytesFrom(2), "Reads bytes."},
-        {"SPI_write", {port, data}, {checks[0], isList("write_data")}, WRITE_SPI,
-            {u8("port"), length("write_data"), bytes("write_data")}, status(1), "Writes bytes."},
-        {"SPI_readAndWrite", {port, data}, {checks[0], isList("write_data")}, READ_AND_WRITE_SPI,
-            {u8("port"), length("write_data"), bytes("write_data")}, bytesFrom(2), "Writes bytes, and reads as many at the same time."},
-        {"SPI_close", {port}, checks, CLOSE_SPI, {u8("port")}, status(1), "Closes a port and frees its lines."},
-        {"SPI_reset", {port}, checks, RESET_SPI, {u8("port")}, status(1), "Puts a port back to its settings of the start."},
-        {"SPI_setDataSize", {port, size}, {checks[0], calls("_checkSPIDataSize", {"mode"})}, SET_SPI_DATA_SIZE,
-            {u8("port"), u8("mode")}, status(1), "Sets the size of the data."},
-        {"SPI_setFirstBit", {port, firstBit}, {checks[0], calls("_checkSPIFirstBit", {"mode"})}, SET_SPI_FIRST_BIT,
-            {u8("port"), u8("mode")}, status(1), "Sets which bit comes first."},
-        {"SPI_setPrescaler", {port, prescaler}, {checks[0], calls("_checkSPIPrescaler", {"prescaler"})}, SET_SPI_PRESCALER,
-            {u8("port"), packed<std::int16_t>("i16", "prescaler")}, status(1), "Sets the divider of the clock."},
-        {"_SPI_setCPOL", {port, {"polarity", "int", "0 or 1"}}, {}, SET_SPI_CPOL, {u8("port"), u8("polarity")}, status(1),
-            "Sets the polarity of the clock."},
-        {"_SPI_setCPHA", {port, {"phase", "int", "0 or 1"}}, {}, SET_SPI_CPHA, {u8("port"), u8("phase")}, status(1),
-            "Sets the phase of the clock."},
-    });
-    // clang-format on
+    definePorts(spi, spiPorts);
+    spi.shared(checkSPIDataSize)
+        .shared(checkSPIFirstBit)
+        .shared(checkSPIMode)
+        .shared(checkSPIPrescaler)
+        .operation({.name = "SPI_open",
+                    .parameters = {port},
+                    .doc = "Opens a port and takes its lines.",
+                    .returns = status(1).returns,
+                    .raises = {checkSPIPort, checkSPIPinState},
+                    .body = open})
+        .operation({.name = "SPI_setMode",
+                    .parameters = {port, mode},
+                    .doc = "Sets polarity and phase.",
+                    .returns = {"int", "0, or a number that is not 0 if one of the two was refused", "the device"},
+                    .raises = {checkSPIPort, checkSPIMode},
+                    .body = setMode});
+    spi.operations({{.name = "SPI_read",
+                     .checks = {checks[0], isInt(Parameter{"bytes_to_read"})},
+                     .sends = READ_SPI,
+                     .fields = {port | u8, Parameter{"bytes_to_read", "int", "number of bytes, 0 to 255"} | u8},
+                     .reply = bytesFrom(2),
+                     .doc = "Reads bytes."},
+                    {.name = "SPI_write",
+                     .checks = {checks[0], isList(data)},
+                     .sends = WRITE_SPI,
+                     .fields = {port | u8, data | length, data | bytes},
+                     .doc = "Writes bytes."},
+                    {.name = "SPI_readAndWrite",
+                     .checks = {checks[0], isList(data)},
+                     .sends = READ_AND_WRITE_SPI,
+                     .fields = {port | u8, data | length, data | bytes},
+                     .reply = bytesFrom(2),
+                     .doc = "Writes bytes, and reads as many at the same time."},
+                    {.name = "SPI_close",
+                     .checks = checks,
+                     .sends = CLOSE_SPI,
+                     .fields = {port | u8},
+                     .doc = "Closes a port and frees its lines."},
+                    {.name = "SPI_reset",
+                     .checks = checks,
+                     .sends = RESET_SPI,
+                     .fields = {port | u8},
+                     .doc = "Puts a port back to its settings of the start."},
+                    {.name = "SPI_setDataSize",
+                     .checks = {checks[0], checkSPIDataSize(size)},
+                     .sends = SET_SPI_DATA_SIZE,
+                     .fields = {port | u8, size | u8},
+                     .doc = "Sets the size of the data."},
+                    {.name = "SPI_setFirstBit",
+                     .checks = {checks[0], checkSPIFirstBit(firstBit)},
+                     .sends = SET_SPI_FIRST_BIT,
+                     .fields = {port | u8, firstBit | u8},
+                     .doc = "Sets which bit comes first."},
+                    {.name = "SPI_setPrescaler",
+                     .parameters = {port, prescaler},
+                     .checks = {checks[0], checkSPIPrescaler(prescaler)},
+                     .sends = SET_SPI_PRESCALER,
+                     .fields = {port | u8, prescaler | i16},
+                     .doc = "Sets the divider of the clock."},
+                    {.name = "_SPI_setCPOL",
+                     .sends = SET_SPI_CPOL,
+                     .fields = {port | u8, Parameter{"polarity", "int", "0 or 1"} | u8},
+                     .doc = "Sets the polarity of the clock."},
+                    {.name = "_SPI_setCPHA",
+                     .sends = SET_SPI_CPHA,
+                     .fields = {port | u8, Parameter{"phase", "int", "0 or 1"} | u8},
+                     .doc = "Sets the phase of the clock."}});
 }
 
 }  // namespace zvr::python

@@ -89,7 +89,7 @@ void wakeReaders(py::handle self) {
 bool isOpen(py::handle self) { return isTrue(attribute(self, "uart_open_flag")); }
 
 Result open(Op op, Object port) {
-    const Object reply = co_await op.run(openPort<uartPorts>(op, port, OPEN_UART));
+    const Object reply = co_await op.run(openPort(op, uartPorts, port, OPEN_UART));
     if (!isOpen(op.self())) {
         setAttribute(op.self(), "uart_open_flag", py::bool_(true));
         co_await op.same("_UART_startReading", port);
@@ -105,7 +105,7 @@ Result close(Op op, Object port) {
     } else {
         op.call("UART_stopReading", port, op.timeout());  // there is none: this form has always failed so
     }
-    const Object reply = co_await op.exchange(CLOSE_UART, payload(port));
+    const Object reply = co_await exchange(op, CLOSE_UART, payload(port));
     if (isOpen(op.self())) {
         setAttribute(op.self(), "uart_open_flag", py::bool_(false));
         onLocks(op.self(), "acquire");
@@ -120,7 +120,7 @@ Result write(Op op, Object port, Object text) {
     Payload data;
     data.add(port).add(py::int_(py::len(text)));
     data.extend(codePoints(text, "write_data"));
-    const Object reply = co_await op.exchange(WRITE_UART, data.list());
+    const Object reply = co_await exchange(op, WRITE_UART, data.list());
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -151,37 +151,43 @@ Result readBytes(Op op, Object port, Object count, Object delay) {
     co_return toBytes(bytesOf(numbers, "bytes"));
 }
 
+const Definition checkUARTBaudRate{
+    .name = "_checkUARTBaudRate",
+    .parameters = {{"baud_rate", "int", "speed in bits per second, at most 400000"}},
+    .doc = "Refuses a higher speed.",
+    .raises = {"InputTypeNotCorrectError: it is no integer", "UARTBaudRateNotSupportError: it is above 400000"},
+    .body = [](py::handle, const Object& rate) {
+        checkIsInt(rate);
+        if (rate > py::int_(400000)) throw Failure(FailureId::UARTBaudRateNotSupportError);
+    }};
+const Definition checkUARTDataLength{.name = "_checkUARTDataLength",
+                                     .parameters = {{"data", "str | list[str]", "what is to be written"}},
+                                     .doc = "Refuses more than 50 characters.",
+                                     .raises = {"InputTypeNotCorrectError: it is neither text nor a list",
+                                                "UARTExceedMaxLengthError: it has more than 50 entries"},
+                                     .body = [](py::handle, const Object& data) {
+                                         checkIsTextOrList(data);
+                                         if (py::len(data) > longestWrite)
+                                             throw Failure(FailureId::UARTExceedMaxLengthError);
+                                     }};
+
+const Definition checkUARTDataBit =
+    accepting("_checkUARTDataBit", {"mode", "int", "0 or 1"}, FailureId::UARTDataBitNotSupportError, {0, 1});
+const Definition checkUARTParityMode =
+    accepting("_checkUARTParityMode", {"mode", "int", "0 to 3"}, FailureId::UARTParityNotSupportError, {0, 1, 2, 3});
+const Definition checkUARTNumStopBitMode = accepting("_checkUARTNumStopBitMode", {"mode", "int", "0 to 3"},
+                                                     FailureId::UARTStopBitNotSupportError, {0, 1, 2, 3});
 void defineChecks(Feature& uart) {
-    const auto mode = [](const char* doc) { return Parameters{{"mode", "int", doc}}; };
-    uart.shared("_checkUARTBaudRate", {{"baud_rate", "int", "speed in bits per second, at most 400000"}},
-                "Refuses a higher speed.", {},
-                {"InputTypeNotCorrectError: it is no integer", "UARTBaudRateNotSupportError: it is above 400000"},
-                [](py::handle, const Object& rate) {
-                    checkIsInt(rate);
-                    if (rate > py::int_(400000)) throw Failure(FailureId::UARTBaudRateNotSupportError);
-                })
-        .shared("_checkUARTDataBit", mode("0 or 1"), "Refuses another mode.", {},
-                {"UARTDataBitNotSupportError: another mode"},
-                Calls<checkAccepted<FailureId::UARTDataBitNotSupportError, 0, 1>>{})
-        .shared("_checkUARTParityMode", mode("0 to 3"), "Refuses another mode.", {},
-                {"UARTParityNotSupportError: another mode"},
-                Calls<checkAccepted<FailureId::UARTParityNotSupportError, 0, 1, 2, 3>>{})
-        .shared("_checkUARTNumStopBitMode", mode("0 to 3"), "Refuses another mode.", {},
-                {"UARTStopBitNotSupportError: another mode"},
-                Calls<checkAccepted<FailureId::UARTStopBitNotSupportError, 0, 1, 2, 3>>{})
-        .shared("_checkUARTDataLength", {{"data", "str | list[str]", "what is to be written"}},
-                "Refuses more than 50 characters.", {},
-                {"InputTypeNotCorrectError: it is neither text nor a list",
-                 "UARTExceedMaxLengthError: it has more than 50 entries"},
-                [](py::handle, const Object& data) {
-                    checkIsTextOrList(data);
-                    if (py::len(data) > longestWrite) throw Failure(FailureId::UARTExceedMaxLengthError);
-                });
+    uart.shared(checkUARTBaudRate)
+        .shared(checkUARTDataBit)
+        .shared(checkUARTParityMode)
+        .shared(checkUARTNumStopBitMode)
+        .shared(checkUARTDataLength);
 }
 
 void defineStreaming(Feature& uart) {
     Watch::watchNames({uartFunction.body, uartFunction.killed});
-    uart.basedConstructor({}, Calls<constructBased>{})
+    uart.basedConstructor({}, constructBased)
         .field({"uart_killed", "bool", "set once, by `_UART_free`; ends the feeding threads"})
         .field({"uart_open_flag", "bool", "whether reading is on; both ports share it"});
     for (std::size_t i = 0; i < locks.size(); ++i) {
@@ -192,89 +198,128 @@ void defineStreaming(Feature& uart) {
             .field({locks[i], "Gate", "gate of its feeding thread, shut while nothing is open"})
             .field({threads[i], "DeviceThread", "its feeding thread"});
     }
-    uart.shared("_UARTStreamThread",
-                {{"lock", "Gate", "gate that each round passes"},
-                 {"data_queue", "Fifo", "queue of frames"},
-                 {"signal_queue", "RowFifo", "queue of bytes"}},
-                "Body of a feeding thread: turns frames into bytes until `_UART_free`.", {}, {},
-                [](py::handle self, const Object& lock, const Object& frames, const Object& bytes) {
-                    runFeederBody(self, uartFunction, [&]() -> FeedParts { return {lock, {{frames, bytes}}}; });
-                })
-        .shared("_UART_free", {}, "Ends the feeding threads for good.", {}, {}, [](py::handle self) {
-            setAttribute(self, "uart_killed", py::bool_(true));
-            for (const char* lock : locks) callMethod(attribute(self, lock), "acquire", py::bool_(false));
-            onLocks(self, "release");
-            wakeReaders(self);
-        });
+    uart.shared({.name = "_UARTStreamThread",
+                 .parameters = {{"lock", "Gate", "gate that each round passes"},
+                                {"data_queue", "Fifo", "queue of frames"},
+                                {"signal_queue", "RowFifo", "queue of bytes"}},
+                 .doc = "Body of a feeding thread: turns frames into bytes until `_UART_free`.",
+                 .body =
+                     [](py::handle self, const Object& lock, const Object& frames, const Object& bytes) {
+                         runFeederBody(self, uartFunction, [&]() -> FeedParts { return {lock, {{frames, bytes}}}; });
+                     }})
+        .shared({.name = "_UART_free", .doc = "Ends the feeding threads for good.", .body = [](py::handle self) {
+                     setAttribute(self, "uart_killed", py::bool_(true));
+                     for (const char* lock : locks) callMethod(attribute(self, lock), "acquire", py::bool_(false));
+                     onLocks(self, "release");
+                     wakeReaders(self);
+                 }});
 }
 
 }  // namespace
 
 void defineUart(Package& package) {
     const Parameter& port = busPort;
-    const std::vector<Check> checks{calls("_checkUARTPort", {"port"})};
-    const Raises portRaises{"@_checkUARTPort"};
+    const Definition checkUARTPort = portCheck(uartPorts), checkUARTPinState = lineCheck(uartPorts);
+    const std::vector<Check> checks{checkUARTPort(port)};
+    const Raises portRaises{checkUARTPort};
     const Parameter count{"bytes_to_read", "int", "most bytes to take"};
     const Parameter delay{"delay", "float", "seconds to wait for that many, once; the awaitable form never waits",
                           "0.005"};
-    const auto setting = [&](const char* name, const char* doc, const char* check, Command command,
+    const auto setting = [&](const char* name, const char* doc, const Definition& check, Command command,
                              const char* summary) {
-        return Row{name,    {port, {"mode", "int", doc}}, {checks[0], calls(check, {"mode"})},
-                   command, {u8("port"), u8("mode")},     status(1),
-                   summary};
+        const Parameter mode{"mode", "int", doc};
+        return Request{.name = name,
+                       .checks = {checks[0], check(mode)},
+                       .sends = command,
+                       .fields = {port | u8, mode | u8},
+                       .doc = summary};
     };
 
     Feature uart(package, "UART", "UART ports of the device, as a bridge.");
-    definePinCheck<uartPorts>(definePortCheck<uartPorts>(uart));
-    uart.field({"uart_dict", "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"})
+    uart.shared(checkUARTPort)
+        .shared(portLines(uartPorts))
+        .operation(checkUARTPinState)
+        .field({"uart_dict", "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"})
         .constructor({{"uart_dict", "dict[int, list[tuple[int, int]]]", "ports of the UART, each with its lines"}},
-                     Calls<construct>{})
-        .shared("UART_getPinMap", {}, "Tells which ports there are, and their lines.",
-                {"dict[int, list[tuple[int, int]]]", "lines as digital port and pin, by port", "the model's table"}, {},
-                [](py::handle self) { return attribute(self, "uart_dict"); });
+                     construct)
+        .shared({.name = "UART_getPinMap",
+                 .doc = "Tells which ports there are, and their lines.",
+                 .returns = {"dict[int, list[tuple[int, int]]]", "lines as digital port and pin, by port",
+                             "the model's table"},
+                 .body = [](py::handle self) { return attribute(self, "uart_dict"); }});
     defineChecks(uart);
     defineStreaming(uart);
-    uart.operation("UART_open", {port},
-                   "Opens a port and takes its lines. The first one opened is read from until a port is closed.",
-                   status(1).returns, {"@_checkUARTPort", "@_checkUARTPinState"}, Calls<open>{})
-        .operation("UART_close", {port},
-                   "Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing.",
-                   status(1).returns, {"@_checkUARTPort", "AttributeError: always, in the blocking form"},
-                   Calls<close>{})
-        .operation("UART_write",
-                   {port,
-                    {"write_data", "str | list[str]",
-                     "at most 50 characters with codes up to 255, as text or as a list of single ones"}},
-                   "Writes to the line.", status(1).returns,
-                   {"@_checkUARTPort", "@_checkUARTDataLength", "TypeError: an entry of the list is no character",
-                    "ValueError: a character's code is above 255"},
-                   Calls<write>{})
-        .untimed("_UART_startReading", {port}, "Starts the stream of what arrives on the line; there is no reply.",
-                 {"int", "0"}, portRaises,
-                 [](Op op, Object port) -> Result {
-                     op.call("_checkUARTPort", port);
-                     co_await op.same("_sendPacketWithoutReply", py::int_(int{START_UART_READING}), payload(port));
-                     co_return py::int_(0);
-                 })
-        .untimed("UART_read", {port, count, delay}, "Takes what has arrived on the line.",
-                 {"list[str]", "characters, one for each byte; fewer, or none, where no more have come",
-                  "the queue of the port"},
-                 {"@_checkUARTPort", "InputTypeNotCorrectError: `bytes_to_read` is no integer"}, Calls<read>{})
-        .untimed("UART_readBytes", {port, count, delay}, "Takes what has arrived on the line, as bytes.",
-                 {"bytes", "fewer, or none, where no more have come", "the queue of the port"},
-                 {"@_checkUARTPort", "InputTypeNotCorrectError: `bytes_to_read` is no integer"}, Calls<readBytes>{});
-    // clang-format off
-    uart.rows({
-        {"_UART_stopReading", {port}, checks, STOP_UART_READING, {u8("port")}, status(1), "Stops the stream."},
-        {"UART_reset", {port}, checks, RESET_UART, {u8("port")}, status(1), "Puts a port back to its settings of the start."},
-        {"UART_setBaudRate", {port, {"baud_rate", "int", "speed in bits per second, 0 to 400000"}},
-            {checks[0], calls("_checkUARTBaudRate", {"baud_rate"})}, SET_UART_BAUD_RATE,
-            {u8("port"), packed<std::uint32_t>("u32", "baud_rate")}, status(1), "Sets the speed."},
-        setting("UART_setDataBit", "0 or 1 in the device's numbering", "_checkUARTDataBit", SET_UART_DATA_SIZE, "Sets the number of data bits."),
-        setting("UART_setParity", "0 to 3 in the device's numbering", "_checkUARTParityMode", SET_UART_PARITY, "Sets the parity."),
-        setting("UART_setNumStopBit", "0 to 3 in the device's numbering", "_checkUARTNumStopBitMode", SET_UART_NUM_STOP_BITS, "Sets the number of stop bits."),
-    });
-    // clang-format on
+    uart.operation(
+            {.name = "UART_open",
+             .parameters = {port},
+             .doc = "Opens a port and takes its lines. The first one opened is read from until a port is closed.",
+             .returns = status(1).returns,
+             .raises = {checkUARTPort, checkUARTPinState},
+             .body = open})
+        .operation(
+            {.name = "UART_close",
+             .parameters = {port},
+             .doc =
+                 "Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing.",
+             .returns = status(1).returns,
+             .raises = {checkUARTPort, "AttributeError: always, in the blocking form"},
+             .body = close})
+        .operation({.name = "UART_write",
+                    .parameters = {port,
+                                   {"write_data", "str | list[str]",
+                                    "at most 50 characters with codes up to 255, as text or as a list of single ones"}},
+                    .doc = "Writes to the line.",
+                    .returns = status(1).returns,
+                    .raises = {checkUARTPort, checkUARTDataLength, "TypeError: an entry of the list is no character",
+                               "ValueError: a character's code is above 255"},
+                    .body = write})
+        .withoutTimeout({.name = "_UART_startReading",
+                         .parameters = {port},
+                         .doc = "Starts the stream of what arrives on the line; there is no reply.",
+                         .returns = {"int", "0"},
+                         .raises = portRaises,
+                         .body = [](Op op, Object port) -> Result {
+                             op.call("_checkUARTPort", port);
+                             co_await op.same("_sendPacketWithoutReply", py::int_(int{START_UART_READING}),
+                                              payload(port));
+                             co_return py::int_(0);
+                         }})
+        .withoutTimeout(
+            {.name = "UART_read",
+             .parameters = {port, count, delay},
+             .doc = "Takes what has arrived on the line.",
+             .returns = {"list[str]", "characters, one for each byte; fewer, or none, where no more have come",
+                         "the queue of the port"},
+             .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+             .body = read})
+        .withoutTimeout({.name = "UART_readBytes",
+                         .parameters = {port, count, delay},
+                         .doc = "Takes what has arrived on the line, as bytes.",
+                         .returns = {"bytes", "fewer, or none, where no more have come", "the queue of the port"},
+                         .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+                         .body = readBytes});
+    uart.operations(
+        {{.name = "_UART_stopReading",
+          .checks = checks,
+          .sends = STOP_UART_READING,
+          .fields = {port | u8},
+          .doc = "Stops the stream."},
+         {.name = "UART_reset",
+          .checks = checks,
+          .sends = RESET_UART,
+          .fields = {port | u8},
+          .doc = "Puts a port back to its settings of the start."},
+         {.name = "UART_setBaudRate",
+          .checks = {checks[0], checkUARTBaudRate(Parameter{"baud_rate"})},
+          .sends = SET_UART_BAUD_RATE,
+          .fields = {port | u8, Parameter{"baud_rate", "int", "speed in bits per second, 0 to 400000"} | u32},
+          .doc = "Sets the speed."},
+         setting("UART_setDataBit", "0 or 1 in the device's numbering", checkUARTDataBit, SET_UART_DATA_SIZE,
+                 "Sets the number of data bits."),
+         setting("UART_setParity", "0 to 3 in the device's numbering", checkUARTParityMode, SET_UART_PARITY,
+                 "Sets the parity."),
+         setting("UART_setNumStopBit", "0 to 3 in the device's numbering", checkUARTNumStopBitMode,
+                 SET_UART_NUM_STOP_BITS, "Sets the number of stop bits.")});
 }
 
 }  // namespace zvr::python

@@ -3,6 +3,7 @@
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "device/devices.h"
+#include "device/feature.h"
 #include "device/runtime.h"
 #include "python/values.h"
 
@@ -88,52 +89,43 @@ Result setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
     co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_SET_IP, data));
 }
 
-std::vector<Definition> operations() {
+void defineOperations(Package& package) {
     const Raises typeRaises{"InputTypeNotCorrectError: an argument is not a string",
                             "ValueError, OSError: an address is not well-formed"};
-    const auto raising = [&](const char* failure) {
-        Raises raises = typeRaises;
-        raises.emplace_back(failure);
-        return raises;
-    };
     const Returns status{"int", "the second status of all different answers; it is not checked", "the devices"};
-    return {
-        {"Bcst_enumerateNetworkDevices",
-         {},
-         "Finds the devices on the network, within 5 seconds. Use the awaitable form.",
-         {"list[list[str]]",
-          "for each device its address, subnet mask, MAC address, model, serial number, alias, application information "
-          "and gateway, in no order",
-          "the devices"},
-         {"IndexError: in the blocking form, as soon as one device has answered"},
-         steps(Calls<enumerate>{})},
-        {"Bcst_checkMACAndRing",
-         {macParameter},
-         "Lets one device ring.",
-         {"bytes", "the first answer", "the device"},
-         raising("IndexError: no device answered within 5 seconds"),
-         steps(Calls<ring>{})},
-        {"Bcst_checkMACAndReboot",
-         {macParameter},
-         "Is meant to restart one device; fails for every address before anything is sent.",
-         status,
-         raising("TypeError: always"),
-         steps(Calls<reboot>{})},
-        {"Bcst_checkMACAndSetIP",
-         {ipParameter, macParameter, gatewayParameter, maskParameter},
-         "Gives one device an address. Equal answers count as one, so a lone device leads to the failure.",
-         status,
-         raising("IndexError: fewer than two different answers came within 5 seconds"),
-         steps(Calls<setAddress>{})},
-    };
-}
-
-void defineOperations(Package& package) {
     Feature finding(package, "Broadcast", "Finding devices.", Feature::Base::none);
-    for (Definition& definition : operations()) finding.add(std::move(definition), Form::method);
-    finding.shared("Bcst_enumerateUSBDevices", {}, "Finds the devices on USB.",
-                   {"list[list[str]]", "serial number and product name of each", "the devices"}, {},
-                   [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); });
+    finding
+        .withoutTimeout({.name = "Bcst_enumerateNetworkDevices",
+                         .doc = "Finds the devices on the network, within 5 seconds. Use the awaitable form.",
+                         .returns = {"list[list[str]]",
+                                     "for each device its address, subnet mask, MAC address, model, serial number, "
+                                     "alias, application information and gateway, in no order",
+                                     "the devices"},
+                         .raises = {"IndexError: in the blocking form, as soon as one device has answered"},
+                         .body = enumerate})
+        .withoutTimeout({.name = "Bcst_checkMACAndRing",
+                         .parameters = {macParameter},
+                         .doc = "Lets one device ring.",
+                         .returns = {"bytes", "the first answer", "the device"},
+                         .raises = {typeRaises, "IndexError: no device answered within 5 seconds"},
+                         .body = ring})
+        .withoutTimeout({.name = "Bcst_checkMACAndReboot",
+                         .parameters = {macParameter},
+                         .doc = "Is meant to restart one device; fails for every address before anything is sent.",
+                         .returns = status,
+                         .raises = {typeRaises, "TypeError: always"},
+                         .body = reboot})
+        .withoutTimeout(
+            {.name = "Bcst_checkMACAndSetIP",
+             .parameters = {ipParameter, macParameter, gatewayParameter, maskParameter},
+             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the failure.",
+             .returns = status,
+             .raises = {typeRaises, "IndexError: fewer than two different answers came within 5 seconds"},
+             .body = setAddress});
+    finding.shared({.name = "Bcst_enumerateUSBDevices",
+                    .doc = "Finds the devices on USB.",
+                    .returns = {"list[list[str]]", "serial number and product name of each", "the devices"},
+                    .body = [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); }});
 }
 
 }  // namespace
@@ -142,40 +134,50 @@ void defineBroadcast(Package& package) {
     defineOperations(package);
     ClassMaker type = package.makeClass("BroadcastDevice", {"Device"}, "Asks all devices on the network at once.");
     defineLinkFields<udpLink>(type, "UDPClient");
-    type.method("__init__", {verboseParameter}, "Starts the receive thread, which waits for a port.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    callOf("Device", "__init__", self);
-                    openLink(self, udpLink, callObject(classNamed("UDPClient")));
-                    setAttribute(self, udpLink.status, py::int_(0));
-                    printMessage(verbose, "Opened handle", self);
-                })
-        .method("connect", {verboseParameter},
-                "Takes UDP port 6667, on which the devices answer; does nothing if it has it.", {},
-                {"NetworkConnectionError: the port is taken, or the handle is closed"},
-                [](py::handle self, const Object& verbose) {
-                    if (isTrue(self, udpLink.status)) return;
-                    if (isKilled(self)) {
-                        throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-                    }
-                    callMethod(attribute(self, udpLink.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));
-                    setAttribute(self, udpLink.status, py::int_(1));
-                    openGate(self, udpLink);
-                    printBareMessage(verbose, "Binded", self);
-                })
-        .method("disconnect", {verboseParameter}, "Lets go of the port; does nothing if it has none.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    if (!isTrue(self, udpLink.status)) return;
-                    shutLink(self, udpLink);
-                    setAttribute(self, udpLink.status, py::int_(0));
-                    printBareMessage(verbose, "Disconnected", self);
-                })
-        .method("close", {verboseParameter}, "Ends port and thread for good; a second call does nothing.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    closeDevice(self, udpLink, verbose, [](py::handle object) {
-                        callOf("Device", "close", object, py::bool_(false));
-                        openGate(object, udpLink);
-                    });
-                });
+    type.method({.name = "__init__",
+                 .parameters = {verboseParameter},
+                 .doc = "Starts the receive thread, which waits for a port.",
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         callOf("Device", "__init__", self);
+                         openLink(self, udpLink, callObject(classNamed("UDPClient")));
+                         setAttribute(self, udpLink.status, py::int_(0));
+                         printMessage(verbose, "Opened handle", self);
+                     }})
+        .method({.name = "connect",
+                 .parameters = {verboseParameter},
+                 .doc = "Takes UDP port 6667, on which the devices answer; does nothing if it has it.",
+                 .raises = {"NetworkConnectionError: the port is taken, or the handle is closed"},
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         if (isTrue(self, udpLink.status)) return;
+                         if (isKilled(self)) {
+                             throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
+                         }
+                         callMethod(attribute(self, udpLink.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));
+                         setAttribute(self, udpLink.status, py::int_(1));
+                         openGate(self, udpLink);
+                         printBareMessage(verbose, "Binded", self);
+                     }})
+        .method({.name = "disconnect",
+                 .parameters = {verboseParameter},
+                 .doc = "Lets go of the port; does nothing if it has none.",
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         if (!isTrue(self, udpLink.status)) return;
+                         shutLink(self, udpLink);
+                         setAttribute(self, udpLink.status, py::int_(0));
+                         printBareMessage(verbose, "Disconnected", self);
+                     }})
+        .method({.name = "close",
+                 .parameters = {verboseParameter},
+                 .doc = "Ends port and thread for good; a second call does nothing.",
+                 .body = [](py::handle self, const Object& verbose) {
+                     closeDevice(self, udpLink, verbose, [](py::handle object) {
+                         callOf("Device", "close", object, py::bool_(false));
+                         openGate(object, udpLink);
+                     });
+                 }});
 }
 
 }  // namespace zvr::python

@@ -116,24 +116,35 @@ void defineClient(Package& package) {
                     [&](Splitter& splitter) { splitter.setLastIndex(static_cast<std::size_t>(index)); });
                 restoreField(self, "last_index");
             })
-        .method("_splitPacket", {}, "Consumes the complete frames of `stream`.", packets, {},
-                [](py::handle self) { return toList(splitterOf(native<Client>(self)).split()); })
-        .method("sendPacket", {frame}, "Sends a frame.", {},
-                {"OSError: the link's failure; TimeoutError if the device takes nothing for 5 seconds"},
-                [](py::handle self, const Object& values) {
-                    const auto client = native<Client>(self);
-                    const Bytes bytes = bytesOf(values);
-                    const bool sent =
-                        blocking([&](const Attend& attend) { return client->send(bytes, sendDeadline(), attend); });
-                    if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
-                })
-        .method(
-            "recvPacket", {length}, "Reads once, waiting as long as the link's reads wait.",
-            {"bytes", "at most `length` bytes; none at the end of the stream", "the device"},
-            {"OSError: the link's failure"},
-            [](py::handle self, const Object& most) { return toBytes(readOnce(native<Client>(self), most).second); })
-        .method("recvAndSplitPacket", {length}, "Reads once and consumes the complete frames.", packets,
-                {"OSError: the link's failure"}, Calls<receiveAndSplit>{});
+        .method({.name = "_splitPacket",
+                 .doc = "Consumes the complete frames of `stream`.",
+                 .returns = packets,
+                 .body = [](py::handle self) { return toList(splitterOf(native<Client>(self)).split()); }})
+        .method({.name = "sendPacket",
+                 .parameters = {frame},
+                 .doc = "Sends a frame.",
+                 .raises = {"OSError: the link's failure; TimeoutError if the device takes nothing for 5 seconds"},
+                 .body =
+                     [](py::handle self, const Object& values) {
+                         const auto client = native<Client>(self);
+                         const Bytes bytes = bytesOf(values);
+                         const bool sent = blocking(
+                             [&](const Attend& attend) { return client->send(bytes, sendDeadline(), attend); });
+                         if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
+                     }})
+        .method({.name = "recvPacket",
+                 .parameters = {length},
+                 .doc = "Reads once, waiting as long as the link's reads wait.",
+                 .returns = {"bytes", "at most `length` bytes; none at the end of the stream", "the device"},
+                 .raises = {"OSError: the link's failure"},
+                 .body = [](py::handle self,
+                            const Object& most) { return toBytes(readOnce(native<Client>(self), most).second); }})
+        .method({.name = "recvAndSplitPacket",
+                 .parameters = {length},
+                 .doc = "Reads once and consumes the complete frames.",
+                 .returns = packets,
+                 .raises = {"OSError: the link's failure"},
+                 .body = receiveAndSplit});
     addDeleter(type, "stream");
     addDeleter(type, "last_index");
 }
@@ -154,65 +165,75 @@ void defineNetworkClients(Package& package) {
     defineSocketField<NetworkClient, networkSteps>(
         maker, "The socket; 0 while there is none. Any object with the methods of a socket may take its place.");
     maker
-        .method("setTimeout", {{"timeout", "float | None", "seconds of later reads and sends; None for no limit"}},
-                "Sets the socket's timeout; does nothing while there is no socket.", {}, {},
-                [](py::handle self, const Object& timeout) {
-                    const auto client = native<NetworkClient>(self);
-                    const double seconds = timeout.is_none() ? std::numeric_limits<double>::infinity()
-                                                             : argument<Seconds>(timeout, "timeout");
-                    client->setTimeout(seconds);
-                })
-        .method("disconnect", {}, "Shuts the socket down and lets go of it.", {},
-                {"NetworkConnectionLostError: that fails; the socket stays"}, [](py::handle self) {
-                    const auto client = native<NetworkClient>(self);
-                    {
-                        const WithoutGil released;
-                        client->disconnect();
-                    }
-                    restoreField(self, "socket");
-                });
+        .method({.name = "setTimeout",
+                 .parameters = {{"timeout", "float | None", "seconds of later reads and sends; None for no limit"}},
+                 .doc = "Sets the socket's timeout; does nothing while there is no socket.",
+                 .body =
+                     [](py::handle self, const Object& timeout) {
+                         const auto client = native<NetworkClient>(self);
+                         const double seconds = timeout.is_none() ? std::numeric_limits<double>::infinity()
+                                                                  : argument<Seconds>(timeout, "timeout");
+                         client->setTimeout(seconds);
+                     }})
+        .method({.name = "disconnect",
+                 .doc = "Shuts the socket down and lets go of it.",
+                 .raises = {"NetworkConnectionLostError: that fails; the socket stays"},
+                 .body = [](py::handle self) {
+                     const auto client = native<NetworkClient>(self);
+                     {
+                         const WithoutGil released;
+                         client->disconnect();
+                     }
+                     restoreField(self, "socket");
+                 }});
 
     const auto tcp = py::class_<TcpClient, NetworkClient, std::shared_ptr<TcpClient>>(package.module(), "TCPClient",
                                                                                       "A client over TCP.")
                          .def(py::init<>());
-    ClassMaker(tcp).method(
-        "connect",
-        {{"ip_addr", "str", "IPv4 address or host name of the device"}, {"port", "int", "TCP port, 0 to 65535"}},
-        "Connects within 5 seconds.", {"bool", "True"}, {"NetworkConnectionError: that fails"},
-        [](py::handle self, const Object& address, const Object& port) {
-            const auto client = native<TcpClient>(self);
-            const auto host = argument<std::string>(address, "ip_addr");
-            const int number = portOf(port);
-            blocking([&](const Attend& attend) { client->connect(host, number, attend); });
-            restoreField(self, "socket");
-            return true;
-        });
+    ClassMaker(tcp).method({.name = "connect",
+                            .parameters = {{"ip_addr", "str", "IPv4 address or host name of the device"},
+                                           {"port", "int", "TCP port, 0 to 65535"}},
+                            .doc = "Connects within 5 seconds.",
+                            .returns = {"bool", "True"},
+                            .raises = {"NetworkConnectionError: that fails"},
+                            .body = [](py::handle self, const Object& address, const Object& port) {
+                                const auto client = native<TcpClient>(self);
+                                const auto host = argument<std::string>(address, "ip_addr");
+                                const int number = portOf(port);
+                                blocking([&](const Attend& attend) { client->connect(host, number, attend); });
+                                restoreField(self, "socket");
+                                return true;
+                            }});
 
     const auto udp = py::class_<UdpClient, NetworkClient, std::shared_ptr<UdpClient>>(
                          package.module(), "UDPClient", "A client that receives and broadcasts datagrams.")
                          .def(py::init<>());
     ClassMaker(udp)
-        .method("bind",
-                {{"ip_addr", "str", "local IPv4 address; empty for every interface"},
-                 {"port", "int", "UDP port, 0 to 65535"}},
-                "Takes a local port.", {}, {"NetworkConnectionError: the port is taken"},
-                [](py::handle self, const Object& address, const Object& port) {
-                    const auto client = native<UdpClient>(self);
-                    const auto host = argument<std::string>(address, "ip_addr");
-                    const int number = portOf(port);
-                    {
-                        const WithoutGil released;
-                        client->bind(host, number);
-                    }
-                    restoreField(self, "socket");
-                })
-        .method("sendBcstPacket", {{"packet", "Sequence[int]", "byte values of a frame"}},
-                "Sends a frame to every device, on every interface that carries it.", {},
-                {"OSError: no interface carries it"}, [](py::handle self, const Object& values) {
-                    native<UdpClient>(self)->requireOwn();
-                    const Bytes bytes = bytesOf(values);
-                    blocking([&](const Attend& attend) { UdpClient::sendBroadcast(bytes, attend); });
-                });
+        .method({.name = "bind",
+                 .parameters = {{"ip_addr", "str", "local IPv4 address; empty for every interface"},
+                                {"port", "int", "UDP port, 0 to 65535"}},
+                 .doc = "Takes a local port.",
+                 .raises = {"NetworkConnectionError: the port is taken"},
+                 .body =
+                     [](py::handle self, const Object& address, const Object& port) {
+                         const auto client = native<UdpClient>(self);
+                         const auto host = argument<std::string>(address, "ip_addr");
+                         const int number = portOf(port);
+                         {
+                             const WithoutGil released;
+                             client->bind(host, number);
+                         }
+                         restoreField(self, "socket");
+                     }})
+        .method({.name = "sendBcstPacket",
+                 .parameters = {{"packet", "Sequence[int]", "byte values of a frame"}},
+                 .doc = "Sends a frame to every device, on every interface that carries it.",
+                 .raises = {"OSError: no interface carries it"},
+                 .body = [](py::handle self, const Object& values) {
+                     native<UdpClient>(self)->requireOwn();
+                     const Bytes bytes = bytesOf(values);
+                     blocking([&](const Attend& attend) { UdpClient::sendBroadcast(bytes, attend); });
+                 }});
 }
 
 void defineSerialClient(Package& package) {
@@ -243,31 +264,35 @@ void defineSerialClient(Package& package) {
                 return kept == nullptr ? Object(py::int_(0)) : borrow(kept);
             },
             [](py::handle self, const Object& value) { dictionaryOf(self)[py::handle(interned("client"))] = value; })
-        .method("connect",
-                {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
-                 {"baudrate", "int", "speed in bits per second"}},
-                "Opens the port: 8 data bits, no parity, one stop bit.", {"bool", "True"},
-                {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"},
-                [](py::handle self, const Object& port, const Object& speed) {
-                    const auto client = native<SerialClient>(self);
-                    const auto name = argument<std::string>(port, "port");
-                    const int bauds = argument<int>(speed, "baudrate");
-                    {
-                        const WithoutGil released;
-                        client->connect(name, bauds);
-                    }
-                    restoreField(self, "socket");
-                    return true;
-                })
-        .method("disconnect", {}, "Closes the port.", {"bool", "True"}, {}, [](py::handle self) {
-            const auto client = native<SerialClient>(self);
-            {
-                const WithoutGil released;
-                client->disconnect();
-            }
-            restoreField(self, "socket");
-            return true;
-        });
+        .method(
+            {.name = "connect",
+             .parameters = {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
+                            {"baudrate", "int", "speed in bits per second"}},
+             .doc = "Opens the port: 8 data bits, no parity, one stop bit.",
+             .returns = {"bool", "True"},
+             .raises = {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"},
+             .body =
+                 [](py::handle self, const Object& port, const Object& speed) {
+                     const auto client = native<SerialClient>(self);
+                     const auto name = argument<std::string>(port, "port");
+                     const int bauds = argument<int>(speed, "baudrate");
+                     {
+                         const WithoutGil released;
+                         client->connect(name, bauds);
+                     }
+                     restoreField(self, "socket");
+                     return true;
+                 }})
+        .method(
+            {.name = "disconnect", .doc = "Closes the port.", .returns = {"bool", "True"}, .body = [](py::handle self) {
+                 const auto client = native<SerialClient>(self);
+                 {
+                     const WithoutGil released;
+                     client->disconnect();
+                 }
+                 restoreField(self, "socket");
+                 return true;
+             }});
     addDeleter(type, "read_timeout");
     addDeleter(type, "client");
 }
@@ -308,18 +333,24 @@ void defineUsbClient(Package& package) {
                   [](py::handle self) { return usbClient(self)->interfaceNumber(); })
         .property({"ep_in", "int", "Address of the endpoint that is read."}, [](py::handle) { return USB_EP_IN; })
         .property({"ep_out", "int", "Address of the endpoint that is written."}, [](py::handle) { return USB_EP_OUT; })
-        .method("takeSerialNumber", {}, "The device's serial number.", {"str", "its USB string", "the device"}, {},
-                [](py::handle self) { return usbClient(self)->identity().serialNumber; })
-        .method("takeProductName", {}, "The product's name.", {"str", "its USB string", "the device"}, {},
-                [](py::handle self) { return usbClient(self)->identity().product; })
-        .method("recvPacket", {length}, "Reads once, for a millisecond at most.",
-                {"bytes", "at most `length` bytes", "the device"},
-                {"USBTimeoutError: nothing came in time", "USBError: the USB layer's failure"},
-                [](py::handle self, const Object& most) {
-                    const auto [reading, bytes] = readOnce(usbClient(self), most);
-                    if (reading == Reading::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);
-                    return toBytes(bytes);
-                });
+        .method({.name = "takeSerialNumber",
+                 .doc = "The device's serial number.",
+                 .returns = {"str", "its USB string", "the device"},
+                 .body = [](py::handle self) { return usbClient(self)->identity().serialNumber; }})
+        .method({.name = "takeProductName",
+                 .doc = "The product's name.",
+                 .returns = {"str", "its USB string", "the device"},
+                 .body = [](py::handle self) { return usbClient(self)->identity().product; }})
+        .method({.name = "recvPacket",
+                 .parameters = {length},
+                 .doc = "Reads once, for a millisecond at most.",
+                 .returns = {"bytes", "at most `length` bytes", "the device"},
+                 .raises = {"USBTimeoutError: nothing came in time", "USBError: the USB layer's failure"},
+                 .body = [](py::handle self, const Object& most) {
+                     const auto [reading, bytes] = readOnce(usbClient(self), most);
+                     if (reading == Reading::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);
+                     return toBytes(bytes);
+                 }});
 }
 
 }  // namespace

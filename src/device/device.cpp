@@ -125,13 +125,17 @@ void defineThread(Package& package) {
                   [](const Held& thread) { return thread->ident(); })
         .property({"native_id", "int", "Number that the system gives the thread."},
                   [](const Held& thread) { return thread->nativeId(); })
-        .method("is_alive", {}, "Whether the thread runs.", {"bool"}, {},
-                [](const Held& thread) { return thread->alive(); })
-        .method("join", {{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"}},
-                "Waits until the thread has ended.", {}, {}, [](const Held& thread, std::optional<Seconds> timeout) {
-                    const Deadline deadline = timeout ? deadlineIn(*timeout) : forever;
-                    blocking([&](const Attend& attend) { return thread->awaitEnd(deadline, attend); });
-                });
+        .method({.name = "is_alive",
+                 .doc = "Whether the thread runs.",
+                 .returns = {"bool"},
+                 .body = [](const Held& thread) { return thread->alive(); }})
+        .method({.name = "join",
+                 .parameters = {{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"}},
+                 .doc = "Waits until the thread has ended.",
+                 .body = [](const Held& thread, std::optional<Seconds> timeout) {
+                     const Deadline deadline = timeout ? deadlineIn(*timeout) : forever;
+                     blocking([&](const Attend& attend) { return thread->awaitEnd(deadline, attend); });
+                 }});
     refusePickling(type.type());
 }
 
@@ -161,58 +165,84 @@ void defineDevice(Package& package) {
         .field({"data_pool_echo", "EchoPool", "latest unclaimed reply per key"})
         .field({"data_pool_strm", "StreamPool", "queues of streamed frames"})
         .field({"data_pool_bcst", "BroadcastPool", "sets of replies to broadcasts"})
-        .method("__init__", {}, "Makes the data pools.", {}, {},
-                [](py::handle self) {
-                    const auto made = std::make_shared<DeviceRuntime>(self);
-                    setAttribute(self, "_runtime", py::cast(made));
-                    setAttribute(self, "killed", py::bool_(false));
-                    setAttribute(self, "data_pool_echo", py::cast(made->pools.echo));
-                    setAttribute(self, "data_pool_strm", py::cast(made->pools.stream));
-                    setAttribute(self, "data_pool_bcst", py::cast(made->pools.broadcast));
-                })
-        .method(
-            "__setattr__", {name, {"value", "Any", "what it becomes"}}, "Sets an attribute, threads included.", {}, {},
-            [](py::handle self, const Object& name, const Object& value) {
-                changeField(self, name, [&] { return PyObject_GenericSetAttr(self.ptr(), name.ptr(), value.ptr()); });
-            })
-        .method("__delattr__", {name}, "Deletes an attribute, threads included.", {}, {},
-                [](py::handle self, const Object& name) {
-                    changeField(self, name, [&] { return PyObject_GenericSetAttr(self.ptr(), name.ptr(), nullptr); });
-                })
-        .method("__reduce_ex__", {{"protocol", "object", ""}}, "Refuses: a connection cannot be copied.", {"Any"},
-                {"TypeError: always"},
-                [](py::handle self, const Object&) -> Object {
-                    throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
-                                         " holds a connection and threads and cannot be copied or pickled: make "
-                                         "another one and connect it");
-                })
-        .method("_checkCommandType", {command, data}, "Sorts a frame by its command.",
-                {"str", R"("streaming", "broadcast", "ignore" or "echo")"}, {}, Calls<commandType>{})
-        .method("_putToDataPool", {command, data}, "Files a received frame in the pool of its class.", {},
-                {"IndexError: the data is too short for its key"}, Calls<fileFrame>{})
-        .method("_getDeviceName", {}, "The display name.", {"str", "the name in `LABEL_DICT`", "table"},
-                {"KeyError: the class is not in the table"}, Calls<displayName>{})
-        .method("close", {verboseParameter}, "Ends the object for good; a second call does nothing.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    if (isKilled(self)) return;
-                    setAttribute(self, "killed", py::bool_(true));
-                    if (const auto runtime = runtimeOrNothing(self)) runtime->endAll();
-                    printMessage(verbose, "Closed handle", self);
-                })
-        .method("__enter__", {}, "The object itself.", {"Self"}, {}, [](py::handle self) { return borrow(self.ptr()); })
-        .method("__exit__", {{"*failure", "object", ""}}, "Closes the object.", {}, {},
-                [](py::handle self, const Object&) { callMethod(self, "close"); })
-        .add({"__aenter__", {}, "The object itself.", {"Self"}, {}, steps([](Op op) -> Result {
-                  co_return borrow(op.self().ptr());
-              })},
-             Form::awaitable)
-        .add({"__aexit__",
-              {{"*failure", "object", ""}},
-              "Closes the object.",
-              {},
-              {},
-              steps([](Op op, Object) -> Result { co_return op.call("close"); })},
-             Form::awaitable);
+        .method({.name = "__init__",
+                 .doc = "Makes the data pools.",
+                 .body =
+                     [](py::handle self) {
+                         const auto made = std::make_shared<DeviceRuntime>(self);
+                         setAttribute(self, "_runtime", py::cast(made));
+                         setAttribute(self, "killed", py::bool_(false));
+                         setAttribute(self, "data_pool_echo", py::cast(made->pools.echo));
+                         setAttribute(self, "data_pool_strm", py::cast(made->pools.stream));
+                         setAttribute(self, "data_pool_bcst", py::cast(made->pools.broadcast));
+                     }})
+        .method({.name = "__setattr__",
+                 .parameters = {name, {"value", "Any", "what it becomes"}},
+                 .doc = "Sets an attribute, threads included.",
+                 .body =
+                     [](py::handle self, const Object& name, const Object& value) {
+                         changeField(self, name,
+                                     [&] { return PyObject_GenericSetAttr(self.ptr(), name.ptr(), value.ptr()); });
+                     }})
+        .method({.name = "__delattr__",
+                 .parameters = {name},
+                 .doc = "Deletes an attribute, threads included.",
+                 .body =
+                     [](py::handle self, const Object& name) {
+                         changeField(self, name,
+                                     [&] { return PyObject_GenericSetAttr(self.ptr(), name.ptr(), nullptr); });
+                     }})
+        .method({.name = "__reduce_ex__",
+                 .parameters = {{"protocol", "object", ""}},
+                 .doc = "Refuses: a connection cannot be copied.",
+                 .returns = {"Any"},
+                 .raises = {"TypeError: always"},
+                 .body = [](py::handle self, const Object&) -> Object {
+                     throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
+                                          " holds a connection and threads and cannot be copied or pickled: make "
+                                          "another one and connect it");
+                 }})
+        .method({.name = "_checkCommandType",
+                 .parameters = {command, data},
+                 .doc = "Sorts a frame by its command.",
+                 .returns = {"str", R"("streaming", "broadcast", "ignore" or "echo")"},
+                 .body = commandType})
+        .method({.name = "_putToDataPool",
+                 .parameters = {command, data},
+                 .doc = "Files a received frame in the pool of its class.",
+                 .raises = {"IndexError: the data is too short for its key"},
+                 .body = fileFrame})
+        .method({.name = "_getDeviceName",
+                 .doc = "The display name.",
+                 .returns = {"str", "the name in `LABEL_DICT`", "table"},
+                 .raises = {"KeyError: the class is not in the table"},
+                 .body = displayName})
+        .method({.name = "close",
+                 .parameters = {verboseParameter},
+                 .doc = "Ends the object for good; a second call does nothing.",
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         if (isKilled(self)) return;
+                         setAttribute(self, "killed", py::bool_(true));
+                         if (const auto runtime = runtimeOrNothing(self)) runtime->endAll();
+                         printMessage(verbose, "Closed handle", self);
+                     }})
+        .method({.name = "__enter__",
+                 .doc = "The object itself.",
+                 .returns = {"Self"},
+                 .body = [](py::handle self) { return borrow(self.ptr()); }})
+        .method({.name = "__exit__",
+                 .parameters = {{"*failure", "object", ""}},
+                 .doc = "Closes the object.",
+                 .body = [](py::handle self, const Object&) { callMethod(self, "close"); }})
+        .awaitable({.name = "__aenter__",
+                    .doc = "The object itself.",
+                    .returns = {"Self"},
+                    .body = [](Op op) -> Result { co_return borrow(op.self().ptr()); }})
+        .awaitable({.name = "__aexit__",
+                    .parameters = {{"*failure", "object"}},
+                    .doc = "Closes the object.",
+                    .body = [](Op op, Object) -> Result { co_return op.call("close"); }});
 }
 
 }  // namespace zvr::python

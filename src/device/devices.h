@@ -44,8 +44,9 @@ void defineLinkFields(ClassMaker& type, const char* clientType) {
         .field({link.lock, "Gate", "gate of the receive thread, shut while there is no connection"})
         .field({link.thread, "DeviceThread", "the receive thread, from construction to close"})
         .field({link.client, std::string(clientType) + " | None", "the client that the receive thread reads from"})
-        .method(link.body, {}, "Body of the receive thread: reads and files frames until the object is closed.", {}, {},
-                [](py::handle self) { runReceiverBody(self, link); });
+        .method({.name = link.body,
+                 .doc = "Body of the receive thread: reads and files frames until the object is closed.",
+                 .body = [](py::handle self) { runReceiverBody(self, link); }});
 }
 
 bool isTrue(py::handle self, const char* field);

@@ -29,22 +29,15 @@ void defineFailure(Package& package, FailureId id) {
     if (row.base == "ZVRWarning") {
         parameters.back().doc = "silent=True makes the construction report nothing";
     }
-    Definition definition{
-        "__init__",
-        parameters,
-        "Takes a message.",
-        {},
-        {},
-        [](const Definition& self, py::handle object, Arguments given) -> Object {
-            const FailureId id{static_cast<int>(self.tag)};
-            const Object base =
-                borrow(reinterpret_cast<PyObject*>(reinterpret_cast<PyTypeObject*>(failureClass(id).ptr())->tp_base));
-            py::tuple head = py::make_tuple(object, rowOf(id).code, given[0]);
-            attribute(base, "__init__")(*head, *py::tuple(given[1]), **py::dict(given[2]));
-            return py::none();
-        }};
-    definition.tag = static_cast<std::size_t>(id);
-    type.add(std::move(definition), Form::method);
+    type.method({.name = "__init__",
+                 .parameters = parameters,
+                 .doc = "Takes a message.",
+                 .body = [id](py::handle self, const Object& message, const Object& more, const Object& named) {
+                     PyTypeObject* const type = reinterpret_cast<PyTypeObject*>(failureClass(id).ptr());
+                     const Object base = borrow(reinterpret_cast<PyObject*>(type->tp_base));
+                     py::tuple head = py::make_tuple(self, rowOf(id).code, message);
+                     attribute(base, "__init__")(*head, *py::tuple(more), **py::dict(named));
+                 }});
     setAttribute(type.type(), "code", py::int_(row.code));
     setAttribute(type.type(), "msg", py::str(row.message.data(), row.message.size()));
     setFailureClass(id, type.type());
@@ -93,49 +86,61 @@ void defineFailures(Package& package) {
     package.makeClass("Error", {"Exception"}, "Root of the library's errors.")
         .field({"code", "int", "number of the failure, fixed by the class"})
         .field({"msg", "str", "what happened"})
-        .method("__init__", {code, message, anyMore, anyNamed}, "Takes a code and a message.", {}, {},
-                [](py::handle self, const Object& code, const Object& message, const Object&, const Object&) {
-                    setAttribute(self, "code", code);
-                    setAttribute(self, "msg", message);
-                })
-        .method("__str__", {}, "Tells code and message.", {"str"}, {},
-                [](py::handle self) -> Object { return formatted("Error {:d}: {}", self); });
+        .method({.name = "__init__",
+                 .parameters = {code, message, anyMore, anyNamed},
+                 .doc = "Takes a code and a message.",
+                 .body =
+                     [](py::handle self, const Object& code, const Object& message, const Object&, const Object&) {
+                         setAttribute(self, "code", code);
+                         setAttribute(self, "msg", message);
+                     }})
+        .method({.name = "__str__",
+                 .doc = "Tells code and message.",
+                 .returns = {"str"},
+                 .body = [](py::handle self) -> Object { return formatted("Error {:d}: {}", self); }});
     package
         .makeClass("ZVRWarning", {"UserWarning"},
                    "Root of the library's warnings. Constructing one prints the call stack and warns.")
         .field({"code", "int", "number of the warning, fixed by the class"})
         .field({"msg", "str", "what happened"})
-        .method("__init__",
-                {code, message, anyMore, {"**kwargs", "object", "silent=True makes the construction report nothing"}},
-                "Takes a code and a message, and reports them.", {}, {},
-                [](py::handle self, const Object& code, const Object& message, const Object&, const Object& named) {
-                    setAttribute(self, "code", code);
-                    setAttribute(self, "msg", message);
-                    const Object silent = py::dict(named).attr("get")("silent", false);
-                    if (!isTrue(silent)) reportWarning(self);
-                })
-        .method("__str__", {}, "Tells code and message.", {"str"}, {},
-                [](py::handle self) -> Object { return formatted("Warning {:d}: {}", self); });
+        .method(
+            {.name = "__init__",
+             .parameters =
+                 {code, message, anyMore, {"**kwargs", "object", "silent=True makes the construction report nothing"}},
+             .doc = "Takes a code and a message, and reports them.",
+             .body =
+                 [](py::handle self, const Object& code, const Object& message, const Object&, const Object& named) {
+                     setAttribute(self, "code", code);
+                     setAttribute(self, "msg", message);
+                     const Object silent = py::dict(named).attr("get")("silent", false);
+                     if (!isTrue(silent)) reportWarning(self);
+                 }})
+        .method({.name = "__str__",
+                 .doc = "Tells code and message.",
+                 .returns = {"str"},
+                 .body = [](py::handle self) -> Object { return formatted("Warning {:d}: {}", self); }});
     for (std::size_t i = 0; i < failureTable().size(); ++i) defineFailure(package, FailureId(i));
 
-    package.function("printGenericError", {{"err", "BaseException", "the failure"}},
-                     "Prints the class and the text of a failure on one line.", {}, {},
-                     [](py::handle, const Object& error) {
-                         const Object name = attribute(py::type::of(error), "__name__");
-                         say(py::str("{}:{}").format(name, py::str(error)));
-                     });
-    package.function("checkFirmwareError", {{"error_code", "int", "status byte of a device's reply"}},
-                     "Raises the failure that a status byte stands for.", {},
-                     {"Error: the class of the status; FirmwareOtherError for an unknown one"},
-                     [](py::handle, const Object& status) {
-                         int overflow = 0;
-                         const Object number = integerOf(status, "error_code");
-                         const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
-                         const bool isByte = overflow == 0 && value >= 0 && value <= 255;
-                         if (const auto refusal = failureOfStatus(isByte ? static_cast<int>(value) : -1)) {
-                             throw Failure(*refusal);
-                         }
-                     });
+    package.function({.name = "printGenericError",
+                      .parameters = {{"err", "BaseException", "the failure"}},
+                      .doc = "Prints the class and the text of a failure on one line.",
+                      .body = [](py::handle, const Object& error) {
+                          const Object name = attribute(py::type::of(error), "__name__");
+                          say(py::str("{}:{}").format(name, py::str(error)));
+                      }});
+    package.function({.name = "checkFirmwareError",
+                      .parameters = {{"error_code", "int", "status byte of a device's reply"}},
+                      .doc = "Raises the failure that a status byte stands for.",
+                      .raises = {"Error: the class of the status; FirmwareOtherError for an unknown one"},
+                      .body = [](py::handle, const Object& status) {
+                          int overflow = 0;
+                          const Object number = integerOf(status, "error_code");
+                          const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
+                          const bool isByte = overflow == 0 && value >= 0 && value <= 255;
+                          if (const auto refusal = failureOfStatus(isByte ? static_cast<int>(value) : -1)) {
+                              throw Failure(*refusal);
+                          }
+                      }});
 }
 
 }  // namespace zvr::python

@@ -66,11 +66,14 @@ void defineObjectQueue(Package& package) {
     defineQueueFace<Access>(type, "Any",
                             "a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything");
     refusePickling(bound);
-    type.method("get_many", {{"count", "int", "most items to take"}}, "Takes the oldest items without waiting.",
-                {"list[Any]", "items, oldest first; fewer, or none, where no more are there"}, {},
-                [](const HeldQueue& queue, std::int64_t count) {
-                    return queue->takeObjects(static_cast<std::size_t>(std::max(count, std::int64_t{0})));
-                })
+    type.method({.name = "get_many",
+                 .parameters = {{"count", "int", "most items to take"}},
+                 .doc = "Takes the oldest items without waiting.",
+                 .returns = {"list[Any]", "items, oldest first; fewer, or none, where no more are there"},
+                 .body =
+                     [](const HeldQueue& queue, std::int64_t count) {
+                         return queue->takeObjects(static_cast<std::size_t>(std::max(count, std::int64_t{0})));
+                     }})
         .property({"dropped", "int", "Items of the stream that were dropped since it was made: there was no room."},
                   [](const HeldQueue& queue) { return queue->dropped(); });
 }

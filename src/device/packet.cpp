@@ -251,15 +251,6 @@ Result broadcastSteps(Op op, Object command, Object data) {
     co_return records;
 }
 
-Definition broadcastDefinition() {
-    return {"_broadcastPacket",
-            {command, data},
-            "Sends a request to every device on the network and collects the replies for 5 seconds.",
-            {"RecordSet", "the replies without their first byte; the set stays live in the pool", "the devices"},
-            {},
-            steps(Calls<broadcastSteps>{})};
-}
-
 }  // namespace
 
 void definePacket(Package& package) {
@@ -271,46 +262,85 @@ void definePacket(Package& package) {
     const Returns maybeReply{"bytes | None", "data of the reply, or None if there was none in time", "the device"};
 
     package.makeClass("Packet_based", {}, "What both forms of the request engine share.")
-        .method("_preparePacket", {command, data.withDefault("[]")}, "Builds a frame.",
-                {"list[int]", "byte values of the whole frame"},
-                {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
-                [](py::handle, int code, const Object& bytes) -> Object {
-                    return toList(buildFrame(code, bytesOf(bytes, "data_out")));
-                });
+        .method({.name = "_preparePacket",
+                 .parameters = {command, data.withDefault("[]")},
+                 .doc = "Builds a frame.",
+                 .returns = {"list[int]", "byte values of the whole frame"},
+                 .raises = {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
+                 .body = [](py::handle, int code, const Object& bytes) -> Object {
+                     return toList(buildFrame(code, bytesOf(bytes, "data_out")));
+                 }});
 
-    const auto broadcast = std::make_shared<const Definition>(broadcastDefinition());
+    const Definition broadcast{
+        .name = "_broadcastPacket",
+        .parameters = {command, data},
+        .doc = "Sends a request to every device on the network and collects the replies for 5 seconds.",
+        .returns = {"RecordSet", "the replies without their first byte; the set stays live in the pool", "the devices"},
+        .body = broadcastSteps};
     package.makeClass("Packet", {"Packet_based"}, "The request engine, blocking.")
-        .method("_echoPacket", {command, data, seconds}, "Sends a request once and waits for its reply.", reply,
-                noReply, Calls<echoPacket>{})
-        .method("_echoPacketWithRetry", {command, data, seconds.withDefault("5")},
-                "Sends a request, up to three times in quick succession, and waits for its reply.", reply, noReply,
-                Calls<echoPacketWithRetry>{})
-        .method("_getReplyFromPool", {key, seconds}, "Waits for a reply and takes it from the echo pool.", reply,
-                noReply, Calls<getReplyFromPool>{})
-        .method("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue.", samples, {},
-                Calls<getStreamingFromPool>{})
-        .method("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
-                [](py::handle self, const Object& code, const Object& bytes) {
-                    const Object frame = callMethod(self, "_preparePacket", code, bytes);
-                    callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
-                })
-        .add(broadcast, Form::method);
+        .method({.name = "_echoPacket",
+                 .parameters = {command, data, seconds},
+                 .doc = "Sends a request once and waits for its reply.",
+                 .returns = reply,
+                 .raises = noReply,
+                 .body = echoPacket})
+        .method({.name = "_echoPacketWithRetry",
+                 .parameters = {command, data, seconds.withDefault("5")},
+                 .doc = "Sends a request, up to three times in quick succession, and waits for its reply.",
+                 .returns = reply,
+                 .raises = noReply,
+                 .body = echoPacketWithRetry})
+        .method({.name = "_getReplyFromPool",
+                 .parameters = {key, seconds},
+                 .doc = "Waits for a reply and takes it from the echo pool.",
+                 .returns = reply,
+                 .raises = noReply,
+                 .body = getReplyFromPool})
+        .method({.name = "_getStreamingFromPool",
+                 .parameters = {queue, count, delay},
+                 .doc = "Takes items from a queue.",
+                 .returns = samples,
+                 .body = getStreamingFromPool})
+        .method({.name = "_sendPacketWithoutReply",
+                 .parameters = {command, data},
+                 .doc = "Sends a request that has no reply.",
+                 .body =
+                     [](py::handle self, const Object& code, const Object& bytes) {
+                         const Object frame = callMethod(self, "_preparePacket", code, bytes);
+                         callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
+                     }})
+        .method(broadcast);
 
     package.makeClass("Packet_async", {"Packet_based"}, "The request engine, awaitable.")
-        .awaitable("_echoPacket", {command, data, seconds.withDefault("5")},
-                   "Sends a request once and waits for its reply.", maybeReply, {}, Calls<echoPacketSteps>{})
+        .awaitable({.name = "_echoPacket",
+                    .parameters = {command, data, seconds.withDefault("5")},
+                    .doc = "Sends a request once and waits for its reply.",
+                    .returns = maybeReply,
+                    .body = echoPacketSteps})
+        .awaitable({.name = "_echoPacketWithRetry",
+                    .parameters = {command,
+                                   data,
+                                   {"num_retries", "int", "times to send, one second apart", "3"},
+                                   seconds.withDefault("5")},
+                    .doc = "Sends a request until its reply is there.",
+                    .returns = reply,
+                    .body = echoPacketWithRetrySteps})
+        .awaitable({.name = "_getReplyFromPool",
+                    .parameters = {key},
+                    .doc = "Waits for a reply, without a limit, and takes it from the echo pool.",
+                    .returns = reply,
+                    .body = getReplySteps})
         .awaitable(
-            "_echoPacketWithRetry",
-            {command, data, {"num_retries", "int", "times to send, one second apart", "3"}, seconds.withDefault("5")},
-            "Sends a request until its reply is there.", reply, {}, Calls<echoPacketWithRetrySteps>{})
-        .awaitable("_getReplyFromPool", {key}, "Waits for a reply, without a limit, and takes it from the echo pool.",
-                   reply, {}, Calls<getReplySteps>{})
-        .awaitable("_getStreamingFromPool", {queue, count, delay}, "Takes items from a queue; never waits.", samples,
-                   {},
-                   [](Op, Object items, Py_ssize_t most, Object) -> Result { co_return takeStreaming(items, most); })
-        .awaitable("_sendPacketWithoutReply", {command, data}, "Sends a request that has no reply.", {}, {},
-                   Calls<sendWithoutReplySteps>{})
-        .add(broadcast, Form::awaitable);
+            {.name = "_getStreamingFromPool",
+             .parameters = {queue, count, delay},
+             .doc = "Takes items from a queue; never waits.",
+             .returns = samples,
+             .body = [](Op, Object items, Py_ssize_t most, Object) -> Result { co_return takeStreaming(items, most); }})
+        .awaitable({.name = "_sendPacketWithoutReply",
+                    .parameters = {command, data},
+                    .doc = "Sends a request that has no reply.",
+                    .body = sendWithoutReplySteps})
+        .awaitable(broadcast);
 }
 
 }  // namespace zvr::python

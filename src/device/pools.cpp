@@ -30,45 +30,64 @@ const Parameter otherParameter{"other", "Any", "what it is joined with"};
 
 // What mappings have beside the methods of collections.abc.
 ClassMaker& completeMapping(ClassMaker& type, const char* items) {
-    type.method("copy", {}, "A plain dictionary of what is there now.", {std::string("dict") + items}, {},
-                [](py::handle self) { return py::dict(borrow(self.ptr())); })
-        .method("__or__", {otherParameter}, "A plain dictionary of both.", {std::string("dict") + items}, {},
-                [](py::handle self, const Object& other) {
-                    const py::dict both(borrow(self.ptr()));
-                    callMethod(both, "update", other);
-                    return both;
-                })
-        .method("__ror__", {otherParameter}, "A plain dictionary of both.", {std::string("dict") + items}, {},
-                [](py::handle self, const Object& other) {
-                    const py::dict both(other);
-                    callMethod(both, "update", self);
-                    return both;
-                })
-        .method("__ior__", {otherParameter}, "Takes over what the other one has.", {"Self"}, {},
-                [](py::handle self, const Object& other) {
-                    callMethod(self, "update", other);
-                    return borrow(self.ptr());
-                })
-        .method("__repr__", {}, "Its content.", {"str"}, {}, [](py::handle self) {
-            return py::str("{}({})").format(attribute(py::type::of(self), "__name__"),
-                                            py::repr(py::dict(borrow(self.ptr()))));
-        });
+    type.method({.name = "copy",
+                 .doc = "A plain dictionary of what is there now.",
+                 .returns = {std::string("dict") + items},
+                 .body = [](py::handle self) { return py::dict(borrow(self.ptr())); }})
+        .method({.name = "__or__",
+                 .parameters = {otherParameter},
+                 .doc = "A plain dictionary of both.",
+                 .returns = {std::string("dict") + items},
+                 .body =
+                     [](py::handle self, const Object& other) {
+                         const py::dict both(borrow(self.ptr()));
+                         callMethod(both, "update", other);
+                         return both;
+                     }})
+        .method({.name = "__ror__",
+                 .parameters = {otherParameter},
+                 .doc = "A plain dictionary of both.",
+                 .returns = {std::string("dict") + items},
+                 .body =
+                     [](py::handle self, const Object& other) {
+                         const py::dict both(other);
+                         callMethod(both, "update", self);
+                         return both;
+                     }})
+        .method({.name = "__ior__",
+                 .parameters = {otherParameter},
+                 .doc = "Takes over what the other one has.",
+                 .returns = {"Self"},
+                 .body =
+                     [](py::handle self, const Object& other) {
+                         callMethod(self, "update", other);
+                         return borrow(self.ptr());
+                     }})
+        .method({.name = "__repr__", .doc = "Its content.", .returns = {"str"}, .body = [](py::handle self) {
+                     return py::str("{}({})").format(attribute(py::type::of(self), "__name__"),
+                                                     py::repr(py::dict(borrow(self.ptr()))));
+                 }});
     completeAs(type.type(), "MutableMapping", items,
                {"get", "pop", "clear", "update", "setdefault", "keys", "values", "items", "__eq__",
                 "_MutableMapping__marker"});
-    type.method("popitem", {}, "Takes the newest entry out.", {"tuple[Any, Any]"}, {"KeyError: there is none"},
-                [](py::handle self) -> Object {
-                    const py::list keys(borrow(self.ptr()));
-                    if (keys.empty()) throw py::key_error("popitem(): the pool is empty");
-                    const Object key = keys[keys.size() - 1];
-                    return py::make_tuple(key, callMethod(self, "pop", key));
-                })
-        .method("__reversed__", {}, "Iterates over the keys from the newest on.", {"Iterator[Any]"}, {},
-                [](py::handle self) {
-                    const py::list keys(borrow(self.ptr()));
-                    callMethod(keys, "reverse");
-                    return own(PyObject_GetIter(keys.ptr()));
-                });
+    type.method({.name = "popitem",
+                 .doc = "Takes the newest entry out.",
+                 .returns = {"tuple[Any, Any]"},
+                 .raises = {"KeyError: there is none"},
+                 .body = [](py::handle self) -> Object {
+                     const py::list keys(borrow(self.ptr()));
+                     if (keys.empty()) throw py::key_error("popitem(): the pool is empty");
+                     const Object key = keys[keys.size() - 1];
+                     return py::make_tuple(key, callMethod(self, "pop", key));
+                 }})
+        .method({.name = "__reversed__",
+                 .doc = "Iterates over the keys from the newest on.",
+                 .returns = {"Iterator[Any]"},
+                 .body = [](py::handle self) {
+                     const py::list keys(borrow(self.ptr()));
+                     callMethod(keys, "reverse");
+                     return own(PyObject_GetIter(keys.ptr()));
+                 }});
     py::setattr(type.type(), "__hash__", py::none());
     return type;
 }
@@ -119,48 +138,67 @@ void defineEchoPool(Package& package) {
     ClassMaker type = py::class_<EchoPool, std::shared_ptr<EchoPool>>(
         package.module(), "EchoPool", "Latest unclaimed reply per command code or composite motion key.",
         py::dynamic_attr());
-    type.method("__getitem__", {keyParameter}, "The reply, which stays.", {"Any"}, {"KeyError: there is none"},
-                [](py::handle self, const Object& key) -> Object {
-                    const auto pool = native<EchoPool>(self);
-                    const auto number = numberOfKey(key);
-                    const auto data = number ? pool->peek(*number) : std::nullopt;
-                    return data ? Object(toBytes(*data)) : otherOrMissing(self, key);
-                })
-        .method("__setitem__", {keyParameter, reply}, "Files a reply and wakes who waits for it.", {}, {},
-                [](py::handle self, const Object& key, const Object& value) {
-                    const auto pool = native<EchoPool>(self);
-                    const auto number = numberOfKey(key);
-                    if (!number || !PyBytes_CheckExact(value.ptr())) {
-                        othersOf(self)[key] = value;
-                        if (number) pool->take(*number);
-                        return;
-                    }
-                    eraseOther(self, key);
-                    Bytes data = bytesOf(value);
-                    const WithoutGil released;
-                    pool->put(*number, std::move(data));
-                })
-        .method("__delitem__", {keyParameter}, "Drops a reply.", {}, {"KeyError: there is none"},
-                [](py::handle self, const Object& key) {
-                    const auto pool = native<EchoPool>(self);
-                    const auto number = numberOfKey(key);
-                    if (number && pool->take(*number)) return;
-                    otherOrMissing(self, key);
-                    eraseOther(self, key);
-                })
-        .method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
-                [](py::handle self, const Object& key) {
-                    const auto pool = native<EchoPool>(self);
-                    const auto number = numberOfKey(key);
-                    return (number && pool->contains(*number)) || othersOf(self).contains(key);
-                })
-        .method("__len__", {}, "Number of replies.", {"int"}, {},
-                [](py::handle self) { return native<EchoPool>(self)->keys().size() + othersOf(self).size(); })
-        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
-                [](py::handle self) {
-                    return iteratorOverKeys(self, native<EchoPool>(self)->keys(),
-                                            [](EchoPool::Key key) { return py::int_(key); });
-                });
+    type.method({.name = "__getitem__",
+                 .parameters = {keyParameter},
+                 .doc = "The reply, which stays.",
+                 .returns = {"Any"},
+                 .raises = {"KeyError: there is none"},
+                 .body = [](py::handle self, const Object& key) -> Object {
+                     const auto pool = native<EchoPool>(self);
+                     const auto number = numberOfKey(key);
+                     const auto data = number ? pool->peek(*number) : std::nullopt;
+                     return data ? Object(toBytes(*data)) : otherOrMissing(self, key);
+                 }})
+        .method({.name = "__setitem__",
+                 .parameters = {keyParameter, reply},
+                 .doc = "Files a reply and wakes who waits for it.",
+                 .body =
+                     [](py::handle self, const Object& key, const Object& value) {
+                         const auto pool = native<EchoPool>(self);
+                         const auto number = numberOfKey(key);
+                         if (!number || !PyBytes_CheckExact(value.ptr())) {
+                             othersOf(self)[key] = value;
+                             if (number) pool->take(*number);
+                             return;
+                         }
+                         eraseOther(self, key);
+                         Bytes data = bytesOf(value);
+                         const WithoutGil released;
+                         pool->put(*number, std::move(data));
+                     }})
+        .method({.name = "__delitem__",
+                 .parameters = {keyParameter},
+                 .doc = "Drops a reply.",
+                 .raises = {"KeyError: there is none"},
+                 .body =
+                     [](py::handle self, const Object& key) {
+                         const auto pool = native<EchoPool>(self);
+                         const auto number = numberOfKey(key);
+                         if (number && pool->take(*number)) return;
+                         otherOrMissing(self, key);
+                         eraseOther(self, key);
+                     }})
+        .method({.name = "__contains__",
+                 .parameters = {soughtParameter},
+                 .doc = "Whether a reply is there.",
+                 .returns = {"bool"},
+                 .body =
+                     [](py::handle self, const Object& key) {
+                         const auto pool = native<EchoPool>(self);
+                         const auto number = numberOfKey(key);
+                         return (number && pool->contains(*number)) || othersOf(self).contains(key);
+                     }})
+        .method({.name = "__len__",
+                 .doc = "Number of replies.",
+                 .returns = {"int"},
+                 .body = [](py::handle self) { return native<EchoPool>(self)->keys().size() + othersOf(self).size(); }})
+        .method({.name = "__iter__",
+                 .doc = "Iterates over the keys that are there now.",
+                 .returns = {"Iterator[Any]"},
+                 .body = [](py::handle self) {
+                     return iteratorOverKeys(self, native<EchoPool>(self)->keys(),
+                                             [](EchoPool::Key key) { return py::int_(key); });
+                 }});
     completeMapping(type, "[Any, Any]");
 }
 
@@ -229,78 +267,101 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
             eraseOther(self, key);
         }
     };
-    type.method("__getitem__", {keyParameter}, "What is there under a key; made if it is missing.", {"Any"}, {},
-                [](py::handle self, const Object& key) -> Object {
-                    if (Object found = find(self, key)) return found;
-                    const auto pool = native<Pool>(self);
-                    if (const auto number = keyOf(key, *pool)) {
-                        pool->at(*number);
-                        return find(self, key);
-                    }
-                    const py::dict others = othersOf(self);
-                    others[key] = py::cast(std::make_shared<Thing>());
-                    return others[key];
-                })
-        .method("__setitem__",
-                {keyParameter,
-                 {"value", "Any",
-                  std::string(thing) + ", or what takes its place: it is used "
-                                       "through its methods"}},
-                "Puts something in the place of what is there.", {}, {},
-                [](py::handle self, const Object& key, const Object& value) {
-                    const auto pool = native<Pool>(self);
-                    const auto number = keyOf(key, *pool);
-                    if (!number) {
-                        othersOf(self)[key] = value;
-                    } else if (auto own = nativeOrNothing<Thing>(value)) {
-                        pool->put(*number, std::move(own));
-                    } else {
-                        pool->put(*number, nullptr, shared(value));
-                    }
-                })
-        .method("__delitem__", {keyParameter}, "Takes it out; the next frame makes another.", {},
-                {"KeyError: there is none"},
-                [](py::handle self, const Object& key) {
-                    if (!find(self, key)) missing(key);
-                    erase(self, key);
-                })
-        .method("__contains__", {soughtParameter}, "Whether it is there.", {"bool"}, {},
-                [](py::handle self, const Object& key) { return static_cast<bool>(find(self, key)); })
-        .method("__len__", {}, "Number of entries.", {"int"}, {},
-                [](py::handle self) { return native<Pool>(self)->keys().size() + othersOf(self).size(); })
-        .method("__iter__", {}, "Iterates over the keys that are there now.", {"Iterator[Any]"}, {},
-                [](py::handle self) {
-                    return iteratorOverKeys(self, native<Pool>(self)->keys(), [](const Key& key) -> Object {
-                        if constexpr (std::is_same_v<Key, int>) {
-                            return py::int_(key);
-                        } else {
-                            return keyObject(key);
-                        }
-                    });
-                });
+    type.method({.name = "__getitem__",
+                 .parameters = {keyParameter},
+                 .doc = "What is there under a key; made if it is missing.",
+                 .returns = {"Any"},
+                 .body = [](py::handle self, const Object& key) -> Object {
+                     if (Object found = find(self, key)) return found;
+                     const auto pool = native<Pool>(self);
+                     if (const auto number = keyOf(key, *pool)) {
+                         pool->at(*number);
+                         return find(self, key);
+                     }
+                     const py::dict others = othersOf(self);
+                     others[key] = py::cast(std::make_shared<Thing>());
+                     return others[key];
+                 }})
+        .method({.name = "__setitem__",
+                 .parameters = {keyParameter,
+                                {"value", "Any",
+                                 std::string(thing) + ", or what takes its place: it is used "
+                                                      "through its methods"}},
+                 .doc = "Puts something in the place of what is there.",
+                 .body =
+                     [](py::handle self, const Object& key, const Object& value) {
+                         const auto pool = native<Pool>(self);
+                         const auto number = keyOf(key, *pool);
+                         if (!number) {
+                             othersOf(self)[key] = value;
+                         } else if (auto own = nativeOrNothing<Thing>(value)) {
+                             pool->put(*number, std::move(own));
+                         } else {
+                             pool->put(*number, nullptr, shared(value));
+                         }
+                     }})
+        .method({.name = "__delitem__",
+                 .parameters = {keyParameter},
+                 .doc = "Takes it out; the next frame makes another.",
+                 .raises = {"KeyError: there is none"},
+                 .body =
+                     [](py::handle self, const Object& key) {
+                         if (!find(self, key)) missing(key);
+                         erase(self, key);
+                     }})
+        .method({.name = "__contains__",
+                 .parameters = {soughtParameter},
+                 .doc = "Whether it is there.",
+                 .returns = {"bool"},
+                 .body = [](py::handle self, const Object& key) { return static_cast<bool>(find(self, key)); }})
+        .method({.name = "__len__",
+                 .doc = "Number of entries.",
+                 .returns = {"int"},
+                 .body = [](py::handle self) { return native<Pool>(self)->keys().size() + othersOf(self).size(); }})
+        .method({.name = "__iter__",
+                 .doc = "Iterates over the keys that are there now.",
+                 .returns = {"Iterator[Any]"},
+                 .body = [](py::handle self) {
+                     return iteratorOverKeys(self, native<Pool>(self)->keys(), [](const Key& key) -> Object {
+                         if constexpr (std::is_same_v<Key, int>) {
+                             return py::int_(key);
+                         } else {
+                             return keyObject(key);
+                         }
+                     });
+                 }});
     completeMapping(type, items);
-    type.method("get", {keyParameter, standard}, "What is there under a key; nothing is made.", {"Any"}, {},
-                [](py::handle self, const Object& key, const Object& standard) -> Object {
-                    Object found = find(self, key);
-                    return found ? found : standard;
-                })
-        .method("pop", {keyParameter, {"*args", "Any", "what is given where there is none"}}, "Takes an entry out.",
-                {"Any"}, {"KeyError: there is none, and no default"},
-                [](py::handle self, const Object& key, const Object& standard) -> Object {
-                    if (Object found = find(self, key)) {
-                        erase(self, key);
-                        return found;
-                    }
-                    const py::tuple given = borrow(standard.ptr());
-                    if (given.empty()) missing(key);
-                    return given[0];
-                })
-        .method("setdefault", {keyParameter, standard}, "What is there under a key, or else the default, put there.",
-                {"Any"}, {}, [](py::handle self, const Object& key, const Object& standard) -> Object {
-                    if (Object found = find(self, key)) return found;
-                    if (PyObject_SetItem(self.ptr(), key.ptr(), standard.ptr()) != 0) throw py::error_already_set();
-                    return standard;
-                });
+    type.method({.name = "get",
+                 .parameters = {keyParameter, standard},
+                 .doc = "What is there under a key; nothing is made.",
+                 .returns = {"Any"},
+                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                     Object found = find(self, key);
+                     return found ? found : standard;
+                 }})
+        .method({.name = "pop",
+                 .parameters = {keyParameter, {"*args", "Any", "what is given where there is none"}},
+                 .doc = "Takes an entry out.",
+                 .returns = {"Any"},
+                 .raises = {"KeyError: there is none, and no default"},
+                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                     if (Object found = find(self, key)) {
+                         erase(self, key);
+                         return found;
+                     }
+                     const py::tuple given = borrow(standard.ptr());
+                     if (given.empty()) missing(key);
+                     return given[0];
+                 }})
+        .method({.name = "setdefault",
+                 .parameters = {keyParameter, standard},
+                 .doc = "What is there under a key, or else the default, put there.",
+                 .returns = {"Any"},
+                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                     if (Object found = find(self, key)) return found;
+                     if (PyObject_SetItem(self.ptr(), key.ptr(), standard.ptr()) != 0) throw py::error_already_set();
+                     return standard;
+                 }});
 }
 
 void defineStreamPool(Package& package) {
@@ -438,23 +499,38 @@ void defineBroadcastPool(Package& package) {
     const Parameter record{"value", "bytes", "data of a reply"};
     ClassMaker set = py::class_<RecordSet, Set>(package.module(), "RecordSet",
                                                 "Replies to one broadcast command; equal ones count once.");
-    set.method("__contains__", {soughtParameter}, "Whether a reply is there.", {"bool"}, {},
-               [](const Set& records, const Object& value) {
-                   return PyBytes_Check(value.ptr()) != 0 && records->contains(bytesOf(value));
-               })
-        .method("__iter__", {}, "Iterates over the replies that are there now.", {"Iterator[bytes]"}, {},
-                [](const Set& records) { return own(PyObject_GetIter(setOf(*records).ptr())); })
-        .method("__len__", {}, "Number of different replies.", {"int"}, {},
-                [](const Set& records) { return records->records().size(); })
-        .method("add", {record}, "Adds a reply.", {}, {},
-                [](const Set& records, const Object& value) { records->add(bytesOf(value)); })
-        .method("discard", {record}, "Removes a reply if it is there.", {}, {},
-                [](const Set& records, const Object& value) { records->discard(bytesOf(value)); })
-        .method("clear", {}, "Removes all replies.", {}, {}, [](const Set& records) { records->clear(); })
-        .method("copy", {}, "A plain set of what is there now.", {"set[bytes]"}, {},
-                [](const Set& records) { return setOf(*records); })
-        .method("__repr__", {}, "Its content.", {"str"}, {},
-                [](const Set& records) { return py::repr(setOf(*records)); });
+    set.method({.name = "__contains__",
+                .parameters = {soughtParameter},
+                .doc = "Whether a reply is there.",
+                .returns = {"bool"},
+                .body =
+                    [](const Set& records, const Object& value) {
+                        return PyBytes_Check(value.ptr()) != 0 && records->contains(bytesOf(value));
+                    }})
+        .method({.name = "__iter__",
+                 .doc = "Iterates over the replies that are there now.",
+                 .returns = {"Iterator[bytes]"},
+                 .body = [](const Set& records) { return own(PyObject_GetIter(setOf(*records).ptr())); }})
+        .method({.name = "__len__",
+                 .doc = "Number of different replies.",
+                 .returns = {"int"},
+                 .body = [](const Set& records) { return records->records().size(); }})
+        .method({.name = "add",
+                 .parameters = {record},
+                 .doc = "Adds a reply.",
+                 .body = [](const Set& records, const Object& value) { records->add(bytesOf(value)); }})
+        .method({.name = "discard",
+                 .parameters = {record},
+                 .doc = "Removes a reply if it is there.",
+                 .body = [](const Set& records, const Object& value) { records->discard(bytesOf(value)); }})
+        .method({.name = "clear", .doc = "Removes all replies.", .body = [](const Set& records) { records->clear(); }})
+        .method({.name = "copy",
+                 .doc = "A plain set of what is there now.",
+                 .returns = {"set[bytes]"},
+                 .body = [](const Set& records) { return setOf(*records); }})
+        .method({.name = "__repr__", .doc = "Its content.", .returns = {"str"}, .body = [](const Set& records) {
+                     return py::repr(setOf(*records));
+                 }});
     completeSet(set);
     completeAs(set.type(), "MutableSet", "[bytes]",
                {"remove", "pop", "isdisjoint", "__eq__", "__le__", "__lt__", "__ge__", "__gt__"});
@@ -498,27 +574,40 @@ void defineGate(Package& package) {
                               gate->release();
                               return gate;
                           }));
-    type.method("acquire", {waits, timeout}, "Shuts the gate.", shut, {},
-                [](const Held& gate, bool waits, Seconds timeout) { return acquire(gate, waits, timeout); })
-        .method("release", {}, "Opens the gate.", {}, {}, [](const Held& gate) { gate->release(); })
-        .method("locked", {}, "Whether the gate is shut.", {"bool"}, {},
-                [](const Held& gate) { return gate->locked(); })
-        .method("__enter__", {}, "Shuts the gate.", {"bool", "True"}, {},
-                [](const Held& gate) { return acquire(gate, true, -1); })
-        .method("__exit__", {{"*failure", "object", ""}}, "Opens the gate.", {}, {},
-                [](const Held& gate, const Object&) { gate->release(); });
+    type.method({.name = "acquire",
+                 .parameters = {waits, timeout},
+                 .doc = "Shuts the gate.",
+                 .returns = shut,
+                 .body = [](const Held& gate, bool waits, Seconds timeout) { return acquire(gate, waits, timeout); }})
+        .method({.name = "release", .doc = "Opens the gate.", .body = [](const Held& gate) { gate->release(); }})
+        .method({.name = "locked",
+                 .doc = "Whether the gate is shut.",
+                 .returns = {"bool"},
+                 .body = [](const Held& gate) { return gate->locked(); }})
+        .method({.name = "__enter__",
+                 .doc = "Shuts the gate.",
+                 .returns = {"bool", "True"},
+                 .body = [](const Held& gate) { return acquire(gate, true, -1); }})
+        .method({.name = "__exit__",
+                 .parameters = {{"*failure", "object", ""}},
+                 .doc = "Opens the gate.",
+                 .body = [](const Held& gate, const Object&) { gate->release(); }});
     refusePickling(type.type());
 }
 
 }  // namespace
 
 void refusePickling(py::handle type) {
-    ClassMaker(type).method("__reduce_ex__", {{"protocol", "object", ""}}, "Refuses: threads of this process use it.",
-                            {"Any"}, {"TypeError: always"}, [](py::handle self, const Object&) -> Object {
-                                throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
-                                                     " cannot be copied or pickled: threads of this process use it. "
-                                                     "Make another one instead");
-                            });
+    ClassMaker(type).method({.name = "__reduce_ex__",
+                             .parameters = {{"protocol", "object", ""}},
+                             .doc = "Refuses: threads of this process use it.",
+                             .returns = {"Any"},
+                             .raises = {"TypeError: always"},
+                             .body = [](py::handle self, const Object&) -> Object {
+                                 throw py::type_error(std::string("a ") + Py_TYPE(self.ptr())->tp_name +
+                                                      " cannot be copied or pickled: threads of this process use it. "
+                                                      "Make another one instead");
+                             }});
 }
 
 // The constructor of a base would look in the object for a part that only an object of the base itself has.

@@ -52,42 +52,69 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
     const Parameter waits{"block", "bool", "whether to wait", "True"};
     const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
     const Returns taken{itemType, "the oldest item: what was put, the same object"};
-    type.method("put", {item, waits, timeout}, "Adds an item.", {}, {"queue.Full: no room in time"},
-                [](const Held& queue, const Object& item, bool waits, const Object& timeout) {
-                    putInto<Access>(queue, item, queueDeadline(waits, timeout));
-                })
-        .method("get", {waits, timeout}, "Takes the oldest item.", taken, {"queue.Empty: nothing came in time"},
-                [](const Held& queue, bool waits, const Object& timeout) {
-                    return takeFrom<Access>(queue, queueDeadline(waits, timeout));
-                })
-        .method("put_nowait", {item}, "Adds an item without waiting.", {}, {"queue.Full: no room"},
-                [](const Held& queue, const Object& item) { putInto<Access>(queue, item, Clock::now()); })
-        .method("get_nowait", {}, "Takes the oldest item without waiting.", taken, {"queue.Empty: nothing is there"},
-                [](const Held& queue) { return takeFrom<Access>(queue, Clock::now()); })
-        .method("qsize", {}, "Number of items.", {"int"}, {}, [](const Held& queue) { return queue->size(); })
-        .method("empty", {}, "Whether it holds nothing.", {"bool"}, {},
-                [](const Held& queue) { return queue->size() == 0; })
-        .method("full", {}, "Whether it holds all it can.", {"bool"}, {},
-                [](const Held& queue) { return queue->capacity() != 0 && queue->size() >= queue->capacity(); })
-        .method("task_done", {}, "Declares an item done that was taken.", {}, {"ValueError: none is left to be done"},
-                [](const Held& queue) {
-                    if (!queue->tasks.done()) throw py::value_error("task_done() called too many times");
-                })
-        .method("join", {}, "Waits until every item that was put has been declared done.", {}, {},
-                [](const Held& queue) {
-                    blocking([&](const Attend& attend) {
-                        queue->tasks.await(attend);
-                        return true;
-                    });
-                })
-        .method("__repr__", {}, "How much it holds.", {"str"}, {},
-                [](py::handle self) {
-                    const auto queue = native<Queue>(self);
-                    return py::str("<{} of {}, {} waiting>")
-                        .format(attribute(py::type::of(self), "__name__"),
-                                queue->capacity() == 0 ? Object(py::str("any size")) : py::int_(queue->capacity()),
-                                queue->size());
-                })
+    type.method({.name = "put",
+                 .parameters = {item, waits, timeout},
+                 .doc = "Adds an item.",
+                 .raises = {"queue.Full: no room in time"},
+                 .body = [](const Held& queue, const Object& item, bool waits,
+                            const Object& timeout) { putInto<Access>(queue, item, queueDeadline(waits, timeout)); }})
+        .method({.name = "get",
+                 .parameters = {waits, timeout},
+                 .doc = "Takes the oldest item.",
+                 .returns = taken,
+                 .raises = {"queue.Empty: nothing came in time"},
+                 .body = [](const Held& queue, bool waits,
+                            const Object& timeout) { return takeFrom<Access>(queue, queueDeadline(waits, timeout)); }})
+        .method({.name = "put_nowait",
+                 .parameters = {item},
+                 .doc = "Adds an item without waiting.",
+                 .raises = {"queue.Full: no room"},
+                 .body = [](const Held& queue, const Object& item) { putInto<Access>(queue, item, Clock::now()); }})
+        .method({.name = "get_nowait",
+                 .doc = "Takes the oldest item without waiting.",
+                 .returns = taken,
+                 .raises = {"queue.Empty: nothing is there"},
+                 .body = [](const Held& queue) { return takeFrom<Access>(queue, Clock::now()); }})
+        .method({.name = "qsize",
+                 .doc = "Number of items.",
+                 .returns = {"int"},
+                 .body = [](const Held& queue) { return queue->size(); }})
+        .method({.name = "empty",
+                 .doc = "Whether it holds nothing.",
+                 .returns = {"bool"},
+                 .body = [](const Held& queue) { return queue->size() == 0; }})
+        .method(
+            {.name = "full",
+             .doc = "Whether it holds all it can.",
+             .returns = {"bool"},
+             .body = [](const Held& queue) { return queue->capacity() != 0 && queue->size() >= queue->capacity(); }})
+        .method({.name = "task_done",
+                 .doc = "Declares an item done that was taken.",
+                 .raises = {"ValueError: none is left to be done"},
+                 .body =
+                     [](const Held& queue) {
+                         if (!queue->tasks.done()) throw py::value_error("task_done() called too many times");
+                     }})
+        .method({.name = "join",
+                 .doc = "Waits until every item that was put has been declared done.",
+                 .body =
+                     [](const Held& queue) {
+                         blocking([&](const Attend& attend) {
+                             queue->tasks.await(attend);
+                             return true;
+                         });
+                     }})
+        .method({.name = "__repr__",
+                 .doc = "How much it holds.",
+                 .returns = {"str"},
+                 .body =
+                     [](py::handle self) {
+                         const auto queue = native<Queue>(self);
+                         return py::str("<{} of {}, {} waiting>")
+                             .format(attribute(py::type::of(self), "__name__"),
+                                     queue->capacity() == 0 ? Object(py::str("any size")) : py::int_(queue->capacity()),
+                                     queue->size());
+                     }})
         .property({"unfinished_tasks", "int", "Items that nobody has declared done."},
                   [](const Held& queue) { return queue->tasks.count(); })
         .property({"maxsize", "int", "Most items it holds; 0 for no limit."},

@@ -152,72 +152,105 @@ void defineSocket(Package& package) {
                   [](py::handle self) { return enumeration("SocketKind", native<SystemSocket>(self)->type()); })
         .property({"timeout", "float | None", "Seconds that a read or a send waits; None for no limit."},
                   [](py::handle self) { return timeoutObject(native<SystemSocket>(self)->timeout()); })
-        .method("gettimeout", {}, "Seconds that a read or a send waits; None for no limit.", {"float | None"}, {},
-                [](py::handle self) { return timeoutObject(native<SystemSocket>(self)->timeout()); })
-        .method("settimeout", {{"value", "float | None", "seconds of later reads and sends; None for no limit"}},
-                "Sets how long a read or a send waits.", {}, {},
-                [](py::handle self, const Object& value) { native<SystemSocket>(self)->setTimeout(timeoutOf(value)); })
-        .method("fileno", {}, "The descriptor; -1 once it is closed.", {"int"}, {},
-                [](py::handle self) { return native<SystemSocket>(self)->fileno(); })
-        .method("getsockname", {}, "Address and port of this end.", address, failure,
-                [](py::handle self) { return nameOf(native<SystemSocket>(self)->localName()); })
-        .method("getpeername", {}, "Address and port of the other end.", address, failure,
-                [](py::handle self) { return nameOf(native<SystemSocket>(self)->peerName()); })
-        .method("recv", {{"bufsize", "int", "most bytes to read"}}, "Reads once.",
-                {"bytes", "what came; nothing at the end of the stream", "the device"}, failure,
-                [](py::handle self, const Object& most) { return receiveOnce(native<SystemSocket>(self), most); })
-        .method("send", {bytesParameter}, "Sends what there is room for.", {"int", "how many bytes went", "the system"},
-                failure,
-                [](py::handle self, const Object& data) {
-                    const auto socket = native<SystemSocket>(self);
-                    const Bytes bytes = bytesOf(data);
-                    return blocking([&](const Attend& attend) { return socket->sendSome(bytes, attend); });
-                })
-        .method("sendall", {bytesParameter}, "Sends all bytes.", {}, failure,
-                [](py::handle self, const Object& data) {
-                    const auto socket = native<SystemSocket>(self);
-                    const Bytes bytes = bytesOf(data);
-                    const bool sent =
-                        blocking([&](const Attend& attend) { return socket->send(bytes, forever, attend); });
-                    if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
-                })
-        .method("getsockopt", {level, option, {"buflen", "int", "bytes of the value; 0 for a number", "0"}},
-                "Reads an option.", {"int | bytes", "its value", "the system"}, failure,
-                [](py::handle self, const Object& at, const Object& name, const Object& size) -> Object {
-                    const auto wanted = argument<int>(size, "buflen");
-                    if (wanted < 0 || wanted > 1024) throw std::invalid_argument("buflen is 0 to 1024");
-                    const Bytes value = native<SystemSocket>(self)->option(
-                        argument<int>(at, "level"), argument<int>(name, "optname"),
-                        wanted == 0 ? sizeof(int) : static_cast<std::size_t>(wanted));
-                    if (wanted != 0) return toBytes(value);
-                    int number = 0;
-                    std::memcpy(&number, value.data(), std::min(value.size(), sizeof number));
-                    return py::int_(number);
-                })
-        .method("setsockopt", {level, option, {"value", "int | bytes", "the new value"}}, "Sets an option.", {},
-                failure,
-                [](py::handle self, const Object& at, const Object& name, const Object& value) {
-                    Bytes bytes;
-                    if (PyBytes_Check(value.ptr()) != 0) {
-                        bytes = bytesOf(value);
-                    } else {
-                        const int number = argument<int>(value, "value");
-                        bytes.resize(sizeof number);
-                        std::memcpy(bytes.data(), &number, sizeof number);
-                    }
-                    native<SystemSocket>(self)->setOption(argument<int>(at, "level"), argument<int>(name, "optname"),
-                                                          bytes);
-                })
+        .method({.name = "gettimeout",
+                 .doc = "Seconds that a read or a send waits; None for no limit.",
+                 .returns = {"float | None"},
+                 .body = [](py::handle self) { return timeoutObject(native<SystemSocket>(self)->timeout()); }})
+        .method({.name = "settimeout",
+                 .parameters = {{"value", "float | None", "seconds of later reads and sends; None for no limit"}},
+                 .doc = "Sets how long a read or a send waits.",
+                 .body = [](py::handle self,
+                            const Object& value) { native<SystemSocket>(self)->setTimeout(timeoutOf(value)); }})
+        .method({.name = "fileno",
+                 .doc = "The descriptor; -1 once it is closed.",
+                 .returns = {"int"},
+                 .body = [](py::handle self) { return native<SystemSocket>(self)->fileno(); }})
+        .method({.name = "getsockname",
+                 .doc = "Address and port of this end.",
+                 .returns = address,
+                 .raises = failure,
+                 .body = [](py::handle self) { return nameOf(native<SystemSocket>(self)->localName()); }})
+        .method({.name = "getpeername",
+                 .doc = "Address and port of the other end.",
+                 .returns = address,
+                 .raises = failure,
+                 .body = [](py::handle self) { return nameOf(native<SystemSocket>(self)->peerName()); }})
         .method(
-            "shutdown", {{"how", "int", "0 for reads, 1 for sends, 2 for both"}},
-            "Ends the reads or the sends of all threads.", {}, failure,
-            [](py::handle self, const Object& how) { native<SystemSocket>(self)->shutDown(argument<int>(how, "how")); })
-        .method("close", {}, "Closes it, as soon as no other thread is inside one of its calls.", {}, {},
-                [](py::handle self) {
-                    const auto socket = native<SystemSocket>(self);
-                    const WithoutGil released;
-                    socket->close(Clock::now());
-                });
+            {.name = "recv",
+             .parameters = {{"bufsize", "int", "most bytes to read"}},
+             .doc = "Reads once.",
+             .returns = {"bytes", "what came; nothing at the end of the stream", "the device"},
+             .raises = failure,
+             .body = [](py::handle self, const Object& most) { return receiveOnce(native<SystemSocket>(self), most); }})
+        .method({.name = "send",
+                 .parameters = {bytesParameter},
+                 .doc = "Sends what there is room for.",
+                 .returns = {"int", "how many bytes went", "the system"},
+                 .raises = failure,
+                 .body =
+                     [](py::handle self, const Object& data) {
+                         const auto socket = native<SystemSocket>(self);
+                         const Bytes bytes = bytesOf(data);
+                         return blocking([&](const Attend& attend) { return socket->sendSome(bytes, attend); });
+                     }})
+        .method({.name = "sendall",
+                 .parameters = {bytesParameter},
+                 .doc = "Sends all bytes.",
+                 .raises = failure,
+                 .body =
+                     [](py::handle self, const Object& data) {
+                         const auto socket = native<SystemSocket>(self);
+                         const Bytes bytes = bytesOf(data);
+                         const bool sent =
+                             blocking([&](const Attend& attend) { return socket->send(bytes, forever, attend); });
+                         if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
+                     }})
+        .method({.name = "getsockopt",
+                 .parameters = {level, option, {"buflen", "int", "bytes of the value; 0 for a number", "0"}},
+                 .doc = "Reads an option.",
+                 .returns = {"int | bytes", "its value", "the system"},
+                 .raises = failure,
+                 .body = [](py::handle self, const Object& at, const Object& name, const Object& size) -> Object {
+                     const auto wanted = argument<int>(size, "buflen");
+                     if (wanted < 0 || wanted > 1024) throw std::invalid_argument("buflen is 0 to 1024");
+                     const Bytes value = native<SystemSocket>(self)->option(
+                         argument<int>(at, "level"), argument<int>(name, "optname"),
+                         wanted == 0 ? sizeof(int) : static_cast<std::size_t>(wanted));
+                     if (wanted != 0) return toBytes(value);
+                     int number = 0;
+                     std::memcpy(&number, value.data(), std::min(value.size(), sizeof number));
+                     return py::int_(number);
+                 }})
+        .method({.name = "setsockopt",
+                 .parameters = {level, option, {"value", "int | bytes", "the new value"}},
+                 .doc = "Sets an option.",
+                 .raises = failure,
+                 .body =
+                     [](py::handle self, const Object& at, const Object& name, const Object& value) {
+                         Bytes bytes;
+                         if (PyBytes_Check(value.ptr()) != 0) {
+                             bytes = bytesOf(value);
+                         } else {
+                             const int number = argument<int>(value, "value");
+                             bytes.resize(sizeof number);
+                             std::memcpy(bytes.data(), &number, sizeof number);
+                         }
+                         native<SystemSocket>(self)->setOption(argument<int>(at, "level"),
+                                                               argument<int>(name, "optname"), bytes);
+                     }})
+        .method({.name = "shutdown",
+                 .parameters = {{"how", "int", "0 for reads, 1 for sends, 2 for both"}},
+                 .doc = "Ends the reads or the sends of all threads.",
+                 .raises = failure,
+                 .body = [](py::handle self,
+                            const Object& how) { native<SystemSocket>(self)->shutDown(argument<int>(how, "how")); }})
+        .method({.name = "close",
+                 .doc = "Closes it, as soon as no other thread is inside one of its calls.",
+                 .body = [](py::handle self) {
+                     const auto socket = native<SystemSocket>(self);
+                     const WithoutGil released;
+                     socket->close(Clock::now());
+                 }});
 }
 
 std::size_t lengthOf(py::handle most, const char* name) {

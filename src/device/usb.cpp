@@ -65,78 +65,91 @@ void defineUsbLibrary(Package& package) {
                               [](py::handle self) { return native<UsbLibrary>(self)->path(); });
     package.makeClass("USBError", {"OSError"}, "A failure of the USB layer, with the system's error number.");
     package.makeClass("USBTimeoutError", {"USBError"}, "A USB transfer did not come about within its time.");
-    package.function("getLibUSB1", {}, "Looks for libusb-1.0 beside the package.",
-                     {"USBLibrary | None", "the library, or None, which lets the system's own be used"},
-                     {"ExtLibNotFoundWarning: is issued where there is none beside the package"},
-                     [](py::handle) { return findLibrary(); });
+    package.function({.name = "getLibUSB1",
+                      .doc = "Looks for libusb-1.0 beside the package.",
+                      .returns = {"USBLibrary | None", "the library, or None, which lets the system's own be used"},
+                      .raises = {"ExtLibNotFoundWarning: is issued where there is none beside the package"},
+                      .body = [](py::handle) { return findLibrary(); }});
 }
 
 void defineUsbDevice(Package& package) {
     ClassMaker(package.get("Packet_based"))
-        .method("_getAllUSBDevices", {}, "Finds the attached USB devices.",
-                {"list[list[str]]", "serial number and product name of each", "the devices"}, {}, [](py::handle) {
-                    const Library library = usbLibrary();
-                    std::vector<UsbIdentity> found;
-                    {
-                        const WithoutGil released;
-                        found = listUsbDevices(library);
-                    }
-                    py::list devices;
-                    for (const UsbIdentity& each : found) {
-                        py::list pair;
-                        pair.append(each.serialNumber);
-                        pair.append(each.product);
-                        devices.append(pair);
-                    }
-                    return devices;
-                });
+        .method({.name = "_getAllUSBDevices",
+                 .doc = "Finds the attached USB devices.",
+                 .returns = {"list[list[str]]", "serial number and product name of each", "the devices"},
+                 .body = [](py::handle) {
+                     const Library library = usbLibrary();
+                     std::vector<UsbIdentity> found;
+                     {
+                         const WithoutGil released;
+                         found = listUsbDevices(library);
+                     }
+                     py::list devices;
+                     for (const UsbIdentity& each : found) {
+                         py::list pair;
+                         pair.append(each.serialNumber);
+                         pair.append(each.product);
+                         devices.append(pair);
+                     }
+                     return devices;
+                 }});
 
     ClassMaker type = package.makeClass("USBDevice", {"Device"}, "A device on USB.");
     type.field({"serial_num", "str | None", "serial number of the device; None until connected"});
     defineLinkFields<usbLink>(type, "USBClient");
-    type.method("__init__", {verboseParameter}, "Starts the receive thread, which waits for a connection.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    callOf("Device", "__init__", self);
-                    setAttribute(self, "serial_num", py::none());
-                    openLink(self, usbLink, py::none());
-                    printMessage(verbose, "Opened handle", self);
-                })
-        .method("connect",
-                {{"serial_num", "str", "serial number of the device; \"default\" takes the first one", "\"default\""},
-                 verboseParameter},
-                "Opens the device; does nothing if it is open.", {},
-                {"USBConnectionError: there is no such device, or no libusb",
-                 "USBError: the device may not be opened, or fails"},
-                [](py::handle self, const Object& serial, const Object& verbose) {
-                    if (isTrue(self, usbLink.status)) return;
-                    if (isKilled(self)) {
-                        throw Failure(FailureId::USBConnectionError, "The handle is closed.");
-                    }
-                    if (isForeign(self)) {
-                        throw Failure(FailureId::USBConnectionError, foreignMessage("The handle"));
-                    }
-                    setAttribute(self, usbLink.client, callObject(classNamed("USBClient"), serial));
-                    setAttribute(self, usbLink.status, py::bool_(true));
-                    const Object found = callMethod(attribute(self, usbLink.client), "takeSerialNumber");
-                    setAttribute(self, "serial_num", found);
-                    openGate(self, usbLink);
-                    printMessage(verbose, "Connected to", self, found);
-                })
-        .method("disconnect", {verboseParameter}, "Lets go of the device; does nothing if it is not open.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    if (!isTrue(self, usbLink.status)) return;
-                    shutGate(self, usbLink);
-                    dropClient(self);
-                    setAttribute(self, usbLink.status, py::bool_(false));
-                    printMessage(verbose, "Disconnected from", self, attribute(self, "serial_num"));
-                })
-        .method("close", {verboseParameter}, "Ends connection and thread for good; a second call does nothing.", {}, {},
-                [](py::handle self, const Object& verbose) {
-                    closeDevice(self, usbLink, verbose, [](py::handle object) {
-                        callOf("Device", "close", object, py::bool_(false));
-                        openGate(object, usbLink);
-                    });
-                });
+    type.method({.name = "__init__",
+                 .parameters = {verboseParameter},
+                 .doc = "Starts the receive thread, which waits for a connection.",
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         callOf("Device", "__init__", self);
+                         setAttribute(self, "serial_num", py::none());
+                         openLink(self, usbLink, py::none());
+                         printMessage(verbose, "Opened handle", self);
+                     }})
+        .method({.name = "connect",
+                 .parameters = {{"serial_num", "str", "serial number of the device; \"default\" takes the first one",
+                                 "\"default\""},
+                                verboseParameter},
+                 .doc = "Opens the device; does nothing if it is open.",
+                 .raises = {"USBConnectionError: there is no such device, or no libusb",
+                            "USBError: the device may not be opened, or fails"},
+                 .body =
+                     [](py::handle self, const Object& serial, const Object& verbose) {
+                         if (isTrue(self, usbLink.status)) return;
+                         if (isKilled(self)) {
+                             throw Failure(FailureId::USBConnectionError, "The handle is closed.");
+                         }
+                         if (isForeign(self)) {
+                             throw Failure(FailureId::USBConnectionError, foreignMessage("The handle"));
+                         }
+                         setAttribute(self, usbLink.client, callObject(classNamed("USBClient"), serial));
+                         setAttribute(self, usbLink.status, py::bool_(true));
+                         const Object found = callMethod(attribute(self, usbLink.client), "takeSerialNumber");
+                         setAttribute(self, "serial_num", found);
+                         openGate(self, usbLink);
+                         printMessage(verbose, "Connected to", self, found);
+                     }})
+        .method({.name = "disconnect",
+                 .parameters = {verboseParameter},
+                 .doc = "Lets go of the device; does nothing if it is not open.",
+                 .body =
+                     [](py::handle self, const Object& verbose) {
+                         if (!isTrue(self, usbLink.status)) return;
+                         shutGate(self, usbLink);
+                         dropClient(self);
+                         setAttribute(self, usbLink.status, py::bool_(false));
+                         printMessage(verbose, "Disconnected from", self, attribute(self, "serial_num"));
+                     }})
+        .method({.name = "close",
+                 .parameters = {verboseParameter},
+                 .doc = "Ends connection and thread for good; a second call does nothing.",
+                 .body = [](py::handle self, const Object& verbose) {
+                     closeDevice(self, usbLink, verbose, [](py::handle object) {
+                         callOf("Device", "close", object, py::bool_(false));
+                         openGate(object, usbLink);
+                     });
+                 }});
 }
 
 }  // namespace zvr::python

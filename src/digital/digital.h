@@ -1,7 +1,7 @@
 // Digital lines and what is made of them.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

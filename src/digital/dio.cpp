@@ -16,6 +16,7 @@ const Parameter inputPort{"port", "int", "port number, a key of the model's inpu
 const Parameter outputPort{"port", "int", "port number, a key of the model's output map"};
 const Parameter inputPins{"pin", "list[int]", "pin numbers of the port"};
 const Parameter outputPins{"pin", "list[int] | int", "pin numbers, or a mask of 16 bits with bit i for pin i"};
+const Parameter pins{"pin_list", "list[int]", "pin numbers"};
 const Parameter mask{"mask", "int", "pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port"};
 const Parameter enabled{"enabled", "int", "16 bits: 1 a pin in use as digital line, 0 a released one"};
 const Parameter direction{"direction", "int", "16 bits: 1 an output, 0 an input"};
@@ -76,6 +77,41 @@ void checkPortAndPins(py::handle self, const Side& side, const Object& port, con
     }
 }
 
+Raises portRaises(const char* failure) {
+    return {"InputTypeNotCorrectError: an argument has the wrong type",
+            std::string(failure) + ": the model has no such port"};
+}
+
+Raises pinRaises(const char* failure) {
+    Raises raises = portRaises(failure);
+    raises.add({"PinsNotExistError: the port has no such pin", "TypeError: the pins are no list"});
+    return raises;
+}
+
+const Definition checkDIPort{.name = "_checkDIPort",
+                             .parameters = {inputPort},
+                             .doc = "Refuses a port without inputs.",
+                             .raises = portRaises("DIPortNotAvaliableError"),
+                             .body = [](py::handle self, const Object& port) { checkPort(self, input, port); }};
+const Definition checkDOPort{.name = "_checkDOPort",
+                             .parameters = {outputPort},
+                             .doc = "Refuses a port without outputs.",
+                             .raises = portRaises("DOPortNotAvaliableError"),
+                             .body = [](py::handle self, const Object& port) { checkPort(self, output, port); }};
+const Definition checkDIPortAndPin{
+    .name = "_checkDIPortAndPin",
+    .parameters = {inputPort, pins},
+    .doc = "Refuses pins that cannot be inputs.",
+    .raises = pinRaises("DIPortNotAvaliableError"),
+    .body = [](py::handle self, const Object& port, const Object& pins) { checkPortAndPins(self, input, port, pins); }};
+const Definition checkDOPortAndPin{.name = "_checkDOPortAndPin",
+                                   .parameters = {outputPort, pins},
+                                   .doc = "Refuses pins that cannot be outputs.",
+                                   .raises = pinRaises("DOPortNotAvaliableError"),
+                                   .body = [](py::handle self, const Object& port, const Object& pins) {
+                                       checkPortAndPins(self, output, port, pins);
+                                   }};
+
 // Opens pins that no other function uses. `pins` is iterated only after the port's modes are read, and `mask` is asked
 // for after that.
 template <class Mask>
@@ -90,298 +126,301 @@ Result openLines(Op op, const Side& side, Object port, Object pins, Mask mask) {
                                   py::int_(0));
 }
 
-std::vector<Row> wireRows() {
-    const std::vector<Check> none;
-    const std::vector<Field> three = {u8("port"), word("enabled"), word("direction"), word("state")};
+std::vector<Request> wireRows() {
     const auto fillers = [](std::vector<Field> fields) {
         fields.insert(fields.end(), 6, constant(1));
         return fields;
     };
-    const std::vector<Field> masked = {u8("port"), word("mask")};
-    const std::vector<Field> maskedState = {u8("port"), word("mask"), word("state")};
-    const std::vector<Field> portOnly = {u8("port"), constant(0)};
-    const auto portCheck = [](const char* check) { return std::vector<Check>{calls(check, {"port"})}; };
-    return {
-        {"DIO_loadStartup",
-         {anyPort},
-         none,
-         LOAD_DIO_STARTUP,
-         fillers({u8("port")}),
-         configurationReply(),
-         "Reads the configuration that the port takes at power-up."},
-        {"_DIO_saveStartup",
-         {anyPort, enabled, direction, state},
-         none,
-         SAVE_DIO_STARTUP,
-         three,
-         status(1),
-         "Saves the configuration that the port takes at power-up."},
-        {"_getDIOCurrent",
-         {anyPort, mask},
-         none,
-         GET_DIO_CURRENT,
-         fillers(masked),
-         configurationReply(),
-         "Reads the present configuration."},
-        {"_setDIOCurrent",
-         {anyPort, mask, enabled, direction, state},
-         none,
-         SET_DIO_CURRENT,
-         {u8("port"), word("mask"), word("enabled"), word("direction"), word("state")},
-         status(1),
-         "Configures lines."},
-        {"_toggleDIODirection",
-         {anyPort, mask, state},
-         none,
-         TOGGLE_DIO_DIR,
-         maskedState,
-         status(1),
-         "Turns inputs into outputs and outputs into inputs."},
-        {"_getDIOState",
-         {anyPort, mask},
-         none,
-         GET_DIO_STATE,
-         masked,
-         levelsReply("the stored state"),
-         "Reads the stored state of lines."},
-        {"_setDIOState",
-         {anyPort, mask, state},
-         none,
-         SET_DIO_STATE,
-         maskedState,
-         status(1),
-         "Stores a state of lines without driving them."},
-        {"_readDI", {anyPort}, none, READ_DI, portOnly, status(1), "Lets the device read the port into its state."},
-        {"_writeDO", {anyPort}, none, WRITE_DO, portOnly, status(1), "Lets the device drive the port from its state."},
-        {"_readAndGetDI",
-         {anyPort, mask},
-         none,
-         READ_AND_GET_DI,
-         masked,
-         levelsReply("the levels read"),
-         "Reads lines."},
-        {"_setAndWriteDO",
-         {anyPort, mask, state},
-         none,
-         SET_AND_WRITE_DO,
-         maskedState,
-         levelsReply("the port's new state"),
-         "Drives lines."},
-        {"_DIO_setPortDI",
-         {inputPort},
-         portCheck("_checkDIPort"),
-         SET_SLOT_DI,
-         portOnly,
-         status(1),
-         "Makes a whole port digital inputs."},
-        {"_DIO_setPortDO",
-         {outputPort},
-         portCheck("_checkDOPort"),
-         SET_SLOT_DO,
-         portOnly,
-         status(1),
-         "Makes a whole port digital outputs."},
-        // Idling goes by the map of outputs too.
-        {"_DIO_setPortIdle",
-         {outputPort},
-         portCheck("_checkDOPort"),
-         SET_SLOT_IDLE,
-         portOnly,
-         status(1),
-         "Releases a whole port."},
-        {"_toggleAndWriteDO",
-         {anyPort, mask},
-         none,
-         TOGGLE_AND_WRITE_DO,
-         masked,
-         levelsReply("the port's new state"),
-         "Drives lines to the other level."},
-    };
+    const std::vector<Field> masked = {anyPort | u8, mask | u16};
+    const std::vector<Field> maskedState = {anyPort | u8, mask | u16, state | u16};
+    const std::vector<Field> portOnly = {anyPort | u8, constant(0)};
+    return {{.name = "DIO_loadStartup",
+             .sends = LOAD_DIO_STARTUP,
+             .fields = fillers({anyPort | u8}),
+             .reply = configurationReply(),
+             .doc = "Reads the configuration that the port takes at power-up."},
+            {.name = "_DIO_saveStartup",
+             .sends = SAVE_DIO_STARTUP,
+             .fields = {anyPort | u8, enabled | u16, direction | u16, state | u16},
+             .doc = "Saves the configuration that the port takes at power-up."},
+            {.name = "_getDIOCurrent",
+             .sends = GET_DIO_CURRENT,
+             .fields = fillers(masked),
+             .reply = configurationReply(),
+             .doc = "Reads the present configuration."},
+            {.name = "_setDIOCurrent",
+             .sends = SET_DIO_CURRENT,
+             .fields = {anyPort | u8, mask | u16, enabled | u16, direction | u16, state | u16},
+             .doc = "Configures lines."},
+            {.name = "_toggleDIODirection",
+             .sends = TOGGLE_DIO_DIR,
+             .fields = maskedState,
+             .doc = "Turns inputs into outputs and outputs into inputs."},
+            {.name = "_getDIOState",
+             .sends = GET_DIO_STATE,
+             .fields = masked,
+             .reply = levelsReply("the stored state"),
+             .doc = "Reads the stored state of lines."},
+            {.name = "_setDIOState",
+             .sends = SET_DIO_STATE,
+             .fields = maskedState,
+             .doc = "Stores a state of lines without driving them."},
+            {.name = "_readDI",
+             .sends = READ_DI,
+             .fields = portOnly,
+             .doc = "Lets the device read the port into its state."},
+            {.name = "_writeDO",
+             .sends = WRITE_DO,
+             .fields = portOnly,
+             .doc = "Lets the device drive the port from its state."},
+            {.name = "_readAndGetDI",
+             .sends = READ_AND_GET_DI,
+             .fields = masked,
+             .reply = levelsReply("the levels read"),
+             .doc = "Reads lines."},
+            {.name = "_setAndWriteDO",
+             .sends = SET_AND_WRITE_DO,
+             .fields = maskedState,
+             .reply = levelsReply("the port's new state"),
+             .doc = "Drives lines."},
+            {.name = "_DIO_setPortDI",
+             .checks = {checkDIPort(inputPort)},
+             .sends = SET_SLOT_DI,
+             .fields = {inputPort | u8, constant(0)},
+             .doc = "Makes a whole port digital inputs."},
+            {.name = "_DIO_setPortDO",
+             .checks = {checkDOPort(outputPort)},
+             .sends = SET_SLOT_DO,
+             .fields = {outputPort | u8, constant(0)},
+             .doc = "Makes a whole port digital outputs."},  // Idling goes by the map of outputs too.
+            {.name = "_DIO_setPortIdle",
+             .checks = {checkDOPort(outputPort)},
+             .sends = SET_SLOT_IDLE,
+             .fields = {outputPort | u8, constant(0)},
+             .doc = "Releases a whole port."},
+            {.name = "_toggleAndWriteDO",
+             .sends = TOGGLE_AND_WRITE_DO,
+             .fields = masked,
+             .reply = levelsReply("the port's new state"),
+             .doc = "Drives lines to the other level."}};
 }
 
 void defineChecks(Feature& dio) {
-    const Parameter pins{"pin_list", "list[int]", "pin numbers"};
-    const auto portRaises = [](const char* failure) {
-        return Raises{"InputTypeNotCorrectError: an argument has the wrong type",
-                      std::string(failure) + ": the model has no such port"};
-    };
-    const auto pinRaises = [&](const char* failure) {
-        Raises raises = portRaises(failure);
-        raises.push_back("PinsNotExistError: the port has no such pin");
-        raises.push_back("TypeError: the pins are no list");
-        return raises;
-    };
-    dio.shared("DI_getPinMap", {}, "Tells which pins can be inputs.",
-               {"dict[int, list[int]]", "pin numbers by port", "the model's table"}, {},
-               [](py::handle self) { return attribute(self, "di_dict"); })
-        .shared("DO_getPinMap", {}, "Tells which pins can be outputs.",
-                {"dict[int, list[int]]", "pin numbers by port", "the model's table"}, {},
-                [](py::handle self) { return attribute(self, "do_dict"); })
-        .shared(
-            "_getPinIndexInInt", {outputPins}, "Pins as a mask.", {"int", "mask, bit i for pin i"}, {},
-            [](py::handle, const Object& pins) { return PyLong_CheckExact(pins.ptr()) ? pins : maskOfIndices(pins); })
-        .shared("_getPinIndexInList", {outputPins}, "Pins as a list.", {"list[int]", "pin numbers"}, {},
-                [](py::handle, const Object& pins) -> Object {
-                    if (PyList_CheckExact(pins.ptr())) return pins;
-                    return indicesOfMask(pins);
-                })
-        .shared("_checkDIPort", {inputPort}, "Refuses a port without inputs.", {},
-                portRaises("DIPortNotAvaliableError"),
-                [](py::handle self, const Object& port) { checkPort(self, input, port); })
-        .shared("_checkDOPort", {outputPort}, "Refuses a port without outputs.", {},
-                portRaises("DOPortNotAvaliableError"),
-                [](py::handle self, const Object& port) { checkPort(self, output, port); })
-        .shared(
-            "_checkDIPortAndPin", {inputPort, pins}, "Refuses pins that cannot be inputs.", {},
-            pinRaises("DIPortNotAvaliableError"),
-            [](py::handle self, const Object& port, const Object& pins) { checkPortAndPins(self, input, port, pins); })
-        .shared("_checkDOPortAndPin", {outputPort, pins}, "Refuses pins that cannot be outputs.", {},
-                pinRaises("DOPortNotAvaliableError"), [](py::handle self, const Object& port, const Object& pins) {
-                    checkPortAndPins(self, output, port, pins);
-                });
+    dio.shared({.name = "DI_getPinMap",
+                .doc = "Tells which pins can be inputs.",
+                .returns = {"dict[int, list[int]]", "pin numbers by port", "the model's table"},
+                .body = [](py::handle self) { return attribute(self, "di_dict"); }})
+        .shared({.name = "DO_getPinMap",
+                 .doc = "Tells which pins can be outputs.",
+                 .returns = {"dict[int, list[int]]", "pin numbers by port", "the model's table"},
+                 .body = [](py::handle self) { return attribute(self, "do_dict"); }})
+        .shared({.name = "_getPinIndexInInt",
+                 .parameters = {outputPins},
+                 .doc = "Pins as a mask.",
+                 .returns = {"int", "mask, bit i for pin i"},
+                 .body = [](py::handle,
+                            const Object& pins) { return PyLong_CheckExact(pins.ptr()) ? pins : maskOfIndices(pins); }})
+        .shared({.name = "_getPinIndexInList",
+                 .parameters = {outputPins},
+                 .doc = "Pins as a list.",
+                 .returns = {"list[int]", "pin numbers"},
+                 .body = [](py::handle, const Object& pins) -> Object {
+                     if (PyList_CheckExact(pins.ptr())) return pins;
+                     return indicesOfMask(pins);
+                 }})
+        .shared(checkDIPort)
+        .shared(checkDOPort)
+        .shared(checkDIPortAndPin)
+        .shared(checkDOPortAndPin);
 }
 
 void defineClosing(Feature& dio) {
     const Raises nothing;
-    dio.operation("_closeDIOInPins", {anyPort, {"pin", "int", "mask of 16 bits, bit i for pin i"}}, "Releases pins.",
-                  status(1).returns, nothing,
-                  [](Op op, Object port, Object mask) -> Result {
-                      const py::int_ off(0);
-                      co_return co_await op.request("_setDIOCurrent", port, mask, off, off, off);
-                  })
-        .operation("_closeDIOInPort", {anyPort}, "Releases a whole port.", status(1).returns, nothing,
-                   [](Op op, Object port) -> Result {
+    dio.operation({.name = "_closeDIOInPins",
+                   .parameters = {anyPort, {"pin", "int", "mask of 16 bits, bit i for pin i"}},
+                   .doc = "Releases pins.",
+                   .returns = status(1).returns,
+                   .raises = nothing,
+                   .body = [](Op op, Object port, Object mask) -> Result {
                        const py::int_ off(0);
-                       co_return co_await op.request("_setDIOCurrent", port, py::int_(wholePort), off, off, off);
-                   });
+                       co_return co_await op.request("_setDIOCurrent", port, mask, off, off, off);
+                   }})
+        .operation({.name = "_closeDIOInPort",
+                    .parameters = {anyPort},
+                    .doc = "Releases a whole port.",
+                    .returns = status(1).returns,
+                    .raises = nothing,
+                    .body = [](Op op, Object port) -> Result {
+                        const py::int_ off(0);
+                        co_return co_await op.request("_setDIOCurrent", port, py::int_(wholePort), off, off, off);
+                    }});
 }
 
 // The operations of one side that take a whole port. They do nothing on a model of fixed function.
-template <const Side& side>
-void definePortOpening(Feature& dio, const std::string& prefix, const Parameter& port, const std::string& what) {
-    const std::string check = "@" + std::string(side.checkPort);
-    dio.operation(prefix + "_openPort", {port}, "Opens a whole port as " + what + ".", status(1).returns, {check},
-                  [](Op op, Object port) -> Result {
-                      if (isFixedFunction(op.self())) co_return py::int_(0);
-                      op.call(side.checkPort, port);
-                      const Object pins = pinsOfPort(op.self(), side, port);
-                      co_return co_await op.run(openLines(op, side, port, pins, [] { return py::int_(wholePort); }));
-                  })
-        .operation(prefix + "_closePort", {port}, "Releases a whole port.", status(1).returns, {check},
-                   [](Op op, Object port) -> Result {
+void definePortOpening(Feature& dio, const Side& side, const Definition& check, const Parameter& port,
+                       const std::string& what) {
+    const std::string prefix = side.mode;
+    dio.operation({.name = prefix + "_openPort",
+                   .parameters = {port},
+                   .doc = "Opens a whole port as " + what + ".",
+                   .returns = status(1).returns,
+                   .raises = {check},
+                   .body = [side](Op op, Object port) -> Result {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
                        op.call(side.checkPort, port);
-                       co_return co_await op.request("_closeDIOInPort", port);
-                   });
+                       const Object pins = pinsOfPort(op.self(), side, port);
+                       co_return co_await op.run(openLines(op, side, port, pins, [] { return py::int_(wholePort); }));
+                   }})
+        .operation({.name = prefix + "_closePort",
+                    .parameters = {port},
+                    .doc = "Releases a whole port.",
+                    .returns = status(1).returns,
+                    .raises = {check},
+                    .body = [side](Op op, Object port) -> Result {
+                        if (isFixedFunction(op.self())) co_return py::int_(0);
+                        op.call(side.checkPort, port);
+                        co_return co_await op.request("_closeDIOInPort", port);
+                    }});
 }
 
 void defineInputs(Feature& dio) {
-    const Raises raises{"@_checkDIPortAndPin"};
-    definePortOpening<input>(dio, "DI", inputPort, "digital inputs");
-    dio.operation("DI_openPins", {inputPort, inputPins}, "Opens pins as digital inputs.", status(1).returns, raises,
-                  [](Op op, Object port, Object pins) -> Result {
-                      if (isFixedFunction(op.self())) co_return py::int_(0);
-                      op.call("_checkDIPortAndPin", port, pins);
-                      const Object list = op.call("_getPinIndexInList", pins);
-                      const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
-                      co_return co_await op.run(openLines(op, input, port, list, mask));
-                  })
-        .operation("DI_closePins", {inputPort, inputPins}, "Releases pins.", status(1).returns, raises,
-                   [](Op op, Object port, Object pins) -> Result {
+    const Raises raises{checkDIPortAndPin};
+    definePortOpening(dio, input, checkDIPort, inputPort, "digital inputs");
+    dio.operation({.name = "DI_openPins",
+                   .parameters = {inputPort, inputPins},
+                   .doc = "Opens pins as digital inputs.",
+                   .returns = status(1).returns,
+                   .raises = raises,
+                   .body = [](Op op, Object port, Object pins) -> Result {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
                        op.call("_checkDIPortAndPin", port, pins);
-                       co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
-                   })
-        .operation("DI_readPort", {inputPort}, "Reads a whole port.", {"list[int]", levels, "the device"},
-                   {"@_checkDIPort"},
-                   [](Op op, Object port) -> Result {
-                       op.call("_checkDIPort", port);
-                       co_return co_await op.request("_readAndGetDI", port, py::int_(wholePort));
-                   })
-        .operation("DI_readPins", {inputPort, inputPins}, "Reads pins.",
-                   {"list[int]", "0 or 1 per pin, in the order given", "the device"}, raises,
-                   [](Op op, Object port, Object pins) -> Result {
-                       op.call("_checkDIPortAndPin", port, pins);
                        const Object list = op.call("_getPinIndexInList", pins);
-                       const Object mask = op.call("_getPinIndexInInt", pins);
-                       const Object states = co_await op.request("_readAndGetDI", port, mask);
-                       py::list result;
-                       for (const py::handle pin : list) {
-                           result.append(own(PyObject_GetItem(states.ptr(), pin.ptr())));
-                       }
-                       co_return result;
-                   });
+                       const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
+                       co_return co_await op.run(openLines(op, input, port, list, mask));
+                   }})
+        .operation({.name = "DI_closePins",
+                    .parameters = {inputPort, inputPins},
+                    .doc = "Releases pins.",
+                    .returns = status(1).returns,
+                    .raises = raises,
+                    .body = [](Op op, Object port, Object pins) -> Result {
+                        if (isFixedFunction(op.self())) co_return py::int_(0);
+                        op.call("_checkDIPortAndPin", port, pins);
+                        co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
+                    }})
+        .operation({.name = "DI_readPort",
+                    .parameters = {inputPort},
+                    .doc = "Reads a whole port.",
+                    .returns = {"list[int]", levels, "the device"},
+                    .raises = {checkDIPort},
+                    .body = [](Op op, Object port) -> Result {
+                        op.call("_checkDIPort", port);
+                        co_return co_await op.request("_readAndGetDI", port, py::int_(wholePort));
+                    }})
+        .operation({.name = "DI_readPins",
+                    .parameters = {inputPort, inputPins},
+                    .doc = "Reads pins.",
+                    .returns = {"list[int]", "0 or 1 per pin, in the order given", "the device"},
+                    .raises = raises,
+                    .body = [](Op op, Object port, Object pins) -> Result {
+                        op.call("_checkDIPortAndPin", port, pins);
+                        const Object list = op.call("_getPinIndexInList", pins);
+                        const Object mask = op.call("_getPinIndexInInt", pins);
+                        const Object states = co_await op.request("_readAndGetDI", port, mask);
+                        py::list result;
+                        for (const py::handle pin : list) {
+                            result.append(own(PyObject_GetItem(states.ptr(), pin.ptr())));
+                        }
+                        co_return result;
+                    }});
 }
 
 void defineOutputs(Feature& dio) {
-    const Raises raises{"@_checkDOPortAndPin"};
+    const Raises raises{checkDOPortAndPin};
     const Returns written{"int", "0", "the library"};
     const Returns newState{"list[int]", "the port's new state, " + levels, "the device"};
     Raises valueRaises = raises;
     valueRaises.insert(valueRaises.end(), {"InputTypeNotConsistentError: one of `pin` and `value` is a list, not both",
                                            "PinsValueNotDefineError: `pin` and `value` differ in length",
                                            "OverflowError: a number has more than 16 bits"});
-    definePortOpening<output>(dio, "DO", outputPort, "digital outputs at low level");
-    dio.operation("DO_openPins", {outputPort, outputPins}, "Opens pins as digital outputs at low level.",
-                  status(1).returns, raises,
-                  [](Op op, Object port, Object pins) -> Result {
-                      if (isFixedFunction(op.self())) co_return py::int_(0);
-                      const Object list = op.call("_getPinIndexInList", pins);
-                      op.call("_checkDOPortAndPin", port, list);
-                      const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
-                      co_return co_await op.run(openLines(op, output, port, list, mask));
-                  })
-        .operation("DO_closePins", {outputPort, outputPins}, "Releases pins.", status(1).returns, raises,
-                   [](Op op, Object port, Object pins) -> Result {
+    definePortOpening(dio, output, checkDOPort, outputPort, "digital outputs at low level");
+    dio.operation({.name = "DO_openPins",
+                   .parameters = {outputPort, outputPins},
+                   .doc = "Opens pins as digital outputs at low level.",
+                   .returns = status(1).returns,
+                   .raises = raises,
+                   .body = [](Op op, Object port, Object pins) -> Result {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
-                       op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
-                       co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
-                   })
-        .operation("DO_writePort",
-                   {outputPort, {"value", "list[int] | int", "0 or 1 per pin from pin 0 on, or a word of 16 bits"}},
-                   "Drives a whole port; pins past the end of a list go low.", written,
-                   {"@_checkDOPort", "OverflowError: a number has more than 16 bits"},
-                   [](Op op, Object port, Object value) -> Result {
-                       op.call("_checkDOPort", port);
-                       checkIsIntOrList(value);
-                       Object state = value;
-                       if (PyList_Check(value.ptr()) != 0) {
-                           const Object pins = callObject(hostObject("builtins", "range"), py::int_(py::len(value)));
-                           state = maskOfPairs(pins, value);
-                       }
-                       co_await op.request("_setAndWriteDO", port, py::int_(wholePort), state);
-                       co_return py::int_(0);
-                   })
-        .operation("DO_writePins",
-                   {outputPort,
-                    outputPins,
-                    {"value", "list[int] | int", "0 or 1 per pin of the list, or a state word for a mask"}},
-                   "Drives pins.", written, valueRaises,
-                   [](Op op, Object port, Object pins, Object value) -> Result {
-                       op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
-                       checkIsIntOrList(value);
-                       checkSameType(pins, value);
-                       Object state = value;
-                       if (PyList_Check(pins.ptr()) != 0) {
-                           if (py::len(pins) != py::len(value)) throw Failure(FailureId::PinsValueNotDefineError);
-                           state = maskOfPairs(pins, value);
-                       }
-                       co_await op.request("_setAndWriteDO", port, op.call("_getPinIndexInInt", pins), state);
-                       co_return py::int_(0);
-                   })
-        .operation("DO_togglePort", {outputPort}, "Drives a whole port to the other level.", newState,
-                   {"@_checkDOPort"},
-                   [](Op op, Object port) -> Result {
-                       op.call("_checkDOPort", port);
-                       co_return co_await op.request("_toggleAndWriteDO", port, py::int_(wholePort));
-                   })
-        .operation("DO_togglePins", {outputPort, outputPins},
-                   "Drives pins to the other level. The device judges which pins there are.", newState,
-                   {"@_checkDOPort", "OverflowError: a mask has more than 16 bits"},
-                   [](Op op, Object port, Object pins) -> Result {
-                       op.call("_checkDOPort", port);
-                       co_return co_await op.request("_toggleAndWriteDO", port, op.call("_getPinIndexInInt", pins));
-                   });
+                       const Object list = op.call("_getPinIndexInList", pins);
+                       op.call("_checkDOPortAndPin", port, list);
+                       const auto mask = [op, pins] { return op.call("_getPinIndexInInt", pins); };
+                       co_return co_await op.run(openLines(op, output, port, list, mask));
+                   }})
+        .operation({.name = "DO_closePins",
+                    .parameters = {outputPort, outputPins},
+                    .doc = "Releases pins.",
+                    .returns = status(1).returns,
+                    .raises = raises,
+                    .body = [](Op op, Object port, Object pins) -> Result {
+                        if (isFixedFunction(op.self())) co_return py::int_(0);
+                        op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
+                        co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
+                    }})
+        .operation({.name = "DO_writePort",
+                    .parameters = {outputPort,
+                                   {"value", "list[int] | int", "0 or 1 per pin from pin 0 on, or a word of 16 bits"}},
+                    .doc = "Drives a whole port; pins past the end of a list go low.",
+                    .returns = written,
+                    .raises = {checkDOPort, "OverflowError: a number has more than 16 bits"},
+                    .body = [](Op op, Object port, Object value) -> Result {
+                        op.call("_checkDOPort", port);
+                        checkIsIntOrList(value);
+                        Object state = value;
+                        if (PyList_Check(value.ptr()) != 0) {
+                            const Object pins = callObject(hostObject("builtins", "range"), py::int_(py::len(value)));
+                            state = maskOfPairs(pins, value);
+                        }
+                        co_await op.request("_setAndWriteDO", port, py::int_(wholePort), state);
+                        co_return py::int_(0);
+                    }})
+        .operation(
+            {.name = "DO_writePins",
+             .parameters = {outputPort,
+                            outputPins,
+                            {"value", "list[int] | int", "0 or 1 per pin of the list, or a state word for a mask"}},
+             .doc = "Drives pins.",
+             .returns = written,
+             .raises = valueRaises,
+             .body = [](Op op, Object port, Object pins, Object value) -> Result {
+                 op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
+                 checkIsIntOrList(value);
+                 checkSameType(pins, value);
+                 Object state = value;
+                 if (PyList_Check(pins.ptr()) != 0) {
+                     if (py::len(pins) != py::len(value)) throw Failure(FailureId::PinsValueNotDefineError);
+                     state = maskOfPairs(pins, value);
+                 }
+                 co_await op.request("_setAndWriteDO", port, op.call("_getPinIndexInInt", pins), state);
+                 co_return py::int_(0);
+             }})
+        .operation({.name = "DO_togglePort",
+                    .parameters = {outputPort},
+                    .doc = "Drives a whole port to the other level.",
+                    .returns = newState,
+                    .raises = {checkDOPort},
+                    .body = [](Op op, Object port) -> Result {
+                        op.call("_checkDOPort", port);
+                        co_return co_await op.request("_toggleAndWriteDO", port, py::int_(wholePort));
+                    }})
+        .operation({.name = "DO_togglePins",
+                    .parameters = {outputPort, outputPins},
+                    .doc = "Drives pins to the other level. The device judges which pins there are.",
+                    .returns = newState,
+                    .raises = {checkDOPort, "OverflowError: a mask has more than 16 bits"},
+                    .body = [](Op op, Object port, Object pins) -> Result {
+                        op.call("_checkDOPort", port);
+                        co_return co_await op.request("_toggleAndWriteDO", port, op.call("_getPinIndexInInt", pins));
+                    }});
 }
 
 }  // namespace
@@ -392,7 +431,7 @@ void defineDio(Package& package) {
                 {"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"},
                 {"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"}});
     defineChecks(dio);
-    dio.rows(wireRows());
+    dio.operations(wireRows());
     defineClosing(dio);
     defineInputs(dio);
     defineOutputs(dio);

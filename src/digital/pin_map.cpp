@@ -10,7 +10,7 @@ py::list digitalPortsOf(py::handle entries) {
     return py::list(ports);
 }
 
-Result checkLines(Op op, const PinnedPorts& ports, Object port, Object allowed) {
+Result checkLines(Op op, PinnedPorts ports, Object port, Object allowed) {
     const std::string digitalPorts = std::string("_") + ports.prefix + "_getPinMapPort";
     for (const py::handle each : py::list(op.call(digitalPorts.c_str(), port))) {
         const Object digitalPort = borrow(each.ptr());
@@ -22,6 +22,38 @@ Result checkLines(Op op, const PinnedPorts& ports, Object port, Object allowed) 
         }
     }
     co_return py::none();
+}
+
+Definition portCheck(const PinnedPorts& ports) {
+    return {.name = std::string("_check") + ports.prefix + "Port",
+            .parameters = {{"port", "int", "port as the device counts it"}},
+            .doc = "Refuses a port that the model lacks.",
+            .raises = {"InputTypeNotCorrectError: `port` is no integer",
+                       std::string(rowOf(ports.failure).name) + ": the model has no such port"},
+            .body = [ports](py::handle self, const Object& port) {
+                checkIsInt(port);
+                if (!attribute(self, ports.field).contains(port)) throw Failure(ports.failure);
+            }};
+}
+
+Definition lineCheck(const PinnedPorts& ports, const char* ending, const char* asyncName) {
+    return {
+        .name = std::string("_check") + ports.prefix + "PinState" + ending,
+        .parameters = {{"port", "int", "port as the device counts it"},
+                       {"allow_state", "list[str]", "modes that are allowed"}},
+        .doc = "Refuses a port whose lines are in use for something else.",
+        .raises = {std::string(rowOf(ports.failure).name) + ": a line is in another mode"},
+        .body = [ports](Op op, Object port, Object allowed) { return checkLines(std::move(op), ports, port, allowed); },
+        .asyncName = asyncName};
+}
+
+Definition portLines(const PinnedPorts& ports) {
+    return {
+        .name = std::string("_") + ports.prefix + "_getPinMapPort",
+        .parameters = {{ports.parameter, "int", "port as the device counts it"}},
+        .doc = "Digital ports of a port's lines.",
+        .returns = {"list[int]", "each once", "the model's table"},
+        .body = [ports](py::handle self, const Object& port) { return digitalPortsOf(entriesOf(self, ports, port)); }};
 }
 
 }  // namespace zvr::python

@@ -10,27 +10,48 @@ void definePwm(Package& package) {
                               "frequency in the device's unit, 32-bit float; the device judges it"};
     const Parameter dutyCycle{"duty_cycle", "float",
                               "duty cycle in the device's unit, 32-bit float; the device judges it"};
-    const std::vector<Check> checks{calls("_checkPWMChannel", {"channel"})};
-
     Feature pwm(package, "PWM", "Outputs of pulse-width modulation.");
     // The failure is the counter's, and the counter's is the one of this module: programs that catch them know it so.
-    pwm.shared("_checkPWMChannel", {channel}, "Refuses a channel that no model has.", {},
-               {"CounterChannelNotAvaliableError: `channel` is neither 0 nor 1"},
-               [](py::handle, const Object& channel) {
-                   if (!isOneOf(channel, {0, 1})) throw Failure(FailureId::CounterChannelNotAvaliableError);
-               });
-    // clang-format off
-    pwm.rows({
-        {"PWM_open",  {channel}, checks, OPEN_PWM,  {u8("channel")}, status(1), "Claims a channel."},
-        {"PWM_start", {channel}, checks, START_PWM, {u8("channel")}, status(1), "Starts the waveform."},
-        {"PWM_stop",  {channel}, checks, STOP_PWM,  {u8("channel")}, status(1), "Stops the waveform."},
-        {"PWM_close", {channel}, checks, CLOSE_PWM, {u8("channel")}, status(1), "Releases a channel."},
-        {"PWM_setFrequency", {channel, frequency}, checks, SET_PWM_FREQUENCY, {u8("channel"), f32("frequency")},
-            status(1), "Sets the frequency."},
-        {"PWM_setDutyCycle", {channel, dutyCycle}, checks, SET_PWM_DUTY_CYCLE, {u8("channel"), f32("duty_cycle")},
-            status(1), "Sets the duty cycle."},
-    });
-    // clang-format on
+    const Definition checkChannel{.name = "_checkPWMChannel",
+                                  .parameters = {channel},
+                                  .doc = "Refuses a channel that no model has.",
+                                  .raises = {"CounterChannelNotAvaliableError: `channel` is neither 0 nor 1"},
+                                  .body = [](py::handle, const Object& channel) {
+                                      if (!isOneOf(channel, {0, 1}))
+                                          throw Failure(FailureId::CounterChannelNotAvaliableError);
+                                  }};
+    const std::vector<Check> checks{checkChannel(channel)};
+    pwm.shared(checkChannel);
+    pwm.operations({{.name = "PWM_open",
+                     .checks = checks,
+                     .sends = OPEN_PWM,
+                     .fields = {channel | u8},
+                     .doc = "Claims a channel."},
+                    {.name = "PWM_start",
+                     .checks = checks,
+                     .sends = START_PWM,
+                     .fields = {channel | u8},
+                     .doc = "Starts the waveform."},
+                    {.name = "PWM_stop",
+                     .checks = checks,
+                     .sends = STOP_PWM,
+                     .fields = {channel | u8},
+                     .doc = "Stops the waveform."},
+                    {.name = "PWM_close",
+                     .checks = checks,
+                     .sends = CLOSE_PWM,
+                     .fields = {channel | u8},
+                     .doc = "Releases a channel."},
+                    {.name = "PWM_setFrequency",
+                     .checks = checks,
+                     .sends = SET_PWM_FREQUENCY,
+                     .fields = {channel | u8, frequency | f32},
+                     .doc = "Sets the frequency."},
+                    {.name = "PWM_setDutyCycle",
+                     .checks = checks,
+                     .sends = SET_PWM_DUTY_CYCLE,
+                     .fields = {channel | u8, dutyCycle | f32},
+                     .doc = "Sets the duty cycle."}});
 }
 
 }  // namespace zvr::python

@@ -35,21 +35,14 @@ constexpr Limit limits[] = {
 
 constexpr const char* stateLists[] = {"current_posi_list", "current_velo_list", "current_acce_list"};
 
-template <FailureId failure>
-void refuseOutside(py::handle self, const Object& value, const char* least, const char* most) {
+void refuseOutside(FailureId failure, py::handle self, const Object& value, const char* least, const char* most) {
     if (value < attribute(self, least) || value > attribute(self, most)) throw Failure(failure);
-}
-
-template <FailureId failure>
-void checkMode(py::handle, const Object& mode) {
-    checkIsInt(mode);
-    if (!isOneOf(mode, {0, 1})) throw Failure(failure);
 }
 
 void checkAngle(py::handle self, const Object& target, const Object& angle) {
     for (const char* each : {"target_roll", "target_pitch", "target_yaw"}) {
         if (!target.equal(attribute(self, each))) continue;
-        refuseOutside<FailureId::AngleNotAvaliableError>(self, angle, "roll_min_angle", "roll_max_angle");
+        refuseOutside(FailureId::AngleNotAvaliableError, self, angle, "roll_min_angle", "roll_max_angle");
         return;
     }
 }
@@ -57,39 +50,45 @@ void checkAngle(py::handle self, const Object& target, const Object& angle) {
 void defineBased(Package& package) {
     ClassMaker based = package.makeClass("DroneBased", {}, "Limits and checks of a flight controller.");
     for (const Limit& limit : limits) based.field({limit.name, limit.type, limit.doc});
-    const auto modeChecker = [&](const char* name, const char* failure, auto check) {
-        based.method(name, {{"mode", "int", "0 or 1"}}, "Refuses another mode.", {},
-                     {"InputTypeNotCorrectError: `mode` is no integer", std::string(failure) + ": another mode"},
-                     check);
-    };
-    modeChecker("_checkInputMode", "InputDataNotInRangeError", Calls<checkMode<FailureId::InputDataNotInRangeError>>{});
-    modeChecker("_checkFlightMode", "FlightModeNotAvaliableError",
-                Calls<checkMode<FailureId::FlightModeNotAvaliableError>>{});
+    based.method(checkInputMode()).method(checkFlightMode());
     based
-        .method("__init__", {}, "Sets the limits.", {}, {},
-                [](py::handle self) {
-                    for (const Limit& limit : limits) {
-                        const bool whole = std::string_view(limit.type) == "int";
-                        setAttribute(
-                            self, limit.name,
-                            whole ? Object(py::int_(static_cast<int>(limit.value))) : Object(py::float_(limit.value)));
-                    }
-                })
-        .method("_checkHeightWithNED", {{"height", "float", "z in metres; down is positive"}},
-                "Refuses a height out of the limits. The moves do not call it.", {},
-                {"HeightNotAvaliableError: it is out of the limits"},
-                [](py::handle self, const Object& height) {
-                    refuseOutside<FailureId::HeightNotAvaliableError>(self, height, "z_min_position_NED",
-                                                                      "z_max_position_NED");
-                })
-        .method("_checkAngle",
-                {{"target", "int", "number of a target; of x, y and z nothing is refused"},
-                 {"angle", "float", "in degrees"}},
-                "Refuses an angle out of the limits. The moves do not call it.", {},
-                {"AngleNotAvaliableError: it is out of the limits"}, Calls<checkAngle>{});
+        .method({.name = "__init__",
+                 .doc = "Sets the limits.",
+                 .body =
+                     [](py::handle self) {
+                         for (const Limit& limit : limits) {
+                             const bool whole = std::string_view(limit.type) == "int";
+                             setAttribute(self, limit.name,
+                                          whole ? Object(py::int_(static_cast<int>(limit.value)))
+                                                : Object(py::float_(limit.value)));
+                         }
+                     }})
+        .method({.name = "_checkHeightWithNED",
+                 .parameters = {{"height", "float", "z in metres; down is positive"}},
+                 .doc = "Refuses a height out of the limits. The moves do not call it.",
+                 .raises = {"HeightNotAvaliableError: it is out of the limits"},
+                 .body =
+                     [](py::handle self, const Object& height) {
+                         refuseOutside(FailureId::HeightNotAvaliableError, self, height, "z_min_position_NED",
+                                       "z_max_position_NED");
+                     }})
+        .method({.name = "_checkAngle",
+                 .parameters = {{"target", "int", "number of a target; of x, y and z nothing is refused"},
+                                {"angle", "float", "in degrees"}},
+                 .doc = "Refuses an angle out of the limits. The moves do not call it.",
+                 .raises = {"AngleNotAvaliableError: it is out of the limits"},
+                 .body = checkAngle});
 }
 
 }  // namespace
+
+Definition checkInputMode() {
+    return accepting("_checkInputMode", {"mode", "int", "0 or 1"}, FailureId::InputDataNotInRangeError, {0, 1});
+}
+
+Definition checkFlightMode() {
+    return accepting("_checkFlightMode", {"mode", "int", "0 or 1"}, FailureId::FlightModeNotAvaliableError, {0, 1});
+}
 
 py::list sixAxes(ByteView data, std::size_t place) {
     py::list values;
@@ -108,10 +107,10 @@ void defineDrone(Package& package) {
                      "roll, pitch and yaw in degrees, x, y and z in metres, or by second or its square; of the last "
                      "state read"});
     }
-    drone.method("__init__", {}, "Sets the limits and empties the state.", {}, {}, [](py::handle self) {
-        callOf("DroneBased", "__init__", self);
-        for (const char* list : stateLists) setAttribute(self, list, py::list());
-    });
+    drone.method({.name = "__init__", .doc = "Sets the limits and empties the state.", .body = [](py::handle self) {
+                      callOf("DroneBased", "__init__", self);
+                      for (const char* list : stateLists) setAttribute(self, list, py::list());
+                  }});
     defineDroneStatus(drone);
     defineDroneMoves(drone);
 }

@@ -1,9 +1,13 @@
 // The flight controller. Every request begins with its port, 0, and so does every reply.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
+
+// The checks of the modes; `DroneBased` has them.
+Definition checkInputMode();
+Definition checkFlightMode();
 
 void defineDroneStatus(ClassMaker& drone);
 void defineDroneMoves(ClassMaker& drone);

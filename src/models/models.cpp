@@ -163,76 +163,133 @@ ModuleUse onPort0(const char* prefix) {
     return {prefix, [] { return py::tuple(); }, {{prefix, 0}}};
 }
 
-// clang-format off
 const std::vector<Model>& models() {
     static const ModuleUse system = simple("System"), network = simple("Network"), radio = simple("Wifi"),
                            sensors = simple("SystemAnalog"), sntp = simple("SNTP"), card = simple("SDCard"),
                            uart = bus("UART", Bus::uart, {1, 2}, "_UART_free"), i2c = bus("I2C", Bus::i2c, {1, 2}),
                            spi = bus("SPI", Bus::spi, {1, 2}), spi2 = bus("SPI", Bus::spi, {2}),
-                           can = bus("CAN", Bus::can, {1}, "_CAN_free"),
-                           pwm = onPort0("PWM"), counter = onPort0("Counter"), encoder = onPort0("Encoder");
+                           can = bus("CAN", Bus::can, {1}, "_CAN_free"), pwm = onPort0("PWM"),
+                           counter = onPort0("Counter"), encoder = onPort0("Encoder");
     static const PinMap sable20 = {{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 5}},
                         sable21 = {{0, 0, 7}, {1, 0, 4}, {2, 6, 7}, {3, 0, 5}};
     static const PortMap sableSensors = assumedLines({{1, {3, 0, 1}}, {2, {3, 2, 3}}});
     static const std::vector<Model> table = {
-        {"SableDio", "Sable-Dio", usb, "26 channels of 3.3 V digital I/O.",
-            {system, uart, i2c, spi, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder}},
-        {"SableAnalog", "Sable-Analog", usb, "20 digital channels, 8 analog inputs of 16 bits, 16 kHz.",
-            {system, uart, i2c, spi2, input16(16000, true), dio(sable20), pwm, counter, encoder}},
-        {"SableThermo", "Sable-Thermo", usb, "21 digital channels, 2 thermocouple inputs.",
-            {system, uart, i2c, spi2, thermal("Thermocouple", sableSensors), dio(sable21), pwm, counter, encoder}},
-        {"SableCan", "Sable-Can", usb, "20 digital channels, CAN V2.0B.",
-            {system, uart, i2c, spi2, can, dio(sable20), pwm, counter, encoder}},
-        {"SableRtd", "Sable-Rtd", usb, "21 digital channels, 2 RTD inputs.",
-            {system, uart, i2c, spi2, thermal("ThermalResistance", sableSensors), dio(sable21), pwm, counter, encoder}},
-        {"SableSink", "Sable-Sink", usb, "24 V digital I/O, 14 inputs and 12 outputs.",
-            {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}},
-        {"SableMixed", "Sable-Mixed", usb, "16 digital channels, 8 analog inputs, 8 analog outputs.",
-            {system, uart, i2c, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines({{0, {0, 0, 7}}})),
-             dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}},
-        {"HeronAnalog", "Heron-Analog", wifi, "8 analog inputs, 10 kHz.",
-            {system, sensors, network, radio, input16(10000, true)}},
-        {"HeronImu", "Heron-Imu", wifi, "8 analog inputs, 10 kHz, and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, input16(10000, true), attitude(), card}},
-        {"HeronOut", "Heron-Out", wifi, "8 analog outputs and a 9-axis inertial sensor.",
-            {system, sensors, network, radio, output("AO", -10, 10, 15000), attitude(), card}},
-        {"HeronMixed", "Heron-Mixed", wifi, "Analog inputs and outputs, 8 digital inputs and 8 outputs.",
-            {system, sensors, network, radio, input16(10000, true), output("AO", -10, 10, 15000),
-             dio({{2, 0, 7}}, {{3, 0, 7}}), card}},
-        {"HeronFast", "Heron-Fast", wifi, "8 analog inputs, 20 kHz.",
-            {system, sensors, network, radio, input16(20000, true)}},
-        {"TarnAnalog", "Tarn-Analog", ethernet, "8 analog inputs, 16 bits, 20 kHz.",
-            {system, network, input16(20000, false), sntp}},
-        {"TarnAnalog24", "Tarn-Analog24", ethernet, "8 analog inputs, 24 bits, 10 kHz.",
-            {system, network, input24(10000), sntp}},
-        {"TarnDio", "Tarn-Dio", ethernet, "24 V digital I/O with PWM, 8 inputs and 6 outputs.",
-            {system, network, dio({{1, 0, 7}}, {{0, 0, 5}}), pwm, sntp}},
-        {"TarnDioLite", "Tarn-Dio-Lite", ethernet, "24 V digital I/O, 16 inputs and 16 outputs.",
-            {system, network, dio({{2, 0, 7}, {3, 0, 7}}, {{0, 0, 7}, {1, 0, 7}}), sntp}},
-        {"TarnCurrent", "Tarn-Current", ethernet, "8 current inputs.",
-            {system, network, currents({0}), sntp}},
-        {"TarnCurrentVolt", "Tarn-Current-Volt", ethernet, "8 current inputs and 8 voltage inputs.",
-            {system, network, currents({0, 1}), sntp}},
-        {"TarnRelay", "Tarn-Relay", ethernet, "6 relays and 6 inputs.",
-            {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), onPort0("Relay"), sntp}},
-        {"TarnOut", "Tarn-Out", ethernet, "8 analog outputs, function generation.",
-            {system, network, output("AOStreaming", -10, 10, 15000), sntp}},
-        {"TarnPot", "Tarn-Pot", ethernet, "4 variable resistors.",
-            {system, network, onPort0("DPOT"), sntp}},
-        {"TarnThermo", "Tarn-Thermo", ethernet, "7 thermocouple inputs.",
-            {system, network, thermal("Thermocouple", channels(1, 7)), sntp}},
-        {"Lattice", "Lattice", chassis, "Chassis with four slots for exchangeable modules.",
-            {system, network, input16(12000, false, chips({0, 1, 3})), output("AO", -10, 10, 15000, chips({0, 1, 3})),
-             dio(slots(), 12), motion("MCX514", 1, chips({0, 1, 3}))}},
-        {"Pawl", "Pawl-Drive", drive, "Stepper drive.",
-            {system, network, motion("TMC5240", 0), sntp}},
-        {"Ratchet", "Ratchet", ethernet, "Motion controller.",
-            {system, motion("MCX514", 0), network, sntp}},
+        {"SableDio",
+         "Sable-Dio",
+         usb,
+         "26 channels of 3.3 V digital I/O.",
+         {system, uart, i2c, spi, dio({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}), pwm, counter, encoder}},
+        {"SableAnalog",
+         "Sable-Analog",
+         usb,
+         "20 digital channels, 8 analog inputs of 16 bits, 16 kHz.",
+         {system, uart, i2c, spi2, input16(16000, true), dio(sable20), pwm, counter, encoder}},
+        {"SableThermo",
+         "Sable-Thermo",
+         usb,
+         "21 digital channels, 2 thermocouple inputs.",
+         {system, uart, i2c, spi2, thermal("Thermocouple", sableSensors), dio(sable21), pwm, counter, encoder}},
+        {"SableCan",
+         "Sable-Can",
+         usb,
+         "20 digital channels, CAN V2.0B.",
+         {system, uart, i2c, spi2, can, dio(sable20), pwm, counter, encoder}},
+        {"SableRtd",
+         "Sable-Rtd",
+         usb,
+         "21 digital channels, 2 RTD inputs.",
+         {system, uart, i2c, spi2, thermal("ThermalResistance", sableSensors), dio(sable21), pwm, counter, encoder}},
+        {"SableSink",
+         "Sable-Sink",
+         usb,
+         "24 V digital I/O, 14 inputs and 12 outputs.",
+         {system, dio({{0, 0, 7}, {1, 0, 5}}, {{2, 0, 7}, {3, 0, 3}}), pwm, counter, encoder}},
+        {"SableMixed",
+         "Sable-Mixed",
+         usb,
+         "16 digital channels, 8 analog inputs, 8 analog outputs.",
+         {system, uart, i2c, input16(16000, true), output("AOStreaming", 0, 5, 16000, assumedLines({{0, {0, 0, 7}}})),
+          dio({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), pwm, counter, encoder}},
+        {"HeronAnalog",
+         "Heron-Analog",
+         wifi,
+         "8 analog inputs, 10 kHz.",
+         {system, sensors, network, radio, input16(10000, true)}},
+        {"HeronImu",
+         "Heron-Imu",
+         wifi,
+         "8 analog inputs, 10 kHz, and a 9-axis inertial sensor.",
+         {system, sensors, network, radio, input16(10000, true), attitude(), card}},
+        {"HeronOut",
+         "Heron-Out",
+         wifi,
+         "8 analog outputs and a 9-axis inertial sensor.",
+         {system, sensors, network, radio, output("AO", -10, 10, 15000), attitude(), card}},
+        {"HeronMixed",
+         "Heron-Mixed",
+         wifi,
+         "Analog inputs and outputs, 8 digital inputs and 8 outputs.",
+         {system, sensors, network, radio, input16(10000, true), output("AO", -10, 10, 15000),
+          dio({{2, 0, 7}}, {{3, 0, 7}}), card}},
+        {"HeronFast",
+         "Heron-Fast",
+         wifi,
+         "8 analog inputs, 20 kHz.",
+         {system, sensors, network, radio, input16(20000, true)}},
+        {"TarnAnalog",
+         "Tarn-Analog",
+         ethernet,
+         "8 analog inputs, 16 bits, 20 kHz.",
+         {system, network, input16(20000, false), sntp}},
+        {"TarnAnalog24",
+         "Tarn-Analog24",
+         ethernet,
+         "8 analog inputs, 24 bits, 10 kHz.",
+         {system, network, input24(10000), sntp}},
+        {"TarnDio",
+         "Tarn-Dio",
+         ethernet,
+         "24 V digital I/O with PWM, 8 inputs and 6 outputs.",
+         {system, network, dio({{1, 0, 7}}, {{0, 0, 5}}), pwm, sntp}},
+        {"TarnDioLite",
+         "Tarn-Dio-Lite",
+         ethernet,
+         "24 V digital I/O, 16 inputs and 16 outputs.",
+         {system, network, dio({{2, 0, 7}, {3, 0, 7}}, {{0, 0, 7}, {1, 0, 7}}), sntp}},
+        {"TarnCurrent", "Tarn-Current", ethernet, "8 current inputs.", {system, network, currents({0}), sntp}},
+        {"TarnCurrentVolt",
+         "Tarn-Current-Volt",
+         ethernet,
+         "8 current inputs and 8 voltage inputs.",
+         {system, network, currents({0, 1}), sntp}},
+        {"TarnRelay",
+         "Tarn-Relay",
+         ethernet,
+         "6 relays and 6 inputs.",
+         {system, network, dio({{1, 0, 5}}, {{0, 0, 5}}), onPort0("Relay"), sntp}},
+        {"TarnOut",
+         "Tarn-Out",
+         ethernet,
+         "8 analog outputs, function generation.",
+         {system, network, output("AOStreaming", -10, 10, 15000), sntp}},
+        {"TarnPot", "Tarn-Pot", ethernet, "4 variable resistors.", {system, network, onPort0("DPOT"), sntp}},
+        {"TarnThermo",
+         "Tarn-Thermo",
+         ethernet,
+         "7 thermocouple inputs.",
+         {system, network, thermal("Thermocouple", channels(1, 7)), sntp}},
+        {"Lattice",
+         "Lattice",
+         chassis,
+         "Chassis with four slots for exchangeable modules.",
+         {system, network, input16(12000, false, chips({0, 1, 3})), output("AO", -10, 10, 15000, chips({0, 1, 3})),
+          dio(slots(), 12), motion("MCX514", 1, chips({0, 1, 3}))}},
+        {"Pawl", "Pawl-Drive", drive, "Stepper drive.", {system, network, motion("TMC5240", 0), sntp}},
+        {"Ratchet", "Ratchet", ethernet, "Motion controller.", {system, motion("MCX514", 0), network, sntp}},
         {"Drone", "Drone", serial, "Flight controller on a serial line.", {simple("Drone")}},
     };
     return table;
 }
-// clang-format on
 
 std::vector<std::string> basesOf(const Model& model) {
     std::vector<std::string> bases{model.family.device};
@@ -245,8 +302,7 @@ std::vector<std::string> basesOf(const Model& model) {
 }
 
 // The bases are not chained: each constructor is called by class, the device's first, with what the model offers.
-Object construct(const Definition& definition, py::handle self, Arguments /*unused*/) {
-    const Model& model = models()[definition.tag];
+void construct(const Model& model, py::handle self) {
     callOf(model.family.device, "__init__", self);
     if (model.family.logging == Logging::first) callOf("DataLogger", "__init__", self);
     for (const char* ending : model.family.endings) {
@@ -256,15 +312,13 @@ Object construct(const Definition& definition, py::handle self, Arguments /*unus
         }
     }
     if (model.family.logging == Logging::last) callOf("DataLogger", "__init__", self);
-    return py::none();
 }
 
 // The device first, then the logger, then what else has threads; each even if the one before failed.
-Object close(const Definition& definition, py::handle self, Arguments given) {
-    const Model& model = models()[definition.tag];
-    if (isKilled(self)) return py::none();
+void close(const Model& model, py::handle self, const Object& verbose) {
+    if (isKilled(self)) return;
     std::vector<std::function<void()>> steps;
-    steps.emplace_back([&] { callOf(model.family.device, "close", self, given[0]); });
+    steps.emplace_back([&] { callOf(model.family.device, "close", self, verbose); });
     if (model.family.logging != Logging::none) steps.emplace_back([&] { callMethod(self, "_Logger_close"); });
     for (const ModuleUse& use : model.modules) {
         if (use.release != nullptr) steps.emplace_back([&] { callMethod(self, use.release); });
@@ -278,24 +332,30 @@ Object close(const Definition& definition, py::handle self, Arguments given) {
         }
     }
     if (first) std::rethrow_exception(first);
-    return py::none();
 }
 
 // A Wi-Fi model has a test of its own before each step, so that a second `connect` opens no second data connection.
 void defineWifiLink(ClassMaker& type) {
-    type.method("connect", wifiConnectParameters(), "Connects commands and data; does nothing if it is connected.", {},
-                {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data side the "
-                 "command side is connected, and disconnect ends it"},
-                [](py::handle self, const Object& address, const Object& dataPort, const Object& commandPort,
-                   const Object& verbose) {
-                    if (isTrue(self, "connect_status_cmd")) return;
-                    callOf("WifiDevice", "connect", self, address, dataPort, commandPort, verbose);
-                })
-        .method("disconnect", {verboseParameter}, "Ends both connections; does nothing if there is none.", {},
-                {"NetworkConnectionLostError: a connection was lost before"},
-                [](py::handle self, const Object& verbose) {
-                    if (isTrue(self, "connect_status_cmd")) callOf("WifiDevice", "disconnect", self, verbose);
-                });
+    type.method(
+            {.name = "connect",
+             .parameters = wifiConnectParameters(),
+             .doc = "Connects commands and data; does nothing if it is connected.",
+             .raises =
+                 {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data side the "
+                  "command side is connected, and disconnect ends it"},
+             .body =
+                 [](py::handle self, const Object& address, const Object& dataPort, const Object& commandPort,
+                    const Object& verbose) {
+                     if (isTrue(self, "connect_status_cmd")) return;
+                     callOf("WifiDevice", "connect", self, address, dataPort, commandPort, verbose);
+                 }})
+        .method({.name = "disconnect",
+                 .parameters = {verboseParameter},
+                 .doc = "Ends both connections; does nothing if there is none.",
+                 .raises = {"NetworkConnectionLostError: a connection was lost before"},
+                 .body = [](py::handle self, const Object& verbose) {
+                     if (isTrue(self, "connect_status_cmd")) callOf("WifiDevice", "disconnect", self, verbose);
+                 }});
 }
 
 py::dict usualPortsOf(const Model& model) {
@@ -311,22 +371,18 @@ py::dict usualPortsOf(const Model& model) {
 void defineModels(Package& package) {
     py::dict labels, connectArguments, usualPorts;
     py::list handles;
-    for (std::size_t i = 0; i < models().size(); ++i) {
-        const Model& model = models()[i];
+    for (const Model& model : models()) {  // the table is there for good
         ClassMaker type =
             package.makeClass(model.name, basesOf(model), std::string(model.displayName) + ": " + model.what);
-        Definition constructor{"__init__", {}, "Makes a handle and starts its threads.", {}, {}, construct};
-        constructor.tag = i;
-        type.add(std::move(constructor), Form::method);
-        Definition closing{"close",
-                           {verboseParameter},
-                           "Ends connection, file and threads for good; a second call does nothing.",
-                           {},
-                           {"NetworkConnectionLostError: the connection was lost before",
-                            "OSError: the disk refuses the rest of the log; everything is ended all the same"},
-                           close};
-        closing.tag = i;
-        type.add(std::move(closing), Form::method);
+        type.method({.name = "__init__",
+                     .doc = "Makes a handle and starts its threads.",
+                     .body = [&model](py::handle self) { construct(model, self); }})
+            .method({.name = "close",
+                     .parameters = {verboseParameter},
+                     .doc = "Ends connection, file and threads for good; a second call does nothing.",
+                     .raises = {"NetworkConnectionLostError: the connection was lost before",
+                                "OSError: the disk refuses the rest of the log; everything is ended all the same"},
+                     .body = [&model](py::handle self, const Object& verbose) { close(model, self, verbose); }});
         if (&model.family == &wifi) defineWifiLink(type);
         const auto name = py::str(model.name);
         labels[name] = model.displayName;

@@ -1,7 +1,7 @@
 // The product classes, and the tables about them.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

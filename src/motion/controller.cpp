@@ -21,27 +21,45 @@ struct RegisterBit {
     int bit;
     const char* what;
 };
-// clang-format off
 const std::vector<RegisterBit>& registerBits() {
     static const std::vector<RegisterBit> table = {
         {"_Motion_setHomeLimitEnable", onOff("home_enable"), {"Home Enable"}, 2, 3, "the home input"},
         {"_Motion_setHomePolarity", level("home_polarity"), {"Home Polarity"}, 2, 2, "the home level"},
-        {"_Motion_setInpositionLimitEnable", onOff("inposition_enable"), {"Inposition Enable"}, 2, 7,
-            "the in-position input"},
-        {"_Motion_setInpositionPolarity", level("inposition_polarity"), {"Inposition Polarity"}, 2, 6,
-            "the in-position level"},
+        {"_Motion_setInpositionLimitEnable",
+         onOff("inposition_enable"),
+         {"Inposition Enable"},
+         2,
+         7,
+         "the in-position input"},
+        {"_Motion_setInpositionPolarity",
+         level("inposition_polarity"),
+         {"Inposition Polarity"},
+         2,
+         6,
+         "the in-position level"},
         {"_Motion_setAlarmLimitEnable", onOff("alarm_enable"), {"Alarm Enable"}, 2, 9, "the servo alarm"},
         {"_Motion_setAlarmPolarity", level("alarm_polarity"), {"Alarm Polarity"}, 2, 8, "the alarm level"},
-        {"_Motion_setLimitPolarity", level("limit_polarity"), {"Forward Polarity", "Reverse Polarity"}, 2, 10,
-            "the level of both limit inputs"},
-        {"_Motion_setInstantLimitStop", integer("stop", "1 at once, 0 with deceleration"), {}, 2, 12,
-            "the stop at a limit"},
-        {"_Motion_setEncoderDirection", inverse("encoder_direction"), {"Inverse Encoder Direction"}, 3, 11,
-            "the counting direction of the encoder"},
+        {"_Motion_setLimitPolarity",
+         level("limit_polarity"),
+         {"Forward Polarity", "Reverse Polarity"},
+         2,
+         10,
+         "the level of both limit inputs"},
+        {"_Motion_setInstantLimitStop",
+         integer("stop", "1 at once, 0 with deceleration"),
+         {},
+         2,
+         12,
+         "the stop at a limit"},
+        {"_Motion_setEncoderDirection",
+         inverse("encoder_direction"),
+         {"Inverse Encoder Direction"},
+         3,
+         11,
+         "the counting direction of the encoder"},
     };
     return table;
 }
-// clang-format on
 
 const char* readOf(int number) { return number == 2 ? "_Motion_getWR2" : "_Motion_getWR3"; }
 const char* writeOf(int number) { return number == 2 ? "_Motion_writeWR2" : "_Motion_writeWR3"; }
@@ -315,181 +333,225 @@ Result capturePoint(Op op, Object port, Object axis) {
 }
 
 void defineChecks(ClassMaker& based) {
-    const auto check = [&](const char* name, const char* argument, const char* accepted, const char* failure,
-                           auto body) {
-        Raises raises{"InputTypeNotCorrectError: an argument is no integer", failure};
-        raises.back() += ": another value";
-        based.method(name, {{argument, "int", accepted}}, "Refuses another value.", {}, std::move(raises), body);
-    };
-    using enum FailureId;
-    check("_checkMCX514StopMode", "mode", "0 or 1", "MotionStopModeError",
-          Calls<checkAccepted<MotionStopModeError, 0, 1>>{});
-    check("_checkMCX514SearchType", "search_type", "0, 1 or 2", "MotionSearchTypeError",
-          Calls<checkAccepted<MotionSearchTypeError, 0, 1, 2>>{});
-    // The failure is that of the type: programs that catch it know it so.
-    check("_checkMCX514SearchDirection", "direction", "0 or 1", "MotionSearchTypeError",
-          Calls<checkAccepted<MotionSearchTypeError, 0, 1>>{});
-    check("_checkMCX514Enable", "status", "0 or 1", "MotionEnableError",
-          Calls<checkAccepted<MotionEnableError, 0, 1>>{});
-    check("_checkMCX514StepperOutput", "status", "0 or 1", "MotionStepperOutputError",
-          Calls<checkAccepted<MotionStepperOutputError, 0, 1>>{});
-    check("_checkMCX514Direction", "direction", "0 or 1", "MotionDirectionError",
-          Calls<checkAccepted<MotionDirectionError, 0, 1>>{});
-    check("_checkMCX514Polarity", "status", "0 or 1", "MotionPolarityError",
-          Calls<checkAccepted<MotionPolarityError, 0, 1>>{});
-    check("_checkMCX514CaptureType", "status", "0 or 1", "MotionCaptureTypeError",
-          Calls<checkAccepted<MotionCaptureTypeError, 0, 1>>{});
-    check("_checkMCX514CaptureMode", "status", "0 or 1", "MotionCaptureModeError",
-          Calls<checkAccepted<MotionCaptureModeError, 0, 1>>{});
-    check("_checkMCX514BreakPointMode", "status", "0 or 1", "MotionBreakPointModeError",
-          Calls<checkAccepted<MotionBreakPointModeError, 0, 1>>{});
-    check("_checkMCX514OperationMode", "status", "0, 1 or 2", "MotionOperationModeError",
-          Calls<checkAccepted<MotionOperationModeError, 0, 1, 2>>{});
-    check("_checkMCX514AccelerationMode", "status", "0, 1 or 2", "MotionAccelerationModeError",
-          Calls<checkAccepted<MotionAccelerationModeError, 0, 1, 2>>{});
-    check("_checkMCX514MotionPort", "port", "connector as the device counts it", "MotionPortNotAvaliable",
-          [](py::handle self, const Object& port) {
-              checkIsInt(port);
-              if (!attribute(self, "motion_dict").contains(port)) throw Failure(MotionPortNotAvaliable);
-          });
-    based
-        .method("_checkMCX514Axis",
-                {{"axis", "int", "axis"}, {"mode", "bool", "whether to look at the number too", "True"}},
-                "Refuses what is no integer. An axis that there is not is told, not refused.",
-                {"Any", "the class `MotionAxisError` for an axis other than 0 to 3, else True"},
-                {"InputTypeNotCorrectError: an argument is no integer"},
-                [](py::handle, const Object& axis, const Object& mode) -> Object {
-                    checkIsInt(axis);
-                    if (mode.is(py::bool_(true)) && !isOneOf(axis, {0, 1, 2, 3})) return classNamed("MotionAxisError");
-                    return py::bool_(true);
-                })
-        .method("_getAxisHandle", {axisParameter}, "The record of an axis.",
-                {"MotionAxis", "`axis_1` for axis 0 and so on; `axis_4` for any other number", "a host record"}, {},
-                [](py::handle self, const Object& axis) {
-                    for (const auto& [number, field] : {std::pair{0, "axis_1"}, {1, "axis_2"}, {2, "axis_3"}}) {
-                        if (axis.equal(py::int_(number))) return attribute(self, field);
-                    }
-                    return attribute(self, "axis_4");
-                });
+    for (const Definition& check :
+         {checkMCX514StopMode, checkMCX514SearchType, checkMCX514SearchDirection, checkMCX514Enable,
+          checkMCX514StepperOutput, checkMCX514Direction, checkMCX514Polarity, checkMCX514CaptureType,
+          checkMCX514CaptureMode, checkMCX514BreakPointMode, checkMCX514OperationMode, checkMCX514AccelerationMode,
+          checkMCX514MotionPort, checkMCX514Axis}) {
+        based.method(check);
+    }
+    based.method(
+        {.name = "_getAxisHandle",
+         .parameters = {axisParameter},
+         .doc = "The record of an axis.",
+         .returns = {"MotionAxis", "`axis_1` for axis 0 and so on; `axis_4` for any other number", "a host record"},
+         .body = [](py::handle self, const Object& axis) {
+             for (const auto& [number, field] : {std::pair{0, "axis_1"}, {1, "axis_2"}, {2, "axis_3"}}) {
+                 if (axis.equal(py::int_(number))) return attribute(self, field);
+             }
+             return attribute(self, "axis_4");
+         }});
 }
 
 void defineRegisterBits(Feature& controller) {
-    for (std::size_t i = 0; i < registerBits().size(); ++i) {
-        const RegisterBit& row = registerBits()[i];
-        Definition definition{row.name,
-                              {connector, axis, row.value},
-                              std::string("Sets ") + row.what + ": bit " + std::to_string(row.bit) +
-                                  " of write register " + std::to_string(row.number) + ".",
-                              commandStatus,
-                              entering(),
-                              [](const Definition& self, Op op, Arguments given) {
-                                  return writeRegisterBit(registerBits()[self.tag], std::move(op), given[0], given[1],
-                                                          given[2]);
-                              }};
-        definition.tag = i;
-        controller.add(std::move(definition));
+    for (const RegisterBit& row : registerBits()) {  // the table is there for good
+        controller.operation({.name = row.name,
+                              .parameters = {connector, axis, row.value},
+                              .doc = std::string("Sets ") + row.what + ": bit " + std::to_string(row.bit) +
+                                     " of write register " + std::to_string(row.number) + ".",
+                              .returns = commandStatus,
+                              .raises = enteringRaises(),
+                              .body = [&row](Op op, Object port, Object axis, Object value) {
+                                  return writeRegisterBit(row, std::move(op), port, axis, value);
+                              }});
     }
     controller
-        .operation("_Motion_setLimitEnable", {connector, axis, onOff("forward_enable"), onOff("reverse_enable")},
-                   "Sets the limit inputs: either one switches both on.", commandStatus, entering(),
-                   Calls<setLimitEnable>{})
-        .operation("_Motion_setAxisModeAndDirection",
-                   {connector, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"),
-                    inverse("axis_direction")},
-                   "Sets the pulse output. S-curve and asymmetry are off afterwards.", commandStatus, {},
-                   Calls<setOutput>{})
-        .operation("_Motion_writeAcceleration",
-                   {connector,
-                    axis,
-                    {"acceleration", "int", "pulses per second squared", "100000"},
-                    {"deceleration", "int", "pulses per second squared", "100000"}},
-                   "Sets both rates, and the shape that the record wants.", mergedStatus, {},
-                   Calls<writeAcceleration>{})
-        .operation("_Motion_writeVelocity",
-                   {connector, axis, {"velocity", "int", "pulses per second; the sign is only remembered", "10000"}},
-                   "Sets the speed, and a starting speed that goes with the stored acceleration.", mergedStatus,
-                   {"ValueError: the stored acceleration is negative"}, Calls<writeVelocity>{})
-        .operation("_Motion_enableServoOn", {connector, axis, onOff("en_servo_on")},
-                   "Switches the servo output. The logical counter is rewritten with its own value.", mergedStatus,
-                   entering({"@_checkMCX514Enable"}), Calls<switchServo>{})
-        .operation("_Motion_sendAllConfiguration", {connector, axis},
-                   "Sends the settings of an axis, all but the encoder's direction.", mergedStatus,
-                   entering({"@_checkMCX514Polarity"}), Calls<sendAll>{});
+        .operation({.name = "_Motion_setLimitEnable",
+                    .parameters = {connector, axis, onOff("forward_enable"), onOff("reverse_enable")},
+                    .doc = "Sets the limit inputs: either one switches both on.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises(),
+                    .body = setLimitEnable})
+        .operation({.name = "_Motion_setAxisModeAndDirection",
+                    .parameters = {connector, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"),
+                                   inverse("axis_direction")},
+                    .doc = "Sets the pulse output. S-curve and asymmetry are off afterwards.",
+                    .returns = commandStatus,
+                    .body = setOutput})
+        .operation({.name = "_Motion_writeAcceleration",
+                    .parameters = {connector,
+                                   axis,
+                                   {"acceleration", "int", "pulses per second squared", "100000"},
+                                   {"deceleration", "int", "pulses per second squared", "100000"}},
+                    .doc = "Sets both rates, and the shape that the record wants.",
+                    .returns = mergedStatus,
+                    .body = writeAcceleration})
+        .operation({.name = "_Motion_writeVelocity",
+                    .parameters = {connector,
+                                   axis,
+                                   {"velocity", "int", "pulses per second; the sign is only remembered", "10000"}},
+                    .doc = "Sets the speed, and a starting speed that goes with the stored acceleration.",
+                    .returns = mergedStatus,
+                    .raises = {"ValueError: the stored acceleration is negative"},
+                    .body = writeVelocity})
+        .operation({.name = "_Motion_enableServoOn",
+                    .parameters = {connector, axis, onOff("en_servo_on")},
+                    .doc = "Switches the servo output. The logical counter is rewritten with its own value.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514Enable}),
+                    .body = switchServo})
+        .operation({.name = "_Motion_sendAllConfiguration",
+                    .parameters = {connector, axis},
+                    .doc = "Sends the settings of an axis, all but the encoder's direction.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514Polarity}),
+                    .body = sendAll});
 }
 
 void defineConfiguration(Feature& controller) {
-    const Raises inputRaises = entering({"@_checkMCX514Enable", "@_checkMCX514Polarity"});
+    const Raises inputRaises = enteringRaises({checkMCX514Enable, checkMCX514Polarity});
     controller
-        .operation("Motion_open", {port}, "Makes a connector ready.", commandStatus, entering({}, false), Calls<open>{})
-        .operation("Motion_close", {port}, "Ends the use of a connector; nothing is sent.", {"int", "0"},
-                   entering({}, false),
-                   [](Op op, Object port) -> Result {
-                       enter(op, port);
-                       co_return py::int_(0);
-                   })
-        .operation("Motion_cfgAlarm", {port, axis, onOff("en_alarm"), level("alarm_polarity")},
-                   "Configures the servo alarm.", mergedStatus, inputRaises, Calls<configureInput<alarmInput>>{})
-        .operation("Motion_cfgHome", {port, axis, onOff("en_home"), level("home_polarity")},
-                   "Configures the home input.", mergedStatus, inputRaises, Calls<configureInput<homeInput>>{})
-        .operation("Motion_cfgInposi", {port, axis, onOff("en_inposi"), level("inposi_polarity")},
-                   "Configures the in-position input.", mergedStatus, inputRaises,
-                   Calls<configureInput<inpositionInput>>{})
-        .operation("Motion_cfgLimit", {port, axis, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
-                   "Configures the limit inputs. The chip has one switch and one level for both.", mergedStatus,
-                   inputRaises, Calls<configureLimit>{})
-        .operation("Motion_cfgAxis",
-                   {port, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"), inverse("axis_dir"),
-                    inverse("encoder_dir"), level("servo_on_polarity")},
-                   "Configures pulse output, directions and servo output.", mergedStatus,
-                   entering({"@_checkMCX514StepperOutput", "@_checkMCX514Direction", "@_checkMCX514Polarity"}),
-                   Calls<configureAxis>{})
-        .operation("Motion_cfgEncoder", {port, axis, level("encoder_z_polarity")}, "Configures the encoder's index.",
-                   commandStatus, entering({"@_checkMCX514Polarity"}), Calls<configureEncoder>{})
-        .operation("Motion_cfgJerkAndAccelMode",
-                   {port, axis, integer("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
-                    integer("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
-                   "Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.", {},
-                   entering({"@_checkMCX514AccelerationMode"}), Calls<configureJerk>{})
-        .operation("Motion_rstEncoderPosi", {port, axis, {"encoder_posi", "int", "position in pulses", "0"}},
-                   "Sets both position counters.", mergedStatus, entering(), Calls<resetPosition>{})
-        .operation("Motion_enableServoOn", {port, axis}, "Switches the servo on.", mergedStatus, entering(),
-                   Calls<turnServo<1>>{})
-        .operation("Motion_enableServoOff", {port, axis}, "Switches the servo off.", mergedStatus, entering(),
-                   Calls<turnServo<0>>{})
-        .operation("Motion_cfgCapture",
-                   {port, axis, integer("capture_type", "edge, 0 or 1"),
-                    integer("mode", "position that is captured, 0 or 1, in the chip's numbering")},
-                   "Configures the capture of a position.", commandStatus,
-                   entering({"@_checkMCX514CaptureType", "@_checkMCX514CaptureMode"}), Calls<configureCapture>{})
-        .operation("Motion_enableCapture", {port, axis, onOff("en_capture")}, "Switches the capture.", commandStatus,
-                   entering({"@_checkMCX514Enable"}), Calls<switchAction<captureAction>>{})
-        .operation("Motion_cfgBreakPoint",
-                   {port, axis, integer("mode", "0 at a position, 1 at a distance from the present one"),
-                    level("breakpoint_polarity"), integer("start_posi", "first break point, in pulses"),
-                    integer("pulse_width", "width in the chip's unit, 0 to 65535"),
-                    integer("pulse_period", "period in the chip's unit, 0 to 65535"),
-                    integer("pulse_number", "number of pulses, 0 to 65535")},
-                   "Configures pulses that an axis gives out from a position on.", mergedStatus,
-                   entering({"@_checkMCX514BreakPointMode", "@_checkMCX514Polarity"}), Calls<configureBreakPoint>{})
-        .operation("Motion_enableBreakPoint", {port, axis, onOff("en_break")}, "Switches the break points.",
-                   commandStatus, entering({"@_checkMCX514Enable"}), Calls<switchAction<breakAction>>{});
+        .operation({.name = "Motion_open",
+                    .parameters = {port},
+                    .doc = "Makes a connector ready.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({}, false),
+                    .body = open})
+        .operation({.name = "Motion_close",
+                    .parameters = {port},
+                    .doc = "Ends the use of a connector; nothing is sent.",
+                    .returns = {"int", "0"},
+                    .raises = enteringRaises({}, false),
+                    .body = [](Op op, Object port) -> Result {
+                        enter(op, port);
+                        co_return py::int_(0);
+                    }})
+        .operation({.name = "Motion_cfgAlarm",
+                    .parameters = {port, axis, onOff("en_alarm"), level("alarm_polarity")},
+                    .doc = "Configures the servo alarm.",
+                    .returns = mergedStatus,
+                    .raises = inputRaises,
+                    .body = configureInput<alarmInput>})
+        .operation({.name = "Motion_cfgHome",
+                    .parameters = {port, axis, onOff("en_home"), level("home_polarity")},
+                    .doc = "Configures the home input.",
+                    .returns = mergedStatus,
+                    .raises = inputRaises,
+                    .body = configureInput<homeInput>})
+        .operation({.name = "Motion_cfgInposi",
+                    .parameters = {port, axis, onOff("en_inposi"), level("inposi_polarity")},
+                    .doc = "Configures the in-position input.",
+                    .returns = mergedStatus,
+                    .raises = inputRaises,
+                    .body = configureInput<inpositionInput>})
+        .operation({.name = "Motion_cfgLimit",
+                    .parameters = {port, axis, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
+                    .doc = "Configures the limit inputs. The chip has one switch and one level for both.",
+                    .returns = mergedStatus,
+                    .raises = inputRaises,
+                    .body = configureLimit})
+        .operation({.name = "Motion_cfgAxis",
+                    .parameters = {port, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"),
+                                   inverse("axis_dir"), inverse("encoder_dir"), level("servo_on_polarity")},
+                    .doc = "Configures pulse output, directions and servo output.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514StepperOutput, checkMCX514Direction, checkMCX514Polarity}),
+                    .body = configureAxis})
+        .operation({.name = "Motion_cfgEncoder",
+                    .parameters = {port, axis, level("encoder_z_polarity")},
+                    .doc = "Configures the encoder's index.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({checkMCX514Polarity}),
+                    .body = configureEncoder})
+        .operation({.name = "Motion_cfgJerkAndAccelMode",
+                    .parameters = {port, axis,
+                                   integer("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
+                                   integer("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
+                    .doc = "Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.",
+                    .raises = enteringRaises({checkMCX514AccelerationMode}),
+                    .body = configureJerk})
+        .operation({.name = "Motion_rstEncoderPosi",
+                    .parameters = {port, axis, {"encoder_posi", "int", "position in pulses", "0"}},
+                    .doc = "Sets both position counters.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises(),
+                    .body = resetPosition})
+        .operation({.name = "Motion_enableServoOn",
+                    .parameters = {port, axis},
+                    .doc = "Switches the servo on.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises(),
+                    .body = turnServo<1>})
+        .operation({.name = "Motion_enableServoOff",
+                    .parameters = {port, axis},
+                    .doc = "Switches the servo off.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises(),
+                    .body = turnServo<0>})
+        .operation({.name = "Motion_cfgCapture",
+                    .parameters = {port, axis, integer("capture_type", "edge, 0 or 1"),
+                                   integer("mode", "position that is captured, 0 or 1, in the chip's numbering")},
+                    .doc = "Configures the capture of a position.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({checkMCX514CaptureType, checkMCX514CaptureMode}),
+                    .body = configureCapture})
+        .operation({.name = "Motion_enableCapture",
+                    .parameters = {port, axis, onOff("en_capture")},
+                    .doc = "Switches the capture.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({checkMCX514Enable}),
+                    .body = switchAction<captureAction>})
+        .operation({.name = "Motion_cfgBreakPoint",
+                    .parameters = {port, axis, integer("mode", "0 at a position, 1 at a distance from the present one"),
+                                   level("breakpoint_polarity"), integer("start_posi", "first break point, in pulses"),
+                                   integer("pulse_width", "width in the chip's unit, 0 to 65535"),
+                                   integer("pulse_period", "period in the chip's unit, 0 to 65535"),
+                                   integer("pulse_number", "number of pulses, 0 to 65535")},
+                    .doc = "Configures pulses that an axis gives out from a position on.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514BreakPointMode, checkMCX514Polarity}),
+                    .body = configureBreakPoint})
+        .operation({.name = "Motion_enableBreakPoint",
+                    .parameters = {port, axis, onOff("en_break")},
+                    .doc = "Switches the break points.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({checkMCX514Enable}),
+                    .body = switchAction<breakAction>});
 }
 
 void defineStates(Feature& controller) {
     const Returns stands{"int", "1 when the axis stands, 0 while it drives", "the device"};
     controller
-        .operation("Motion_getMoveStatus", {port, axis}, "Tells whether a move has ended.", stands, entering(),
-                   Calls<standing>{})
-        .operation("Motion_checkRef", {port, axis}, "Tells whether a reference search has ended.", stands, entering(),
-                   Calls<standing>{})
-        .operation("Motion_getHomeStatus", {port, axis},
-                   "Reads the home input. Its level goes by that of the forward limit.",
-                   {"int", "1 active, 0 not", "the device"}, entering(), Calls<homeStatus>{})
-        .operation("Motion_getLimitStatus", {port, axis}, "Reads both limit inputs.",
-                   {"list[int]", "forward and reverse, each 1 active, 0 not", "the device"}, entering(),
-                   Calls<limitStatus>{})
-        .operation("Motion_readCapturePoint", {port, axis}, "Reads the captured position.",
-                   {"int", "position in pulses", "the device"}, entering(), Calls<capturePoint>{});
+        .operation({.name = "Motion_getMoveStatus",
+                    .parameters = {port, axis},
+                    .doc = "Tells whether a move has ended.",
+                    .returns = stands,
+                    .raises = enteringRaises(),
+                    .body = standing})
+        .operation({.name = "Motion_checkRef",
+                    .parameters = {port, axis},
+                    .doc = "Tells whether a reference search has ended.",
+                    .returns = stands,
+                    .raises = enteringRaises(),
+                    .body = standing})
+        .operation({.name = "Motion_getHomeStatus",
+                    .parameters = {port, axis},
+                    .doc = "Reads the home input. Its level goes by that of the forward limit.",
+                    .returns = {"int", "1 active, 0 not", "the device"},
+                    .raises = enteringRaises(),
+                    .body = homeStatus})
+        .operation({.name = "Motion_getLimitStatus",
+                    .parameters = {port, axis},
+                    .doc = "Reads both limit inputs.",
+                    .returns = {"list[int]", "forward and reverse, each 1 active, 0 not", "the device"},
+                    .raises = enteringRaises(),
+                    .body = limitStatus})
+        .operation({.name = "Motion_readCapturePoint",
+                    .parameters = {port, axis},
+                    .doc = "Reads the captured position.",
+                    .returns = {"int", "position in pulses", "the device"},
+                    .raises = enteringRaises(),
+                    .body = capturePoint});
     definePositions(controller);
 }
 
@@ -512,10 +574,10 @@ void checkPortAndAxis(const Op& op, const Object& port, const Object& axis) {
     op.call("_checkMCX514Axis", axis);
 }
 
-Raises entering(std::initializer_list<std::string> more, bool hasAxis) {
-    Raises raises{"@_checkMCX514MotionPort"};
-    if (hasAxis) raises.emplace_back("@_checkMCX514Axis");
-    raises.insert(raises.end(), more);
+Raises enteringRaises(std::initializer_list<Raises::Entry> more, bool hasAxis) {
+    Raises raises{checkMCX514MotionPort};
+    if (hasAxis) raises.add({checkMCX514Axis});
+    raises.add(more);
     return raises;
 }
 
@@ -541,11 +603,13 @@ namespace {
 template <bool isTwin>
 void defineConstructor(Package& package) {
     ClassMaker(package.get(isTwin ? "MCX514Module_async" : "MCX514Module"))
-        .method("__init__", {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
-                "Takes what the model offers.", {}, {}, [](py::handle self, const Object& connectors) {
-                    setAttribute(self, "motion_dict", connectors);
-                    callOf(isTwin ? "MCX514Driver_async" : "MCX514Driver", "__init__", self);
-                });
+        .method({.name = "__init__",
+                 .parameters = {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
+                 .doc = "Takes what the model offers.",
+                 .body = [](py::handle self, const Object& connectors) {
+                     setAttribute(self, "motion_dict", connectors);
+                     callOf(isTwin ? "MCX514Driver_async" : "MCX514Driver", "__init__", self);
+                 }});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What the operations of the four-axis controller share.
 #pragma once
 
+#include "motion/checks.h"
 #include "motion/records.h"
 
 namespace zvr::python {
@@ -15,7 +16,7 @@ const Parameter axisParameter{"axis", "int",
 Object enter(const Op& op, const Object& port);
 Object enter(const Op& op, const Object& port, const Object& axis);
 /// The failures of that, and more.
-Raises entering(std::initializer_list<std::string> more = {}, bool hasAxis = true);
+Raises enteringRaises(std::initializer_list<Raises::Entry> more = {}, bool hasAxis = true);
 
 void checkPortAndAxis(const Op& op, const Object& port, const Object& axis);
 

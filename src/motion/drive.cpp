@@ -10,18 +10,26 @@ namespace {
 constexpr int lines = 7;  // the three inputs of a port: limits and home
 
 const Parameter port{"port", "int", "port of the drive, 0"};
-const Raises portRaises{"@_checkTMC5240Port"};
 const Returns writeStatus{"int", "the status as it is, 0 for done", "the device's status, byte 6 of its reply"};
 const Returns registerBytes{"bytes", "the 4 bytes of the register", "the device"};
 
-Field u32(const char* argument) { return packed<std::uint32_t>("u32", argument); }
-Field i32(const char* argument) { return packed<std::int32_t>("i32", argument); }
-Field lowByte(const char* argument) {
-    return {argument, "low byte", [](Payload& data, py::handle v) { data.add(borrow(v.ptr()) & py::int_(255)); }};
-}
-Field isTrueText(const char* argument) {
-    return {argument, "is \"true\"", [](Payload& data, py::handle v) { data.add(v.equal(py::str("true")) ? 1 : 0); }};
-}
+constexpr Encoding lowByte{"low byte",
+                           [](Payload& data, py::handle value, int) { data.add(borrow(value.ptr()) & py::int_(255)); }};
+constexpr Encoding isTrueText{
+    "is \"true\"", [](Payload& data, py::handle value, int) { data.add(value.equal(py::str("true")) ? 1 : 0); }};
+
+const Definition checkPort{.name = "_checkTMC5240Port",
+                           .parameters = {port},
+                           .doc = "Raises PAWLPortNotAvaliable unless the model has the port.",
+                           .raises = {"InputTypeNotCorrectError: an argument has the wrong type",
+                                      "PAWLPortNotAvaliable: the model has no such port"},
+                           .body = [](py::handle self, const Object& port) {
+                               checkIsInt(port);
+                               if (!attribute(self, "pawl_dict").contains(port)) {
+                                   throw Failure(FailureId::PAWLPortNotAvaliable);
+                               }
+                           }};
+const Raises portRaises{checkPort};
 
 struct Entry {
     const char* key;
@@ -114,31 +122,26 @@ constexpr Access accesses[] = {
     {"_Motion_readEncoderDirection", PAWL_3A_ENC_CONST, nullptr, "the encoder's constant"},
 };
 
-Result readAccess(const Access& access, Op op, Object port) {
-    co_return co_await op.request("_Motion_read", port, py::int_(int{access.address}));
-}
-Result writeAccess(const Access& access, Op op, Object port, Object value) {
-    co_return co_await op.request("_Motion_write", port, py::int_(int{access.address}), value);
-}
-
 void defineAccesses(Feature& drive) {
-    for (std::size_t i = 0; i < std::size(accesses); ++i) {
-        const auto& [name, address, argument, what] = accesses[i];
-        const bool reads = argument == nullptr;
-        Definition definition{
-            name,
-            {port},
-            std::string(reads ? "Reads " : "Writes ") + what + ", register " + std::to_string(int{address}) + ".",
-            reads ? registerBytes : writeStatus,
-            {},
-            [](const Definition& self, Op op, Arguments given) {
-                const Access& access = accesses[self.tag];
-                if (access.argument == nullptr) return readAccess(access, std::move(op), given[0]);
-                return writeAccess(access, std::move(op), given[0], given[1]);
-            }};
-        definition.tag = i;
-        if (!reads) definition.parameters.push_back({argument, "int", std::string(what) + ", 0 to 4294967295"});
-        drive.add(std::move(definition));
+    for (const auto& [name, address, argument, what] : accesses) {
+        const std::string which = std::string(what) + ", register " + std::to_string(int{address}) + ".";
+        if (argument == nullptr) {
+            drive.operation({.name = name,
+                             .parameters = {port},
+                             .doc = "Reads " + which,
+                             .returns = registerBytes,
+                             .body = [address = address](Op op, Object port) -> Result {
+                                 co_return co_await op.request("_Motion_read", port, py::int_(int{address}));
+                             }});
+        } else {
+            drive.operation({.name = name,
+                             .parameters = {port, {argument, "int", std::string(what) + ", 0 to 4294967295"}},
+                             .doc = "Writes " + which,
+                             .returns = writeStatus,
+                             .body = [address = address](Op op, Object port, Object value) -> Result {
+                                 co_return co_await op.request("_Motion_write", port, py::int_(int{address}), value);
+                             }});
+        }
     }
 }
 
@@ -222,7 +225,7 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
 // Three bytes are cut for each value, which is one too few: it fails with the first one.
 Result parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
-    const Bytes reply = bytesOf(co_await op.exchange(MOTION_GET_PARAM, payload(port)), "reply");
+    const Bytes reply = bytesOf(co_await exchange(op, MOTION_GET_PARAM, payload(port)), "reply");
     byteOf(reply, 2);
     const ByteView data = ByteView(reply).subspan(3);
     std::size_t i = 0;
@@ -255,16 +258,17 @@ void defineBased(Package& package) {
     for (const char* field : statusFields) {
         based.field({field, "int", "bit of the chip's status, as the last register read told it"});
     }
-    based.method("__init__", {acceleration, deceleration}, "Makes both maps.", {}, {}, Calls<constructMaps>{})
-        .method("_TMC5240_getSPIStatus", {integer("status_byte", "the chip's status, 0 to 255")},
-                "Keeps the bits of the chip's status.", {"int", "0"}, {}, Calls<keepStatus>{})
-        .method("_checkTMC5240Port", {port}, "Refuses a port that the model lacks.", {},
-                {"InputTypeNotCorrectError: an argument has the wrong type",
-                 "PAWLPortNotAvaliable: the model has no such port"},
-                [](py::handle self, const Object& port) {
-                    checkIsInt(port);
-                    if (!attribute(self, "pawl_dict").contains(port)) throw Failure(FailureId::PAWLPortNotAvaliable);
-                });
+    based
+        .method({.name = "__init__",
+                 .parameters = {acceleration, deceleration},
+                 .doc = "Makes both maps.",
+                 .body = constructMaps})
+        .method({.name = "_TMC5240_getSPIStatus",
+                 .parameters = {integer("status_byte", "the chip's status, 0 to 255")},
+                 .doc = "Keeps the bits of the chip's status.",
+                 .returns = {"int", "0"},
+                 .body = keepStatus})
+        .method(checkPort);
 }
 
 void defineRegisters(Feature& drive) {
@@ -276,55 +280,79 @@ void defineRegisters(Feature& drive) {
                          }};
     const Reply everything{
         nullptr, {"bytes", "the whole reply", "the device"}, [](py::handle, const Object& reply) { return reply; }};
-    // clang-format off
-    drive.rows({
-        {"_Motion_read", {port, address}, {}, MOTION_READ_REG, {u8("port"), u8("reg_addr")}, contents,
-            "Reads a register, and keeps the chip's status."},
-        {"_Motion_write", {port, address, integer("data", "0 to 4294967295")}, {}, MOTION_WRITE_REG,
-            {u8("port"), u8("reg_addr"), constant(0), u32("data")}, byteAt(6, writeStatus.doc), "Writes a register."},
-        {"_Motion_readDI", {integer("port", "digital port")}, {}, READ_AND_GET_DI,
-            {u8("port"), constant(0), constant(lines)}, everything, "Reads the digital inputs."},
-    });
-    // clang-format on
+    drive.operations({{.name = "_Motion_read",
+                       .sends = MOTION_READ_REG,
+                       .fields = {port | u8, address | u8},
+                       .reply = contents,
+                       .doc = "Reads a register, and keeps the chip's status."},
+                      {.name = "_Motion_write",
+                       .sends = MOTION_WRITE_REG,
+                       .fields = {port | u8, address | u8, constant(0), integer("data", "0 to 4294967295") | u32},
+                       .reply = byteAt(6, writeStatus.doc),
+                       .doc = "Writes a register."},
+                      {.name = "_Motion_readDI",
+                       .sends = READ_AND_GET_DI,
+                       .fields = {integer("port", "digital port") | u8, constant(0), constant(lines)},
+                       .reply = everything,
+                       .doc = "Reads the digital inputs."}});
     drive
-        .operation("_Motion_writeDO",
-                   {integer("port", "digital port"), integer("pin", "pin, 0 to 7"), integer("value", "0 or 1")},
-                   "Drives a digital output.", zero, {},
-                   [](Op op, Object port, Object pin, Object value) -> Result {
-                       const Object mask = fillBit(py::int_(0), pin);
-                       co_await op.exchange(SET_AND_WRITE_DO, payload(port, 0, mask, 0, mask * value));
-                       co_return py::int_(0);
-                   })
-        .operation("_Motion_clearFault", {port}, "Clears the faults of the general status.", writeStatus, {},
-                   [](Op op, Object port) -> Result {
-                       co_return co_await op.request("_Motion_setGlobalStatus", port, py::int_(31));
-                   })
-        .operation("_Motion_setRamp", {port}, "Writes the ramp of `TMC5240_main_dict`.", mergedStatus, {},
-                   Calls<setRamp>{})
-        .operation("_Motion_setLimitEnable", {port, onOff("forward_enable"), onOff("reverse_enable")},
-                   "Remembers which limits are in use; nothing is sent.", zero, {},
-                   [](Op op, Object, Object forward, Object reverse) -> Result {
-                       setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
-                       setSetting(attribute(op.self(), "axis"), "Reverse Enable", reverse);
-                       co_return py::int_(0);
-                   })
-        .operation("_Motion_setLimitPolarity", {port, level("limit_polarity")},
-                   "Remembers the level of the limits; nothing is sent.", zero, {},
-                   [](Op op, Object, Object polarity) -> Result {
-                       for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
-                           setSetting(attribute(op.self(), "axis"), key, polarity);
-                       }
-                       co_return py::int_(0);
-                   })
-        .operation("_Motion_getServeoOnStatus", {port}, "Has no effect; nothing is sent.", zero, portRaises,
-                   [](Op op, Object port) -> Result {
-                       op.call("_checkTMC5240Port", port);
-                       co_return py::int_(0);
-                   })
-        .operation("_Motion_getInpositionStatus", {port}, "Tells whether the position was reached.",
-                   {"int", "0 or 1", "the chip's status at the last register read"},
-                   {"AttributeError: no register was read yet"},
-                   [](Op op, Object) -> Result { co_return attribute(op.self(), "status_bit5_positionreach"); });
+        .operation(
+            {.name = "_Motion_writeDO",
+             .parameters = {integer("port", "digital port"), integer("pin", "pin, 0 to 7"), integer("value", "0 or 1")},
+             .doc = "Drives a digital output.",
+             .returns = zero,
+             .body = [](Op op, Object port, Object pin, Object value) -> Result {
+                 const Object mask = fillBit(py::int_(0), pin);
+                 co_await exchange(op, SET_AND_WRITE_DO, payload(port, 0, mask, 0, mask * value));
+                 co_return py::int_(0);
+             }})
+        .operation({.name = "_Motion_clearFault",
+                    .parameters = {port},
+                    .doc = "Clears the faults of the general status.",
+                    .returns = writeStatus,
+                    .body = [](Op op, Object port) -> Result {
+                        co_return co_await op.request("_Motion_setGlobalStatus", port, py::int_(31));
+                    }})
+        .operation({.name = "_Motion_setRamp",
+                    .parameters = {port},
+                    .doc = "Writes the ramp of `TMC5240_main_dict`.",
+                    .returns = mergedStatus,
+                    .body = setRamp})
+        .operation({.name = "_Motion_setLimitEnable",
+                    .parameters = {port, onOff("forward_enable"), onOff("reverse_enable")},
+                    .doc = "Remembers which limits are in use; nothing is sent.",
+                    .returns = zero,
+                    .body = [](Op op, Object, Object forward, Object reverse) -> Result {
+                        setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
+                        setSetting(attribute(op.self(), "axis"), "Reverse Enable", reverse);
+                        co_return py::int_(0);
+                    }})
+        .operation({.name = "_Motion_setLimitPolarity",
+                    .parameters = {port, level("limit_polarity")},
+                    .doc = "Remembers the level of the limits; nothing is sent.",
+                    .returns = zero,
+                    .body = [](Op op, Object, Object polarity) -> Result {
+                        for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
+                            setSetting(attribute(op.self(), "axis"), key, polarity);
+                        }
+                        co_return py::int_(0);
+                    }})
+        .operation({.name = "_Motion_getServeoOnStatus",
+                    .parameters = {port},
+                    .doc = "Has no effect; nothing is sent.",
+                    .returns = zero,
+                    .raises = portRaises,
+                    .body = [](Op op, Object port) -> Result {
+                        op.call("_checkTMC5240Port", port);
+                        co_return py::int_(0);
+                    }})
+        .operation(
+            {.name = "_Motion_getInpositionStatus",
+             .parameters = {port},
+             .doc = "Tells whether the position was reached.",
+             .returns = {"int", "0 or 1", "the chip's status at the last register read"},
+             .raises = {"AttributeError: no register was read yet"},
+             .body = [](Op op, Object) -> Result { co_return attribute(op.self(), "status_bit5_positionreach"); }});
     defineAccesses(drive);
 }
 
@@ -340,14 +368,15 @@ void defineDriveMoves(Feature& drive) {
         return integer(name, "in the firmware's numbering; its low byte is sent");
     };
     const auto position = [](const char* name) { return integer(name, "pulses, -2147483648 to 2147483647"); };
-    const Check portCheck = calls("_checkTMC5240Port", {"port"});
-    const Parameters searchArguments{
-        port,   searching, approaching, acceleration, numbered("search_direction"), numbered("approach_direction"),
-        offset, reset};
-    const std::vector<Field> searchFields{
-        u8("port"),          u32("searching_speed"),      u32("approaching_speed"),
-        u32("acceleration"), lowByte("search_direction"), lowByte("approach_direction"),
-        i32("offset"),       isTrueText("reset_position")};
+    const Check portCheck = checkPort(port);
+    const std::vector<Field> searchFields{port | u8,
+                                          searching | u32,
+                                          approaching | u32,
+                                          acceleration | u32,
+                                          numbered("search_direction") | lowByte,
+                                          numbered("approach_direction") | lowByte,
+                                          offset | i32,
+                                          reset | isTrueText};
     const Reply state{
         nullptr,
         {"tuple[int, bytes]", "state in the firmware's numbering, and the rest of the reply", "the device"},
@@ -361,43 +390,67 @@ void defineDriveMoves(Feature& drive) {
                            return levels;
                        },
                        {"list[int]", "forward limit, reverse limit and home, 0 or 1", "the device"}};
-    // clang-format off
-    drive.rows({
-        {"Motion_startVelocticyMove", {port, speed, numbered("dir"), acceleration, deceleration},
-            {portCheck, isInt("speed"), isInt("acceleration"), isInt("deceleration")}, MOTION_START_V_MOVE,
-            {u8("port"), u32("speed"), u32("acceleration"), u32("deceleration"), lowByte("dir")}, status(1),
-            "Starts a move at a speed."},
-        {"Motion_startPositionMove", {port, position("position"), speed, acceleration, deceleration,
-                                      integer("mode", "in the firmware's numbering, 0 to 255")},
-            {portCheck, isInt("speed"), isInt("acceleration"), isInt("deceleration")}, MOTION_START_P_MOVE,
-            {u8("port"), i32("position"), u32("speed"), u32("acceleration"), u32("deceleration"), u8("mode")},
-            status(1), "Starts a move to a position."},
-        {"Motion_startScanMove", {port, position("position_0"), position("position_1"), speed, acceleration},
-            {portCheck, isInt("speed"), isInt("acceleration")}, MOTION_START_SCAN_MOVE,
-            {u8("port"), i32("position_0"), i32("position_1"), u32("speed"), u32("acceleration")}, status(1),
-            "Starts a move to and fro between two positions."},
-        {"Motion_startFindLimit", {port, numbered("mode"), searching, approaching, acceleration, offset, reset},
-            {portCheck}, MOTION_START_FIND_END,
-            {u8("port"), lowByte("mode"), u32("searching_speed"), u32("approaching_speed"), u32("acceleration"),
-             i32("offset"), isTrueText("reset_position")}, status(1), "Starts the search of a limit."},
-        {"Motion_startFindHome", searchArguments, {portCheck}, MOTION_START_FIND_HOME, searchFields, status(1),
-            "Starts the search of the home input."},
-        {"Motion_startFindZPolarity", searchArguments, {portCheck}, MOTION_START_FIND_Z, searchFields, status(1),
-            "Starts the search of the encoder's index."},
-        {"Motion_getProcessState", {port}, {portCheck}, MOTION_GET_PROC_STATE, {u8("port")}, state,
-            "Reads the state of the move or search."},
-        {"Motion_stopProcess", {port}, {portCheck}, MOTION_STOP_PROC, {u8("port")}, status(1),
-            "Stops the move or search."},
-        {"Motion_resetFactory", {port}, {portCheck}, MOTION_RESET_FACTORY, {u8("port")}, status(1),
-            "Sets the drive's parameters to the factory's."},
-        {"Motion_getLimitStatus", {port}, {portCheck}, READ_AND_GET_DI,
-            {constant(1), constant(0), constant(lines)}, inputs, "Reads limits and home, from digital port 1."},
-    });
-    // clang-format on
+    drive.operations(
+        {{.name = "Motion_startVelocticyMove",
+          .parameters = {port, speed, numbered("dir"), acceleration, deceleration},
+          .checks = {portCheck, isInt(speed), isInt(acceleration), isInt(deceleration)},
+          .sends = MOTION_START_V_MOVE,
+          .fields = {port | u8, speed | u32, acceleration | u32, deceleration | u32, numbered("dir") | lowByte},
+          .doc = "Starts a move at a speed."},
+         {.name = "Motion_startPositionMove",
+          .checks = {portCheck, isInt(speed), isInt(acceleration), isInt(deceleration)},
+          .sends = MOTION_START_P_MOVE,
+          .fields = {port | u8, position("position") | i32, speed | u32, acceleration | u32, deceleration | u32,
+                     integer("mode", "in the firmware's numbering, 0 to 255") | u8},
+          .doc = "Starts a move to a position."},
+         {.name = "Motion_startScanMove",
+          .checks = {portCheck, isInt(speed), isInt(acceleration)},
+          .sends = MOTION_START_SCAN_MOVE,
+          .fields = {port | u8, position("position_0") | i32, position("position_1") | i32, speed | u32,
+                     acceleration | u32},
+          .doc = "Starts a move to and fro between two positions."},
+         {.name = "Motion_startFindLimit",
+          .checks = {portCheck},
+          .sends = MOTION_START_FIND_END,
+          .fields = {port | u8, numbered("mode") | lowByte, searching | u32, approaching | u32, acceleration | u32,
+                     offset | i32, reset | isTrueText},
+          .doc = "Starts the search of a limit."},
+         {.name = "Motion_startFindHome",
+          .checks = {portCheck},
+          .sends = MOTION_START_FIND_HOME,
+          .fields = searchFields,
+          .doc = "Starts the search of the home input."},
+         {.name = "Motion_startFindZPolarity",
+          .checks = {portCheck},
+          .sends = MOTION_START_FIND_Z,
+          .fields = searchFields,
+          .doc = "Starts the search of the encoder's index."},
+         {.name = "Motion_getProcessState",
+          .checks = {portCheck},
+          .sends = MOTION_GET_PROC_STATE,
+          .fields = {port | u8},
+          .reply = state,
+          .doc = "Reads the state of the move or search."},
+         {.name = "Motion_stopProcess",
+          .checks = {portCheck},
+          .sends = MOTION_STOP_PROC,
+          .fields = {port | u8},
+          .doc = "Stops the move or search."},
+         {.name = "Motion_resetFactory",
+          .checks = {portCheck},
+          .sends = MOTION_RESET_FACTORY,
+          .fields = {port | u8},
+          .doc = "Sets the drive's parameters to the factory's."},
+         {.name = "Motion_getLimitStatus",
+          .parameters = {port},
+          .checks = {portCheck},
+          .sends = READ_AND_GET_DI,
+          .fields = {constant(1), constant(0), constant(lines)},
+          .reply = inputs,
+          .doc = "Reads limits and home, from digital port 1."}});
 }
 
-template <int level>
-Result switchServo(Op op, Object port) {
+Result switchServo(Op op, Object port, int level) {
     op.call("_checkTMC5240Port", port);
     co_return co_await op.request("_Motion_writeDO", py::int_(2), py::int_(0), py::int_(level));
 }
@@ -410,34 +463,86 @@ Result touch(Op op, Object port) {
 void defineControl(Feature& drive) {
     const Returns zero{"int", "0"};
     const Parameter position{"encoder_posi", "int", "position in pulses, 0 to 4294967295"};
-    drive.operation("Motion_open", {port}, "Has no effect; nothing is sent.", zero, portRaises, Calls<touch>{})
-        .operation("Motion_close", {port}, "Has no effect; nothing is sent.", zero, portRaises, Calls<touch>{})
-        .operation("Motion_enableServoOn", {port}, "Switches the servo on, by digital port 2.", zero, portRaises,
-                   Calls<switchServo<0>>{})
-        .operation("Motion_enableServoOff", {port}, "Switches the servo off, by digital port 2.", zero, portRaises,
-                   Calls<switchServo<1>>{})
-        .operation("Motion_getAlarmStatus", {port}, "Tells whether the chip reports a fault.",
-                   {"int", "1 for a fault, else 0", "the device"}, portRaises, Calls<alarmStatus>{})
-        .operation("Motion_readCurrentVelocity", {port}, "Reads the speed.",
-                   {"int", "the register as it is, without sign", "the device"}, portRaises, Calls<currentVelocity>{})
-        .operation("Motion_readEncoderPosition", {port}, "Reads the positions of the encoder and of the motor.",
-                   {"list[int]", "both in pulses, without sign", "the device"}, portRaises, Calls<positions>{})
-        .operation("Motion_rstEncoderPosi", {port, position.withDefault("0")}, "Sets both positions, and holds.",
-                   mergedStatus, portRaises, Calls<resetPositions>{})
-        .operation("Motion_cfgEncoder",
-                   {port, integer("encoder_dir", "0; anything else fails after the positions are set"), position},
-                   "Sets both positions and the encoder's constant.", mergedStatus,
-                   {"@_checkTMC5240Port", "OverflowError: `encoder_dir` is not 0"}, Calls<configureEncoder>{})
-        .operation("Motion_cfgAxisDirection", {port, inverse("axis_dir")},
-                   "Sets the direction of the motor and of its limits.", mergedStatus, portRaises,
-                   Calls<configureDirection>{})
-        .operation("Motion_cfgLimit", {port, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
-                   "Configures the limit switches.", mergedStatus, portRaises, Calls<configureLimit>{})
-        .operation("Motion_getParameters", {port}, "Reads the parameters into `TMC5240_default_dict`.",
-                   status(1).returns, {"@_checkTMC5240Port", "struct.error: always, as a value is cut too short"},
-                   Calls<parameters>{})
-        .operation("_Motion_sendAllConfiguration", {port}, "Sends directions and limits of the settings.", mergedStatus,
-                   portRaises, Calls<sendAll>{});
+    drive
+        .operation({.name = "Motion_open",
+                    .parameters = {port},
+                    .doc = "Has no effect; nothing is sent.",
+                    .returns = zero,
+                    .raises = portRaises,
+                    .body = touch})
+        .operation({.name = "Motion_close",
+                    .parameters = {port},
+                    .doc = "Has no effect; nothing is sent.",
+                    .returns = zero,
+                    .raises = portRaises,
+                    .body = touch})
+        .operation({.name = "Motion_enableServoOn",
+                    .parameters = {port},
+                    .doc = "Switches the servo on, by digital port 2.",
+                    .returns = zero,
+                    .raises = portRaises,
+                    .body = [](Op op, Object port) { return switchServo(std::move(op), port, 0); }})
+        .operation({.name = "Motion_enableServoOff",
+                    .parameters = {port},
+                    .doc = "Switches the servo off, by digital port 2.",
+                    .returns = zero,
+                    .raises = portRaises,
+                    .body = [](Op op, Object port) { return switchServo(std::move(op), port, 1); }})
+        .operation({.name = "Motion_getAlarmStatus",
+                    .parameters = {port},
+                    .doc = "Tells whether the chip reports a fault.",
+                    .returns = {"int", "1 for a fault, else 0", "the device"},
+                    .raises = portRaises,
+                    .body = alarmStatus})
+        .operation({.name = "Motion_readCurrentVelocity",
+                    .parameters = {port},
+                    .doc = "Reads the speed.",
+                    .returns = {"int", "the register as it is, without sign", "the device"},
+                    .raises = portRaises,
+                    .body = currentVelocity})
+        .operation({.name = "Motion_readEncoderPosition",
+                    .parameters = {port},
+                    .doc = "Reads the positions of the encoder and of the motor.",
+                    .returns = {"list[int]", "both in pulses, without sign", "the device"},
+                    .raises = portRaises,
+                    .body = positions})
+        .operation({.name = "Motion_rstEncoderPosi",
+                    .parameters = {port, position.withDefault("0")},
+                    .doc = "Sets both positions, and holds.",
+                    .returns = mergedStatus,
+                    .raises = portRaises,
+                    .body = resetPositions})
+        .operation({.name = "Motion_cfgEncoder",
+                    .parameters = {port, integer("encoder_dir", "0; anything else fails after the positions are set"),
+                                   position},
+                    .doc = "Sets both positions and the encoder's constant.",
+                    .returns = mergedStatus,
+                    .raises = {checkPort, "OverflowError: `encoder_dir` is not 0"},
+                    .body = configureEncoder})
+        .operation({.name = "Motion_cfgAxisDirection",
+                    .parameters = {port, inverse("axis_dir")},
+                    .doc = "Sets the direction of the motor and of its limits.",
+                    .returns = mergedStatus,
+                    .raises = portRaises,
+                    .body = configureDirection})
+        .operation({.name = "Motion_cfgLimit",
+                    .parameters = {port, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
+                    .doc = "Configures the limit switches.",
+                    .returns = mergedStatus,
+                    .raises = portRaises,
+                    .body = configureLimit})
+        .operation({.name = "Motion_getParameters",
+                    .parameters = {port},
+                    .doc = "Reads the parameters into `TMC5240_default_dict`.",
+                    .returns = status(1).returns,
+                    .raises = {checkPort, "struct.error: always, as a value is cut too short"},
+                    .body = parameters})
+        .operation({.name = "_Motion_sendAllConfiguration",
+                    .parameters = {port},
+                    .doc = "Sends directions and limits of the settings.",
+                    .returns = mergedStatus,
+                    .raises = portRaises,
+                    .body = sendAll});
 }
 
 }  // namespace

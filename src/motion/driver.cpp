@@ -51,21 +51,20 @@ Field codeField(MotionCode code) {
     return constant(code, std::string(row->name));
 }
 
-Field maskField() {
-    return {"axis", "mask", [](Payload& data, py::handle axis) { data.add(maskOfAxis(borrow(axis.ptr()))); }};
-}
+constexpr Encoding axisMask{"mask",
+                            [](Payload& data, py::handle axis, int) { data.add(maskOfAxis(borrow(axis.ptr()))); }};
 
-std::vector<Field> dataFields(Data data, const std::string& argument) {
+std::vector<Field> dataFields(Data data, const Parameter& argument) {
     const Field zero = constant(0);
     switch (data) {
         case Data::none: return {zero, zero, zero, zero};
-        case Data::u32: return {packed<std::uint32_t>("u32", argument)};
-        case Data::i32: return {packed<std::int32_t>("i32", argument)};
-        case Data::u16: return {zero, zero, word(argument)};
-        case Data::i16: return {zero, zero, packed<std::int16_t>("i16", argument)};
+        case Data::u32: return {argument | u32};
+        case Data::i32: return {argument | i32};
+        case Data::u16: return {zero, zero, argument | u16};
+        case Data::i16: return {zero, zero, argument | i16};
         case Data::flag: break;
     }
-    return {zero, zero, zero, u8(argument)};
+    return {zero, zero, zero, argument | u8};
 }
 
 const char* rangeOf(Data data) {
@@ -84,190 +83,198 @@ Reply valueOf(Data data, const std::string& what) {
     return data == Data::u32 ? numberAt<std::uint32_t>(3, doc) : numberAt<std::uint16_t>(5, doc);
 }
 
-Row rowOf(const Family& family, ChipCommand command) {
+Request requestOf(const Family& family, ChipCommand command) {
     if (family.switches) {
         command.data = Data::flag;
         command.argument = "on_state";
     }
-    Row row{"_Motion_" + command.name,
-            {port},
-            {},
-            MOTION,
-            {u8("port"), codeField(command.code), family.perAxis ? maskField() : constant(0)},
-            family.reads ? valueOf(command.data, command.what) : status(statusPlace),
-            family.verb + command.what + "."};
-    if (family.perAxis) row.parameters.push_back(axis);
-    if (!command.argument.empty()) {
-        row.parameters.push_back({command.argument, "int", command.what + ", " + rangeOf(command.data)});
+    Request request{.name = "_Motion_" + command.name,
+                    .sends = MOTION,
+                    .fields = {port | u8, codeField(command.code), family.perAxis ? axis | axisMask : constant(0)},
+                    .reply = family.reads ? valueOf(command.data, command.what) : status(statusPlace),
+                    .doc = family.verb + command.what + "."};
+    const Parameter argument{command.argument, "int", command.what + ", " + rangeOf(command.data)};
+    for (Field& field : dataFields(family.reads ? Data::none : command.data, argument)) {
+        request.fields.push_back(std::move(field));
     }
-    for (Field& field : dataFields(family.reads ? Data::none : command.data, command.argument)) {
-        row.payload.push_back(std::move(field));
-    }
-    return row;
+    return request;
 }
 
-// clang-format off
 const std::vector<Family>& families() {
     using enum Data;
     static const std::vector<Family> table = {
-        {true, false, "Sets ", {
-            {MOTION_00_JK, "setAccelerationJerk", "the change of the acceleration, in the chip's unit", u32, "jerk"},
-            {MOTION_01_DJ, "setDecelerationJerk", "the change of the deceleration, in the chip's unit", u32, "jerk"},
-            {MOTION_02_AC, "setAcceleration", "the acceleration, in pulses per second squared", u32, "acceleration"},
-            {MOTION_03_DC, "setDeceleration", "the deceleration, in pulses per second squared", u32, "deceleration"},
-            {MOTION_04_SV, "setInitialSpeed", "the starting speed, in pulses per second", u32, "speed"},
-            {MOTION_05_DV, "setDriveSpeed", "the driving speed, in pulses per second", u32, "speed"},
-            {MOTION_06_TP, "setDrivePositionFinishPoint", "the distance or finish point, in pulses", i32, "position"},
-            {MOTION_07_DP, "setManualDecelerationPoint", "where a manual deceleration begins, in pulses", u32, "point"},
-            {MOTION_08_CP, "setCircularCenterPoint", "the centre of an arc, in pulses", i32, "position"},
-            {MOTION_0A_RP, "setRealPositionCounter", "the encoder's counter, in pulses", i32, "position"},
-            {MOTION_0B_SP, "setSoftwareLimitP", "the forward limit of the software, in pulses", i32, "position"},
-            {MOTION_0C_SM, "setSoftwareLimitM", "the reverse limit of the software, in pulses", i32, "position"},
-            {MOTION_0E_LX, "setLogicalCounterMaxValue", "where the logical counter wraps, in pulses", u32, "value"},
-            {MOTION_0F_RX, "setRealCounterMaxValue", "where the encoder's counter wraps, in pulses", u32, "value"},
-            {MOTION_10_MR0, "setMultiPurposeRegister0", "multi-purpose register 0", i32, "value"},
-            {MOTION_11_MR1, "setMultiPurposeRegister1", "multi-purpose register 1", i32, "value"},
-            {MOTION_12_MR2, "setMultiPurposeRegister2", "multi-purpose register 2", i32, "value"},
-            {MOTION_13_MR3, "setMultiPurposeRegister3", "multi-purpose register 3", i32, "value"},
-            {MOTION_14_HV, "setHomeSearchSpeed", "the speed near the reference, in pulses per second", u32, "speed"},
-            {MOTION_15_IV, "setIncreasingOrDecreasingSpeed", "the step of the speed, in pulses a second", u32, "speed"},
-            {MOTION_16_TM, "setTimer", "the timer, in the chip's unit", u32, "value"},
-            {MOTION_0D_AO, "setAccelerationCounterOffset", "the offset of the acceleration counter", i16, "offset"},
-            // The timer's code: programs rely on it.
-            {MOTION_16_TM, "splitPulse2", "the number of split pulses", u16, "pulse_number"},
-            {MOTION_20_MRM, "setMultiPurposeMode", "the mode of the multi-purpose registers", u16, "mode"},
-            {MOTION_22_P2M, "setPIOSignal2", "the second word of signal functions", u16, "state"},
-            {MOTION_23_H1M, "setAutoHomeSearchMode1", "the first mode word of the reference search", u16, "mode"},
-            {MOTION_24_H2M, "setAutoHomeSearchMode2", "the second mode word of the reference search", u16, "mode"},
-            {MOTION_25_FLM, "setInputSignalFilterMode", "the input filters", u16, "mode"},
-            {MOTION_26_S0M, "setSYNCAction0", "SYNC action 0", u16, "action"},
-            {MOTION_27_S1M, "setSYNCAction1", "SYNC action 1", u16, "action"},
-            {MOTION_28_S2M, "setSYNCAction2", "SYNC action 2", u16, "action"},
-            {MOTION_29_S3M, "setSYNCAction3", "SYNC action 3", u16, "action"},
-            {MOTION_E1_WR1, "writeWR1", "write register 1", u16, "state"},
-            {MOTION_E2_WR2, "writeWR2", "write register 2", u16, "state"},
-            {MOTION_E3_WR3, "writeWR3", "write register 3", u16, "state"}}},
-        {false, false, "Sets ", {
-            {MOTION_19_TX, "setMaxInterpolationPoint", "the greatest finish point of an interpolation", u32, "point"},
-            {MOTION_1A_HLN, "setHelicalRotationNumber", "the number of turns of a helix", u16, "rotation_number"},
-            {MOTION_1B_HLV, "setHelicalCalculation", "the calculated value of a helix", u32, "value"},
-            {MOTION_2A_IPM, "setInterpolationMode", "the mode word of the interpolation", u16, "mode"},
-            {MOTION_E0_WR0, "writeWR0", "write register 0", u16, "state"},
-            {MOTION_E4_WR4, "writeWR4", "write register 4", u16, "state"},
-            {MOTION_E5_WR5, "writeWR5", "write register 5", u16, "state"},
-            {MOTION_E6_WR6, "writeWR6", "write register 6", u16, "state"},
-            {MOTION_E7_WR7, "writeWR7", "write register 7", u16, "state"}}},
-        {true, true, "Reads ", {
-            {MOTION_32_CV, "getCurrentDriveSpeed", "the present speed, in pulses per second", u32},
-            {MOTION_33_CA, "getCurrentAcceleration", "the present acceleration, in pulses per second squared", u32},
-            {MOTION_34_MR0, "getMultiPurposeRegister0", "multi-purpose register 0", i32},
-            {MOTION_35_MR1, "getMultiPurposeRegister1", "multi-purpose register 1", i32},
-            {MOTION_36_MR2, "getMultiPurposeRegister2", "multi-purpose register 2", i32},
-            {MOTION_37_MR3, "getMultiPurposeRegister3", "multi-purpose register 3", i32},
-            {MOTION_38_CT, "getCurrentTimer", "the present timer value, in the chip's unit", u32},
-            {MOTION_39_TX, "getMaxInterpolationPoint", "the greatest finish point of an interpolation", u32},
-            {MOTION_3A_CHLN, "getHelicalRotaionNumber", "the present turn of a helix", u16},
-            {MOTION_3D_WR1, "getWR1", "write register 1", u16},
-            {MOTION_3E_WR2, "getWR2", "write register 2", u16},
-            {MOTION_3F_WR3, "getWR3", "write register 3", u16},
-            {MOTION_40_MRM, "getMultiPurposeRegisterMode", "the mode of the multi-purpose registers", u16},
-            {MOTION_41_P1M, "getPIOSignal1", "the first word of signal functions", u16},
-            {MOTION_42_P2M, "getPIOSignal2", "the second word of signal functions", u16},
-            {MOTION_43_AC, "getAcceleration", "the acceleration, in pulses per second squared", u32},
-            {MOTION_44_SV, "getInitialSpeed", "the starting speed, in pulses per second", u32},
-            {MOTION_45_DV, "getDriveSpeed", "the driving speed, in pulses per second", u32},
-            {MOTION_46_TP, "getDrivePulseNumberPoint", "the finish point in pulses, without its sign", u32},
-            {MOTION_48_UI, "getGeneralPurposeInput", "the general-purpose inputs", u32},
-            {MOTION_E9_RR1, "writeRR1", "read register 1", u16},
-            {MOTION_EA_RR2, "writeRR2", "read register 2", u16}}},
-        {false, true, "Reads ", {
-            {MOTION_3B_HLV, "getHelicalCalculation", "the calculated value of a helix", u32},
-            {MOTION_E8_RR0, "writeRR0", "read register 0, bit i of which tells that axis i drives", u16},
-            {MOTION_EC_RR4, "writeRR4", "read register 4", u16},
-            {MOTION_ED_RR5, "writeRR5", "read register 5", u16},
-            {MOTION_EE_RR6, "writeRR6", "read register 6", u16},
-            {MOTION_EF_RR7, "writeRR7", "read register 7", u16}}},
-        {true, false, "", {
-            {MOTION_1F_NOP, "NOP", "Does nothing"},
-            {MOTION_50_DRVRL, "relativePositionDriving", "Starts a move by the set distance"},
-            {MOTION_51_DRVNR, "counterRelativePositionDriving", "Starts a move by the set distance the other way"},
-            {MOTION_52_DRVVP, "positiveDirContinuousPlusDriving", "Starts a continuous move forward"},
-            {MOTION_53_DRVVM, "negativeDirContinuousPlusDriving", "Starts a continuous move backwards"},
-            {MOTION_54_DRVAB, "absolutePositionDriving", "Starts a move to the set finish point"},
-            {MOTION_56_DRVSBRK, "decelerateStop", "Stops with deceleration"},
-            {MOTION_57_DRVFBRK, "instantStop", "Stops at once"},
-            {MOTION_58_DIRCP, "dirSignalPositiveSetting", "Turns the direction output forward"},
-            {MOTION_59_DIRCM, "dirSignalNegativeSetting", "Turns the direction output backwards"},
-            {MOTION_5A_HMSRC, "autoHomeSearch", "Starts the reference search"},
-            {MOTION_70_VINC, "increaseSpeed", "Speeds up by the set step"},
-            {MOTION_71_VDEC, "decreaseSpeed", "Slows down by the set step"},
-            {MOTION_72_DCC, "clearDeviationCounterSpeed", "Gives out the pulse that clears a deviation counter"},
-            {MOTION_73_TMSTA, "startTimer", "Starts the timer"},
-            {MOTION_74_TMSTP, "stopTimer", "Stops the timer"},
-            {MOTION_75_SPSTA, "startSplitPulse", "Starts the split pulses"},
-            {MOTION_76_SPSTP, "stopSplitPulse", "Stops the split pulses"},
-            {MOTION_77_DHOLD, "holdDrivingStart", "Holds the start of the next drive"},
-            {MOTION_79_R2CLR, "clearErrorStatus", "Clears the error bits of read register 2"},
-            {MOTION_7A_RR3P0, "displayRR3PageZero", "Shows page 0 in read register 3"},
-            {MOTION_7B_RR3P1, "displayRR3PageOne", "Shows page 1 in read register 3"},
-            {MOTION_7C_MFPC, "clearMaxFinishPoint", "Clears the greatest finish point"}}},
-        {false, false, "", {
-            {MOTION_60_LHK1, "oneAxisLinearInterpolation", "Starts a linear interpolation of one axis"},
-            {MOTION_61_LHK2, "twoAxisLinearInterpolation", "Starts a linear interpolation of two axes"},
-            {MOTION_62_LHK3, "threeAxisLinearInterpolation", "Starts a linear interpolation of three axes"},
-            {MOTION_63_LHK4, "fourAxisLinearInterpolation", "Starts a linear interpolation of four axes"},
-            {MOTION_64_CHKCW, "cwCircularInterpolation", "Starts an arc, clockwise"},
-            {MOTION_65_CHKCCW, "ccwCircularInterpolation", "Starts an arc, counter-clockwise"},
-            {MOTION_66_BHK2, "twoAxisPatternPolation", "Starts a bit pattern of two axes"},
-            {MOTION_67_BHK3, "threeAxisPatternPolation", "Starts a bit pattern of three axes"},
-            {MOTION_68_BHK4, "fourAxisPatternPolation", "Starts a bit pattern of four axes"},
-            {MOTION_69_HLCW, "cwHelicalInterpolation", "Starts a helix, clockwise"},
-            {MOTION_6A_HLCCW, "ccwHelicalInterpolation", "Starts a helix, counter-clockwise"},
-            {MOTION_6B_HLPCW, "cwHelicalCalculation", "Starts the calculation of a helix, clockwise"},
-            {MOTION_6C_HLPCCW, "ccwHelicalCalculation", "Starts the calculation of a helix, counter-clockwise"},
-            {MOTION_6D_DECEN, "enableDeceleration", "Lets an interpolation decelerate"},
-            {MOTION_6E_DECDIS, "disableDeceleration", "Keeps an interpolation from decelerating"},
-            {MOTION_6F_CLRSTEP, "interruptSingleStepInterpolation", "Ends single steps of an interpolation"},
-            {MOTION_FC_I2CCHK, "checkI2C", "Lets the device check its link to the chip"},
-            {MOTION_FD_I2CRST, "resetI2C", "Lets the device reset its link to the chip"},
-            {MOTION_FE_HDRST, "resetHardware", "Resets the chip"},
-            {MOTION_FE_HDRST, "reset", "Resets the chip"}}},
-        {true, false, "Switches ", {
-            {MOTION_C0_SP0L, "setLogicalLevelDrivingStop0", "the active level of stop input 0"},
-            {MOTION_C1_SP0E, "enableDrivingStop0", "stop input 0"},
-            {MOTION_C2_SP1L, "setLogicalLevelDrivingStop1", "the active level of stop input 1"},
-            {MOTION_C3_SP1E, "enableDrivingStop1", "stop input 1"},
-            {MOTION_C4_SP2L, "setLogicalLevelDrivingStop2", "the active level of stop input 2"},
-            {MOTION_C5_SP2E, "enableDrivingStop2", "stop input 2"},
-            {MOTION_C6_INPL, "setLogicalLevelInposition", "the active level of the in-position input"},
-            {MOTION_C7_INPE, "enableInposition", "the in-position input"},
-            {MOTION_C8_ALML, "setLogicalLevelServoAlarm", "the active level of the servo alarm"},
-            {MOTION_C9_ALME, "enableServoAlarm", "the servo alarm"},
-            {MOTION_CA_HLML, "setLogicalLevelHardwareLimit", "the active level of the limit inputs"},
-            {MOTION_CB_HLME, "enableHardwareLimit", "the limit inputs"},
-            {MOTION_CC_HLMM, "enableDeceleratingStopHardwareLimitOn", "the deceleration at a limit input"},
-            {MOTION_CD_SLME, "enableSoftwareLimit", "the limits of the software"},
-            {MOTION_CE_SLMO, "enableRealPosiCounterSoftwareLimitOn", "those limits to the encoder's counter"},
-            {MOTION_CF_SLMM, "enableInstantStopSoftwareLimitOn", "the stop at once at those limits"},
-            {MOTION_D0_MANLD, "enableManualDeceleration", "the manual deceleration"},
-            {MOTION_D1_DSNDE, "enableAsymmetricAccelerationDeceleration", "a deceleration of its own"},
-            {MOTION_D2_SACC, "enableScurveDriving", "S-curve driving"},
-            {MOTION_D3_DPMD0, "setPulseModeBit0", "bit 0 of the pulse output's mode"},
-            {MOTION_D4_DPMD1, "setPulseModeBit1", "bit 1 of the pulse output's mode"},
-            {MOTION_D5_DPL, "setLogicalLevelOfDrivingPulse", "the active level of the pulses"},
-            {MOTION_D6_DIRL, "setLogicalLevelOfOnePulse", "the active level of the direction"},
-            {MOTION_D7_DPINV, "enablePMPPPinInversion", "the exchange of the two pulse pins"},
-            {MOTION_D8_PIMD0, "setEncoderPulseInputBit0", "bit 0 of the encoder input's mode"},
-            {MOTION_D9_PIMD1, "setEncoderPulseInputBit1", "bit 1 of the encoder input's mode"},
-            {MOTION_DA_PIL, "setLogicalLevelOfEncoderInputSignal", "the active level of the encoder"},
-            {MOTION_DB_PIINV, "enableECA_ECBPinInversion", "the exchange of the two encoder pins"},
-            {MOTION_DC_LMINV, "enableLMTP_LMTMPinInversion", "the exchange of the two limit pins"},
-            {MOTION_DD_AVTRI, "disableTriangleFormPrevention", "triangular speed profiles"},
-            {MOTION_DE_TMMD, "enableRepeatTimer", "the repetition of the timer"}}, true},
+        {true,
+         false,
+         "Sets ",
+         {{MOTION_00_JK, "setAccelerationJerk", "the change of the acceleration, in the chip's unit", u32, "jerk"},
+          {MOTION_01_DJ, "setDecelerationJerk", "the change of the deceleration, in the chip's unit", u32, "jerk"},
+          {MOTION_02_AC, "setAcceleration", "the acceleration, in pulses per second squared", u32, "acceleration"},
+          {MOTION_03_DC, "setDeceleration", "the deceleration, in pulses per second squared", u32, "deceleration"},
+          {MOTION_04_SV, "setInitialSpeed", "the starting speed, in pulses per second", u32, "speed"},
+          {MOTION_05_DV, "setDriveSpeed", "the driving speed, in pulses per second", u32, "speed"},
+          {MOTION_06_TP, "setDrivePositionFinishPoint", "the distance or finish point, in pulses", i32, "position"},
+          {MOTION_07_DP, "setManualDecelerationPoint", "where a manual deceleration begins, in pulses", u32, "point"},
+          {MOTION_08_CP, "setCircularCenterPoint", "the centre of an arc, in pulses", i32, "position"},
+          {MOTION_0A_RP, "setRealPositionCounter", "the encoder's counter, in pulses", i32, "position"},
+          {MOTION_0B_SP, "setSoftwareLimitP", "the forward limit of the software, in pulses", i32, "position"},
+          {MOTION_0C_SM, "setSoftwareLimitM", "the reverse limit of the software, in pulses", i32, "position"},
+          {MOTION_0E_LX, "setLogicalCounterMaxValue", "where the logical counter wraps, in pulses", u32, "value"},
+          {MOTION_0F_RX, "setRealCounterMaxValue", "where the encoder's counter wraps, in pulses", u32, "value"},
+          {MOTION_10_MR0, "setMultiPurposeRegister0", "multi-purpose register 0", i32, "value"},
+          {MOTION_11_MR1, "setMultiPurposeRegister1", "multi-purpose register 1", i32, "value"},
+          {MOTION_12_MR2, "setMultiPurposeRegister2", "multi-purpose register 2", i32, "value"},
+          {MOTION_13_MR3, "setMultiPurposeRegister3", "multi-purpose register 3", i32, "value"},
+          {MOTION_14_HV, "setHomeSearchSpeed", "the speed near the reference, in pulses per second", u32, "speed"},
+          {MOTION_15_IV, "setIncreasingOrDecreasingSpeed", "the step of the speed, in pulses a second", u32, "speed"},
+          {MOTION_16_TM, "setTimer", "the timer, in the chip's unit", u32, "value"},
+          {MOTION_0D_AO, "setAccelerationCounterOffset", "the offset of the acceleration counter", i16, "offset"},
+          // The timer's code: programs rely on it.
+          {MOTION_16_TM, "splitPulse2", "the number of split pulses", u16, "pulse_number"},
+          {MOTION_20_MRM, "setMultiPurposeMode", "the mode of the multi-purpose registers", u16, "mode"},
+          {MOTION_22_P2M, "setPIOSignal2", "the second word of signal functions", u16, "state"},
+          {MOTION_23_H1M, "setAutoHomeSearchMode1", "the first mode word of the reference search", u16, "mode"},
+          {MOTION_24_H2M, "setAutoHomeSearchMode2", "the second mode word of the reference search", u16, "mode"},
+          {MOTION_25_FLM, "setInputSignalFilterMode", "the input filters", u16, "mode"},
+          {MOTION_26_S0M, "setSYNCAction0", "SYNC action 0", u16, "action"},
+          {MOTION_27_S1M, "setSYNCAction1", "SYNC action 1", u16, "action"},
+          {MOTION_28_S2M, "setSYNCAction2", "SYNC action 2", u16, "action"},
+          {MOTION_29_S3M, "setSYNCAction3", "SYNC action 3", u16, "action"},
+          {MOTION_E1_WR1, "writeWR1", "write register 1", u16, "state"},
+          {MOTION_E2_WR2, "writeWR2", "write register 2", u16, "state"},
+          {MOTION_E3_WR3, "writeWR3", "write register 3", u16, "state"}}},
+        {false,
+         false,
+         "Sets ",
+         {{MOTION_19_TX, "setMaxInterpolationPoint", "the greatest finish point of an interpolation", u32, "point"},
+          {MOTION_1A_HLN, "setHelicalRotationNumber", "the number of turns of a helix", u16, "rotation_number"},
+          {MOTION_1B_HLV, "setHelicalCalculation", "the calculated value of a helix", u32, "value"},
+          {MOTION_2A_IPM, "setInterpolationMode", "the mode word of the interpolation", u16, "mode"},
+          {MOTION_E0_WR0, "writeWR0", "write register 0", u16, "state"},
+          {MOTION_E4_WR4, "writeWR4", "write register 4", u16, "state"},
+          {MOTION_E5_WR5, "writeWR5", "write register 5", u16, "state"},
+          {MOTION_E6_WR6, "writeWR6", "write register 6", u16, "state"},
+          {MOTION_E7_WR7, "writeWR7", "write register 7", u16, "state"}}},
+        {true,
+         true,
+         "Reads ",
+         {{MOTION_32_CV, "getCurrentDriveSpeed", "the present speed, in pulses per second", u32},
+          {MOTION_33_CA, "getCurrentAcceleration", "the present acceleration, in pulses per second squared", u32},
+          {MOTION_34_MR0, "getMultiPurposeRegister0", "multi-purpose register 0", i32},
+          {MOTION_35_MR1, "getMultiPurposeRegister1", "multi-purpose register 1", i32},
+          {MOTION_36_MR2, "getMultiPurposeRegister2", "multi-purpose register 2", i32},
+          {MOTION_37_MR3, "getMultiPurposeRegister3", "multi-purpose register 3", i32},
+          {MOTION_38_CT, "getCurrentTimer", "the present timer value, in the chip's unit", u32},
+          {MOTION_39_TX, "getMaxInterpolationPoint", "the greatest finish point of an interpolation", u32},
+          {MOTION_3A_CHLN, "getHelicalRotaionNumber", "the present turn of a helix", u16},
+          {MOTION_3D_WR1, "getWR1", "write register 1", u16},
+          {MOTION_3E_WR2, "getWR2", "write register 2", u16},
+          {MOTION_3F_WR3, "getWR3", "write register 3", u16},
+          {MOTION_40_MRM, "getMultiPurposeRegisterMode", "the mode of the multi-purpose registers", u16},
+          {MOTION_41_P1M, "getPIOSignal1", "the first word of signal functions", u16},
+          {MOTION_42_P2M, "getPIOSignal2", "the second word of signal functions", u16},
+          {MOTION_43_AC, "getAcceleration", "the acceleration, in pulses per second squared", u32},
+          {MOTION_44_SV, "getInitialSpeed", "the starting speed, in pulses per second", u32},
+          {MOTION_45_DV, "getDriveSpeed", "the driving speed, in pulses per second", u32},
+          {MOTION_46_TP, "getDrivePulseNumberPoint", "the finish point in pulses, without its sign", u32},
+          {MOTION_48_UI, "getGeneralPurposeInput", "the general-purpose inputs", u32},
+          {MOTION_E9_RR1, "writeRR1", "read register 1", u16},
+          {MOTION_EA_RR2, "writeRR2", "read register 2", u16}}},
+        {false,
+         true,
+         "Reads ",
+         {{MOTION_3B_HLV, "getHelicalCalculation", "the calculated value of a helix", u32},
+          {MOTION_E8_RR0, "writeRR0", "read register 0, bit i of which tells that axis i drives", u16},
+          {MOTION_EC_RR4, "writeRR4", "read register 4", u16},
+          {MOTION_ED_RR5, "writeRR5", "read register 5", u16},
+          {MOTION_EE_RR6, "writeRR6", "read register 6", u16},
+          {MOTION_EF_RR7, "writeRR7", "read register 7", u16}}},
+        {true,
+         false,
+         "",
+         {{MOTION_1F_NOP, "NOP", "Does nothing"},
+          {MOTION_50_DRVRL, "relativePositionDriving", "Starts a move by the set distance"},
+          {MOTION_51_DRVNR, "counterRelativePositionDriving", "Starts a move by the set distance the other way"},
+          {MOTION_52_DRVVP, "positiveDirContinuousPlusDriving", "Starts a continuous move forward"},
+          {MOTION_53_DRVVM, "negativeDirContinuousPlusDriving", "Starts a continuous move backwards"},
+          {MOTION_54_DRVAB, "absolutePositionDriving", "Starts a move to the set finish point"},
+          {MOTION_56_DRVSBRK, "decelerateStop", "Stops with deceleration"},
+          {MOTION_57_DRVFBRK, "instantStop", "Stops at once"},
+          {MOTION_58_DIRCP, "dirSignalPositiveSetting", "Turns the direction output forward"},
+          {MOTION_59_DIRCM, "dirSignalNegativeSetting", "Turns the direction output backwards"},
+          {MOTION_5A_HMSRC, "autoHomeSearch", "Starts the reference search"},
+          {MOTION_70_VINC, "increaseSpeed", "Speeds up by the set step"},
+          {MOTION_71_VDEC, "decreaseSpeed", "Slows down by the set step"},
+          {MOTION_72_DCC, "clearDeviationCounterSpeed", "Gives out the pulse that clears a deviation counter"},
+          {MOTION_73_TMSTA, "startTimer", "Starts the timer"},
+          {MOTION_74_TMSTP, "stopTimer", "Stops the timer"},
+          {MOTION_75_SPSTA, "startSplitPulse", "Starts the split pulses"},
+          {MOTION_76_SPSTP, "stopSplitPulse", "Stops the split pulses"},
+          {MOTION_77_DHOLD, "holdDrivingStart", "Holds the start of the next drive"},
+          {MOTION_79_R2CLR, "clearErrorStatus", "Clears the error bits of read register 2"},
+          {MOTION_7A_RR3P0, "displayRR3PageZero", "Shows page 0 in read register 3"},
+          {MOTION_7B_RR3P1, "displayRR3PageOne", "Shows page 1 in read register 3"},
+          {MOTION_7C_MFPC, "clearMaxFinishPoint", "Clears the greatest finish point"}}},
+        {false,
+         false,
+         "",
+         {{MOTION_60_LHK1, "oneAxisLinearInterpolation", "Starts a linear interpolation of one axis"},
+          {MOTION_61_LHK2, "twoAxisLinearInterpolation", "Starts a linear interpolation of two axes"},
+          {MOTION_62_LHK3, "threeAxisLinearInterpolation", "Starts a linear interpolation of three axes"},
+          {MOTION_63_LHK4, "fourAxisLinearInterpolation", "Starts a linear interpolation of four axes"},
+          {MOTION_64_CHKCW, "cwCircularInterpolation", "Starts an arc, clockwise"},
+          {MOTION_65_CHKCCW, "ccwCircularInterpolation", "Starts an arc, counter-clockwise"},
+          {MOTION_66_BHK2, "twoAxisPatternPolation", "Starts a bit pattern of two axes"},
+          {MOTION_67_BHK3, "threeAxisPatternPolation", "Starts a bit pattern of three axes"},
+          {MOTION_68_BHK4, "fourAxisPatternPolation", "Starts a bit pattern of four axes"},
+          {MOTION_69_HLCW, "cwHelicalInterpolation", "Starts a helix, clockwise"},
+          {MOTION_6A_HLCCW, "ccwHelicalInterpolation", "Starts a helix, counter-clockwise"},
+          {MOTION_6B_HLPCW, "cwHelicalCalculation", "Starts the calculation of a helix, clockwise"},
+          {MOTION_6C_HLPCCW, "ccwHelicalCalculation", "Starts the calculation of a helix, counter-clockwise"},
+          {MOTION_6D_DECEN, "enableDeceleration", "Lets an interpolation decelerate"},
+          {MOTION_6E_DECDIS, "disableDeceleration", "Keeps an interpolation from decelerating"},
+          {MOTION_6F_CLRSTEP, "interruptSingleStepInterpolation", "Ends single steps of an interpolation"},
+          {MOTION_FC_I2CCHK, "checkI2C", "Lets the device check its link to the chip"},
+          {MOTION_FD_I2CRST, "resetI2C", "Lets the device reset its link to the chip"},
+          {MOTION_FE_HDRST, "resetHardware", "Resets the chip"},
+          {MOTION_FE_HDRST, "reset", "Resets the chip"}}},
+        {true,
+         false,
+         "Switches ",
+         {{MOTION_C0_SP0L, "setLogicalLevelDrivingStop0", "the active level of stop input 0"},
+          {MOTION_C1_SP0E, "enableDrivingStop0", "stop input 0"},
+          {MOTION_C2_SP1L, "setLogicalLevelDrivingStop1", "the active level of stop input 1"},
+          {MOTION_C3_SP1E, "enableDrivingStop1", "stop input 1"},
+          {MOTION_C4_SP2L, "setLogicalLevelDrivingStop2", "the active level of stop input 2"},
+          {MOTION_C5_SP2E, "enableDrivingStop2", "stop input 2"},
+          {MOTION_C6_INPL, "setLogicalLevelInposition", "the active level of the in-position input"},
+          {MOTION_C7_INPE, "enableInposition", "the in-position input"},
+          {MOTION_C8_ALML, "setLogicalLevelServoAlarm", "the active level of the servo alarm"},
+          {MOTION_C9_ALME, "enableServoAlarm", "the servo alarm"},
+          {MOTION_CA_HLML, "setLogicalLevelHardwareLimit", "the active level of the limit inputs"},
+          {MOTION_CB_HLME, "enableHardwareLimit", "the limit inputs"},
+          {MOTION_CC_HLMM, "enableDeceleratingStopHardwareLimitOn", "the deceleration at a limit input"},
+          {MOTION_CD_SLME, "enableSoftwareLimit", "the limits of the software"},
+          {MOTION_CE_SLMO, "enableRealPosiCounterSoftwareLimitOn", "those limits to the encoder's counter"},
+          {MOTION_CF_SLMM, "enableInstantStopSoftwareLimitOn", "the stop at once at those limits"},
+          {MOTION_D0_MANLD, "enableManualDeceleration", "the manual deceleration"},
+          {MOTION_D1_DSNDE, "enableAsymmetricAccelerationDeceleration", "a deceleration of its own"},
+          {MOTION_D2_SACC, "enableScurveDriving", "S-curve driving"},
+          {MOTION_D3_DPMD0, "setPulseModeBit0", "bit 0 of the pulse output's mode"},
+          {MOTION_D4_DPMD1, "setPulseModeBit1", "bit 1 of the pulse output's mode"},
+          {MOTION_D5_DPL, "setLogicalLevelOfDrivingPulse", "the active level of the pulses"},
+          {MOTION_D6_DIRL, "setLogicalLevelOfOnePulse", "the active level of the direction"},
+          {MOTION_D7_DPINV, "enablePMPPPinInversion", "the exchange of the two pulse pins"},
+          {MOTION_D8_PIMD0, "setEncoderPulseInputBit0", "bit 0 of the encoder input's mode"},
+          {MOTION_D9_PIMD1, "setEncoderPulseInputBit1", "bit 1 of the encoder input's mode"},
+          {MOTION_DA_PIL, "setLogicalLevelOfEncoderInputSignal", "the active level of the encoder"},
+          {MOTION_DB_PIINV, "enableECA_ECBPinInversion", "the exchange of the two encoder pins"},
+          {MOTION_DC_LMINV, "enableLMTP_LMTMPinInversion", "the exchange of the two limit pins"},
+          {MOTION_DD_AVTRI, "disableTriangleFormPrevention", "triangular speed profiles"},
+          {MOTION_DE_TMMD, "enableRepeatTimer", "the repetition of the timer"}},
+         true},
     };
     return table;
 }
-// clang-format on
 
 /// The commands that turn subsets of the four SYNC actions on or off: bit i of the number stands for action i.
 Family syncFamily(bool enables) {
@@ -288,37 +295,46 @@ Family syncFamily(bool enables) {
 Result setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     if (op.awaitable()) port = devicePort(op.self(), port);
     const py::list data = payload(port, MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
-    const Object reply = co_await op.exchange(MOTION, data);
+    const Object reply = co_await exchange(op, MOTION, data);
     co_return statusOf(bytesOf(reply), statusPlace);
 }
 
 // Rows that no family has.
-std::vector<Row> singleRows() {
+std::vector<Request> singleRows() {
     const auto value = [](const char* name, const char* doc) { return Parameter{name, "int", doc}; };
+    const Parameter width = value("pulse_width", "width in the chip's unit, 0 to 65535"),
+                    period = value("pulse_period", "period in the chip's unit, 0 to 65535"),
+                    lines = value("mask", "lines to drive, 0 to 255"),
+                    levels = value("value", "their levels, 0 to 255"),
+                    axes = value("axis", "mask of axes, 0 to 15, sent as it is"), page = value("page", "page, 0 or 1");
     const Field zero = constant(0);
-    // clang-format off
-    return {
-        {"_Motion_splitPulse1", {port, axis, value("pulse_width", "width in the chip's unit, 0 to 65535"),
-                                 value("pulse_period", "period in the chip's unit, 0 to 65535")}, {}, MOTION,
-            {u8("port"), codeField(MOTION_17_SP1), maskField(), word("pulse_width"), word("pulse_period")},
-            status(statusPlace), "Sets the width and the period of split pulses."},
-        {"_Motion_setGPIOValue",
-            {port, axis, value("mask", "lines to drive, 0 to 255"), value("value", "their levels, 0 to 255")}, {},
-            MOTION, {u8("port"), codeField(MOTION_1C_GPIO), maskField(), zero, zero, u8("mask"), u8("value")},
-            status(statusPlace), "Drives general-purpose outputs."},
-        {"_Motion_setPIOSignal1",
-            {port, value("axis", "mask of axes, 0 to 15, sent as it is"), value("state", "without effect")}, {},
-            MOTION, {u8("port"), codeField(MOTION_21_P1M), u8("axis"), zero, zero, constant(85), constant(5)},
-            status(statusPlace), "Sets the first word of signal functions to its one value."},
-        {"_Motion_writeRR3", {port, axis, value("page", "page, 0 or 1")}, {}, MOTION,
-            {u8("port"), codeField(MOTION_EB_RR3), maskField(), zero, zero, zero, u8("page")},
-            valueOf(Data::u16, "read register 3"), "Reads a page of read register 3."},
-        {"_Motion_releaseDrivingStart", {port, value("axis", "mask of axes, 0 to 15, sent as it is")},
-            {calls("_checkMotionAxis", {"axis"})}, MOTION,
-            {u8("port"), codeField(MOTION_78_DFREE), u8("axis"), zero, zero, zero, zero}, status(statusPlace),
-            "Releases the drives that are held. The object must have a check of its own for the mask."},
-    };
-    // clang-format on
+    return {{.name = "_Motion_splitPulse1",
+             .sends = MOTION,
+             .fields = {port | u8, codeField(MOTION_17_SP1), axis | axisMask, width | u16, period | u16},
+             .reply = status(statusPlace),
+             .doc = "Sets the width and the period of split pulses."},
+            {.name = "_Motion_setGPIOValue",
+             .sends = MOTION,
+             .fields = {port | u8, codeField(MOTION_1C_GPIO), axis | axisMask, zero, zero, lines | u8, levels | u8},
+             .reply = status(statusPlace),
+             .doc = "Drives general-purpose outputs."},
+            {.name = "_Motion_setPIOSignal1",
+             .parameters = {port, axes, value("state", "without effect")},
+             .sends = MOTION,
+             .fields = {port | u8, codeField(MOTION_21_P1M), axes | u8, zero, zero, constant(85), constant(5)},
+             .reply = status(statusPlace),
+             .doc = "Sets the first word of signal functions to its one value."},
+            {.name = "_Motion_writeRR3",
+             .sends = MOTION,
+             .fields = {port | u8, codeField(MOTION_EB_RR3), axis | axisMask, zero, zero, zero, page | u8},
+             .reply = valueOf(Data::u16, "read register 3"),
+             .doc = "Reads a page of read register 3."},
+            {.name = "_Motion_releaseDrivingStart",
+             .checks = {checkMotionAxis(axes)},
+             .sends = MOTION,
+             .fields = {port | u8, codeField(MOTION_78_DFREE), axes | u8, zero, zero, zero, zero},
+             .reply = status(statusPlace),
+             .doc = "Releases the drives that are held. The object must have a check of its own for the mask."}};
 }
 
 }  // namespace
@@ -329,8 +345,6 @@ void defineMotionConstants(Package& package) {
 }
 
 void defineMotionDriver(Package& package) {
-    // No class of the library has it: a subclass that wants synchronous starts brings it along.
-    rememberRaises({"_checkMotionAxis", {}, {}, {}, {"AttributeError: the object has no `_checkMotionAxis`"}, {}});
     Feature driver(package, "MCX514Driver", {"Packet"}, "The commands of the four-axis motion controller, one by one.");
     for (const auto& [name, what] : {std::pair{"axis_1", "axis 0"},
                                      {"axis_2", "axis 1"},
@@ -342,39 +356,36 @@ void defineMotionDriver(Package& package) {
         .field({"circular_interpo", "MotionCircularInterpolation", "record of the last circular interpolation"})
         .field({"helical_interpo", "MotionHelicalInterpolation", "record of the last helical interpolation"})
         .field({"motion_ini", "MotionInifile", "texts of the settings in a file"})
-        .constructor({}, Calls<constructMotionState>{});
+        .constructor({}, constructMotionState);
     std::vector<Family> all = families();
     for (const bool enables : {true, false}) all.push_back(syncFamily(enables));
     for (const Family& family : all) {
-        for (const ChipCommand& command : family.commands) driver.row(rowOf(family, command));
+        for (const ChipCommand& command : family.commands) driver.operation(requestOf(family, command));
     }
-    driver.rows(singleRows());
-    driver.operation("Motion_setLogicalPosi",
-                     {port, axis, {"counter", "int", "position in pulses, -2147483648 to 2147483647"}},
-                     "Sets the logical position counter. On the chassis the awaitable form takes the slot.",
-                     status(statusPlace).returns, {}, Calls<setLogicalPosition>{});
+    driver.operations(singleRows());
+    driver.operation({.name = "Motion_setLogicalPosi",
+                      .parameters = {port, axis, {"counter", "int", "position in pulses, -2147483648 to 2147483647"}},
+                      .doc = "Sets the logical position counter. On the chassis the awaitable form takes the slot.",
+                      .returns = status(statusPlace).returns,
+                      .body = setLogicalPosition});
 }
 
 void definePositions(Feature& controller) {
     const Field zero = constant(0);
-    controller.rows({
-        {"Motion_getLogicalPosi",
-         {controllerPort, axisParameter},
-         {calls("_checkMCX514Axis", {"axis"})},
-         MOTION,
-         {u8("port"), codeField(MOTION_30_LP), maskField(), zero, zero, zero, zero},
-         valueOf(Data::i32, "the position given out, in pulses"),
-         "Reads the logical position counter.",
-         adaptPort},
-        {"Motion_getEncoderPosi",
-         {controllerPort, axisParameter},
-         {},
-         MOTION,
-         {u8("port"), codeField(MOTION_31_RP), maskField(), zero, zero, zero, zero},
-         valueOf(Data::i32, "the position of the encoder, in pulses"),
-         "Reads the encoder's counter.",
-         adaptPort},
-    });
+    controller.operations(
+        {{.name = "Motion_getLogicalPosi",
+          .checks = {checkMCX514Axis(axisParameter)},
+          .sends = MOTION,
+          .fields = {controllerPort | u8, codeField(MOTION_30_LP), axisParameter | axisMask, zero, zero, zero, zero},
+          .reply = valueOf(Data::i32, "the position given out, in pulses"),
+          .adapt = adaptPort,
+          .doc = "Reads the logical position counter."},
+         {.name = "Motion_getEncoderPosi",
+          .sends = MOTION,
+          .fields = {controllerPort | u8, codeField(MOTION_31_RP), axisParameter | axisMask, zero, zero, zero, zero},
+          .reply = valueOf(Data::i32, "the position of the encoder, in pulses"),
+          .adapt = adaptPort,
+          .doc = "Reads the encoder's counter."}});
 }
 
 }  // namespace zvr::python

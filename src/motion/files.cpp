@@ -104,29 +104,38 @@ void defineFiles(Feature& feature) {
     feature.field({"inifile", "str", "name of the opened settings file"})
         .field({"inimode", "str", "mode that it is saved in"})
         .field({"iniconfig", "Any", "the parser, with the sections in memory"})
-        .shared("_Motion_INI_convertIntToString", {key, {"value", "Any", "value of the setting"}},
-                "Value of a setting as it stands in a file.", {"Any", "its text; the two numbers come as they are"},
-                {"KeyError: the setting, or a text for the value, is not known"}, Calls<toText>{})
-        .shared("_Motion_INI_convertStringToInt", {key, {"label", "str", "text in the file"}},
-                "Value of a setting from its text.", {"Any", "the value"},
-                {"KeyError: the setting or the text is not known", "ValueError: the text is no number"},
-                Calls<toValue>{})
-        .untimed("Motion_openCfgFile", {{"filename", "str", "name of a file that exists", "\"test.ini\""}},
-                 "Chooses the settings file.", done,
-                 {"IniFileNotFoundError: there is no such file",
-                  "IniFileExtensionNameError: its name does not end in \".ini\""},
-                 Calls<openFile>{})
-        .untimed("Motion_saveCfgFile", {},
-                 "Saves the settings of all axes to the opened file itself: its links and its owner stay.", done,
-                 {unopened, "KeyError: a setting has a value without a text; the file is as it was then",
-                  "OSError: the file is refused, or the disk takes no more"},
-                 Calls<saveFile<isController>>{})
-        .operation("Motion_loadCfgFile", {},
-                   "Loads the settings of all axes from the opened file, and sends them to connector 0.",
-                   {"int", "0, or the first status of an axis other than that", "the device"},
-                   {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
-                    "KeyError: a text is not known", "ValueError: a text is no number"},
-                   Calls<loadFile<isController>>{});
+        .shared({.name = "_Motion_INI_convertIntToString",
+                 .parameters = {key, {"value", "Any", "value of the setting"}},
+                 .doc = "Value of a setting as it stands in a file.",
+                 .returns = {"Any", "its text; the two numbers come as they are"},
+                 .raises = {"KeyError: the setting, or a text for the value, is not known"},
+                 .body = toText})
+        .shared({.name = "_Motion_INI_convertStringToInt",
+                 .parameters = {key, {"label", "str", "text in the file"}},
+                 .doc = "Value of a setting from its text.",
+                 .returns = {"Any", "the value"},
+                 .raises = {"KeyError: the setting or the text is not known", "ValueError: the text is no number"},
+                 .body = toValue})
+        .withoutTimeout({.name = "Motion_openCfgFile",
+                         .parameters = {{"filename", "str", "name of a file that exists", "\"test.ini\""}},
+                         .doc = "Chooses the settings file.",
+                         .returns = done,
+                         .raises = {"IniFileNotFoundError: there is no such file",
+                                    "IniFileExtensionNameError: its name does not end in \".ini\""},
+                         .body = openFile})
+        .withoutTimeout(
+            {.name = "Motion_saveCfgFile",
+             .doc = "Saves the settings of all axes to the opened file itself: its links and its owner stay.",
+             .returns = done,
+             .raises = {unopened, "KeyError: a setting has a value without a text; the file is as it was then",
+                        "OSError: the file is refused, or the disk takes no more"},
+             .body = saveFile<isController>})
+        .operation({.name = "Motion_loadCfgFile",
+                    .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0.",
+                    .returns = {"int", "0, or the first status of an axis other than that", "the device"},
+                    .raises = {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
+                               "KeyError: a text is not known", "ValueError: a text is no number"},
+                    .body = loadFile<isController>});
 }
 
 }  // namespace

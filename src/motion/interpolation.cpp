@@ -201,14 +201,13 @@ Result startHelix(Op op, Object port) {
 }
 
 void defineLine(Feature& controller, const char* name, int axes, const Parameters& pace) {
-    Definition definition{name,
-                          {port},
-                          "Configures a line of " + std::to_string(axes) + " axes.",
-                          mergedStatus,
-                          entering({"ValueError: the acceleration is negative"}),
-                          [](const Definition& self, Op op, Arguments given) {
-                              const std::size_t count = self.parameters.size();
-                              return configureLine(std::move(op), {given, given + count});
+    Definition definition{.name = name,
+                          .parameters = {port},
+                          .doc = "Configures a line of " + std::to_string(axes) + " axes.",
+                          .returns = mergedStatus,
+                          .raises = enteringRaises({"ValueError: the acceleration is negative"}),
+                          .body = [](const Definition& self, Op op, Arguments given) {
+                              return configureLine(std::move(op), {given, given + self.parameters.size()});
                           }};
     for (int i = 1; i <= axes; ++i) {
         const std::string number = std::to_string(i);
@@ -216,7 +215,7 @@ void defineLine(Feature& controller, const char* name, int axes, const Parameter
         definition.parameters.push_back({"dest_posi" + number, "int", "its distance in pulses"});
     }
     definition.parameters.insert(definition.parameters.end(), pace.begin(), pace.end());
-    controller.add(std::move(definition));
+    controller.operation(definition);
 }
 
 }  // namespace
@@ -235,38 +234,61 @@ void defineInterpolations(Feature& controller) {
     defineLine(controller, "Motion_cfg3AxisLinearInterpo", 3, pace);
     defineLine(controller, "Motion_cfg4AxisLinearInterpo", 4, pace);
     controller
-        .operation("Motion_startLinearInterpo", {port}, "Starts the configured line; nothing happens without one.",
-                   commandStatus, entering({}, false), Calls<startLine>{})
-        .operation("Motion_cfgCircularInterpo",
-                   {port, integer("x_axis", "axis, 0 to 3"), integer("y_axis", "axis, 0 to 3"), center1, center2,
-                    finish1, finish2, direction, pace[0], pace[1], pace[2]},
-                   "Configures an arc of two axes.", mergedStatus, entering({"@_checkMCX514Direction"}),
-                   Calls<configureArc>{})
-        .operation("Motion_startCircularInterpo", {port}, "Starts the configured arc.", commandStatus,
-                   entering({}, false), Calls<startArc>{})
-        .operation("_Motion_writeHelicalInterpolation",
-                   {connector, number("finish_point_axis1", "pulses from the start"),
-                    number("finish_point_axis2", "pulses from the start"),
-                    number("center_point_axis1", "pulses from the start"),
-                    number("center_point_axis2", "pulses from the start"), integer("enable_axis3", "1 moves it along"),
-                    number("pitch_axis3", "pulses of axis 2"), integer("enable_axis4", "1 moves it along"),
-                    number("pitch_axis4", "pulses of axis 3"), number("rotation_number", "turns, 0 to 65535"),
-                    integer("circular_speed", "pulses per second"),
-                    integer("circular_direction", "0 clockwise, 1 counter-clockwise")},
-                   "Sets all of a helix but what the chip calculates.", mergedStatus, entering({}, false),
-                   Calls<writeHelix>{})
-        .operation("Motion_cfgHelicalInterpo",
-                   {port, center1, center2, finish1, finish2, integer("en_axis3", "1 moves axis 2 along, 0 does not"),
-                    number("pitch_axis3", "pulses of axis 2"), integer("en_axis4", "1 moves axis 3 along, 0 does not"),
-                    number("pitch_axis4", "pulses of axis 3"), number("rotation_number", "turns, 0 to 65535"),
-                    integer("speed", "pulses per second along the arc"), direction,
-                    number("calculation_timeout",
-                           "milliseconds in which the chip must have calculated; "
-                           "later the old result stays and nothing is raised")},
-                   "Configures a helix about axes 0 and 1, and lets the chip calculate it.", mergedStatus,
-                   entering({"@_checkMCX514Enable", "@_checkMCX514Direction"}, false), Calls<configureHelix>{})
-        .operation("Motion_startHelicalInterpo", {port}, "Starts the configured helix.", mergedStatus,
-                   entering({}, false), Calls<startHelix>{});
+        .operation({.name = "Motion_startLinearInterpo",
+                    .parameters = {port},
+                    .doc = "Starts the configured line; nothing happens without one.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({}, false),
+                    .body = startLine})
+        .operation({.name = "Motion_cfgCircularInterpo",
+                    .parameters = {port, integer("x_axis", "axis, 0 to 3"), integer("y_axis", "axis, 0 to 3"), center1,
+                                   center2, finish1, finish2, direction, pace[0], pace[1], pace[2]},
+                    .doc = "Configures an arc of two axes.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514Direction}),
+                    .body = configureArc})
+        .operation({.name = "Motion_startCircularInterpo",
+                    .parameters = {port},
+                    .doc = "Starts the configured arc.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({}, false),
+                    .body = startArc})
+        .operation(
+            {.name = "_Motion_writeHelicalInterpolation",
+             .parameters = {connector, number("finish_point_axis1", "pulses from the start"),
+                            number("finish_point_axis2", "pulses from the start"),
+                            number("center_point_axis1", "pulses from the start"),
+                            number("center_point_axis2", "pulses from the start"),
+                            integer("enable_axis3", "1 moves it along"), number("pitch_axis3", "pulses of axis 2"),
+                            integer("enable_axis4", "1 moves it along"), number("pitch_axis4", "pulses of axis 3"),
+                            number("rotation_number", "turns, 0 to 65535"),
+                            integer("circular_speed", "pulses per second"),
+                            integer("circular_direction", "0 clockwise, 1 counter-clockwise")},
+             .doc = "Sets all of a helix but what the chip calculates.",
+             .returns = mergedStatus,
+             .raises = enteringRaises({}, false),
+             .body = writeHelix})
+        .operation(
+            {.name = "Motion_cfgHelicalInterpo",
+             .parameters = {port, center1, center2, finish1, finish2,
+                            integer("en_axis3", "1 moves axis 2 along, 0 does not"),
+                            number("pitch_axis3", "pulses of axis 2"),
+                            integer("en_axis4", "1 moves axis 3 along, 0 does not"),
+                            number("pitch_axis4", "pulses of axis 3"), number("rotation_number", "turns, 0 to 65535"),
+                            integer("speed", "pulses per second along the arc"), direction,
+                            number("calculation_timeout",
+                                   "milliseconds in which the chip must have calculated; "
+                                   "later the old result stays and nothing is raised")},
+             .doc = "Configures a helix about axes 0 and 1, and lets the chip calculate it.",
+             .returns = mergedStatus,
+             .raises = enteringRaises({checkMCX514Enable, checkMCX514Direction}, false),
+             .body = configureHelix})
+        .operation({.name = "Motion_startHelicalInterpo",
+                    .parameters = {port},
+                    .doc = "Starts the configured helix.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({}, false),
+                    .body = startHelix});
 }
 
 }  // namespace zvr::python

@@ -1,7 +1,7 @@
 // Motion: the four-axis controller and the stepper drive.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

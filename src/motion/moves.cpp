@@ -207,68 +207,114 @@ void defineMoves(Feature& controller) {
     const Parameter percent{"approach_velocity_percent", "float", "speed near the reference, in percent"};
     const Parameter initial = integer("initial_search_direction", "0 forward, else reverse");
     controller
-        .operation("_Motion_writeTargetPosition",
-                   {connector, axis, {"target_position", "int", "position or distance in pulses", "0"}},
-                   "Sets where the next move goes.", commandStatus, {}, Calls<writeTarget>{})
-        .operation("_Motion_writeDriveMode",
-                   {connector, axis, integer("operation_mode", mode.doc.c_str()),
-                    integer("velocity", "its sign is the way of a continuous move")},
-                   "Starts a move.", commandStatus, {}, Calls<writeDriveMode>{})
-        .operation("Motion_cfgAxisMove",
-                   {port,
-                    axis,
-                    mode,
-                    {"target_posi", "int", "position or distance in pulses", "0"},
-                    velocity,
-                    acceleration,
-                    deceleration},
-                   "Configures a move.", mergedStatus, entering({"@_checkMCX514OperationMode"}), Calls<configureMove>{})
-        .operation("Motion_startSingleAxisMove", {port, axis}, "Starts the configured move of an axis.", commandStatus,
-                   entering(), Calls<startOne>{})
-        .operation("Motion_startMultiAxisMove", {port, {"axis_list", "list[int]", "axes, 0 to 3"}},
-                   "Starts the configured moves of axes together. It fails at the release of the axes, which wait for "
-                   "it then, if the object has no `_checkMotionAxis`.",
-                   mergedStatus, entering({"@_checkMotionAxis"}), Calls<startTogether>{})
-        .operation("Motion_stop", {port, axis, integer("mode", "0 with deceleration, 1 at once")}, "Stops an axis.",
-                   commandStatus, entering({"@_checkMCX514StopMode"}), Calls<stop>{})
-        .operation("Motion_overrideAxisPosi", {port, axis, integer("new_position", "position or distance in pulses")},
-                   "Changes where a move goes while it runs.", commandStatus, entering(), Calls<overridePosition>{})
-        .operation("Motion_overrideAxisAccel",
-                   {port, axis, integer("new_accel", "pulses per second squared"),
-                    integer("new_decel", "pulses per second squared")},
-                   "Changes the acceleration of a move.", mergedStatus, entering(), Calls<overrideAcceleration>{})
-        .operation("Motion_overrideAxisVelocity",
-                   {port, axis, integer("new_velo", "pulses per second; another sign turns a continuous move")},
-                   "Changes the speed of a move while it runs.", mergedStatus, entering(), Calls<overrideVelocity>{})
-        .operation("Motion_cfgFindRef",
-                   {port,
-                    axis,
-                    integer("search_type", "0 home switch, 1 index, 2 limit switch"),
-                    integer("search_dir", "0 forward, 1 reverse"),
-                    {"search_velo", "int", "pulses per second", "10000"},
-                    {"search_accle", "int", "pulses per second squared", "100000"},
-                    {"approach_velo_percent", "float", "speed near the reference, in percent of the other", "20"},
-                    {"en_reset_posi", "int", "1 sets the counters to 0 at the end, 0 does not", "0"},
-                    {"offset_posi", "int", "distance from the reference to go at the end, in pulses", "0"}},
-                   "Configures a reference search.", mergedStatus,
-                   entering({"@_checkMCX514SearchType", "@_checkMCX514SearchDirection", "@_checkMCX514Enable"}),
-                   Calls<configureSearch>{})
-        .operation("_Motion_setAutoHome1",
-                   {connector, axis, integer("search_type", "0, 1, else as 2"), initial,
-                    integer("final_approach_direction", "0 forward, 1 reverse"), percent, offset},
-                   "Sets the first mode word of the reference search.", mergedStatus, entering(),
-                   Calls<setSearchMode>{})
-        .operation("_Motion_setAutoHome2",
-                   {connector, axis, integer("reset_position_enable", "1 sets the counters to 0 at the end")},
-                   "Sets the second mode word of the reference search.", commandStatus, {}, Calls<setSearchEnd>{})
-        .operation("_Motion_writeHomeSpeed",
-                   {connector, axis, percent, integer("search_velocity", "pulses per second")},
-                   "Sets the speed near the reference, at least 1.", commandStatus, {}, Calls<writeHomeSpeed>{})
-        .operation("_Motion_writeOffsetPosition", {connector, axis, offset, initial},
-                   "Sets the distance to go at the end, backwards for direction 0.", commandStatus, {},
-                   Calls<writeOffset>{})
-        .operation("Motion_findRef", {port, axis}, "Starts the configured reference search.", commandStatus, entering(),
-                   Calls<search>{});
+        .operation({.name = "_Motion_writeTargetPosition",
+                    .parameters = {connector, axis, {"target_position", "int", "position or distance in pulses", "0"}},
+                    .doc = "Sets where the next move goes.",
+                    .returns = commandStatus,
+                    .body = writeTarget})
+        .operation({.name = "_Motion_writeDriveMode",
+                    .parameters = {connector, axis, integer("operation_mode", mode.doc.c_str()),
+                                   integer("velocity", "its sign is the way of a continuous move")},
+                    .doc = "Starts a move.",
+                    .returns = commandStatus,
+                    .body = writeDriveMode})
+        .operation({.name = "Motion_cfgAxisMove",
+                    .parameters = {port,
+                                   axis,
+                                   mode,
+                                   {"target_posi", "int", "position or distance in pulses", "0"},
+                                   velocity,
+                                   acceleration,
+                                   deceleration},
+                    .doc = "Configures a move.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises({checkMCX514OperationMode}),
+                    .body = configureMove})
+        .operation({.name = "Motion_startSingleAxisMove",
+                    .parameters = {port, axis},
+                    .doc = "Starts the configured move of an axis.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises(),
+                    .body = startOne})
+        .operation(
+            {.name = "Motion_startMultiAxisMove",
+             .parameters = {port, {"axis_list", "list[int]", "axes, 0 to 3"}},
+             .doc = "Starts the configured moves of axes together. It fails at the release of the axes, which wait for "
+                    "it then, if the object has no `_checkMotionAxis`.",
+             .returns = mergedStatus,
+             .raises = enteringRaises({checkMotionAxis}),
+             .body = startTogether})
+        .operation({.name = "Motion_stop",
+                    .parameters = {port, axis, integer("mode", "0 with deceleration, 1 at once")},
+                    .doc = "Stops an axis.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises({checkMCX514StopMode}),
+                    .body = stop})
+        .operation({.name = "Motion_overrideAxisPosi",
+                    .parameters = {port, axis, integer("new_position", "position or distance in pulses")},
+                    .doc = "Changes where a move goes while it runs.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises(),
+                    .body = overridePosition})
+        .operation({.name = "Motion_overrideAxisAccel",
+                    .parameters = {port, axis, integer("new_accel", "pulses per second squared"),
+                                   integer("new_decel", "pulses per second squared")},
+                    .doc = "Changes the acceleration of a move.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises(),
+                    .body = overrideAcceleration})
+        .operation(
+            {.name = "Motion_overrideAxisVelocity",
+             .parameters = {port, axis, integer("new_velo", "pulses per second; another sign turns a continuous move")},
+             .doc = "Changes the speed of a move while it runs.",
+             .returns = mergedStatus,
+             .raises = enteringRaises(),
+             .body = overrideVelocity})
+        .operation(
+            {.name = "Motion_cfgFindRef",
+             .parameters = {port,
+                            axis,
+                            integer("search_type", "0 home switch, 1 index, 2 limit switch"),
+                            integer("search_dir", "0 forward, 1 reverse"),
+                            {"search_velo", "int", "pulses per second", "10000"},
+                            {"search_accle", "int", "pulses per second squared", "100000"},
+                            {"approach_velo_percent", "float", "speed near the reference, in percent of the other",
+                             "20"},
+                            {"en_reset_posi", "int", "1 sets the counters to 0 at the end, 0 does not", "0"},
+                            {"offset_posi", "int", "distance from the reference to go at the end, in pulses", "0"}},
+             .doc = "Configures a reference search.",
+             .returns = mergedStatus,
+             .raises = enteringRaises({checkMCX514SearchType, checkMCX514SearchDirection, checkMCX514Enable}),
+             .body = configureSearch})
+        .operation({.name = "_Motion_setAutoHome1",
+                    .parameters = {connector, axis, integer("search_type", "0, 1, else as 2"), initial,
+                                   integer("final_approach_direction", "0 forward, 1 reverse"), percent, offset},
+                    .doc = "Sets the first mode word of the reference search.",
+                    .returns = mergedStatus,
+                    .raises = enteringRaises(),
+                    .body = setSearchMode})
+        .operation(
+            {.name = "_Motion_setAutoHome2",
+             .parameters = {connector, axis, integer("reset_position_enable", "1 sets the counters to 0 at the end")},
+             .doc = "Sets the second mode word of the reference search.",
+             .returns = commandStatus,
+             .body = setSearchEnd})
+        .operation({.name = "_Motion_writeHomeSpeed",
+                    .parameters = {connector, axis, percent, integer("search_velocity", "pulses per second")},
+                    .doc = "Sets the speed near the reference, at least 1.",
+                    .returns = commandStatus,
+                    .body = writeHomeSpeed})
+        .operation({.name = "_Motion_writeOffsetPosition",
+                    .parameters = {connector, axis, offset, initial},
+                    .doc = "Sets the distance to go at the end, backwards for direction 0.",
+                    .returns = commandStatus,
+                    .body = writeOffset})
+        .operation({.name = "Motion_findRef",
+                    .parameters = {port, axis},
+                    .doc = "Starts the configured reference search.",
+                    .returns = commandStatus,
+                    .raises = enteringRaises(),
+                    .body = search});
 }
 
 }  // namespace zvr::python

@@ -67,72 +67,92 @@ struct Record {
     bool hasSettings = false;
 };
 
-// clang-format off
 const std::vector<Record>& records() {
     static const std::vector<Record> table = {
-        {"MotionAxis", "What the host remembers of one motion axis.", 2, {
-            {"acceleration", 100000, "pulses per second squared"},
-            {"deceleration", 100000, "pulses per second squared"},
-            {"target_position", 0, "where the next move goes, in pulses"},
-            {"encoder_position", 0, "what the encoder was set to last, in pulses"},
-            {"velocity", 10000, "pulses per second; negative is backwards in continuous moves"},
-            {"velocity_move_direction", 0, "way of the last reversal, 1 forward"},
-            {"jerk", 1, "change of the acceleration, in the chip's unit"},
-            {"search_velocity", 10000, "speed of a reference search, in pulses per second"},
-            {"search_accerleration", 100000, "acceleration of a reference search, in pulses per second squared"},
-            {"acceleration_mode", 0, "0 trapezoid, 1 or 2 S-curve"},
-            {"operation_mode", 0, "0 to a position, 1 by a distance, 2 continuous"},
-            {"stop", 0, "1 when a limit stops the axis at once"},
-            {"search_type", 0, "kind of reference search, 0 to 2"},
-            {"destinate_position", 0, "without effect"},
-            {"capture_type", 0, "edge that captures, 0 or 1"},
-            {"capture_mode", 0, "position that is captured, 0 or 1"},
-            {"breakpoint_mode", 0, "0 at a position, 1 from the present one on"},
-            {"breakpoint_polarity", 1, "0 or 1"},
-            {"breakpoint_start_position", 0, "pulses"},
-            {"breakpoint_pulse_width", 0, "in the chip's unit"},
-            {"breakpoint_pulse_period", 0, "in the chip's unit"},
-            {"breakpoint_pulse_number", 0, "number of pulses"},
-            {"stop_decl", 0, "how the axis was stopped last, 0 with deceleration, 1 at once"}}, true},
-        {"MotionLinearInterpolation", "What the host remembers of the last linear interpolation.", 0, {
-            {"main_axis", 0, "lowest axis"}, {"main_dest", 0, "its destination in pulses"},
-            {"second_axis", 1, "second axis"}, {"second_dest", 1, "its destination in pulses"},
-            {"third_axis", 2, "third axis"}, {"third_dest", 2, "its destination in pulses"},
-            {"fourth_axis", 3, "fourth axis"}, {"fourth_dest", 3, "its destination in pulses"},
-            {"speed", 1000, "pulses per second"}, {"acceleration", 10000, "pulses per second squared"},
-            {"deceleration", 10000, "pulses per second squared"}, {"mode", 2, "number of axes, 2 to 4"}}},
-        {"MotionCircularInterpolation", "What the host remembers of the last circular interpolation.", 0, {
-            {"main_axis", 0, "lower axis"}, {"second_axis", 1, "without effect"},
-            {"finish_point_x", 2, "pulses"}, {"finish_point_y", 3, "pulses"},
-            {"center_point_x", 0, "pulses"}, {"center_point_y", 0, "pulses"},
-            {"speed", 1000, "pulses per second"}, {"acceleration", 10000, "pulses per second squared"},
-            {"deceleration", 10000, "pulses per second squared"},
-            {"direction", 0, "0 clockwise, 1 counter-clockwise"}}},
-        {"MotionHelicalInterpolation", "What the host remembers of the last helical interpolation.", 0, {
-            {"finish_point_axis1", 0, "pulses"}, {"finish_point_axis2", 0, "pulses"},
-            {"center_point_axis1", 0, "pulses"}, {"center_point_axis2", 0, "pulses"},
-            {"circular_direction", 0, "0 clockwise, 1 counter-clockwise"}, {"circular_speed", 0, "pulses per second"},
-            {"enable_axis3", 1, "1 when the third axis moves along"}, {"pitch_axis3", 0, "pulses"},
-            {"enable_axis4", 0, "1 when the fourth axis moves along"}, {"pitch_axis4", 0, "pulses"},
-            {"rotation_number", 0, "whole turns"}, {"calculation_result", 0, "what the chip calculated last"}}},
+        {"MotionAxis",
+         "What the host remembers of one motion axis.",
+         2,
+         {{"acceleration", 100000, "pulses per second squared"},
+          {"deceleration", 100000, "pulses per second squared"},
+          {"target_position", 0, "where the next move goes, in pulses"},
+          {"encoder_position", 0, "what the encoder was set to last, in pulses"},
+          {"velocity", 10000, "pulses per second; negative is backwards in continuous moves"},
+          {"velocity_move_direction", 0, "way of the last reversal, 1 forward"},
+          {"jerk", 1, "change of the acceleration, in the chip's unit"},
+          {"search_velocity", 10000, "speed of a reference search, in pulses per second"},
+          {"search_accerleration", 100000, "acceleration of a reference search, in pulses per second squared"},
+          {"acceleration_mode", 0, "0 trapezoid, 1 or 2 S-curve"},
+          {"operation_mode", 0, "0 to a position, 1 by a distance, 2 continuous"},
+          {"stop", 0, "1 when a limit stops the axis at once"},
+          {"search_type", 0, "kind of reference search, 0 to 2"},
+          {"destinate_position", 0, "without effect"},
+          {"capture_type", 0, "edge that captures, 0 or 1"},
+          {"capture_mode", 0, "position that is captured, 0 or 1"},
+          {"breakpoint_mode", 0, "0 at a position, 1 from the present one on"},
+          {"breakpoint_polarity", 1, "0 or 1"},
+          {"breakpoint_start_position", 0, "pulses"},
+          {"breakpoint_pulse_width", 0, "in the chip's unit"},
+          {"breakpoint_pulse_period", 0, "in the chip's unit"},
+          {"breakpoint_pulse_number", 0, "number of pulses"},
+          {"stop_decl", 0, "how the axis was stopped last, 0 with deceleration, 1 at once"}},
+         true},
+        {"MotionLinearInterpolation",
+         "What the host remembers of the last linear interpolation.",
+         0,
+         {{"main_axis", 0, "lowest axis"},
+          {"main_dest", 0, "its destination in pulses"},
+          {"second_axis", 1, "second axis"},
+          {"second_dest", 1, "its destination in pulses"},
+          {"third_axis", 2, "third axis"},
+          {"third_dest", 2, "its destination in pulses"},
+          {"fourth_axis", 3, "fourth axis"},
+          {"fourth_dest", 3, "its destination in pulses"},
+          {"speed", 1000, "pulses per second"},
+          {"acceleration", 10000, "pulses per second squared"},
+          {"deceleration", 10000, "pulses per second squared"},
+          {"mode", 2, "number of axes, 2 to 4"}}},
+        {"MotionCircularInterpolation",
+         "What the host remembers of the last circular interpolation.",
+         0,
+         {{"main_axis", 0, "lower axis"},
+          {"second_axis", 1, "without effect"},
+          {"finish_point_x", 2, "pulses"},
+          {"finish_point_y", 3, "pulses"},
+          {"center_point_x", 0, "pulses"},
+          {"center_point_y", 0, "pulses"},
+          {"speed", 1000, "pulses per second"},
+          {"acceleration", 10000, "pulses per second squared"},
+          {"deceleration", 10000, "pulses per second squared"},
+          {"direction", 0, "0 clockwise, 1 counter-clockwise"}}},
+        {"MotionHelicalInterpolation",
+         "What the host remembers of the last helical interpolation.",
+         0,
+         {{"finish_point_axis1", 0, "pulses"},
+          {"finish_point_axis2", 0, "pulses"},
+          {"center_point_axis1", 0, "pulses"},
+          {"center_point_axis2", 0, "pulses"},
+          {"circular_direction", 0, "0 clockwise, 1 counter-clockwise"},
+          {"circular_speed", 0, "pulses per second"},
+          {"enable_axis3", 1, "1 when the third axis moves along"},
+          {"pitch_axis3", 0, "pulses"},
+          {"enable_axis4", 0, "1 when the fourth axis moves along"},
+          {"pitch_axis4", 0, "pulses"},
+          {"rotation_number", 0, "whole turns"},
+          {"calculation_result", 0, "what the chip calculated last"}}},
     };
     return table;
 }
-// clang-format on
 
-Object construct(const Definition& definition, py::handle self, Arguments given) {
-    const Record& record = records()[definition.tag];
+void construct(const Record& record, py::handle self, Arguments given) {
     for (std::size_t i = 0; i < record.fields.size(); ++i) {
-        const auto& [name, standard, doc] = record.fields[i];
-        setAttribute(self, name, i < record.given ? given[i] : Object(py::int_(standard)));
+        const auto& [name, value, doc] = record.fields[i];
+        setAttribute(self, name, i < record.given ? given[i] : Object(py::int_(value)));
     }
     if (record.hasSettings) setAttribute(self, "motion_dict", standardSettings());
-    return py::none();
 }
 
 // An object that only inherits from a record is told of as any other.
-Object represent(const Definition& definition, py::handle self, Arguments /*unused*/) {
-    const Record& record = records()[definition.tag];
+Object represent(const Record& record, py::handle self) {
     py::list parts;
     const auto tell = [&](const char* name) {
         const Object value = attributeOrNothing(self, name);
@@ -145,43 +165,50 @@ Object represent(const Definition& definition, py::handle self, Arguments /*unus
                                     py::str(", ").attr("join")(parts));
 }
 
-void defineRecord(Package& package, std::size_t index) {
-    const Record& record = records()[index];
+// The records of the table are there for good.
+void defineRecord(Package& package, const Record& record) {
     ClassMaker type = package.makeClass(record.name, {}, record.doc);
-    Definition constructor{"__init__", {}, "Sets every field to its default.", {}, {}, construct};
-    Definition representation{"__repr__", {}, "Lists the fields.", {"str"}, {}, represent};
-    constructor.tag = representation.tag = index;
+    Definition constructor{.name = "__init__",
+                           .doc = "Sets every field to its default.",
+                           .body = [&record](const Definition&, py::handle self, Arguments given) -> Object {
+                               construct(record, self, given);
+                               return py::none();
+                           }};
     for (std::size_t i = 0; i < record.fields.size(); ++i) {
-        const auto& [name, standard, doc] = record.fields[i];
+        const auto& [name, value, doc] = record.fields[i];
         type.field({name, "int", doc});
-        if (i < record.given) constructor.parameters.push_back({name, "int", doc, std::to_string(standard)});
+        if (i < record.given) constructor.parameters.push_back({name, "int", doc, std::to_string(value)});
     }
     if (record.hasSettings) type.field({"motion_dict", "dict[str, Any]", "settings by name, which a file keeps"});
-    type.add(std::move(constructor), Form::method).add(std::move(representation), Form::method);
+    type.method(std::move(constructor))
+        .method(
+            {.name = "__repr__", .doc = "Lists the fields.", .returns = {"str"}, .body = [&record](py::handle self) {
+                 return represent(record, self);
+             }});
 }
 
 }  // namespace
 
 void defineMotionRecords(Package& package) {
-    for (std::size_t i = 0; i < records().size(); ++i) defineRecord(package, i);
+    for (const Record& record : records()) defineRecord(package, record);
     package.makeClass("MotionInifile", {}, "What the values of an axis's settings are called in a file.")
         .field({"ini_out_dict", "dict[str, dict[int, str]]", "text of each value, by setting"})
         .field({"ini_in_dict", "dict[str, dict[str, int]]", "value of each text, by setting"})
-        .method("__init__", {}, "Makes both maps.", {}, {}, [](py::handle self) {
-            py::dict out, in;
-            for (const auto& [key, standard, texts] : settings) {
-                if (texts.zero == nullptr) continue;
-                py::dict names, values;
-                names[py::int_(0)] = texts.zero;
-                names[py::int_(1)] = texts.one;
-                values[texts.zero] = 0;
-                values[texts.one] = 1;
-                out[key] = names;
-                in[key] = values;
-            }
-            setAttribute(self, "ini_out_dict", out);
-            setAttribute(self, "ini_in_dict", in);
-        });
+        .method({.name = "__init__", .doc = "Makes both maps.", .body = [](py::handle self) {
+                     py::dict out, in;
+                     for (const auto& [key, standard, texts] : settings) {
+                         if (texts.zero == nullptr) continue;
+                         py::dict names, values;
+                         names[py::int_(0)] = texts.zero;
+                         names[py::int_(1)] = texts.one;
+                         values[texts.zero] = 0;
+                         values[texts.one] = 1;
+                         out[key] = names;
+                         in[key] = values;
+                     }
+                     setAttribute(self, "ini_out_dict", out);
+                     setAttribute(self, "ini_in_dict", in);
+                 }});
 }
 
 void constructMotionState(py::handle self) {

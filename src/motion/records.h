@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/devices.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -6,7 +6,8 @@
 #pragma once
 
 #include "python/documentation.h"
-#include "python/exchange.h"
+#include "python/operation.h"
+#include "python/values.h"
 
 namespace zvr::python {
 
@@ -23,65 +24,30 @@ public:
     ClassMaker(py::handle type) : type_(borrow(type.ptr())) {}  // NOLINT: a class is a class
 
     /// A method with one form.
-    template <class Function>
-    ClassMaker& method(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                       Function body) {
-        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                    plain(body)},
-                   Form::method);
-    }
+    ClassMaker& method(Definition definition) { return add(std::move(definition), Form::method); }
+    /// A function that belongs to the class but needs no object; its body takes one all the same, which is nothing.
+    ClassMaker& standalone(Definition definition);
+    /// An awaitable operation without a blocking form of the same shape; its name is without the ending.
+    ClassMaker& awaitable(Definition definition) { return add(std::move(definition), Form::awaitable); }
+    /// An operation that has the blocking form only.
+    ClassMaker& operation(Definition definition) { return add(std::move(definition), Form::blocking); }
 
-    /// A function that belongs to the class but needs no object; its lambda takes one all the same, which is nothing.
-    template <class Function>
-    ClassMaker& standalone(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                           Function body) {
-        return addStandalone({std::move(name), std::move(parameters), std::move(summary), std::move(returns),
-                              std::move(raises), plain(body)});
-    }
-
-    /// An awaitable operation without a blocking form of the same shape; `name` is without its ending.
-    template <class Function>
-    ClassMaker& awaitable(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                          Function body) {
-        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                    steps(body)},
-                   Form::awaitable);
-    }
-
-    /// An operation with steps that has the blocking form only.
-    template <class Function>
-    ClassMaker& operation(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                          Function body) {
-        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                    steps(body)},
-                   Form::blocking);
-    }
-    /// The same for operations that are one exchange.
-    ClassMaker& rows(std::vector<Row> rows) {
-        for (Row& row : rows) add(defineExchange(std::move(row)), Form::blocking);
-        return *this;
-    }
-
-    /// A property over the object's C++ state, from lambdas (py::handle self) and (py::handle self, Object value).
-    template <class Get>
-    ClassMaker& property(const FieldDoc& field, Get get) {
-        return addProperty(field, plain(get), nullptr);
-    }
-    template <class Get, class Set>
-    ClassMaker& property(const FieldDoc& field, Get get, Set set) {
-        return addProperty(field, plain(get), plain(set));
+    /// A property over the object's C++ state, from bodies without an argument and with the new value.
+    ClassMaker& property(const FieldDoc& field, Body get) { return addProperty(field, std::move(get), nullptr); }
+    ClassMaker& property(const FieldDoc& field, Body get, const Body& set) {
+        return addProperty(field, std::move(get), &set);
     }
     /// A plain attribute.
     ClassMaker& field(const FieldDoc& field);
 
-    ClassMaker& add(Definition definition, Form form);
-    ClassMaker& add(const std::shared_ptr<const Definition>& definition, Form form);
+    ClassMaker& add(Definition definition, Form form) { return addKept(keep(std::move(definition)), form); }
+    /// The same for a definition that is kept already.
+    ClassMaker& addKept(const Definition& definition, Form form);
 
     const Object& type() const { return type_; }
 
 private:
-    ClassMaker& addStandalone(const Definition& definition);
-    ClassMaker& addProperty(const FieldDoc& field, PlainBody get, PlainBody set);
+    ClassMaker& addProperty(const FieldDoc& field, Body get, const Body* set);
 
     Object type_;
 };
@@ -100,110 +66,11 @@ public:
     /// An ordinary Python class; `bases` are names of the package, or of host exceptions.
     ClassMaker makeClass(const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
 
-    /// A free function.
-    template <class Function>
-    void function(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                  Function body) {
-        addFunction({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                     plain(body)});
-    }
+    /// A free function; its body takes an object all the same, which is nothing.
+    void function(Definition definition);
 
 private:
-    void addFunction(Definition definition);
-
     py::module_ module_;
-};
-
-/// The classes of a feature: XModule, XModule_async, and for most XBased with what both forms share.
-class Feature {
-public:
-    enum class Base { own, none };
-    Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
-    /// A pair of classes with names and bases of its own; a base without a twin is a base of both. What both forms
-    /// share goes into both.
-    Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
-
-    /// A check or helper that both forms share.
-    template <class Function>
-    Feature& shared(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                    Function body) {
-        return addShared({std::move(name), std::move(parameters), std::move(summary), std::move(returns),
-                          std::move(raises), plain(body)});
-    }
-
-    /// A check that needs no object.
-    template <class Function>
-    Feature& standalone(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                        Function body) {
-        (based_ ? *based_ : blocking_)
-            .standalone(std::move(name), std::move(parameters), std::move(summary), std::move(returns),
-                        std::move(raises), body);
-        return *this;
-    }
-
-    /// A constructor that does more than to keep what it is given.
-    template <class Function>
-    Feature& constructor(Parameters parameters, Function body) {
-        return addShared({"__init__", std::move(parameters), "Takes what the model offers.", {}, {}, plain(body)},
-                         true);
-    }
-
-    /// A constructor of what both forms share.
-    template <class Function>
-    Feature& basedConstructor(Parameters parameters, Function body) {
-        return addShared(
-            {"__init__", std::move(parameters), "Sets the fields that both forms share.", {}, {}, plain(body)});
-    }
-
-    /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
-    Feature& offers(const std::vector<FieldDoc>& fields);
-
-    Feature& field(const FieldDoc& field) {
-        (based_ ? *based_ : blocking_).field(field);
-        return *this;
-    }
-
-    /// A property over the object's C++ state, in both forms.
-    template <class Get, class Set>
-    Feature& property(const FieldDoc& field, Get get, Set set) {
-        for (ClassMaker* form : {&blocking_, &twin_}) form->property(field, get, set);
-        return *this;
-    }
-
-    /// An operation with steps, in both forms.
-    template <class Function>
-    Feature& operation(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                       Function body) {
-        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                    steps(body)});
-    }
-
-    /// An operation that is one exchange, in both forms.
-    Feature& row(Row row) { return add(defineExchange(std::move(row))); }
-    Feature& rows(std::vector<Row> rows) {
-        for (Row& row : rows) this->row(std::move(row));
-        return *this;
-    }
-
-    /// The same for an operation whose blocking form takes no timeout.
-    template <class Function>
-    Feature& untimed(std::string name, Parameters parameters, std::string summary, Returns returns, Raises raises,
-                     Function body) {
-        return add({std::move(name), std::move(parameters), std::move(summary), std::move(returns), std::move(raises),
-                    steps(body)},
-                   Form::method);
-    }
-
-    Feature& add(Definition definition, Form blockingForm = Form::blocking);
-
-private:
-    Feature& addShared(Definition definition, bool intoBoth = false);
-
-    static std::vector<std::string> twinsOf(const Package& package, std::vector<std::string> bases);
-    static std::vector<std::string> basesOf(const char* engine, const std::string& prefix, Base base);
-
-    std::optional<ClassMaker> based_;
-    ClassMaker blocking_, twin_;
 };
 
 }  // namespace zvr::python

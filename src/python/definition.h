@@ -1,7 +1,9 @@
-// What is written once of every callable of the package. The method, its awaitable twin, the signature, the docstring,
+// What is written once of every callable of the package. The method, its async variant, the signature, the docstring,
 // the line of the type stub and the row of the reference page all come from here.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -12,10 +14,10 @@
 namespace zvr::python {
 
 struct Parameter {
-    std::string name;           ///< "*args" and "**kwargs" take what is left over
-    std::string type;           ///< as in the type stub
-    std::string doc;            ///< unit, range, shape
-    std::string standard = {};  ///< default, as a Python literal; empty if there is none
+    std::string name;              ///< "*args" and "**kwargs" take what is left over
+    std::string type = {};         ///< as in the type stub
+    std::string doc = {};          ///< unit, range, shape
+    std::string defaultText = {};  ///< default value, as a Python literal; empty if there is none
 
     Parameter withDefault(std::string literal) const { return {name, type, doc, std::move(literal)}; }
 };
@@ -28,43 +30,77 @@ struct Returns {
     std::string source = {};    ///< where it comes from: the device, a host record, a table
 };
 
-/// Entries are "SomeError: when", or "@_checkX" for all that `_checkX` raises.
-using Raises = std::vector<std::string>;
-
 struct Definition;
 using Arguments = const Object*;  ///< one per parameter, in order
 
+/// What a call raises: "SomeError: when". A definition in the list stands for all that it raises itself.
+struct Raises : std::vector<std::string> {
+    struct Entry {
+        Entry(const char* text) : texts{text} {}                            // NOLINT: an entry is written as a text
+        Entry(std::string text) : texts{std::move(text)} {}                 // NOLINT
+        Entry(std::vector<std::string> texts) : texts(std::move(texts)) {}  // NOLINT
+        Entry(const Definition& definition);                                // NOLINT
+        std::vector<std::string> texts;
+    };
+    Raises() = default;
+    Raises(std::initializer_list<Entry> entries) { add(entries); }
+    /// Adds what is not there yet.
+    void add(std::initializer_list<Entry> entries);
+};
+
 /// A body that is done when it returns.
-using PlainBody = Object (*)(const Definition&, py::handle self, Arguments);
+using PlainBody = std::function<Object(const Definition&, py::handle self, Arguments)>;
 /// A body that waits for the device; serves both forms.
-using StepsBody = Result (*)(const Definition&, Op, Arguments);
+using CoroutineBody = std::function<Result(const Definition&, Op, Arguments)>;
 
-struct Exchange;
+/// What runs: made from any callable, captures included. One that takes an Op first is a coroutine; any other is done
+/// when it returns, and takes the object, as a py::handle or as the native part that it wants of it. Then follows one
+/// argument per parameter, an Object as it was given or what `argument` makes of it.
+struct Body : std::variant<PlainBody, CoroutineBody> {
+    Body() = default;
+    template <class Function>
+    requires(!std::is_same_v<std::remove_cvref_t<Function>, Body>)
+        Body(Function function);  // NOLINT: a body is written as a callable
+};
 
+/// A request as the page of the wire shows it.
+struct RequestText {
+    std::string command;
+    std::string fields;
+};
+
+/// A check before anything is sent: a method of the object, which is called by name so that a class may have its own,
+/// or a function that looks at one argument.
+struct Check {
+    std::string method = {};
+    void (*test)(py::handle value) = nullptr;
+    std::vector<std::string> arguments;
+    Raises raises;
+};
+
+/// Everything that is said of a callable. Definitions live as long as the process, so a coroutine may use what its
+/// body captured.
 struct Definition {
     std::string name;
-    Parameters parameters;
-    std::string summary;
-    Returns returns;
-    Raises raises;
-    std::variant<PlainBody, StepsBody> body;
-    std::shared_ptr<const Exchange> exchange = {};  ///< of an operation that is one exchange
-    std::string twin = {};                          ///< name of the awaitable form where it is not the usual one
-    std::size_t tag = 0;                            ///< tells a body that serves many definitions which one it is
+    Parameters parameters = {};
+    std::string doc = {};  ///< one line of purpose
+    Returns returns = {};
+    Raises raises = {};
+    Body body = {};
+    std::string asyncName = {};  ///< of the awaitable form where it is not the usual one
+    std::optional<RequestText> request = {};
+
+    /// As a check of these parameters.
+    template <class... Checked>
+    Check operator()(const Checked&... parameter) const {
+        return {name, nullptr, {parameter.name...}, raises};
+    }
 };
+
+/// Keeps a definition for good.
+const Definition& keep(Definition definition);
 
 namespace detail {
-
-template <class Method>
-struct Signature;
-template <class Function, class Back, class First, class... Rest>
-struct Signature<Back (Function::*)(First, Rest...) const> {
-    using Returned = Back;
-    static constexpr std::size_t arguments = sizeof...(Rest);
-};
-
-template <class Function>
-using SignatureOf = Signature<decltype(&Function::operator())>;
 
 /// An argument as it was given, or as the body's parameter wants it.
 template <class Wanted>
@@ -90,51 +126,58 @@ decltype(auto) receiver(First&& first) {
     }
 }
 
-template <class Function, class First, class Back, class Self, class... Rest, std::size_t... index>
-Back spread([[maybe_unused]] const Definition& definition, First&& first, [[maybe_unused]] Arguments arguments,
-            Back (Function::*)(Self, Rest...) const, std::index_sequence<index...>) {
-    return Function{}(receiver<Self>(std::forward<First>(first)), convert<Rest>(definition, arguments, index)...);
+template <class Function>
+struct Signature : Signature<decltype(&Function::operator())> {};
+template <class Back, class First, class... Rest>
+struct Signature<Back (*)(First, Rest...)> {
+    using Returned = Back;
+    using Receiver = std::remove_cvref_t<First>;
+    static constexpr std::size_t arguments = sizeof...(Rest);
+
+    template <class Function, class Self, std::size_t... index>
+    static Back call(const Function& function, [[maybe_unused]] const Definition& definition, Self&& self,
+                     [[maybe_unused]] Arguments given, std::index_sequence<index...>) {
+        return function(receiver<First>(std::forward<Self>(self)), convert<Rest>(definition, given, index)...);
+    }
+};
+template <class Function, class Back, class... All>
+struct Signature<Back (Function::*)(All...) const> : Signature<Back (*)(All...)> {};
+
+template <class Function, class Self>
+auto callBody(const Function& function, const Definition& definition, Self&& self, Arguments given) {
+    using Called = Signature<Function>;
+    return Called::call(function, definition, std::forward<Self>(self), given,
+                        std::make_index_sequence<Called::arguments>());
 }
 
-template <class Function, class First>
-auto spread(const Definition& definition, First&& first, Arguments arguments) {
-    return spread<Function>(definition, std::forward<First>(first), arguments, &Function::operator(),
-                            std::make_index_sequence<SignatureOf<Function>::arguments>());
+template <class Function>
+auto bodyOf(Function function) {
+    using Called = Signature<Function>;
+    if constexpr (std::is_same_v<typename Called::Receiver, Definition>) {
+        return function;  // takes the arguments as they are
+    } else if constexpr (std::is_same_v<typename Called::Receiver, Op>) {
+        return CoroutineBody([function](const Definition& definition, Op op, Arguments given) -> Result {
+            return callBody(function, definition, std::move(op), given);
+        });
+    } else {
+        return PlainBody([function](const Definition& definition, py::handle self, Arguments given) -> Object {
+            using Returned = typename Called::Returned;
+            if constexpr (std::is_void_v<Returned>) {
+                callBody(function, definition, self, given);
+                return py::none();
+            } else if constexpr (std::is_base_of_v<Object, Returned>) {
+                return callBody(function, definition, self, given);
+            } else {
+                return py::cast(callBody(function, definition, self, given));
+            }
+        });
+    }
 }
 
 }  // namespace detail
 
-/// A function as a body, where a lambda would only forward to it.
-template <auto function>
-struct Calls;
-template <class Back, class First, class... Rest, Back (*function)(First, Rest...)>
-struct Calls<function> {
-    Back operator()(First first, Rest... rest) const { return function(std::forward<First>(first), rest...); }
-};
-
-/// A body from a lambda without captures that takes the object, as a py::handle or as the native part that it wants of
-/// it, and one argument per parameter: an Object as it was given, or what `argument` makes of it.
 template <class Function>
-PlainBody plain(Function) {
-    return [](const Definition& definition, py::handle self, Arguments arguments) -> Object {
-        using Returned = typename detail::SignatureOf<Function>::Returned;
-        if constexpr (std::is_void_v<Returned>) {
-            detail::spread<Function>(definition, self, arguments);
-            return py::none();
-        } else if constexpr (std::is_base_of_v<Object, Returned>) {
-            return detail::spread<Function>(definition, self, arguments);
-        } else {
-            return py::cast(detail::spread<Function>(definition, self, arguments));
-        }
-    };
-}
-
-/// The same from a coroutine lambda that takes an Op.
-template <class Function>
-StepsBody steps(Function) {
-    return [](const Definition& definition, Op op, Arguments arguments) -> Result {
-        return detail::spread<Function>(definition, std::move(op), arguments);
-    };
-}
+requires(!std::is_same_v<std::remove_cvref_t<Function>, Body>) Body::Body(Function function)
+    : std::variant<PlainBody, CoroutineBody>(detail::bodyOf(std::move(function))) {}
 
 }  // namespace zvr::python

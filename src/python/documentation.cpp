@@ -1,31 +1,8 @@
 #include "python/documentation.h"
 
-#include <algorithm>
-#include <map>
-
-#include "core/engine/immortal.h"
-#include "python/exchange.h"
-
 namespace zvr::python {
 
 namespace {
-
-std::map<std::string, Raises>& knownRaises() {
-    static auto& raises = immortal<std::map<std::string, Raises>>();
-    return raises;
-}
-
-void collectRaises(const Raises& raises, Raises& collected) {
-    for (const std::string& entry : raises) {
-        if (entry.starts_with('@')) {
-            const auto known = knownRaises().find(entry.substr(1));
-            if (known == knownRaises().end()) throw std::logic_error(entry.substr(1) + " is not defined before");
-            collectRaises(known->second, collected);
-        } else if (std::ranges::find(collected, entry) == collected.end()) {
-            collected.push_back(entry);
-        }
-    }
-}
 
 std::string firstLine(const Parameters& parameters, Form form, bool typed) {
     std::string text = form == Form::function ? "(" : "(self";
@@ -33,7 +10,7 @@ std::string firstLine(const Parameters& parameters, Form form, bool typed) {
         if (text.back() != '(') text += ", ";
         text += parameter.name;
         if (typed && !parameter.type.empty()) text += ": " + parameter.type;
-        if (!parameter.standard.empty()) text += (typed ? " = " : "=") + parameter.standard;
+        if (!parameter.defaultText.empty()) text += (typed ? " = " : "=") + parameter.defaultText;
     }
     return text + ")";
 }
@@ -53,12 +30,10 @@ const Parameter& timeoutParameter() {
 
 Object literal(const std::string& text) { return hostObject("ast", "literal_eval")(text); }
 
-void rememberRaises(const Definition& definition) { knownRaises()[definition.name] = definition.raises; }
-
 std::string textSignature(const Parameters& parameters, Form form) { return firstLine(parameters, form, false); }
 
 std::string docstring(const Definition& definition, const Parameters& parameters, Form form) {
-    std::string doc = definition.summary;
+    std::string doc = definition.doc;
     std::vector<std::string> lines;
     for (const Parameter& parameter : parameters) {
         if (parameter.doc.empty()) continue;
@@ -70,10 +45,9 @@ std::string docstring(const Definition& definition, const Parameters& parameters
     if (!definition.returns.doc.empty()) lines.push_back(definition.returns.type + ": " + definition.returns.doc + ".");
     if (!definition.returns.source.empty()) lines.push_back("Source: " + definition.returns.source + ".");
     section(doc, "Returns", lines);
-    Raises raises;
-    collectRaises(definition.raises, raises);
+    std::vector<std::string> raises = definition.raises;
     if (form == Form::blocking) raises.push_back("ReceivePacketTimeoutError: the device did not answer in time");
-    if (form == Form::awaitable && std::holds_alternative<StepsBody>(definition.body)) {
+    if (form == Form::awaitable && std::holds_alternative<CoroutineBody>(definition.body)) {
         raises.push_back("asyncio.TimeoutError: the device did not answer in time");
     }
     for (std::string& entry : raises) entry += ".";
@@ -86,10 +60,9 @@ std::string stubLine(const Definition& definition, const std::string& name, cons
     return start + name + firstLine(parameters, form, true) + " -> " + definition.returns.type + ": ...";
 }
 
-Object exchangeOf(const Definition& definition) {
-    if (!definition.exchange) return py::none();
-    return py::make_tuple(definition.exchange->commandName(), definition.exchange->payloadText(),
-                          definition.returns.doc);
+Object requestOf(const Definition& definition) {
+    if (!definition.request) return py::none();
+    return py::make_tuple(definition.request->command, definition.request->fields, definition.returns.doc);
 }
 
 }  // namespace zvr::python

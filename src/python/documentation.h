@@ -11,14 +11,11 @@ const Parameter& timeoutParameter();
 /// The value of a Python literal.
 Object literal(const std::string& text);
 
-/// Makes what a check raises known, so that "@name" stands for it in other definitions.
-void rememberRaises(const Definition& definition);
-
 std::string textSignature(const Parameters& parameters, Form form);
 std::string docstring(const Definition& definition, const Parameters& parameters, Form form);
 std::string stubLine(const Definition& definition, const std::string& name, const Parameters& parameters, Form form);
 
 /// (command, payload, reply) as texts, or None.
-Object exchangeOf(const Definition& definition);
+Object requestOf(const Definition& definition);
 
 }  // namespace zvr::python

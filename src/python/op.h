@@ -6,9 +6,6 @@
 
 namespace zvr::python {
 
-/// A value in a device operation's data: 16, 32 or 64 bits, packed most significant byte first.
-using Packed = Bytes;
-
 class Op {
 public:
     /// A null timeout makes it the awaitable form.
@@ -46,11 +43,6 @@ public:
     Pending same(const char* name, const Args&... args) const {
         if (!awaitable()) return Pending::done(callMethod(self_, name, args...));
         return Pending::on(callNamed(self_, internedTwin(name), args...));
-    }
-
-    /// One exchange with the device; gives the reply's data.
-    Pending exchange(int command, const py::list& data) const {
-        return requestBy("_echoPacketWithRetry", py::int_(command), data);
     }
 
     /// Runs steps that several operations share, in the same form.

@@ -13,11 +13,11 @@ constexpr std::size_t mostParameters = 24;
 
 // What one form of a definition is to a caller.
 struct Shape {
-    std::shared_ptr<const Definition> definition;
+    const Definition* definition;
     Form form;
-    std::vector<Object> names;      // interned; without the object and what takes left-overs
-    std::vector<Object> standards;  // null where there is none
-    std::size_t positional = 0;     // parameters that are not left-overs
+    std::vector<Object> names;     // interned; without the object and what takes left-overs
+    std::vector<Object> defaults;  // null where there is none
+    std::size_t positional = 0;    // parameters that are not left-overs
     bool restPositional = false;
     bool restNamed = false;
 };
@@ -68,7 +68,7 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
         bound[place] = borrow(given[count + i]);
     }
     for (std::size_t i = taken; i < shape.positional; ++i) {
-        if (!bound[i]) bound[i] = shape.standards[i];
+        if (!bound[i]) bound[i] = shape.defaults[i];
         if (!bound[i]) refuse(operation, "missing required argument " + quoted(shape.names[i]));
     }
     std::size_t next = shape.positional;
@@ -98,7 +98,7 @@ PyObject* call(PyObject* callable, PyObject* const* given, std::size_t flaggedCo
         if (const auto* body = std::get_if<PlainBody>(&definition.body)) {
             return (*body)(definition, self, bound.data()).release().ptr();
         }
-        const auto body = std::get<StepsBody>(definition.body);
+        const auto& body = std::get<CoroutineBody>(definition.body);
         if (shape.form == Form::awaitable) {
             return makeCoroutine(body(definition, Op(self, {}), bound.data()), operation->name,
                                  operation->qualifiedName)
@@ -175,22 +175,22 @@ Parameters parametersOf(const Definition& definition, Form form) {
     return parameters;
 }
 
-Shape* makeShape(std::shared_ptr<const Definition> definition, Form form) {
+Shape* makeShape(const Definition& definition, Form form) {
     auto shape = std::make_unique<Shape>();
     shape->form = form;
-    for (const Parameter& parameter : parametersOf(*definition, form)) {
+    for (const Parameter& parameter : parametersOf(definition, form)) {
         if (parameter.name.starts_with("**")) {
             shape->restNamed = true;
         } else if (parameter.name.starts_with('*')) {
             shape->restPositional = true;
         } else {
             shape->names.push_back(own(PyUnicode_InternFromString(parameter.name.c_str())));
-            shape->standards.push_back(parameter.standard.empty() ? Object() : literal(parameter.standard));
+            shape->defaults.push_back(parameter.defaultText.empty() ? Object() : literal(parameter.defaultText));
             ++shape->positional;
         }
     }
-    if (shape->positional + 2 > mostParameters) throw std::length_error(definition->name + " has too many parameters");
-    shape->definition = std::move(definition);
+    if (shape->positional + 2 > mostParameters) throw std::length_error(definition.name + " has too many parameters");
+    shape->definition = &definition;
     return shape.release();
 }
 
@@ -199,14 +199,14 @@ PyObject* text(const std::string& value) { return py::str(value).release().ptr()
 }  // namespace
 
 std::string nameIn(const Definition& definition, Form form) {
-    if (form == Form::awaitable && !definition.twin.empty()) return definition.twin;
-    const bool isTwin = form == Form::awaitable && !definition.name.starts_with("__");
-    return definition.name + (isTwin ? "_async" : "");
+    if (form == Form::awaitable && !definition.asyncName.empty()) return definition.asyncName;
+    const bool isAsync = form == Form::awaitable && !definition.name.starts_with("__");
+    return definition.name + (isAsync ? "_async" : "");
 }
 
-Object makeOperation(const std::shared_ptr<const Definition>& definition, Form form, const std::string& owner) {
-    const Parameters parameters = parametersOf(*definition, form);
-    const std::string name = nameIn(*definition, form);
+Object makeOperation(const Definition& definition, Form form, const std::string& owner) {
+    const Parameters parameters = parametersOf(definition, form);
+    const std::string name = nameIn(definition, form);
     OperationObject* self = PyObject_New(OperationObject, &operationType);
     if (self == nullptr) throw py::error_already_set();
     auto result = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));
@@ -217,10 +217,10 @@ Object makeOperation(const std::shared_ptr<const Definition>& definition, Form f
     self->name = text(name);
     self->qualifiedName = text(owner.empty() ? name : owner + "." + name);
     self->module = text("pyzvr");
-    self->doc = text(docstring(*definition, parameters, form));
+    self->doc = text(docstring(definition, parameters, form));
     self->textSignature = text(textSignature(parameters, form));
-    self->stub = text(stubLine(*definition, name, parameters, form));
-    self->exchange = exchangeOf(*definition).release().ptr();
+    self->stub = text(stubLine(definition, name, parameters, form));
+    self->exchange = requestOf(definition).release().ptr();
     return result;
 }
 

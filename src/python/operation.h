@@ -13,14 +13,15 @@ enum class Form {
     function,   ///< of the module: no object
     method,     ///< of a class, as defined
     blocking,   ///< an operation X(..., timeout=3)
-    awaitable,  ///< its twin X_async(...)
+    awaitable,  ///< its async variant X_async(...)
 };
 
-/// The name that a definition has in a form: a twin's ends in "_async".
+/// The name that a definition has in a form: that of an async variant ends in "_async".
 std::string nameIn(const Definition& definition, Form form);
 
-/// Makes the callable. `owner` is the name of the class that it goes into, empty for a function.
-Object makeOperation(const std::shared_ptr<const Definition>& definition, Form form, const std::string& owner);
+/// Makes the callable of a definition that is kept. `owner` is the name of the class that it goes into, empty for a
+/// function.
+Object makeOperation(const Definition& definition, Form form, const std::string& owner);
 
 bool isOurOperation(py::handle object);
 

@@ -500,10 +500,6 @@ bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed) {
     return checkFuncPinMap(cell, pinMap, allowed);
 }
 
-bool isOneOf(py::handle value, std::initializer_list<int> numbers) {
-    return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
-}
-
 bool checkInputTypeConsistent(py::handle first, py::handle second) {
     if (Py_TYPE(first.ptr()) != Py_TYPE(second.ptr())) throw Failure(FailureId::InputTypeNotConsistentError);
     return true;

@@ -1,6 +1,7 @@
 // Values of Python as bytes of the wire, and back.
 #pragma once
 
+#include <algorithm>
 #include <numbers>
 
 #include "core/wire/failures.h"
@@ -129,9 +130,6 @@ py::list payload(const Values&... values) {
     return data.list();
 }
 
-inline Bytes u16(py::handle value) { return pack<std::uint16_t>(value); }
-inline Bytes u16(int value) { return pack<std::uint16_t>(py::int_(value)); }
-
 // Bits, masks and lists of pins. The arguments are named as those of the functions that users call.
 Object clearBit(const Object& number, const Object& index);
 Object readBit(const Object& number, const Object& index);
@@ -177,13 +175,9 @@ void checkSameType(py::handle first, py::handle second);
 bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
 
 /// Whether a value equals one of these numbers.
-bool isOneOf(py::handle value, std::initializer_list<int> numbers);
-
-/// The body of a check method that accepts a few integers.
-template <FailureId failure, int... accepted>
-void checkAccepted(py::handle, const Object& value) {
-    checkIsInt(value);
-    if (!isOneOf(value, {accepted...})) throw Failure(failure);
+template <class Numbers = std::initializer_list<int>>
+bool isOneOf(py::handle value, const Numbers& numbers) {
+    return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
 }
 
 }  // namespace zvr::python

@@ -9,8 +9,8 @@ namespace zvr::python {
 namespace {
 
 const Parameter port{"port", "int", "port of the inertial unit"};
-const std::vector<Check> portChecks{calls("_checkAHRSPort", {"port"})};
 constexpr PinnedPorts unitPorts{"AHRS", "ahrs_dict", "ahrs_port", FailureId::AHRSPortNotAvaliableError};
+const Definition checkPort = portCheck(unitPorts);
 
 /// Groups of three values in a reply, in the order of their bits.
 enum Group : std::uint8_t { orientation = 1, angularVelocity = 4, acceleration = 16 };
@@ -22,6 +22,11 @@ constexpr std::array<int, 7> maskOfMode{orientation,
                                         orientation | angularVelocity,
                                         angularVelocity | acceleration,
                                         orientation | angularVelocity | acceleration};
+void acceptMode(const Object& mode) {
+    checkIsInt(mode);
+    if (!isOneOf(mode, {0, 1, 2, 3, 4, 5, 6})) throw Failure(FailureId::AHRSModeNotAvaliableError);
+}
+
 constexpr std::size_t estimatesPlace = 2, rawPlace = 1, all = std::numeric_limits<std::size_t>::max();
 
 // Angles come first, and may be wanted in degrees.
@@ -40,21 +45,24 @@ Reply roundedFrom(std::size_t place, std::size_t inDegrees, const std::string& d
         {"list[float]", doc + ", rounded to 4 decimals", "the device"}};
 }
 
-Row estimateRow(const char* name, Group group, std::size_t inDegrees, const char* doc, const char* summary) {
-    return {name,
-            {port},
-            portChecks,
-            AHRS_GET_ESTIMATES,
-            {u8("port"), constant(group)},
-            roundedFrom(estimatesPlace, inDegrees, doc),
-            summary};
+Request estimateRow(const char* name, Group group, std::size_t inDegrees, const char* doc, const char* summary) {
+    return {.name = name,
+            .checks = {checkPort(port)},
+            .sends = AHRS_GET_ESTIMATES,
+            .fields = {port | u8, constant(group)},
+            .reply = roundedFrom(estimatesPlace, inDegrees, doc),
+            .doc = summary};
 }
 
-constexpr auto checkMode = checkAccepted<FailureId::AHRSModeNotAvaliableError, 0, 1, 2, 3, 4, 5, 6>;
+const Parameter mode{"mode", "int",
+                     "0 orientation, 1 acceleration, 2 angular velocity, 3 orientation and acceleration, 4 "
+                     "orientation and angular velocity, 5 angular velocity and acceleration, 6 all three"};
+const Definition checkMode =
+    accepting("_checkAHRSMode", mode, FailureId::AHRSModeNotAvaliableError, {0, 1, 2, 3, 4, 5, 6});
 
 Result open(Op op, Object port) {
     op.call("_checkAHRSPort", port);
-    const Object reply = co_await op.exchange(AHRS_OPEN, payload(port));
+    const Object reply = co_await exchange(op, AHRS_OPEN, payload(port));
     Object status = py::int_(0);
     const Object opened = statusOf(bytesOf(reply, "reply"), 1);
     if (opened > status) status = opened;
@@ -72,7 +80,7 @@ Result getEstimate(Op op, Object port, Object mode) {
     op.call("_checkAHRSPort", port);
     op.call("_checkAHRSMode", mode);
     const Object mask = op.call("_convertModeToMask", mode);
-    const Object reply = co_await op.exchange(AHRS_GET_ESTIMATES, payload(port, mask));
+    const Object reply = co_await exchange(op, AHRS_GET_ESTIMATES, payload(port, mask));
     const std::size_t inDegrees = isOneOf(mode, {0}) ? all : isOneOf(mode, {3, 4, 6}) ? 3 : 0;
     co_return rounded(restOf(bytesOf(reply), estimatesPlace), inDegrees);
 }
@@ -80,82 +88,99 @@ Result getEstimate(Op op, Object port, Object mode) {
 }  // namespace
 
 void defineAttitude(Package& package) {
-    const Parameter mode{"mode", "int",
-                         "0 orientation, 1 acceleration, 2 angular velocity, 3 orientation and acceleration, 4 "
-                         "orientation and angular velocity, 5 angular velocity and acceleration, 6 all three"};
     const Parameter period{"sampling_period", "float", "seconds between two steps of the filter, 32-bit float"};
-    const auto number = [](const char* name, const char* doc) { return Parameter{name, "float", doc}; };
+    const Parameter gravity{"gravity", "float", "in m/s2"},
+        step{"dt", "float", "seconds between two steps of the filter"},
+        offset{"z_offset", "float", "in the device's unit"},
+        accelerator{"accelerator_decay_time", "float", "in seconds"},
+        magnetometer{"magnetometer_decay_time", "float", "in seconds"};
     const auto portRow = [](const char* name, Command command, const char* summary) {
-        return Row{name, {port}, portChecks, command, {u8("port")}, status(1), summary};
+        return Request{
+            .name = name, .checks = {checkPort(port)}, .sends = command, .fields = {port | u8}, .doc = summary};
     };
-    const auto numbers = [](std::initializer_list<const char*> names) {
+    const auto numbers = [](std::initializer_list<Parameter> parameters) {
         std::vector<Check> checks;  // not of the port: the device judges it
-        for (const char* name : names) checks.push_back(isNumber(name));
+        for (const Parameter& parameter : parameters) checks.push_back(isNumber(parameter));
         return checks;
     };
     Feature ahrs(package, "AHRS", "The inertial unit.");
-    definePortCheck<unitPorts>(ahrs)
+    ahrs.shared(checkPort)
         .offers({{"ahrs_dict", "dict[int, list[int]]", "ports of the inertial unit"}})
-        .shared("_checkAHRSMode", {mode}, "Refuses another mode.", {},
-                {"InputTypeNotCorrectError: `mode` is no integer", "AHRSModeNotAvaliableError: another mode"},
-                Calls<checkMode>{})
-        .shared("_convertModeToMask", {mode}, "Mode as the device's mask.",
-                {"int", "sum of 1 orientation, 4 angular velocity, 16 acceleration"},
-                {"AHRSModeNotAvaliableError: another mode"},
-                [](py::handle self, const Object& mode) {
-                    checkMode(self, mode);
-                    std::size_t number = 0;
-                    while (number + 1 < maskOfMode.size() && !mode.equal(py::int_(number))) ++number;
-                    return maskOfMode[number];
-                })
-        .operation("AHRS_open", {port}, "Opens the unit, and has its filter make a step every 3 ms.",
-                   {"int", "0: the statuses of both steps merged, in which a refusal does not show", "the device"},
-                   {"@_checkAHRSPort"}, Calls<open>{})
-        .operation("AHRS_start", {port}, "Starts the filter; there is no reply.", {"int", "0"}, {"@_checkAHRSPort"},
-                   Calls<start>{})
-        .operation("AHRS_getEstimate", {port, mode}, "Reads estimates of one moment.",
-                   {"list[float]",
-                    "three values of each quantity: angles in degrees first, then angular velocity, then acceleration, "
-                    "in the device's units; rounded to 4 decimals",
-                    "the device"},
-                   {"@_checkAHRSPort", "@_checkAHRSMode"}, Calls<getEstimate>{});
-    // clang-format off
-    ahrs.rows({
-        portRow("AHRS_stop",  AHRS_STOP,  "Stops the filter."),
-        portRow("AHRS_close", AHRS_CLOSE, "Closes the unit."),
-        portRow("AHRS_reset", AHRS_RESET, "Starts the filter anew."),
-        estimateRow("AHRS_getOrientation", orientation, all, "three angles in degrees", "Reads the orientation."),
-        estimateRow("AHRS_getOrientation_rad", orientation, 0, "three angles in radians", "Reads the orientation."),
-        estimateRow("AHRS_getAcceleration_rad", acceleration, 0, "three values in the device's unit",
-            "Reads the acceleration."),
-        estimateRow("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
-            "Reads the angular velocity."),
-        {"_AHRS_getRawdata", {port}, {}, AHRS_GET_RAW_DATA, {u8("port"), constant(1)},
-            roundedFrom(rawPlace, 0, "what the sensors measure, in the device's units"), "Reads the sensors."},
-        {"_AHRS_setGeneral",
-            {port, number("gravity", "in m/s2"), number("dt", "seconds between two steps of the filter"),
-             number("z_offset", "in the device's unit")},
-            numbers({"gravity", "dt", "z_offset"}), AHRS_SET_GNRL,
-            {u8("port"), f32("gravity"), f32("dt"), f32("z_offset")}, status(1), "Sets up the unit."},
-    });
-    // clang-format on
-    ahrs.operation("_AHRS_setSamplingPeriod", {port, period},
-                   "Sets the step of the filter, with a gravity of 9.81 and an offset of 0.001.", status(1).returns,
-                   {"@_AHRS_setGeneral"}, [](Op op, Object port, Object period) -> Result {
-                       const py::float_ gravity(9.81), offset(0.001);
-                       co_return co_await op.request("_AHRS_setGeneral", port, gravity, period, offset);
-                   });
-    Definition tau = defineExchange(
-        {"_AHRS_VQF_setTau",
-         {port, number("accelerator_decay_time", "in seconds"), number("magnetometer_decay_time", "in seconds")},
-         numbers({"accelerator_decay_time", "magnetometer_decay_time"}),
-         AHRS_VQF_SET_TAU,
-         {u8("port"), f32("accelerator_decay_time"), f32("magnetometer_decay_time")},
-         status(1),
-         "Sets how long the filter takes to follow a sensor."});
+        .shared(checkMode)
+        .shared({.name = "_convertModeToMask",
+                 .parameters = {mode},
+                 .doc = "Mode as the device's mask.",
+                 .returns = {"int", "sum of 1 orientation, 4 angular velocity, 16 acceleration"},
+                 .raises = {checkMode},
+                 .body =
+                     [](py::handle, const Object& mode) {
+                         acceptMode(mode);
+                         std::size_t number = 0;
+                         while (number + 1 < maskOfMode.size() && !mode.equal(py::int_(number))) ++number;
+                         return maskOfMode[number];
+                     }})
+        .operation(
+            {.name = "AHRS_open",
+             .parameters = {port},
+             .doc = "Opens the unit, and has its filter make a step every 3 ms.",
+             .returns = {"int", "0: the statuses of both steps merged, in which a refusal does not show", "the device"},
+             .raises = {checkPort},
+             .body = open})
+        .operation({.name = "AHRS_start",
+                    .parameters = {port},
+                    .doc = "Starts the filter; there is no reply.",
+                    .returns = {"int", "0"},
+                    .raises = {checkPort},
+                    .body = start})
+        .operation(
+            {.name = "AHRS_getEstimate",
+             .parameters = {port, mode},
+             .doc = "Reads estimates of one moment.",
+             .returns =
+                 {"list[float]",
+                  "three values of each quantity: angles in degrees first, then angular velocity, then acceleration, "
+                  "in the device's units; rounded to 4 decimals",
+                  "the device"},
+             .raises = {checkPort, checkMode},
+             .body = getEstimate});
+    const Request setGeneral{.name = "_AHRS_setGeneral",
+                             .checks = numbers({gravity, step, offset}),
+                             .sends = AHRS_SET_GNRL,
+                             .fields = {port | u8, gravity | f32, step | f32, offset | f32},
+                             .doc = "Sets up the unit."};
+    ahrs.operations(
+        {portRow("AHRS_stop", AHRS_STOP, "Stops the filter."),
+         portRow("AHRS_close", AHRS_CLOSE, "Closes the unit."),
+         portRow("AHRS_reset", AHRS_RESET, "Starts the filter anew."),
+         estimateRow("AHRS_getOrientation", orientation, all, "three angles in degrees", "Reads the orientation."),
+         estimateRow("AHRS_getOrientation_rad", orientation, 0, "three angles in radians", "Reads the orientation."),
+         estimateRow("AHRS_getAcceleration_rad", acceleration, 0, "three values in the device's unit",
+                     "Reads the acceleration."),
+         estimateRow("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
+                     "Reads the angular velocity."),
+         {.name = "_AHRS_getRawdata",
+          .sends = AHRS_GET_RAW_DATA,
+          .fields = {port | u8, constant(1)},
+          .reply = roundedFrom(rawPlace, 0, "what the sensors measure, in the device's units"),
+          .doc = "Reads the sensors."},
+         setGeneral});
+    ahrs.operation({.name = "_AHRS_setSamplingPeriod",
+                    .parameters = {port, period},
+                    .doc = "Sets the step of the filter, with a gravity of 9.81 and an offset of 0.001.",
+                    .returns = status(1).returns,
+                    .raises = Definition(setGeneral).raises,
+                    .body = [](Op op, Object port, Object period) -> Result {
+                        const py::float_ gravity(9.81), offset(0.001);
+                        co_return co_await op.request("_AHRS_setGeneral", port, gravity, period, offset);
+                    }});
+    Definition tau = Request{.name = "_AHRS_VQF_setTau",
+                             .checks = numbers({accelerator, magnetometer}),
+                             .sends = AHRS_VQF_SET_TAU,
+                             .fields = {port | u8, accelerator | f32, magnetometer | f32},
+                             .doc = "Sets how long the filter takes to follow a sensor."};
     // Both forms have this name. A product has the blocking one.
-    tau.twin = tau.name;
-    ahrs.add(std::move(tau));
+    tau.asyncName = tau.name;
+    ahrs.operation(tau);
 }
 
 }  // namespace zvr::python

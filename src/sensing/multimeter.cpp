@@ -155,16 +155,6 @@ constexpr Accessor accessors[] = {
     {"isBarPol", "bar_pol", "bool", "polarity of the bar"},
 };
 
-template <std::size_t index>
-Object read(py::handle self) {
-    return attribute(self, "_data")[accessors[index].key];
-}
-
-template <std::size_t... index>
-void defineAccessors(ClassMaker& type, std::index_sequence<index...>) {
-    (type.property({accessors[index].name, accessors[index].type, accessors[index].doc}, Calls<read<index>>{}), ...);
-}
-
 std::string textForm(py::handle self) {
     std::string text;
     for (const Accessor& each : accessors) {
@@ -193,14 +183,21 @@ void defineMultimeter(Package& package) {
     table({"_OVERLOAD", "list[str]", "displays beyond the range"}, listOf(overloads));
     table({"_NCV", "list[str]", "displays of field strengths, from none on"}, listOf(fieldStrengths));
     type.field({"_data", "dict[str, Any]", "all that the record tells, by the names of the device"})
-        .method("__init__", {{"b", "bytes", "the record, 14 bytes or more"}}, "Decodes a record.", {},
-                {"IndexError: the record is too short, or its mode is unknown",
-                 "UnicodeDecodeError: range or display is no ASCII text",
-                 "decimal.InvalidOperation: the display shows no number"},
-                Calls<decode>{})
-        .method("__str__", {}, "All that the record tells.", {"str", "one name and value a line"}, {},
-                Calls<textForm>{});
-    defineAccessors(type, std::make_index_sequence<std::size(accessors)>());
+        .method({.name = "__init__",
+                 .parameters = {{"b", "bytes", "the record, 14 bytes or more"}},
+                 .doc = "Decodes a record.",
+                 .raises = {"IndexError: the record is too short, or its mode is unknown",
+                            "UnicodeDecodeError: range or display is no ASCII text",
+                            "decimal.InvalidOperation: the display shows no number"},
+                 .body = decode})
+        .method({.name = "__str__",
+                 .doc = "All that the record tells.",
+                 .returns = {"str", "one name and value a line"},
+                 .body = textForm});
+    for (const Accessor& each : accessors) {
+        type.property({each.name, each.type, each.doc},
+                      [key = each.key](py::handle self) -> Object { return attribute(self, "_data")[key]; });
+    }
 }
 
 }  // namespace zvr::python

@@ -27,34 +27,33 @@ void defineRelay(Package& package) {
     const Parameter port{"port", "int", "port of the relays, 0"};
     const Parameter index{"index", "int", "relay, 0 to 5; -1 for all"};
     const Returns done{"int", "0"};
-    const Field which{"index", "255 if -1 else u8", [](Payload& data, py::handle index) {
-                          data.add(isOneOf(index, {-1}) ? Object(py::int_(255)) : borrow(index.ptr()));
-                      }};
+    const Encoding oneOrAll{"255 if -1 else u8", [](Payload& data, py::handle index, int) {
+                                data.add(isOneOf(index, {-1}) ? Object(py::int_(255)) : borrow(index.ptr()));
+                            }};
+    const Definition checkPort = accepting("_checkRelayPort", port, FailureId::RelayPortNotAvaliableError, {0}),
+                     checkIndex = accepting("_checkRelayindex", index, FailureId::RelayCounterIndexError,
+                                            {-1, 0, 1, 2, 3, 4, 5});
     Feature relay(package, "Relay", "Counters of the relays.");
-    relay
-        .shared("_checkRelayPort", {port}, "Refuses another port.", {},
-                {"InputTypeNotCorrectError: `port` is no integer", "RelayPortNotAvaliableError: another port"},
-                [](py::handle, const Object& port) {
-                    checkIsInt(port);
-                    if (!isOneOf(port, {0})) throw Failure(FailureId::RelayPortNotAvaliableError);
-                })
-        .shared("_checkRelayindex", {index}, "Refuses a relay that there is not.", {},
-                {"InputTypeNotCorrectError: `index` is no integer", "RelayCounterIndexError: another number"},
-                [](py::handle, const Object& index) {
-                    checkIsInt(index);
-                    if (!isOneOf(index, {-1, 0, 1, 2, 3, 4, 5})) throw Failure(FailureId::RelayCounterIndexError);
-                })
-        .operation("Relay_open", {port}, "Checks the port; nothing is sent.", done, {"@_checkRelayPort"},
-                   Calls<checkOnly>{})
-        .operation("Relay_close", {port}, "Checks the port; nothing is sent.", done, {"@_checkRelayPort"},
-                   Calls<checkOnly>{})
-        .row({"Relay_read",
-              {port, index},
-              {calls("_checkRelayPort", {"port"}), calls("_checkRelayindex", {"index"})},
-              RELAY_READ,
-              {u8("port"), which},
-              counters(),
-              "Reads how often relays have switched."});
+    relay.shared(checkPort)
+        .shared(checkIndex)
+        .operation({.name = "Relay_open",
+                    .parameters = {port},
+                    .doc = "Checks the port; nothing is sent.",
+                    .returns = done,
+                    .raises = {checkPort},
+                    .body = checkOnly})
+        .operation({.name = "Relay_close",
+                    .parameters = {port},
+                    .doc = "Checks the port; nothing is sent.",
+                    .returns = done,
+                    .raises = {checkPort},
+                    .body = checkOnly})
+        .operation(Request{.name = "Relay_read",
+                           .checks = {checkPort(port), checkIndex(index)},
+                           .sends = RELAY_READ,
+                           .fields = {port | u8, index | oneOrAll},
+                           .reply = counters(),
+                           .doc = "Reads how often relays have switched."});
 }
 
 }  // namespace zvr::python

@@ -1,7 +1,7 @@
 // What measures something else than a voltage: temperature, attitude, relay counters, resistors, and the multimeter.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -14,16 +14,6 @@ const Parameter channel{"channel", "int", "sensor of the port, 0 or 1; up to 6 o
 const Parameter temperature{"temperature", "float", "degrees, 32-bit float"};
 constexpr PinnedPorts sensorPorts{"Thermal", "thermal_dict", "thermal_port", FailureId::ThermalPortNotAvaliableError};
 
-std::vector<Check> sensorChecks(std::vector<Check> more = {}) {
-    more.insert(more.begin(), {calls("_checkThermalPort", {"port"}), calls("_checkThermalChipSelect", {"channel"})});
-    return more;
-}
-
-std::vector<Field> sensorThen(std::vector<Field> more = {}) {
-    more.insert(more.begin(), {u8("port"), u8("channel")});
-    return more;
-}
-
 // What the device refuses is not turned into a negative code here.
 Reply statusByte(std::size_t place) { return byteAt(place, "the device's status as it is: 0, or why it refused"); }
 
@@ -36,18 +26,56 @@ Reply degreesRounded() {
             {"float", "degrees, rounded to 3 decimals", "the device"}};
 }
 
-template <FailureId failure, int last>
-void checkUpTo(py::handle, const Object& value) {
+void checkUpTo(FailureId failure, int last, const Object& value) {
     for (int accepted = 0; accepted <= last; ++accepted) {
         if (value.equal(py::int_(accepted))) return;
     }
     throw Failure(failure);
 }
 
-void checkChipSelect(py::handle self, const Object& chipSelect) {
-    const auto check = isModel(self, {"TarnThermo"}) ? checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 6>
-                                                     : checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 1>;
-    check(self, chipSelect);
+Definition upTo(const char* name, const Parameter& parameter, FailureId failure, int last) {
+    const std::string error(rowOf(failure).name), range = "0 to " + std::to_string(last);
+    return {.name = name,
+            .parameters = {parameter},
+            .doc = "Raises " + error + " unless `" + parameter.name + "` is " + range + ".",
+            .raises = {error + ": `" + parameter.name + "` is not " + range},
+            .body = [failure, last](py::handle, const Object& value) { checkUpTo(failure, last, value); }};
+}
+
+const Definition checkThermalPort{.name = "_checkThermalPort",
+                                  .parameters = {port},
+                                  .doc = "Raises ThermalPortNotAvaliableError unless the model has the port.",
+                                  .raises = {"ThermalPortNotAvaliableError: the model has no such port"},
+                                  .body = [](py::handle self, const Object& port) {
+                                      if (!attribute(self, "thermal_dict").contains(port)) {
+                                          throw Failure(FailureId::ThermalPortNotAvaliableError);
+                                      }
+                                  }};
+const Definition checkChipSelect{.name = "_checkThermalChipSelect",
+                                 .parameters = {{"cs", "int", "0 or 1; up to 6 on `TarnThermo`"}},
+                                 .doc = "Raises ThermalChipSelectNotAvaliableError unless the model has the sensor.",
+                                 .raises = {"ThermalChipSelectNotAvaliableError: another value"},
+                                 .body = [](py::handle self, const Object& chipSelect) {
+                                     checkUpTo(FailureId::ThermalChipSelectNotAvaliableError,
+                                               isModel(self, {"TarnThermo"}) ? 6 : 1, chipSelect);
+                                 }};
+const FailureId modeFailure = FailureId::ThermalModeNotVaildError, typeFailure = FailureId::ThermalTypeNotVaildError;
+const Definition checkFilterMode = upTo("_checkThermalFilterMode", {"mode", "int", "0 or 1"}, modeFailure, 1),
+                 checkSamplingMode = upTo("_checkThermalSamplingMode", {"mode", "int", "0 to 4"}, modeFailure, 4),
+                 checkCoupleType = upTo("_checkThermalTCType", {"tc_type", "int", "0 to 7"}, typeFailure, 7),
+                 checkResistorType = upTo("_checkThermalRTDType", {"rtd_type", "int", "0 or 1"}, typeFailure, 1),
+                 checkPinState = lineCheck(sensorPorts);
+// Asked for, and not looked at.
+const Definition deviceName{.name = "_getDeviceName"};
+
+std::vector<Check> sensorChecks(std::vector<Check> more = {}) {
+    more.insert(more.begin(), {checkThermalPort(port), checkChipSelect(channel)});
+    return more;
+}
+
+std::vector<Field> sensorThen(std::vector<Field> more = {}) {
+    more.insert(more.begin(), {port | u8, channel | u8});
+    return more;
 }
 
 Result open(Op op, Object port) {
@@ -56,7 +84,7 @@ Result open(Op op, Object port) {
         const py::list allowed(py::make_tuple("Idle", "DI", "DO"));
         co_await op.request("_checkThermalPinState", port, allowed);
     }
-    const Object reply = co_await op.exchange(OPEN_THERMAL, payload(port));
+    const Object reply = co_await exchange(op, OPEN_THERMAL, payload(port));
     co_return itemOf(reply, 1);
 }
 
@@ -66,101 +94,121 @@ Result getStatus(Op op, Object port, Object channel) {
     Payload data;
     data.add(port).add(channel);
     if (op.call("_getDeviceName").equal(py::str("Sable-Thermo"))) data.add(1);
-    const Object reply = co_await op.exchange(GET_THERMAL_STATUS, data.list());
+    const Object reply = co_await exchange(op, GET_THERMAL_STATUS, data.list());
     co_return restOfSequence(reply, 2);
 }
 
-void defineChecks(Feature& thermal) {
-    const auto define = [&](const char* name, const Parameter& parameter, const char* summary, const char* failure,
-                            auto check) {
-        thermal.shared(name, {parameter}, summary, {}, {std::string(failure) + ": another value"}, check);
-    };
-    define("_checkThermalChipSelect", {"cs", "int", "0 or 1; up to 6 on `TarnThermo`"}, "Refuses another sensor.",
-           "ThermalChipSelectNotAvaliableError", Calls<checkChipSelect>{});
-    define("_checkThermalFilterMode", {"mode", "int", "0 or 1"}, "Refuses another mode.", "ThermalModeNotVaildError",
-           Calls<checkUpTo<FailureId::ThermalModeNotVaildError, 1>>{});
-    define("_checkThermalSamplingMode", {"mode", "int", "0 to 4"}, "Refuses another mode.", "ThermalModeNotVaildError",
-           Calls<checkUpTo<FailureId::ThermalModeNotVaildError, 4>>{});
-    define("_checkThermalTCType", {"tc_type", "int", "0 to 7"}, "Refuses another type of thermocouple.",
-           "ThermalTypeNotVaildError", Calls<checkUpTo<FailureId::ThermalTypeNotVaildError, 7>>{});
-    define("_checkThermalRTDType", {"rtd_type", "int", "0 or 1"}, "Refuses another type of resistor.",
-           "ThermalTypeNotVaildError", Calls<checkUpTo<FailureId::ThermalTypeNotVaildError, 1>>{});
-}
-
-Row typeRow(const char* check, const char* codes) {
-    return {"Thermal_setType",
-            {port, channel, {"type_", "int", codes}},
-            sensorChecks({calls(check, {"type_"}), calls("_getDeviceName", {})}),
-            SET_THERMAL_TYPE,
-            sensorThen({u8("type_")}),
-            statusByte(2),
-            "Tells the device what its sensor is."};
+Request setType(const Definition& check, const char* codes) {
+    const Parameter type{"type_", "int", codes};
+    return {.name = "Thermal_setType",
+            .checks = sensorChecks({check(type), deviceName()}),
+            .sends = SET_THERMAL_TYPE,
+            .fields = sensorThen({type | u8}),
+            .reply = statusByte(2),
+            .doc = "Tells the device what its sensor is."};
 }
 
 void defineThermal(Package& package) {
     Feature thermal(package, "Thermal", "Temperature sensors.");
-    defineChecks(thermal);
-    definePinCheck<sensorPorts>(thermal)
+    for (const Definition& check :
+         {checkChipSelect, checkFilterMode, checkSamplingMode, checkCoupleType, checkResistorType}) {
+        thermal.shared(check);
+    }
+    thermal.shared(portLines(sensorPorts))
+        .operation(checkPinState)
         .offers({{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
-        .shared("_checkThermalPort", {port}, "Refuses a port that the model lacks.", {},
-                {"ThermalPortNotAvaliableError: the model has no such port"},
-                [](py::handle self, const Object& port) {
-                    if (!attribute(self, "thermal_dict").contains(port)) {
-                        throw Failure(FailureId::ThermalPortNotAvaliableError);
-                    }
-                })
-        .shared("Thermal_getPinMap", {}, "Tells which ports there are.",
-                {"dict[int, list[Any]]", "ports, each with its channels or lines", "the model's table"}, {},
-                [](py::handle self) { return attribute(self, "thermal_dict"); })
-        .operation("Thermal_open", {port}, "Opens a port, whose lines must be idle or digital.", statusByte(1).returns,
-                   {"@_checkThermalPort", "@_checkThermalPinState"}, Calls<open>{})
-        .operation("Thermal_getStatus", {port, channel}, "Reads the state of a sensor.",
-                   {"bytes", "the device's state bytes", "the device, from byte 2 of its reply on"},
-                   {"@_checkThermalPort", "@_checkThermalChipSelect", "@_getDeviceName"}, Calls<getStatus>{});
-    const Parameters sensor{port, channel}, sensorAndDegrees{port, channel, temperature};
-    const std::vector<Check> isDegrees = sensorChecks({isNumber("temperature")});
-    // clang-format off
-    thermal.rows({
-        {"Thermal_close", {port}, {calls("_checkThermalPort", {"port"})}, CLOSE_THERMAL, {u8("port")}, statusByte(1),
-            "Closes a port."},
-        {"Thermal_readSensor", sensor, sensorChecks(), READ_THERMAL_COUPLE, sensorThen(), degreesRounded(),
-            "Reads the temperature of a sensor."},
-        {"_Thermal_setNoiseFilter", {port, channel, {"mode", "int", "0 or 1"}},
-            sensorChecks({calls("_checkThermalFilterMode", {"mode"})}), SET_THERMAL_NOISE_FILTER,
-            sensorThen({u8("mode")}), statusByte(2), "Chooses the noise filter of a sensor."},
-        {"_Thermal_readOffset", sensor, sensorChecks(), READ_THERMAL_OFFSET, sensorThen(), degrees(),
-            "Reads the offset in use."},
-        {"_Thermal_loadOffset", sensor, sensorChecks(), LOAD_THERMAL_OFFSET, sensorThen(), degrees(),
-            "Reads the saved offset."},
-        {"_Thermal_writeOffset", sensorAndDegrees, isDegrees, WRITE_THERMAL_OFFSET, sensorThen({f32("temperature")}),
-            statusByte(2), "Sets the offset in use."},
-        {"_Thermal_saveOffset", sensorAndDegrees, isDegrees, SAVE_THERMAL_OFFSET, sensorThen({f32("temperature")}),
-            statusByte(2), "Saves an offset."},
-    });
-    // clang-format on
+        .shared(checkThermalPort)
+        .shared({.name = "Thermal_getPinMap",
+                 .doc = "Tells which ports there are.",
+                 .returns = {"dict[int, list[Any]]", "ports, each with its channels or lines", "the model's table"},
+                 .body = [](py::handle self) { return attribute(self, "thermal_dict"); }})
+        .operation({.name = "Thermal_open",
+                    .parameters = {port},
+                    .doc = "Opens a port, whose lines must be idle or digital.",
+                    .returns = statusByte(1).returns,
+                    .raises = {checkThermalPort, checkPinState},
+                    .body = open})
+        .operation({.name = "Thermal_getStatus",
+                    .parameters = {port, channel},
+                    .doc = "Reads the state of a sensor.",
+                    .returns = {"bytes", "the device's state bytes", "the device, from byte 2 of its reply on"},
+                    .raises = {checkThermalPort, checkChipSelect},
+                    .body = getStatus});
+    const Parameter filter{"mode", "int", "0 or 1"};
+    const std::vector<Check> isDegrees = sensorChecks({isNumber(temperature)});
+    thermal.operations({{.name = "Thermal_close",
+                         .checks = {checkThermalPort(port)},
+                         .sends = CLOSE_THERMAL,
+                         .fields = {port | u8},
+                         .reply = statusByte(1),
+                         .doc = "Closes a port."},
+                        {.name = "Thermal_readSensor",
+                         .checks = sensorChecks(),
+                         .sends = READ_THERMAL_COUPLE,
+                         .fields = sensorThen(),
+                         .reply = degreesRounded(),
+                         .doc = "Reads the temperature of a sensor."},
+                        {.name = "_Thermal_setNoiseFilter",
+                         .checks = sensorChecks({checkFilterMode(filter)}),
+                         .sends = SET_THERMAL_NOISE_FILTER,
+                         .fields = sensorThen({filter | u8}),
+                         .reply = statusByte(2),
+                         .doc = "Chooses the noise filter of a sensor."},
+                        {.name = "_Thermal_readOffset",
+                         .checks = sensorChecks(),
+                         .sends = READ_THERMAL_OFFSET,
+                         .fields = sensorThen(),
+                         .reply = degrees(),
+                         .doc = "Reads the offset in use."},
+                        {.name = "_Thermal_loadOffset",
+                         .checks = sensorChecks(),
+                         .sends = LOAD_THERMAL_OFFSET,
+                         .fields = sensorThen(),
+                         .reply = degrees(),
+                         .doc = "Reads the saved offset."},
+                        {.name = "_Thermal_writeOffset",
+                         .checks = isDegrees,
+                         .sends = WRITE_THERMAL_OFFSET,
+                         .fields = sensorThen({temperature | f32}),
+                         .reply = statusByte(2),
+                         .doc = "Sets the offset in use."},
+                        {.name = "_Thermal_saveOffset",
+                         .checks = isDegrees,
+                         .sends = SAVE_THERMAL_OFFSET,
+                         .fields = sensorThen({temperature | f32}),
+                         .reply = statusByte(2),
+                         .doc = "Saves an offset."}});
 }
 
 void defineThermocouple(Package& package) {
     Feature couple(package, "ThermocoupleModule", {"ThermalModule", "ThermalBased"}, "Thermocouples.");
-    const Check isBool{{}, {"status"}, [](py::handle status) { checkInputType(status, py::type::of(py::bool_())); }};
-    const Field asNumber{
-        "status", {}, [](Payload& data, py::handle status) { data.add(py::int_(borrow(status.ptr()))); }};
-    // clang-format off
-    couple.rows({
-        typeRow("_checkThermalTCType", "type of the thermocouple, 0 to 7, in the device's numbering"),
-        {"Thermal_setOverSampling",
-            {port, channel, {"mode", "int", "number of samples of a reading, 0 to 4, in the device's numbering"}},
-            sensorChecks({calls("_checkThermalSamplingMode", {"mode"})}), SET_THERMAL_OVER_SAMPLING,
-            sensorThen({u8("mode")}), statusByte(2), "Chooses how many samples make a reading."},
-        {"_Thermal_readJunction", {port, channel}, sensorChecks(), READ_THERMAL_JUNCTION, sensorThen(), degrees(),
-            "Reads the temperature of the cold junction."},
-        {"_Thermal_setJunctionOn", {port, channel, {"status", "bool", "whether the device measures it"}},
-            sensorChecks({isBool}), SET_THERMAL_JUNCTION_ON, sensorThen({asNumber}), statusByte(2),
-            "Chooses where the temperature of the cold junction comes from."},
-        {"_Thermal_writeJunction", {port, channel, temperature}, sensorChecks(), WRITE_THERMAL_JUNCTION,
-            sensorThen({f32("temperature")}), statusByte(2), "Sets the temperature of the cold junction."},
-    });
-    // clang-format on
+    const Parameter samples{"mode", "int", "number of samples of a reading, 0 to 4, in the device's numbering"};
+    const Parameter measured{"status", "bool", "whether the device measures it"};
+    couple.operations({setType(checkCoupleType, "type of the thermocouple, 0 to 7, in the device's numbering"),
+                       {.name = "Thermal_setOverSampling",
+                        .checks = sensorChecks({checkSamplingMode(samples)}),
+                        .sends = SET_THERMAL_OVER_SAMPLING,
+                        .fields = sensorThen({samples | u8}),
+                        .reply = statusByte(2),
+                        .doc = "Chooses how many samples make a reading."},
+                       {.name = "_Thermal_readJunction",
+                        .checks = sensorChecks(),
+                        .sends = READ_THERMAL_JUNCTION,
+                        .fields = sensorThen(),
+                        .reply = degrees(),
+                        .doc = "Reads the temperature of the cold junction."},
+                       {.name = "_Thermal_setJunctionOn",
+                        .checks = sensorChecks({check(checkIsBool, measured)}),
+                        .sends = SET_THERMAL_JUNCTION_ON,
+                        .fields = sensorThen({measured | asInt}),
+                        .reply = statusByte(2),
+                        .doc = "Chooses where the temperature of the cold junction comes from."},
+                       {.name = "_Thermal_writeJunction",
+                        .checks = sensorChecks(),
+                        .sends = WRITE_THERMAL_JUNCTION,
+                        .fields = sensorThen({temperature | f32}),
+                        .reply = statusByte(2),
+                        .doc = "Sets the temperature of the cold junction."}});
 }
 
 }  // namespace
@@ -169,7 +217,7 @@ void defineTemperature(Package& package) {
     defineThermal(package);
     defineThermocouple(package);
     Feature resistor(package, "ThermalResistanceModule", {"ThermalModule", "ThermalBased"}, "Resistance thermometers.");
-    resistor.row(typeRow("_checkThermalRTDType", "type of the resistor, 0 or 1, in the device's numbering"));
+    resistor.operation(setType(checkResistorType, "type of the resistor, 0 or 1, in the device's numbering"));
 }
 
 }  // namespace zvr::python

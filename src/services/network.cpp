@@ -27,59 +27,68 @@ Reply macReply() {
 }
 
 // A second name of an operation: the same arguments, the same result.
-template <class Function>
-void defineAlias(Feature& network, const std::string& name, const std::string& original, Parameters parameters,
-                 Reply reply, Function body) {
-    network.operation(name, std::move(parameters), "Second name of `" + original + "`.", std::move(reply.returns), {},
-                      body);
+Definition alias(const std::string& name, const std::string& original, Parameters parameters, Returns returns,
+                 Body body) {
+    return {.name = name,
+            .parameters = std::move(parameters),
+            .doc = "Second name of `" + original + "`.",
+            .returns = std::move(returns),
+            .body = std::move(body)};
 }
 
 }  // namespace
 
 void defineNetwork(Package& package) {
-    const Parameter address{"ip_addr", "str", "dotted IPv4 address that the device takes"};
+    const Parameter gateway{"gateway", "str", "dotted IPv4 address"};
+    const Parameter macAddress{"mac_addr", "str", "six hexadecimal numbers with colons between them"};
+    const Parameter ip{"ip_addr", "str", "dotted IPv4 address that the device takes"};
     const Parameter mask{"subnet_mask", "str", "dotted subnet mask", "\"255.255.255.0\""};
     Feature network(package, "Network", "A device's addresses.", Feature::Base::none);
     network.field({"gateway", "str", "last gateway read"})
         .field({"ip_addr", "str | None", "last address read, or connected to"})
         .field({"subnet_mask", "str", "last subnet mask read"})
         .field({"mac_addr", "str", "last MAC address read"})
-        .rows({
-            {"Net_getGateway", {}, {}, GET_GATEWAY, {}, kept("gateway", addressAt(0)), "Reads the gateway's address."},
-            {"_setGateway",
-             {{"gateway", "str", "dotted IPv4 address"}},
-             {isText("gateway")},
-             SET_GATEWAY,
-             {python::address("gateway")},
-             status(0),
-             "Sets the gateway's address."},
-            {"Net_getIPAddrAndSubmask", {}, {}, GET_IP, {}, addressReply(), "Reads address and subnet mask."},
-            {"Net_setIPAddrAndSubmask",
-             {address, mask},
-             {isText("ip_addr"), isText("subnet_mask")},
-             SET_IP,
-             {python::address("ip_addr"), python::address("subnet_mask")},
-             status(0),
-             "Sets address and subnet mask. The open connection is not touched."},
-            {"Net_getMACAddr", {}, {}, GET_MAC, {}, kept("mac_addr", macReply()), "Reads the MAC address."},
-            {"_setMACAddr",
-             {{"mac_addr", "str", "six hexadecimal numbers with colons between them"}},
-             {isText("mac_addr")},
-             SET_MAC,
-             {mac("mac_addr")},
-             status(0),
-             "Sets the MAC address."},
-        });
-    defineAlias(network, "Sys_getGateway", "Net_getGateway", {}, addressAt(0),
-                [](Op op) -> Result { co_return co_await op.request("Net_getGateway"); });
-    defineAlias(network, "Sys_getIPAddrAndSubmask", "Net_getIPAddrAndSubmask", {}, addressReply(),
-                [](Op op) -> Result { co_return co_await op.request("Net_getIPAddrAndSubmask"); });
-    defineAlias(network, "Sys_getMACAddr", "Net_getMACAddr", {}, macReply(),
-                [](Op op) -> Result { co_return co_await op.request("Net_getMACAddr"); });
-    defineAlias(network, "Sys_setIPAddrAndSubmask", "Net_setIPAddrAndSubmask", {address, mask}, status(0),
-                [](Op op, Object ip, Object submask) -> Result {
-                    co_return co_await op.request("Net_setIPAddrAndSubmask", ip, submask);
-                });
+        .operations({{.name = "Net_getGateway",
+                      .sends = GET_GATEWAY,
+                      .reply = kept("gateway", addressAt(0)),
+                      .doc = "Reads the gateway's address."},
+                     {.name = "_setGateway",
+                      .checks = {isText(gateway)},
+                      .sends = SET_GATEWAY,
+                      .fields = {gateway | address},
+                      .reply = status(0),
+                      .doc = "Sets the gateway's address."},
+                     {.name = "Net_getIPAddrAndSubmask",
+                      .sends = GET_IP,
+                      .reply = addressReply(),
+                      .doc = "Reads address and subnet mask."},
+                     {.name = "Net_setIPAddrAndSubmask",
+                      .checks = {isText(ip), isText(mask)},
+                      .sends = SET_IP,
+                      .fields = {ip | address, mask | address},
+                      .reply = status(0),
+                      .doc = "Sets address and subnet mask. The open connection is not touched."},
+                     {.name = "Net_getMACAddr",
+                      .sends = GET_MAC,
+                      .reply = kept("mac_addr", macReply()),
+                      .doc = "Reads the MAC address."},
+                     {.name = "_setMACAddr",
+                      .checks = {isText(macAddress)},
+                      .sends = SET_MAC,
+                      .fields = {macAddress | mac},
+                      .reply = status(0),
+                      .doc = "Sets the MAC address."}});
+    const auto aliasOfRead = [&](const std::string& name, const std::string& original, const Reply& reply) {
+        network.operation(alias(name, original, {}, reply.returns,
+                                [original](Op op) -> Result { co_return co_await op.request(original.c_str()); }));
+    };
+    aliasOfRead("Sys_getGateway", "Net_getGateway", addressAt(0));
+    aliasOfRead("Sys_getIPAddrAndSubmask", "Net_getIPAddrAndSubmask", addressReply());
+    aliasOfRead("Sys_getMACAddr", "Net_getMACAddr", macReply());
+    network.operation(alias("Sys_setIPAddrAndSubmask", "Net_setIPAddrAndSubmask", {ip, mask}, status(0).returns,
+                            [](Op op, Object ip, Object submask) -> Result {
+                                co_return co_await op.request("Net_setIPAddrAndSubmask", ip, submask);
+                            }));
 }
 
 }  // namespace zvr::python

@@ -6,17 +6,12 @@ namespace zvr::python {
 namespace {
 
 // The type is looked at when the length is already there: what has no length fails for that.
-Field checkedText(std::string argument) {
-    return {std::move(argument), "text", [](Payload& data, py::handle value) {
-                checkIsTextOrList(value);
-                data.extend(codePoints(value));
-            }};
-}
-
-Field oneMoreThan(std::string argument) {
-    return {std::move(argument), "1 +",
-            [](Payload& data, py::handle value) { data.add(borrow(value.ptr()) + py::int_(1)); }};
-}
+constexpr Encoding checkedText{"text", [](Payload& data, py::handle value, int) {
+                                   checkIsTextOrList(value);
+                                   data.extend(codePoints(value));
+                               }};
+constexpr Encoding oneMore{"1 +",
+                           [](Payload& data, py::handle value, int) { data.add(borrow(value.ptr()) + py::int_(1)); }};
 
 // The first byte is the device's count, which nobody looks at.
 Reply characters() {
@@ -38,23 +33,33 @@ void defineSdCard(Package& package) {
     const Parameter mode{"mode", "int", "how the file is opened, in the device's numbering, 0 to 255"};
     const Parameter content{"write_data", "str | list[str]", "text, or single characters; up to 255 of one byte each"};
     const Parameter count{"byte_to_read", "int", "bytes to read, 0 to 254"};
-    const std::vector<Check> nameCheck{{{}, {"filename"}, checkIsTextOrList}};
+    const std::vector<Check> nameCheck{check(checkIsTextOrList, name)};
     Feature card(package, "SDCard", "The memory card of a device.", Feature::Base::none);
-    // clang-format off
-    card.rows({
-        {"_SD_open", {}, {}, SD_OPEN, {}, status(0), "Makes the card ready."},
-        {"_SD_close", {}, {}, SD_CLOSE, {}, status(0), "Lets go of the card."},
-        {"SD_getStorage", {}, {}, SD_GET_CAPACITY, {},
-            numberAt<std::uint32_t>(0, "capacity of the card, in the device's unit"), "Reads the capacity."},
-        {"SD_openFile", {name, mode}, nameCheck, SD_OPEN_FILE, {u8("mode"), length("filename"), text("filename")},
-            status(0), "Opens a file."},
-        {"SD_writeFile", {content}, {}, SD_WRITE_FILE, {length("write_data"), checkedText("write_data")}, status(0),
-            "Writes to the open file."},
-        {"SD_readFile", {count}, {}, SD_READ_FILE, {oneMoreThan("byte_to_read")}, characters(),
-            "Reads from the open file. A refusal is not told from content."},
-        {"SD_closeFile", {}, {}, SD_CLOSE_FILE, {}, status(0), "Closes the open file."},
-    });
-    // clang-format on
+    card.operations(
+        {{.name = "_SD_open", .sends = SD_OPEN, .reply = status(0), .doc = "Makes the card ready."},
+         {.name = "_SD_close", .sends = SD_CLOSE, .reply = status(0), .doc = "Lets go of the card."},
+         {.name = "SD_getStorage",
+          .sends = SD_GET_CAPACITY,
+          .reply = numberAt<std::uint32_t>(0, "capacity of the card, in the device's unit"),
+          .doc = "Reads the capacity."},
+         {.name = "SD_openFile",
+          .parameters = {name, mode},
+          .checks = nameCheck,
+          .sends = SD_OPEN_FILE,
+          .fields = {mode | u8, name | length, name | text},
+          .reply = status(0),
+          .doc = "Opens a file."},
+         {.name = "SD_writeFile",
+          .sends = SD_WRITE_FILE,
+          .fields = {content | length, content | checkedText},
+          .reply = status(0),
+          .doc = "Writes to the open file."},
+         {.name = "SD_readFile",
+          .sends = SD_READ_FILE,
+          .fields = {count | oneMore},
+          .reply = characters(),
+          .doc = "Reads from the open file. A refusal is not told from content."},
+         {.name = "SD_closeFile", .sends = SD_CLOSE_FILE, .reply = status(0), .doc = "Closes the open file."}});
 }
 
 }  // namespace zvr::python

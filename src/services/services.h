@@ -1,7 +1,7 @@
 // What every device offers, and its services: network, radio, clock, card.
 #pragma once
 
-#include "python/classes.h"
+#include "device/feature.h"
 
 namespace zvr::python {
 

@@ -70,7 +70,7 @@ Reply alarmConfigReply() {
 
 Result getPinModes(Op op, Object port) {
     checkIsInt(port);
-    const Object reply = co_await op.exchange(GET_PIN_MODE_OF_SLOT, payload(port));
+    const Object reply = co_await exchange(op, GET_PIN_MODE_OF_SLOT, payload(port));
     const Bytes data = bytesOf(reply, "reply");
     const int pins = byteOf(data, 1);
     // Two pins a byte, the low half first; with an odd number of pins the last half is listed too.
@@ -95,7 +95,7 @@ Result getPinModes(Op op, Object port) {
 
 Result getSlotMode(Op op, Object slot) {
     op.call("_checkLatticeSlot", slot);
-    const Object reply = co_await op.exchange(GET_SLOT_MODE, payload());
+    const Object reply = co_await exchange(op, GET_SLOT_MODE, payload());
     const Bytes data = bytesOf(reply);
     py::list modes;
     for (const std::uint8_t state : slice(data, 1, byteOf(data, 0) / 2)) {
@@ -110,7 +110,7 @@ Result setSlotMode(Op op, Object slot, Object mode) {
     op.call("_checkLatticeSlot", slot);
     if (PyIndex_Check(mode.ptr()) == 0) refuseType("mode", "an integer", mode);
     const Object port = slot - py::int_(1);
-    const Object reply = co_await op.exchange(SET_SLOT_MODE, payload(port * py::int_(2), mode));
+    const Object reply = co_await exchange(op, SET_SLOT_MODE, payload(port * py::int_(2), mode));
     co_return itemOf(reply, 1);
 }
 
@@ -119,139 +119,131 @@ Result setClock(Op op, Object year, Object month, Object day, Object hour, Objec
     for (const py::handle field : {year, month, day, hour, minute, second}) checkIsInt(field);
     const py::int_ century(1900);
     if (year < py::int_(100)) year = year + century;
-    const Object reply = co_await op.exchange(SET_DATE_TIME, payload(year - century, month, day, hour, minute, second));
+    const Object reply =
+        co_await exchange(op, SET_DATE_TIME, payload(year - century, month, day, hour, minute, second));
     co_return statusOf(bytesOf(reply), 0);
 }
 
 const Returns slotStatus{"int", "the device's status, 0 for success; it is not checked", "the device"};
 
+const Definition checkLatticeSlot{.name = "_checkLatticeSlot",
+                                  .parameters = {slot},
+                                  .doc = "Refuses a slot that takes no module.",
+                                  .raises = {"InputTypeNotCorrectError: `slot` has the wrong type",
+                                             "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
+                                  .body = [](py::handle, const Object& slot) {
+                                      checkIsInt(slot);
+                                      if (!isOneOf(slot, {1, 2, 4}))
+                                          throw Failure(FailureId::LatticePortNotAvaliableError);
+                                  }};
+
 template <int mode>
 void defineSlotSetter(Feature& system, const std::string& name) {
     const std::string title = slotModes[mode];
-    system.operation(
-        name, {slot}, "Puts a slot of the chassis into the mode \"" + title + "\".", slotStatus, {"@_checkLatticeSlot"},
-        [](Op op, Object slot) -> Result { co_return co_await op.request("_Sys_setSlotMode", slot, py::int_(mode)); });
+    system.operation({.name = name,
+                      .parameters = {slot},
+                      .doc = "Puts a slot of the chassis into the mode \"" + title + "\".",
+                      .returns = slotStatus,
+                      .raises = {checkLatticeSlot},
+                      .body = [](Op op, Object slot) -> Result {
+                          co_return co_await op.request("_Sys_setSlotMode", slot, py::int_(mode));
+                      }});
 }
 
-std::vector<Row> rows() {
+std::vector<Request> rows() {
     const std::string serialDoc = "the serial number, up to 8 characters";
-    return {
-        {"Sys_getDriverInfo",
-         {},
-         {},
-         GET_DRIVER_INFO,
-         {constant(0)},
-         driverInfoReply(),
-         "Reads name and version of the device's driver."},
-        {"_getDriverInfo_dev",
-         {mode},
-         {},
-         GET_DRIVER_INFO,
-         {u8("mode")},
-         kept("driver_info", textReply("the driver information, unsplit")),
-         "Reads driver information of a kind."},
-        {"Sys_getDeviceAlias", {}, {}, GET_DEV_ALIAS, {}, aliasReply(), "Reads the name that a user gave the device."},
-        {"Sys_setDeviceAlias",
-         {{"alias", "str", "the name, up to 16 characters"}},
-         {},
-         SET_DEV_ALIAS,
-         {text("alias")},
-         status(0),
-         "Gives the device a name."},
-        {"Sys_getRTC",
-         {},
-         {},
-         GET_DATE_TIME,
-         {constant(0)},
-         kept("rtc_time", clockReply()),
-         "Reads the device's clock."},
-        {"Sys_startRTCAlarm",
-         {mode, day, hour, minute, second},
-         {},
-         RTC_START_ALARM,
-         {constant(0), u8("mode"), u8("day"), u8("hour"), u8("minute"), u8("second")},
-         byteAt(1, "the device's status; it is not checked"),
-         "Starts the clock's alarm."},
-        {"Sys_stopRTCAlarm",
-         {},
-         {},
-         RTC_STOP_ALARM,
-         {constant(0)},
-         byteAt(1, "the device's status; it is not checked"),
-         "Stops the clock's alarm."},
-        {"_Sys_getRTCAlarmState",
-         {},
-         {},
-         RTC_GET_ALARM_STATE,
-         {constant(0)},
-         alarmStateReply(),
-         "Tells whether the alarm is on."},
-        {"_Sys_getRTCAlarmConfig",
-         {},
-         {},
-         RTC_GET_ALARM_CONFIG,
-         {constant(0)},
-         alarmConfigReply(),
-         "Reads the alarm's time."},
-        {"Sys_getSerialNumber",
-         {},
-         {},
-         GET_SERIAL_NUMBER,
-         {},
-         kept("serial_number", textReply(serialDoc, 8)),
-         "Reads the serial number."},
-        {"Sys_reboot", {}, {}, REBOOT, {constant(REBOOT)}, status(0), "Restarts the device."},
-        {"_Sys_rebootOnBootloader",
-         {},
-         {},
-         REBOOT_ON_BOOTLOADER,
-         {constant(REBOOT_ON_BOOTLOADER)},
-         status(0),
-         "Restarts the device in its bootloader."},
-        {"_getEEPROMPage",
-         {page},
-         {},
-         GET_EEPROM_PAGE,
-         {u8("page_number")},
-         byteList("the page's byte values"),
-         "Reads a page of the EEPROM."},
-        {"_setEEPROMPage",
-         {page, {"int_list", "Sequence[int]", "byte values, 0 to 255"}},
-         {},
-         SET_EEPROM_PAGE,
-         {u8("page_number"), bytes("int_list")},
-         status(0),
-         "Writes a page of the EEPROM."},
-        {"_getEEPROMDevice",
-         {{"device_number", "int", "number of the EEPROM chip, 0 to 255"}},
-         {},
-         GET_EEPROM_DEVICE,
-         {u8("device_number")},
-         byteList("what the chip tells of itself"),
-         "Reads an EEPROM chip's identification."},
-        {"_setEEPROMByte",
-         {page, {"byte_index", "int", "byte of the page, 0 to 255"}, {"value", "int", "byte value, 0 to 255"}},
-         {},
-         SET_EEPROM_BYTE,
-         {u8("page_number"), u8("byte_index"), u8("value")},
-         status(0),
-         "Writes a byte of the EEPROM."},
-        {"_setSerialNumber",
-         {{"serial_num", "str", serialDoc}},
-         {},
-         SET_SERIAL_NUMBER,
-         {text("serial_num")},
-         status(0),
-         "Gives the device a serial number."},
-        {"_resetFactory", {}, {}, RESET_FACTORY, {}, status(0), "Puts the device back to its delivered state."},
-        {"_getThreads",
-         {},
-         {},
-         GET_THREADS,
-         {},
-         kept("thread_info", textReply("the firmware's threads")),
-         "Lists the firmware's threads."},
-    };
+    return {{.name = "Sys_getDriverInfo",
+             .sends = GET_DRIVER_INFO,
+             .fields = {constant(0)},
+             .reply = driverInfoReply(),
+             .doc = "Reads name and version of the device's driver."},
+            {.name = "_getDriverInfo_dev",
+             .sends = GET_DRIVER_INFO,
+             .fields = {mode | u8},
+             .reply = kept("driver_info", textReply("the driver information, unsplit")),
+             .doc = "Reads driver information of a kind."},
+            {.name = "Sys_getDeviceAlias",
+             .sends = GET_DEV_ALIAS,
+             .reply = aliasReply(),
+             .doc = "Reads the name that a user gave the device."},
+            {.name = "Sys_setDeviceAlias",
+             .sends = SET_DEV_ALIAS,
+             .fields = {Parameter{"alias", "str", "the name, up to 16 characters"} | text},
+             .reply = status(0),
+             .doc = "Gives the device a name."},
+            {.name = "Sys_getRTC",
+             .sends = GET_DATE_TIME,
+             .fields = {constant(0)},
+             .reply = kept("rtc_time", clockReply()),
+             .doc = "Reads the device's clock."},
+            {.name = "Sys_startRTCAlarm",
+             .sends = RTC_START_ALARM,
+             .fields = {constant(0), mode | u8, day | u8, hour | u8, minute | u8, second | u8},
+             .reply = byteAt(1, "the device's status; it is not checked"),
+             .doc = "Starts the clock's alarm."},
+            {.name = "Sys_stopRTCAlarm",
+             .sends = RTC_STOP_ALARM,
+             .fields = {constant(0)},
+             .reply = byteAt(1, "the device's status; it is not checked"),
+             .doc = "Stops the clock's alarm."},
+            {.name = "_Sys_getRTCAlarmState",
+             .sends = RTC_GET_ALARM_STATE,
+             .fields = {constant(0)},
+             .reply = alarmStateReply(),
+             .doc = "Tells whether the alarm is on."},
+            {.name = "_Sys_getRTCAlarmConfig",
+             .sends = RTC_GET_ALARM_CONFIG,
+             .fields = {constant(0)},
+             .reply = alarmConfigReply(),
+             .doc = "Reads the alarm's time."},
+            {.name = "Sys_getSerialNumber",
+             .sends = GET_SERIAL_NUMBER,
+             .reply = kept("serial_number", textReply(serialDoc, 8)),
+             .doc = "Reads the serial number."},
+            {.name = "Sys_reboot",
+             .sends = REBOOT,
+             .fields = {constant(REBOOT)},
+             .reply = status(0),
+             .doc = "Restarts the device."},
+            {.name = "_Sys_rebootOnBootloader",
+             .sends = REBOOT_ON_BOOTLOADER,
+             .fields = {constant(REBOOT_ON_BOOTLOADER)},
+             .reply = status(0),
+             .doc = "Restarts the device in its bootloader."},
+            {.name = "_getEEPROMPage",
+             .sends = GET_EEPROM_PAGE,
+             .fields = {page | u8},
+             .reply = byteList("the page's byte values"),
+             .doc = "Reads a page of the EEPROM."},
+            {.name = "_setEEPROMPage",
+             .sends = SET_EEPROM_PAGE,
+             .fields = {page | u8, Parameter{"int_list", "Sequence[int]", "byte values, 0 to 255"} | bytes},
+             .reply = status(0),
+             .doc = "Writes a page of the EEPROM."},
+            {.name = "_getEEPROMDevice",
+             .sends = GET_EEPROM_DEVICE,
+             .fields = {Parameter{"device_number", "int", "number of the EEPROM chip, 0 to 255"} | u8},
+             .reply = byteList("what the chip tells of itself"),
+             .doc = "Reads an EEPROM chip's identification."},
+            {.name = "_setEEPROMByte",
+             .sends = SET_EEPROM_BYTE,
+             .fields = {page | u8, Parameter{"byte_index", "int", "byte of the page, 0 to 255"} | u8,
+                        Parameter{"value", "int", "byte value, 0 to 255"} | u8},
+             .reply = status(0),
+             .doc = "Writes a byte of the EEPROM."},
+            {.name = "_setSerialNumber",
+             .sends = SET_SERIAL_NUMBER,
+             .fields = {Parameter{"serial_num", "str", serialDoc} | text},
+             .reply = status(0),
+             .doc = "Gives the device a serial number."},
+            {.name = "_resetFactory",
+             .sends = RESET_FACTORY,
+             .reply = status(0),
+             .doc = "Puts the device back to its delivered state."},
+            {.name = "_getThreads",
+             .sends = GET_THREADS,
+             .reply = kept("thread_info", textReply("the firmware's threads")),
+             .doc = "Lists the firmware's threads."}};
 }
 
 }  // namespace
@@ -264,38 +256,46 @@ void defineSystem(Package& package) {
         .field({"thread_info", "str", "last list of firmware threads read"})
         .field({"num_of_pins", "int", "number of pins of the port read last"})
         .field({"pin_mode_list", "list[int]", "mode numbers of the port read last"})
-        .shared("_checkLatticeSlot", {slot}, "Refuses a slot that takes no module.", {},
-                {"InputTypeNotCorrectError: `slot` has the wrong type",
-                 "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
-                [](py::handle, const Object& slot) {
-                    checkIsInt(slot);
-                    if (!isOneOf(slot, {1, 2, 4})) throw Failure(FailureId::LatticePortNotAvaliableError);
-                })
-        .rows(rows())
-        .operation("Sys_getPythonVersion", {}, "Tells the library's version; asks no device.",
-                   {"str", "the version", "the library"}, {}, [](Op) -> Result { co_return py::str(LIBRARY_VERSION); })
-        .operation("Sys_getPinModeInPort", {port}, "Reads what each pin of a port is used for.",
-                   {"list[str]",
-                    "one of \"Disabled\", \"Idle\", \"DI\", \"DO\", \"UART\", \"I2C\", \"SPI\", \"CAN\", \"PWM\", "
-                    "\"ADC\" per pin; the numbers are kept in `pin_mode_list`",
-                    "the device"},
-                   {"InputTypeNotCorrectError: `port` has the wrong type", "IndexError: the reply is too short",
-                    "KeyError: a mode has no name; the numbers are kept"},
-                   Calls<getPinModes>{})
-        .operation("Sys_setRTC",
-                   {{"year", "int", "year; below 100 it counts from 1900"},
-                    {"month", "int", "month, 1 to 12"},
-                    day,
-                    hour,
-                    minute,
-                    second},
-                   "Sets the device's clock.", status(0).returns,
-                   {"InputTypeNotCorrectError: an argument has the wrong type"}, Calls<setClock>{})
-        .operation("Sys_getMode", {slot}, "Reads the mode of a slot of the chassis.",
-                   {"str", R"("Idle", "DI", "DO", "DIO", "Motion", "AIO" or "Switch")", "the device"},
-                   {"@_checkLatticeSlot"}, Calls<getSlotMode>{})
-        .operation("_Sys_setSlotMode", {slot, mode}, "Puts a slot of the chassis into a mode.", slotStatus,
-                   {"@_checkLatticeSlot"}, Calls<setSlotMode>{});
+        .shared(checkLatticeSlot)
+        .operations(rows())
+        .operation({.name = "Sys_getPythonVersion",
+                    .doc = "Tells the library's version; asks no device.",
+                    .returns = {"str", "the version", "the library"},
+                    .body = [](Op) -> Result { co_return py::str(LIBRARY_VERSION); }})
+        .operation(
+            {.name = "Sys_getPinModeInPort",
+             .parameters = {port},
+             .doc = "Reads what each pin of a port is used for.",
+             .returns = {"list[str]",
+                         "one of \"Disabled\", \"Idle\", \"DI\", \"DO\", \"UART\", \"I2C\", \"SPI\", \"CAN\", \"PWM\", "
+                         "\"ADC\" per pin; the numbers are kept in `pin_mode_list`",
+                         "the device"},
+             .raises = {"InputTypeNotCorrectError: `port` has the wrong type", "IndexError: the reply is too short",
+                        "KeyError: a mode has no name; the numbers are kept"},
+             .body = getPinModes})
+        .operation({.name = "Sys_setRTC",
+                    .parameters = {{"year", "int", "year; below 100 it counts from 1900"},
+                                   {"month", "int", "month, 1 to 12"},
+                                   day,
+                                   hour,
+                                   minute,
+                                   second},
+                    .doc = "Sets the device's clock.",
+                    .returns = status(0).returns,
+                    .raises = {"InputTypeNotCorrectError: an argument has the wrong type"},
+                    .body = setClock})
+        .operation({.name = "Sys_getMode",
+                    .parameters = {slot},
+                    .doc = "Reads the mode of a slot of the chassis.",
+                    .returns = {"str", R"("Idle", "DI", "DO", "DIO", "Motion", "AIO" or "Switch")", "the device"},
+                    .raises = {checkLatticeSlot},
+                    .body = getSlotMode})
+        .operation({.name = "_Sys_setSlotMode",
+                    .parameters = {slot, mode},
+                    .doc = "Puts a slot of the chassis into a mode.",
+                    .returns = slotStatus,
+                    .raises = {checkLatticeSlot},
+                    .body = setSlotMode});
     defineSlotSetter<0>(system, "Sys_setIdleMode");
     defineSlotSetter<1>(system, "Sys_setDIMode");
     defineSlotSetter<2>(system, "Sys_setDOMode");

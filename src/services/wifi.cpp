@@ -10,41 +10,33 @@ Reply doneReply() {
     return {[](py::handle, const Bytes&) -> Object { return py::int_(0); }, done};
 }
 
-// One line of a port, as a word with that line's bit.
-template <int line>
-Field lit() {
-    return {"value", "u16 of bit " + std::to_string(line) + " for positive",
-            [](Payload& data, py::handle value) { data.add(u16(borrow(value.ptr()) > py::int_(0) ? 1 << line : 0)); }};
+// A word with one bit, set for a positive value.
+constexpr Encoding bitIfPositive(const char* kind, int line) {
+    return {kind,
+            [](Payload& data, py::handle value, int line) {
+                data.add(u16(borrow(value.ptr()) > py::int_(0) ? 1 << line : 0));
+            },
+            line};
 }
 
-template <int value>
-Field fixedWord() {
-    return {{}, std::to_string(value), [](Payload& data, py::handle) { data.add(u16(value)); }};
+Request setLed(const std::string& colour, int line, const Encoding& lit) {
+    const Parameter value{"value", "int", "above 0 the light is on, else off"};
+    return {.name = "Wifi_set" + colour + "LED",
+            .sends = SET_AND_WRITE_DO,
+            .fields = {constant(0), constantWord(1 << line), value | lit},
+            .reply = doneReply(),
+            .doc = "Turns a status light on or off and leaves the others."};
 }
 
-template <int line>
-Row ledRow(const std::string& colour) {
-    return {"Wifi_set" + colour + "LED",
-            {{"value", "int", "above 0 the light is on, else off"}},
-            {},
-            SET_AND_WRITE_DO,
-            {constant(0), fixedWord<1 << line>(), lit<line>()},
-            doneReply(),
-            "Turns a status light on or off and leaves the others."};
-}
-
-template <int line>
-Row powerRow(const std::string& name, std::string doc) {
-    const auto decode = [](py::handle, const Bytes& data) -> Object {
+Request readPower(const std::string& name, int line, std::string doc) {
+    const auto decode = [line](py::handle, const Bytes& data) -> Object {
         return py::int_(readBigEndian<std::uint16_t>(slice(data, 1, 2)) >> line & 1);
     };
-    return {name,
-            {},
-            {},
-            READ_AND_GET_DI,
-            {constant(1), fixedWord<1 << line>()},
-            {decode, {"int", std::move(doc), "the device"}},
-            "Reads an input of the power supply."};
+    return {.name = name,
+            .sends = READ_AND_GET_DI,
+            .fields = {constant(1), constantWord(1 << line)},
+            .reply = {decode, {"int", std::move(doc), "the device"}},
+            .doc = "Reads an input of the power supply."};
 }
 
 Reply rssiReply() {
@@ -64,32 +56,49 @@ Reply thermometerReply() {
 void defineWifiSettings(Package& package) {
     const Parameter tries{"retry_wifi_times", "int", "tries to join the network, 0 to 65535"};
     const Parameter apTime{"ap_time", "int", "time as an access point, 0 to 65535, in the device's unit"};
-    const Field atLeastOne{"bandwidth", "at least 1:", [](Payload& data, py::handle value) {
-                               const Object given = borrow(value.ptr());
-                               data.add(given < py::int_(1) ? Object(py::int_(1)) : given);
-                           }};
+    const Parameter bandwidth{"bandwidth", "int",
+                              "bandwidth in the device's numbering, at most 255; below 1 counts as 1"};
+    const Encoding atLeastOne{"at least 1:", [](Payload& data, py::handle value, int) {
+                                  const Object given = borrow(value.ptr());
+                                  data.add(given < py::int_(1) ? Object(py::int_(1)) : given);
+                              }};
     Feature wifi(package, "Wifi", "Lights, power status and radio of a Wi-Fi device.", Feature::Base::none);
     wifi.field({"bandwidth", "int", "last bandwidth read"}).field({"rssi", "int", "last signal strength read, in dBm"});
-    wifi.rows({ledRow<0>("Red"), ledRow<1>("Green"), ledRow<2>("Blue")});
-    wifi.rows({powerRow<0>("Wifi_getPowerGoodStatus", "the line of the power supply: 0 or 1"),
-               powerRow<1>("Wifi_getChargeStatus", "the line of the charger: 0 or 1")});
-    // clang-format off
-    wifi.rows({
-        {"Wifi_resetLED", {}, {}, SET_AND_WRITE_DO, {constant(0), fixedWord<7>(), fixedWord<0>()}, doneReply(),
-            "Turns all status lights off."},
-        {"_setWifiConfiguration", {tries, apTime}, {}, SET_WIFI_CONFIGURATION, {word("retry_wifi_times"), word("ap_time")},
-            status(0), "Sets how the device joins its network."},
-        {"Wifi_getConfiguration", {}, {}, GET_WIFI_CONFIGURATION, {},
-            numbersAt<std::uint16_t>(0, 2, "tries to join the network, and time as an access point"),
-            "Reads how the device joins its network."},
-        {"_Wifi_setBandwidth", {{"bandwidth", "int", "bandwidth in the device's numbering, at most 255; below 1 counts as 1"}},
-            {isInt("bandwidth")}, SET_WIFI_BANDWIDTH, {atLeastOne}, status(0), "Sets the radio's bandwidth."},
-        {"Wifi_getWifiBandWidth", {}, {}, GET_WIFI_BANDWIDTH, {},
-            kept("bandwidth", byteAt(0, "bandwidth in the device's numbering")), "Reads the radio's bandwidth."},
-        {"Wifi_readRSSI", {}, {}, GET_RSSI, {}, kept("rssi", rssiReply()), "Reads the signal strength."},
-        {"_Wifi_setAP", {}, {}, SET_AP, {}, status(0), "Makes the device an access point."},
-    });
-    // clang-format on
+    wifi.operations({setLed("Red", 0, bitIfPositive("u16 of bit 0 for positive", 0)),
+                     setLed("Green", 1, bitIfPositive("u16 of bit 1 for positive", 1)),
+                     setLed("Blue", 2, bitIfPositive("u16 of bit 2 for positive", 2))});
+    wifi.operations({readPower("Wifi_getPowerGoodStatus", 0, "the line of the power supply: 0 or 1"),
+                     readPower("Wifi_getChargeStatus", 1, "the line of the charger: 0 or 1")});
+    wifi.operations(
+        {{.name = "Wifi_resetLED",
+          .sends = SET_AND_WRITE_DO,
+          .fields = {constant(0), constantWord(7), constantWord(0)},
+          .reply = doneReply(),
+          .doc = "Turns all status lights off."},
+         {.name = "_setWifiConfiguration",
+          .sends = SET_WIFI_CONFIGURATION,
+          .fields = {tries | u16, apTime | u16},
+          .reply = status(0),
+          .doc = "Sets how the device joins its network."},
+         {.name = "Wifi_getConfiguration",
+          .sends = GET_WIFI_CONFIGURATION,
+          .reply = numbersAt<std::uint16_t>(0, 2, "tries to join the network, and time as an access point"),
+          .doc = "Reads how the device joins its network."},
+         {.name = "_Wifi_setBandwidth",
+          .checks = {isInt(bandwidth)},
+          .sends = SET_WIFI_BANDWIDTH,
+          .fields = {bandwidth | atLeastOne},
+          .reply = status(0),
+          .doc = "Sets the radio's bandwidth."},
+         {.name = "Wifi_getWifiBandWidth",
+          .sends = GET_WIFI_BANDWIDTH,
+          .reply = kept("bandwidth", byteAt(0, "bandwidth in the device's numbering")),
+          .doc = "Reads the radio's bandwidth."},
+         {.name = "Wifi_readRSSI",
+          .sends = GET_RSSI,
+          .reply = kept("rssi", rssiReply()),
+          .doc = "Reads the signal strength."},
+         {.name = "_Wifi_setAP", .sends = SET_AP, .reply = status(0), .doc = "Makes the device an access point."}});
 }
 
 void defineSystemAnalog(Package& package) {
@@ -97,25 +106,24 @@ void defineSystemAnalog(Package& package) {
                     Feature::Base::none);
     sensors.field({"battery", "int", "last battery reading"}).field({"thermo", "float", "last temperature read"});
     Definition acceleration =
-        defineExchange({"_Wifi_readAcceleration",
-                        {},
-                        {},
-                        READ_ACCELERATION,
-                        {},
-                        numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
-                        "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."});
-    acceleration.twin = "_Wifi_readAccleration_async";  // the name it has always had
-    sensors.add(std::move(acceleration));
-    // clang-format off
-    sensors.rows({
-        {"Wifi_readBattery", {}, {}, GET_BATTERY, {},
-            kept("battery", numberAt<std::uint16_t>(0, "battery word, in the device's unit")), "Reads the battery."},
-        {"_Wifi_readThermo", {}, {}, GET_THERMOMETER, {}, kept("thermo", thermometerReply()),
-            "Reads the temperature."},
-        {"_Wifi_resetAIBuffer", {}, {}, AI_RESET_BUFFER, {constant(0)}, status(1),
-            "Empties the device's buffer of samples."},
-    });
-    // clang-format on
+        Request{.name = "_Wifi_readAcceleration",
+                .sends = READ_ACCELERATION,
+                .reply = numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
+                .doc = "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."};
+    acceleration.asyncName = "_Wifi_readAccleration_async";  // the name it has always had
+    sensors.operation(acceleration);
+    sensors.operations({{.name = "Wifi_readBattery",
+                         .sends = GET_BATTERY,
+                         .reply = kept("battery", numberAt<std::uint16_t>(0, "battery word, in the device's unit")),
+                         .doc = "Reads the battery."},
+                        {.name = "_Wifi_readThermo",
+                         .sends = GET_THERMOMETER,
+                         .reply = kept("thermo", thermometerReply()),
+                         .doc = "Reads the temperature."},
+                        {.name = "_Wifi_resetAIBuffer",
+                         .sends = AI_RESET_BUFFER,
+                         .fields = {constant(0)},
+                         .doc = "Empties the device's buffer of samples."}});
 }
 
 }  // namespace zvr::python

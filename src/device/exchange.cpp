@@ -1,0 +1,230 @@
+#include "device/exchange.h"
+
+#include <algorithm>
+
+#include "core/wire/failures.h"
+
+namespace zvr::python {
+
+namespace {
+
+// A request with the places of its arguments.
+struct Plan {
+    struct CheckStep {
+        Object method;  // its name; nothing where a function does it
+        void (*test)(py::handle value);
+        std::vector<std::size_t> arguments;
+    };
+    struct FieldStep {
+        Field field;
+        std::size_t argument;
+    };
+    int command;
+    std::vector<CheckStep> checks;
+    std::vector<FieldStep> fields;
+    Reply reply;
+    Adapt adapt;
+};
+
+std::size_t indexOf(const Parameters& parameters, const std::string& name) {
+    const auto found = std::ranges::find(parameters, name, &Parameter::name);
+    if (found == parameters.end()) throw std::logic_error("no parameter is called " + name);
+    return static_cast<std::size_t>(found - parameters.begin());
+}
+
+void run(const Plan::CheckStep& check, py::handle self, const std::vector<Object>& arguments) {
+    if (check.test != nullptr) {
+        check.test(arguments[check.arguments[0]]);
+        return;
+    }
+    std::vector<PyObject*> values{self.ptr()};
+    for (const std::size_t place : check.arguments) values.push_back(arguments[place].ptr());
+    own(entering([&] { return PyObject_VectorcallMethod(check.method.ptr(), values.data(), values.size(), nullptr); }));
+}
+
+// What refuses a value tells whose it is.
+void append(const Field& field, Payload& data, const Object& value) {
+    const auto named = [&](const std::string& text) { return field.parameter.name + ": " + text; };
+    try {
+        field.append(data, value, field.number);
+    } catch (const py::type_error& error) {
+        throw py::type_error(named(error.what()));
+    } catch (const py::value_error& error) {
+        throw py::value_error(named(error.what()));
+    } catch (const std::overflow_error& error) {
+        throw std::overflow_error(named(error.what()));
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_TypeError)) throw;
+        throw py::type_error(named(std::string(py::str(error.value()))));
+    }
+}
+
+// The steps begin after the call has returned, so they keep the arguments; the plan is there for good.
+Result run(const Plan& plan, Op op, std::vector<Object> arguments) {
+    if (plan.adapt != nullptr) plan.adapt(op.self(), arguments);
+    for (const Plan::CheckStep& check : plan.checks) run(check, op.self(), arguments);
+    Payload data;
+    for (const auto& [field, argument] : plan.fields) {
+        if (field.parameter.name.empty()) {
+            field.append(data, {}, field.number);
+        } else {
+            append(field, data, arguments[argument]);
+        }
+    }
+    const Object reply = co_await exchange(op, plan.command, data.list());
+    if (plan.reply.cut) co_return plan.reply.cut(op.self(), reply);
+    const Bytes bytes = bytesOf(reply, "reply");
+    co_return plan.reply.decode(op.self(), bytes);
+}
+
+std::string textOf(const Field& field) {
+    const std::string& name = field.parameter.name;
+    if (field.kind.empty()) return name;
+    return name.empty() ? field.kind : field.kind + "(" + name + ")";
+}
+
+std::string textOf(const std::vector<Field>& fields) {
+    std::string text;
+    for (const Field& field : fields) text += (text.empty() ? "" : ", ") + textOf(field);
+    return text;
+}
+
+std::string nameOf(const SentCommand& command) {
+    if (!command.name.empty()) return std::string(command.name);
+    return std::string(std::ranges::find(commandTable(), command.code, &CommandName::code)->name);
+}
+
+Parameters parametersOf(const std::vector<Field>& fields) {
+    Parameters parameters;
+    for (const Field& field : fields) {
+        const std::string& name = field.parameter.name;
+        if (name.empty() || std::ranges::find(parameters, name, &Parameter::name) != parameters.end()) continue;
+        parameters.push_back(field.parameter);
+    }
+    return parameters;
+}
+
+}  // namespace
+
+Object statusOf(ByteView reply, std::size_t place) { return checkedStatus(py::int_(byteOf(reply, place))); }
+
+Object restOfSequence(const Object& sequence, Py_ssize_t from) {
+    const Object part(py::slice(from, std::nullopt, std::nullopt));
+    return own(PyObject_GetItem(sequence.ptr(), part.ptr()));
+}
+
+Object itemOf(const Object& sequence, Py_ssize_t place) {
+    return own(PyObject_GetItem(sequence.ptr(), py::int_(place).ptr()));
+}
+
+Reply status(std::size_t place) {
+    return {[place](py::handle, const Bytes& data) { return statusOf(data, place); },
+            {"int", "0, or the negative code of the device's refusal (-7000 to -7028)",
+             "the device's status, byte " + std::to_string(place) + " of its reply"}};
+}
+
+Reply byteAt(std::size_t place, std::string doc) {
+    return {[place](py::handle, const Bytes& data) -> Object { return py::int_(byteOf(data, place)); },
+            {"int", std::move(doc), "the device, byte " + std::to_string(place) + " of its reply"}};
+}
+
+Reply textReply(std::string doc, std::size_t length, std::size_t from) {
+    return {[length, from](py::handle, const Bytes& data) -> Object {
+                const ByteView text = restOf(data, from);
+                return python::textOf(text.first(std::min(length, text.size())));
+            },
+            {"str", std::move(doc), "the device"}};
+}
+
+Reply addressAt(std::size_t place) {
+    return {[place](py::handle, const Bytes& data) -> Object { return addressText(restOf(data, place)); },
+            {"str", "dotted address", "the device"}};
+}
+
+Reply byteList(std::string doc) {
+    return {[](py::handle, const Bytes& data) -> Object { return toList(data); },
+            {"list[int]", std::move(doc), "the device"}};
+}
+
+Reply bytesFrom(std::size_t place, std::string doc) {
+    return {nullptr,
+            {"bytes", std::move(doc), "the device, from byte " + std::to_string(place) + " of its reply on"},
+            [place](py::handle, const Object& reply) { return restOfSequence(reply, static_cast<Py_ssize_t>(place)); }};
+}
+
+Reply kept(std::string field, Reply reply) {
+    reply.returns.doc += "; also kept in `" + field + "`";
+    return {[field = std::move(field), decode = reply.decode](py::handle self, const Bytes& data) {
+                Object value = decode(self, data);
+                py::setattr(self, field.c_str(), value);
+                return value;
+            },
+            reply.returns};
+}
+
+Field constant(int value, const std::string& name) {
+    const std::string digits = std::to_string(value);
+    return {{},
+            name.empty() ? digits : name + " (" + digits + ")",
+            [](Payload& data, py::handle, int number) { data.add(number); },
+            value};
+}
+
+Field constantWord(int value) {
+    return {{},
+            "u16(" + std::to_string(value) + ")",
+            [](Payload& data, py::handle, int number) { data.add(u16(number)); },
+            value};
+}
+
+Definition accepting(std::string name, Parameter parameter, FailureId failure, std::vector<int> accepted) {
+    std::string values;
+    for (std::size_t i = 0; i < accepted.size(); ++i) {
+        values += (i == 0 ? "" : i + 1 == accepted.size() ? " or " : ", ") + std::to_string(accepted[i]);
+    }
+    const std::string error(rowOf(failure).name), argument = "`" + parameter.name + "`";
+    return {.name = std::move(name),
+            .parameters = {std::move(parameter)},
+            .doc = "Raises " + error + " unless " + argument + " is " + values + ".",
+            .raises = {"InputTypeNotCorrectError: " + argument + " is no integer",
+                       error + ": " + argument + " is not " + values},
+            .body = [failure, accepted = std::move(accepted)](py::handle, const Object& value) {
+                checkIsInt(value);
+                if (!isOneOf(value, accepted)) throw Failure(failure);
+            }};
+}
+
+Check check(void (*test)(py::handle value), const Parameter& parameter) {
+    return {{}, test, {parameter.name}, {"InputTypeNotCorrectError: `" + parameter.name + "` has the wrong type"}};
+}
+Check isInt(const Parameter& parameter) { return check(checkIsInt, parameter); }
+Check isNumber(const Parameter& parameter) { return check(checkIsNumber, parameter); }
+Check isList(const Parameter& parameter) { return check(checkIsList, parameter); }
+Check isText(const Parameter& parameter) { return check(checkIsText, parameter); }
+
+Request::operator Definition() const {
+    Definition definition{.name = name,
+                          .parameters = parameters.empty() ? parametersOf(fields) : parameters,
+                          .doc = doc,
+                          .returns = reply.returns,
+                          .request = RequestText{nameOf(sends), textOf(fields)}};
+    auto plan = std::make_shared<Plan>(Plan{sends.code, {}, {}, reply, adapt});
+    for (const Check& check : checks) {
+        definition.raises.add({check.raises});
+        Plan::CheckStep step{check.test == nullptr ? Object(py::str(check.method)) : Object(), check.test, {}};
+        for (const std::string& argument : check.arguments) {
+            step.arguments.push_back(indexOf(definition.parameters, argument));
+        }
+        plan->checks.push_back(std::move(step));
+    }
+    for (const Field& field : fields) {
+        const std::string& argument = field.parameter.name;
+        plan->fields.push_back({field, argument.empty() ? 0 : indexOf(definition.parameters, argument)});
+    }
+    definition.body = [plan](const Definition& kept, Op op, Arguments arguments) -> Result {
+        return run(*plan, std::move(op), {arguments, arguments + kept.parameters.size()});
+    };
+    return definition;
+}
+
+}  // namespace zvr::python

@@ -1,0 +1,152 @@
+// Operations that are one exchange, as data: what is checked, what is sent, and how the reply becomes the result.
+#pragma once
+
+#include <functional>
+
+#include "core/wire/commands.h"
+#include "python/definition.h"
+#include "python/values.h"
+
+namespace zvr::python {
+
+/// How an argument is written into a request's data.
+struct Encoding {
+    const char* kind;  ///< for the page of the wire; empty for a plain byte
+    void (*append)(Payload& data, py::handle value, int number);
+    int number = 0;  ///< what `append` knows besides
+};
+
+/// A number of this width, most significant byte first.
+template <class Number>
+struct PackedNumber : Encoding {
+    constexpr explicit PackedNumber(const char* kind)
+        : Encoding{kind, [](Payload& data, py::handle value, int) { data.add(pack<Number>(value)); }} {}
+    /// The same for a payload that is put together by hand.
+    Bytes operator()(py::handle value) const { return pack<Number>(value); }
+    Bytes operator()(int value) const { return pack<Number>(py::int_(value)); }
+};
+
+inline constexpr PackedNumber<std::uint16_t> u16{"u16"};
+inline constexpr PackedNumber<std::uint32_t> u32{"u32"};
+inline constexpr PackedNumber<std::int16_t> i16{"i16"};
+inline constexpr PackedNumber<std::int32_t> i32{"i32"};
+inline constexpr PackedNumber<float> f32{"f32"};
+inline constexpr Encoding u8{"", [](Payload& data, py::handle value, int) {
+                                 if (PyIndex_Check(value.ptr()) == 0) refuseType(nullptr, "an integer", value);
+                                 data.add(value);
+                             }};
+/// A byte of what is one by the host's `int`: a flag, or a number of another type.
+inline constexpr Encoding asInt{"int",
+                                [](Payload& data, py::handle value, int) { data.add(py::int_(borrow(value.ptr()))); }};
+inline constexpr Encoding length{"length",
+                                 [](Payload& data, py::handle value, int) { data.add(py::int_(py::len(value))); }};
+inline constexpr Encoding text{"text", [](Payload& data, py::handle value, int) { data.extend(codePoints(value)); }};
+inline constexpr Encoding bytes{"bytes", [](Payload& data, py::handle value, int) { data.extend(value); }};
+inline constexpr Encoding address{"ip", [](Payload& data, py::handle value, int) { data.extend(addressBytes(value)); }};
+inline constexpr Encoding mac{"mac", [](Payload& data, py::handle value, int) { data.extend(macBytes(value)); }};
+
+/// One piece of a request's data: an argument as it is written, or what no argument gives.
+struct Field {
+    Parameter parameter;  ///< without a name where there is no argument
+    std::string kind;
+    void (*append)(Payload& data, py::handle value, int number);
+    int number;
+};
+
+inline Field operator|(const Parameter& parameter, const Encoding& encoding) {
+    return {parameter, encoding.kind, encoding.append, encoding.number};
+}
+/// A byte that no argument gives.
+Field constant(int value, const std::string& name = {});
+/// A word that no argument gives.
+Field constantWord(int value);
+
+// Checks of one argument's type.
+Check check(void (*test)(py::handle value), const Parameter& parameter);
+Check isInt(const Parameter& parameter);
+Check isNumber(const Parameter& parameter);
+Check isList(const Parameter& parameter);
+Check isText(const Parameter& parameter);
+
+/// A check method that accepts a few integers and raises the failure for others.
+Definition accepting(std::string name, Parameter parameter, FailureId failure, std::vector<int> accepted);
+
+/// How a reply becomes the result. `cut` is for results that are a part of the reply as it is, of its own type.
+struct Reply {
+    std::function<Object(py::handle self, const Bytes& data)> decode;
+    Returns returns;
+    std::function<Object(py::handle self, const Object& reply)> cut = nullptr;
+};
+
+/// 0, or the negative code of the device's refusal, from the status byte at this place of the reply.
+Reply status(std::size_t place);
+/// A byte of the reply as it is.
+Reply byteAt(std::size_t place, std::string doc);
+/// The reply, or a part of it, as text.
+Reply textReply(std::string doc, std::size_t length = std::string::npos, std::size_t from = 0);
+/// Four bytes of the reply as a dotted address.
+Reply addressAt(std::size_t place);
+Reply byteList(std::string doc);
+/// The part of a sequence from a place on, in the sequence's own type.
+Object restOfSequence(const Object& sequence, Py_ssize_t from);
+/// One item of a sequence; an index failure where it ends before.
+Object itemOf(const Object& sequence, Py_ssize_t place);
+/// The reply's bytes from a place on.
+Reply bytesFrom(std::size_t place, std::string doc);
+/// Numbers of the reply, one behind the other; further bytes are ignored.
+template <class Number>
+Reply numbersAt(std::size_t place, std::size_t count, std::string doc) {
+    return {[place, count](py::handle, const Bytes& data) -> Object {
+                py::list numbers;
+                for (std::size_t i = 0; i < count; ++i) {
+                    numbers.append(readBigEndian<Number>(slice(data, place + i * sizeof(Number), sizeof(Number))));
+                }
+                return numbers;
+            },
+            {std::is_floating_point_v<Number> ? "list[float]" : "list[int]", std::move(doc), "the device"}};
+}
+/// A number of the reply; further bytes are ignored.
+template <class Number>
+Reply numberAt(std::size_t place, std::string doc) {
+    return {[place](py::handle, const Bytes& data) -> Object {
+                return py::cast(readBigEndian<Number>(slice(data, place, sizeof(Number))));
+            },
+            {std::is_floating_point_v<Number> ? "float" : "int", std::move(doc), "the device"}};
+}
+/// The same result, also kept in a field of the object.
+Reply kept(std::string field, Reply reply);
+
+/// Changes the arguments of a call before they are checked: a model's own way to count its ports.
+using Adapt = void (*)(py::handle self, std::vector<Object>& arguments);
+
+/// What is sent: a command, with its name where others share its number.
+struct SentCommand {
+    SentCommand(Command command) : code(command) {}  // NOLINT: a request is written with its command
+    SentCommand(Command command, std::string_view name) : code(command), name(name) {}
+    int code;
+    std::string_view name = {};
+};
+
+/// An operation that is one exchange.
+struct Request {
+    std::string name;
+    Parameters parameters = {};  ///< where they are not those of the fields, in order
+    std::vector<Check> checks = {};
+    SentCommand sends;
+    std::vector<Field> fields = {};
+    Reply reply = status(1);  ///< what most writes answer: the port, then the status
+    Adapt adapt = nullptr;
+    std::string doc;
+
+    operator Definition() const;  // NOLINT: a request is a definition, written shorter
+};
+
+/// One exchange with the device, in the form of the operation; gives the reply's data.
+inline Pending exchange(const Op& op, int command, const py::list& data) {
+    return op.requestBy("_echoPacketWithRetry", py::int_(command), data);
+}
+
+/// The status tail of a write: 0, or the negative code of the refusal.
+Object statusOf(ByteView reply, std::size_t place);
+
+}  // namespace zvr::python

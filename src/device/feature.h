@@ -1,0 +1,51 @@
+// How a feature becomes classes: XModule with the blocking forms, XModule_async with the awaitable ones.
+#pragma once
+
+#include "device/exchange.h"
+#include "python/classes.h"
+
+namespace zvr::python {
+
+/// Operations of a class that has the blocking form only.
+void defineOperations(ClassMaker& type, const std::vector<Request>& requests);
+
+/// The classes of a feature: XModule, XModule_async, and for most XBased with what both forms share.
+class Feature {
+public:
+    enum class Base { own, none };
+    Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
+    /// A pair of classes with names and bases of its own; a base without an async variant is a base of both. What both
+    /// forms share goes into both.
+    Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
+
+    /// A check or helper that both forms share.
+    Feature& shared(const Definition& definition) { return addShared(definition, false); }
+    /// A check that needs no object.
+    Feature& standalone(const Definition& definition);
+
+    /// A constructor that does more than to keep what it is given.
+    Feature& constructor(Parameters parameters, Body body);
+    /// A constructor of what both forms share.
+    Feature& basedConstructor(Parameters parameters, Body body);
+    /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
+    Feature& offers(const std::vector<FieldDoc>& fields);
+
+    Feature& field(const FieldDoc& field);
+    /// A property over the object's C++ state, in both forms.
+    Feature& property(const FieldDoc& field, const Body& get, const Body& set);
+
+    /// An operation, in both forms.
+    Feature& operation(const Definition& definition) { return add(definition, Form::blocking); }
+    Feature& operations(const std::vector<Request>& requests);
+    /// The same for an operation whose blocking form takes no timeout.
+    Feature& withoutTimeout(const Definition& definition) { return add(definition, Form::method); }
+
+private:
+    Feature& add(const Definition& definition, Form blockingForm);
+    Feature& addShared(const Definition& definition, bool intoBoth);
+
+    std::optional<ClassMaker> based_;
+    ClassMaker blocking_, async_;
+};
+
+}  // namespace zvr::python
