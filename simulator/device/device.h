@@ -11,8 +11,8 @@
 
 #include "core/wire/commands.h"
 #include "core/wire/frame.h"
-#include "device/agenda.h"
 #include "device/models.h"
+#include "device/scheduler.h"
 #include "modules/peers.h"
 #include "physics/oscillator.h"
 #include "physics/track.h"
@@ -114,7 +114,7 @@ public:
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
-    /// Sends a frame that nobody has asked for to whoever listens.
+    /// Sends an unsolicited frame to whoever listens.
     bool stream(int command, ByteView data) {
         return streamFrame(command, std::make_shared<const Bytes>(buildFrame(command, data)));
     }
@@ -133,7 +133,7 @@ public:
     }
 
     /// What is to be done later.
-    Agenda agenda;
+    Scheduler scheduler;
 
     /// What is at the analog inputs.
     Signals signals;

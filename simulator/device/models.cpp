@@ -64,8 +64,8 @@ constexpr Module system{"System", addSystem}, network{"Network", addNetwork}, wi
     spi{"SPI", addSpi}, can{"CAN", addCan}, ai{"AI", addAnalogInput}, ai24{"AI24BitStreaming", addAnalogInput},
     currents{"AI24Bit", addAnalogInput}, ao{"AO", addAnalogOutput}, aoStreaming{"AOStreaming", addAnalogOutput},
     thermocouple{"Thermocouple", addThermocouples}, rtd{"ThermalResistance", addResistanceThermometers},
-    ahrs{"AHRS", addAttitude}, relay{"Relay", addRelay}, dpot{"DPOT", addPotentiometer}, mcx514{"MCX514", addMotion},
-    tmc5240{"TMC5240", addStepper}, drone{"Drone", addDrone};
+    ahrs{"AHRS", addAttitude}, relay{"Relay", addRelay}, dpot{"DPOT", addPotentiometer}, mcx514{"MCX514", addMcx514},
+    tmc5240{"TMC5240", addTmc5240}, drone{"Drone", addDrone};
 
 // clang-format off
 const std::vector<Model>& table() {

@@ -33,7 +33,7 @@ void addAttitude(Device& device);
 void addRelay(Device& device);
 void addPotentiometer(Device& device);
 void addDrone(Device& device);
-void addMotion(Device& device);
-void addStepper(Device& device);
+void addMcx514(Device& device);
+void addTmc5240(Device& device);
 
 }  // namespace zvr::sim

@@ -72,7 +72,9 @@ SerialLine::SerialLine(asio::io_context& context, Device& device, const Options&
                                                                  .isLine = true,
                                                                  .onArrival = [this] { followClients(); },
                                                                  .onRoom = [&device] { device.tellRoom(); }});
-    device.streamFrame = [this](int command, const Frame& frame) { return connection_->sendUnasked(command, frame); };
+    device.streamFrame = [this](int command, const Frame& frame) {
+        return connection_->sendUnsolicited(command, frame);
+    };
     device.hasRoom = [this] { return connection_->hasRoom(); };
     restart();
     connection_->read();

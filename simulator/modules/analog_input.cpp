@@ -11,7 +11,7 @@ namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 using Choice = AnalogInputs::Choice;
 
 enum Mode : std::uint8_t { onDemand = 0, someSamples = 1, continuous = 2 };

@@ -15,7 +15,9 @@ constexpr std::size_t mostPushed = 13;
 struct Output {
     explicit Output(const AnalogOutputs& outputs) : port(outputs) {
         for (std::size_t channel = 0; channel < voltages.size(); ++channel) {
-            voltages[channel] = [this, channel](Agenda::Clock::time_point time) { return port.valueAt(channel, time); };
+            voltages[channel] = [this, channel](Scheduler::Clock::time_point time) {
+                return port.valueAt(channel, time);
+            };
         }
     }
     Output(const Output&) = delete;
@@ -197,7 +199,7 @@ void addReads(const Commands& commands) {
     });
     commands.onRead(GET_AO_VALUES, 1 + mostAnalogChannels * 4, [](OutputPort& port) {
         Bytes data{0};  // the chip select
-        const Agenda::Clock::time_point now = Agenda::Clock::now();
+        const Scheduler::Clock::time_point now = Scheduler::Clock::now();
         for (std::size_t channel = 0; channel < mostAnalogChannels; ++channel) {
             appendBigEndian(data, static_cast<float>(port.valueAt(channel, now)));
         }

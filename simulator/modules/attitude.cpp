@@ -3,7 +3,7 @@
 
 #include "device/modules.h"
 #include "modules/channels.h"
-#include "physics/sway.h"
+#include "physics/imu_motion.h"
 
 namespace zvr::sim {
 
@@ -38,18 +38,18 @@ public:
         return true;
     }
 
-    Sway sensors() const { return swayAt(device_->seconds(), gravity_); }
+    ImuMotion sensors() const { return imuMotionAt(device_->seconds(), gravity_); }
 
     /// Estimates follow what turns at once. What was wrong with the orientation at the start decays as gravity and the
     /// magnetic field show it.
-    Sway estimates() const {
+    ImuMotion estimates() const {
         const double now = begin_ + std::floor((device_->seconds() - begin_) / period_) * period_;
-        Sway sway = swayAt(now, gravity_);
-        const Vector unknown = swayAt(begin_, gravity_).angles;
+        ImuMotion motion = imuMotionAt(now, gravity_);
+        const Vector unknown = imuMotionAt(begin_, gravity_).angles;
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            sway.angles[axis] -= unknown[axis] * std::exp((begin_ - now) / decay_[axis]);
+            motion.angles[axis] -= unknown[axis] * std::exp((begin_ - now) / decay_[axis]);
         }
-        return sway;
+        return motion;
     }
 
 private:
@@ -71,11 +71,11 @@ Bytes vectorsOf(Bytes data, const std::vector<Vector>& vectors, bool shown) {
 }
 
 Bytes estimatesOf(std::uint8_t port, const Unit& unit, std::uint8_t mask) {
-    const Sway sway = unit.estimates();
+    const ImuMotion motion = unit.estimates();
     std::vector<Vector> vectors;
-    if ((mask & orientationBit) != 0) vectors.push_back(sway.angles);
-    if ((mask & angularVelocityBit) != 0) vectors.push_back(sway.angularVelocity);
-    if ((mask & accelerationBit) != 0) vectors.push_back(sway.acceleration);
+    if ((mask & orientationBit) != 0) vectors.push_back(motion.angles);
+    if ((mask & angularVelocityBit) != 0) vectors.push_back(motion.angularVelocity);
+    if ((mask & accelerationBit) != 0) vectors.push_back(motion.acceleration);
     return vectorsOf({port, mask}, vectors, unit.stage() == Stage::started);
 }
 
@@ -101,8 +101,8 @@ void addAttitude(Device& device) {
     device.onPort(AHRS_GET_ESTIMATES,
                   [unit](std::uint8_t port, ByteView rest) { return estimatesOf(port, unit(), slice(rest, 0, 1)[0]); });
     device.onPort(AHRS_GET_RAW_DATA, [unit](std::uint8_t port, ByteView) {
-        const Sway sway = unit().sensors();
-        return vectorsOf({port}, {sway.acceleration, sway.angularVelocity, sway.magneticField},
+        const ImuMotion motion = unit().sensors();
+        return vectorsOf({port}, {motion.acceleration, motion.angularVelocity, motion.magneticField},
                          unit().stage() != Stage::closed);
     });
 }

@@ -11,15 +11,16 @@ namespace zvr::sim {
 /// One action that is due later; set anew, it is due at the new time only.
 class Alarm {
 public:
-    Alarm(Agenda& agenda, std::function<void()> action) : agenda_(agenda), state_(std::make_shared<State>()) {
+    Alarm(Scheduler& scheduler, std::function<void()> action)
+        : scheduler_(scheduler), state_(std::make_shared<State>()) {
         state_->action = std::move(action);
     }
 
     void cancel() { state_->due.reset(); }
-    void set(Agenda::Clock::time_point due) {
+    void set(Scheduler::Clock::time_point due) {
         if (state_->due == due) return;
         state_->due = due;
-        agenda_.at(due, [weak = std::weak_ptr(state_), due] {
+        scheduler_.at(due, [weak = std::weak_ptr(state_), due] {
             const auto state = weak.lock();
             if (!state || state->due != due) return;
             state->due.reset();
@@ -29,11 +30,11 @@ public:
 
 private:
     struct State {
-        std::optional<Agenda::Clock::time_point> due;
+        std::optional<Scheduler::Clock::time_point> due;
         std::function<void()> action;
     };
 
-    Agenda& agenda_;
+    Scheduler& scheduler_;
     std::shared_ptr<State> state_;
 };
 

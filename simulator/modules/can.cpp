@@ -9,7 +9,7 @@ namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 
 // The identifier as it travels: its upper 11 bits, the marks of remote and extended frames, and its lower 18 bits.
 constexpr std::uint32_t remoteMark = 1U << 20, extendedMark = 1U << 19, highBits = 0x7FFU << 21, lowBits = 0x3FFFF;
@@ -94,7 +94,7 @@ public:
     static constexpr std::size_t filterCount = 6, maskCount = 2;
 
     Port(Device& device, int number)
-        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.agenda, [this] { advance(); }) {
+        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.scheduler, [this] { advance(); }) {
         for (const Peer& peer : device.peers.at(Bus::can, number)) {
             if (peer.kind == PeerKind::cyclic) {
                 const auto id = peer.number<std::uint32_t>(1);

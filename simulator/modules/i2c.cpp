@@ -75,14 +75,14 @@ private:
 
     std::array<std::uint8_t, 2> now() const {
         constexpr double period = 60, swing = 5, steps = 8;
-        const double seconds = std::chrono::duration<double>(Agenda::Clock::now() - start_).count();
+        const double seconds = std::chrono::duration<double>(Scheduler::Clock::now() - start_).count();
         const double degrees = degrees_ + swing * std::sin(2 * std::numbers::pi * seconds / period);
         const int value = static_cast<int>(std::lround(degrees * steps)) * 32;
         return {static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};
     }
 
     const double degrees_;
-    const Agenda::Clock::time_point start_ = Agenda::Clock::now();
+    const Scheduler::Clock::time_point start_ = Scheduler::Clock::now();
     std::array<std::array<std::uint8_t, 2>, 4> registers_{{{}, {}, {75, 0}, {80, 0}}};
     std::size_t register_ = 0, half_ = 0;
 };

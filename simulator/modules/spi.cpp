@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    using Clock = Agenda::Clock;
+    using Clock = Scheduler::Clock;
 
     enum Code : std::uint8_t {
         program = 0x02,

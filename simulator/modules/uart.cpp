@@ -12,7 +12,7 @@ namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 
 class Partner {
 public:
@@ -118,7 +118,7 @@ std::unique_ptr<Partner> partnerOf(const Peer& peer) {
 class Port {
 public:
     Port(Device& device, int number)
-        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.agenda, [this] { advance(); }) {
+        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.scheduler, [this] { advance(); }) {
         for (const Peer& peer : device.peers.at(Bus::uart, number)) partner_ = partnerOf(peer);
         device.onRoom([this] {
             if (std::exchange(waits_, false)) alarm_.set(Clock::now());

@@ -81,7 +81,7 @@ void SampleRun::resume() {
 void SampleRun::schedule(Clock::time_point due) {
     if (due_ == due) return;
     due_ = due;
-    device_.agenda.at(due, [weak = weak_from_this(), due] {
+    device_.scheduler.at(due, [weak = weak_from_this(), due] {
         const auto run = weak.lock();
         if (!run || run->due_ != due) return;
         run->due_.reset();

@@ -13,9 +13,9 @@
 
 namespace zvr::sim {
 
-class MotionChip {
+class MCX514 {
 public:
-    explicit MotionChip(const Tracks& tracks) : tracks_(tracks) { reset(); }
+    explicit MCX514(const Tracks& tracks) : tracks_(tracks) { reset(); }
 
     /// The value of a read, 0 after a command, nothing if it is refused. Bit i of the mask is axis i.
     std::optional<std::uint32_t> run(std::uint8_t code, std::uint8_t mask, std::uint32_t data, double now);

@@ -8,7 +8,7 @@
 #include <map>
 
 #include "device/modules.h"
-#include "physics/motion_chip.h"
+#include "physics/mcx514.h"
 
 namespace zvr::sim {
 
@@ -27,9 +27,9 @@ bool isThere(Device& device, std::uint8_t connector) {
 }  // namespace
 
 /// Each connector that is there has a chip of its own, which is new after a restart.
-void addMotion(Device& device) {
+void addMcx514(Device& device) {
     using Clock = std::chrono::steady_clock;
-    const auto chips = std::make_shared<std::map<std::uint8_t, MotionChip>>();
+    const auto chips = std::make_shared<std::map<std::uint8_t, MCX514>>();
     device.onReboot([chips] { chips->clear(); });
     device.on(MOTION, [&device, chips, start = Clock::now()](ByteView data) {
         Bytes header(data.begin(), data.end());
@@ -44,7 +44,7 @@ void addMotion(Device& device) {
             chips->erase(data[0]);
             return refuse(Status::notEnabled);
         }
-        MotionChip& chip = chips->try_emplace(data[0], device.tracks).first->second;
+        MCX514& chip = chips->try_emplace(data[0], device.tracks).first->second;
         const double now = std::chrono::duration<double>(Clock::now() - start).count();
         const auto value = chip.run(data[1], data[2], readBigEndian<std::uint32_t>(data.subspan(headerWidth)), now);
         return value ? answer(*value) : refuse(Status::motion);

@@ -1,4 +1,4 @@
-#include "physics/motion_chip.h"
+#include "physics/mcx514.h"
 
 #include <algorithm>
 #include <bit>
@@ -77,7 +77,7 @@ std::int64_t counted(std::int64_t count, std::uint32_t most) {
 
 }  // namespace
 
-struct MotionChip::Event {
+struct MCX514::Event {
     double time;
     std::function<void()> action{};
 
@@ -88,7 +88,7 @@ struct MotionChip::Event {
     }
 };
 
-void MotionChip::reset() {
+void MCX514::reset() {
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         const std::int64_t here = position(axis);  // the motor stays where it is
         axes_[axis] = Axis{};
@@ -104,7 +104,7 @@ void MotionChip::reset() {
     calculated_ = -forever;
 }
 
-std::optional<std::uint32_t> MotionChip::run(std::uint8_t code, std::uint8_t mask, std::uint32_t data, double now) {
+std::optional<std::uint32_t> MCX514::run(std::uint8_t code, std::uint8_t mask, std::uint32_t data, double now) {
     advance(now);
     if (!isIn(known, code)) return std::nullopt;
     mask &= 15;
@@ -128,7 +128,7 @@ std::optional<std::uint32_t> MotionChip::run(std::uint8_t code, std::uint8_t mas
 
 // --- what happens by itself
 
-void MotionChip::advance(double now) {
+void MCX514::advance(double now) {
     for (int most = 0; most < mostEvents; ++most) {
         Event first{now};
         for (std::size_t axis = 0; axis < axisCount; ++axis) {
@@ -142,7 +142,7 @@ void MotionChip::advance(double now) {
     clock_ = now;
 }
 
-void MotionChip::findEvents(std::size_t axis, Event& first) {
+void MCX514::findEvents(std::size_t axis, Event& first) {
     const Axis& state = axes_[axis];
     if (state.timerStart) {
         const double period = std::max<double>(state.values[timer], 1) * 1e-6;
@@ -189,16 +189,16 @@ void MotionChip::findEvents(std::size_t axis, Event& first) {
 }
 
 // Where on the track a counter has the value of a register.
-double MotionChip::placeOf(const Axis& axis, std::size_t code, bool ofReal) {
+double MCX514::placeOf(const Axis& axis, std::size_t code, bool ofReal) {
     const std::int64_t value = axis.signedValue(code);
     return static_cast<double>(ofReal ? axis.realSign() * (value - axis.realBase) : value - axis.logicalBase);
 }
 
-bool MotionChip::waitsFor(const Axis& axis, std::size_t sync, int cause) {
+bool MCX514::waitsFor(const Axis& axis, std::size_t sync, int cause) {
     return (axis.syncs >> sync & 1) != 0 && (axis.values[sync0 + sync] & 15) == static_cast<unsigned>(cause);
 }
 
-void MotionChip::findComparisons(std::size_t axis, Event& first) {
+void MCX514::findComparisons(std::size_t axis, Event& first) {
     const Axis& state = axes_[axis];
     const double here = exactPlace(axis);
     for (std::size_t sync = 0; sync < 4; ++sync) {
@@ -218,7 +218,7 @@ void MotionChip::findComparisons(std::size_t axis, Event& first) {
 }
 
 // The capture input is high in the first half of each revolution.
-void MotionChip::findEdges(std::size_t axis, Event& first) {
+void MCX514::findEdges(std::size_t axis, Event& first) {
     const Track& track = tracks_[axis];
     const double here = exactPlace(axis), half = track.revolution / 2;
     for (const int cause : {rises, falls}) {
@@ -235,7 +235,7 @@ void MotionChip::findEdges(std::size_t axis, Event& first) {
 }
 
 // When a driving axis gets to a place on its track.
-std::optional<double> MotionChip::crossing(std::size_t axis, double place, Crossing direction) const {
+std::optional<double> MCX514::crossing(std::size_t axis, double place, Crossing direction) const {
     const Drive& drive = *axes_[axis].drive;
     const double from = clock_ - drive.start;
     std::vector<double> times = drive.profile.times(from);
@@ -251,10 +251,10 @@ std::optional<double> MotionChip::crossing(std::size_t axis, double place, Cross
     return time ? std::optional(*time + drive.start) : std::nullopt;
 }
 
-void MotionChip::fire(std::size_t axis, int cause, std::uint8_t which) { causes_.push_back({axis, cause, which}); }
+void MCX514::fire(std::size_t axis, int cause, std::uint8_t which) { causes_.push_back({axis, cause, which}); }
 
 // What follows from what has happened, which may go on without end.
-void MotionChip::follow() {
+void MCX514::follow() {
     for (int most = 0; !causes_.empty() && most < mostEvents; ++most) {
         const auto [axis, cause, which] = causes_.front();
         causes_.pop_front();
@@ -269,7 +269,7 @@ void MotionChip::follow() {
     causes_.clear();
 }
 
-void MotionChip::act(std::size_t axis, std::size_t sync) {
+void MCX514::act(std::size_t axis, std::size_t sync) {
     Axis& state = axes_[axis];
     std::uint32_t& word = state.values[multiPurpose0 + sync];
     state.events |= static_cast<std::uint16_t>(1 << (syncDone + sync));
@@ -294,7 +294,7 @@ void MotionChip::act(std::size_t axis, std::size_t sync) {
 
 // --- drives
 
-Ramp MotionChip::rampOf(const Axis& axis) const {
+Ramp MCX514::rampOf(const Axis& axis) const {
     const bool asymmetric = axis.has(3, 1), curved = axis.has(3, 2);
     const auto value = [&](Value code) { return static_cast<double>(axis.values[code]); };
     return {value(initialSpeed),
@@ -305,11 +305,11 @@ Ramp MotionChip::rampOf(const Axis& axis) const {
             !curved ? 0 : value(asymmetric ? decelerationJerk : accelerationJerk)};
 }
 
-double MotionChip::gone(const Drive& drive) const {
+double MCX514::gone(const Drive& drive) const {
     return std::min(drive.profile.at(clock_ - drive.start).position, drive.path.length);
 }
 
-std::int64_t MotionChip::position(std::size_t axis) const {
+std::int64_t MCX514::position(std::size_t axis) const {
     const Axis& state = axes_[axis];
     if (!state.drive) return state.position;
     const Drive& drive = *state.drive;
@@ -319,25 +319,25 @@ std::int64_t MotionChip::position(std::size_t axis) const {
 }
 
 // Between pulses, since a pulse is counted a little early.
-double MotionChip::exactPlace(std::size_t axis) const {
+double MCX514::exactPlace(std::size_t axis) const {
     const Drive& drive = *axes_[axis].drive;
     return static_cast<double>(drive.origins[axis]) + drive.path.at(axis, gone(drive));
 }
 
-std::int64_t MotionChip::logical(std::size_t axis) const {
+std::int64_t MCX514::logical(std::size_t axis) const {
     return counted(position(axis) + axes_[axis].logicalBase, axes_[axis].values[logicalMost]);
 }
 
-std::int64_t MotionChip::real(std::size_t axis) const {
+std::int64_t MCX514::real(std::size_t axis) const {
     const Axis& state = axes_[axis];
     return counted(state.realSign() * position(axis) + state.realBase, state.values[realMost]);
 }
 
-double MotionChip::speed(const Axis& axis) const {
+double MCX514::speed(const Axis& axis) const {
     return axis.drive ? std::abs(axis.drive->profile.at(clock_ - axis.drive->start).speed) : 0;
 }
 
-void MotionChip::plan(Drive& drive, double position, double speed) {
+void MCX514::plan(Drive& drive, double position, double speed) {
     drive.start = clock_;
     drive.profile = Profile(position, speed);
     if (std::isfinite(drive.target)) {
@@ -347,7 +347,7 @@ void MotionChip::plan(Drive& drive, double position, double speed) {
     }
 }
 
-bool MotionChip::begin(Drive drive, double speed) {
+bool MCX514::begin(Drive drive, double speed) {
     bool jammed = false;
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         if ((drive.mask >> axis & 1) == 0) continue;
@@ -369,7 +369,7 @@ bool MotionChip::begin(Drive drive, double speed) {
     return true;
 }
 
-bool MotionChip::startMove(std::size_t axis, std::uint8_t code) {
+bool MCX514::startMove(std::size_t axis, std::uint8_t code) {
     const Axis& state = axes_[axis];
     Drive drive{1U << axis, axis, freePath(), forever, rampOf(state)};
     if (code == onPlus || code == onMinus) {
@@ -382,7 +382,7 @@ bool MotionChip::startMove(std::size_t axis, std::uint8_t code) {
     return begin(std::move(drive));
 }
 
-bool MotionChip::startSearch(std::size_t axis) {
+bool MCX514::startSearch(std::size_t axis) {
     const Axis& state = axes_[axis];
     const Track& track = tracks_[axis];
     const std::uint32_t mode = state.values[homeMode1];
@@ -406,7 +406,7 @@ bool MotionChip::startSearch(std::size_t axis) {
     return begin(std::move(drive));
 }
 
-bool MotionChip::startInterpolation(std::uint8_t code) {
+bool MCX514::startInterpolation(std::uint8_t code) {
     const std::uint32_t mode = shared_[interpolationMode];
     const unsigned mask = mode & 15;
     if (mask == 0) return false;
@@ -458,7 +458,7 @@ bool MotionChip::startInterpolation(std::uint8_t code) {
 }
 
 // The registers have changed on the way.
-void MotionChip::override(std::size_t axis) {
+void MCX514::override(std::size_t axis) {
     const Axis& state = axes_[axis];
     if (!state.drive || !state.drive->overridable || state.drive->main != axis) return;
     Drive& drive = *state.drive;
@@ -467,7 +467,7 @@ void MotionChip::override(std::size_t axis) {
     plan(drive, now.position, now.speed);
 }
 
-void MotionChip::changeSpeed(std::size_t axis, double change) {
+void MCX514::changeSpeed(std::size_t axis, double change) {
     const auto drive = axes_[axis].drive;
     if (!drive || !drive->overridable) return;
     const Movement now = drive->profile.at(clock_ - drive->start);
@@ -475,7 +475,7 @@ void MotionChip::changeSpeed(std::size_t axis, double change) {
     plan(*drive, now.position, now.speed);
 }
 
-void MotionChip::stop(std::size_t axis, bool atOnce) {
+void MCX514::stop(std::size_t axis, bool atOnce) {
     const auto drive = axes_[axis].drive;
     if (!drive) return;
     drive->overridable = drive->watchesLimits = drive->homes = false;
@@ -487,7 +487,7 @@ void MotionChip::stop(std::size_t axis, bool atOnce) {
     drive->profile.stop(drive->ramp);
 }
 
-void MotionChip::finish(const std::shared_ptr<Drive>& drive) {
+void MCX514::finish(const std::shared_ptr<Drive>& drive) {
     const double last = drive->stops ? 0 : drive->profile.end().speed;
     for (std::size_t axis = 0; axis < axisCount; ++axis) {
         Axis& state = axes_[axis];
@@ -515,7 +515,7 @@ void MotionChip::finish(const std::shared_ptr<Drive>& drive) {
 
 // --- commands
 
-bool MotionChip::commandChip(std::uint8_t code, std::uint32_t data) {
+bool MCX514::commandChip(std::uint8_t code, std::uint32_t data) {
     switch (code) {
         case decelerate:
         case doNotDecelerate: decelerates_ = code == decelerate; return true;
@@ -555,7 +555,7 @@ bool MotionChip::commandChip(std::uint8_t code, std::uint32_t data) {
     return true;
 }
 
-bool MotionChip::command(std::size_t axis, std::uint8_t code, std::uint32_t data) {
+bool MCX514::command(std::size_t axis, std::uint8_t code, std::uint32_t data) {
     Axis& state = axes_[axis];
     if (code < state.values.size()) {
         write(axis, code, data);
@@ -609,7 +609,7 @@ bool MotionChip::command(std::size_t axis, std::uint8_t code, std::uint32_t data
     return true;
 }
 
-void MotionChip::write(std::size_t axis, std::uint8_t code, std::uint32_t data) {
+void MCX514::write(std::size_t axis, std::uint8_t code, std::uint32_t data) {
     Axis& state = axes_[axis];
     const auto number = static_cast<std::int32_t>(data);
     const bool changes = state.values[code] != data;
@@ -628,7 +628,7 @@ void MotionChip::write(std::size_t axis, std::uint8_t code, std::uint32_t data) 
     if (code < finishPoint && changes) override(axis);
 }
 
-void MotionChip::writeMode(std::size_t axis, int mode, std::uint16_t word) {
+void MCX514::writeMode(std::size_t axis, int mode, std::uint16_t word) {
     Axis& state = axes_[axis];
     const std::int64_t before = state.realSign() * position(axis);
     const unsigned changed = state.modes[mode] ^ word;
@@ -639,13 +639,13 @@ void MotionChip::writeMode(std::size_t axis, int mode, std::uint16_t word) {
 
 // --- what is read
 
-bool MotionChip::inPosition(const Axis& axis) const { return !axis.drive && clock_ >= axis.stopped + settling; }
+bool MCX514::inPosition(const Axis& axis) const { return !axis.drive && clock_ >= axis.stopped + settling; }
 
-bool MotionChip::alarm(std::size_t axis) const {
+bool MCX514::alarm(std::size_t axis) const {
     return std::abs(static_cast<double>(position(axis))) >= tracks_[axis].alarmAt;
 }
 
-std::uint32_t MotionChip::splits(std::size_t axis) const {
+std::uint32_t MCX514::splits(std::size_t axis) const {
     const Axis& state = axes_[axis];
     if (!state.splitFrom) return state.splits;
     const std::int64_t period = std::max<std::int64_t>(state.values[split1] & 0xFFFF, 1);
@@ -654,7 +654,7 @@ std::uint32_t MotionChip::splits(std::size_t axis) const {
     return static_cast<std::uint32_t>(std::min<std::int64_t>(pulses, most));
 }
 
-std::uint32_t MotionChip::readInputs(std::size_t axis) const {
+std::uint32_t MCX514::readInputs(std::size_t axis) const {
     const Axis& state = axes_[axis];
     const Track& track = tracks_[axis];
     const auto here = static_cast<double>(position(axis));
@@ -676,7 +676,7 @@ std::uint32_t MotionChip::readInputs(std::size_t axis) const {
     return word;
 }
 
-std::uint32_t MotionChip::readState(std::size_t axis) const {
+std::uint32_t MCX514::readState(std::size_t axis) const {
     const Axis& state = axes_[axis];
     std::uint32_t word = static_cast<std::uint32_t>(state.syncs) << 10;
     if (state.held) word |= 1 << 7;
@@ -686,7 +686,7 @@ std::uint32_t MotionChip::readState(std::size_t axis) const {
     return word | (change > 0 ? 1 : change == 0 ? 2 : 4);
 }
 
-std::uint32_t MotionChip::readMainStatus() const {
+std::uint32_t MCX514::readMainStatus() const {
     std::uint32_t word = 0;
     for (std::size_t i = 0; i < axisCount; ++i) {
         const Axis& axis = axes_[i];
@@ -699,7 +699,7 @@ std::uint32_t MotionChip::readMainStatus() const {
     return word | static_cast<std::uint32_t>(queue_.size()) << 12;
 }
 
-std::uint32_t MotionChip::read(std::uint8_t code, std::size_t axis, std::uint32_t data) {
+std::uint32_t MCX514::read(std::uint8_t code, std::size_t axis, std::uint32_t data) {
     Axis& state = axes_[axis];
     const auto pair = [this](std::size_t first) {
         return static_cast<std::uint32_t>(axes_[first].outputs | axes_[first + 1].outputs << 8);

@@ -1,10 +1,7 @@
-#include "physics/stepper.h"
+#include "physics/tmc5240.h"
 
 #include <cmath>
-#include <memory>
 #include <utility>
-
-#include "device/modules.h"
 
 namespace zvr::sim {
 
@@ -38,7 +35,7 @@ std::uint32_t wordOf(double value) { return static_cast<std::uint32_t>(std::llro
 
 }  // namespace
 
-void Stepper::reset() {
+void TMC5240::reset() {
     const auto here = static_cast<double>(steps());
     registers_.fill(0);
     for (const auto& [address, value] : defaults) registers_[address] = value;
@@ -50,14 +47,14 @@ void Stepper::reset() {
     scans_ = resets_ = false;
 }
 
-std::int64_t Stepper::steps() const { return std::llround(place()); }
+std::int64_t TMC5240::steps() const { return std::llround(place()); }
 
-Ramp Stepper::ramp() const {
+Ramp TMC5240::ramp() const {
     return {static_cast<double>(registers_[VSTART]), static_cast<double>(registers_[VMAX]),
             static_cast<double>(registers_[AMAX]), static_cast<double>(registers_[DMAX])};
 }
 
-void Stepper::advance(double now) {
+void TMC5240::advance(double now) {
     for (int most = 0; most < mostLegs; ++most) {
         double time = start_ + profile_.duration();
         Process process = Process::done;
@@ -88,7 +85,7 @@ void Stepper::advance(double now) {
 }
 
 // Stands here from now on.
-void Stepper::halt(Process process) {
+void TMC5240::halt(Process process) {
     profile_ = Profile(static_cast<double>(steps()));
     if (process == Process::done && resets_) zero_ = encoderZero_ = -steps();
     if (process_ == Process::running) {
@@ -101,7 +98,7 @@ void Stepper::halt(Process process) {
 }
 
 // Follows the registers, from where and as fast as it is.
-void Stepper::plan() {
+void TMC5240::plan() {
     const Movement now = movement();
     start_ = clock_;
     profile_ = Profile(now.position, now.speed);
@@ -116,7 +113,7 @@ void Stepper::plan() {
     }
 }
 
-bool Stepper::begin(const Ramp& ramp) {
+bool TMC5240::begin(const Ramp& ramp) {
     if (!(ramp.speed > 0 && ramp.acceleration > 0 && ramp.deceleration > 0)) return false;
     registers_[VMAX] = wordOf(ramp.speed);
     registers_[AMAX] = wordOf(ramp.acceleration);
@@ -127,14 +124,14 @@ bool Stepper::begin(const Ramp& ramp) {
     return true;
 }
 
-bool Stepper::run(int direction, const Ramp& ramp) {
+bool TMC5240::run(int direction, const Ramp& ramp) {
     if (!begin(ramp)) return false;
     registers_[RAMPMODE] = direction > 0 ? upwards : downwards;
     plan();
     return true;
 }
 
-bool Stepper::moveTo(std::int32_t position, const Ramp& ramp) {
+bool TMC5240::moveTo(std::int32_t position, const Ramp& ramp) {
     if (!begin(ramp)) return false;
     registers_[RAMPMODE] = toTarget;
     registers_[XTARGET] = static_cast<std::uint32_t>(position);
@@ -142,14 +139,14 @@ bool Stepper::moveTo(std::int32_t position, const Ramp& ramp) {
     return true;
 }
 
-bool Stepper::scan(std::int32_t from, std::int32_t to, const Ramp& ramp) {
+bool TMC5240::scan(std::int32_t from, std::int32_t to, const Ramp& ramp) {
     if (from == to || !moveTo(from, ramp)) return false;
     turningPoints_ = {from, to};
     scans_ = true;
     return true;
 }
 
-bool Stepper::seek(const Search& search, const Ramp& ramp) {
+bool TMC5240::seek(const Search& search, const Ramp& ramp) {
     if (!begin(ramp)) return false;
     const Movement now = movement();
     start_ = clock_;
@@ -163,7 +160,7 @@ bool Stepper::seek(const Search& search, const Ramp& ramp) {
     return true;
 }
 
-void Stepper::stop() {
+void TMC5240::stop() {
     const Movement now = movement();
     start_ = clock_;
     profile_ = Profile(now.position, now.speed);
@@ -173,25 +170,25 @@ void Stepper::stop() {
     scans_ = resets_ = false;
 }
 
-std::uint16_t Stepper::switches() const {
+std::uint16_t TMC5240::switches() const {
     const auto here = static_cast<double>(steps());
     const bool closed[] = {track_.forward().holds(here), track_.reverse().holds(here), track_.home().holds(here)};
     return static_cast<std::uint16_t>(closed[0] | closed[1] << 1 | closed[2] << 2);
 }
 
-std::uint8_t Stepper::status() const {
+std::uint8_t TMC5240::status() const {
     const std::uint32_t ramp = read(RAMPSTAT);
     return static_cast<std::uint8_t>((registers_[GSTAT] & 3) | (ramp >> 10 & 1) << 3 | (ramp >> 8 & 3) << 4 |
                                      (ramp & 3) << 6);
 }
 
-Bytes Stepper::parameters() const {
+Bytes TMC5240::parameters() const {
     Bytes data;
     for (const auto& entry : defaults) appendBigEndian(data, read(entry.address));
     return data;
 }
 
-std::uint32_t Stepper::read(std::uint8_t address) const {
+std::uint32_t TMC5240::read(std::uint8_t address) const {
     const Movement now = movement();
     switch (address) {
         case XACTUAL: return static_cast<std::uint32_t>(steps() + zero_);
@@ -211,7 +208,7 @@ std::uint32_t Stepper::read(std::uint8_t address) const {
     }
 }
 
-void Stepper::write(std::uint8_t address, std::uint32_t value) {
+void TMC5240::write(std::uint8_t address, std::uint32_t value) {
     const std::int64_t encoder = read(XENC);
     const auto number = static_cast<std::int32_t>(value);
     std::uint32_t& word = registers_.at(address);
@@ -238,135 +235,6 @@ void Stepper::write(std::uint8_t address, std::uint32_t value) {
         scans_ = resets_ = false;
     }
     plan();
-}
-
-// --- its commands
-
-namespace {
-
-constexpr std::uint8_t limitPort = 1, servoPort = 2;
-
-/// The numbers of a payload, one after the other.
-class Fields {
-public:
-    explicit Fields(ByteView data) : rest_(data) {}
-    template <class Number>
-    Number next() {
-        const auto number = readBigEndian<Number>(slice(rest_, 0, sizeof(Number)));
-        rest_ = rest_.subspan(sizeof(Number));
-        return number;
-    }
-    double speed() { return next<std::uint32_t>(); }
-    int direction() { return next<std::uint8_t>() == 0 ? 1 : -1; }
-
-private:
-    ByteView rest_;
-};
-
-Bytes behind(const std::array<std::uint8_t, 3>& header, Bytes rest) {
-    rest.insert(rest.begin(), header.begin(), header.end());
-    return rest;
-}
-
-bool findHome(Stepper& stepper, Fields fields, bool ofIndex) {
-    const double speed = fields.speed(), approach = fields.speed(), rate = fields.speed();
-    const int direction = fields.direction(), finalDirection = fields.direction();
-    const auto offset = fields.next<std::int32_t>();
-    const bool resets = fields.next<std::uint8_t>() != 0;
-    const double index = stepper.track().indexBehind(stepper.place(), direction);
-    const Zone zone = ofIndex ? Zone{index, index} : stepper.track().home();
-    return stepper.seek({zone, direction, finalDirection, approach, static_cast<double>(offset), resets, false},
-                        {0, speed, rate, rate});
-}
-
-bool findLimit(Stepper& stepper, Fields fields) {
-    const int direction = fields.direction();
-    const double speed = fields.speed(), approach = fields.speed(), rate = fields.speed();
-    const auto offset = fields.next<std::int32_t>();
-    const bool resets = fields.next<std::uint8_t>() != 0;
-    const Zone zone = direction > 0 ? stepper.track().forward() : stepper.track().reverse();
-    return stepper.seek({zone, direction, direction, approach, static_cast<double>(offset), resets, true},
-                        {0, speed, rate, rate});
-}
-
-bool moveBySteps(Stepper& stepper, Fields fields) {
-    const auto position = fields.next<std::uint32_t>();
-    const double speed = fields.speed(), acceleration = fields.speed(), deceleration = fields.speed();
-    const auto mode = fields.next<std::uint8_t>();
-    if (mode > 1) return false;
-    const std::uint32_t from = mode == 1 ? stepper.read(XACTUAL) : 0;
-    return stepper.moveTo(static_cast<std::int32_t>(from + position), {0, speed, acceleration, deceleration});
-}
-
-}  // namespace
-
-void addStepper(Device& device) {
-    const auto stepper = std::make_shared<Stepper>(device.tracks[0]);
-    const auto current = [stepper, start = std::chrono::steady_clock::now()]() -> Stepper& {
-        stepper->advance(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-        return *stepper;
-    };
-    device.onReboot([current] { current().reset(); });
-    device.inputLevels = [current](int port) { return port == limitPort ? current().switches() : std::uint16_t{0}; };
-
-    device.onPort(MOTION_READ_REG, [current](std::uint8_t port, ByteView rest) {
-        const std::uint8_t address = slice(rest, 0, 1)[0] & 0x7F;
-        Bytes value;
-        appendBigEndian(value, port == 0 ? current().read(address) : std::uint32_t{0});
-        return behind({port, 0, current().status()}, value);
-    });
-    device.onPort(MOTION_WRITE_REG, [current](std::uint8_t port, ByteView rest) {
-        const std::uint8_t address = slice(rest, 0, 1)[0] & 0x7F;
-        const auto value = readBigEndian<std::uint32_t>(rest.subspan(2));
-        if (port == 0) current().write(address, value);
-        const Status status = port == 0 ? Status::ok : Status::drive;
-        return Bytes{port, 0, current().status(), 0, 0, 0, static_cast<std::uint8_t>(status)};
-    });
-    const auto onAction = [&](Command command, std::function<bool(Stepper&, Fields)> action) {
-        device.onPort(command, [current, action = std::move(action)](std::uint8_t port, ByteView rest) {
-            return reply(port, port == 0 && action(current(), Fields(rest)) ? Status::ok : Status::drive);
-        });
-    };
-    onAction(MOTION_STOP_PROC, [](Stepper& drive, Fields) {
-        drive.stop();
-        return true;
-    });
-    onAction(MOTION_RESET_FACTORY, [](Stepper& drive, Fields) {
-        drive.reset();
-        return true;
-    });
-    // A move wants the servo on, which is a low level.
-    const auto onMove = [&](Command command, std::function<bool(Stepper&, Fields)> move) {
-        onAction(command, [&device, move = std::move(move)](Stepper& drive, Fields fields) {
-            const auto levels = device.handle({READ_AND_GET_DI, {servoPort, 0, 1}});
-            return levels && levels->back() == 0 && move(drive, fields);
-        });
-    };
-    onMove(MOTION_START_V_MOVE, [](Stepper& drive, Fields fields) {
-        const double speed = fields.speed(), acceleration = fields.speed(), deceleration = fields.speed();
-        return drive.run(fields.direction(), {0, speed, acceleration, deceleration});
-    });
-    onMove(MOTION_START_P_MOVE, moveBySteps);
-    onMove(MOTION_START_SCAN_MOVE, [](Stepper& drive, Fields fields) {
-        const auto from = fields.next<std::int32_t>(), to = fields.next<std::int32_t>();
-        const double speed = fields.speed(), rate = fields.speed();
-        return drive.scan(from, to, {0, speed, rate, rate});
-    });
-    onMove(MOTION_START_FIND_END, findLimit);
-    onMove(MOTION_START_FIND_HOME, [](Stepper& drive, Fields fields) { return findHome(drive, fields, false); });
-    onMove(MOTION_START_FIND_Z, [](Stepper& drive, Fields fields) { return findHome(drive, fields, true); });
-    device.onPort(MOTION_GET_PROC_STATE, [current](std::uint8_t port, ByteView) {
-        const Stepper& drive = current();
-        Bytes data{port, static_cast<std::uint8_t>(drive.process())};
-        appendBigEndian(data, drive.read(XACTUAL));
-        return data;
-    });
-    device.onPort(MOTION_GET_PARAM, [current](std::uint8_t port, ByteView) {
-        const Status status = port == 0 ? Status::ok : Status::drive;
-        const Bytes parameters = current().parameters();
-        return behind({port, static_cast<std::uint8_t>(status), static_cast<std::uint8_t>(parameters.size())},
-                      parameters);
-    });
 }
 
 }  // namespace zvr::sim

@@ -1,5 +1,5 @@
 // The simulated motion chip, with time given to it: what its registers show while axes move.
-#include "physics/motion_chip.h"
+#include "physics/mcx514.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 namespace zvr::sim {
 namespace {
 
-class MotionChipTest : public ::testing::Test {
+class Mcx514Test : public ::testing::Test {
 protected:
-    MotionChipTest() {
+    Mcx514Test() {
         for (std::uint8_t axis = 1; axis <= 8; axis = static_cast<std::uint8_t>(axis * 2)) setUp(axis, 1000, 1000, 0);
     }
 
@@ -53,11 +53,11 @@ protected:
     }
 
     Tracks tracks_;
-    MotionChip chip_{tracks_};
+    MCX514 chip_{tracks_};
     double now_ = 0;
 };
 
-TEST_F(MotionChipTest, AnswersItsCodesAndNoOthers) {
+TEST_F(Mcx514Test, AnswersItsCodesAndNoOthers) {
     int known = 0;
     for (int code = 0; code < 256; ++code) {
         if (code == 0x50 || (code >= 0x60 && code <= 0x6C)) continue;  // these need an aim
@@ -74,7 +74,7 @@ TEST_F(MotionChipTest, AnswersItsCodesAndNoOthers) {
     EXPECT_TRUE(refuses(0x05, 0) && refuses(0x57, 128) && refuses(0x30, 0));
 }
 
-TEST_F(MotionChipTest, RegistersAreReadBack) {
+TEST_F(Mcx514Test, RegistersAreReadBack) {
     run(0xE2, 3, 0x1234);
     EXPECT_EQ(run(0x3E, 1), 0x1234U);
     EXPECT_EQ(run(0x3E, 2), 0x1234U);
@@ -104,7 +104,7 @@ TEST_F(MotionChipTest, RegistersAreReadBack) {
     EXPECT_EQ(run(0x3F, 4), 0U);
 }
 
-TEST_F(MotionChipTest, MoveIsATrapezoid) {
+TEST_F(Mcx514Test, MoveIsATrapezoid) {
     move(1, -3000);
     EXPECT_EQ(driving(), 1U);
     now_ = 0.5;
@@ -131,7 +131,7 @@ TEST_F(MotionChipTest, MoveIsATrapezoid) {
     EXPECT_EQ(logical(1), 0);
 }
 
-TEST_F(MotionChipTest, JerkAndAsymmetryShapeTheMove) {
+TEST_F(Mcx514Test, JerkAndAsymmetryShapeTheMove) {
     run(0xE3, 1, 4);
     run(0x00, 1, 1000);
     move(1, 2000);
@@ -150,7 +150,7 @@ TEST_F(MotionChipTest, JerkAndAsymmetryShapeTheMove) {
     EXPECT_NEAR(now_, 100 + 1 + 4 + 2.5, 0.02);
 }
 
-TEST_F(MotionChipTest, ContinuousDriveStopsAsItIsTold) {
+TEST_F(Mcx514Test, ContinuousDriveStopsAsItIsTold) {
     run(0x53, 1);
     run(0x52, 2);
     now_ = 10;
@@ -164,7 +164,7 @@ TEST_F(MotionChipTest, ContinuousDriveStopsAsItIsTold) {
     EXPECT_EQ(logical(2), 10000);
 }
 
-TEST_F(MotionChipTest, OverridesCountOnTheWay) {
+TEST_F(Mcx514Test, OverridesCountOnTheWay) {
     move(1, 10000);
     now_ = 2;
     run(0x05, 1, 2000);
@@ -192,7 +192,7 @@ TEST_F(MotionChipTest, OverridesCountOnTheWay) {
     EXPECT_EQ(logical(1), 5800);
 }
 
-TEST_F(MotionChipTest, HeldAxesStartInTheSameInstant) {
+TEST_F(Mcx514Test, HeldAxesStartInTheSameInstant) {
     run(0x77, 7);
     run(0x06, 7, 1000);
     run(0x50, 1);
@@ -209,7 +209,7 @@ TEST_F(MotionChipTest, HeldAxesStartInTheSameInstant) {
     EXPECT_EQ(logical(4), 0);
 }
 
-TEST_F(MotionChipTest, LimitsStopADriveIntoThem) {
+TEST_F(Mcx514Test, LimitsStopADriveIntoThem) {
     tracks_[0].forwardAt = 5000, tracks_[0].reverseAt = -700;
     run(0xE2, 1, 1 << 10 | 1 << 11 | 1 << 12);
     run(0x09, 1, 100000);
@@ -240,7 +240,7 @@ TEST_F(MotionChipTest, LimitsStopADriveIntoThem) {
     EXPECT_EQ(run(0xEA, 2), 1U);
 }
 
-TEST_F(MotionChipTest, AlarmEndsADriveAndForbidsTheNext) {
+TEST_F(Mcx514Test, AlarmEndsADriveAndForbidsTheNext) {
     tracks_[2].alarmAt = 600;
     run(0xE2, 4, 1 << 8 | 1 << 9);
     run(0x53, 4);
@@ -256,7 +256,7 @@ TEST_F(MotionChipTest, AlarmEndsADriveAndForbidsTheNext) {
     EXPECT_EQ(logical(4), -500);
 }
 
-TEST_F(MotionChipTest, InPositionComesAfterTheDrive) {
+TEST_F(Mcx514Test, InPositionComesAfterTheDrive) {
     run(0xE2, 1, 3 << 6);
     now_ = 1;
     EXPECT_EQ(run(0xEB, 1) & 0x20, 0x20U);
@@ -269,7 +269,7 @@ TEST_F(MotionChipTest, InPositionComesAfterTheDrive) {
     EXPECT_EQ(driving(), 0U);
 }
 
-TEST_F(MotionChipTest, EncoderFollowsAndCountersWrap) {
+TEST_F(Mcx514Test, EncoderFollowsAndCountersWrap) {
     run(0x0A, 1, 50);
     move(1, 100);
     follow();
@@ -283,7 +283,7 @@ TEST_F(MotionChipTest, EncoderFollowsAndCountersWrap) {
     EXPECT_EQ(logical(1), 50);
 }
 
-TEST_F(MotionChipTest, SearchEndsAtTheSwitch) {
+TEST_F(Mcx514Test, SearchEndsAtTheSwitch) {
     tracks_[0].homeAt = -3000;
     run(0x14, 1, 100);
     run(0x06, 1, -250);
@@ -326,7 +326,7 @@ TEST_F(MotionChipTest, SearchEndsAtTheSwitch) {
     EXPECT_EQ(run(0xEA, 8), 8U);
 }
 
-TEST_F(MotionChipTest, LinesAreStraight) {
+TEST_F(Mcx514Test, LinesAreStraight) {
     for (const int count : {1, 2, 3, 4}) {
         now_ += 1;
         run(0xFE, 0);
@@ -355,7 +355,7 @@ TEST_F(MotionChipTest, LinesAreStraight) {
     EXPECT_TRUE((run(0x2A, 0, 0), refuses(0x61, 0)));
 }
 
-TEST_F(MotionChipTest, ArcsAreRound) {
+TEST_F(Mcx514Test, ArcsAreRound) {
     struct Case {
         int mode, code, cx, cy, ex, ey;
         double turns;
@@ -383,7 +383,7 @@ TEST_F(MotionChipTest, ArcsAreRound) {
     EXPECT_TRUE(refuses(0x64, 0));
 }
 
-TEST_F(MotionChipTest, ArcsEndWhereTheyAreToldWhateverTheirLength) {
+TEST_F(Mcx514Test, ArcsEndWhereTheyAreToldWhateverTheirLength) {
     setUp(1, 20000, 77777, 1000);
     run(0x2A, 0, 0x43);
     for (int radius = 100; radius < 4100; radius += 37) {
@@ -396,7 +396,7 @@ TEST_F(MotionChipTest, ArcsEndWhereTheyAreToldWhateverTheirLength) {
     }
 }
 
-TEST_F(MotionChipTest, HelixClimbsEvenly) {
+TEST_F(Mcx514Test, HelixClimbsEvenly) {
     run(0x2A, 0, 0x147);
     run(0x1A, 0, 2);
     run(0x08, 1, 500), run(0x08, 2, 0), run(0x06, 1, 500), run(0x06, 2, 500), run(0x06, 4, 900);
@@ -422,7 +422,7 @@ TEST_F(MotionChipTest, HelixClimbsEvenly) {
     EXPECT_EQ(logical(4), 900);
 }
 
-TEST_F(MotionChipTest, LimitsHoldOnAnArc) {
+TEST_F(Mcx514Test, LimitsHoldOnAnArc) {
     tracks_[1].forwardAt = 700;
     run(0xE2, 2, 7 << 10);
     run(0x2A, 0, 0x43);
@@ -435,7 +435,7 @@ TEST_F(MotionChipTest, LimitsHoldOnAnArc) {
     EXPECT_EQ(run(0xEA, 2), 4U);
 }
 
-TEST_F(MotionChipTest, InterpolationsFollowEachOtherWithoutAStop) {
+TEST_F(Mcx514Test, InterpolationsFollowEachOtherWithoutAStop) {
     run(0x2A, 0, 3);
     run(0x6E, 0);
     setUp(1, 1000, 1000, 0);
@@ -461,7 +461,7 @@ TEST_F(MotionChipTest, InterpolationsFollowEachOtherWithoutAStop) {
     EXPECT_EQ(driving(), 0U);
 }
 
-TEST_F(MotionChipTest, CaptureLatchesAtTheIndex) {
+TEST_F(Mcx514Test, CaptureLatchesAtTheIndex) {
     run(0x29, 1, 90);
     run(0x88, 1);
     run(0x09, 1, 100000);
@@ -477,7 +477,7 @@ TEST_F(MotionChipTest, CaptureLatchesAtTheIndex) {
     EXPECT_EQ(run(0x37, 1), 8000U);  // down from the index it falls
 }
 
-TEST_F(MotionChipTest, BreakPointStartsPulses) {
+TEST_F(Mcx514Test, BreakPointStartsPulses) {
     run(0x17, 1, 5 << 16 | 100);
     run(0x20, 1, 8);
     run(0x10, 1, 1500);
@@ -498,7 +498,7 @@ TEST_F(MotionChipTest, BreakPointStartsPulses) {
     EXPECT_EQ(run(0x48, 1) >> 16, 4U);
 }
 
-TEST_F(MotionChipTest, ComparisonsTellEachCondition) {
+TEST_F(Mcx514Test, ComparisonsTellEachCondition) {
     run(0xE1, 1, 15);
     run(0x20, 1, 0xC | 0x8 << 4 | 0x0 << 8 | 0x5 << 12);  // less, equal, not less, the encoder greater
     run(0xDB, 1, 1);
@@ -518,7 +518,7 @@ TEST_F(MotionChipTest, ComparisonsTellEachCondition) {
     EXPECT_EQ(run(0xE9, 1), 4U);
 }
 
-TEST_F(MotionChipTest, ReversalStartsAtTheEndOfTheDrive) {
+TEST_F(Mcx514Test, ReversalStartsAtTheEndOfTheDrive) {
     run(0x52, 1);
     now_ = 5;
     run(0x27, 1, 230);
@@ -532,7 +532,7 @@ TEST_F(MotionChipTest, ReversalStartsAtTheEndOfTheDrive) {
     EXPECT_EQ(logical(1), 5000 - 125 - 750);
 }
 
-TEST_F(MotionChipTest, ActionsWithoutEndHoldNobodyUp) {
+TEST_F(Mcx514Test, ActionsWithoutEndHoldNobodyUp) {
     run(0x26, 1, 1 << 15 | 0x17 << 4 | 7);  // pulses start when pulses start
     run(0x27, 1, 1 << 15 | 0x0A << 4 | 6);  // no way is gone when no way has been gone
     run(0x83, 1);
@@ -545,7 +545,7 @@ TEST_F(MotionChipTest, ActionsWithoutEndHoldNobodyUp) {
     EXPECT_EQ(driving(), 0U);
 }
 
-TEST_F(MotionChipTest, TimerRunsOnceOrAgain) {
+TEST_F(Mcx514Test, TimerRunsOnceOrAgain) {
     run(0x16, 1, 1500000);
     run(0xE1, 1, 1 << 9);
     run(0x73, 1);

@@ -1,4 +1,4 @@
-// What a device does later, unasked.
+// Actions of a device that are due later.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 namespace zvr::sim {
 
 /// Actions by the time at which they are due. What serves the device runs them; not thread-safe.
-class Agenda {
+class Scheduler {
 public:
     using Clock = std::chrono::steady_clock;
 
@@ -32,7 +32,7 @@ public:
         for (const auto& [time, action] : due) action();
     }
 
-    /// Called when the first action has become an earlier one; set by what runs the agenda.
+    /// Called when the first action has become an earlier one; set by what runs the scheduler.
     std::function<void()> onEarlier = [] {};
 
 private:
