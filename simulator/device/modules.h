@@ -11,10 +11,8 @@ constexpr int ledPort = 0, powerPort = 1;
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
-/// Behind addSystem, whose slot commands it replaces.
 void addSlots(Device& device);
 void addAnalogInput(Device& device);
-/// Beside the inputs that the outputs lead to, in any order.
 void addAnalogOutput(Device& device);
 void addWifi(Device& device);
 void addSntp(Device& device);
@@ -29,7 +27,6 @@ void addCan(Device& device);
 void addThermocouples(Device& device);
 void addResistanceThermometers(Device& device);
 void addAttitude(Device& device);
-/// Counts what addDio switches on port 0.
 void addRelay(Device& device);
 void addPotentiometer(Device& device);
 void addDrone(Device& device);

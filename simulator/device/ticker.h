@@ -10,12 +10,10 @@ namespace zvr::sim {
 class Ticker {
 public:
     Ticker(asio::io_context& context, Scheduler& scheduler) : timer_(context), scheduler_(scheduler) {
-        scheduler_.onEarlier = [this] { arm(); };
+        scheduler_.attach([this] { arm(); });
         arm();
     }
-    ~Ticker() {
-        scheduler_.onEarlier = [] {};
-    }
+    ~Ticker() { scheduler_.detach(); }
     Ticker(const Ticker&) = delete;
     Ticker& operator=(const Ticker&) = delete;
 

@@ -187,7 +187,7 @@ void Subscribers::add(const std::shared_ptr<Connection>& connection) {
     connections_.push_back(connection);
 }
 
-bool Subscribers::send(int command, const Frame& frame) {
+bool Subscribers::sendUnsolicited(int command, const Frame& frame) {
     bool all = true;
     for (const auto& each : connections_) {
         if (const auto connection = each.lock()) all = connection->sendUnsolicited(command, frame) && all;

@@ -41,7 +41,7 @@ private:
 
     Device& device_;
     const Options& options_;
-    Subscribers subscribers_;
+    const std::shared_ptr<Subscribers> subscribers_ = std::make_shared<Subscribers>();
     Listener commands_;
     std::optional<Listener> data_;
 };

@@ -131,9 +131,8 @@ UsbDevice::UsbDevice(const Model& model, const std::string& serial, const std::f
       bound_(driver),
       verbose_(verbose) {
     device_.signals = outside.signals;
-    device_.streamFrame = [this](int, const Frame& frame) { return sendUnsolicited(frame); };
-    device_.hasRoom = [this] { return hasRoom(); };
-    device_.scheduler.onEarlier = [this] { earlier_.notify_one(); };
+    device_.sink.provide({this, [](UsbDevice*) {}});
+    device_.scheduler.attach([this] { earlier_.notify_one(); });
     clockwork_ = std::jthread([this](const std::stop_token& stopped) { runScheduler(stopped); });
 }
 
@@ -385,7 +384,7 @@ void UsbDevice::enqueue(ByteView frame) {
     }
 }
 
-bool UsbDevice::sendUnsolicited(const Frame& frame) {
+bool UsbDevice::sendUnsolicited(int /*command*/, const Frame& frame) {
     if (stalled_ || gone_ || replies_.size() >= mostStreamed) return false;
     enqueue(*frame);
     return true;

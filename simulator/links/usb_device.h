@@ -98,7 +98,7 @@ struct Outside {
 
 /// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines, and a thread of its
 /// own runs the device's scheduler.
-class UsbDevice {
+class UsbDevice : public FrameSink {
 public:
     UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
               const Outside& outside, bool verbose);
@@ -144,8 +144,8 @@ private:
     void runScheduler(const std::stop_token& stopped);
     void receive(ByteView bytes);
     void enqueue(ByteView frame);
-    bool sendUnsolicited(const Frame& frame);
-    bool hasRoom() const { return claimer_ != nullptr && replies_.size() < fewReplies; }
+    bool sendUnsolicited(int command, const Frame& frame) override;
+    bool hasRoom() const override { return claimer_ != nullptr && replies_.size() < fewReplies; }
     bool serve(const Transfer& transfer);
     bool deliver(const Transfer& transfer);
     void pump();

@@ -15,13 +15,11 @@ namespace zvr::sim {
 namespace {
 
 constexpr std::size_t headerWidth = 3, requestWidth = 7;
-constexpr std::uint8_t motionMode = 4;
 
 // A connector in a slot has its chip while the slot is used for motion.
-bool isThere(Device& device, std::uint8_t connector) {
+bool isThere(const Device& device, std::uint8_t connector) {
     if (std::ranges::find(device.model().motionPorts, connector) == device.model().motionPorts.end()) return false;
-    const auto modes = device.handle({GET_SLOT_MODE, {}});
-    return !modes || !device.knows(SET_SLOT_DI) || modes->at(std::size_t{connector} + 1) == motionMode;
+    return !device.slotModes || device.slotModes->modes().at(connector) == SlotModes::motion;
 }
 
 }  // namespace
@@ -31,13 +29,11 @@ void addMcx514(Device& device) {
     using Clock = std::chrono::steady_clock;
     const auto chips = std::make_shared<std::map<std::uint8_t, MCX514>>();
     device.onReboot([chips] { chips->clear(); });
-    device.on(MOTION, [&device, chips, start = Clock::now()](ByteView data) {
+    device.on(MOTION, [&device, chips, start = Clock::now()](Request r) {
+        const ByteView data = r.rest();
         Bytes header(data.begin(), data.end());
         header.resize(headerWidth);
-        const auto answer = [&header](std::uint32_t value) {
-            appendBigEndian(header, value);
-            return header;
-        };
+        const auto answer = [&header](std::uint32_t value) { return reply(header, value); };
         const auto refuse = [&answer](Status status) { return answer(static_cast<std::uint32_t>(status)); };
         if (data.size() != requestWidth) return refuse(Status::parser);
         if (!isThere(device, data[0])) {
