@@ -66,7 +66,7 @@ int serve(const zvr::sim::Options& options) {
     device.signals = options.signals;
     device.pace = options.pace;
     device.tracks = options.tracks;
-    const zvr::sim::Ticker ticker(context, device.agenda);
+    const zvr::sim::Ticker ticker(context, device.scheduler);
     const Front front(context, device, options);
     asio::signal_set signals(context, SIGTERM, SIGINT);
     signals.async_wait([&](std::error_code, int) { context.stop(); });

@@ -2,12 +2,6 @@
 
 namespace zvr::sim {
 
-Bytes reply(std::uint8_t first, ByteView rest) {
-    Bytes data(rest.begin(), rest.end());
-    data.insert(data.begin(), first);
-    return data;
-}
-
 Bytes padded(std::string_view text, std::size_t width) {
     Bytes bytes(text.begin(), text.end());
     bytes.resize(width);
@@ -16,23 +10,30 @@ Bytes padded(std::string_view text, std::size_t width) {
 
 Device::Device(const Model& model, Identity identity, NetworkSettings network, Peers peers)
     : identity(std::move(identity)), network(network), peers(std::move(peers)), model_(model) {
-    for (const AddModule add : model.modules) add(*this);
+    for (const Module& module : model.modules) module.add(*this);
 }
 
-void Device::on(Command command, Handler handler) { handlers_[command] = {std::move(handler), false, false}; }
-
-void Device::onSilent(Command command, std::function<void(ByteView data)> handler) {
-    handlers_[command] = {[handler = std::move(handler)](ByteView data) {
-                              handler(data);
-                              return Bytes();
-                          },
-                          false, true};
+void Device::add(Command command, Entry entry) {
+    if (handlers_.try_emplace(command, std::move(entry)).second) return;
+    const auto named = std::ranges::find(commandTable(), int{command}, &CommandName::code);
+    throw std::logic_error("command " + std::to_string(command) + ", " + std::string(named->name) +
+                           ", is registered twice");
 }
 
-void Device::onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler) {
-    handlers_[command] = {
-        [handler = std::move(handler)](ByteView data) { return handler(slice(data, 0, 1)[0], data.subspan(1)); }, true,
-        false};
+void Device::onSilent(Command command, std::function<void(Request request)> handler) {
+    const auto silent = [handler = std::move(handler)](Request request) {
+        handler(request);
+        return Bytes();
+    };
+    add(command, {silent, false, true});
+}
+
+void Device::onPort(Command command, PortHandler handler) {
+    const auto selecting = [handler = std::move(handler)](Request request) {
+        const std::uint8_t port = request.u8();
+        return handler(port, Request(request.rest()));
+    };
+    add(command, {selecting, true, false});
 }
 
 void Device::reboot() {
@@ -45,18 +46,18 @@ Packet Device::meant(Packet request) {
 }
 
 Bytes Device::replyFrame(int command, ByteView data) {
-    return command == OPEN_CAN ? buildFrame(0, reply(OPEN_CAN, data)) : buildFrame(command, data);
+    return command == OPEN_CAN ? buildFrame(0, reply(std::uint8_t{OPEN_CAN}, data)) : buildFrame(command, data);
 }
 
 std::optional<Bytes> Device::handle(const Packet& request) {
     const auto found = handlers_.find(request.command);
     if (found == handlers_.end()) return std::nullopt;
     try {
-        Bytes data = found->second.handler(request.data);
+        Bytes data = found->second.handler(Request(request.data));
         return found->second.isSilent ? std::nullopt : std::optional(std::move(data));
     } catch (const WrongLength&) {
         if (!found->second.selectsPort) return reply(Status::parser);
-        return reply(request.data.empty() ? 0 : request.data[0], Status::parser);
+        return reply(request.data.empty() ? std::uint8_t{0} : request.data[0], Status::parser);
     }
 }
 

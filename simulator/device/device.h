@@ -11,10 +11,11 @@
 
 #include "core/wire/commands.h"
 #include "core/wire/frame.h"
-#include "device/agenda.h"
+#include "device/interfaces.h"
 #include "device/models.h"
+#include "device/request.h"
+#include "device/scheduler.h"
 #include "modules/peers.h"
-#include "physics/oscillator.h"
 #include "physics/track.h"
 #include "physics/waveform.h"
 
@@ -47,24 +48,6 @@ enum class Status : std::uint8_t {
     parser = 80,
 };
 
-/// What a pin is used for.
-enum class PinMode : std::uint8_t {
-    disabled = 0,
-    idle = 1,
-    digitalInput = 2,
-    digitalOutput = 3,
-    uart = 4,
-    i2c = 5,
-    spi = 6,
-    can = 7,
-};
-
-inline Bytes reply(Status status) { return {static_cast<std::uint8_t>(status)}; }
-inline Bytes reply(std::uint8_t port, Status status) { return {port, static_cast<std::uint8_t>(status)}; }
-
-/// One byte, such as a port or a length, and what follows it.
-Bytes reply(std::uint8_t first, ByteView rest);
-
 /// Text filled with zeros to a width, or cut to it.
 Bytes padded(std::string_view text, std::size_t width);
 
@@ -80,13 +63,11 @@ struct NetworkSettings {
     std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
 };
 
-/// A whole frame, ready to be sent to any number of clients.
-using Frame = std::shared_ptr<const Bytes>;
-
 /// Serves any number of connections from one thread.
 class Device {
 public:
-    using Handler = std::function<Bytes(ByteView data)>;
+    using Handler = std::function<Bytes(Request request)>;
+    using PortHandler = std::function<Bytes(std::uint8_t port, Request rest)>;
 
     explicit Device(const Model& model, Identity identity = {}, NetworkSettings network = {}, Peers peers = {});
     Device(const Device&) = delete;
@@ -103,28 +84,24 @@ public:
     double seconds() const { return pace * std::chrono::duration<double>(Clock::now() - start_).count(); }
 
     /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
-    /// as one that cannot be parsed.
-    void on(Command command, Handler handler);
+    /// as one that cannot be parsed. A command that is registered already is an error.
+    void on(Command command, Handler handler) { add(command, {std::move(handler), false, false}); }
     /// A command whose first byte selects a port; the reply repeats it.
-    void onPort(Command command, std::function<Bytes(std::uint8_t port, ByteView rest)> handler);
+    void onPort(Command command, PortHandler handler);
     /// A command that is never answered.
-    void onSilent(Command command, std::function<void(ByteView data)> handler);
+    void onSilent(Command command, std::function<void(Request request)> handler);
     bool knows(int command) const { return handlers_.contains(command); }
     /// What a module does when the device restarts.
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
-    /// Sends a frame that nobody has asked for to whoever listens.
+    /// Sends an unsolicited frame to whoever listens. False if a client has lost it.
     bool stream(int command, ByteView data) {
-        return streamFrame(command, std::make_shared<const Bytes>(buildFrame(command, data)));
+        return stream(command, std::make_shared<const Bytes>(buildFrame(command, data)));
     }
-
-    /// The same with a frame that is built already. False if a client has lost it; set by what links the device to its
-    /// clients.
-    std::function<bool(int command, const Frame& frame)> streamFrame = [](int, const Frame&) { return true; };
-
-    /// Whether somebody listens, and nobody lets more than a few frames wait; set by what links the device to them.
-    std::function<bool()> hasRoom = [] { return false; };
+    /// The same with a frame that is built already.
+    bool stream(int command, const Frame& frame) { return sink && sink->sendUnsolicited(command, frame); }
+    bool hasRoom() const { return sink && sink->hasRoom(); }
 
     /// What a module does when there may be room again. It must not send at once.
     void onRoom(std::function<void()> action) { roomActions_.push_back(std::move(action)); }
@@ -132,42 +109,17 @@ public:
         for (const auto& action : roomActions_) action();
     }
 
-    /// What is to be done later.
-    Agenda agenda;
+    Scheduler scheduler;
+    Signals signals;  ///< at the analog inputs
+    Tracks tracks;    ///< along the axes
 
-    /// What is at the analog inputs.
-    Signals signals;
-
-    /// What is along the axes.
-    Tracks tracks;
-
-    /// The output that leads to an analog input; nothing if there is none that drives it.
-    std::function<const Voltage*(int port, std::size_t channel)> wiredOutput = [](int, std::size_t) {
-        return static_cast<const Voltage*>(nullptr);
-    };
-
-    /// Takes the samples that are due, before what they show changes.
-    std::function<void()> takeSamples = [] {};
-
-    /// What each pin of a port is used for; set by the module that has the lines.
-    std::function<std::vector<PinMode>(int port)> pinModes = [](int) { return std::vector<PinMode>(); };
-
-    /// Takes the lines of a bus from digital use, or gives them back idle. False if another function has one; set by
-    /// the module that has the lines.
-    std::function<bool(const BusLines& lines, PinMode mode)> usePins = [](const BusLines&, PinMode) { return false; };
-
-    /// How often each line of a port has been switched; set by the module that has the lines.
-    std::function<std::array<std::uint32_t, 16>(int port)> switchings = [](int) {
-        return std::array<std::uint32_t, 16>{};
-    };
-
-    /// What reaches the inputs of a port beside its wires.
-    std::function<std::uint16_t(int port)> inputLevels = [](int) { return std::uint16_t{0}; };
-
-    /// What turns at the input of a pulse counter: 1 kHz from outside, or what a module leads there.
-    std::function<Oscillator(std::size_t channel)> pulses = [outside = Oscillator(1000)](std::size_t) {
-        return outside;
-    };
+    Provided<DigitalLines> digitalLines;
+    Provided<InputLevels> inputLevels;
+    Provided<SlotModes> slotModes;
+    Provided<PulseSource> pulseSource;
+    Provided<OutputVoltages> outputVoltages;
+    Provided<Sampler> sampler;
+    Provided<FrameSink> sink;  ///< provided by what links the device to its clients
 
     /// The data of the reply; nothing to a command that the device does not know, or never answers.
     std::optional<Bytes> handle(const Packet& request);
@@ -185,6 +137,8 @@ private:
     };
 
     using Clock = std::chrono::steady_clock;
+
+    void add(Command command, Entry entry);
 
     const Model& model_;
     const Clock::time_point start_ = Clock::now();

@@ -11,10 +11,8 @@ constexpr int ledPort = 0, powerPort = 1;
 void addSystem(Device& device);
 void addNetwork(Device& device);
 void addDio(Device& device);
-/// Behind addSystem, whose slot commands it replaces.
 void addSlots(Device& device);
 void addAnalogInput(Device& device);
-/// Beside the inputs that the outputs lead to, in any order.
 void addAnalogOutput(Device& device);
 void addWifi(Device& device);
 void addSntp(Device& device);
@@ -26,17 +24,13 @@ void addI2c(Device& device);
 void addSpi(Device& device);
 void addUart(Device& device);
 void addCan(Device& device);
-/// Seven of them on port 1, or two each on ports 1 and 2.
-void addSevenThermocouples(Device& device);
 void addThermocouples(Device& device);
 void addResistanceThermometers(Device& device);
 void addAttitude(Device& device);
-/// Counts what addDio switches on port 0.
 void addRelay(Device& device);
 void addPotentiometer(Device& device);
 void addDrone(Device& device);
-void addMotion(Device& device);
-void addSlotMotion(Device& device);
-void addStepper(Device& device);
+void addMcx514(Device& device);
+void addTmc5240(Device& device);
 
 }  // namespace zvr::sim

@@ -1,38 +1,36 @@
-// Runs the agenda of a device on the thread of its connections.
+// Runs the scheduler of a device on the thread of its connections.
 #pragma once
 
 #include <asio.hpp>
 
-#include "device/agenda.h"
+#include "device/scheduler.h"
 
 namespace zvr::sim {
 
 class Ticker {
 public:
-    Ticker(asio::io_context& context, Agenda& agenda) : timer_(context), agenda_(agenda) {
-        agenda_.onEarlier = [this] { arm(); };
+    Ticker(asio::io_context& context, Scheduler& scheduler) : timer_(context), scheduler_(scheduler) {
+        scheduler_.attach([this] { arm(); });
         arm();
     }
-    ~Ticker() {
-        agenda_.onEarlier = [] {};
-    }
+    ~Ticker() { scheduler_.detach(); }
     Ticker(const Ticker&) = delete;
     Ticker& operator=(const Ticker&) = delete;
 
 private:
     void arm() {
-        const auto next = agenda_.next();
+        const auto next = scheduler_.next();
         if (!next) return;
         timer_.expires_at(*next);
         timer_.async_wait([this](std::error_code stopped) {
             if (stopped) return;
-            agenda_.run();
+            scheduler_.run();
             arm();
         });
     }
 
     asio::steady_timer timer_;
-    Agenda& agenda_;
+    Scheduler& scheduler_;
 };
 
 }  // namespace zvr::sim

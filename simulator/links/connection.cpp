@@ -60,7 +60,7 @@ void Connection::answer(const Packet& request) {
     }
 }
 
-bool Connection::sendUnasked(int command, const Frame& frame) {
+bool Connection::sendUnsolicited(int command, const Frame& frame) {
     if (isFull()) {
         drop();
         return false;
@@ -182,20 +182,20 @@ void Connection::end() {
     stream_.close(ignored);
 }
 
-void Audience::add(const std::shared_ptr<Connection>& connection) {
+void Subscribers::add(const std::shared_ptr<Connection>& connection) {
     std::erase_if(connections_, [](const auto& each) { return each.expired(); });
     connections_.push_back(connection);
 }
 
-bool Audience::send(int command, const Frame& frame) {
+bool Subscribers::sendUnsolicited(int command, const Frame& frame) {
     bool all = true;
     for (const auto& each : connections_) {
-        if (const auto connection = each.lock()) all = connection->sendUnasked(command, frame) && all;
+        if (const auto connection = each.lock()) all = connection->sendUnsolicited(command, frame) && all;
     }
     return all;
 }
 
-bool Audience::hasRoom() const {
+bool Subscribers::hasRoom() const {
     bool any = false;
     for (const auto& each : connections_) {
         const auto connection = each.lock();

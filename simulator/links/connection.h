@@ -1,4 +1,4 @@
-// One client of a device: cuts what comes into requests, answers them, and sends what the device says unasked.
+// One client of a device: cuts what comes into requests, answers them, and sends the device's unsolicited frames.
 #pragma once
 
 #include <asio.hpp>
@@ -18,7 +18,7 @@ void logFrame(const char* direction, int command, const Frame& frame);
 
 /// Lives as long as one of its operations is under way. Sockets and terminals are both served as descriptors; the
 /// program ignores SIGPIPE.
-class Connection : public std::enable_shared_from_this<Connection> {
+class Connection : public FrameSink, public std::enable_shared_from_this<Connection> {
 public:
     struct Rules {
         bool answers = true;  ///< or takes requests for nothing
@@ -30,10 +30,10 @@ public:
     Connection(asio::posix::stream_descriptor stream, Device& device, const Options& options, Rules rules);
 
     void read();
-    /// Sends a frame that nobody has asked for. It is dropped, which is told, if the client lets too many wait.
-    bool sendUnasked(int command, const Frame& frame);
+    /// Sends an unsolicited frame. It is dropped, which is logged, if the client lets too many wait.
+    bool sendUnsolicited(int command, const Frame& frame) override;
     /// Whether only a few frames wait. Where nothing can be sent any longer nothing will wait.
-    bool hasRoom() const { return queue_.size() < fewWaiting; }
+    bool hasRoom() const override { return queue_.size() < fewWaiting; }
     /// Forgets what came and what waits, for another client on the same line, or as long as there is none.
     void restart(bool hasClient);
 
@@ -76,14 +76,12 @@ private:
     bool broken_ = false;  // takes nothing any longer
 };
 
-/// The connections that are sent what the device says unasked.
-class Audience {
+/// The connections that get unsolicited frames.
+class Subscribers : public FrameSink {
 public:
     void add(const std::shared_ptr<Connection>& connection);
-    /// False if one of them has lost it.
-    bool send(int command, const Frame& frame);
-    /// Whether there is one, and all of them have room.
-    bool hasRoom() const;
+    bool sendUnsolicited(int command, const Frame& frame) override;
+    bool hasRoom() const override;
 
 private:
     std::vector<std::weak_ptr<Connection>> connections_;

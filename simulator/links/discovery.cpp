@@ -26,20 +26,11 @@ udp::socket listening(asio::io_context& context) {
     }
 }
 
-void append(Bytes& data, ByteView bytes) { data.insert(data.end(), bytes.begin(), bytes.end()); }
-
 Bytes recordOf(const Device& device) {
     const NetworkSettings& network = device.network;
-    Bytes data;
-    append(data, network.ip);
-    append(data, network.mask);
-    append(data, network.mac);
-    append(data, padded(device.model().displayName, 32));
-    append(data, padded(device.identity.serial, 8));
-    append(data, padded(device.identity.alias, 16));
-    append(data, padded("simulator", 32));
-    append(data, network.gateway);
-    return data;
+    return reply(network.ip, network.mask, network.mac, padded(device.model().displayName, 32),
+                 padded(device.identity.serial, 8), padded(device.identity.alias, 16), padded("simulator", 32),
+                 network.gateway);
 }
 
 struct Answer {

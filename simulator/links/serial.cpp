@@ -72,8 +72,7 @@ SerialLine::SerialLine(asio::io_context& context, Device& device, const Options&
                                                                  .isLine = true,
                                                                  .onArrival = [this] { followClients(); },
                                                                  .onRoom = [&device] { device.tellRoom(); }});
-    device.streamFrame = [this](int command, const Frame& frame) { return connection_->sendUnasked(command, frame); };
-    device.hasRoom = [this] { return connection_->hasRoom(); };
+    device.sink.provide(connection_);
     restart();
     connection_->read();
     watch();

@@ -46,14 +46,10 @@ Server::Server(asio::io_context& context, Device& device, const Options& options
         data_.emplace(context, options.host, options.dataPort,
                       [this](tcp::socket socket) { serve(std::move(socket), false); });
     }
-    device.streamFrame = [this](int command, const Frame& frame) { return audience_.send(command, frame); };
-    device.hasRoom = [this] { return audience_.hasRoom(); };
+    device.sink.provide(subscribers_);
 }
 
-Server::~Server() {
-    device_.streamFrame = [](int, const Frame&) { return false; };
-    device_.hasRoom = [] { return false; };
-}
+Server::~Server() { device_.sink.withdraw(); }
 
 void Server::serve(tcp::socket socket, bool answers) {
     std::error_code alreadyGone;  // then the first read tells
@@ -63,7 +59,7 @@ void Server::serve(tcp::socket socket, bool answers) {
         std::move(stream), device_, options_,
         Connection::Rules{
             .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.tellRoom(); }});
-    if (answers != data_.has_value()) audience_.add(connection);
+    if (answers != data_.has_value()) subscribers_->add(connection);
     connection->read();
     device_.tellRoom();
 }

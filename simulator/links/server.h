@@ -24,7 +24,7 @@ private:
     std::function<void(asio::ip::tcp::socket)> onClient_;
 };
 
-/// The command port; and on Wi-Fi models the data port, to which goes what the device says unasked.
+/// The command port; and on Wi-Fi models the data port, which gets the unsolicited frames.
 class Server {
 public:
     /// Listens at once; throws std::system_error.
@@ -41,7 +41,7 @@ private:
 
     Device& device_;
     const Options& options_;
-    Audience audience_;
+    const std::shared_ptr<Subscribers> subscribers_ = std::make_shared<Subscribers>();
     Listener commands_;
     std::optional<Listener> data_;
 };

@@ -131,23 +131,22 @@ UsbDevice::UsbDevice(const Model& model, const std::string& serial, const std::f
       bound_(driver),
       verbose_(verbose) {
     device_.signals = outside.signals;
-    device_.streamFrame = [this](int, const Frame& frame) { return sendUnasked(frame); };
-    device_.hasRoom = [this] { return hasRoom(); };
-    device_.agenda.onEarlier = [this] { earlier_.notify_one(); };
-    clockwork_ = std::jthread([this](const std::stop_token& stopped) { runAgenda(stopped); });
+    device_.sink.provide({this, [](UsbDevice*) {}});
+    device_.scheduler.attach([this] { earlier_.notify_one(); });
+    clockwork_ = std::jthread([this](const std::stop_token& stopped) { runScheduler(stopped); });
 }
 
-void UsbDevice::runAgenda(const std::stop_token& stopped) {
+void UsbDevice::runScheduler(const std::stop_token& stopped) {
     std::unique_lock lock(mutex_);
     while (!stopped.stop_requested() && !gone_) {
-        const auto next = device_.agenda.next();
-        const auto changed = [&] { return gone_ || device_.agenda.next() != next; };
+        const auto next = device_.scheduler.next();
+        const auto changed = [&] { return gone_ || device_.scheduler.next() != next; };
         if (!next) {
             earlier_.wait(lock, stopped, changed);
-        } else if (*next > Agenda::Clock::now()) {
+        } else if (*next > Scheduler::Clock::now()) {
             earlier_.wait_until(lock, stopped, *next, changed);
         } else {
-            device_.agenda.run();
+            device_.scheduler.run();
             pump();
         }
     }
@@ -385,7 +384,7 @@ void UsbDevice::enqueue(ByteView frame) {
     }
 }
 
-bool UsbDevice::sendUnasked(const Frame& frame) {
+bool UsbDevice::sendUnsolicited(int /*command*/, const Frame& frame) {
     if (stalled_ || gone_ || replies_.size() >= mostStreamed) return false;
     enqueue(*frame);
     return true;

@@ -97,8 +97,8 @@ struct Outside {
 };
 
 /// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines, and a thread of its
-/// own what the device does unasked.
-class UsbDevice {
+/// own runs the device's scheduler.
+class UsbDevice : public FrameSink {
 public:
     UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
               const Outside& outside, bool verbose);
@@ -128,7 +128,7 @@ private:
     static constexpr std::size_t mostRemembered = 16, mostRequests = 64;
     // A client that takes no replies is not listened to, so that what waits for it stays bounded.
     static constexpr std::size_t mostReplies = 4096;
-    // What it sends unasked is lost sooner, so that requests still get through.
+    // Unsolicited frames are lost sooner, so that requests still get through.
     static constexpr std::size_t mostStreamed = mostReplies / 2, fewReplies = 128;
     static constexpr int largestTransfer = 1 << 20;
 
@@ -141,11 +141,11 @@ private:
     long disconnectAndClaim(UMockdevIoctlClient* client, const usbdevfs_disconnect_claim& wanted);
     void control(const Transfer& transfer);
     std::optional<Bytes> descriptor(std::uint16_t which);
-    void runAgenda(const std::stop_token& stopped);
+    void runScheduler(const std::stop_token& stopped);
     void receive(ByteView bytes);
     void enqueue(ByteView frame);
-    bool sendUnasked(const Frame& frame);
-    bool hasRoom() const { return claimer_ != nullptr && replies_.size() < fewReplies; }
+    bool sendUnsolicited(int command, const Frame& frame) override;
+    bool hasRoom() const override { return claimer_ != nullptr && replies_.size() < fewReplies; }
     bool serve(const Transfer& transfer);
     bool deliver(const Transfer& transfer);
     void pump();

@@ -5,13 +5,14 @@
 #include <memory>
 
 #include "device/modules.h"
-#include "physics/sampling.h"
+#include "modules/ports.h"
+#include "modules/sampling.h"
 
 namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 using Choice = AnalogInputs::Choice;
 
 enum Mode : std::uint8_t { onDemand = 0, someSamples = 1, continuous = 2 };
@@ -26,7 +27,7 @@ struct Settings {
     Mode mode = onDemand;
     std::uint32_t samples = defaultSamples;
     float rate = defaultRate;
-    std::size_t channels = mostAnalogChannels;
+    std::size_t channels;
     std::uint8_t chipSelects = 1;  // bit i is chip select i
     std::uint8_t trigger = atOnce;
 };
@@ -34,17 +35,23 @@ struct Settings {
 class Port {
 public:
     Port(Device& device, std::uint8_t number)
-        : device_(device), inputs_(device.model().analogInputs), number_(number), coding_(inputs_.coding) {
+        : device_(device),
+          inputs_(device.model().analogInputs),
+          number_(number),
+          coding_(inputs_.coding),
+          settings_{.channels = inputs_.channels} {
         if (number < inputs_.portUnits.size()) coding_.unit = inputs_.portUnits[number];
     }
 
     const Settings& settings() const { return settings_; }
-    SampleCounters& counters() { return *counters_; }
+    const SampleCounters& counters() const { return *counters_; }
+    void clearCounters() { *counters_ = {}; }
+    void refused() { ++counters_->refusals; }
     const SampleRun* run() const { return run_.get(); }
 
     void restart() {
         closeStreaming();
-        settings_ = {};
+        settings_ = {.channels = inputs_.channels};
         counters_ = std::make_shared<SampleCounters>();
     }
 
@@ -53,10 +60,7 @@ public:
         settings_.mode = static_cast<Mode>(mode);
         return true;
     }
-    bool setSamples(std::uint32_t samples) {
-        settings_.samples = samples;
-        return true;
-    }
+    void setSamples(std::uint32_t samples) { settings_.samples = samples; }
     bool setRate(float rate) {
         if (!(rate > 0 && rate <= highestRate())) return false;
         settings_.rate = rate;
@@ -70,7 +74,7 @@ public:
     // A number of channels, or a mask of chip selects. A rate that is too high for as many becomes the highest.
     bool choose(std::uint8_t choice) {
         if (choice == 0) return false;
-        if (inputs_.choice == Choice::channels && choice <= mostAnalogChannels) {
+        if (inputs_.choice == Choice::channels && choice <= inputs_.channels) {
             settings_.channels = choice;
         } else if (inputs_.choice == Choice::chipSelects && choice < 1 << mostChipSelects) {
             settings_.chipSelects = choice;
@@ -117,9 +121,9 @@ public:
         Bytes row(settings_.channels * coding_.bytes);
         for (std::size_t channel = 0; channel < settings_.channels; ++channel) {
             std::uint8_t* to = row.data() + channel * coding_.bytes;
-            const bool counts = device_.signals.waves[channel].kind == WaveKind::count;
-            if (const Voltage* wired = device_.wiredOutput(number_, channel)) {
-                writeCode(coding_.codeOf((*wired)(now)), coding_.bytes, to);
+            const bool counts = device_.signals.at(channel).kind == WaveKind::count;
+            if (device_.outputVoltages && device_.outputVoltages->drives(number_, channel)) {
+                writeCode(coding_.codeOf(device_.outputVoltages->voltage(number_, channel, now)), coding_.bytes, to);
             } else {
                 const std::uint64_t stream = number_ * 16U + chipSelect;
                 const CodeSource source(device_.signals, channel, stream, steps, coding_, false);
@@ -158,144 +162,97 @@ private:
     const Clock::time_point start_ = Clock::now();
 };
 
-using Ports = std::map<int, Port>;
-
-/// The commands of all ports.
-class Commands {
+class Ports : public Sampler {
 public:
-    explicit Commands(Device& device) : device_(device), ports_(std::make_shared<Ports>()) {
+    explicit Ports(Device& device) {
         for (const int number : device.model().analogInputs.ports) {
-            ports_->try_emplace(number, device, static_cast<std::uint8_t>(number));
+            ports_.try_emplace(number, device, static_cast<std::uint8_t>(number));
         }
-        device.onReboot([ports = ports_] {
-            for (auto& [number, port] : *ports) port.restart();
-        });
-        device.takeSamples = [ports = ports_] {
-            for (auto& [number, port] : *ports) port.takeSamples();
-        };
-        device.onRoom([ports = ports_] {
-            for (auto& [number, port] : *ports) port.resume();
-        });
     }
 
-    /// A command that changes a port and answers with a status.
-    void onChange(Command command, std::function<bool(Port& port, ByteView rest)> change) const {
-        device_.onPort(command, [ports = ports_, change = std::move(change)](std::uint8_t number, ByteView rest) {
-            const auto found = ports->find(number);
-            if (found == ports->end()) return reply(number, Status::analogInput);
-            if (change(found->second, rest)) return reply(number, Status::ok);
-            ++found->second.counters().refusals;
-            return reply(number, Status::analogInput);
-        });
+    Port* find(int number) {
+        const auto found = ports_.find(number);
+        return found == ports_.end() ? nullptr : &found->second;
     }
-
-    /// A command that answers with values. There is no place for a status: those of a port that is not there are 0.
-    void onRead(Command command, std::size_t width, std::function<Bytes(Port& port, ByteView rest)> read) const {
-        device_.onPort(command, [ports = ports_, width, read = std::move(read)](std::uint8_t number, ByteView rest) {
-            const auto found = ports->find(number);
-            return reply(number, found != ports->end() ? read(found->second, rest) : Bytes(width));
-        });
+    void each(void (Port::*action)()) {
+        for (auto& [number, port] : ports_) (port.*action)();
     }
-
-    /// The same with values that do not repeat the port.
-    void onCounters(Command command, std::size_t count,
-                    std::function<std::vector<std::uint32_t>(Port& port)> read) const {
-        device_.on(command, [ports = ports_, count, read = std::move(read)](ByteView data) {
-            const auto found = ports->find(slice(data, 0, 1)[0]);
-            Bytes bytes;
-            const auto values = found != ports->end() ? read(found->second) : std::vector<std::uint32_t>(count);
-            for (const std::uint32_t value : values) appendBigEndian(bytes, value);
-            return bytes;
-        });
-    }
-
-    /// A command without a reply.
-    void onOrder(Command command, std::function<void(Port& port)> order) const {
-        device_.onSilent(command, [ports = ports_, order = std::move(order)](ByteView data) {
-            const auto found = data.empty() ? ports->end() : ports->find(data[0]);
-            if (found != ports->end()) order(found->second);
-        });
-    }
+    void takeSamples() override { each(&Port::takeSamples); }
 
 private:
-    Device& device_;
-    std::shared_ptr<Ports> ports_;
+    std::map<int, Port> ports_;
 };
 
-std::uint8_t byteOf(ByteView rest) { return slice(rest, 0, 1)[0]; }
+using Commands = PortCommands<Port>;
 
 void addSettings(const Commands& commands) {
-    commands.onChange(SET_AI_MODE, [](Port& port, ByteView rest) { return port.setMode(byteOf(rest)); });
-    commands.onChange(SET_AI_NUM_SAMPLES,
-                      [](Port& port, ByteView rest) { return port.setSamples(readBigEndian<std::uint32_t>(rest)); });
-    commands.onChange(SET_AI_SAMPLING_RATE,
-                      [](Port& port, ByteView rest) { return port.setRate(readBigEndian<float>(rest)); });
-    commands.onChange(SET_AI_ENABLED_CS, [](Port& port, ByteView rest) { return port.choose(byteOf(rest)); });
-    commands.onChange(AI_SET_TRIG_MODE, [](Port& port, ByteView rest) { return port.setTrigger(byteOf(rest)); });
+    commands.onChange(SET_AI_MODE, [](Port& port, Request r) { return port.setMode(r.u8()); });
+    commands.onChange(SET_AI_NUM_SAMPLES, [](Port& port, Request r) { port.setSamples(r.last<std::uint32_t>()); });
+    commands.onChange(SET_AI_SAMPLING_RATE, [](Port& port, Request r) { return port.setRate(r.last<float>()); });
+    commands.onChange(SET_AI_ENABLED_CS, [](Port& port, Request r) { return port.choose(r.u8()); });
+    commands.onChange(AI_SET_TRIG_MODE, [](Port& port, Request r) { return port.setTrigger(r.u8()); });
 }
 
 void addReads(const Commands& commands, const AnalogInputs& inputs) {
-    const std::size_t width = 1 + mostAnalogChannels * inputs.coding.bytes;
+    const std::size_t width = 1 + inputs.channels * inputs.coding.bytes;
     // The byte behind the port repeats what has been chosen, a chip select or a way of reading.
-    commands.onRead(inputs.read, width, [&inputs, width](Port& port, ByteView rest) {
-        const std::uint8_t second = inputs.read == READ_AI_ON_DEMAND_VARIABLE ? 0 : byteOf(rest);
+    commands.onRead(inputs.read, width, [&inputs, width](Port& port, Request r) {
+        const std::uint8_t second = inputs.read == READ_AI_ON_DEMAND_VARIABLE ? std::uint8_t{0} : r.u8();
         if (inputs.read == READ_AI_ON_DEMAND && second >= mostChipSelects) return Bytes(width);
         return reply(second, port.read(inputs.read == READ_AI_ON_DEMAND ? second : 0));
     });
     if (inputs.coding.bytes == 2) {
-        commands.onRead(AI_GET_DATA, width,
-                        [](Port& port, ByteView rest) { return reply(byteOf(rest), port.read(0)); });
+        commands.onRead(AI_GET_DATA, width, [](Port& port, Request r) {
+            const std::uint8_t second = r.u8();
+            return reply(second, port.read(0));
+        });
     }
 }
 
-void addCounters(const Commands& commands) {
-    commands.onCounters(GET_AI_COUNTERS, 9, [](Port& port) -> std::vector<std::uint32_t> {
-        const SampleCounters& of = port.counters();
-        return {of.rows,     of.samples, of.framesMade, of.framesSent, of.framesDropped,
-                of.lateRows, of.runs,    of.reads,      of.refusals};
+// Their replies do not repeat the port.
+void addCounters(Device& device, const std::shared_ptr<Ports>& ports) {
+    device.on(GET_AI_COUNTERS, [ports](Request r) {
+        const Port* port = ports->find(r.u8());
+        const SampleCounters of = port ? port->counters() : SampleCounters{};
+        return reply(of.rows, of.samples, of.framesMade, of.framesSent, of.framesDropped, of.lateRows, of.runs,
+                     of.reads, of.refusals);
     });
-    commands.onCounters(CHECK_BUFFER_STATUS, 4, [](Port& port) -> std::vector<std::uint32_t> {
-        const SampleRun* run = port.run();
+    device.on(CHECK_BUFFER_STATUS, [ports](Request r) {
+        const Port* port = ports->find(r.u8());
+        const SampleCounters of = port ? port->counters() : SampleCounters{};
+        const SampleRun* run = port ? port->run() : nullptr;
         const auto waiting = static_cast<std::uint32_t>(run ? run->waitingRows() : 0);
         const auto size = static_cast<std::uint32_t>(run ? run->frameRows() : 0);
-        return {waiting, size, port.counters().framesMade, port.counters().framesDropped};
-    });
-    commands.onChange(CLEAR_DATA, [](Port& port, ByteView) {
-        port.counters() = {};
-        return true;
+        return reply(waiting, size, of.framesMade, of.framesDropped);
     });
 }
 
 void addStreaming(const Commands& commands, Command start) {
-    commands.onRead(OPEN_AI_STREAMING, 1 + 4 + 4 + 1, [](Port& port, ByteView) {
+    commands.onRead(OPEN_AI_STREAMING, 1 + 4 + 4 + 1, [](Port& port) {
         port.openStreaming();
-        Bytes data = reply(Status::ok);
-        appendBigEndian(data, port.settings().samples);
-        appendBigEndian(data, port.settings().rate);
-        data.push_back(port.settings().mode);
-        return data;
+        return reply(Status::ok, port.settings().samples, port.settings().rate, port.settings().mode);
     });
-    commands.onOrder(start, [](Port& port) { port.start(); });
-    commands.onChange(CLOSE_AI_STREAMING, [](Port& port, ByteView) {
-        port.closeStreaming();
-        return true;
-    });
+    commands.onOrder(start, &Port::start);
+    commands.onChange(CLOSE_AI_STREAMING, &Port::closeStreaming);
 }
 
 }  // namespace
 
 void addAnalogInput(Device& device) {
     const AnalogInputs& inputs = device.model().analogInputs;
-    const Commands commands(device);
+    const auto ports = std::make_shared<Ports>(device);
+    device.sampler.provide(ports);
+    device.onReboot([ports] { ports->each(&Port::restart); });
+    device.onRoom([ports] { ports->each(&Port::resume); });
+    const Commands commands(device, Status::analogInput,
+                            [ports](std::uint8_t number, Request&) { return ports->find(number); });
     // Ports are ready without being opened.
-    commands.onChange(OPEN_AI, [](Port&, ByteView) { return true; });
-    commands.onChange(CLOSE_AI, [](Port& port, ByteView) {
-        port.closeStreaming();
-        return true;
-    });
+    commands.onChange(OPEN_AI, [](Port&) {});
+    commands.onChange(CLOSE_AI, &Port::closeStreaming);
+    commands.onChange(CLEAR_DATA, &Port::clearCounters);
     addSettings(commands);
     addReads(commands, inputs);
-    addCounters(commands);
+    addCounters(device, ports);
     if (inputs.stream != Command{}) addStreaming(commands, inputs.stream);
 }
 

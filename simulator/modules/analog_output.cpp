@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "device/modules.h"
+#include "modules/ports.h"
 #include "physics/output_port.h"
 
 namespace zvr::sim {
@@ -11,148 +12,93 @@ namespace {
 
 constexpr std::size_t mostPushed = 13;
 
-// A port with its voltages as others see them.
-struct Output {
-    explicit Output(const AnalogOutputs& outputs) : port(outputs) {
-        for (std::size_t channel = 0; channel < voltages.size(); ++channel) {
-            voltages[channel] = [this, channel](Agenda::Clock::time_point time) { return port.valueAt(channel, time); };
-        }
-    }
-    Output(const Output&) = delete;
-    Output& operator=(const Output&) = delete;
-
-    OutputPort port;
-    std::array<Voltage, mostAnalogChannels> voltages;
-};
-
-using Outputs = std::map<int, Output>;
-
-std::uint8_t byteAt(ByteView rest, std::size_t place) { return slice(rest, place, 1)[0]; }
-float floatAt(ByteView rest, std::size_t place) { return readBigEndian<float>(slice(rest, place, sizeof(float))); }
-
-std::vector<double> floatsAt(ByteView rest, std::size_t place, std::size_t count) {
-    std::vector<double> values;
-    for (std::size_t i = 0; i < count; ++i) values.push_back(floatAt(rest, place + i * sizeof(float)));
-    return values;
-}
-
-/// The commands of all ports.
-class Commands {
+class Ports : public OutputVoltages {
 public:
-    explicit Commands(Device& device) : device_(device), outputs_(std::make_shared<Outputs>()) {
-        const AnalogOutputs& model = device.model().analogOutputs;
-        for (const int number : model.ports) outputs_->try_emplace(number, model);
-        device.onReboot([outputs = outputs_, &device, &model] {
-            device.takeSamples();
-            for (auto& [number, output] : *outputs) output.port = OutputPort(model);
-        });
-        device.wiredOutput = [outputs = outputs_](int number, std::size_t channel) -> const Voltage* {
-            const auto found = outputs->find(number);
-            if (found == outputs->end() || !found->second.port.drives()) return nullptr;
-            return &found->second.voltages.at(channel);
-        };
+    explicit Ports(const AnalogOutputs& outputs) : outputs_(outputs) { restart(); }
+
+    void restart() {
+        for (const int number : outputs_.ports) ports_.insert_or_assign(number, OutputPort(outputs_));
+    }
+    OutputPort* find(int number) {
+        const auto found = ports_.find(number);
+        return found == ports_.end() ? nullptr : &found->second;
     }
 
-    /// A command that changes a port and answers with a status.
-    void onChange(Command command, std::function<bool(OutputPort& port, ByteView rest)> change) const {
-        device_.onPort(command, [this_ = *this, change = std::move(change)](std::uint8_t number, ByteView rest) {
-            OutputPort* port = this_.find(number);
-            return reply(number, port && change(*port, rest) ? Status::ok : Status::analogOutput);
-        });
+    bool drives(int number, std::size_t channel) const override {
+        const auto found = ports_.find(number);
+        return found != ports_.end() && channel < outputs_.channels && found->second.drives();
     }
-
-    /// A command that answers with values. There is no place for a status: those of a port that is not there are 0.
-    void onRead(Command command, std::size_t width, std::function<Bytes(OutputPort& port)> read) const {
-        device_.onPort(command, [this_ = *this, width, read = std::move(read)](std::uint8_t number, ByteView) {
-            OutputPort* port = this_.find(number);
-            return reply(number, port ? read(*port) : Bytes(width));
-        });
-    }
-
-    /// A command without a reply.
-    void onOrder(Command command, std::function<void(OutputPort& port)> order) const {
-        device_.onSilent(command, [this_ = *this, order = std::move(order)](ByteView data) {
-            if (OutputPort* port = data.empty() ? nullptr : this_.find(data[0])) order(*port);
-        });
+    double voltage(int number, std::size_t channel, Time time) const override {
+        return ports_.at(number).valueAt(channel, time);
     }
 
 private:
-    // The port as it is now, with the inputs that it leads to sampled up to now.
-    OutputPort* find(int number) const {
-        const auto found = outputs_->find(number);
-        if (found == outputs_->end()) return nullptr;
-        device_.takeSamples();
-        found->second.port.settle();
-        return &found->second.port;
-    }
-
-    Device& device_;
-    std::shared_ptr<Outputs> outputs_;
+    const AnalogOutputs& outputs_;
+    std::map<int, OutputPort> ports_;
 };
 
-void addWriting(const Commands& commands) {
-    const auto close = [](OutputPort& port, ByteView) {
-        port.close();
-        return true;
-    };
-    const auto open = [](OutputPort& port, ByteView) {
-        port.open();
-        return true;
-    };
-    for (const Command command : {OPEN_AO, OPEN_AIO}) commands.onChange(command, open);
-    for (const Command command : {CLOSE_AO, CLOSE_AIO}) commands.onChange(command, close);
-    commands.onChange(WRITE_AO_BY_CHANNEL, [](OutputPort& port, ByteView rest) {
-        const std::uint8_t channel = byteAt(rest, 0);
-        const double value = floatAt(rest, 1);
-        if (channel >= mostAnalogChannels || !port.canWrite(channel, value)) return false;
+using Commands = PortCommands<OutputPort>;
+
+std::vector<double> floatsOf(Request& request, std::size_t count) {
+    std::vector<double> values;
+    for (std::size_t i = 0; i < count; ++i) values.push_back(request.f32());
+    return values;
+}
+
+void addWriting(const Commands& commands, std::size_t channels) {
+    for (const Command command : {OPEN_AO, OPEN_AIO}) commands.onChange(command, &OutputPort::open);
+    for (const Command command : {CLOSE_AO, CLOSE_AIO}) commands.onChange(command, &OutputPort::close);
+    commands.onChange(WRITE_AO_BY_CHANNEL, [channels](OutputPort& port, Request r) {
+        const std::uint8_t channel = r.u8();
+        const double value = r.f32();
+        if (channel >= channels || !port.canWrite(channel, value)) return false;
         port.write(channel, value);
         return true;
     });
-    commands.onChange(WRITE_AO_SYNCHRONIZED, [](OutputPort& port, ByteView rest) {
-        const std::vector<double> values = floatsAt(rest, 0, mostAnalogChannels);
-        for (std::size_t channel = 0; channel < values.size(); ++channel) {
+    commands.onChange(WRITE_AO_SYNCHRONIZED, [channels](OutputPort& port, Request r) {
+        const std::vector<double> values = floatsOf(r, channels);
+        for (std::size_t channel = 0; channel < channels; ++channel) {
             if (!port.canWrite(channel, values[channel])) return false;
         }
-        for (std::size_t channel = 0; channel < values.size(); ++channel) port.write(channel, values[channel]);
+        for (std::size_t channel = 0; channel < channels; ++channel) port.write(channel, values[channel]);
         return true;
     });
 }
 
-void addSettings(const Commands& commands, double highestRate) {
-    commands.onChange(SET_AO_SPAN, [](OutputPort& port, ByteView rest) { return port.setSpan(byteAt(rest, 0)); });
-    commands.onChange(SET_AO_MODE, [](OutputPort& port, ByteView rest) {
-        const std::uint8_t mode = byteAt(rest, 0);
+// The byte before mask, channel or values is a chip select, of which there is one only.
+void addSettings(const Commands& commands, const AnalogOutputs& outputs) {
+    commands.onChange(SET_AO_SPAN, [](OutputPort& port, Request r) { return port.setSpan(r.u8()); });
+    commands.onChange(SET_AO_MODE, [](OutputPort& port, Request r) {
+        const std::uint8_t mode = r.u8();
         if (mode > OutputPort::continuous) return false;
         port.settings().mode = static_cast<OutputPort::Mode>(mode);
         return true;
     });
-    commands.onChange(SET_AO_SAMPLING_RATE, [highestRate](OutputPort& port, ByteView rest) {
-        const float rate = floatAt(rest, 0);
-        if (!(rate > 0 && rate <= highestRate)) return false;
+    commands.onChange(SET_AO_SAMPLING_RATE, [&outputs](OutputPort& port, Request r) {
+        const float rate = r.f32();
+        if (!(rate > 0 && rate <= outputs.rate)) return false;
         port.settings().rate = rate;
         return true;
     });
-    commands.onChange(SET_AO_NUM_SAMPLES, [](OutputPort& port, ByteView rest) {
-        port.settings().samples = readBigEndian<std::uint32_t>(slice(rest, 0, 4));
-        return true;
+    commands.onChange(SET_AO_NUM_SAMPLES, [](OutputPort& port, Request r) { port.settings().samples = r.u32(); });
+    commands.onChange(SET_AO_ENABLED_CHANNELS, [](OutputPort& port, Request r) {
+        r.u8();
+        port.settings().mask = r.u8();
     });
-    // Byte 0 of the rest is a chip select, of which there is one only.
-    commands.onChange(SET_AO_ENABLED_CHANNELS, [](OutputPort& port, ByteView rest) {
-        port.settings().mask = byteAt(rest, 1);
-        return true;
-    });
-    commands.onChange(SET_AO_FORM, [](OutputPort& port, ByteView rest) {
-        const std::uint8_t channel = byteAt(rest, 1), kind = byteAt(rest, 2);
-        if (channel >= mostAnalogChannels || kind < Form::sine || kind > Form::triangle) return false;
+    commands.onChange(SET_AO_FORM, [&outputs](OutputPort& port, Request r) {
+        r.u8();
+        const std::uint8_t channel = r.u8(), kind = r.u8();
+        if (channel >= outputs.channels || kind < Form::sine || kind > Form::triangle) return false;
         port.settings().forms[channel].kind = static_cast<Form::Kind>(kind);
         return true;
     });
-    commands.onChange(SET_AO_FORM_PARAM, [](OutputPort& port, ByteView rest) {
-        const std::uint8_t channel = byteAt(rest, 1);
-        const std::vector<double> values = floatsAt(rest, 2, 5);
+    commands.onChange(SET_AO_FORM_PARAM, [&outputs](OutputPort& port, Request r) {
+        r.u8();
+        const std::uint8_t channel = r.u8();
+        const std::vector<double> values = floatsOf(r, 5);
         const bool possible = std::ranges::all_of(values, [](double value) { return std::isfinite(value); }) &&
                               values[2] >= 0 && values[4] >= 0 && values[4] <= 1;
-        if (channel >= mostAnalogChannels || !possible) return false;
+        if (channel >= outputs.channels || !possible) return false;
         Form& form = port.settings().forms[channel];
         form = {form.kind, values[0], values[1], values[2], values[3], values[4]};
         return true;
@@ -162,62 +108,64 @@ void addSettings(const Commands& commands, double highestRate) {
 void addStreaming(const Commands& commands) {
     commands.onRead(OPEN_AO_STREAMING, 1 + 4, [](OutputPort& port) {
         port.openStreaming();
-        Bytes data{port.settings().mode};
-        appendBigEndian(data, port.settings().rate);
-        return data;
+        return reply(port.settings().mode, port.settings().rate);
     });
-    commands.onOrder(START_AO_STREAMING, [](OutputPort& port) { port.start(); });
-    const auto addStep = [&](Command command, void (OutputPort::*step)()) {
-        commands.onChange(command, [step](OutputPort& port, ByteView) {
-            (port.*step)();
-            return true;
-        });
-    };
-    addStep(STOP_AO_STREAMING, &OutputPort::stop);
-    addStep(CLOSE_AO_STREAMING, &OutputPort::closeStreaming);
+    commands.onOrder(START_AO_STREAMING, &OutputPort::start);
+    commands.onChange(STOP_AO_STREAMING, &OutputPort::stop);
+    commands.onChange(CLOSE_AO_STREAMING, &OutputPort::closeStreaming);
     commands.onRead(INIT_AO_BUFFER, 4 + 1, [](OutputPort& port) {
         port.initBuffer();
-        Bytes data;
-        appendBigEndian(data, static_cast<std::uint32_t>(OutputPort::bufferSize));
-        data.push_back(port.settings().mask);
-        return data;
+        return reply(std::uint32_t{OutputPort::bufferSize}, port.settings().mask);
     });
-    commands.onChange(SET_AO_PUSH_TO_BUFFER, [](OutputPort& port, ByteView rest) {
-        const std::size_t count = byteAt(rest, 1);
-        return count <= mostPushed && port.push(floatsAt(rest, 2, count));
+    commands.onChange(SET_AO_PUSH_TO_BUFFER, [](OutputPort& port, Request r) {
+        r.u8();
+        const std::size_t count = r.u8();
+        return count <= mostPushed && port.push(floatsOf(r, count));
     });
 }
 
-void addReads(const Commands& commands) {
-    commands.onRead(GET_AO_COUNTERS, 8, [](OutputPort& port) {
-        Bytes data;
-        appendBigEndian(data, port.made());
-        appendBigEndian(data, port.missing());
-        return data;
-    });
-    commands.onRead(GET_AO_VALUES, 1 + mostAnalogChannels * 4, [](OutputPort& port) {
+void addReads(const Commands& commands, std::size_t channels) {
+    commands.onRead(GET_AO_COUNTERS, 8, [](OutputPort& port) { return reply(port.made(), port.missing()); });
+    commands.onRead(GET_AO_VALUES, 1 + channels * sizeof(float), [channels](OutputPort& port) {
         Bytes data{0};  // the chip select
-        const Agenda::Clock::time_point now = Agenda::Clock::now();
-        for (std::size_t channel = 0; channel < mostAnalogChannels; ++channel) {
-            appendBigEndian(data, static_cast<float>(port.valueAt(channel, now)));
+        const Scheduler::Clock::time_point now = Scheduler::Clock::now();
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            append(data, static_cast<float>(port.valueAt(channel, now)));
         }
         return data;
     });
-    commands.onRead(GET_AO_MODE, 1, [](OutputPort& port) { return Bytes{port.settings().mode}; });
-    commands.onRead(GET_AO_STATE, 1, [](OutputPort& port) { return Bytes{static_cast<std::uint8_t>(port.state())}; });
-    commands.onRead(GET_AO_ENABLED_CHANNELS, 1, [](OutputPort& port) { return Bytes{port.settings().mask}; });
+    commands.onRead(GET_AO_MODE, 1, [](OutputPort& port) { return port.settings().mode; });
+    commands.onRead(GET_AO_STATE, 1, &OutputPort::state);
+    commands.onRead(GET_AO_ENABLED_CHANNELS, 1, [](OutputPort& port) { return port.settings().mask; });
 }
 
 }  // namespace
 
 void addAnalogOutput(Device& device) {
     const AnalogOutputs& outputs = device.model().analogOutputs;
-    const Commands commands(device);
-    addWriting(commands);
+    const auto ports = std::make_shared<Ports>(outputs);
+    const auto takeSamples = [&device] {
+        if (device.sampler) device.sampler->takeSamples();
+    };
+    device.outputVoltages.provide(ports);
+    device.onReboot([ports, takeSamples] {
+        takeSamples();
+        ports->restart();
+    });
+    // The port as it is now, with the inputs that it leads to sampled up to now.
+    const Commands commands(device, Status::analogOutput, [ports, takeSamples](std::uint8_t number, Request&) {
+        OutputPort* port = ports->find(number);
+        if (port) {
+            takeSamples();
+            port->settle();
+        }
+        return port;
+    });
+    addWriting(commands, outputs.channels);
     if (!outputs.streams) return;
-    addSettings(commands, outputs.rate);
+    addSettings(commands, outputs);
     addStreaming(commands);
-    addReads(commands);
+    addReads(commands, outputs.channels);
 }
 
 }  // namespace zvr::sim

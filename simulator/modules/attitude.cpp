@@ -3,7 +3,7 @@
 
 #include "device/modules.h"
 #include "modules/channels.h"
-#include "physics/sway.h"
+#include "physics/imu_motion.h"
 
 namespace zvr::sim {
 
@@ -38,18 +38,18 @@ public:
         return true;
     }
 
-    Sway sensors() const { return swayAt(device_->seconds(), gravity_); }
+    ImuMotion sensors() const { return imuMotionAt(device_->seconds(), gravity_); }
 
     /// Estimates follow what turns at once. What was wrong with the orientation at the start decays as gravity and the
     /// magnetic field show it.
-    Sway estimates() const {
+    ImuMotion estimates() const {
         const double now = begin_ + std::floor((device_->seconds() - begin_) / period_) * period_;
-        Sway sway = swayAt(now, gravity_);
-        const Vector unknown = swayAt(begin_, gravity_).angles;
+        ImuMotion motion = imuMotionAt(now, gravity_);
+        const Vector unknown = imuMotionAt(begin_, gravity_).angles;
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            sway.angles[axis] -= unknown[axis] * std::exp((begin_ - now) / decay_[axis]);
+            motion.angles[axis] -= unknown[axis] * std::exp((begin_ - now) / decay_[axis]);
         }
-        return sway;
+        return motion;
     }
 
 private:
@@ -63,47 +63,49 @@ private:
 using Units = Channels<Unit, 1>;
 
 // Without a filter that runs, and without sensors in use, there are zeros.
-Bytes vectorsOf(Bytes data, const std::vector<Vector>& vectors, bool shown) {
+Bytes vectorsOf(const std::vector<Vector>& vectors, bool shown) {
+    Bytes data;
     for (const Vector& vector : vectors) {
-        for (const double value : vector) appendBigEndian(data, static_cast<float>(shown ? value : 0));
+        for (const double value : vector) append(data, static_cast<float>(shown ? value : 0));
     }
     return data;
 }
 
-Bytes estimatesOf(std::uint8_t port, const Unit& unit, std::uint8_t mask) {
-    const Sway sway = unit.estimates();
+Bytes estimatesOf(const Unit& unit, std::uint8_t mask) {
+    const ImuMotion motion = unit.estimates();
     std::vector<Vector> vectors;
-    if ((mask & orientationBit) != 0) vectors.push_back(sway.angles);
-    if ((mask & angularVelocityBit) != 0) vectors.push_back(sway.angularVelocity);
-    if ((mask & accelerationBit) != 0) vectors.push_back(sway.acceleration);
-    return vectorsOf({port, mask}, vectors, unit.stage() == Stage::started);
+    if ((mask & orientationBit) != 0) vectors.push_back(motion.angles);
+    if ((mask & angularVelocityBit) != 0) vectors.push_back(motion.angularVelocity);
+    if ((mask & accelerationBit) != 0) vectors.push_back(motion.acceleration);
+    return vectorsOf(vectors, unit.stage() == Stage::started);
 }
 
 }  // namespace
 
 void addAttitude(Device& device) {
     const Units units(device, Status::notEnabled, {Unit(device)});
-    units.onStages(AHRS_OPEN, AHRS_START, AHRS_STOP, AHRS_CLOSE);
+    units.onOpenAndClose(AHRS_OPEN, AHRS_STOP, AHRS_CLOSE);
     const auto unit = [all = units.all()]() -> Unit& { return all->front(); };
-    device.onSilent(AHRS_START, [unit](ByteView data) {
-        if (slice(data, 0, 1)[0] == 0 && unit().stage() != Stage::closed) unit().enter(Stage::started);
+    device.onSilent(AHRS_START, [unit](Request r) {
+        if (r.u8() == 0 && unit().stage() != Stage::closed) unit().enter(Stage::started);
     });
-    units.onChange(AHRS_RESET, [](Unit& unit, ByteView) {
-        unit.reset();
-        return true;
+    units.onChange(AHRS_RESET, &Unit::reset);
+    const auto addPair = [&](Command command, bool (Unit::*set)(float, float)) {
+        units.onChange(command, [set](Unit& unit, Request r) {
+            const float first = r.f32(), second = r.f32();
+            return (unit.*set)(first, second);
+        });
+    };
+    addPair(AHRS_SET_GNRL, &Unit::setGeneral);
+    addPair(AHRS_VQF_SET_TAU, &Unit::setDecay);
+    device.onPort(AHRS_GET_ESTIMATES, [unit](std::uint8_t port, Request r) {
+        const std::uint8_t mask = r.u8();
+        return reply(port, mask, estimatesOf(unit(), mask));
     });
-    units.onChange(AHRS_SET_GNRL, [](Unit& unit, ByteView rest) {
-        return unit.setGeneral(readBigEndian<float>(slice(rest, 0, 4)), readBigEndian<float>(slice(rest, 4, 4)));
-    });
-    units.onChange(AHRS_VQF_SET_TAU, [](Unit& unit, ByteView rest) {
-        return unit.setDecay(readBigEndian<float>(slice(rest, 0, 4)), readBigEndian<float>(slice(rest, 4, 4)));
-    });
-    device.onPort(AHRS_GET_ESTIMATES,
-                  [unit](std::uint8_t port, ByteView rest) { return estimatesOf(port, unit(), slice(rest, 0, 1)[0]); });
-    device.onPort(AHRS_GET_RAW_DATA, [unit](std::uint8_t port, ByteView) {
-        const Sway sway = unit().sensors();
-        return vectorsOf({port}, {sway.acceleration, sway.angularVelocity, sway.magneticField},
-                         unit().stage() != Stage::closed);
+    device.onPort(AHRS_GET_RAW_DATA, [unit](std::uint8_t port, Request) {
+        const ImuMotion motion = unit().sensors();
+        return reply(port, vectorsOf({motion.acceleration, motion.angularVelocity, motion.magneticField},
+                                     unit().stage() != Stage::closed));
     });
 }
 

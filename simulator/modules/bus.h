@@ -4,22 +4,23 @@
 #include <map>
 #include <memory>
 
-#include "device/device.h"
+#include "modules/ports.h"
 
 namespace zvr::sim {
 
 /// One action that is due later; set anew, it is due at the new time only.
 class Alarm {
 public:
-    Alarm(Agenda& agenda, std::function<void()> action) : agenda_(agenda), state_(std::make_shared<State>()) {
+    Alarm(Scheduler& scheduler, std::function<void()> action)
+        : scheduler_(scheduler), state_(std::make_shared<State>()) {
         state_->action = std::move(action);
     }
 
     void cancel() { state_->due.reset(); }
-    void set(Agenda::Clock::time_point due) {
+    void set(Scheduler::Clock::time_point due) {
         if (state_->due == due) return;
         state_->due = due;
-        agenda_.at(due, [weak = std::weak_ptr(state_), due] {
+        scheduler_.at(due, [weak = std::weak_ptr(state_), due] {
             const auto state = weak.lock();
             if (!state || state->due != due) return;
             state->due.reset();
@@ -29,95 +30,32 @@ public:
 
 private:
     struct State {
-        std::optional<Agenda::Clock::time_point> due;
+        std::optional<Scheduler::Clock::time_point> due;
         std::function<void()> action;
     };
 
-    Agenda& agenda_;
+    Scheduler& scheduler_;
     std::shared_ptr<State> state_;
 };
 
-inline std::uint8_t byteOf(ByteView rest) { return slice(rest, 0, 1)[0]; }
-
-/// The bytes behind their number, and nothing else.
-inline ByteView countedBytes(ByteView rest) {
-    const std::size_t count = byteOf(rest);
-    if (rest.size() != 1 + count) throw WrongLength(1 + count, rest.size());
-    return rest.subspan(1);
-}
-
-/// A port is made of the device and its number, and `clear` puts it into the state in which it is while it is closed.
-///
-/// A request for a port that is not there, or that is not in the right state, is refused with the status of the bus.
+/// The ports of a bus that the model has, and the commands on those that are open. A port is made of the device and
+/// its number, and `clear` puts it into the state in which it is while it is closed.
 template <class Port>
-class BusPorts {
+class BusPorts : public PortCommands<Port> {
 public:
-    /// False refuses the request.
-    using Change = std::function<bool(Port& port, ByteView rest)>;
-    /// Nothing refuses the request.
-    using Read = std::function<std::optional<Bytes>(Port& port, ByteView rest)>;
-
-    /// The ports whose lines the model has.
     BusPorts(Device& device, Bus bus, PinMode mode, Status refusal)
-        : device_(device), mode_(mode), refusal_(refusal), slots_(std::make_shared<Slots>()) {
-        for (const BusLines& lines : busLines) {
-            const unsigned pins = (2U << lines.lastPin) - (1U << lines.firstPin);
-            const auto hasLines = [&](const PortLines& port) {
-                return port.port == lines.digitalPort && (pins & ~unsigned{port.inputs}) == 0;
-            };
-            if (lines.bus == bus && std::ranges::any_of(device.model().lines, hasLines)) {
-                slots_->try_emplace(lines.port, device, lines);
-            }
-        }
-        device.onReboot([slots = slots_] {
-            for (auto& [number, slot] : *slots) slot.close();
-        });
-    }
+        : BusPorts(device, mode, refusal, slotsOf(device, bus)) {}
 
-    void onOpen(Command command) const {
-        add(command, [mode = mode_](Slot& slot, ByteView) {
-            if (slot.open || !slot.device.usePins(slot.lines, mode)) return false;
+    void onOpenAndClose(Command open, Command close) const {
+        slots_.onChange(open, [mode = mode_](Slot& slot) {
+            if (slot.open || !slot.device.digitalLines->use(slot.lines, mode)) return false;
             return slot.open = true;
         });
-    }
-    void onClose(Command command) const {
-        add(command, [](Slot& slot, ByteView) { return slot.open && slot.close(); });
+        slots_.onChange(close, [](Slot& slot) { return slot.open && slot.close(); });
     }
 
-    /// A command that changes an open port and answers with a status.
-    void onChange(Command command, Change change) const {
-        add(command,
-            [change = std::move(change)](Slot& slot, ByteView rest) { return slot.open && change(slot.port, rest); });
-    }
-    /// The same for a port that need not be open.
-    void onSetting(Command command, Change change) const {
-        add(command, [change = std::move(change)](Slot& slot, ByteView rest) { return change(slot.port, rest); });
-    }
-
-    /// A command that an open port answers with a status and bytes.
-    void onRead(Command command, Read read) const {
-        device_.onPort(command, [*this, read = std::move(read)](std::uint8_t number, ByteView rest) {
-            Slot* slot = find(*slots_, number);
-            const auto bytes = slot && slot->open ? read(slot->port, rest) : std::nullopt;
-            return reply(number, bytes ? reply(static_cast<std::uint8_t>(Status::ok), *bytes) : reply(refusal_));
-        });
-    }
-
-    /// A command that is answered with values, which are 0 without a port.
-    void onValues(Command command, std::size_t width, std::function<Bytes(Port& port)> read) const {
-        device_.onPort(command, [slots = slots_, width, read = std::move(read)](std::uint8_t number, ByteView) {
-            Slot* slot = find(*slots, number);
-            return reply(number, slot ? read(slot->port) : Bytes(width));
-        });
-    }
-
-    /// A command without a reply.
-    void onOrder(Command command, std::function<void(Port& port)> order) const {
-        device_.onSilent(command, [slots = slots_, order = std::move(order)](ByteView data) {
-            Slot* slot = data.empty() ? nullptr : find(*slots, data[0]);
-            if (slot && slot->open) order(slot->port);
-        });
-    }
+    /// The commands on ports that need not be open.
+    const PortCommands<Port>& anyState() const { return anyState_; }
 
 private:
     struct Slot {
@@ -125,7 +63,7 @@ private:
 
         bool close() {
             port.clear();
-            if (open) device.usePins(lines, PinMode::idle);
+            if (open) device.digitalLines->use(lines, PinMode::idle);
             open = false;
             return true;
         }
@@ -135,25 +73,43 @@ private:
         bool open = false;
         Port port;
     };
-    using Slots = std::map<int, Slot>;
+    using Slots = std::shared_ptr<std::map<int, Slot>>;
 
-    static Slot* find(Slots& slots, int number) {
-        const auto found = slots.find(number);
-        return found == slots.end() ? nullptr : &found->second;
-    }
-
-    void add(Command command, std::function<bool(Slot& slot, ByteView rest)> change) const {
-        device_.onPort(command, [slots = slots_, refusal = refusal_, change = std::move(change)](std::uint8_t number,
-                                                                                                 ByteView rest) {
-            Slot* slot = find(*slots, number);
-            return reply(number, slot && change(*slot, rest) ? Status::ok : refusal);
+    BusPorts(Device& device, PinMode mode, Status refusal, const Slots& slots)
+        : PortCommands<Port>(device, refusal, finding(slots, true)),
+          anyState_(device, refusal, finding(slots, false)),
+          slots_(device, refusal, [slots](std::uint8_t number, Request&) { return find(slots, number); }),
+          mode_(mode) {
+        device.onReboot([slots] {
+            for (auto& [number, slot] : *slots) slot.close();
         });
     }
 
-    Device& device_;
+    static Slots slotsOf(Device& device, Bus bus) {
+        const auto slots = std::make_shared<std::map<int, Slot>>();
+        for (const BusLines& lines : busLines) {
+            if (lines.bus == bus && device.model().hasBus(bus, lines.port)) {
+                slots->try_emplace(lines.port, device, lines);
+            }
+        }
+        return slots;
+    }
+
+    static Slot* find(const Slots& slots, int number) {
+        const auto found = slots->find(number);
+        return found == slots->end() ? nullptr : &found->second;
+    }
+
+    static typename PortCommands<Port>::Find finding(const Slots& slots, bool mustBeOpen) {
+        return [slots, mustBeOpen](std::uint8_t number, Request&) {
+            Slot* slot = find(slots, number);
+            return slot && (slot->open || !mustBeOpen) ? &slot->port : nullptr;
+        };
+    }
+
+    PortCommands<Port> anyState_;
+    PortCommands<Slot> slots_;
     PinMode mode_;
-    Status refusal_;
-    std::shared_ptr<Slots> slots_;
 };
 
 }  // namespace zvr::sim

@@ -9,7 +9,7 @@ namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 
 // The identifier as it travels: its upper 11 bits, the marks of remote and extended frames, and its lower 18 bits.
 constexpr std::uint32_t remoteMark = 1U << 20, extendedMark = 1U << 19, highBits = 0x7FFU << 21, lowBits = 0x3FFFF;
@@ -22,10 +22,11 @@ struct Record {
     bool remote() const { return (word & remoteMark) != 0; }
 };
 
-Record recordOf(ByteView bytes) {
-    if (bytes.size() != recordSize) throw WrongLength(recordSize, bytes.size());
-    Record record{readBigEndian<std::uint32_t>(bytes.first(4))};
-    std::copy_n(bytes.begin() + 4, dataSize, record.data.begin());
+// The last item of a request.
+Record recordOf(Request& request) {
+    if (request.left() != recordSize) throw WrongLength(recordSize, request.left());
+    Record record{request.u32()};
+    std::ranges::copy(request.rest(), record.data.begin());
     return record;
 }
 
@@ -44,7 +45,7 @@ void put(std::uint32_t value, std::uint8_t* to) {
     for (int shift = 24; shift >= 0; shift -= 8) *to++ = static_cast<std::uint8_t>(value >> shift);
 }
 
-// Sends frames of its own accord, with their number and the time since the start in microseconds.
+// Sends unsolicited frames, with their number and the time since the start in microseconds.
 struct Talker {
     double rate;
     std::uint32_t word;
@@ -94,7 +95,7 @@ public:
     static constexpr std::size_t filterCount = 6, maskCount = 2;
 
     Port(Device& device, int number)
-        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.agenda, [this] { advance(); }) {
+        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.scheduler, [this] { advance(); }) {
         for (const Peer& peer : device.peers.at(Bus::can, number)) {
             if (peer.kind == PeerKind::cyclic) {
                 const auto id = peer.number<std::uint32_t>(1);
@@ -251,55 +252,48 @@ private:
     Bytes records_;  // of the next frame, behind port and number
 };
 
-void addSettings(const BusPorts<Port>& ports) {
+void addSettings(const PortCommands<Port>& ports) {
     // The speed is that of a port at rest.
-    ports.onSetting(SET_CAN_SPEED, [](Port& port, ByteView rest) {
-        const std::uint8_t speed = byteOf(rest);
+    ports.onChange(SET_CAN_SPEED, [](Port& port, Request r) {
+        const std::uint8_t speed = r.u8();
         if (speed > 3 || port.isStarted()) return false;
         port.settings.speed = speed;
         return true;
     });
     const auto addSwitch = [&](Command command, bool Port::Settings::*setting) {
-        ports.onSetting(command, [setting](Port& port, ByteView rest) {
-            port.settings.*setting = byteOf(rest) != 0;
-            return true;
-        });
+        ports.onChange(command, [setting](Port& port, Request r) { port.settings.*setting = r.u8() != 0; });
     };
     addSwitch(SET_CAN_ENABLED_ITR, &Port::Settings::interrupts);
     addSwitch(SET_CAN_RX_FILTERING_ON, &Port::Settings::filtering);
-    ports.onSetting(SET_CAN_RX_FILTER_OR_MASK, [](Port& port, ByteView rest) {
-        const std::size_t index = byteOf(rest);
-        const Record record = recordOf(rest.subspan(1));
+    ports.onChange(SET_CAN_RX_FILTER_OR_MASK, [](Port& port, Request r) {
+        const std::size_t index = r.u8();
+        const Record record = recordOf(r);
         if (index >= port.settings.words.size()) return false;
         port.settings.words[index] = record.word;
         if (index < Port::filterCount) port.settings.filters.set(index);
         return true;
     });
     // These are for the buffers of the controller, of which nothing is seen here.
-    ports.onSetting(SET_CAN_RX_ROLLOVER, [](Port&, ByteView rest) { return byteOf(rest) <= 1; });
-    ports.onSetting(SET_CAN_TX_PRIORITY, [](Port&, ByteView rest) {
-        const ByteView modes = slice(rest, 0, 2);
-        return modes[0] <= 2 && modes[1] <= 3;
+    ports.onChange(SET_CAN_RX_ROLLOVER, [](Port&, Request r) { return r.u8() <= 1; });
+    ports.onChange(SET_CAN_TX_PRIORITY, [](Port&, Request r) {
+        const std::uint8_t buffer = r.u8(), priority = r.u8();
+        return buffer <= 2 && priority <= 3;
     });
 }
 
-void addState(const BusPorts<Port>& ports) {
-    ports.onValues(GET_CAN_INTERRUPTS, 3, [](Port& port) {
+void addState(const PortCommands<Port>& ports) {
+    ports.onRead(GET_CAN_INTERRUPTS, 3, [](Port& port) {
         const std::uint8_t seen = port.settings.interrupts ? port.interrupts : 0;
         port.interrupts = 0;
         return Bytes{port.settings.interrupts, seen, port.errors.state()};
     });
-    ports.onValues(GET_CAN_ERRORS, 2, [](Port& port) {
+    ports.onRead(GET_CAN_ERRORS, 2, [](Port& port) {
         const auto byteOfCount = [](int count) { return static_cast<std::uint8_t>(std::min(count, 255)); };
         return Bytes{byteOfCount(port.errors.sent), byteOfCount(port.errors.received)};
     });
-    ports.onValues(GET_CAN_COUNTERS, sizeof(Counters), [](Port& port) {
+    ports.onRead(GET_CAN_COUNTERS, sizeof(Counters), [](Port& port) {
         const Counters& of = port.counters;
-        Bytes bytes;
-        for (const std::uint32_t value : {of.sent, of.received, of.filtered, of.lost, of.failed, of.errors}) {
-            appendBigEndian(bytes, value);
-        }
-        return bytes;
+        return reply(of.sent, of.received, of.filtered, of.lost, of.failed, of.errors);
     });
 }
 
@@ -307,20 +301,16 @@ void addState(const BusPorts<Port>& ports) {
 
 void addCan(Device& device) {
     const BusPorts<Port> ports(device, Bus::can, PinMode::can, Status::can);
-    ports.onOpen(OPEN_CAN);
-    ports.onClose(CLOSE_CAN);
-    ports.onOrder(START_CAN, [](Port& port) { port.start(); });
-    ports.onChange(STOP_CAN, [](Port& port, ByteView) {
-        port.stop();
-        return true;
-    });
-    ports.onChange(WRITE_CAN, [](Port& port, ByteView rest) {
-        const std::uint8_t buffer = byteOf(rest);
-        const Record record = recordOf(rest.subspan(1));
+    ports.onOpenAndClose(OPEN_CAN, CLOSE_CAN);
+    ports.onOrder(START_CAN, &Port::start);
+    ports.onChange(STOP_CAN, &Port::stop);
+    ports.onChange(WRITE_CAN, [](Port& port, Request r) {
+        const std::uint8_t buffer = r.u8();
+        const Record record = recordOf(r);
         return buffer <= 2 && port.write(record);
     });
-    addSettings(ports);
-    addState(ports);
+    addSettings(ports.anyState());
+    addState(ports.anyState());
 }
 
 }  // namespace zvr::sim

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t positionWidth = 6;
 constexpr std::uint64_t positionMask = (std::uint64_t{1} << 48) - 1;
-constexpr double encoderSpeed = 100;  // counts in a second
+constexpr double encoderSpeed = 100, outsideSpeed = 1000;  // counts in a second
 
 // A position that follows a source while it is started.
 class Tracker {
@@ -69,23 +69,15 @@ private:
     float window_ = 1;
 };
 
-std::uint64_t positionOf(ByteView rest) {
-    if (rest.size() != positionWidth) throw WrongLength(positionWidth, rest.size());
+std::uint64_t positionOf(Request& request) {
     std::uint64_t position = 0;
-    for (const std::uint8_t byte : rest) position = position << 8 | byte;
+    for (const std::uint8_t byte : request.lastBytes(positionWidth)) position = position << 8 | byte;
     return position;
 }
 
-Bytes bytesOfPosition(std::uint64_t position) {
-    Bytes data;
-    appendBigEndian(data, position);
+Bytes bytesOf(std::uint64_t position) {
+    Bytes data = reply(position);
     data.erase(data.begin(), data.end() - positionWidth);
-    return data;
-}
-
-Bytes bytesOfFloat(double value) {
-    Bytes data;
-    appendBigEndian(data, static_cast<float>(value));
     return data;
 }
 
@@ -93,33 +85,31 @@ template <std::size_t Count>
 void addReading(const Channels<Tracker, Count>& trackers, Command read, Command setValue, Command setWindow,
                 Command getWindow) {
     trackers.onRead(read, positionWidth + sizeof(float), [](Tracker& tracker) {
-        Bytes data = bytesOfPosition(tracker.position());
-        appendBigEndian(data, static_cast<float>(tracker.frequency()));
-        return data;
+        const Bytes position = bytesOf(tracker.position());
+        return reply(position, static_cast<float>(tracker.frequency()));
     });
-    trackers.onChange(setValue, [](Tracker& tracker, ByteView rest) {
-        tracker.setPosition(positionOf(rest));
-        return true;
-    });
-    trackers.onChange(setWindow,
-                      [](Tracker& tracker, ByteView rest) { return tracker.setWindow(readBigEndian<float>(rest)); });
-    trackers.onRead(getWindow, sizeof(float), [](Tracker& tracker) { return bytesOfFloat(tracker.window()); });
+    trackers.onChange(setValue, [](Tracker& tracker, Request r) { tracker.setPosition(positionOf(r)); });
+    trackers.onChange(setWindow, [](Tracker& tracker, Request r) { return tracker.setWindow(r.last<float>()); });
+    trackers.onRead(getWindow, sizeof(float), [](Tracker& tracker) { return tracker.window(); });
 }
 
 }  // namespace
 
 void addCounter(Device& device) {
-    const auto source = [&device](std::size_t channel) {
-        return Tracker([&device, channel] { return device.pulses(channel); });
+    // Without PWM outputs there is a signal from outside.
+    const auto counterOf = [&device](std::size_t channel) {
+        return Tracker([&device, channel, outside = Oscillator(outsideSpeed)] {
+            return device.pulseSource ? device.pulseSource->pulses(channel) : outside;
+        });
     };
-    const Channels<Tracker, 2> counters(device, Status::pulse, {source(0), source(1)});
-    counters.onStages(PULSE_OPEN, PULSE_START, PULSE_STOP, PULSE_CLOSE);
+    const Channels<Tracker, 2> counters(device, Status::pulse, {counterOf(0), counterOf(1)});
+    counters.onOpenAndClose(PULSE_OPEN, PULSE_STOP, PULSE_CLOSE);
+    counters.onStart(PULSE_START);
     addReading(counters, PULSE_READ, PULSE_SET_VALUE, PULSE_SET_FRQ_WINDOW, PULSE_GET_FRQ_WINDOW);
-    counters.onRead(PULSE_GET_VALUE, positionWidth,
-                    [](Tracker& counter) { return bytesOfPosition(counter.position()); });
+    counters.onRead(PULSE_GET_VALUE, positionWidth, [](Tracker& counter) { return bytesOf(counter.position()); });
     // 0 counts rising edges, 1 falling ones, 2 both.
-    counters.onChange(PULSE_SET_EDGE, [](Tracker& counter, ByteView rest) {
-        const int edge = slice(rest, 0, 1)[0];
+    counters.onChange(PULSE_SET_EDGE, [](Tracker& counter, Request r) {
+        const std::uint8_t edge = r.u8();
         if (edge > 2) return false;
         counter.setFactor(edge == 2 ? 2 : 1);
         return true;
@@ -129,17 +119,17 @@ void addCounter(Device& device) {
 void addEncoder(Device& device) {
     const Channels<Tracker, 1> encoders(device, Status::encoder,
                                         {Tracker([wheel = Oscillator(encoderSpeed)] { return wheel; })});
-    encoders.onStages(ENCODER_OPEN, ENCODER_START, ENCODER_STOP, ENCODER_CLOSE);
+    encoders.onOpenAndClose(ENCODER_OPEN, ENCODER_STOP, ENCODER_CLOSE);
+    encoders.onStart(ENCODER_START);
     addReading(encoders, ENCODER_READ, ENCODER_SET_VALUE, ENCODER_SET_FRQ_WINDOW, ENCODER_GET_FRQ_WINDOW);
     // 0 counts up, 1 down.
-    encoders.onChange(ENCODER_SET_DIR, [](Tracker& encoder, ByteView rest) {
-        const int direction = slice(rest, 0, 1)[0];
+    encoders.onChange(ENCODER_SET_DIR, [](Tracker& encoder, Request r) {
+        const std::uint8_t direction = r.u8();
         if (direction > 1) return false;
         encoder.setFactor(direction == 1 ? -1 : 1);
         return true;
     });
-    encoders.onRead(ENCODER_GET_DIR, 1,
-                    [](Tracker& encoder) { return Bytes{static_cast<std::uint8_t>(encoder.factor() < 0)}; });
+    encoders.onRead(ENCODER_GET_DIR, 1, [](Tracker& encoder) { return std::uint8_t{encoder.factor() < 0}; });
 }
 
 }  // namespace zvr::sim

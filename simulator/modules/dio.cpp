@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "device/modules.h"
+#include "modules/ports.h"
 
 namespace zvr::sim {
 
@@ -21,12 +22,13 @@ struct Configuration {
 };
 
 struct Port {
+    int number = 0;
     Word inputs = 0, outputs = 0;
     Configuration current, startup;
     Word driven = 0;  // only outputs in use have a bit here
     Word taken = 0;   // by other functions
     std::array<PinMode, pinsOfWord> functions{};
-    std::array<std::uint32_t, 16> switchings{};  // of each pin
+    std::array<std::uint32_t, pinsOfWord> switchings{};  // of each pin
 
     Word lines() const { return inputs | outputs; }
     Word eitherWay() const { return inputs & outputs; }
@@ -44,16 +46,17 @@ struct Port {
     }
 };
 
-Word wordAt(ByteView data, std::size_t place) { return readBigEndian<Word>(slice(data, place, 2)); }
-
-class Lines {
+class Lines : public DigitalLines {
 public:
     explicit Lines(const Device& device) : device_(device), model_(device.model()) {
-        for (const auto& [number, inputs, outputs] : model_.lines) {
-            Port& port = ports_[number];
-            port.inputs = inputs;
-            port.outputs = outputs;
-            if (model_.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
+        for (const auto& lines : {model_.lines, model_.boardLines}) {
+            for (const auto& [number, inputs, outputs] : lines) {
+                Port& port = ports_[number];
+                port.number = number;
+                port.inputs = inputs;
+                port.outputs = outputs;
+                if (model_.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
+            }
         }
         restart();
     }
@@ -71,12 +74,12 @@ public:
         return found == ports_.end() ? nullptr : &found->second;
     }
 
-    std::array<std::uint32_t, 16> switchings(int number) const { return ports_.at(number).switchings; }
+    std::array<std::uint32_t, pinsOfWord> switchings(int number) const override { return ports_.at(number).switchings; }
 
     // Inputs in use show what is wired to them or comes from outside, outputs what they drive; all else is low.
-    Word levels(int number) const {
+    Word levels(int number) const override {
         const Port& port = ports_.at(number);
-        Word arriving = device_.inputLevels(number);
+        Word arriving = device_.inputLevels ? device_.inputLevels->levels(number) : Word{0};
         for (const auto& [output, input] : model_.wires) {
             if (input == number) arriving |= ports_.at(output).driven;
         }
@@ -113,7 +116,15 @@ public:
         return status;
     }
 
-    bool use(const BusLines& lines, PinMode mode) {
+    void turn(int number, PinMode mode) override {
+        Port* port = find(number);
+        const bool isOutput = mode == PinMode::digitalOutput;
+        if (port)
+            configure(*port, wholePort,
+                      {mode == PinMode::idle ? Word{0} : wholePort, isOutput ? wholePort : Word{0}, 0});
+    }
+
+    bool use(const BusLines& lines, PinMode mode) override {
         Port* port = find(lines.digitalPort);
         const auto pins = static_cast<Word>((2U << lines.lastPin) - (1U << lines.firstPin));
         if (!port || (mode != PinMode::idle && (port->taken & pins) != 0)) return false;
@@ -124,7 +135,7 @@ public:
         return true;
     }
 
-    std::vector<PinMode> modes(int number) const {
+    std::vector<PinMode> modes(int number) const override {
         const auto found = ports_.find(number);
         if (found == ports_.end()) return {};
         const Port& port = found->second;
@@ -146,52 +157,37 @@ private:
     std::map<int, Port> ports_;
 };
 
-using Change = std::function<Status(Lines&, Port&, ByteView rest)>;
-using Read = std::function<std::vector<Word>(Lines&, int number, Port&, ByteView rest)>;
+using Ports = PortCommands<Port>;
+using Shared = std::shared_ptr<Lines>;
 
-// A command that changes a port and answers with a status.
-void addChange(Device& device, Command command, const std::shared_ptr<Lines>& lines, Change change) {
-    device.onPort(command, [lines, change = std::move(change)](std::uint8_t number, ByteView rest) {
-        Port* port = lines->find(number);
-        return reply(number, port ? change(*lines, *port, rest) : Status::digital);
-    });
+Configuration configurationOf(Request& request) {
+    const Word enabled = request.u16(), direction = request.u16(), state = request.u16();
+    return {enabled, direction, state};
 }
 
-// A command that answers with words; those of a port that is not there are 0.
-void addRead(Device& device, Command command, const std::shared_ptr<Lines>& lines, std::size_t count, Read read) {
-    device.onPort(command, [lines, count, read = std::move(read)](std::uint8_t number, ByteView rest) {
-        Bytes data{number};
-        Port* port = lines->find(number);
-        for (const Word word : port ? read(*lines, number, *port, rest) : std::vector<Word>(count)) {
-            appendBigEndian(data, word);
-        }
-        return data;
-    });
+Bytes bytesOf(const Configuration& configuration, Word mask = wholePort) {
+    const auto masked = [mask](Word word) { return static_cast<Word>(word & mask); };
+    return reply(masked(configuration.enabled), masked(configuration.direction), masked(configuration.state));
 }
 
-std::vector<Word> wordsOf(const Configuration& configuration, Word mask = wholePort) {
-    return {static_cast<Word>(configuration.enabled & mask), static_cast<Word>(configuration.direction & mask),
-            static_cast<Word>(configuration.state & mask)};
-}
-
-void addConfiguration(Device& device, const std::shared_ptr<Lines>& lines) {
-    addRead(device, LOAD_DIO_STARTUP, lines, 3,
-            [](Lines&, int, Port& port, ByteView) { return wordsOf(port.startup); });
-    addChange(device, SAVE_DIO_STARTUP, lines, [](Lines& all, Port& port, ByteView rest) {
-        return all.set(port, port.startup, wholePort, {wordAt(rest, 0), wordAt(rest, 2), wordAt(rest, 4)});
+void addConfiguration(const Ports& ports, const Shared& lines) {
+    ports.onRead(LOAD_DIO_STARTUP, 3 * sizeof(Word), [](Port& port) { return bytesOf(port.startup); });
+    ports.onChange(SAVE_DIO_STARTUP, [lines](Port& port, Request r) {
+        return lines->set(port, port.startup, wholePort, configurationOf(r));
     });
-    addRead(device, GET_DIO_CURRENT, lines, 3,
-            [](Lines&, int, Port& port, ByteView rest) { return wordsOf(port.current, wordAt(rest, 0)); });
-    addChange(device, SET_DIO_CURRENT, lines, [](Lines& all, Port& port, ByteView rest) {
-        return all.configure(port, wordAt(rest, 0), {wordAt(rest, 2), wordAt(rest, 4), wordAt(rest, 6)});
+    ports.onRead(GET_DIO_CURRENT, 3 * sizeof(Word),
+                 [](Port& port, Request r) { return bytesOf(port.current, r.u16()); });
+    ports.onChange(SET_DIO_CURRENT, [lines](Port& port, Request r) {
+        const Word mask = r.u16();
+        return lines->configure(port, mask, configurationOf(r));
     });
-    addChange(device, TOGGLE_DIO_DIR, lines, [](Lines& all, Port& port, ByteView rest) {
-        const auto direction = static_cast<Word>(~port.current.direction);
-        return all.configure(port, wordAt(rest, 0), {port.current.enabled, direction, wordAt(rest, 2)});
+    ports.onChange(TOGGLE_DIO_DIR, [lines](Port& port, Request r) {
+        const Word mask = r.u16(), state = r.u16();
+        return lines->configure(port, mask, {port.current.enabled, static_cast<Word>(~port.current.direction), state});
     });
     const auto addWhole = [&](Command command, Word enabled, Word direction) {
-        addChange(device, command, lines, [enabled, direction](Lines& all, Port& port, ByteView) {
-            return all.configure(port, wholePort, {enabled, direction, 0});
+        ports.onChange(command, [lines, enabled, direction](Port& port) {
+            return lines->configure(port, wholePort, {enabled, direction, 0});
         });
     };
     addWhole(SET_SLOT_DI, wholePort, 0);
@@ -199,43 +195,35 @@ void addConfiguration(Device& device, const std::shared_ptr<Lines>& lines) {
     addWhole(SET_SLOT_IDLE, 0, 0);
 }
 
-void addLevels(Device& device, const std::shared_ptr<Lines>& lines) {
-    addRead(device, GET_DIO_STATE, lines, 1, [](Lines&, int, Port& port, ByteView rest) {
-        return std::vector<Word>{static_cast<Word>(port.current.state & wordAt(rest, 0))};
-    });
-    addChange(device, SET_DIO_STATE, lines, [](Lines& all, Port& port, ByteView rest) {
-        const Word mask = wordAt(rest, 0);
-        const Word state = wordAt(rest, 2);
-        const Status status = all.checkMask(port, mask);
+void addLevels(const Ports& ports, const Shared& lines) {
+    const auto readInputs = [lines](Port& port) {
+        const Word word = lines->levels(port.number);
+        port.store(port.current.enabled & ~port.current.direction, word);
+        return word;
+    };
+    ports.onRead(GET_DIO_STATE, sizeof(Word),
+                 [](Port& port, Request r) { return static_cast<Word>(port.current.state & r.u16()); });
+    ports.onChange(SET_DIO_STATE, [lines](Port& port, Request r) {
+        const Word mask = r.u16(), state = r.u16();
+        const Status status = lines->checkMask(port, mask);
         if (status == Status::ok) port.store(mask, state);
         return status;
     });
-    addRead(device, READ_AND_GET_DI, lines, 1, [](Lines& all, int number, Port& port, ByteView rest) {
-        const Word word = all.levels(number);
-        port.store(port.current.enabled & ~port.current.direction, word);
-        return std::vector<Word>{static_cast<Word>(word & wordAt(rest, 0))};
-    });
-    addChange(device, WRITE_DO, lines, [](Lines&, Port& port, ByteView) {
-        port.drive(wholePort);
-        return Status::ok;
-    });
-    device.onPort(READ_DI, [lines](std::uint8_t number, ByteView) {
-        Port* port = lines->find(number);
-        if (!port) return reply(number, Status::digital);
-        port->store(port->current.enabled & ~port->current.direction, lines->levels(number));
-        return reply(number, Status::ok);
-    });
-    addRead(device, SET_AND_WRITE_DO, lines, 1, [](Lines&, int, Port& port, ByteView rest) {
-        const Word pins = wordAt(rest, 0) & port.activeOutputs();
-        port.store(pins, wordAt(rest, 2));
+    ports.onRead(READ_AND_GET_DI, sizeof(Word),
+                 [readInputs](Port& port, Request r) { return static_cast<Word>(readInputs(port) & r.u16()); });
+    ports.onChange(WRITE_DO, [](Port& port) { port.drive(wholePort); });
+    ports.onChange(READ_DI, [readInputs](Port& port) { readInputs(port); });
+    ports.onRead(SET_AND_WRITE_DO, sizeof(Word), [](Port& port, Request r) {
+        const Word pins = r.u16() & port.activeOutputs();
+        port.store(pins, r.u16());
         port.drive(pins);
-        return std::vector<Word>{port.driven};
+        return port.driven;
     });
-    addRead(device, TOGGLE_AND_WRITE_DO, lines, 1, [](Lines&, int, Port& port, ByteView rest) {
-        const Word pins = wordAt(rest, 0) & port.activeOutputs();
+    ports.onRead(TOGGLE_AND_WRITE_DO, sizeof(Word), [](Port& port, Request r) {
+        const Word pins = r.u16() & port.activeOutputs();
         port.store(pins, static_cast<Word>(~port.driven));
         port.drive(pins);
-        return std::vector<Word>{port.driven};
+        return port.driven;
     });
 }
 
@@ -243,11 +231,10 @@ void addLevels(Device& device, const std::shared_ptr<Lines>& lines) {
 
 void addDio(Device& device) {
     const auto lines = std::make_shared<Lines>(device);
-    addConfiguration(device, lines);
-    addLevels(device, lines);
-    device.pinModes = [lines](int port) { return lines->modes(port); };
-    device.usePins = [lines](const BusLines& bus, PinMode mode) { return lines->use(bus, mode); };
-    device.switchings = [lines](int port) { return lines->switchings(port); };
+    const Ports ports(device, Status::digital, [lines](std::uint8_t number, Request&) { return lines->find(number); });
+    addConfiguration(ports, lines);
+    addLevels(ports, lines);
+    device.digitalLines.provide(lines);
     device.onReboot([lines] { lines->restart(); });
 }
 

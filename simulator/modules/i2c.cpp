@@ -75,14 +75,14 @@ private:
 
     std::array<std::uint8_t, 2> now() const {
         constexpr double period = 60, swing = 5, steps = 8;
-        const double seconds = std::chrono::duration<double>(Agenda::Clock::now() - start_).count();
+        const double seconds = std::chrono::duration<double>(Scheduler::Clock::now() - start_).count();
         const double degrees = degrees_ + swing * std::sin(2 * std::numbers::pi * seconds / period);
         const int value = static_cast<int>(std::lround(degrees * steps)) * 32;
         return {static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};
     }
 
     const double degrees_;
-    const Agenda::Clock::time_point start_ = Agenda::Clock::now();
+    const Scheduler::Clock::time_point start_ = Scheduler::Clock::now();
     std::array<std::array<std::uint8_t, 2>, 4> registers_{{{}, {}, {75, 0}, {80, 0}}};
     std::size_t register_ = 0, half_ = 0;
 };
@@ -133,28 +133,24 @@ private:
 
 void addI2c(Device& device) {
     const BusPorts<Port> ports(device, Bus::i2c, PinMode::i2c, Status::i2c);
-    ports.onOpen(OPEN_I2C);
-    ports.onClose(CLOSE_I2C);
-    ports.onChange(RESET_I2C, [](Port& port, ByteView) {
-        port.clear();
-        return true;
-    });
-    ports.onChange(SET_I2C_FREQUENCY,
-                   [](Port& port, ByteView rest) { return port.setClock(readBigEndian<std::uint32_t>(rest)); });
-    ports.onChange(SET_I2C_ADDR_SIZE, [](Port& port, ByteView rest) { return port.setAddressSize(byteOf(rest)); });
-    ports.onChange(WRITE_I2C, [](Port& port, ByteView rest) {
-        const ByteView bytes = countedBytes(rest.subspan(std::min<std::size_t>(rest.size(), 1)));
-        Chip* chip = port.find(rest[0]);
+    ports.onOpenAndClose(OPEN_I2C, CLOSE_I2C);
+    ports.onChange(RESET_I2C, &Port::clear);
+    ports.onChange(SET_I2C_FREQUENCY, [](Port& port, Request r) { return port.setClock(r.last<std::uint32_t>()); });
+    ports.onChange(SET_I2C_ADDR_SIZE, [](Port& port, Request r) { return port.setAddressSize(r.u8()); });
+    ports.onChange(WRITE_I2C, [](Port& port, Request r) {
+        const std::uint8_t address = r.u8();
+        const ByteView bytes = r.lastCounted();
+        Chip* chip = port.find(address);
         if (chip) chip->write(bytes);
         return chip != nullptr;
     });
     // The bytes come behind their number.
-    ports.onRead(READ_I2C, [](Port& port, ByteView rest) -> std::optional<Bytes> {
-        const ByteView wanted = slice(rest, 0, 2);
-        Chip* chip = port.find(wanted[0]);
+    ports.onExchange(READ_I2C, [](Port& port, Request r) -> std::optional<Bytes> {
+        const std::uint8_t address = r.u8(), count = r.u8();
+        Chip* chip = port.find(address);
         if (!chip) return std::nullopt;
-        Bytes bytes{wanted[1]};
-        while (bytes.size() <= wanted[1]) bytes.push_back(chip->read());
+        Bytes bytes{count};
+        while (bytes.size() <= count) bytes.push_back(chip->read());
         return bytes;
     });
 }

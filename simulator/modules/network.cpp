@@ -11,18 +11,12 @@ using Field = std::span<std::uint8_t>;
 
 // Fields that one command reads and another writes, all at once.
 void addSetting(Device& device, Command read, Command write, const std::vector<Field>& fields) {
-    device.on(read, [fields](ByteView) {
-        Bytes data;
-        for (const Field field : fields) data.insert(data.end(), field.begin(), field.end());
-        return data;
-    });
-    device.on(write, [fields](ByteView data) {
+    device.on(read, [fields](Request) { return reply(fields); });
+    device.on(write, [fields](Request r) {
         std::size_t width = 0;
         for (const Field field : fields) width += field.size();
-        if (data.size() != width) return reply(Status::parser);
-        for (const Field field : fields) {
-            std::ranges::copy(data.first(field.size()), field.begin());
-            data = data.subspan(field.size());
+        for (Request values(r.lastBytes(width)); const Field field : fields) {
+            std::ranges::copy(values.bytes(field.size()), field.begin());
         }
         return reply(Status::ok);
     });

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "device/fields.h"
+
 namespace zvr::sim {
 
 namespace {
@@ -40,16 +42,6 @@ const std::vector<Kind>& kinds() {
         {PeerKind::responder, "responder", {Bus::can}, {speed}},
     };
     return table;
-}
-
-std::vector<std::string_view> partsOf(std::string_view text) {
-    std::vector<std::string_view> parts;
-    for (std::size_t end = 0; end != std::string_view::npos; text.remove_prefix(end + 1)) {
-        end = text.find(':');
-        parts.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) break;
-    }
-    return parts;
 }
 
 // Decimal, or hexadecimal behind 0x.

@@ -14,16 +14,15 @@ constexpr float mostOhms = 100000;
 
 using Values = std::array<std::uint32_t, resistors>;
 
-// All or none of them.
-Status set(Values& values, std::size_t first, ByteView floats) {
-    if (floats.size() % sizeof(float) != 0) throw WrongLength(sizeof(float), floats.size());
-    const std::size_t count = floats.size() / sizeof(float);
-    if (first + count > resistors) return Status::pinIndex;
+// All or none of the rest of the request.
+Status set(Values& values, std::size_t first, Request request) {
+    if (request.left() % sizeof(float) != 0) throw WrongLength(sizeof(float), request.left());
+    if (first + request.left() / sizeof(float) > resistors) return Status::pinIndex;
     Values wanted = values;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto ohms = readBigEndian<float>(slice(floats, i * sizeof(float), sizeof(float)));
+    for (; request.left() != 0; ++first) {
+        const float ohms = request.f32();
         if (!(ohms >= 0 && ohms <= mostOhms)) return Status::core;
-        wanted[first + i] = static_cast<std::uint32_t>(std::lround(ohms));
+        wanted[first] = static_cast<std::uint32_t>(std::lround(ohms));
     }
     values = wanted;
     return Status::ok;
@@ -33,18 +32,15 @@ Status set(Values& values, std::size_t first, ByteView floats) {
 
 void addPotentiometer(Device& device) {
     const auto values = std::make_shared<Values>();
-    device.onPort(POT_READ, [values](std::uint8_t port, ByteView rest) {
-        const std::uint8_t channel = slice(rest, 0, 1)[0];
-        Bytes data{port, channel};
-        appendBigEndian(data, channel < resistors ? (*values)[channel] : 0);
-        return data;
+    device.onPort(POT_READ, [values](std::uint8_t port, Request r) {
+        const std::uint8_t channel = r.u8();
+        return reply(port, channel, channel < resistors ? (*values)[channel] : 0U);
     });
-    device.onPort(POT_WRITE_BY_CS, [values](std::uint8_t port, ByteView rest) {
-        const std::uint8_t channel = slice(rest, 0, 1)[0];
-        return reply(port, set(*values, channel, slice(rest, 1, sizeof(float))));
+    device.onPort(POT_WRITE_BY_CS, [values](std::uint8_t port, Request r) {
+        const std::uint8_t channel = r.u8();
+        return reply(port, set(*values, channel, Request(r.bytes(sizeof(float)))));
     });
-    device.onPort(POT_WRITE_ALL_CS,
-                  [values](std::uint8_t port, ByteView rest) { return reply(port, set(*values, 0, rest)); });
+    device.onPort(POT_WRITE_ALL_CS, [values](std::uint8_t port, Request r) { return reply(port, set(*values, 0, r)); });
 }
 
 }  // namespace zvr::sim

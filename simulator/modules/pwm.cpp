@@ -50,17 +50,26 @@ private:
     Oscillator wave_;
 };
 
-double floatOf(ByteView rest) { return readBigEndian<float>(rest); }
+using Outputs = Channels<Output, 2>;
+
+class Pulses : public PulseSource {
+public:
+    explicit Pulses(const Outputs& outputs) : all_(outputs.all()) {}
+    Oscillator pulses(std::size_t channel) const override { return all_->at(channel).wave(); }
+
+private:
+    std::shared_ptr<Outputs::All> all_;
+};
 
 }  // namespace
 
 void addPwm(Device& device) {
-    const Channels<Output, 2> outputs(device, Status::pwm, {});
-    outputs.onStages(OPEN_PWM, START_PWM, STOP_PWM, CLOSE_PWM);
-    outputs.onChange(SET_PWM_FREQUENCY,
-                     [](Output& output, ByteView rest) { return output.setFrequency(floatOf(rest)); });
-    outputs.onChange(SET_PWM_DUTY_CYCLE, [](Output& output, ByteView rest) { return output.setDuty(floatOf(rest)); });
-    device.pulses = [all = outputs.all()](std::size_t channel) { return all->at(channel).wave(); };
+    const Outputs outputs(device, Status::pwm, Outputs::All{});
+    outputs.onOpenAndClose(OPEN_PWM, STOP_PWM, CLOSE_PWM);
+    outputs.onStart(START_PWM);
+    outputs.onChange(SET_PWM_FREQUENCY, [](Output& output, Request r) { return output.setFrequency(r.last<float>()); });
+    outputs.onChange(SET_PWM_DUTY_CYCLE, [](Output& output, Request r) { return output.setDuty(r.last<float>()); });
+    device.pulseSource.provide(std::make_shared<Pulses>(outputs));
 }
 
 }  // namespace zvr::sim

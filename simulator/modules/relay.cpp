@@ -11,15 +11,12 @@ constexpr std::uint8_t allRelays = 255;
 }  // namespace
 
 void addRelay(Device& device) {
-    device.onPort(RELAY_READ, [&device](std::uint8_t port, ByteView rest) {
-        const std::uint8_t index = slice(rest, 0, 1)[0];
+    device.onPort(RELAY_READ, [&device](std::uint8_t port, Request r) {
+        const std::uint8_t index = r.u8();
         if (port != 0 || (index >= relays && index != allRelays)) return reply(port, Status::relay);
-        const auto counts = device.switchings(port);
-        Bytes data{port, static_cast<std::uint8_t>(Status::ok)};
-        for (std::size_t i = 0; i < relays; ++i) {
-            if (index == allRelays || index == i) appendBigEndian(data, counts[i]);
-        }
-        return data;
+        const auto switchings = device.digitalLines->switchings(port);
+        const auto counts = std::span(switchings).first(relays);
+        return reply(port, Status::ok, index == allRelays ? counts : counts.subspan(index, 1));
     });
 }
 

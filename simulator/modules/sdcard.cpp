@@ -70,47 +70,38 @@ private:
     std::size_t place_ = 0;
 };
 
-// A length byte, and exactly as many bytes behind it.
-ByteView counted(ByteView data) {
-    const std::size_t count = slice(data, 0, 1)[0];
-    if (data.size() != 1 + count) throw WrongLength(1 + count, data.size());
-    return data.subspan(1);
-}
-
 void addFiles(Device& device, const std::shared_ptr<Card>& card) {
-    device.on(SD_OPEN_FILE, [card](ByteView data) {
-        const std::uint8_t mode = slice(data, 0, 1)[0];
-        const ByteView name = counted(data.subspan(1));
+    device.on(SD_OPEN_FILE, [card](Request r) {
+        const std::uint8_t mode = r.u8();
+        const ByteView name = r.lastCounted();
         return reply(card->openFile(mode, std::string(name.begin(), name.end())));
     });
-    device.on(SD_WRITE_FILE, [card](ByteView data) { return reply(card->write(counted(data))); });
+    device.on(SD_WRITE_FILE, [card](Request r) { return reply(card->write(r.lastCounted())); });
     // The request holds one more than the number of bytes wanted.
-    device.on(SD_READ_FILE, [card](ByteView data) {
-        const std::size_t wanted = slice(data, 0, 1)[0];
+    device.on(SD_READ_FILE, [card](Request r) {
+        const std::size_t wanted = r.u8();
         const ByteView part = card->read(wanted == 0 ? 0 : wanted - 1);
         return reply(static_cast<std::uint8_t>(part.size()), part);
     });
-    device.on(SD_CLOSE_FILE, [card](ByteView) { return reply(card->closeFile()); });
+    device.on(SD_CLOSE_FILE, [card](Request) { return reply(card->closeFile()); });
 }
 
 }  // namespace
 
 void addSdCard(Device& device) {
     const auto card = std::make_shared<Card>();
-    device.on(SD_OPEN, [card](ByteView) {
+    device.on(SD_OPEN, [card](Request) {
         if (card->isOpen()) return reply(Status::notEnabled);
         card->setOpen(true);
         return reply(Status::ok);
     });
-    device.on(SD_CLOSE, [card](ByteView) {
+    device.on(SD_CLOSE, [card](Request) {
         if (!card->isOpen()) return reply(Status::notEnabled);
         card->setOpen(false);
         return reply(Status::ok);
     });
-    device.on(SD_GET_CAPACITY, [card](ByteView) {
-        Bytes data;
-        appendBigEndian(data, static_cast<std::uint32_t>(card->isOpen() ? card->free() / kilobyte : 0));
-        return data;
+    device.on(SD_GET_CAPACITY, [card](Request) {
+        return reply(static_cast<std::uint32_t>(card->isOpen() ? card->free() / kilobyte : 0));
     });
     addFiles(device, card);
     device.onReboot([card] { card->setOpen(false); });

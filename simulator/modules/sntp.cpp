@@ -20,27 +20,23 @@ struct SntpState {
 
 void addSntp(Device& device) {
     const auto state = std::make_shared<SntpState>();
-    device.on(SNTP_SYNC_NOW, [&device, state](ByteView) {
+    device.on(SNTP_SYNC_NOW, [&device, state](Request) {
         device.clockOffset = {};
         state->synchronized = true;
         return reply(Status::ok);
     });
-    device.on(SNTP_GET_SYNC_STATUS, [state](ByteView) {
-        return reply(0, viewOf(state->synchronized ? "synchronized" : "not synchronized"));
+    device.on(SNTP_GET_SYNC_STATUS, [state](Request) {
+        return reply(std::uint8_t{0}, std::string_view(state->synchronized ? "synchronized" : "not synchronized"));
     });
-    device.on(SNTP_GET_SERVER_IP, [state](ByteView) { return reply(0, state->server); });
-    device.on(SNTP_SET_SERVER_IP, [state](ByteView data) {
-        if (data.size() != 1 + state->server.size()) return reply(Status::parser);
-        std::ranges::copy(data.subspan(1), state->server.begin());
+    device.on(SNTP_GET_SERVER_IP, [state](Request) { return reply(std::uint8_t{0}, state->server); });
+    device.on(SNTP_SET_SERVER_IP, [state](Request r) {
+        r.u8();
+        std::ranges::copy(r.lastBytes(state->server.size()), state->server.begin());
         return reply(Status::ok);
     });
-    device.on(SNTP_GET_SYNC_PERIOD, [state](ByteView) {
-        Bytes data;
-        appendBigEndian(data, state->period);
-        return data;
-    });
-    device.on(SNTP_SET_SYNC_PERIOD, [state](ByteView data) {
-        const auto period = readBigEndian<float>(data);
+    device.on(SNTP_GET_SYNC_PERIOD, [state](Request) { return reply(state->period); });
+    device.on(SNTP_SET_SYNC_PERIOD, [state](Request r) {
+        const auto period = r.last<float>();
         if (!std::isfinite(period) || period <= 0) return reply(Status::clock);
         state->period = period;
         return reply(Status::ok);

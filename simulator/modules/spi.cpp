@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    using Clock = Agenda::Clock;
+    using Clock = Scheduler::Clock;
 
     enum Code : std::uint8_t {
         program = 0x02,
@@ -146,15 +146,11 @@ private:
 
 void addSpi(Device& device) {
     const BusPorts<Port> ports(device, Bus::spi, PinMode::spi, Status::spi);
-    ports.onOpen(OPEN_SPI);
-    ports.onClose(CLOSE_SPI);
-    ports.onChange(RESET_SPI, [](Port& port, ByteView) {
-        port.clear();
-        return true;
-    });
+    ports.onOpenAndClose(OPEN_SPI, CLOSE_SPI);
+    ports.onChange(RESET_SPI, &Port::clear);
     const auto addSwitch = [&](Command command, bool Port::Settings::*setting) {
-        ports.onChange(command, [setting](Port& port, ByteView rest) {
-            const std::uint8_t mode = byteOf(rest);
+        ports.onChange(command, [setting](Port& port, Request r) {
+            const std::uint8_t mode = r.u8();
             if (mode <= 1) port.settings.*setting = mode == 1;
             return mode <= 1;
         });
@@ -163,13 +159,13 @@ void addSpi(Device& device) {
     addSwitch(SET_SPI_FIRST_BIT, &Port::Settings::lastBitFirst);
     addSwitch(SET_SPI_CPOL, &Port::Settings::polarity);
     addSwitch(SET_SPI_CPHA, &Port::Settings::phase);
-    ports.onChange(SET_SPI_PRESCALER, [](Port&, ByteView rest) {
-        const auto divider = readBigEndian<std::uint16_t>(rest);
+    ports.onChange(SET_SPI_PRESCALER, [](Port&, Request r) {
+        const auto divider = r.last<std::uint16_t>();
         return std::has_single_bit(divider) && divider >= 2 && divider <= 256;
     });
-    ports.onChange(WRITE_SPI, [](Port& port, ByteView rest) { return port.transfer(countedBytes(rest)).has_value(); });
-    ports.onRead(READ_AND_WRITE_SPI, [](Port& port, ByteView rest) { return port.transfer(countedBytes(rest)); });
-    ports.onRead(READ_SPI, [](Port& port, ByteView rest) { return port.transfer(Bytes(byteOf(rest))); });
+    ports.onChange(WRITE_SPI, [](Port& port, Request r) { return port.transfer(r.lastCounted()).has_value(); });
+    ports.onExchange(READ_AND_WRITE_SPI, [](Port& port, Request r) { return port.transfer(r.lastCounted()); });
+    ports.onExchange(READ_SPI, [](Port& port, Request r) { return port.transfer(Bytes(r.u8())); });
 }
 
 }  // namespace zvr::sim

@@ -14,8 +14,6 @@ using WallClock = std::chrono::system_clock;
 
 constexpr std::size_t eepromPages = 64, eepromPageSize = 64, aliasWidth = 16, serialWidth = 8;
 
-Bytes textOf(std::string_view text) { return {text.begin(), text.end()}; }
-
 std::string stringOf(ByteView bytes) {
     std::string text(bytes.begin(), bytes.end());
     return text.substr(0, text.find('\0'));
@@ -58,9 +56,9 @@ std::optional<WallClock::time_point> timeOf(std::tm fields) {
 }
 
 void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
-    device.on(GET_DATE_TIME, [&device](ByteView) { return bytesOf(fieldsOf(now(device)), device.model().firstYear); });
-    device.on(SET_DATE_TIME, [&device](ByteView data) {
-        const ByteView field = slice(data, 0, 6);
+    device.on(GET_DATE_TIME, [&device](Request) { return bytesOf(fieldsOf(now(device)), device.model().firstYear); });
+    device.on(SET_DATE_TIME, [&device](Request r) {
+        const ByteView field = r.bytes(6);
         std::tm fields{};
         fields.tm_year = field[0];
         fields.tm_mon = field[1] - 1;
@@ -75,8 +73,9 @@ void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
         return reply(Status::ok);
     });
     // The alarm's mode, byte 1, says how it repeats; the simulator knows the next time only.
-    device.onPort(RTC_START_ALARM, [&device, state](std::uint8_t port, ByteView data) {
-        const ByteView field = slice(data, 1, 4);
+    device.onPort(RTC_START_ALARM, [&device, state](std::uint8_t port, Request r) {
+        r.u8();
+        const ByteView field = r.bytes(4);
         std::tm fields = fieldsOf(now(device));
         fields.tm_mday = field[0];
         fields.tm_hour = field[1];
@@ -87,73 +86,68 @@ void addClock(Device& device, const std::shared_ptr<SystemState>& state) {
         state->alarm = time;
         return reply(port, Status::ok);
     });
-    device.onPort(RTC_STOP_ALARM, [state](std::uint8_t port, ByteView) {
+    device.onPort(RTC_STOP_ALARM, [state](std::uint8_t port, Request) {
         state->alarm.reset();
         return reply(port, Status::ok);
     });
-    device.onPort(RTC_GET_ALARM_STATE, [&device, state](std::uint8_t port, ByteView) {
+    device.onPort(RTC_GET_ALARM_STATE, [&device, state](std::uint8_t port, Request) {
         const bool armed = state->alarm && *state->alarm > now(device);
         return Bytes{port, static_cast<std::uint8_t>(armed)};
     });
-    device.onPort(RTC_GET_ALARM_TRIG, [&device, state](std::uint8_t port, ByteView) {
+    device.onPort(RTC_GET_ALARM_TRIG, [&device, state](std::uint8_t port, Request) {
         const bool went = state->alarm && *state->alarm <= now(device);
         return Bytes{port, static_cast<std::uint8_t>(went)};
     });
-    device.onPort(RTC_GET_ALARM_CONFIG, [&device, state](std::uint8_t port, ByteView) {
-        Bytes data = state->alarm ? bytesOf(fieldsOf(*state->alarm), device.model().firstYear) : Bytes(6);
-        data.insert(data.begin(), port);
-        return data;
+    device.onPort(RTC_GET_ALARM_CONFIG, [&device, state](std::uint8_t port, Request) {
+        return reply(port, state->alarm ? bytesOf(fieldsOf(*state->alarm), device.model().firstYear) : Bytes(6));
     });
 }
 
 void addEeprom(Device& device, const std::shared_ptr<SystemState>& state) {
-    device.on(GET_EEPROM_PAGE, [state](ByteView data) {
-        const std::size_t page = slice(data, 0, 1)[0];
-        if (page >= eepromPages) return Bytes();
-        return Bytes(state->eeprom[page].begin(), state->eeprom[page].end());
+    device.on(GET_EEPROM_PAGE, [state](Request r) {
+        const std::size_t page = r.u8();
+        return page < eepromPages ? reply(state->eeprom[page]) : Bytes();
     });
-    device.on(SET_EEPROM_PAGE, [state](ByteView data) {
-        const std::size_t page = slice(data, 0, 1)[0];
-        const ByteView bytes = data.subspan(1);
+    device.on(SET_EEPROM_PAGE, [state](Request r) {
+        const std::size_t page = r.u8();
+        const ByteView bytes = r.rest();
         if (page >= eepromPages || bytes.size() > eepromPageSize) return reply(Status::eeprom);
         std::copy(bytes.begin(), bytes.end(), state->eeprom[page].begin());
         return reply(Status::ok);
     });
-    device.on(SET_EEPROM_BYTE, [state](ByteView data) {
-        const ByteView place = slice(data, 0, 3);
-        if (place[0] >= eepromPages || place[1] >= eepromPageSize) return reply(Status::eeprom);
-        state->eeprom[place[0]][place[1]] = place[2];
+    device.on(SET_EEPROM_BYTE, [state](Request r) {
+        const std::uint8_t page = r.u8(), place = r.u8(), value = r.u8();
+        if (page >= eepromPages || place >= eepromPageSize) return reply(Status::eeprom);
+        state->eeprom[page][place] = value;
         return reply(Status::ok);
     });
-    device.on(GET_EEPROM_DEVICE, [](ByteView data) {
-        return Bytes{slice(data, 0, 1)[0], eepromPages, eepromPageSize};
-    });
+    device.on(GET_EEPROM_DEVICE, [](Request r) { return Bytes{r.u8(), eepromPages, eepromPageSize}; });
 }
 
 void addIdentity(Device& device) {
-    device.on(GET_DRIVER_INFO, [&device](ByteView data) {
-        const std::string name(device.model().displayName);
-        return textOf(slice(data, 0, 1)[0] == 0 ? name + "_3.2.6_simulator" : name + "_3.2.6_simulator_development");
+    device.on(GET_DRIVER_INFO, [&device](Request r) {
+        const std::string_view kind = r.u8() == 0 ? "_3.2.6_simulator" : "_3.2.6_simulator_development";
+        return reply(device.model().displayName, kind);
     });
-    device.on(GET_DEV_ALIAS, [&device](ByteView) { return textOf(device.identity.alias + "\r\n"); });
-    device.on(SET_DEV_ALIAS, [&device](ByteView data) {
-        if (data.size() > aliasWidth) return reply(Status::parser);
-        device.identity.alias = stringOf(data);
+    device.on(GET_DEV_ALIAS, [&device](Request) { return reply(device.identity.alias, std::string_view("\r\n")); });
+    device.on(SET_DEV_ALIAS, [&device](Request r) {
+        if (r.left() > aliasWidth) return reply(Status::parser);
+        device.identity.alias = stringOf(r.rest());
         return reply(Status::ok);
     });
-    device.on(GET_SERIAL_NUMBER, [&device](ByteView) { return padded(device.identity.serial, serialWidth); });
-    device.on(SET_SERIAL_NUMBER, [&device](ByteView data) {
-        if (data.size() > serialWidth) return reply(Status::parser);
-        device.identity.serial = stringOf(data);
+    device.on(GET_SERIAL_NUMBER, [&device](Request) { return padded(device.identity.serial, serialWidth); });
+    device.on(SET_SERIAL_NUMBER, [&device](Request r) {
+        if (r.left() > serialWidth) return reply(Status::parser);
+        device.identity.serial = stringOf(r.rest());
         return reply(Status::ok);
     });
-    device.on(GET_THREADS, [](ByteView) { return textOf("main net dio clock"); });
+    device.on(GET_THREADS, [](Request) { return reply(std::string_view("main net dio clock")); });
 }
 
 // A restart wants the command's own code as a confirmation.
 void addRestart(Device& device, Command command) {
-    device.on(command, [&device, command](ByteView data) {
-        if (slice(data, 0, 1)[0] != command) return reply(Status::bootloader);
+    device.on(command, [&device, command](Request r) {
+        if (r.u8() != command) return reply(Status::bootloader);
         device.reboot();
         return reply(Status::ok);
     });
@@ -169,15 +163,15 @@ void addSystem(Device& device) {
     addEeprom(device, state);
     addRestart(device, REBOOT);
     addRestart(device, REBOOT_ON_BOOTLOADER);
-    device.on(RESET_FACTORY, [&device, state, delivered](ByteView) {
+    device.on(RESET_FACTORY, [&device, state, delivered](Request) {
         *state = SystemState();
         device.clockOffset = {};
         device.identity = delivered;
         device.reboot();
         return reply(Status::ok);
     });
-    device.onPort(GET_PIN_MODE_OF_SLOT, [&device](std::uint8_t port, ByteView) {
-        std::vector<PinMode> modes = device.pinModes(port);
+    device.onPort(GET_PIN_MODE_OF_SLOT, [&device](std::uint8_t port, Request) {
+        std::vector<PinMode> modes = device.digitalLines ? device.digitalLines->modes(port) : std::vector<PinMode>();
         Bytes data{port, static_cast<std::uint8_t>(modes.size())};
         if (modes.size() % 2 != 0) modes.push_back(PinMode::disabled);
         for (std::size_t i = 0; i < modes.size(); i += 2) {
@@ -187,8 +181,14 @@ void addSystem(Device& device) {
         return data;
     });
     // Only the chassis has slots: everything else shows four idle ones and takes no mode.
-    device.on(GET_SLOT_MODE, [](ByteView) { return Bytes{8, 0, 0, 0, 0}; });
-    device.onPort(SET_SLOT_MODE, [](std::uint8_t port, ByteView) { return reply(port, Status::notEnabled); });
+    device.on(GET_SLOT_MODE, [&device](Request) {
+        constexpr std::uint8_t ports = SlotModes::slotCount * SlotModes::portsOfSlot;
+        return reply(ports, device.slotModes ? device.slotModes->modes() : SlotModes::Modes{});
+    });
+    device.onPort(SET_SLOT_MODE, [&device](std::uint8_t port, Request r) {
+        const bool done = device.slotModes && device.slotModes->setMode(port, r.u8());
+        return reply(port, done ? Status::ok : Status::notEnabled);
+    });
 }
 
 }  // namespace zvr::sim

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "device/modules.h"
+#include "modules/ports.h"
 
 namespace zvr::sim {
 
@@ -46,11 +47,11 @@ struct Sensor {
 
 class Thermometer {
 public:
-    Thermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors)
-        : device_(device), kind_(kind) {
-        for (double degrees = 20; const std::uint8_t port : ports) {
-            for (std::size_t i = 0; i < sensors; ++i, degrees += 10) {
-                ports_[port].sensors.emplace_back().degrees = degrees;
+    Thermometer(Device& device, Kind kind) : device_(device), kind_(kind) {
+        const Model& model = device.model();
+        for (double degrees = 20; const int port : model.thermometerPorts) {
+            for (std::size_t i = 0; i < model.thermometersPerPort; ++i, degrees += 10) {
+                ports_[static_cast<std::uint8_t>(port)].sensors.emplace_back().degrees = degrees;
             }
         }
         restart();
@@ -80,8 +81,6 @@ public:
         return there ? &port->second.sensors[channel] : nullptr;
     }
 
-    const Kind& kind() const { return kind_; }
-
     double junction() { return junctionDegrees + noise(noiseAmplitude); }
     double degrees(const Sensor& sensor) {
         const double junction = sensor.measuresJunction ? junctionDegrees : double{sensor.junction};
@@ -107,80 +106,57 @@ private:
     std::uint32_t reads_ = 0;
 };
 
-using Shared = std::shared_ptr<Thermometer>;
-
-template <class Read>
-void addRead(Device& device, Command command, const Shared& thermometer, Read read) {
-    device.onPort(command, [thermometer, read](std::uint8_t port, ByteView rest) {
-        const std::uint8_t channel = slice(rest, 0, 1)[0];
-        Sensor* sensor = thermometer->find(port, channel);
-        Bytes data{port, channel};
-        appendBigEndian(data, static_cast<float>(sensor ? read(*thermometer, *sensor) : 0));
-        return data;
-    });
-}
-
-template <class Change>
-void addChange(Device& device, Command command, const Shared& thermometer, Change change) {
-    device.onPort(command, [thermometer, change](std::uint8_t port, ByteView rest) {
-        const std::uint8_t channel = slice(rest, 0, 1)[0];
-        Sensor* sensor = thermometer->find(port, channel);
-        const bool done = sensor && change(*thermometer, *sensor, rest.subspan(1));
-        return Bytes{port, channel, static_cast<std::uint8_t>(done ? Status::ok : Status::thermal)};
-    });
-}
+using Sensors = PortCommands<Sensor>;
 
 // A setting of one byte, up to a last value.
-void addSetting(Device& device, Command command, const Shared& thermometer, std::uint8_t last,
-                std::uint8_t Sensor::*setting) {
-    addChange(device, command, thermometer, [last, setting](Thermometer&, Sensor& sensor, ByteView rest) {
-        const std::uint8_t value = slice(rest, 0, 1)[0];
+void addSetting(const Sensors& sensors, Command command, std::uint8_t last, std::uint8_t Sensor::*setting) {
+    sensors.onChange(command, [last, setting](Sensor& sensor, Request r) {
+        const std::uint8_t value = r.u8();
         if (value <= last && setting != nullptr) sensor.*setting = value;
         return value <= last;
     });
 }
 
-void addDegrees(Device& device, Command command, const Shared& thermometer, float Sensor::*degrees) {
-    addChange(device, command, thermometer, [degrees](Thermometer&, Sensor& sensor, ByteView rest) {
-        const auto value = readBigEndian<float>(rest);
+void addDegrees(const Sensors& sensors, Command command, float Sensor::*degrees) {
+    sensors.onChange(command, [degrees](Sensor& sensor, Request r) {
+        const auto value = r.last<float>();
         if (std::isfinite(value)) sensor.*degrees = value;
         return std::isfinite(value);
     });
 }
 
-void addThermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors) {
-    const auto all = std::make_shared<Thermometer>(device, kind, ports, sensors);
+void addThermometer(Device& device, Kind kind) {
+    const auto all = std::make_shared<Thermometer>(device, kind);
     device.onReboot([all] { all->restart(); });
     for (const auto& [command, open] : {std::pair{OPEN_THERMAL, true}, {CLOSE_THERMAL, false}}) {
-        device.onPort(command, [all, open = open](std::uint8_t port, ByteView) {
+        device.onPort(command, [all, open = open](std::uint8_t port, Request) {
             return reply(port, all->setOpen(port, open) ? Status::ok : Status::thermal);
         });
     }
-    addRead(device, READ_THERMAL_COUPLE, all, [](Thermometer& all, Sensor& each) { return all.degrees(each); });
-    addRead(device, READ_THERMAL_OFFSET, all, [](Thermometer&, Sensor& each) { return double{each.offset}; });
-    addRead(device, LOAD_THERMAL_OFFSET, all, [](Thermometer&, Sensor& each) { return double{each.savedOffset}; });
-    addSetting(device, SET_THERMAL_TYPE, all, kind.last, &Sensor::type);
-    addSetting(device, SET_THERMAL_NOISE_FILTER, all, lastFilter, nullptr);
-    addDegrees(device, WRITE_THERMAL_OFFSET, all, &Sensor::offset);
-    addDegrees(device, SAVE_THERMAL_OFFSET, all, &Sensor::savedOffset);
+    // The byte behind the port is the channel.
+    const Sensors sensors(device, Status::thermal,
+                          [all](std::uint8_t port, Request& r) { return all->find(port, r.u8()); });
+    sensors.onRead(READ_THERMAL_COUPLE, sizeof(float),
+                   [all](Sensor& each) { return static_cast<float>(all->degrees(each)); });
+    sensors.onRead(READ_THERMAL_OFFSET, sizeof(float), &Sensor::offset);
+    sensors.onRead(LOAD_THERMAL_OFFSET, sizeof(float), &Sensor::savedOffset);
+    addSetting(sensors, SET_THERMAL_TYPE, kind.last, &Sensor::type);
+    addSetting(sensors, SET_THERMAL_NOISE_FILTER, lastFilter, nullptr);
+    addDegrees(sensors, WRITE_THERMAL_OFFSET, &Sensor::offset);
+    addDegrees(sensors, SAVE_THERMAL_OFFSET, &Sensor::savedOffset);
     // No sensor is broken.
-    device.onPort(GET_THERMAL_STATUS, [](std::uint8_t port, ByteView rest) {
-        return Bytes{port, slice(rest, 0, 1)[0], 0};
-    });
+    device.onPort(GET_THERMAL_STATUS, [](std::uint8_t port, Request r) { return Bytes{port, r.u8(), 0}; });
     if (kind.last == Kind::resistor().last) return;
-    addRead(device, READ_THERMAL_JUNCTION, all, [](Thermometer& all, Sensor&) { return all.junction(); });
-    addSetting(device, SET_THERMAL_OVER_SAMPLING, all, lastSamplingMode, &Sensor::samplingMode);
-    addDegrees(device, WRITE_THERMAL_JUNCTION, all, &Sensor::junction);
-    addChange(device, SET_THERMAL_JUNCTION_ON, all, [](Thermometer&, Sensor& sensor, ByteView rest) {
-        sensor.measuresJunction = slice(rest, 0, 1)[0] != 0;
-        return true;
-    });
+    sensors.onRead(READ_THERMAL_JUNCTION, sizeof(float),
+                   [all](Sensor&) { return static_cast<float>(all->junction()); });
+    addSetting(sensors, SET_THERMAL_OVER_SAMPLING, lastSamplingMode, &Sensor::samplingMode);
+    addDegrees(sensors, WRITE_THERMAL_JUNCTION, &Sensor::junction);
+    sensors.onChange(SET_THERMAL_JUNCTION_ON, [](Sensor& sensor, Request r) { sensor.measuresJunction = r.u8() != 0; });
 }
 
 }  // namespace
 
-void addSevenThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1}, 7); }
-void addThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1, 2}, 2); }
-void addResistanceThermometers(Device& device) { addThermometer(device, Kind::resistor(), {1, 2}, 2); }
+void addThermocouples(Device& device) { addThermometer(device, Kind::thermocouple()); }
+void addResistanceThermometers(Device& device) { addThermometer(device, Kind::resistor()); }
 
 }  // namespace zvr::sim

@@ -12,11 +12,11 @@ namespace zvr::sim {
 
 namespace {
 
-using Clock = Agenda::Clock;
+using Clock = Scheduler::Clock;
 
 class Partner {
 public:
-    /// A baud rate of 0 is that of the port; a period, in seconds, is that of what it says of its own accord.
+    /// A baud rate of 0 is that of the port; a period, in seconds, is that of its unsolicited bytes.
     explicit Partner(std::uint32_t baudRate = 0, std::optional<double> period = {})
         : baudRate(baudRate), period(period) {}
     virtual ~Partner() = default;
@@ -118,7 +118,7 @@ std::unique_ptr<Partner> partnerOf(const Peer& peer) {
 class Port {
 public:
     Port(Device& device, int number)
-        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.agenda, [this] { advance(); }) {
+        : device_(device), number_(static_cast<std::uint8_t>(number)), alarm_(device.scheduler, [this] { advance(); }) {
         for (const Peer& peer : device.peers.at(Bus::uart, number)) partner_ = partnerOf(peer);
         device.onRoom([this] {
             if (std::exchange(waits_, false)) alarm_.set(Clock::now());
@@ -240,26 +240,19 @@ void addUart(Device& device) {
     constexpr std::uint32_t highestRate = 400000;
     constexpr std::size_t mostToWrite = 50;
     const BusPorts<Port> ports(device, Bus::uart, PinMode::uart, Status::uart);
-    ports.onOpen(OPEN_UART);
-    ports.onClose(CLOSE_UART);
-    ports.onOrder(START_UART_READING, [](Port& port) { port.start(); });
-    ports.onChange(STOP_UART_READING, [](Port& port, ByteView) {
-        port.stop();
-        return true;
-    });
-    ports.onChange(RESET_UART, [](Port& port, ByteView) {
-        port.clear();
-        return true;
-    });
-    ports.onChange(SET_UART_BAUD_RATE, [](Port& port, ByteView rest) {
-        const auto rate = readBigEndian<std::uint32_t>(rest);
+    ports.onOpenAndClose(OPEN_UART, CLOSE_UART);
+    ports.onOrder(START_UART_READING, &Port::start);
+    ports.onChange(STOP_UART_READING, &Port::stop);
+    ports.onChange(RESET_UART, &Port::clear);
+    ports.onChange(SET_UART_BAUD_RATE, [](Port& port, Request r) {
+        const auto rate = r.last<std::uint32_t>();
         if (rate == 0 || rate > highestRate) return false;
         port.settings.baudRate = rate;
         return true;
     });
     const auto addMode = [&](Command command, std::uint8_t Port::Settings::*setting, std::uint8_t last) {
-        ports.onChange(command, [setting, last](Port& port, ByteView rest) {
-            const std::uint8_t mode = byteOf(rest);
+        ports.onChange(command, [setting, last](Port& port, Request r) {
+            const std::uint8_t mode = r.u8();
             if (mode <= last) port.settings.*setting = mode;
             return mode <= last;
         });
@@ -267,8 +260,8 @@ void addUart(Device& device) {
     addMode(SET_UART_DATA_SIZE, &Port::Settings::dataSize, 1);
     addMode(SET_UART_PARITY, &Port::Settings::parity, 3);
     addMode(SET_UART_NUM_STOP_BITS, &Port::Settings::stopBits, 3);
-    ports.onChange(WRITE_UART, [](Port& port, ByteView rest) {
-        const ByteView bytes = countedBytes(rest);
+    ports.onChange(WRITE_UART, [](Port& port, Request r) {
+        const ByteView bytes = r.lastCounted();
         return bytes.size() <= mostToWrite && port.write(bytes);
     });
 }

@@ -6,8 +6,8 @@
 #include <deque>
 #include <optional>
 
-#include "device/agenda.h"
 #include "device/models.h"
+#include "device/scheduler.h"
 
 namespace zvr::sim {
 
@@ -27,7 +27,7 @@ enum class OutputState : std::uint8_t { idle = 0, open = 1, running = 2 };
 /// sample k from k / rate after the start until the next. They keep the last one of a run.
 class OutputPort {
 public:
-    using Clock = Agenda::Clock;
+    using Clock = Scheduler::Clock;
 
     enum Mode : std::uint8_t { onDemand = 0, someSamples = 1, continuous = 2 };
     struct Settings {

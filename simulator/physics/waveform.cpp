@@ -92,7 +92,7 @@ void Signals::set(std::string_view text) {
 
 CodeSource::CodeSource(const Signals& signals, std::size_t channel, std::uint64_t stream, double rate,
                        const Coding& coding, bool keepsPeriod)
-    : wave_(signals.waves.at(channel)),
+    : wave_(signals.at(channel)),
       channel_(channel),
       noise_(scramble(signals.seed * std::uint64_t{0x10000} + stream * mostAnalogChannels + channel)),
       rate_(rate),

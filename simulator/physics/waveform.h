@@ -2,9 +2,7 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -12,10 +10,7 @@
 
 namespace zvr::sim {
 
-constexpr std::size_t mostAnalogChannels = 8;
-
-/// A voltage, or a current, at a time.
-using Voltage = std::function<double(std::chrono::steady_clock::time_point time)>;
+constexpr std::size_t mostAnalogChannels = 8;  ///< that have signals of their own
 
 /// How a converter writes a value.
 struct Coding {
@@ -46,6 +41,8 @@ struct Signals {
 
     /// CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]. Throws std::invalid_argument.
     void set(std::string_view text);
+    /// Beyond the last channel the signals begin anew.
+    const Waveform& at(std::size_t channel) const { return waves[channel % waves.size()]; }
 
     std::array<Waveform, mostAnalogChannels> waves;
     std::uint32_t seed = 1;

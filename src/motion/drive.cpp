@@ -31,36 +31,6 @@ const Definition checkPort{.name = "_checkTMC5240Port",
                            }};
 const Raises portRaises{checkPort};
 
-struct Entry {
-    const char* key;
-    PawlRegister address;
-    std::uint32_t standard;
-};
-constexpr Entry defaults[] = {
-    {"x00_GCONF", PAWL_00_GCONF, 8},
-    {"x0A_DRV_CONF", PAWL_0A_DRV_CONF, 32},
-    {"x10_IHOLD_IRUN", PAWL_10_IHOLD_IRUN, 461315},
-    {"x11_TPOWERDOWN", PAWL_11_TPOWERDOWN, 10},
-    {"x2A_D1", PAWL_2A_D1, 10},
-    {"x2B_VSTOP", PAWL_2B_VSTOP, 10},
-    {"x30_D2", PAWL_30_D2, 10},
-    {"x3A_ENC_CONST", PAWL_3A_ENC_CONST, 65536},
-    {"x52_OTW_OV_VTH", PAWL_52_OTW_OV_VTH, 194121509},
-    {"x60_MSLUT0", PAWL_60_MSLUT0, 2863314260},
-    {"x61_MSLUT1", PAWL_61_MSLUT1, 1251300522},
-    {"x62_MSLUT2", PAWL_62_MSLUT2, 608774441},
-    {"x63_MSLUT3", PAWL_63_MSLUT3, 269500962},
-    {"x64_MSLUT4", PAWL_64_MSLUT4, 4227858431},
-    {"x65_MSLUT5", PAWL_65_MSLUT5, 3048961917},
-    {"x66_MSLUT6", PAWL_66_MSLUT6, 1227445590},
-    {"x67_MSLUT7", PAWL_67_MSLUT7, 4211234},
-    {"x68_MSLUT8", PAWL_68_MSLUTSEL, 4294934614},
-    {"x69_MSLUT9", PAWL_69_MSLUTSTART, 16187392},
-    {"x6C_CHOPCONF", PAWL_6C_CHOPCONF, 4260179},
-    {"x70_PWMCONF", PAWL_70_PWMCONF, 3293315102},
-    {"x74_SG4_THRS", PAWL_74_SG4_THRS, 0},
-};
-
 void put(py::dict& map, const char* key, PawlRegister address, const Object& value) {
     py::list entry;
     entry.append(value);
@@ -78,7 +48,7 @@ void constructMaps(py::handle self, const Object& acceleration, const Object& de
     put(ramp, "D1_x2A", PAWL_2A_D1, deceleration);
     put(ramp, "D2_x30", PAWL_30_D2, deceleration);
     put(ramp, "DMAX_x28", PAWL_28_DMAX, deceleration);
-    for (const auto& [key, address, standard] : defaults) put(settings, key, address, py::int_(standard));
+    for (const auto& [key, address, value] : pawlSettings) put(settings, key, address, py::int_(value));
     setAttribute(self, "TMC5240_main_dict", ramp);
     setAttribute(self, "TMC5240_default_dict", settings);
 }

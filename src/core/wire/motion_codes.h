@@ -20,13 +20,23 @@ inline constexpr CommandName motionCodes[] = {
 enum PawlRegister : std::uint8_t {
 #define ZVR_PAWL_REGISTER(name, address) name = address,
 #include "core/wire/pawl_registers.def"
-#undef ZVR_PAWL_REGISTER
 };
 
 inline constexpr CommandName pawlRegisters[] = {
 #define ZVR_PAWL_REGISTER(name, address) {#name, address},
 #include "core/wire/pawl_registers.def"
-#undef ZVR_PAWL_REGISTER
+};
+
+/// A register of the drive with the value that its reset gives it, and its key in the interface's map of settings.
+struct PawlSetting {
+    const char* key;
+    PawlRegister address;
+    std::uint32_t value;
+};
+inline constexpr PawlSetting pawlSettings[] = {
+#define ZVR_PAWL_REGISTER(name, address)
+#define ZVR_PAWL_SETTING(name, address, key, value) {#key, name, value},
+#include "core/wire/pawl_registers.def"
 };
 
 }  // namespace zvr

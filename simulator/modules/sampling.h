@@ -27,9 +27,9 @@ struct RunPlan {
     std::uint8_t port = 0;
     std::vector<std::uint8_t> chipSelects;
     std::size_t channels = 0;
-    double rate = 0;                    ///< Hz
-    std::optional<std::uint64_t> rows;  ///< after which it ends
-    Agenda::Clock::time_point start;    ///< row k is due k / rate later
+    double rate = 0;                     ///< Hz
+    std::optional<std::uint64_t> rows;   ///< after which it ends
+    Scheduler::Clock::time_point start;  ///< row k is due k / rate later
     Coding coding;
 };
 
@@ -37,7 +37,7 @@ class SampleRun : public std::enable_shared_from_this<SampleRun> {
 public:
     SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounters> counters);
 
-    /// Makes what is due, and goes on by the device's agenda until it is finished or destroyed.
+    /// Makes what is due, and goes on by the device's scheduler until it is finished or destroyed.
     void advance();
     /// Goes on if it waits for clients to take what they have.
     void resume();
@@ -47,7 +47,7 @@ public:
     std::size_t frameRows() const { return frameRows_; }
 
 private:
-    using Clock = Agenda::Clock;
+    using Clock = Scheduler::Clock;
 
     std::uint64_t dueRows(Clock::time_point now) const;
     Clock::time_point timeOf(std::uint64_t row) const;
@@ -67,7 +67,7 @@ private:
     std::uint64_t made_ = 0;
     std::size_t filled_ = 0;
     bool waits_ = false;                    // for room
-    std::optional<Clock::time_point> due_;  // the one entry in the agenda that counts
+    std::optional<Clock::time_point> due_;  // the one entry in the scheduler that counts
 };
 
 }  // namespace zvr::sim

@@ -1,21 +1,22 @@
-// What a device does later, unasked.
+// Actions of a device that are due later.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
+#include <stdexcept>
 
 namespace zvr::sim {
 
 /// Actions by the time at which they are due. What serves the device runs them; not thread-safe.
-class Agenda {
+class Scheduler {
 public:
     using Clock = std::chrono::steady_clock;
 
     void at(Clock::time_point due, std::function<void()> action) {
         const auto place = actions_.emplace(due, std::move(action));
-        if (place == actions_.begin()) onEarlier();
+        if (place == actions_.begin() && onEarlier_) onEarlier_();
     }
 
     /// When the first action is due.
@@ -32,11 +33,16 @@ public:
         for (const auto& [time, action] : due) action();
     }
 
-    /// Called when the first action has become an earlier one; set by what runs the agenda.
-    std::function<void()> onEarlier = [] {};
+    /// What runs the scheduler is told when the first action has become an earlier one. A second one is an error.
+    void attach(std::function<void()> onEarlier) {
+        if (onEarlier_) throw std::logic_error("the scheduler is run already");
+        onEarlier_ = std::move(onEarlier);
+    }
+    void detach() { onEarlier_ = {}; }
 
 private:
     std::multimap<Clock::time_point, std::function<void()>> actions_;
+    std::function<void()> onEarlier_;
 };
 
 }  // namespace zvr::sim

@@ -1,4 +1,4 @@
-#include "physics/sampling.h"
+#include "modules/sampling.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,7 +81,7 @@ void SampleRun::resume() {
 void SampleRun::schedule(Clock::time_point due) {
     if (due_ == due) return;
     due_ = due;
-    device_.agenda.at(due, [weak = weak_from_this(), due] {
+    device_.scheduler.at(due, [weak = weak_from_this(), due] {
         const auto run = weak.lock();
         if (!run || run->due_ != due) return;
         run->due_.reset();
@@ -113,10 +113,13 @@ void SampleRun::makeRows(std::size_t count) {
 
 // What an output is wired to shows that.
 void SampleRun::writeChannel(std::size_t stream, std::size_t channel, std::size_t count, std::uint8_t* to) const {
-    const Voltage* wired = device_.wiredOutput(plan_.port, channel);
-    if (!wired) return sources_[stream * plan_.channels + channel].write(made_, count, to, rowSize_);
+    const auto& outputs = device_.outputVoltages;
+    if (!outputs || !outputs->drives(plan_.port, channel)) {
+        return sources_[stream * plan_.channels + channel].write(made_, count, to, rowSize_);
+    }
     for (std::size_t i = 0; i < count; ++i, to += rowSize_) {
-        writeCode(plan_.coding.codeOf((*wired)(timeOf(made_ + i))), plan_.coding.bytes, to);
+        const double voltage = outputs->voltage(plan_.port, channel, timeOf(made_ + i));
+        writeCode(plan_.coding.codeOf(voltage), plan_.coding.bytes, to);
     }
 }
 
@@ -124,7 +127,7 @@ void SampleRun::sendFrames() {
     filled_ = 0;
     for (std::shared_ptr<Bytes>& frame : frames_) {
         ++counters_->framesMade;
-        ++(device_.streamFrame(plan_.command, std::move(frame)) ? counters_->framesSent : counters_->framesDropped);
+        ++(device_.stream(plan_.command, Frame(std::move(frame))) ? counters_->framesSent : counters_->framesDropped);
         frame.reset();
     }
 }

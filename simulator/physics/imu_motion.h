@@ -17,7 +17,7 @@ struct Quaternion {
     Vector turn(const Vector& vector) const;
 };
 
-struct Sway {
+struct ImuMotion {
     Vector angles;           ///< roll, pitch, yaw in radians
     Vector angularVelocity;  ///< in radians per second, about the axes of the board
     Vector acceleration;     ///< that a sensor at rest shows: gravity, upwards
@@ -27,6 +27,6 @@ struct Sway {
 };
 
 /// After so many seconds.
-Sway swayAt(double seconds, double gravity);
+ImuMotion imuMotionAt(double seconds, double gravity);
 
 }  // namespace zvr::sim

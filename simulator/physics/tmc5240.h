@@ -1,5 +1,5 @@
 // A stepper drive: the registers of its chip, and moves that it runs by itself. It takes the time from its caller, in
-// seconds, like MotionChip. Speeds and rates are in microsteps and seconds.
+// seconds, like MCX514. Speeds and rates are in microsteps and seconds.
 #pragma once
 
 #include <array>
@@ -10,12 +10,12 @@
 
 namespace zvr::sim {
 
-class Stepper {
+class TMC5240 {
 public:
     /// How a move that the drive runs by itself stands.
     enum class Process : std::uint8_t { none, running, done, stopped, failed };
 
-    explicit Stepper(const Track& track) : track_(track) { reset(); }
+    explicit TMC5240(const Track& track) : track_(track) { reset(); }
 
     /// Puts the registers back, and stops at once.
     void reset();

@@ -1,4 +1,4 @@
-#include "physics/sway.h"
+#include "physics/imu_motion.h"
 
 #include <cmath>
 #include <numbers>
@@ -33,23 +33,23 @@ Vector Quaternion::turn(const Vector& vector) const {
     return {turned.x, turned.y, turned.z};
 }
 
-Sway swayAt(double seconds, double gravity) {
-    Sway sway{};
+ImuMotion imuMotionAt(double seconds, double gravity) {
+    ImuMotion motion{};
     Vector rates{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
         const double amplitude = amplitudes[axis] * std::numbers::pi / 180;
         const double speed = 2 * std::numbers::pi / periods[axis];
-        sway.angles[axis] = amplitude * std::sin(speed * seconds);
+        motion.angles[axis] = amplitude * std::sin(speed * seconds);
         rates[axis] = amplitude * speed * std::cos(speed * seconds);
     }
-    const auto [roll, pitch, yaw] = sway.angles;
-    sway.angularVelocity = {rates[0] - rates[2] * std::sin(pitch),
-                            rates[1] * std::cos(roll) + rates[2] * std::sin(roll) * std::cos(pitch),
-                            -rates[1] * std::sin(roll) + rates[2] * std::cos(roll) * std::cos(pitch)};
-    const Quaternion toBoard = sway.orientation().inverse();
-    sway.acceleration = toBoard.turn({0, 0, gravity});
-    sway.magneticField = toBoard.turn(earthField);
-    return sway;
+    const auto [roll, pitch, yaw] = motion.angles;
+    motion.angularVelocity = {rates[0] - rates[2] * std::sin(pitch),
+                              rates[1] * std::cos(roll) + rates[2] * std::sin(roll) * std::cos(pitch),
+                              -rates[1] * std::sin(roll) + rates[2] * std::cos(roll) * std::cos(pitch)};
+    const Quaternion toBoard = motion.orientation().inverse();
+    motion.acceleration = toBoard.turn({0, 0, gravity});
+    motion.magneticField = toBoard.turn(earthField);
+    return motion;
 }
 
 }  // namespace zvr::sim

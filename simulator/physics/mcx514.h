@@ -8,14 +8,15 @@
 #include <memory>
 #include <optional>
 
+#include "physics/mcx514_words.h"
 #include "physics/path.h"
 #include "physics/track.h"
 
 namespace zvr::sim {
 
-class MotionChip {
+class MCX514 {
 public:
-    explicit MotionChip(const Tracks& tracks) : tracks_(tracks) { reset(); }
+    explicit MCX514(const Tracks& tracks) : tracks_(tracks) { reset(); }
 
     /// The value of a read, 0 after a command, nothing if it is refused. Bit i of the mask is axis i.
     std::optional<std::uint32_t> run(std::uint8_t code, std::uint8_t mask, std::uint32_t data, double now);
@@ -39,9 +40,9 @@ private:
     };
 
     struct Axis {
-        std::array<std::uint32_t, 0x2B> values{};  ///< by the code that writes them
-        std::array<std::uint16_t, 4> modes{};      ///< WR1 to WR3, by number
-        std::int64_t position = 0;                 ///< on its track, while it stands
+        std::array<std::uint32_t, MOTION_2A_IPM + 1> values{};  ///< by the code that writes them
+        std::array<std::uint16_t, 4> modes{};                   ///< WR1 to WR3, by number
+        std::int64_t position = 0;                              ///< on its track, while it stands
         std::int64_t logicalBase = 0, realBase = 0;
         std::shared_ptr<Drive> drive;
         double stopped = -forever;
@@ -54,10 +55,15 @@ private:
         std::optional<std::int64_t> splitFrom;
         std::uint32_t splits = 0;
 
-        bool has(int mode, int bit) const { return (modes[mode] >> bit & 1) != 0; }
-        int realSign() const { return has(3, 11) ? -1 : 1; }
+        /// A setting of one bit.
+        bool has(MotionCode setting) const {
+            return (modes[mcx514::registerOf(setting)] & mcx514::bitOf(setting)) != 0;
+        }
+        int realSign() const { return has(MOTION_DB_PIINV) ? -1 : 1; }
         std::int32_t signedValue(std::size_t code) const { return static_cast<std::int32_t>(values[code]); }
     };
+
+    static constexpr std::size_t longestQueue = 8;
 
     struct Event;
     /// Something that enabled actions may wait for; those of a mask.
@@ -111,12 +117,12 @@ private:
 
     const Tracks& tracks_;
     std::array<Axis, axisCount> axes_;
-    std::array<std::uint32_t, 0x2B> shared_{};  // values of the whole chip, by the code that writes them
-    std::array<std::uint16_t, 8> words_{};      // WR0 and WR4 to WR7, by number
-    std::deque<Drive> queue_;                   // interpolations that follow the present one
-    std::deque<Cause> causes_;                  // that have not been followed yet
-    bool decelerates_ = false;                  // at the end of an interpolation
-    double calculated_ = -forever;              // when the calculation of a helix ends
+    std::array<std::uint32_t, MOTION_2A_IPM + 1> shared_{};  // values of the whole chip, by the code that writes them
+    std::array<std::uint16_t, 8> words_{};                   // WR0 and WR4 to WR7, by number
+    std::deque<Drive> queue_;                                // interpolations that follow the present one
+    std::deque<Cause> causes_;                               // that have not been followed yet
+    bool decelerates_ = false;                               // at the end of an interpolation
+    double calculated_ = -forever;                           // when the calculation of a helix ends
     double clock_ = 0;
 };
 

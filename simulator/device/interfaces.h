@@ -1,0 +1,127 @@
+// What modules of a device offer to each other. Each interface is provided by one module at most.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "core/wire/bus_pins.h"
+#include "core/wire/bytes.h"
+#include "physics/oscillator.h"
+
+namespace zvr::sim {
+
+/// What a pin is used for.
+enum class PinMode : std::uint8_t {
+    disabled = 0,
+    idle = 1,
+    digitalInput = 2,
+    digitalOutput = 3,
+    uart = 4,
+    i2c = 5,
+    spi = 6,
+    can = 7,
+};
+
+/// A whole frame, ready to be sent to any number of clients.
+using Frame = std::shared_ptr<const Bytes>;
+
+/// The lines of the digital ports.
+class DigitalLines {
+public:
+    static constexpr const char* name = "digital lines";
+    virtual ~DigitalLines() = default;
+
+    virtual std::vector<PinMode> modes(int port) const = 0;
+    virtual std::uint16_t levels(int port) const = 0;
+    /// How often each line of a port has been switched.
+    virtual std::array<std::uint32_t, 16> switchings(int port) const = 0;
+    /// Turns a whole port into inputs or outputs, or releases it.
+    virtual void turn(int port, PinMode mode) = 0;
+    /// Takes the lines of a bus from digital use, or gives them back idle. False if another function has one.
+    virtual bool use(const BusLines& lines, PinMode mode) = 0;
+};
+
+/// What reaches digital inputs beside their wires.
+class InputLevels {
+public:
+    static constexpr const char* name = "input levels";
+    virtual ~InputLevels() = default;
+    virtual std::uint16_t levels(int port) = 0;
+};
+
+/// What the slots of a chassis are used for.
+class SlotModes {
+public:
+    static constexpr const char* name = "slot modes";
+    static constexpr std::uint8_t idle = 0, inputs = 1, outputs = 2, motion = 4, last = 6;
+    static constexpr std::size_t slotCount = 4, portsOfSlot = 2;
+    using Modes = std::array<std::uint8_t, slotCount>;
+    virtual ~SlotModes() = default;
+    virtual const Modes& modes() const = 0;
+    /// A slot goes by its first port. False if there is no such slot or mode.
+    virtual bool setMode(std::uint8_t port, std::uint8_t mode) = 0;
+};
+
+/// What turns at the inputs of the pulse counters.
+class PulseSource {
+public:
+    static constexpr const char* name = "pulse source";
+    virtual ~PulseSource() = default;
+    virtual Oscillator pulses(std::size_t channel) const = 0;
+};
+
+/// The analog outputs, for the inputs that they lead to.
+class OutputVoltages {
+public:
+    static constexpr const char* name = "output voltages";
+    using Time = std::chrono::steady_clock::time_point;
+    virtual ~OutputVoltages() = default;
+    virtual bool drives(int port, std::size_t channel) const = 0;
+    virtual double voltage(int port, std::size_t channel, Time time) const = 0;
+};
+
+/// The analog inputs: takes the samples that are due, before what they show changes.
+class Sampler {
+public:
+    static constexpr const char* name = "sampler";
+    virtual ~Sampler() = default;
+    virtual void takeSamples() = 0;
+};
+
+/// The clients to which unsolicited frames go.
+class FrameSink {
+public:
+    static constexpr const char* name = "frame sink";
+    virtual ~FrameSink() = default;
+    /// False if a client has lost it.
+    virtual bool sendUnsolicited(int command, const Frame& frame) = 0;
+    /// Whether somebody listens, and nobody lets more than a few frames wait.
+    virtual bool hasRoom() const = 0;
+};
+
+/// The provider of an interface, if there is one.
+template <class Interface>
+class Provided {
+public:
+    /// A second provider is an error.
+    void provide(std::shared_ptr<Interface> provider) {
+        if (provider_) throw std::logic_error(std::string("a second module provides ") + Interface::name);
+        provider_ = std::move(provider);
+    }
+    void withdraw() { provider_.reset(); }
+    explicit operator bool() const { return provider_ != nullptr; }
+    /// Throws where no module provides what another one needs.
+    Interface* operator->() const {
+        if (!provider_) throw std::logic_error(std::string("no module provides ") + Interface::name);
+        return provider_.get();
+    }
+
+private:
+    std::shared_ptr<Interface> provider_;
+};
+
+}  // namespace zvr::sim
