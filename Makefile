@@ -75,10 +75,11 @@ lint: ## Checks format and habits
 	git ls-files 'src/*.cpp' 'simulator/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy -p build/lint --quiet
 	$(PYTHON) -m pyflakes examples bench tests/python tools
 
-stubs: build ## Writes the type stub and the reference page from the module
+stubs: build ## Writes the type stub and the pages of models and wire from the module
 	$(PYTHON) tools/generate.py
 
-docs: stubs ## The same
+docs: build ## Writes the reference of all operations, build/docs/reference.md
+	$(PYTHON) tools/generate.py --reference build/docs/reference.md
 
 clean: ## Removes what was built
 	rm -rf build
