@@ -4,6 +4,7 @@ CMAKE ?= $(or $(wildcard /usr/bin/cmake),cmake)
 BUILD = build/default
 SIM = $(CURDIR)/$(BUILD)/bin/zvr-sim
 PYTHONPATH := $(CURDIR)/build
+SOURCES = src simulator tests bench fuzz
 FUZZ_SECONDS ?= 60
 SOAK_SECONDS ?= 600
 
@@ -15,7 +16,7 @@ export ZVR_SIM = $(SIM)
 configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) >/dev/null
 setup = @tools/setup.sh $(1)
 
-.PHONY: help build demo test bench soak asan tsan fuzz lint stubs docs clean
+.PHONY: help build demo check test bench soak asan tsan fuzz lint stubs docs clean
 
 help: ## Lists the targets
 	@sed -n 's/^\([a-z]*\):.*## /\1\t/p' Makefile | expand -t 10
@@ -27,6 +28,11 @@ build: ## Builds the importable package build/pyzvr/ and the simulator
 
 demo: build ## Runs the main job against the simulator
 	$(PYTHON) examples/demo.py
+
+check: ## Checks the format of C++ code, and Python code for unused and unknown names
+	$(call setup,check)
+	find $(SOURCES) -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
+	$(PYTHON) -m pyflakes examples bench tests tools
 
 test: build ## Runs all tests
 	$(PYTHON) -m mypy.stubtest pyzvr --allowlist tests/stubtest_allowlist.txt
@@ -67,18 +73,17 @@ fuzz: ## Fuzzes for FUZZ_SECONDS each
 	mkdir -p build/fuzz/corpus
 	build/fuzz/bin/splitter_fuzz -max_total_time=$(FUZZ_SECONDS) -max_len=100000 build/fuzz/corpus fuzz/corpus/splitter
 
-lint: ## Checks format and habits
+lint: check ## The same, and what clang-tidy finds
 	$(call setup,build lint)
-	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 	$(call configure,lint)
 	$(CMAKE) --build build/lint --target pyzvr
 	git ls-files 'src/*.cpp' 'simulator/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy -p build/lint --quiet
-	$(PYTHON) -m pyflakes examples bench tests/python tools
 
-stubs: build ## Writes the type stub and the reference page from the module
+stubs: build ## Writes the type stub and the pages of models and wire from the module
 	$(PYTHON) tools/generate.py
 
-docs: stubs ## The same
+docs: build ## Writes the reference of all operations, build/docs/reference.md
+	$(PYTHON) tools/generate.py --reference build/docs/reference.md
 
 clean: ## Removes what was built
 	rm -rf build

@@ -1,12 +1,19 @@
-"""Writes the type stub and the pages of reference, models and wire from the definitions in the module.
+"""Writes the type stub, the pages of models and wire, and the reference from the definitions in the module.
+
+    generate.py                    writes the stub and the two pages, which are kept in the tree
+    generate.py --check            writes nothing; the exit status tells whether they are as they would be
+    generate.py --reference FILE   writes the reference of all operations
 
 Each callable of the library carries its stub line (`__stub__`) and, where it is one exchange, its wire data
-(`__exchange__`). With --check nothing is written; the exit status tells whether the files are as they would be.
+(`__exchange__`).
 """
 
+import argparse
+import ast
 import contextlib
 import inspect
 import io
+import re
 import sys
 import types
 from pathlib import Path
@@ -16,7 +23,6 @@ import wire
 
 ROOT = Path(__file__).resolve().parent.parent
 STUB = ROOT / "python" / "pyzvr" / "__init__.pyi"
-REFERENCE = ROOT / "docs" / "reference.md"
 MODELS = ROOT / "docs" / "models.md"
 WIRE = ROOT / "docs" / "wire.md"
 
@@ -30,13 +36,6 @@ from typing import Any
 from typing_extensions import Self
 
 '''
-# Of the bound types.
-CONSTRUCTORS = {
-    "Fifo": "maxsize: int = ...",
-    "ItemFifo": "maxsize: int = ...",
-    "RowFifo": "maxsize: int = ...",
-    "USBClient": "serial_num: str = ...",
-}
 OPERATION = type(pyzvr.checkFirmwareError)
 
 
@@ -69,19 +68,57 @@ def clash_mark(cls):
     return "  # type: ignore[misc]" if any(len(kinds) == 2 for kinds in forms.values()) else ""
 
 
+def docstring(value, indent):
+    """First paragraph and arguments of a docstring, as lines of the stub; types stand in the signature already."""
+    doc = value.__doc__ or ""
+    lines = doc.partition("\n\n")[0].splitlines()
+    arguments = re.search(r"\n\nArgs:\n(.*?)(?:\n\n|$)", doc, re.DOTALL)
+    if arguments:
+        lines += ["", "Args:", *re.sub(r"^( +\*{0,2}\w+) \([^)]*\):", r"\1:", arguments[1], flags=re.MULTILINE).splitlines()]
+    if not lines:
+        return []
+    lines = [line.replace("\\", "\\\\") for line in lines]
+    lines[0] = '"""' + lines[0]
+    if arguments or len(lines) > 1:
+        lines.append('"""')
+    else:
+        lines[0] += ' """' if lines[0].endswith('"') else '"""'
+    return [indent + line if line else "" for line in lines]
+
+
+def callable_stub(line, value, indent="", mark=""):
+    """A function or method of the stub with its docstring."""
+    doc = docstring(value, indent + "    ")
+    if not doc:
+        return [indent + line + mark]
+    return [indent + line.removesuffix(" ...") + mark, *doc]
+
+
+def bound_constructor(cls):
+    """The constructor of a bound type, if it takes arguments: the binding knows their names and default values."""
+    signature = re.search(r"__init__\(self: [\w.]+, (.*)\) -> None", getattr(vars(cls).get("__init__"), "__doc__", None) or "")
+    if not signature:
+        return []
+    parameters = []
+    for name, value in re.findall(r"(\w+): [^=]+ = ([^,]+)", signature[1]):
+        parameters.append(f"{name}: {type(ast.literal_eval(value)).__name__} = {value}")
+    return [f"    def __init__(self, {', '.join(parameters)}) -> None: ..."]
+
+
 def stub_of_class(cls):
     bases = [base.__name__ for base in cls.__bases__ if base.__module__ in ("pyzvr", "builtins")]
     bases = [base for base in bases if base not in ("object", "pybind11_object")]
     bases += [vars(cls)["__stub_base__"]] if "__stub_base__" in vars(cls) else []
     fields, own = members(cls)
-    lines = [f"    {name}: {kind}" for name, kind in fields.items()]
+    lines = docstring(cls, "    ") if vars(cls).get("__doc__") else []
+    lines += [f"    {name}: {kind}" for name, kind in fields.items()]
     for name, value in own.items():
         if isinstance(value, property):
             kind = value.fget.__stub__.split(" -> ")[1].removesuffix(": ...")
             if value.fset is None:
-                lines += ["    @property", f"    def {name}(self) -> {kind}: ..."]
+                lines += ["    @property", *callable_stub(f"def {name}(self) -> {kind}: ...", value, "    ")]
             else:
-                lines.append(f"    {name}: {kind}")
+                lines += [f"    {name}: {kind}", *docstring(value, "    ")]
         else:
             if isinstance(vars(cls)[name], staticmethod):
                 lines.append("    @staticmethod")
@@ -89,9 +126,8 @@ def stub_of_class(cls):
             if isinstance(vars(cls)[name], classmethod):
                 lines.append("    @classmethod")
                 line = line.replace("(self", "(cls", 1)
-            lines.append("    " + line + override_mark(cls, name, value))
-    if cls.__name__ in CONSTRUCTORS:
-        lines.append(f"    def __init__(self, {CONSTRUCTORS[cls.__name__]}) -> None: ...")
+            lines += callable_stub(line, value, "    ", override_mark(cls, name, value))
+    lines += bound_constructor(cls)
     if not lines:
         lines = ["    ..."]
     head = f"class {cls.__name__}({', '.join(bases)}):" if bases else f"class {cls.__name__}:"
@@ -122,7 +158,7 @@ def constant_type(value):
 def stub():
     constants, functions, classes = contents()
     parts = [f"{name}: {constant_type(value)}" for name, value in constants.items()]
-    parts += [value.__stub__ for value in functions.values()]
+    parts += [line for value in functions.values() for line in callable_stub(value.__stub__, value)]
     return STUB_HEAD + "\n".join(parts) + "\n\n" + "\n".join(stub_of_class(cls) for cls in classes.values())
 
 
@@ -160,7 +196,7 @@ def reference():
             lines.append(f"| `{cls.__name__}` | `{cls.__bases__[0].__name__}` | {failure.code} | {failure.msg} |")
     lines.append("")
     for cls in classes.values():
-        # A twin says what its blocking form says, but for the time limit.
+        # An asynchronous variant says what its blocking form says, but for the time limit.
         if cls not in failures and not (cls.__name__.endswith("_async") and cls is not pyzvr.Packet_async):
             lines += reference_of_class(cls)
     return "\n".join(lines).rstrip() + "\n"
@@ -187,7 +223,7 @@ def models():
     lines = [
         "# Models",
         "",
-        "Written by `make docs` from the table of models; do not edit.",
+        "Written by `make stubs` from the table of models; do not edit.",
         "",
         "| Class | Name | Link | Modules | Digital inputs, port: pins | Digital outputs |",
         "| --- | --- | --- | --- | --- | --- |",
@@ -206,16 +242,26 @@ def models():
     return "\n".join(lines) + "\n"
 
 
+def write(path, text):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(text)
+
+
 def main():
-    check = "--check" in sys.argv[1:]
+    parser = argparse.ArgumentParser(description="Writes what comes from the definitions in the module.")
+    parser.add_argument("--check", action="store_true", help="only tell whether the files of the tree are up to date")
+    parser.add_argument("--reference", type=Path, metavar="FILE", help="write the reference of all operations")
+    options = parser.parse_args()
+    if options.reference:
+        write(options.reference, reference())
+        return
     stale = []
-    for path, text in ((STUB, stub()), (REFERENCE, reference()), (MODELS, models()), (WIRE, wire.page())):
+    for path, text in ((STUB, stub()), (MODELS, models()), (WIRE, wire.page())):
         if not path.exists() or path.read_text() != text:
             stale.append(path.relative_to(ROOT).as_posix())
-            if not check:
-                path.parent.mkdir(parents=True, exist_ok=True)
-                path.write_text(text)
-    if check and stale:
+            if not options.check:
+                write(path, text)
+    if options.check and stale:
         sys.exit("out of date, run `make stubs`: " + ", ".join(stale))
 
 

@@ -1,8 +1,9 @@
 """The page of what every operation sends and returns.
 
 Command and payload of an operation that is one exchange are in its definition. What an operation with steps sends is
-seen by letting it run on each model with a stand-in for the device, which notes the commands and answers zeros. Checks
-pass meanwhile, and arguments are tried so that the operation comes to its end; where it does not, the page says so.
+seen by letting it run on each model with a stand-in for the device, which records the requests and answers them. Checks
+pass meanwhile. Arguments and replies are varied, to tell the bytes that depend on them from those that are always the
+same. Where no arguments bring the operation to its end, the page says so.
 """
 
 import array
@@ -23,9 +24,14 @@ for _name, _value in itertools.takewhile(lambda entry: entry[0] != "STREAMING_CM
     if type(_value) is int:
         COMMANDS.setdefault(_value, _name)
 # Where zeros would say that nothing is free.
-REPLIES = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\x0c" + b"\x11" * 6, pyzvr.GET_SLOT_MODE: b"\x08\x10\x18\x20\x30"}
+FREE = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\x0c" + b"\x11" * 6, pyzvr.GET_SLOT_MODE: b"\x08\x10\x18\x20\x30"}
 BROADCAST_REPLIES = [set(), {bytes(128), bytes(127)}]
+REPLIES = [bytes(128), bytes([0, 0, *range(1, 127)])]
 MOST_REQUESTS = 50
+MOST_SHOWN = 8
+VARIES = "_"
+NUMBERS = (0, 1, 2, 3, 4, 9)
+GREAT = (200, 50_000, 0x7A6B5C4D)
 
 
 class EnoughSeenError(Exception):
@@ -37,13 +43,13 @@ class StandIn:
 
     def note(self, cmd, data_out):
         self._preparePacket(cmd, data_out)
-        self.commands.append(COMMANDS[cmd])
-        if len(self.commands) == MOST_REQUESTS:
+        self.requests.append((COMMANDS[cmd], list(data_out)))
+        if len(self.requests) == MOST_REQUESTS:
             raise EnoughSeenError
 
     def _echoPacketWithRetry(self, cmd, data_out, timeout=5):
         self.note(cmd, data_out)
-        return REPLIES.get(cmd, bytes(128))
+        return FREE.get(cmd, self.reply)
 
     def _sendPacketWithoutReply(self, cmd, data_out):
         self.note(cmd, data_out)
@@ -81,46 +87,89 @@ def stand_in(model):
 
 def samples(kind, number):
     """Values of a parameter's type."""
-    known = {"int": [number], "bool": [True], "float": [1.0], "str": ["1.2.3.4", "0:1:2:3:4:5"], "list[str]": [["Idle"]],
-             "list[int]": [[0]], "Sequence[int]": [[0]], "list[float]": [[1.0]], "Sequence[float]": [[1.0]],
+    integers, modes = [number] * (number + 1), [["Idle"], ["DI", "DI"]]
+    known = {"int": [number], "bool": [number % 2 == 0], "float": [number * 1.1 + 0.3],
+             "str": [sign.join(str(number + place) for place in range(count)) for sign, count in ((".", 4), (":", 6))], "list[str]": [modes[number % 2]],
+             "list[int]": [integers], "Sequence[int]": [integers], "list[float]": [integers], "Sequence[float]": [integers],
              "Any": [array.array("d", bytes(64))]}
     return known.get(kind.partition(" | ")[0], [None])
 
 
 def arguments_of(value):
-    """Lists of arguments to try: ports and numbers are 0, then 1, and so on."""
+    """Lists of arguments to try: those that must be given, then all. All are 0, then 1, and so on; then one is great."""
     parameters = ast.parse(value.__stub__).body[0].args
-    wanted = parameters.args[1:len(parameters.args) - len(parameters.defaults)]
-    for number in range(5):
-        yield from itertools.product(*(samples(ast.unparse(each.annotation), number) for each in wanted))
+    needed = parameters.args[1:len(parameters.args) - len(parameters.defaults)]
+    optional = [each for each in parameters.args[1 + len(needed):] if each.arg not in ("timeout", "delay")]
+    for wanted in [needed, needed + optional] if optional else [needed]:
+        for number in NUMBERS:
+            yield from itertools.product(*(samples(ast.unparse(each.annotation), number) for each in wanted))
+        ones = [samples(ast.unparse(each.annotation), 1)[0] for each in wanted]
+        for place, great in itertools.product(range(len(ones)), GREAT):
+            if type(ones[place]) is int:
+                yield *ones[:place], great, *ones[place + 1:]
 
 
 def runs_on(product, name, value):
     """What each try sends, and whether the operation comes to its end with it."""
-    for arguments, product.found in itertools.product(arguments_of(value), BROADCAST_REPLIES):
-        product.commands = []
+    found = BROADCAST_REPLIES if name.startswith("Bcst_") else BROADCAST_REPLIES[:1]
+    for arguments, product.found, product.reply in itertools.product(arguments_of(value), found, REPLIES):
+        product.requests = []
         try:
             getattr(product, name)(*arguments)
         except pyzvr.APINotSupportError:
             return
-        except Exception as failure:
-            yield product.commands, isinstance(failure, EnoughSeenError)
+        except Exception as error:
+            yield arguments, product.requests, isinstance(error, EnoughSeenError)
         else:
-            yield product.commands, True
+            yield arguments, product.requests, True
+
+
+def payload(data):
+    """The bytes that are the same in all these payloads, and where others stand."""
+    width = min(map(len, data))
+    cells = [str(column[0]) if len(set(column)) == 1 else VARIES for column in zip(*data)]
+    return cells + ["..."] * any(len(each) > width for each in data)
+
+
+def text_of(runs, with_payload):
+    """What these runs send; all send the same commands, but for how often one comes in a row."""
+    if len({len(run) for run in runs}) > 1 or len(runs[0]) > MOST_SHOWN:
+        # A command that comes again and again is told once.
+        runs = [[(command, [data for _, data in group]) for command, group in itertools.groupby(run, lambda each: each[0])]
+                for run in runs]
+    else:
+        runs = [[(command, [data]) for command, data in run] for run in runs]
+    parts = []
+    for requests in zip(*runs):
+        cells = payload([data for _, group in requests for data in group]) if with_payload else []
+        parts.append(f"`{requests[0][0]}`" + (": " + ", ".join(cells) if cells else ""))
+    return ", then ".join(parts) or "nothing"
+
+
+def commands_of(run):
+    return tuple(command for command, _ in itertools.groupby(command for command, _ in run))
 
 
 def sent_by(name, value, products):
     """What the operation sends on all the models that have it, shortest first."""
-    texts = set()
+    tried = {True: [], False: []}
     for product in products:
         if getattr(type(product), name, None) is value:
             runs = list(runs_on(product, name, value))
-            ended = [commands for commands, comes_to_end in runs if comes_to_end]
-            for commands in ended or [max((commands for commands, _ in runs), key=len, default=None)]:
-                if commands is not None:
-                    # A command that comes again and again is told once.
-                    text = ", ".join(f"`{command}`" for command, _ in itertools.groupby(commands)) or "nothing"
-                    texts.add(text if ended else text + " before it fails")
+            ended = [(arguments, run) for arguments, run, comes_to_end in runs if comes_to_end]
+            unfinished = max((run for _, run, _ in runs), key=len, default=None)
+            if ended:
+                tried[True] += ended
+            elif unfinished is not None:
+                tried[False].append(((), unfinished))
+    texts = set()
+    for comes_to_end, runs in tried.items():
+        for commands in {commands_of(run) for _, run in runs}:
+            alike = [(arguments, run) for arguments, run in runs if commands_of(run) == commands]
+            # From one list of arguments alone it cannot be told which bytes depend on them.
+            varied = len({repr(arguments) for arguments, _ in alike}) > 1 or not any(arguments for arguments, _ in alike)
+            texts.add(text_of([run for _, run in alike], varied and comes_to_end)
+                      + ("" if comes_to_end else " before it fails"))
     return "; or ".join(sorted(texts, key=lambda text: (text.startswith("`"), len(text), text)))
 
 
@@ -153,11 +202,13 @@ def stand_ins():
 
 
 def page():
-    lines = ["# What is sent, and what comes back", "", "Written by `make docs`; do not edit.", "",
-             "Operations that are one exchange have their payload here: arguments in the order of the bytes, and numbers that",
-             "no argument gives. Of operations with steps it is the commands that they send, one behind the other; some send",
-             "others on another model or with other arguments, or nothing. The awaitable forms send the same. Frames and",
-             "arguments are in [reference.md](reference.md).", ""]
+    lines = ["# What is sent, and what comes back", "", "Written by `make stubs`; do not edit.", "",
+             "Payloads are bytes in their order. Where an operation is one exchange they are told by their arguments and, where",
+             "no argument gives them, as numbers. Of operations with steps it is the commands that they send, one after the",
+             "other, with the bytes that are always the same; `_` stands for a byte that depends on arguments, replies or the",
+             "model, and `...` for more of them. Some operations send other commands on another model or with other arguments,",
+             "or nothing. The asynchronous variants send the same. The arguments are explained in the type stub and in the",
+             "reference that `make docs` writes.", ""]
     with stand_ins() as products:
         for cls in feature_classes():
             lines += [f"## {cls.__name__}", "", "| Operation | Sends | Returns |", "| --- | --- | --- |"]

@@ -624,7 +624,10 @@ void guardConstructor(const Object& type) {
         }
         refuseType(self, "self", std::string("a ") + reinterpret_cast<PyTypeObject*>(type.ptr())->tp_name);
     };
-    py::setattr(type, "__init__", py::cpp_function(guarded, py::is_method(type), py::name("construct")));
+    // The type stub takes the arguments from what the binding says of the original.
+    const auto doc = py::cast<std::string>(attribute(original, "__doc__"));
+    py::setattr(type, "__init__",
+                py::cpp_function(guarded, py::is_method(type), py::name("construct"), py::doc(doc.c_str())));
 }
 
 void completeBoundTypes(Package& package) {

@@ -8,7 +8,8 @@ import threading
 from unittest import mock
 
 import pytest
-from conftest import Double, awaited, blocking
+from fake_client import Double
+from forms import awaited, blocking
 
 import pyzvr
 

@@ -11,7 +11,8 @@ import weakref
 from unittest import mock
 
 import pytest
-from conftest import Double, awaited, blocking
+from fake_client import Double
+from forms import awaited, blocking
 from hypothesis import given
 from hypothesis import strategies as st
 

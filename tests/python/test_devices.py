@@ -10,7 +10,7 @@ import time
 import weakref
 
 import pytest
-from conftest import blocking
+from forms import blocking
 from peer import SERIAL_REPLY, Peer, answer_serial, finish, reset
 
 import pyzvr

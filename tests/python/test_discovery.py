@@ -7,8 +7,8 @@ import sys
 from pathlib import Path
 
 import pytest
-from conftest import can_make_networks
 from network_lab import DEVICES, HERE
+from simulators import can_make_networks
 
 import pyzvr
 

@@ -6,7 +6,8 @@ import struct
 import time
 
 import pytest
-from conftest import connected, running_simulator, wired
+from fake_client import wired
+from simulators import connected, running_simulator
 
 import pyzvr
 

@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from conftest import can_make_networks, simulator_program
+from simulators import can_make_networks, simulator_program
 
 EXAMPLES = sorted(path for path in (Path(__file__).parents[2] / "examples").glob("*.py") if path.name[0] != "_")
 LAB = str(Path(__file__).with_name("labs") / "network_lab.py")

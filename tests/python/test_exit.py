@@ -12,8 +12,8 @@ import time
 from pathlib import Path
 
 import pytest
-from conftest import address_of, running_simulator
 from exit_lab import SCENARIOS
+from simulators import address_of, running_simulator
 
 LAB = str(Path(__file__).with_name("labs") / "exit_lab.py")
 PATIENCE = 20.0  # seconds for a scenario as a whole

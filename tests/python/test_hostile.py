@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from conftest import wired
+from fake_client import wired
 
 import pyzvr
 

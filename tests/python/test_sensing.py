@@ -9,7 +9,9 @@ import sys
 from pathlib import Path
 
 import pytest
-from conftest import awaited, blocking, connected, simulator_program, wired
+from fake_client import wired
+from forms import awaited, blocking
+from simulators import connected, simulator_program
 
 import pyzvr
 

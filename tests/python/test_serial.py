@@ -9,7 +9,7 @@ import time
 import tty
 
 import pytest
-from conftest import address_of, running_simulator
+from simulators import address_of, running_simulator
 
 import pyzvr
 

@@ -3,7 +3,8 @@
 import asyncio
 import datetime
 
-from conftest import awaited, connected
+from forms import awaited
+from simulators import connected
 
 import pyzvr
 

@@ -10,8 +10,9 @@ import warnings
 from pathlib import Path
 
 import pytest
-from conftest import blocking, connected
+from forms import blocking
 from peer import Peer
+from simulators import connected
 
 import pyzvr
 

@@ -8,7 +8,7 @@ import threading
 from pathlib import Path
 
 import pytest
-from conftest import simulator_program
+from simulators import simulator_program
 
 import pyzvr
 

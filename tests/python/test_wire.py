@@ -3,7 +3,7 @@
 import asyncio
 
 import pytest
-from conftest import Double
+from fake_client import Double
 
 import pyzvr
 

@@ -31,6 +31,6 @@ inline constexpr int QUEUE_SIZE_MAX = 1000000, QUEUE_TIMEOUT = 999999;
 /// Seconds that one quick try of the blocking exchange waits for its reply.
 inline constexpr double QUICK_TRY = 0.01;
 
-inline constexpr const char* LIBRARY_VERSION = "3.2.6";
+inline constexpr const char* LIBRARY_VERSION = "3.2.6";  ///< of the interface; the package has its own
 
 }  // namespace zvr

@@ -14,7 +14,7 @@ import subprocess
 import sys
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
-from conftest import simulator_program  # noqa: E402
+from simulators import simulator_program  # noqa: E402
 
 import pyzvr
 
