@@ -30,6 +30,7 @@ serves until SIGTERM or SIGINT.
   --stdin-stop       stop when standard input closes
   --verbose          log every exchange on standard error
   --list             list the models
+  --table            print all that is true of the models, as JSON
 
 Faults of the replies; P is a probability from 0 to 1:
   --drop P           answer nothing
@@ -165,13 +166,14 @@ constexpr Option table[] = {
 }  // namespace
 
 std::variant<Options, int> parseOptions(int argc, char** argv) {
-    constexpr int help = 1000, list = 1001;
+    constexpr int help = 1000, list = 1001, rows = 1002;
     std::vector<option> known;
     for (int i = 0; const Option& entry : table) {
         known.push_back({entry.name, entry.takesValue ? required_argument : no_argument, nullptr, i++});
     }
     known.push_back({"help", no_argument, nullptr, help});
     known.push_back({"list", no_argument, nullptr, list});
+    known.push_back({"table", no_argument, nullptr, rows});
     known.push_back({nullptr, 0, nullptr, 0});
 
     Options options;
@@ -184,6 +186,10 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
             }
             if (chosen == list) {
                 for (const Model& model : models()) std::cout << model.name << '\t' << model.displayName << '\n';
+                return 0;
+            }
+            if (chosen == rows) {
+                printTable(std::cout);
                 return 0;
             }
             const Option& entry = table[chosen];

@@ -16,7 +16,7 @@ Bytes padded(std::string_view text, std::size_t width) {
 
 Device::Device(const Model& model, Identity identity, NetworkSettings network, Peers peers)
     : identity(std::move(identity)), network(network), peers(std::move(peers)), model_(model) {
-    for (const AddModule add : model.modules) add(*this);
+    for (const Module& module : model.modules) module.add(*this);
 }
 
 void Device::on(Command command, Handler handler) { handlers_[command] = {std::move(handler), false, false}; }

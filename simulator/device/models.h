@@ -1,11 +1,13 @@
-// The simulated models as a table.
+// The simulated models as a table: everything that is true of a model stands in its row.
 #pragma once
 
 #include <algorithm>
+#include <iosfwd>
 #include <span>
 #include <string_view>
 #include <vector>
 
+#include "core/wire/bus_pins.h"
 #include "core/wire/commands.h"
 #include "physics/waveform.h"
 
@@ -26,32 +28,44 @@ struct Wire {
     int input;
 };
 
-/// The analog inputs of a model, eight channels behind each chip select of each port; none without ports.
+/// The analog inputs of a model, the same channels behind each chip select of each port; none without ports.
 struct AnalogInputs {
     /// What a client chooses of a port.
     enum class Choice { nothing, channels, chipSelects };
 
     std::vector<int> ports;
-    Coding coding;
+    std::size_t channels = 8;
+    Coding coding{};
     Command read{};    ///< the command of a read on demand
     Command stream{};  ///< that of the data frames; 0 is none
     Choice choice = Choice::nothing;
-    std::vector<double> rates;      ///< the highest in Hz, by how many are chosen
-    std::vector<double> portUnits;  ///< by port, where they differ from the coding's
+    std::vector<double> rates{};      ///< the highest in Hz, by how many are chosen
+    std::vector<double> portUnits{};  ///< by port, where they differ from the coding's
 
     double highestRate(std::size_t chosen) const { return rates[std::min(chosen, rates.size()) - 1]; }
 };
 
-/// The analog outputs of a model, eight channels in each port; none without ports. They lead to the inputs of the same
-/// number, where there are any.
+/// The analog outputs of a model, the same channels in each port; none without ports. They lead to the inputs of the
+/// same number, where there are any.
 struct AnalogOutputs {
     std::vector<int> ports;
+    std::size_t channels = 8;       ///< the mask of a run has a bit for each of at most 8
     double least = -10, most = 10;  ///< V
     double rate = 15000;            ///< the highest in Hz
     bool streams = false;
 };
 
-using AddModule = void (*)(Device&);
+/// The ports of a serial bus; `bus_pins.h` has their lines.
+struct BusPortNumbers {
+    Bus bus;
+    std::vector<int> ports;
+};
+
+/// One group of commands, called as the interface calls it.
+struct Module {
+    std::string_view name;
+    void (*add)(Device&);
+};
 
 /// How a model is reached.
 enum class Link { ethernet, wifi, usb, serial };
@@ -60,19 +74,33 @@ struct Model {
     std::string_view name;
     std::string_view displayName;
     Link link;
-    int firstYear;       ///< that the clock counts from
-    int pinsPerPort;     ///< places in a port, whether or not a line is there
-    bool fixedFunction;  ///< lines are in use for good
-    std::vector<PortLines> lines;
-    std::vector<Wire> wires;
-    std::vector<AddModule> modules;
+    std::vector<Module> modules;
+    int firstYear = 1900;        ///< that the clock counts from
+    int pinsPerPort = 8;         ///< places in a port, whether or not a line is there
+    bool fixedFunction = false;  ///< lines are in use for good
+    std::vector<PortLines> lines{};
+    std::vector<PortLines> boardLines{};  ///< of what is on the board: LEDs and power inputs
+    std::vector<Wire> wires{};
+    std::vector<BusPortNumbers> buses{};
     AnalogInputs analogInputs{};
     AnalogOutputs analogOutputs{};
+    std::vector<int> thermometerPorts{};
+    std::size_t thermometersPerPort = 0;
+    std::vector<int> motionPorts{};  ///< the connectors with a motion chip behind them
+
+    bool hasBus(Bus bus, int port) const {
+        return std::ranges::any_of(buses, [&](const BusPortNumbers& each) {
+            return each.bus == bus && std::ranges::find(each.ports, port) != each.ports.end();
+        });
+    }
 };
 
 std::span<const Model> models();
 
 /// Nothing if there is no such model.
 const Model* findModel(std::string_view name);
+
+/// The rows as one JSON array.
+void printTable(std::ostream& out);
 
 }  // namespace zvr::sim

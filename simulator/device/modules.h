@@ -26,8 +26,6 @@ void addI2c(Device& device);
 void addSpi(Device& device);
 void addUart(Device& device);
 void addCan(Device& device);
-/// Seven of them on port 1, or two each on ports 1 and 2.
-void addSevenThermocouples(Device& device);
 void addThermocouples(Device& device);
 void addResistanceThermometers(Device& device);
 void addAttitude(Device& device);
@@ -36,7 +34,6 @@ void addRelay(Device& device);
 void addPotentiometer(Device& device);
 void addDrone(Device& device);
 void addMotion(Device& device);
-void addSlotMotion(Device& device);
 void addStepper(Device& device);
 
 }  // namespace zvr::sim

@@ -57,15 +57,11 @@ public:
     /// Nothing refuses the request.
     using Read = std::function<std::optional<Bytes>(Port& port, ByteView rest)>;
 
-    /// The ports whose lines the model has.
+    /// The ports that the model has.
     BusPorts(Device& device, Bus bus, PinMode mode, Status refusal)
         : device_(device), mode_(mode), refusal_(refusal), slots_(std::make_shared<Slots>()) {
         for (const BusLines& lines : busLines) {
-            const unsigned pins = (2U << lines.lastPin) - (1U << lines.firstPin);
-            const auto hasLines = [&](const PortLines& port) {
-                return port.port == lines.digitalPort && (pins & ~unsigned{port.inputs}) == 0;
-            };
-            if (lines.bus == bus && std::ranges::any_of(device.model().lines, hasLines)) {
+            if (lines.bus == bus && device.model().hasBus(bus, lines.port)) {
                 slots_->try_emplace(lines.port, device, lines);
             }
         }

@@ -49,11 +49,13 @@ Word wordAt(ByteView data, std::size_t place) { return readBigEndian<Word>(slice
 class Lines {
 public:
     explicit Lines(const Device& device) : device_(device), model_(device.model()) {
-        for (const auto& [number, inputs, outputs] : model_.lines) {
-            Port& port = ports_[number];
-            port.inputs = inputs;
-            port.outputs = outputs;
-            if (model_.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
+        for (const auto& lines : {model_.lines, model_.boardLines}) {
+            for (const auto& [number, inputs, outputs] : lines) {
+                Port& port = ports_[number];
+                port.inputs = inputs;
+                port.outputs = outputs;
+                if (model_.fixedFunction) port.startup = {port.lines(), port.fixedOutputs(), 0};
+            }
         }
         restart();
     }

@@ -17,12 +17,21 @@ namespace {
 constexpr std::size_t headerWidth = 3, requestWidth = 7;
 constexpr std::uint8_t motionMode = 4;
 
+// A connector in a slot has its chip while the slot is used for motion.
+bool isThere(Device& device, std::uint8_t connector) {
+    if (std::ranges::find(device.model().motionPorts, connector) == device.model().motionPorts.end()) return false;
+    const auto modes = device.handle({GET_SLOT_MODE, {}});
+    return !modes || !device.knows(SET_SLOT_DI) || modes->at(std::size_t{connector} + 1) == motionMode;
+}
+
+}  // namespace
+
 /// Each connector that is there has a chip of its own, which is new after a restart.
-void addConnectors(Device& device, std::function<bool(std::uint8_t connector)> isThere) {
+void addMotion(Device& device) {
     using Clock = std::chrono::steady_clock;
     const auto chips = std::make_shared<std::map<std::uint8_t, MotionChip>>();
     device.onReboot([chips] { chips->clear(); });
-    device.on(MOTION, [&device, chips, isThere = std::move(isThere), start = Clock::now()](ByteView data) {
+    device.on(MOTION, [&device, chips, start = Clock::now()](ByteView data) {
         Bytes header(data.begin(), data.end());
         header.resize(headerWidth);
         const auto answer = [&header](std::uint32_t value) {
@@ -31,7 +40,7 @@ void addConnectors(Device& device, std::function<bool(std::uint8_t connector)> i
         };
         const auto refuse = [&answer](Status status) { return answer(static_cast<std::uint32_t>(status)); };
         if (data.size() != requestWidth) return refuse(Status::parser);
-        if (!isThere(data[0])) {
+        if (!isThere(device, data[0])) {
             chips->erase(data[0]);
             return refuse(Status::notEnabled);
         }
@@ -39,21 +48,6 @@ void addConnectors(Device& device, std::function<bool(std::uint8_t connector)> i
         const double now = std::chrono::duration<double>(Clock::now() - start).count();
         const auto value = chip.run(data[1], data[2], readBigEndian<std::uint32_t>(data.subspan(headerWidth)), now);
         return value ? answer(*value) : refuse(Status::motion);
-    });
-}
-
-}  // namespace
-
-void addMotion(Device& device) {
-    addConnectors(device, [](std::uint8_t connector) { return connector == 0; });
-}
-
-// Slots 1, 2 and 4 can have a chip.
-void addSlotMotion(Device& device) {
-    addConnectors(device, [&device](std::uint8_t connector) {
-        if (connector > 3 || connector == 2) return false;
-        const auto modes = device.handle({GET_SLOT_MODE, {}});
-        return modes && modes->at(std::size_t{connector} + 1) == motionMode;
     });
 }
 

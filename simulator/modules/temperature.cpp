@@ -46,11 +46,11 @@ struct Sensor {
 
 class Thermometer {
 public:
-    Thermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors)
-        : device_(device), kind_(kind) {
-        for (double degrees = 20; const std::uint8_t port : ports) {
-            for (std::size_t i = 0; i < sensors; ++i, degrees += 10) {
-                ports_[port].sensors.emplace_back().degrees = degrees;
+    Thermometer(Device& device, Kind kind) : device_(device), kind_(kind) {
+        const Model& model = device.model();
+        for (double degrees = 20; const int port : model.thermometerPorts) {
+            for (std::size_t i = 0; i < model.thermometersPerPort; ++i, degrees += 10) {
+                ports_[static_cast<std::uint8_t>(port)].sensors.emplace_back().degrees = degrees;
             }
         }
         restart();
@@ -148,8 +148,8 @@ void addDegrees(Device& device, Command command, const Shared& thermometer, floa
     });
 }
 
-void addThermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& ports, std::size_t sensors) {
-    const auto all = std::make_shared<Thermometer>(device, kind, ports, sensors);
+void addThermometer(Device& device, Kind kind) {
+    const auto all = std::make_shared<Thermometer>(device, kind);
     device.onReboot([all] { all->restart(); });
     for (const auto& [command, open] : {std::pair{OPEN_THERMAL, true}, {CLOSE_THERMAL, false}}) {
         device.onPort(command, [all, open = open](std::uint8_t port, ByteView) {
@@ -179,8 +179,7 @@ void addThermometer(Device& device, Kind kind, const std::vector<std::uint8_t>& 
 
 }  // namespace
 
-void addSevenThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1}, 7); }
-void addThermocouples(Device& device) { addThermometer(device, Kind::thermocouple(), {1, 2}, 2); }
-void addResistanceThermometers(Device& device) { addThermometer(device, Kind::resistor(), {1, 2}, 2); }
+void addThermocouples(Device& device) { addThermometer(device, Kind::thermocouple()); }
+void addResistanceThermometers(Device& device) { addThermometer(device, Kind::resistor()); }
 
 }  // namespace zvr::sim
