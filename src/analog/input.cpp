@@ -15,11 +15,12 @@ const Parameter rate{"sampling_rate", "float",
 const Raises portRaises{"@_checkAIPort"};
 constexpr PinnedPorts inputPorts{"AI", "ai_dict", "ai_port", FailureId::AIPortNotAvaliableError};
 
-// Models whose ports nothing has to be sent for.
-bool opensByItself(py::handle self) { return isModel(self, {"TarnAnalog", "TarnAnalog24", "Lattice"}); }
-bool isWifiInput(py::handle self) { return isModel(self, {"HeronAnalog", "HeronImu", "HeronFast", "HeronMixed"}); }
-bool isUsbInput(py::handle self) { return isModel(self, {"SableAnalog", "SableMixed"}); }
-bool isCurrentInput(py::handle self) { return isModel(self, {"TarnCurrent", "TarnCurrentVolt"}); }
+const AnalogInput& traitsOfInput(py::handle self) { return traitsOf(self).analogInput; }
+
+// The port that settings are for, as the device counts it.
+Object configuredPort(py::handle self, const Object& port) {
+    return traitsOfInput(self).configuresPort0 ? Object(py::int_(0)) : devicePort(self, port);
+}
 
 // Modules without streaming have no flag and no thread.
 void openFlag(py::handle self) {
@@ -39,8 +40,9 @@ void closeFlag(py::handle self) {
 
 template <Command command, void (*turn)(py::handle)>
 Result openOrClose(Op op, Object port) {
-    if (isCurrentInput(op.self())) port = py::int_(0);
-    if (opensByItself(op.self())) {
+    const AnalogInput& traits = traitsOfInput(op.self());
+    if (traits.configuresPort0) port = py::int_(0);
+    if (traits.opensByItself) {
         turn(op.self());
         co_return py::int_(0);
     }
@@ -71,23 +73,16 @@ std::size_t channelsOf(py::handle self) {
     return static_cast<std::size_t>(wholeNumber(attribute(self, "ai_num_channels"), "ai_num_channels", 0, 65535));
 }
 
-/// The highest rate of a model with so many channels, or chip selects on the port; nothing for a model without a limit.
+/// The highest rate with what is enabled, the number of channels or the chip selects of the port; nothing without a
+/// limit.
 std::optional<double> rateLimit(py::handle self, const Object& port) {
-    if (isModel(self, {"Lattice"})) {
-        const std::size_t enabled = py::len(chipSelectsOf(self, port));
-        constexpr std::array limits = {12000, 6000, 4000};
-        if (enabled >= 1 && enabled <= limits.size()) return limits[enabled - 1];
-        return std::nullopt;
-    }
-    if (isUsbInput(self)) {
-        const auto channels = channelsOf(self);
-        constexpr std::array limits = {16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000};
-        if (channels >= 1 && channels <= limits.size()) return limits[channels - 1];
-        return std::nullopt;
-    }
-    if (isModel(self, {"TarnAnalog", "HeronFast"})) return 20000;
-    if (isModel(self, {"TarnAnalog24", "HeronAnalog", "HeronImu", "HeronMixed"})) return 10000;
-    return std::nullopt;
+    const AnalogInput& traits = traitsOfInput(self);
+    if (traits.rates.empty()) return std::nullopt;
+    if (traits.rates.size() == 1) return traits.rates[0];
+    const bool byChipSelects = traits.enables == Enables::chipSelects;
+    const std::size_t enabled = byChipSelects ? py::len(chipSelectsOf(self, port)) : channelsOf(self);
+    if (enabled < 1 || enabled > traits.rates.size()) return std::nullopt;
+    return traits.rates[enabled - 1];
 }
 
 void checkRate(py::handle self, const Object& port, const Object& rate) {
@@ -97,7 +92,7 @@ void checkRate(py::handle self, const Object& port, const Object& rate) {
 }
 
 Result setMode(Op op, Object port, Object mode) {
-    port = isCurrentInput(op.self()) ? Object(py::int_(0)) : devicePort(op.self(), port);
+    port = configuredPort(op.self(), port);
     op.call("_checkAIPort", port);
     op.call("_checkAIMode", mode);
     setAttribute(op.self(), "ai_mode", mode);
@@ -108,11 +103,7 @@ Result setMode(Op op, Object port, Object mode) {
 }  // namespace
 
 void adaptCurrentPort(py::handle self, std::vector<Object>& arguments) {
-    if (isCurrentInput(self)) {
-        arguments[0] = py::int_(0);
-    } else {
-        adaptPort(self, arguments);
-    }
+    arguments[0] = configuredPort(self, arguments[0]);
 }
 
 void defineInputConfiguration(Feature& feature) {
@@ -149,7 +140,7 @@ void defineInputConfiguration(Feature& feature) {
 namespace {
 
 void adaptWifiPort(py::handle self, std::vector<Object>& arguments) {
-    if (isWifiInput(self)) arguments[0] = py::int_(0);
+    if (traitsOfInput(self).streamsPort0) arguments[0] = py::int_(0);
 }
 
 Reply streamingSettings() {
@@ -231,9 +222,7 @@ Result readOnDemand(Op op, Object port) {
 }
 
 Result enableChannels(Op op, Object port, Object channels) {
-    if (isModel(op.self(), {"TarnAnalog", "Lattice", "HeronAnalog", "HeronImu", "HeronFast"})) {
-        throw Failure(FailureId::APINotSupportError);
-    }
+    if (traitsOfInput(op.self()).enables != Enables::channels) throw Failure(FailureId::APINotSupportError);
     op.call("_checkAIPort", port);
     op.call("_checkAIChannel", channels);
     setAttribute(op.self(), "ai_num_channels", channels);
@@ -242,7 +231,7 @@ Result enableChannels(Op op, Object port, Object channels) {
 }
 
 Result enableChipSelects(Op op, Object slot, Object chipSelects) {
-    if (!isModel(op.self(), {"Lattice"})) throw Failure(FailureId::APINotSupportError);
+    if (traitsOfInput(op.self()).enables != Enables::chipSelects) throw Failure(FailureId::APINotSupportError);
     const Object port = devicePort(op.self(), slot);
     op.call("_checkAIPort", port);
     for (const py::handle each : chipSelects) op.call("_checkAIChipSelect", each);
@@ -253,14 +242,29 @@ Result enableChipSelects(Op op, Object slot, Object chipSelects) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
+constexpr int allTriggerModes = 7;
+
 Result setTriggerMode(Op op, Object port, Object mode) {
-    if (isOneOf(mode, {2, 3, 4, 5, 6}) && !isUsbInput(op.self())) throw Failure(FailureId::APINotSupportError);
+    const int modes = traitsOfInput(op.self()).triggerModes;
+    if (isOneFrom(mode, modes, allTriggerModes - modes)) throw Failure(FailureId::APINotSupportError);
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     op.call("_checkAITriggerMode", mode);
     const Object mask = op.call("_convertAITriggerModeToMask", mode);
     const Object reply = co_await op.exchange(AI_SET_TRIG_MODE, payload(port, mask));
     co_return statusOf(bytesOf(reply), 1);
+}
+
+void checkChannelCount(py::handle self, const Object& count) {
+    checkIsInt(count);
+    if (isOneFrom(count, 1, traitsOfInput(self).channels)) return;
+    throw Failure(FailureId::AIChannelNotAvaliableError);
+}
+
+void checkChipSelect(py::handle self, const Object& chipSelect) {
+    checkIsInt(chipSelect);
+    if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
+    throw Failure(FailureId::AICSNotAvaliableError);
 }
 
 Reply samplesReply() {
@@ -288,11 +292,9 @@ void defineModule(Package& package) {
                                                chosen ? START_AI_STREAMING_VARIABLE : START_AI_STREAMING});
                      })
         .shared("_checkAIChannel", {{"channel", "int", "number of channels, 1 to 8"}}, "Refuses another number.", {},
-                {"AIChannelNotAvaliableError: another number"},
-                Calls<checkAccepted<FailureId::AIChannelNotAvaliableError, 1, 2, 3, 4, 5, 6, 7, 8>>{})
+                {"AIChannelNotAvaliableError: another number"}, Calls<checkChannelCount>{})
         .shared("_checkAIChipSelect", {{"cs", "int", "chip select, 0 to 2"}}, "Refuses another chip select.", {},
-                {"AICSNotAvaliableError: another chip select"},
-                Calls<checkAccepted<FailureId::AICSNotAvaliableError, 0, 1, 2>>{})
+                {"AICSNotAvaliableError: another chip select"}, Calls<checkChipSelect>{})
         .shared("_checkAITriggerMode", {{"mode", "int", "trigger mode, 0 to 6"}}, "Refuses another mode.", {},
                 {"AITriggerModeNotAvaliableError: another mode"},
                 Calls<checkAccepted<FailureId::AITriggerModeNotAvaliableError, 0, 1, 2, 3, 4, 5, 6>>{})

@@ -20,13 +20,17 @@ void checkVolts(py::handle self, py::handle values) {
     checkItems(values, attribute(self, "ao_volt_min"), attribute(self, "ao_volt_max"));
 }
 
-// What needs no opening.
-bool opensByItself(py::handle self) { return isModel(self, {"TarnOut", "Lattice"}); }
+void checkChannel(py::handle self, const Object& channel) {
+    checkIsInt(channel);
+    if (isOneFrom(channel, 0, traitsOf(self).analogOutput.channels)) return;
+    throw Failure(FailureId::AOChannelNotAvaliableError);
+}
 
 Result open(Op op, Object port) {
-    if (opensByItself(op.self())) co_return py::int_(0);
+    const AnalogOutput& output = traitsOf(op.self()).analogOutput;
+    if (output.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
-    if (!isModel(op.self(), {"HeronMixed", "HeronOut"})) {
+    if (output.sharesLines) {
         py::list idle;
         idle.append("Idle");
         co_await op.request("_checkAOPinState", port, idle);
@@ -36,7 +40,7 @@ Result open(Op op, Object port) {
 }
 
 Result close(Op op, Object port) {
-    if (opensByItself(op.self())) co_return py::int_(0);
+    if (traitsOf(op.self()).analogOutput.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
     const Object reply = co_await op.exchange(CLOSE_AO, payload(port));
     co_return statusOf(bytesOf(reply), 1);
@@ -76,8 +80,7 @@ void defineChecks(Feature& output) {
     };
     definePinCheck<outputPorts>(definePortCheck<outputPorts>(output))
         .shared("_checkAOChannel", codeParameter("channel", "channel, 0 to 7"), "Refuses another channel.", {},
-                typed("AOChannelNotAvaliableError"),
-                Calls<checkAccepted<FailureId::AOChannelNotAvaliableError, 0, 1, 2, 3, 4, 5, 6, 7>>{})
+                typed("AOChannelNotAvaliableError"), Calls<checkChannel>{})
         .shared("_checkAOForm", codeParameter("form", "1, 2 or 3"), "Refuses another form.", {},
                 typed("AOFormNotAvaliableError"), Calls<checkAccepted<FailureId::AOFormNotAvaliableError, 1, 2, 3>>{})
         .shared("_checkAOMode", codeParameter("mode", "0, 1 or 2"), "Refuses another mode.", {},
@@ -151,6 +154,14 @@ Reply modeAndRate() {
             {"list[int | float]", "mode, and sampling rate in Hz", "the device"}};
 }
 
+Reply channelVoltages() {
+    return {[](py::handle self, const Bytes& data) -> Object {
+                const auto channels = static_cast<std::size_t>(traitsOf(self).analogOutput.channels);
+                return numbersAt<float>(2, channels, {}).decode(self, data);
+            },
+            {"list[float]", "voltage of each channel", "the device"}};
+}
+
 Reply bufferReply() {
     return {[](py::handle, const Bytes& data) -> Object {
                 py::list both;
@@ -209,7 +220,7 @@ void defineAnalogOutputStreaming(Package& package) {
         portRow("AO_openStreaming",   OPEN_AO_STREAMING,  modeAndRate(), "Prepares the generation of waveforms."),
         portRow("AO_closeStreaming",  CLOSE_AO_STREAMING, status(1), "Ends the generation of waveforms."),
         portRow("_AO_stopStreaming",  STOP_AO_STREAMING,  status(1), "Stops the waveforms."),
-        portRow("AO_getValues",       GET_AO_VALUES, numbersAt<float>(2, 8, "voltage of each channel"), "Reads the present voltages."),
+        portRow("AO_getValues",       GET_AO_VALUES, channelVoltages(), "Reads the present voltages."),
         portRow("_AO_getMode",        GET_AO_MODE,   byteAt(1, "mode, in the device's numbering"), "Reads the mode."),
         portRow("_AO_getState",       GET_AO_STATE,  byteAt(1, "state, in the device's numbering"), "Reads the state."),
         portRow("_AO_getCounters",    GET_AO_COUNTERS, numbersAt<std::uint32_t>(1, 2, "the device's 2 counters"), "Reads the device's counters."),

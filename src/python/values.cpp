@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <ranges>
 
 #include "core/wire/failures.h"
 #include "python/raising.h"
@@ -502,6 +503,11 @@ bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed) {
 
 bool isOneOf(py::handle value, std::initializer_list<int> numbers) {
     return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
+}
+
+bool isOneFrom(py::handle value, int first, int count) {
+    return std::ranges::any_of(std::views::iota(first, first + count),
+                               [&](int number) { return value.equal(py::int_(number)); });
 }
 
 bool checkInputTypeConsistent(py::handle first, py::handle second) {

@@ -178,6 +178,8 @@ bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
 
 /// Whether a value equals one of these numbers.
 bool isOneOf(py::handle value, std::initializer_list<int> numbers);
+/// The same of `count` numbers from `first` on.
+bool isOneFrom(py::handle value, int first, int count);
 
 /// The body of a check method that accepts a few integers.
 template <FailureId failure, int... accepted>

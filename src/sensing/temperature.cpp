@@ -38,21 +38,17 @@ Reply degreesRounded() {
 
 template <FailureId failure, int last>
 void checkUpTo(py::handle, const Object& value) {
-    for (int accepted = 0; accepted <= last; ++accepted) {
-        if (value.equal(py::int_(accepted))) return;
-    }
-    throw Failure(failure);
+    if (!isOneFrom(value, 0, last + 1)) throw Failure(failure);
 }
 
 void checkChipSelect(py::handle self, const Object& chipSelect) {
-    const auto check = isModel(self, {"TarnThermo"}) ? checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 6>
-                                                     : checkUpTo<FailureId::ThermalChipSelectNotAvaliableError, 1>;
-    check(self, chipSelect);
+    if (isOneFrom(chipSelect, 0, traitsOf(self).temperature.sensors)) return;
+    throw Failure(FailureId::ThermalChipSelectNotAvaliableError);
 }
 
 Result open(Op op, Object port) {
     op.call("_checkThermalPort", port);
-    if (!isModel(op.self(), {"TarnThermo"})) {
+    if (traitsOf(op.self()).temperature.sharesLines) {
         const py::list allowed(py::make_tuple("Idle", "DI", "DO"));
         co_await op.request("_checkThermalPinState", port, allowed);
     }
@@ -65,7 +61,8 @@ Result getStatus(Op op, Object port, Object channel) {
     op.call("_checkThermalChipSelect", channel);
     Payload data;
     data.add(port).add(channel);
-    if (op.call("_getDeviceName").equal(py::str("Sable-Thermo"))) data.add(1);
+    const auto mode = traitsNamed(op.call("_getDeviceName")).temperature.statusMode;
+    if (mode) data.add(*mode);
     const Object reply = co_await op.exchange(GET_THERMAL_STATUS, data.list());
     co_return restOfSequence(reply, 2);
 }
