@@ -14,11 +14,12 @@ const Parameter rate{"sampling_rate", "float",
                      "rows per second in Hz; the limit depends on the model and on what is enabled"};
 const Raises portRaises{checkAIPort};
 
-// Models whose ports nothing has to be sent for.
-bool opensByItself(py::handle self) { return isModel(self, {"TarnAnalog", "TarnAnalog24", "Lattice"}); }
-bool isWifiInput(py::handle self) { return isModel(self, {"HeronAnalog", "HeronImu", "HeronFast", "HeronMixed"}); }
-bool isUsbInput(py::handle self) { return isModel(self, {"SableAnalog", "SableMixed"}); }
-bool isCurrentInput(py::handle self) { return isModel(self, {"TarnCurrent", "TarnCurrentVolt"}); }
+const AnalogInput& traitsOfInput(py::handle self) { return traitsOf(self).analogInput; }
+
+// The port that settings are for, as the device counts it.
+Object configuredPort(py::handle self, const Object& port) {
+    return traitsOfInput(self).configuresPort0 ? Object(py::int_(0)) : devicePort(self, port);
+}
 
 // Modules without streaming have no flag and no thread.
 void openFlag(py::handle self) {
@@ -37,8 +38,9 @@ void closeFlag(py::handle self) {
 }
 
 Result openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) {
-    if (isCurrentInput(op.self())) port = py::int_(0);
-    if (opensByItself(op.self())) {
+    const AnalogInput& traits = traitsOfInput(op.self());
+    if (traits.configuresPort0) port = py::int_(0);
+    if (traits.opensByItself) {
         turn(op.self());
         co_return py::int_(0);
     }
@@ -79,23 +81,16 @@ std::size_t channelsOf(py::handle self) {
     return static_cast<std::size_t>(wholeNumber(attribute(self, "ai_num_channels"), "ai_num_channels", 0, 65535));
 }
 
-/// The highest rate of a model with so many channels, or chip selects on the port; nothing for a model without a limit.
+/// The highest rate with what is enabled, the number of channels or the chip selects of the port; nothing without a
+/// limit.
 std::optional<double> rateLimit(py::handle self, const Object& port) {
-    if (isModel(self, {"Lattice"})) {
-        const std::size_t enabled = py::len(chipSelectsOf(self, port));
-        constexpr std::array limits = {12000, 6000, 4000};
-        if (enabled >= 1 && enabled <= limits.size()) return limits[enabled - 1];
-        return std::nullopt;
-    }
-    if (isUsbInput(self)) {
-        const auto channels = channelsOf(self);
-        constexpr std::array limits = {16000, 8000, 6300, 4000, 3200, 2600, 2200, 2000};
-        if (channels >= 1 && channels <= limits.size()) return limits[channels - 1];
-        return std::nullopt;
-    }
-    if (isModel(self, {"TarnAnalog", "HeronFast"})) return 20000;
-    if (isModel(self, {"TarnAnalog24", "HeronAnalog", "HeronImu", "HeronMixed"})) return 10000;
-    return std::nullopt;
+    const AnalogInput& traits = traitsOfInput(self);
+    if (traits.rates.empty()) return std::nullopt;
+    if (traits.rates.size() == 1) return traits.rates[0];
+    const bool byChipSelects = traits.enables == Enables::chipSelects;
+    const std::size_t enabled = byChipSelects ? py::len(chipSelectsOf(self, port)) : channelsOf(self);
+    if (enabled < 1 || enabled > traits.rates.size()) return std::nullopt;
+    return traits.rates[enabled - 1];
 }
 
 void checkRate(py::handle self, const Object& port, const Object& rate) {
@@ -105,7 +100,7 @@ void checkRate(py::handle self, const Object& port, const Object& rate) {
 }
 
 Result setMode(Op op, Object port, Object mode) {
-    port = isCurrentInput(op.self()) ? Object(py::int_(0)) : devicePort(op.self(), port);
+    port = configuredPort(op.self(), port);
     op.call("_checkAIPort", port);
     op.call("_checkAIMode", mode);
     setAttribute(op.self(), "ai_mode", mode);
@@ -116,11 +111,7 @@ Result setMode(Op op, Object port, Object mode) {
 }  // namespace
 
 void adaptCurrentPort(py::handle self, std::vector<Object>& arguments) {
-    if (isCurrentInput(self)) {
-        arguments[0] = py::int_(0);
-    } else {
-        adaptPort(self, arguments);
-    }
+    arguments[0] = configuredPort(self, arguments[0]);
 }
 
 void defineInputConfiguration(Feature& feature) {
@@ -158,7 +149,7 @@ void defineInputConfiguration(Feature& feature) {
 namespace {
 
 void adaptWifiPort(py::handle self, std::vector<Object>& arguments) {
-    if (isWifiInput(self)) arguments[0] = py::int_(0);
+    if (traitsOfInput(self).streamsPort0) arguments[0] = py::int_(0);
 }
 
 Reply streamingSettings() {
@@ -255,9 +246,7 @@ Result readOnDemand(Op op, Object port) {
 }
 
 Result enableChannels(Op op, Object port, Object channels) {
-    if (isModel(op.self(), {"TarnAnalog", "Lattice", "HeronAnalog", "HeronImu", "HeronFast"})) {
-        throw Failure(FailureId::APINotSupportError);
-    }
+    if (traitsOfInput(op.self()).enables != Enables::channels) throw Failure(FailureId::APINotSupportError);
     op.call("_checkAIPort", port);
     op.call("_checkAIChannel", channels);
     setAttribute(op.self(), "ai_num_channels", channels);
@@ -266,7 +255,7 @@ Result enableChannels(Op op, Object port, Object channels) {
 }
 
 Result enableChipSelects(Op op, Object slot, Object chipSelects) {
-    if (!isModel(op.self(), {"Lattice"})) throw Failure(FailureId::APINotSupportError);
+    if (traitsOfInput(op.self()).enables != Enables::chipSelects) throw Failure(FailureId::APINotSupportError);
     const Object port = devicePort(op.self(), slot);
     op.call("_checkAIPort", port);
     for (const py::handle each : chipSelects) op.call("_checkAIChipSelect", each);
@@ -277,14 +266,29 @@ Result enableChipSelects(Op op, Object slot, Object chipSelects) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
+constexpr int allTriggerModes = 7;
+
 Result setTriggerMode(Op op, Object port, Object mode) {
-    if (isOneOf(mode, {2, 3, 4, 5, 6}) && !isUsbInput(op.self())) throw Failure(FailureId::APINotSupportError);
+    const int modes = traitsOfInput(op.self()).triggerModes;
+    if (isOneFrom(mode, modes, allTriggerModes - modes)) throw Failure(FailureId::APINotSupportError);
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     op.call("_checkAITriggerMode", mode);
     const Object mask = op.call("_convertAITriggerModeToMask", mode);
     const Object reply = co_await exchange(op, AI_SET_TRIG_MODE, payload(port, mask));
     co_return statusOf(bytesOf(reply), 1);
+}
+
+void checkChannelCount(py::handle self, const Object& count) {
+    checkIsInt(count);
+    if (isOneFrom(count, 1, traitsOfInput(self).channels)) return;
+    throw Failure(FailureId::AIChannelNotAvaliableError);
+}
+
+void checkChipSelect(py::handle self, const Object& chipSelect) {
+    checkIsInt(chipSelect);
+    if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
+    throw Failure(FailureId::AICSNotAvaliableError);
 }
 
 Reply samplesReply() {
@@ -297,10 +301,26 @@ Reply samplesReply() {
 }
 
 void defineModule(Package& package) {
-    const Definition checkAIChannel = accepting("_checkAIChannel", {"channel", "int", "number of channels, 1 to 8"},
-                                                FailureId::AIChannelNotAvaliableError, {1, 2, 3, 4, 5, 6, 7, 8});
-    const Definition checkAIChipSelect = accepting("_checkAIChipSelect", {"cs", "int", "chip select, 0 to 2"},
-                                                   FailureId::AICSNotAvaliableError, {0, 1, 2});
+    const Definition checkAIChannel{.name = "_checkAIChannel",
+                                    .parameters = {{"channel", "int", "number of channels, 1 to the model's"}},
+                                    .doc = "Raises AIChannelNotAvaliableError unless the model has so many channels.",
+                                    .raises = {"InputTypeNotCorrectError: `channel` is no integer",
+                                               "AIChannelNotAvaliableError: the model has not so many channels"},
+                                    .body = [](py::handle self, const Object& count) {
+                                        checkIsInt(count);
+                                        if (isOneFrom(count, 1, traitsOfInput(self).channels)) return;
+                                        throw Failure(FailureId::AIChannelNotAvaliableError);
+                                    }};
+    const Definition checkAIChipSelect{
+        .name = "_checkAIChipSelect",
+        .parameters = {{"cs", "int", "chip select, 0 to 2"}},
+        .doc = "Raises AICSNotAvaliableError unless the model has the chip select.",
+        .raises = {"InputTypeNotCorrectError: `cs` is no integer", "AICSNotAvaliableError: another chip select"},
+        .body = [](py::handle self, const Object& chipSelect) {
+            checkIsInt(chipSelect);
+            if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
+            throw Failure(FailureId::AICSNotAvaliableError);
+        }};
     const Definition checkAITriggerMode = accepting("_checkAITriggerMode", {"mode", "int", "trigger mode, 0 to 6"},
                                                     FailureId::AITriggerModeNotAvaliableError, {0, 1, 2, 3, 4, 5, 6});
     const Parameter variable{"ai_variable", "bool", "whether the number of channels can be chosen", "False"};

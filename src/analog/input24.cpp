@@ -6,12 +6,11 @@ namespace zvr::python {
 
 namespace {
 
-constexpr std::size_t channels = 8;
-
-// Eight samples of three bytes from byte 2 on; `convert` makes a value of the bytes and of the reply's port.
+// One sample of three bytes per channel from byte 2 on; `convert` makes a value of the bytes.
 template <class Convert>
-py::list samples(const Bytes& data, Convert convert) {
+py::list samples(py::handle self, const Bytes& data, Convert convert) {
     py::list values;
+    const auto channels = static_cast<std::size_t>(traitsOf(self).analogInput.channels);
     const ByteView bytes = slice(data, 2, 3 * channels);
     for (std::size_t i = 0; i < channels; ++i) values.append(convert(bytes.data() + 3 * i));
     return values;
@@ -20,16 +19,16 @@ py::list samples(const Bytes& data, Convert convert) {
 Reply twosComplement() {
     return {[](py::handle self, const Bytes& data) -> Object {
                 const auto ratio = numberOf<double>(attribute(self, "ai_ratio"), "ai_ratio");
-                return samples(data, [ratio](const std::uint8_t* sample) { return read24(sample) * ratio; });
+                return samples(self, data, [ratio](const std::uint8_t* sample) { return read24(sample) * ratio; });
             },
             {"list[float]", "volts, one per channel", "the device"}};
 }
 
 // Offset binary around the middle; the box's port decides full scale.
 Reply offsetBinary() {
-    return {[](py::handle, const Bytes& data) -> Object {
+    return {[](py::handle self, const Bytes& data) -> Object {
                 const double full = byteOf(data, 0) == 0 ? 25 : 50;
-                return samples(data, [full](const std::uint8_t* sample) {
+                return samples(self, data, [full](const std::uint8_t* sample) {
                     const auto code = static_cast<double>(sample[0] << 16 | sample[1] << 8 | sample[2]);
                     return roundDecimals(code * full / (1 << 23) - full, 3);
                 });

@@ -38,12 +38,15 @@ py::list toFloats(const std::vector<RowRun>& rows) {
 
 constexpr ItemKind floatRows{toFloats, fromFloats};
 
-// The chassis has three chip selects on each of three ports, all others have one.
+// One for each chip select of each port; an input without a choice of them has one.
 std::vector<StreamKey> streamKeys(py::handle self, int command) {
-    if (!isModel(self, {"Lattice"})) return {{command, 0, 0}};
+    const AnalogInput& input = traitsOf(self).analogInput;
+    const int chipSelects = input.enables == Enables::chipSelects ? input.chipSelects : 1;
     std::vector<StreamKey> keys;
-    for (const int port : {0, 1, 3}) {
-        for (const int chipSelect : {0, 1, 2}) keys.push_back({command, port, chipSelect});
+    for (const Port& port : input.ports) {
+        for (int chipSelect = 0; chipSelect < chipSelects; ++chipSelect) {
+            keys.push_back({command, port.number, chipSelect});
+        }
     }
     return keys;
 }
@@ -53,7 +56,8 @@ RowLayout layoutOf(py::handle self) {
     const auto columns = argument<int>(attribute(self, "ai_num_channels"), "ai_num_channels");
     const auto ratio = argument<double>(attribute(self, "ai_ratio"), "ai_ratio");
     if (columns < 1 || columns > 65535) throw py::value_error("a row has at least one channel");
-    return isModel(self, {"TarnAnalog24"}) ? RowLayout::scaled24(columns, ratio) : RowLayout::scaled16(columns, ratio);
+    const bool is24 = traitsOf(self).analogInput.bits == 24;
+    return is24 ? RowLayout::scaled24(columns, ratio) : RowLayout::scaled16(columns, ratio);
 }
 
 Object rowsOf(py::handle self, const Object& frame) {

@@ -16,8 +16,17 @@ const Parameter form{"form", "int", "form of the wave, 1, 2 or 3"}, mode{"mode",
 constexpr PinnedPorts outputPorts{"AO", "ao_dict", "ao_port", FailureId::AOPortNotAvaliableError};
 
 const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineCheck(outputPorts),
-                 checkAOChannel = accepting("_checkAOChannel", {"channel", "int", "channel, 0 to 7"},
-                                            FailureId::AOChannelNotAvaliableError, {0, 1, 2, 3, 4, 5, 6, 7}),
+                 checkAOChannel{.name = "_checkAOChannel",
+                                .parameters = {{"channel", "int", "channel, 0 to 7"}},
+                                .doc = "Raises AOChannelNotAvaliableError unless the model has the channel.",
+                                .raises = {"InputTypeNotCorrectError: `channel` is no integer",
+                                           "AOChannelNotAvaliableError: the model has no such channel"},
+                                .body =
+                                    [](py::handle self, const Object&channel) {
+                                        checkIsInt(channel);
+                                        if (isOneFrom(channel, 0, traitsOf(self).analogOutput.channels)) return;
+                                        throw Failure(FailureId::AOChannelNotAvaliableError);
+                                    }},
                  checkAOForm = accepting("_checkAOForm", {"form", "int", "1, 2 or 3"},
                                          FailureId::AOFormNotAvaliableError, {1, 2, 3}),
                  checkAOMode = accepting("_checkAOMode", mode, FailureId::AOModeNotVaildError, {0, 1, 2}),
@@ -39,13 +48,11 @@ void checkVolts(py::handle self, py::handle values) {
     checkItems(values, attribute(self, "ao_volt_min"), attribute(self, "ao_volt_max"));
 }
 
-// What needs no opening.
-bool opensByItself(py::handle self) { return isModel(self, {"TarnOut", "Lattice"}); }
-
 Result open(Op op, Object port) {
-    if (opensByItself(op.self())) co_return py::int_(0);
+    const AnalogOutput& output = traitsOf(op.self()).analogOutput;
+    if (output.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
-    if (!isModel(op.self(), {"HeronMixed", "HeronOut"})) {
+    if (output.sharesLines) {
         py::list idle;
         idle.append("Idle");
         co_await op.request("_checkAOPinState", port, idle);
@@ -55,7 +62,7 @@ Result open(Op op, Object port) {
 }
 
 Result close(Op op, Object port) {
-    if (opensByItself(op.self())) co_return py::int_(0);
+    if (traitsOf(op.self()).analogOutput.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
     const Object reply = co_await exchange(op, CLOSE_AO, payload(port));
     co_return statusOf(bytesOf(reply), 1);
@@ -174,6 +181,14 @@ Reply modeAndRate() {
             {"list[int | float]", "mode, and sampling rate in Hz", "the device"}};
 }
 
+Reply channelVoltages() {
+    return {[](py::handle self, const Bytes& data) -> Object {
+                const auto channels = static_cast<std::size_t>(traitsOf(self).analogOutput.channels);
+                return numbersAt<float>(2, channels, {}).decode(self, data);
+            },
+            {"list[float]", "voltage of each channel", "the device"}};
+}
+
 Reply bufferReply() {
     return {[](py::handle, const Bytes& data) -> Object {
                 py::list both;
@@ -239,8 +254,7 @@ void defineAnalogOutputStreaming(Package& package) {
         {portRow("AO_openStreaming", OPEN_AO_STREAMING, modeAndRate(), "Prepares the generation of waveforms."),
          portRow("AO_closeStreaming", CLOSE_AO_STREAMING, status(1), "Ends the generation of waveforms."),
          portRow("_AO_stopStreaming", STOP_AO_STREAMING, status(1), "Stops the waveforms."),
-         portRow("AO_getValues", GET_AO_VALUES, numbersAt<float>(2, 8, "voltage of each channel"),
-                 "Reads the present voltages."),
+         portRow("AO_getValues", GET_AO_VALUES, channelVoltages(), "Reads the present voltages."),
          portRow("_AO_getMode", GET_AO_MODE, byteAt(1, "mode, in the device's numbering"), "Reads the mode."),
          portRow("_AO_getState", GET_AO_STATE, byteAt(1, "state, in the device's numbering"), "Reads the state."),
          portRow("_AO_getCounters", GET_AO_COUNTERS, numbersAt<std::uint32_t>(1, 2, "the device's 2 counters"),

@@ -24,10 +24,7 @@ const Parameter state{"state", "int", "16 bits: 1 high, 0 low"};
 
 const std::string levels = "0 or 1 per pin, `dio_num_pins_per_port` items";
 
-// Models whose lines have one function for good.
-bool isFixedFunction(py::handle self) {
-    return isModel(self, {"TarnRelay", "TarnDio", "SableSink", "Lattice", "HeronMixed"});
-}
+bool isFixedFunction(py::handle self) { return traitsOf(self).digital.fixedFunction; }
 
 // A word of the reply as a list with one entry per pin.
 Object pinLevels(py::handle self, const Bytes& reply, std::size_t place) {

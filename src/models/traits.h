@@ -1,16 +1,21 @@
-// Which model an object is, for operations that models have in their own ways.
+// What is true of an object's model, for operations that differ between models.
 #pragma once
 
-#include <vector>
-
+#include "models/model.h"
 #include "python/common.h"
 
 namespace zvr::python {
 
-/// Whether the object is of one of these classes or derived from one.
-bool isModel(py::handle self, std::initializer_list<const char*> names);
+/// The row of an object's class, or of the first of its bases that is a model. A class that derives from no model has
+/// the defaults, and the family of its device class. Classes are known by their names.
+const Model& traitsOf(py::handle self);
+/// The row with this display name, or the defaults.
+const Model& traitsNamed(py::handle displayName);
 
-/// The port as the device counts it: the chassis counts slots from 1.
+/// The year that the object's device counts from. The display name says so too, as it is at the time of the call.
+int firstYearOf(py::handle self);
+
+/// The port as the device counts it.
 Object devicePort(py::handle self, const Object& port);
 /// The same for the first argument of an operation.
 void adaptPort(py::handle self, std::vector<Object>& arguments);

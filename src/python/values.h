@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <numbers>
+#include <ranges>
 
 #include "core/wire/failures.h"
 #include "python/common.h"
@@ -178,6 +179,10 @@ bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
 template <class Numbers = std::initializer_list<int>>
 bool isOneOf(py::handle value, const Numbers& numbers) {
     return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
+}
+/// The same of `count` numbers from `first` on.
+inline bool isOneFrom(py::handle value, int first, int count) {
+    return isOneOf(value, std::views::iota(first, first + count));
 }
 
 }  // namespace zvr::python

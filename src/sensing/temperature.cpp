@@ -57,7 +57,7 @@ const Definition checkChipSelect{.name = "_checkThermalChipSelect",
                                  .raises = {"ThermalChipSelectNotAvaliableError: another value"},
                                  .body = [](py::handle self, const Object& chipSelect) {
                                      checkUpTo(FailureId::ThermalChipSelectNotAvaliableError,
-                                               isModel(self, {"TarnThermo"}) ? 6 : 1, chipSelect);
+                                               traitsOf(self).temperature.sensors - 1, chipSelect);
                                  }};
 const FailureId modeFailure = FailureId::ThermalModeNotVaildError, typeFailure = FailureId::ThermalTypeNotVaildError;
 const Definition checkFilterMode = upTo("_checkThermalFilterMode", {"mode", "int", "0 or 1"}, modeFailure, 1),
@@ -80,7 +80,7 @@ std::vector<Field> sensorThen(std::vector<Field> more = {}) {
 
 Result open(Op op, Object port) {
     op.call("_checkThermalPort", port);
-    if (!isModel(op.self(), {"TarnThermo"})) {
+    if (traitsOf(op.self()).temperature.sharesLines) {
         const py::list allowed(py::make_tuple("Idle", "DI", "DO"));
         co_await op.request("_checkThermalPinState", port, allowed);
     }

@@ -1,6 +1,7 @@
 // The system module: identity, driver information, clock and alarm, reboot, slots of the chassis, service operations.
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
+#include "models/traits.h"
 #include "services/services.h"
 
 namespace zvr::python {
@@ -26,21 +27,8 @@ Object dateText(const Bytes& data, std::size_t from, int firstYear) {
         .format(firstYear + field[0], field[1], field[2], field[3], field[4], field[5]);
 }
 
-// By its class or by its display name; an object without a name has none that says so.
-bool isWifi(py::handle self) {
-    if (py::isinstance(self, py::module_::import("pyzvr").attr("WifiDevice"))) return true;
-    if (!attributeOrNothing(self, "_getDeviceName")) return false;
-    try {
-        return callMethod(self, "_getDeviceName").contains("Wifi");
-    } catch (const py::error_already_set& error) {
-        if (!error.matches(PyExc_KeyError)) throw;
-        return false;
-    }
-}
-
-// The Wi-Fi devices count their years from 2000, all others from 1900.
 Reply clockReply() {
-    return {[](py::handle self, const Bytes& data) { return dateText(data, 0, isWifi(self) ? 2000 : 1900); },
+    return {[](py::handle self, const Bytes& data) { return dateText(data, 0, firstYearOf(self)); },
             {"str", "\"YYYY-MM-DD, hh:mm:ss\"", "the device's clock"}};
 }
 
