@@ -48,7 +48,11 @@ py::tuple linesOf(Bus bus, const std::vector<int>& numbers) {
 
 py::tuple nothing(const Model& /*model*/) { return py::tuple(); }
 
-py::tuple temperatureArguments(const Model& model) { return mapOf(model.temperature.ports); }
+py::tuple temperatureArguments(const Model& model) {
+    Ports ports = model.temperature.ports;
+    for (Port& port : ports) port.last = port.linesOn ? port.last : model.temperature.sensors - 1;
+    return mapOf(ports);
+}
 py::tuple motionArguments(const Model& model) { return mapOf(model.motion); }
 py::tuple inputArguments(const Model& model) {
     const AnalogInput& input = model.analogInput;

@@ -149,7 +149,7 @@ const std::vector<Model>& models() {
          .modules = {"System", "Network", "DPOT", "SNTP"}},
         {.name = "TarnThermo", .displayName = "Tarn-Thermo", .family = &ethernet, .what = "7 thermocouple inputs.",
          .modules = {"System", "Network", "Thermocouple", "SNTP"},
-         .temperature = {.ports = {{.number = 1, .last = 6}}, .sensors = 7, .sharesLines = false}},
+         .temperature = {.ports = {{1}}, .sensors = 7, .sharesLines = false}},
         {.name = "Lattice", .displayName = "Lattice", .family = &chassis,
          .what = "Chassis with four slots for exchangeable modules.",
          .modules = {"System", "Network", "AI", "AO", "DIO", "MCX514"}, .countsSlots = true,

@@ -6,7 +6,7 @@ import subprocess
 import warnings
 
 import pytest
-from conftest import Double, connected, simulator_program
+from conftest import Double, connected, simulator_program, wired
 
 import pyzvr
 
@@ -157,6 +157,7 @@ class OwnInput(pyzvr.Device, pyzvr.SystemModule, pyzvr.SystemModule_async, pyzvr
 def test_a_class_has_the_traits_of_the_model_that_it_derives_from():
     assert pyzvr._traitsOf(Instrument) == pyzvr._traitsOf(pyzvr.HeronFast)
     assert pyzvr._traitsOf(type("Again", (Instrument, pyzvr.SDCardModule_async), {}))["model"] == "HeronFast"
+    assert pyzvr._traitsOf(type("Lattice", (pyzvr.AIModule,), {}))["enables"] == "chip_selects"  # the name counts
     assert pyzvr._traitsOf(OwnWifi)["first_year"] == 2000
     assert pyzvr._traitsOf(OwnInput) == pyzvr._traitsOf(object) and pyzvr._traitsOf(object)["first_year"] == 1900
 
@@ -179,6 +180,14 @@ def test_an_input_of_no_model_has_the_defaults(call):
     finally:
         box._AI_free()
         box.close(verbose=False)
+
+
+def test_the_state_of_a_sensor_is_asked_for_as_the_name_says_now(call, monkeypatch):
+    with wired("TarnThermo", GET_THERMAL_STATUS=b"\1\0\3\4") as box:
+        assert call(box, "Thermal_getStatus", 1, 0) == b"\3\4"
+        monkeypatch.setitem(pyzvr.LABEL_DICT, "TarnThermo", "Sable-Thermo")
+        assert call(box, "Thermal_getStatus", 1, 0) == b"\3\4"
+        assert [data for _, data in box.client_cmd.sent] == [b"\1\0", b"\1\0\1"]
 
 
 @pytest.mark.parametrize("name", ["HeronFast", "HeronMixed", "TarnAnalog", "TarnAnalog24"])
