@@ -50,14 +50,16 @@ bench: ## Measures beside what a user would pick instead
 soak: build ## Streams from sixteen devices for SOAK_SECONDS and compares every row
 	$(PYTHON) bench/soak.py $(SOAK_SECONDS)
 
-asan: ## Runs engine and Python tests under the address and undefined-behaviour sanitizers
+asan: ## Runs engine and Python tests under the address, leak and undefined-behaviour sanitizers
 	$(call setup,build asan)
 	$(call configure,asan)
 	$(CMAKE) --build build/asan
 	cd build/asan && ctest --output-on-failure --no-tests=error
-	PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim \
-	ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
-	LD_PRELOAD="$$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
+	$(CXX) -shared -fPIC -o build/asan/fork.so tests/sanitizers/fork.cpp
+	PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim PYTHONMALLOC=malloc \
+	ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=print_stacktrace=1 \
+	LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/leaks.supp:print_suppressions=0 \
+	LD_PRELOAD="$(CURDIR)/build/asan/fork.so $$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
 	$(PYTHON) -X faulthandler -m pytest -q -p no:cacheprovider tests/python
 
 tsan: ## Runs the engine's tests under the thread sanitizer

@@ -5229,13 +5229,13 @@ class I2CBased:
     def I2C_getPinMap(self) -> dict[int, list[tuple[int, int]]]:
         """Tells which ports there are, and their lines."""
     def _checkI2CClockRate(self, mode: int) -> None:
-        """Refuses another clock.
+        """Raises I2CClockNotSupportError unless `mode` is 0, 1, 2 or 3.
 
         Args:
             mode: 0: 100 kHz, 1: 400 kHz, 2: 1 MHz, 3: 3.4 MHz.
         """
     def _checkI2CAddressSize(self, mode: int) -> None:
-        """Refuses another size.
+        """Raises I2CAddressSizeNotVaildError unless `mode` is 0 or 1.
 
         Args:
             mode: size of addresses, 0 or 1 in the device's numbering.
@@ -5395,25 +5395,25 @@ class SPIBased:
     def SPI_getPinMap(self) -> dict[int, list[tuple[int, int]]]:
         """Tells which ports there are, and their lines."""
     def _checkSPIDataSize(self, mode: int) -> None:
-        """Refuses another size.
+        """Raises SPIDataSizeNotVaildError unless `mode` is 0 or 1.
 
         Args:
             mode: size of the data, 0 or 1 in the device's numbering.
         """
     def _checkSPIFirstBit(self, mode: int) -> None:
-        """Refuses another order.
+        """Raises SPIFirstBitNotVaildError unless `mode` is 0 or 1.
 
         Args:
             mode: which bit comes first, 0 or 1 in the device's numbering.
         """
     def _checkSPIMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises SPIModeNotVaildError unless `mode` is 0, 1, 2 or 3.
 
         Args:
             mode: SPI mode 0 to 3: polarity, then phase.
         """
     def _checkSPIPrescaler(self, prescaler: int) -> None:
-        """Refuses another divider.
+        """Raises SPIPrescalerNotVaildError unless `prescaler` is 2, 4, 8, 16, 32, 64, 128 or 256.
 
         Args:
             prescaler: divider of the clock: 2, 4, 8, 16, 32, 64, 128 or 256.
@@ -5660,19 +5660,19 @@ class UARTBased:
             baud_rate: speed in bits per second, at most 400000.
         """
     def _checkUARTDataBit(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises UARTDataBitNotSupportError unless `mode` is 0 or 1.
 
         Args:
             mode: 0 or 1.
         """
     def _checkUARTParityMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises UARTParityNotSupportError unless `mode` is 0, 1, 2 or 3.
 
         Args:
             mode: 0 to 3.
         """
     def _checkUARTNumStopBitMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises UARTStopBitNotSupportError unless `mode` is 0, 1, 2 or 3.
 
         Args:
             mode: 0 to 3.
@@ -5988,7 +5988,7 @@ class CANBased:
     def CAN_getPort(self) -> list[int]:
         """Tells which ports there are."""
     def _checkCANSpeed(self, speed: int) -> None:
-        """Refuses another speed.
+        """Raises CANSpeedNotVaildError unless `speed` is 0, 1, 2 or 3.
 
         Args:
             speed: 0 to 3.
@@ -6011,14 +6011,14 @@ class CANBased:
         """Ends the feeding thread for good."""
     @staticmethod
     def _checkCANTXIndex(mode: int) -> None:
-        """Refuses another transmit buffer.
+        """Raises CANTXNotVaildError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0 to 2.
         """
     @staticmethod
     def _checkCANTXPriority(mode: int) -> None:
-        """Refuses another priority.
+        """Raises CANTXPriorityNotVaildError unless `mode` is 0, 1, 2 or 3.
 
         Args:
             mode: 0 to 3.
@@ -6370,7 +6370,7 @@ class AIBased(AIUnion):
     ai_stream_thread: DeviceThread
     ai_open_flag: bool
     def _checkAIMode(self, mode: int) -> None:
-        """Refuses a mode that there is not.
+        """Raises AIModeNotAvaliableError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0, 1 or 2.
@@ -6468,7 +6468,7 @@ class AIBased(AIUnion):
 class AIBased_async(AIUnion_async):
     """What every streaming analog input has."""
     def _checkAIMode(self, mode: int) -> None:
-        """Refuses a mode that there is not.
+        """Raises AIModeNotAvaliableError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0, 1 or 2.
@@ -6581,19 +6581,19 @@ class AIModule(Packet, AIBased):
             ai_variable: whether the number of channels can be chosen.
         """
     def _checkAIChannel(self, channel: int) -> None:
-        """Refuses another number.
+        """Raises AIChannelNotAvaliableError unless the model has so many channels.
 
         Args:
-            channel: number of channels, 1 to 8.
+            channel: number of channels, 1 to the model's.
         """
     def _checkAIChipSelect(self, cs: int) -> None:
-        """Refuses another chip select.
+        """Raises AICSNotAvaliableError unless the model has the chip select.
 
         Args:
             cs: chip select, 0 to 2.
         """
     def _checkAITriggerMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises AITriggerModeNotAvaliableError unless `mode` is 0, 1, 2, 3, 4, 5 or 6.
 
         Args:
             mode: trigger mode, 0 to 6.
@@ -6699,19 +6699,19 @@ class AIModule_async(Packet_async, AIBased_async):
             ai_variable: whether the number of channels can be chosen.
         """
     def _checkAIChannel(self, channel: int) -> None:
-        """Refuses another number.
+        """Raises AIChannelNotAvaliableError unless the model has so many channels.
 
         Args:
-            channel: number of channels, 1 to 8.
+            channel: number of channels, 1 to the model's.
         """
     def _checkAIChipSelect(self, cs: int) -> None:
-        """Refuses another chip select.
+        """Raises AICSNotAvaliableError unless the model has the chip select.
 
         Args:
             cs: chip select, 0 to 2.
         """
     def _checkAITriggerMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises AITriggerModeNotAvaliableError unless `mode` is 0, 1, 2, 3, 4, 5 or 6.
 
         Args:
             mode: trigger mode, 0 to 6.
@@ -6905,7 +6905,7 @@ class AI24BitModule(Packet, AIUnion):
             ai_dict: ports of the analog input.
         """
     def _checkAIMode(self, mode: int) -> None:
-        """Refuses a mode that there is not.
+        """Raises AIModeNotAvaliableError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0, 1 or 2.
@@ -6958,7 +6958,7 @@ class AI24BitModule_async(Packet_async, AIUnion_async):
             ai_dict: ports of the analog input.
         """
     def _checkAIMode(self, mode: int) -> None:
-        """Refuses a mode that there is not.
+        """Raises AIModeNotAvaliableError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0, 1 or 2.
@@ -7018,25 +7018,25 @@ class AOBased:
             ao_port: port as the device counts it.
         """
     def _checkAOChannel(self, channel: int) -> None:
-        """Refuses another channel.
+        """Raises AOChannelNotAvaliableError unless the model has the channel.
 
         Args:
             channel: channel, 0 to 7.
         """
     def _checkAOForm(self, form: int) -> None:
-        """Refuses another form.
+        """Raises AOFormNotAvaliableError unless `form` is 1, 2 or 3.
 
         Args:
             form: 1, 2 or 3.
         """
     def _checkAOMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises AOModeNotVaildError unless `mode` is 0, 1 or 2.
 
         Args:
             mode: 0, 1 or 2.
         """
     def _checkAOSpan(self, span: int) -> None:
-        """Refuses another span.
+        """Raises AOSpanNotVaildError unless `span` is 0, 1, 2, 3 or 4.
 
         Args:
             span: 0 to 4.
@@ -7507,31 +7507,31 @@ class ThermalBased:
     """Temperature sensors."""
     thermal_dict: dict[int, list[Any]]
     def _checkThermalChipSelect(self, cs: int) -> None:
-        """Refuses another sensor.
+        """Raises ThermalChipSelectNotAvaliableError unless the model has the sensor.
 
         Args:
             cs: 0 or 1; up to 6 on `TarnThermo`.
         """
     def _checkThermalFilterMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises ThermalModeNotVaildError unless `mode` is 0 to 1.
 
         Args:
             mode: 0 or 1.
         """
     def _checkThermalSamplingMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises ThermalModeNotVaildError unless `mode` is 0 to 4.
 
         Args:
             mode: 0 to 4.
         """
     def _checkThermalTCType(self, tc_type: int) -> None:
-        """Refuses another type of thermocouple.
+        """Raises ThermalTypeNotVaildError unless `tc_type` is 0 to 7.
 
         Args:
             tc_type: 0 to 7.
         """
     def _checkThermalRTDType(self, rtd_type: int) -> None:
-        """Refuses another type of resistor.
+        """Raises ThermalTypeNotVaildError unless `rtd_type` is 0 to 1.
 
         Args:
             rtd_type: 0 or 1.
@@ -7543,7 +7543,7 @@ class ThermalBased:
             thermal_port: port as the device counts it.
         """
     def _checkThermalPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises ThermalPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port of the sensors.
@@ -7843,7 +7843,7 @@ class AHRSBased:
             port: port as the device counts it.
         """
     def _checkAHRSMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises AHRSModeNotAvaliableError unless `mode` is 0, 1, 2, 3, 4, 5 or 6.
 
         Args:
             mode: 0 orientation, 1 acceleration, 2 angular velocity, 3 orientation and acceleration, 4 orientation and angular velocity, 5 angular velocity and acceleration, 6 all three.
@@ -8072,13 +8072,13 @@ class AHRSModule_async(Packet_async, AHRSBased):
 class RelayBased:
     """Counters of the relays."""
     def _checkRelayPort(self, port: int) -> None:
-        """Refuses another port.
+        """Raises RelayPortNotAvaliableError unless `port` is 0.
 
         Args:
             port: port of the relays, 0.
         """
     def _checkRelayindex(self, index: int) -> None:
-        """Refuses a relay that there is not.
+        """Raises RelayCounterIndexError unless `index` is -1, 0, 1, 2, 3, 4 or 5.
 
         Args:
             index: relay, 0 to 5; -1 for all.
@@ -8140,7 +8140,7 @@ class DPOTBased:
             port: port of the resistors, 0.
         """
     def _checkDPOTChannelAmount(self, channel: int) -> None:
-        """Refuses another number.
+        """Raises DPOTChannelNotAvaliableError unless `channel` is 0 to 4.
 
         Args:
             channel: resistor, or number of resistors, 0 to 4.
@@ -11248,79 +11248,79 @@ class MCX514Driver_async(Packet_async):
 class MCX514Based:
     """The four-axis motion controller."""
     def _checkMCX514StopMode(self, mode: int) -> None:
-        """Refuses another value.
+        """Raises MotionStopModeError unless `mode` is 0 or 1.
 
         Args:
             mode: 0 or 1.
         """
     def _checkMCX514SearchType(self, search_type: int) -> None:
-        """Refuses another value.
+        """Raises MotionSearchTypeError unless `search_type` is 0, 1 or 2.
 
         Args:
             search_type: 0, 1 or 2.
         """
     def _checkMCX514SearchDirection(self, direction: int) -> None:
-        """Refuses another value.
+        """Raises MotionSearchTypeError unless `direction` is 0 or 1.
 
         Args:
             direction: 0 or 1.
         """
     def _checkMCX514Enable(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionEnableError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514StepperOutput(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionStepperOutputError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514Direction(self, direction: int) -> None:
-        """Refuses another value.
+        """Raises MotionDirectionError unless `direction` is 0 or 1.
 
         Args:
             direction: 0 or 1.
         """
     def _checkMCX514Polarity(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionPolarityError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514CaptureType(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionCaptureTypeError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514CaptureMode(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionCaptureModeError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514BreakPointMode(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionBreakPointModeError unless `status` is 0 or 1.
 
         Args:
             status: 0 or 1.
         """
     def _checkMCX514OperationMode(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionOperationModeError unless `status` is 0, 1 or 2.
 
         Args:
             status: 0, 1 or 2.
         """
     def _checkMCX514AccelerationMode(self, status: int) -> None:
-        """Refuses another value.
+        """Raises MotionAccelerationModeError unless `status` is 0, 1 or 2.
 
         Args:
             status: 0, 1 or 2.
         """
     def _checkMCX514MotionPort(self, port: int) -> None:
-        """Refuses another value.
+        """Raises MotionPortNotAvaliable unless the model has the connector.
 
         Args:
             port: connector as the device counts it.
@@ -12615,7 +12615,7 @@ class TMC5240Based:
             status_byte: the chip's status, 0 to 255.
         """
     def _checkTMC5240Port(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises PAWLPortNotAvaliable unless the model has the port.
 
         Args:
             port: port of the drive, 0.
@@ -13436,13 +13436,13 @@ class DroneBased:
     z_min_position_NED: int
     x_inposition_position: float
     def _checkInputMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises InputDataNotInRangeError unless `mode` is 0 or 1.
 
         Args:
             mode: 0 or 1.
         """
     def _checkFlightMode(self, mode: int) -> None:
-        """Refuses another mode.
+        """Raises FlightModeNotAvaliableError unless `mode` is 0 or 1.
 
         Args:
             mode: 0 or 1.

@@ -188,7 +188,7 @@ void defineBased(Package& package) {
                             .fields = {port | u8},
                             .reply = streamingSettings(),
                             .adapt = adaptWifiPort,
-                            .doc = "Prepares streaming. The port is not counted from 1 here."});
+                            .doc = "Prepares streaming. The port is not counted from 1 here (compatibility note 19)."});
     based.operation({.name = "AI_startStreaming",
                      .parameters = {port},
                      .doc = "Starts streaming; there is no reply.",
@@ -277,18 +277,6 @@ Result setTriggerMode(Op op, Object port, Object mode) {
     const Object mask = op.call("_convertAITriggerModeToMask", mode);
     const Object reply = co_await exchange(op, AI_SET_TRIG_MODE, payload(port, mask));
     co_return statusOf(bytesOf(reply), 1);
-}
-
-void checkChannelCount(py::handle self, const Object& count) {
-    checkIsInt(count);
-    if (isOneFrom(count, 1, traitsOfInput(self).channels)) return;
-    throw Failure(FailureId::AIChannelNotAvaliableError);
-}
-
-void checkChipSelect(py::handle self, const Object& chipSelect) {
-    checkIsInt(chipSelect);
-    if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
-    throw Failure(FailureId::AICSNotAvaliableError);
 }
 
 Reply samplesReply() {

@@ -83,7 +83,7 @@ void construct(py::handle self, const Object& ports) {
 
 bool isOpen(py::handle self) { return isTrue(attribute(self, "can_open_flag")); }
 
-// The pin check's own name ends in an underscore, its twin's does not.
+// The pin check's own name ends in an underscore, its async variant's does not. Compat 30.
 Result open(Op op, Object port) {
     op.call("_checkCANPort", port);
     if (op.awaitable()) {
@@ -105,7 +105,7 @@ Result start(Op op, Object port) {
     if (op.awaitable()) {
         co_await op.same("_sendPacketWithoutReply", py::int_(int{START_CAN}), payload(port));
     } else {
-        co_await exchange(op, START_CAN, payload(port));
+        co_await exchange(op, START_CAN, payload(port));  // Compat 22
     }
     co_return py::int_(0);
 }
@@ -113,7 +113,7 @@ Result start(Op op, Object port) {
 Result close(Op op, Object port) {
     op.call("_checkCANPort", port);
     const Object stopped = co_await op.request("CAN_stop", port);
-    // What is negative already is a failure of its own.
+    // Compat 21: what is negative already is an error of its own.
     if (const Object refusal = refusalOf(stopped)) co_return refusal;
     const Object reply = co_await exchange(op, CLOSE_CAN, payload(port));
     if (isOpen(op.self())) {
@@ -257,7 +257,7 @@ void defineCan(Package& package) {
             {.name = "CAN_start",
              .parameters = {port},
              .doc = "Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form "
-                    "waits all the same.",
+                    "waits all the same (compatibility note 22).",
              .returns = {"int", "0"},
              .raises = portRaises,
              .body = start})

@@ -103,7 +103,7 @@ Result close(Op op, Object port) {
     if (op.awaitable()) {
         co_await op.request("_UART_stopReading", port);
     } else {
-        op.call("UART_stopReading", port, op.timeout());  // there is none: this form has always failed so
+        op.call("UART_stopReading", port, op.timeout());  // Compat 1: there is none
     }
     const Object reply = co_await exchange(op, CLOSE_UART, payload(port));
     if (isOpen(op.self())) {
@@ -256,14 +256,13 @@ void defineUart(Package& package) {
              .returns = status(1).returns,
              .raises = {checkUARTPort, checkUARTPinState},
              .body = open})
-        .operation(
-            {.name = "UART_close",
-             .parameters = {port},
-             .doc =
-                 "Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing.",
-             .returns = status(1).returns,
-             .raises = {checkUARTPort, "AttributeError: always, in the blocking form"},
-             .body = close})
+        .operation({.name = "UART_close",
+                    .parameters = {port},
+                    .doc = "Closes a port; nothing is read from either after that. The blocking form fails, and sends "
+                           "nothing (compatibility note 1).",
+                    .returns = status(1).returns,
+                    .raises = {checkUARTPort, "AttributeError: always, in the blocking form"},
+                    .body = close})
         .operation({.name = "UART_write",
                     .parameters = {port,
                                    {"write_data", "str | list[str]",

@@ -50,7 +50,7 @@ Pending ask(const Op& op, int command, const py::list& data) {
     return op.same("_broadcastPacket", py::int_(command), data);
 }
 
-// The blocking form takes three bytes of the gateway and so fails on every record; programs know it so.
+// Compat 5: the blocking form takes three bytes of the gateway and so fails on every record.
 Result enumerate(Op op) {
     const Object replies = co_await ask(op, GET_DEVICE_INFO, payload(0));
     py::list devices;
@@ -66,7 +66,7 @@ Result ring(Op op, Object mac) {
     co_return toBytes(recordsOf(replies).at(0));
 }
 
-// The second status of all answers; it is not checked.
+// The second status of all answers; it is not checked. Compat 7: a set holds equal answers once.
 Result secondStatus(Op op, Command command, Payload data) {
     const Object replies = co_await ask(op, command, data.list());
     std::vector<int> statuses;
@@ -74,7 +74,7 @@ Result secondStatus(Op op, Command command, Payload data) {
     co_return py::int_(statuses.at(1));
 }
 
-// The command's code is taken for a list of bytes, which it is not: the operation fails for every address.
+// Compat 6: the command's code is taken for a list of bytes, which it is not.
 Result reboot(Op op, Object mac) {
     checkIsText(mac);
     Payload data;
@@ -95,14 +95,16 @@ void defineOperations(Package& package) {
     const Returns status{"int", "the second status of all different answers; it is not checked", "the devices"};
     Feature finding(package, "Broadcast", "Finding devices.", Feature::Base::none);
     finding
-        .withoutTimeout({.name = "Bcst_enumerateNetworkDevices",
-                         .doc = "Finds the devices on the network, within 5 seconds. Use the awaitable form.",
-                         .returns = {"list[list[str]]",
-                                     "for each device its address, subnet mask, MAC address, model, serial number, "
-                                     "alias, application information and gateway, in no order",
-                                     "the devices"},
-                         .raises = {"IndexError: in the blocking form, as soon as one device has answered"},
-                         .body = enumerate})
+        .withoutTimeout(
+            {.name = "Bcst_enumerateNetworkDevices",
+             .doc = "Finds the devices on the network, within 5 seconds. Use the awaitable form (compatibility "
+                    "note 5).",
+             .returns = {"list[list[str]]",
+                         "for each device its address, subnet mask, MAC address, model, serial number, "
+                         "alias, application information and gateway, in no order",
+                         "the devices"},
+             .raises = {"IndexError: in the blocking form, as soon as one device has answered"},
+             .body = enumerate})
         .withoutTimeout({.name = "Bcst_checkMACAndRing",
                          .parameters = {macParameter},
                          .doc = "Lets one device ring.",
@@ -111,14 +113,16 @@ void defineOperations(Package& package) {
                          .body = ring})
         .withoutTimeout({.name = "Bcst_checkMACAndReboot",
                          .parameters = {macParameter},
-                         .doc = "Is meant to restart one device; fails for every address before anything is sent.",
+                         .doc = "Is meant to restart one device; fails for every address before anything is sent "
+                                "(compatibility note 6).",
                          .returns = status,
                          .raises = {typeRaises, "TypeError: always"},
                          .body = reboot})
         .withoutTimeout(
             {.name = "Bcst_checkMACAndSetIP",
              .parameters = {ipParameter, macParameter, gatewayParameter, maskParameter},
-             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the failure.",
+             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the failure "
+                    "(compatibility note 7).",
              .returns = status,
              .raises = {typeRaises, "IndexError: fewer than two different answers came within 5 seconds"},
              .body = setAddress});

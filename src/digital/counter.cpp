@@ -119,7 +119,7 @@ void defineCounter(Package& package) {
                                                  throw Failure(FailureId::PWMChannelNotAvaliableError);
                                          }};
     Feature counter(package, "Counter", "Pulse counters.");
-    // The failure is the one of the other module: programs that catch them know it so.
+    // Compat 2: the error is the one of the other module.
     counter.shared(checkCounterChannel);
     defineCommon(counter, counterKind, channel, checkCounterChannel, reading<std::uint64_t>(),
                  "counts, 0 to 281474976710655");
@@ -135,7 +135,7 @@ void defineCounter(Package& package) {
              {channel,
               {"edge", "int",
                "edge that counts, in the device's numbering, 0 to 255; the awaitable form sends 1 for all from 1 "
-               "on and else 0"}},
+               "on and else 0 (compatibility note 3)"}},
          .doc = "Chooses the edge that counts.",
          .returns = status(1).returns,
          .raises = {checkCounterChannel},
@@ -143,7 +143,7 @@ void defineCounter(Package& package) {
              op.call("_checkCounterChannel", channel);
              Payload data;
              data.add(channel);
-             if (op.awaitable()) {
+             if (op.awaitable()) {  // Compat 3
                  appendFlag(data, edge);
              } else {
                  if (PyIndex_Check(edge.ptr()) == 0) refuseType("edge", "an integer", edge);

@@ -11,7 +11,7 @@ void definePwm(Package& package) {
     const Parameter dutyCycle{"duty_cycle", "float",
                               "duty cycle in the device's unit, 32-bit float; the device judges it"};
     Feature pwm(package, "PWM", "Outputs of pulse-width modulation.");
-    // The failure is the counter's, and the counter's is the one of this module: programs that catch them know it so.
+    // Compat 2: the error is the counter's, and the counter's is the one of this module.
     const Definition checkChannel{.name = "_checkPWMChannel",
                                   .parameters = {channel},
                                   .doc = "Refuses a channel that no model has.",

@@ -115,7 +115,7 @@ void defineDroneStatus(ClassMaker& drone) {
     readState("Drone_getVelocityWithNED", "current_velo_list", "Reads the velocity.",
               "that of roll, pitch and yaw in degrees, of x, y and z in metres per second");
     readState("Drone_getAccelerationWithNED", "current_velo_list",
-              "Reads the state; the acceleration is then in `current_acce_list`.",
+              "Reads the state; the acceleration is then in `current_acce_list` (compatibility note 23).",
               "the velocity, as `Drone_getVelocityWithNED` gives it");
 }
 

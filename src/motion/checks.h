@@ -17,7 +17,7 @@ inline Definition checkMCX514(const std::string& what, const char* argument, Fai
 inline const Definition checkMCX514StopMode = checkMCX514("StopMode", "mode", FailureId::MotionStopModeError, {0, 1});
 inline const Definition checkMCX514SearchType =
     checkMCX514("SearchType", "search_type", FailureId::MotionSearchTypeError, {0, 1, 2});
-// The error is that of the type: programs that catch it know it so.
+// Compat 9: the error is that of the type.
 inline const Definition checkMCX514SearchDirection =
     checkMCX514("SearchDirection", "direction", FailureId::MotionSearchTypeError, {0, 1});
 inline const Definition checkMCX514Enable = checkMCX514("Enable", "status", FailureId::MotionEnableError, {0, 1});
@@ -49,7 +49,7 @@ inline const Definition checkMCX514MotionPort{
 inline const Definition checkMCX514Axis{
     .name = "_checkMCX514Axis",
     .parameters = {{"axis", "int", "axis"}, {"mode", "bool", "whether to look at the number too", "True"}},
-    .doc = "Refuses what is no integer. An axis that there is not is told, not refused.",
+    .doc = "Refuses what is no integer. An axis that there is not is told, not refused (compatibility note 10).",
     .returns = {"Any", "the class `MotionAxisError` for an axis other than 0 to 3, else True"},
     .raises = {"InputTypeNotCorrectError: an argument is no integer"},
     .body = [](py::handle, const Object& axis, const Object& mode) -> Object {
@@ -57,7 +57,7 @@ inline const Definition checkMCX514Axis{
         if (mode.is(py::bool_(true)) && !isOneOf(axis, {0, 1, 2, 3})) return classNamed("MotionAxisError");
         return py::bool_(true);
     }};
-/// No class of the library has it: a subclass that wants synchronous starts brings it along.
+/// Compat 11: no class of the library has it; a subclass that wants synchronous starts brings it along.
 inline const Definition checkMotionAxis{.name = "_checkMotionAxis",
                                         .raises = {"AttributeError: the object has no `_checkMotionAxis`"}};
 

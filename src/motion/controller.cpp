@@ -368,7 +368,7 @@ void defineRegisterBits(Feature& controller) {
     controller
         .operation({.name = "_Motion_setLimitEnable",
                     .parameters = {connector, axis, onOff("forward_enable"), onOff("reverse_enable")},
-                    .doc = "Sets the limit inputs: either one switches both on.",
+                    .doc = "Sets the limit inputs: either one switches both on (compatibility note 14).",
                     .returns = commandStatus,
                     .raises = enteringRaises(),
                     .body = setLimitEnable})

@@ -160,7 +160,7 @@ Result configureEncoder(Op op, Object port, Object direction, Object position) {
     Merged status;
     status.take(co_await op.request("_Motion_resetPosition", port, position));
     status.take(co_await op.request("_Motion_setEncoderPosition", port, position));
-    const py::int_ constant(isZero(direction) ? 1 : -1);
+    const py::int_ constant(isZero(direction) ? 1 : -1);  // Compat 16: the register has no sign
     status.take(co_await op.request("_Motion_setEncoderDirection", port, constant));
     co_return status.value();
 }
@@ -192,7 +192,7 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
     co_return status.value();
 }
 
-// Three bytes are cut for each value, which is one too few: it fails with the first one.
+// Compat 15: three bytes are cut for each value, which is one too few: it fails with the first one.
 Result parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     const Bytes reply = bytesOf(co_await exchange(op, MOTION_GET_PARAM, payload(port)), "reply");
@@ -467,13 +467,13 @@ void defineControl(Feature& drive) {
         .operation({.name = "Motion_readCurrentVelocity",
                     .parameters = {port},
                     .doc = "Reads the speed.",
-                    .returns = {"int", "the register as it is, without sign", "the device"},
+                    .returns = {"int", "the register as it is, without sign (compatibility note 17)", "the device"},
                     .raises = portRaises,
                     .body = currentVelocity})
         .operation({.name = "Motion_readEncoderPosition",
                     .parameters = {port},
                     .doc = "Reads the positions of the encoder and of the motor.",
-                    .returns = {"list[int]", "both in pulses, without sign", "the device"},
+                    .returns = {"list[int]", "both in pulses, without sign (compatibility note 17)", "the device"},
                     .raises = portRaises,
                     .body = positions})
         .operation({.name = "Motion_rstEncoderPosi",

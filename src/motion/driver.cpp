@@ -128,7 +128,7 @@ const std::vector<Family>& families() {
           {MOTION_15_IV, "setIncreasingOrDecreasingSpeed", "the step of the speed, in pulses a second", u32, "speed"},
           {MOTION_16_TM, "setTimer", "the timer, in the chip's unit", u32, "value"},
           {MOTION_0D_AO, "setAccelerationCounterOffset", "the offset of the acceleration counter", i16, "offset"},
-          // The timer's code: programs rely on it.
+          // Compat 8: the timer's code.
           {MOTION_16_TM, "splitPulse2", "the number of split pulses", u16, "pulse_number"},
           {MOTION_20_MRM, "setMultiPurposeMode", "the mode of the multi-purpose registers", u16, "mode"},
           {MOTION_22_P2M, "setPIOSignal2", "the second word of signal functions", u16, "state"},
@@ -291,7 +291,7 @@ Family syncFamily(bool enables) {
     return family;
 }
 
-// Only the awaitable form counts the slots of the chassis.
+// Compat 13: only the awaitable form counts the slots of the chassis.
 Result setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     if (op.awaitable()) port = devicePort(op.self(), port);
     const py::list data = payload(port, MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
@@ -319,7 +319,7 @@ std::vector<Request> singleRows() {
              .reply = status(statusPlace),
              .doc = "Drives general-purpose outputs."},
             {.name = "_Motion_setPIOSignal1",
-             .parameters = {port, axes, value("state", "without effect")},
+             .parameters = {port, axes, value("state", "without effect (compatibility note 12)")},
              .sends = MOTION,
              .fields = {port | u8, codeField(MOTION_21_P1M), axes | u8, zero, zero, constant(85), constant(5)},
              .reply = status(statusPlace),

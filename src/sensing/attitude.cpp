@@ -123,7 +123,10 @@ void defineAttitude(Package& package) {
             {.name = "AHRS_open",
              .parameters = {port},
              .doc = "Opens the unit, and has its filter make a step every 3 ms.",
-             .returns = {"int", "0: the statuses of both steps merged, in which a refusal does not show", "the device"},
+             .returns =
+                 {"int",
+                  "0: the statuses of both steps merged, in which a refusal does not show (compatibility note 28)",
+                  "the device"},
              .raises = {checkPort},
              .body = open})
         .operation({.name = "AHRS_start",
@@ -178,7 +181,7 @@ void defineAttitude(Package& package) {
                              .sends = AHRS_VQF_SET_TAU,
                              .fields = {port | u8, accelerator | f32, magnetometer | f32},
                              .doc = "Sets how long the filter takes to follow a sensor."};
-    // Both forms have this name. A product has the blocking one.
+    // Compat 18: both forms have this name. A product has the blocking one.
     tau.asyncName = tau.name;
     ahrs.operation(tau);
 }

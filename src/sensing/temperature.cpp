@@ -14,7 +14,7 @@ const Parameter channel{"channel", "int", "sensor of the port, 0 or 1; up to 6 o
 const Parameter temperature{"temperature", "float", "degrees, 32-bit float"};
 constexpr PinnedPorts sensorPorts{"Thermal", "thermal_dict", "thermal_port", FailureId::ThermalPortNotAvaliableError};
 
-// What the device refuses is not turned into a negative code here.
+// Compat 20: what the device refuses is not turned into a negative code.
 Reply statusByte(std::size_t place) { return byteAt(place, "the device's status as it is: 0, or why it refused"); }
 
 Reply degrees() { return numberAt<float>(2, "degrees"); }
@@ -93,7 +93,8 @@ Result getStatus(Op op, Object port, Object channel) {
     op.call("_checkThermalChipSelect", channel);
     Payload data;
     data.add(port).add(channel);
-    if (op.call("_getDeviceName").equal(py::str("Sable-Thermo"))) data.add(1);
+    const auto mode = traitsNamed(op.call("_getDeviceName")).temperature.statusMode;
+    if (mode) data.add(*mode);
     const Object reply = co_await exchange(op, GET_THERMAL_STATUS, data.list());
     co_return restOfSequence(reply, 2);
 }

@@ -5,6 +5,7 @@ namespace zvr::python {
 
 namespace {
 
+// Compat 20
 const Returns done{"int", "always 0; the device's status is not checked", {}};
 Reply doneReply() {
     return {[](py::handle, const Bytes&) -> Object { return py::int_(0); }, done};
@@ -110,7 +111,7 @@ void defineSystemAnalog(Package& package) {
                 .sends = READ_ACCELERATION,
                 .reply = numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
                 .doc = "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."};
-    acceleration.asyncName = "_Wifi_readAccleration_async";  // the name it has always had
+    acceleration.asyncName = "_Wifi_readAccleration_async";  // Compat 4
     sensors.operation(acceleration);
     sensors.operations({{.name = "Wifi_readBattery",
                          .sends = GET_BATTERY,

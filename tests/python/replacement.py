@@ -6,7 +6,7 @@ import types
 from unittest import mock
 
 import pytest
-from fake_client import Double
+from fake_client import FakeClient
 from forms import blocking
 from peer import Peer, answer_serial
 from queue_support import FRAMES, IDLE, RECORDS, ROW, SAMPLES
@@ -37,7 +37,7 @@ REPLIES = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.GET_SERIAL_NUMBER: b"SN000001
 @contextlib.contextmanager
 def on_double(factory, connect=True):
     with factory() as box:
-        box.link = types.SimpleNamespace(connect=lambda: setattr(box, "client_cmd", Double(box)) or box.client_cmd.replies.update(REPLIES))
+        box.link = types.SimpleNamespace(connect=lambda: setattr(box, "client_cmd", FakeClient(box)) or box.client_cmd.replies.update(REPLIES))
         if connect:
             box.link.connect()
         yield box

@@ -8,7 +8,7 @@ import threading
 from unittest import mock
 
 import pytest
-from fake_client import Double
+from fake_client import FakeClient
 from forms import awaited, blocking
 
 import pyzvr
@@ -26,7 +26,7 @@ def volts(code):
 @contextlib.contextmanager
 def wired(model):
     with getattr(pyzvr, model)() as product:
-        product.client_cmd = Double(product)
+        product.client_cmd = FakeClient(product)
         yield product
 
 

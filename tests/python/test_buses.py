@@ -11,7 +11,7 @@ import weakref
 from unittest import mock
 
 import pytest
-from fake_client import Double
+from fake_client import FakeClient
 from forms import awaited, blocking
 from hypothesis import given
 from hypothesis import strategies as st
@@ -29,7 +29,7 @@ def box():
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")  # libusb is not where a user would have it
         product = pyzvr.SableCan()
-    product.client_cmd = Double(product)
+    product.client_cmd = FakeClient(product)
     yield product
     product.close(verbose=False)
 

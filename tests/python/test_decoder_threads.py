@@ -6,7 +6,7 @@ import threading
 import warnings
 
 import pytest
-from fake_client import Double, wired
+from fake_client import FakeClient, wired
 from forms import awaited
 from queue_support import A, B, FRAMES, LOCKS, OPENED, PATIENCE, RECORDS, ROW, SAMPLES, held, outcome, running, until
 
@@ -185,6 +185,6 @@ def test_queues_of_an_object_can_be_another_s(model, number, call):
 def test_double_files_into_whatever_pool_the_object_has():
     with wired("TarnDio") as box:
         box.data_pool_echo = pool = {}
-        box.client_cmd = Double(box)
+        box.client_cmd = FakeClient(box)
         box.client_cmd.replies = {pyzvr.GET_SERIAL_NUMBER: b"SN000001"}
         assert box.Sys_getSerialNumber() == "SN000001" and box.data_pool_echo is pool and pool == {}

@@ -6,7 +6,8 @@ import subprocess
 import warnings
 
 import pytest
-from conftest import Double, connected, simulator_program, wired
+from fake_client import FakeClient, wired
+from simulators import connected, simulator_program
 
 import pyzvr
 
@@ -148,7 +149,7 @@ class OwnInput(pyzvr.Device, pyzvr.SystemModule, pyzvr.SystemModule_async, pyzvr
         pyzvr.Device.__init__(self)
         for module in (pyzvr.AIModule_async, pyzvr.AIModule):
             module.__init__(self, {0: [0], 1: [0]}, 16000, 0.001, 2, False)
-        self.client_cmd = Double(self)
+        self.client_cmd = FakeClient(self)
 
     def _getDeviceName(self):
         return "Own-Input"

@@ -3,7 +3,7 @@
 import asyncio
 
 import pytest
-from fake_client import Double
+from fake_client import FakeClient
 
 import pyzvr
 
@@ -22,7 +22,7 @@ Box = type("Box", (pyzvr.Device, *classes(
 @pytest.fixture
 def box():
     box = Box()
-    box.client_cmd = Double(box)
+    box.client_cmd = FakeClient(box)
     return box
 
 
@@ -320,7 +320,7 @@ def test_wifi_devices_count_years_from_2000(call):
             return "Heron-Box"
 
     with WifiBox() as box:
-        box.client_cmd = Double(box)
+        box.client_cmd = FakeClient(box)
         box.client_cmd.replies = {pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5])}
         assert call(box, "Sys_getRTC") == "2024-01-02, 03:04:05"
 
@@ -330,7 +330,7 @@ def test_models_of_fixed_function_open_and_close_without_traffic(call):
         """A subclass counts as its model."""
 
     with Mine() as box:
-        box.client_cmd = Double(box)
+        box.client_cmd = FakeClient(box)
         for side in ("DI", "DO"):
             for verb in ("open", "close"):
                 assert call(box, f"{side}_{verb}Port", 99) == 0

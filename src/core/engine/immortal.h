@@ -6,8 +6,14 @@
 
 namespace zvr {
 
+/// A new one, made in place.
 template <class Thing>
-Thing& immortal(Thing thing = {}) {
+Thing& immortal() {
+    return *std::make_unique<Thing>().release();
+}
+/// This one.
+template <class Thing>
+Thing& immortal(Thing thing) {
     return *std::make_unique<Thing>(std::move(thing)).release();
 }
 

@@ -57,7 +57,7 @@ private:
 }  // namespace
 
 std::shared_ptr<const Scale16> Scale16::of(double ratio) {
-    static auto& scales = *immortal(std::make_unique<Scales>());
+    static auto& scales = immortal<Scales>();
     return scales.of(ratio);
 }
 

@@ -7,16 +7,16 @@ namespace zvr {
 
 Bytes buildFrame(int command, ByteView data) {
     if (command < 0 || command > 0xFFFF) throw std::overflow_error("a command code has 16 bits");
-    const std::size_t payload = data.size() + (command < 256 ? 1 : 2);
+    const std::size_t payload = data.size() + (isWide(command) ? 2 : 1);
     if (payload > 0xFFFF) throw std::overflow_error("a frame's length field has 16 bits");
     Bytes frame;
     frame.reserve(payload + 5);
     frame.push_back(CMD_STX);
     appendBigEndian(frame, static_cast<std::uint16_t>(payload));
-    if (command < 256) {
-        frame.push_back(static_cast<std::uint8_t>(command));
-    } else {
+    if (isWide(command)) {
         appendBigEndian(frame, static_cast<std::uint16_t>(command));
+    } else {
+        frame.push_back(static_cast<std::uint8_t>(command));
     }
     frame.insert(frame.end(), data.begin(), data.end());
     frame.push_back(CMD_CR);

@@ -6,11 +6,19 @@
 //   3       1, 2   command code: one byte below 256, else two, high byte first
 //   ..      n      data, any bytes
 //   ..      2      trailer, 13 10
+//
+// docs/wire.md says what each operation puts into one.
 #pragma once
 
 #include "core/wire/bytes.h"
 
 namespace zvr {
+
+/// Whether a code takes two bytes where a frame is built.
+constexpr bool isWide(int command) { return command > 0xFF; }
+/// Whether a code has two bytes where a frame is read: its first byte alone tells. Compat 24: a code of one byte up to
+/// 48 cannot be told from half of one of two, so devices answer OPEN_CAN (48) with the bytes 00 30.
+constexpr bool startsWide(std::uint8_t firstByte) { return firstByte <= 48; }
 
 /// Builds a whole frame. Throws std::overflow_error if the length does not fit its 16 bits or the command does not
 /// fit a code.

@@ -200,11 +200,10 @@ std::size_t Splitter::startOf(std::size_t trailer) const {
     return start;
 }
 
-// The width of the command field shows in its first byte alone: up to 48 it is the high half of a two-byte code.
 Packet Splitter::packetAt(std::size_t start, std::size_t trailer) const {
     const ByteView bytes = stream();
     const std::size_t at = start + CMD_INDEX_2;
-    const bool wide = bytes[at] <= 48;
+    const bool wide = startsWide(bytes[at]);
     const std::size_t from = std::min(at + (wide ? 2 : 1), trailer);
     const int command = wide ? bytes[at] << 8 | bytes[at + 1] : bytes[at];
     return {command, Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
