@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     try {
         return serve(options);
-    } catch (const std::system_error& failure) {
+    } catch (const std::exception& failure) {
         std::cerr << "zvr-sim: " << failure.what() << '\n';
         return 1;
     }

@@ -6,6 +6,10 @@
 #include "device/device.h"
 #include "links/faults.h"
 
+namespace CLI {
+class App;
+}
+
 namespace zvr::sim {
 
 struct Options {
@@ -26,6 +30,25 @@ struct Options {
     Tracks tracks;
     FaultOptions faults;
 };
+
+/// Options of one heading of the help.
+class OptionGroup {
+public:
+    OptionGroup(CLI::App& app, std::string name);
+    /// `set` is called for each time that the option is given; it refuses a value by std::invalid_argument.
+    void option(const char* name, const char* value, const char* help, std::function<void(std::string_view)> set);
+    void flag(const char* name, bool& set, const char* help);
+
+private:
+    CLI::App& app_;
+    std::string name_;
+};
+
+/// The options about what is at the lines of a device.
+void addSignalOptions(CLI::App& app, Signals& signals, Peers& peers);
+
+/// An exit status after help or a refusal has been printed.
+std::optional<int> parse(CLI::App& app, int argc, char** argv);
 
 /// What the command line asks for: options, or an exit status after help or a refusal has been printed.
 std::variant<Options, int> parseOptions(int argc, char** argv);

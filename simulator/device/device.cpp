@@ -15,9 +15,11 @@ Device::Device(const Model& model, Identity identity, NetworkSettings network, P
 
 void Device::add(Command command, Entry entry) {
     if (handlers_.try_emplace(command, std::move(entry)).second) return;
-    const auto named = std::ranges::find(commandTable(), int{command}, &CommandName::code);
-    throw std::logic_error("command " + std::to_string(command) + ", " + std::string(named->name) +
-                           ", is registered twice");
+    std::string names;  // of which a number may have several
+    for (const auto& [name, code] : commandTable()) {
+        if (code == command) names += (names.empty() ? "" : " or ") + std::string(name);
+    }
+    throw std::logic_error("command " + std::to_string(command) + ", " + names + ", is registered twice");
 }
 
 void Device::onSilent(Command command, std::function<void(Request request)> handler) {

@@ -32,7 +32,7 @@ using Frame = std::shared_ptr<const Bytes>;
 /// The lines of the digital ports.
 class DigitalLines {
 public:
-    static constexpr const char* name = "digital lines";
+    static constexpr const char* name = "DigitalLines";
     virtual ~DigitalLines() = default;
 
     virtual std::vector<PinMode> modes(int port) const = 0;
@@ -48,7 +48,7 @@ public:
 /// What reaches digital inputs beside their wires.
 class InputLevels {
 public:
-    static constexpr const char* name = "input levels";
+    static constexpr const char* name = "InputLevels";
     virtual ~InputLevels() = default;
     virtual std::uint16_t levels(int port) = 0;
 };
@@ -56,7 +56,7 @@ public:
 /// What the slots of a chassis are used for.
 class SlotModes {
 public:
-    static constexpr const char* name = "slot modes";
+    static constexpr const char* name = "SlotModes";
     static constexpr std::uint8_t idle = 0, inputs = 1, outputs = 2, motion = 4, last = 6;
     static constexpr std::size_t slotCount = 4, portsOfSlot = 2;
     using Modes = std::array<std::uint8_t, slotCount>;
@@ -69,7 +69,7 @@ public:
 /// What turns at the inputs of the pulse counters.
 class PulseSource {
 public:
-    static constexpr const char* name = "pulse source";
+    static constexpr const char* name = "PulseSource";
     virtual ~PulseSource() = default;
     virtual Oscillator pulses(std::size_t channel) const = 0;
 };
@@ -77,7 +77,7 @@ public:
 /// The analog outputs, for the inputs that they lead to.
 class OutputVoltages {
 public:
-    static constexpr const char* name = "output voltages";
+    static constexpr const char* name = "OutputVoltages";
     using Time = std::chrono::steady_clock::time_point;
     virtual ~OutputVoltages() = default;
     virtual bool drives(int port, std::size_t channel) const = 0;
@@ -87,7 +87,7 @@ public:
 /// The analog inputs: takes the samples that are due, before what they show changes.
 class Sampler {
 public:
-    static constexpr const char* name = "sampler";
+    static constexpr const char* name = "Sampler";
     virtual ~Sampler() = default;
     virtual void takeSamples() = 0;
 };
@@ -95,7 +95,7 @@ public:
 /// The clients to which unsolicited frames go.
 class FrameSink {
 public:
-    static constexpr const char* name = "frame sink";
+    static constexpr const char* name = "FrameSink";
     virtual ~FrameSink() = default;
     /// False if a client has lost it.
     virtual bool sendUnsolicited(int command, const Frame& frame) = 0;
@@ -103,7 +103,7 @@ public:
     virtual bool hasRoom() const = 0;
 };
 
-/// The provider of an interface, if there is one.
+/// The one provider of an interface, if there is any.
 template <class Interface>
 class Provided {
 public:

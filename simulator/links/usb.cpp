@@ -4,7 +4,6 @@
 // client, and brings each ioctl on a device's node to this program, which plays the kernel's side of it.
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <getopt.h>
 #include <glob.h>
 #include <poll.h>
 #include <spawn.h>
@@ -13,6 +12,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <iostream>
@@ -20,6 +20,7 @@
 #include <variant>
 
 #include "links/usb_device.h"
+#include "options.h"
 
 namespace zvr::sim {
 
@@ -345,61 +346,35 @@ int run(Bus& bus, const UsbOptions& options, const sigset_t& signals, const sigs
     }
 }
 
-constexpr const char* usage = R"(usage: zvr-sim-usb MODEL[:SERIAL]... [options] [-- COMMAND ARGUMENTS...]
-
-The device side of USB models, for the libusb of a program, without hardware. With a COMMAND it runs it, so that it
+constexpr const char* about =
+    R"(The device side of USB models, for the libusb of a program, without hardware. With a COMMAND it runs it, so that it
 finds the devices on its bus, and ends with its exit status. Without one it prints one line of JSON with what such a
-program needs in its environment, and serves until SIGTERM or SIGINT.
+program needs in its environment, and serves until SIGTERM or SIGINT.)";
 
-  --kernel-driver    a driver of the kernel has the devices until it is detached
-  --stdin-stop       stop when standard input closes
-  --verbose          log what the devices get and answer on standard error
-  --wave CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]
-                     what is at an analog input, as with zvr-sim
-  --peer KIND@BUS:PORT[:ARGUMENT...]
-                     what is on a serial bus, as with zvr-sim
-
-Without a COMMAND, lines on standard input change what there is; each is answered by a line:
+constexpr const char* controls =
+    R"(Without a COMMAND, lines on standard input change what there is; each is answered by a line:
   plug MODEL[:SERIAL]      connect another device
   unplug SERIAL            take one away
   stall SERIAL on|off      answer nothing
   late SERIAL on|off       let replies come just as a read is given up
-  transfers SERIAL         tell as JSON what the device has got
-)";
+  transfers SERIAL         tell as JSON what the device has got)";
 
 // What the command line asks for, or an exit status.
-std::variant<UsbOptions, int> parse(int argc, char** argv) {
+std::variant<UsbOptions, int> parseUsb(int argc, char** argv) {
     UsbOptions options;
     char** const end = argv + argc;
     char** const mark = std::find(argv, end, std::string_view("--"));
     if (mark != end) options.command.assign(mark + 1, end + 1);
-    enum { driver, stop, verbose, wave, peer, help };
-    const std::array<option, 7> known{{{"kernel-driver", no_argument, nullptr, driver},
-                                       {"stdin-stop", no_argument, nullptr, stop},
-                                       {"verbose", no_argument, nullptr, verbose},
-                                       {"wave", required_argument, nullptr, wave},
-                                       {"peer", required_argument, nullptr, peer},
-                                       {"help", no_argument, nullptr, help},
-                                       {nullptr, 0, nullptr, 0}}};
-    const int count = static_cast<int>(mark - argv);
-    for (int chosen; (chosen = getopt_long(count, argv, "", known.data(), nullptr)) != -1;) {
-        switch (chosen) {
-            case driver: options.driver = true; break;
-            case stop: options.stopWithInput = true; break;
-            case verbose: options.verbose = true; break;
-            case wave:
-            case peer: try { chosen == wave ? options.outside.signals.set(optarg) : options.outside.peers.add(optarg);
-                } catch (const std::invalid_argument& refusal) {
-                    std::cerr << "zvr-sim-usb: " << (chosen == wave ? "--wave: " : "--peer: ") << refusal.what()
-                              << '\n';
-                    return 2;
-                }
-                break;
-            case help: std::cout << usage; return 0;
-            default: return 2;
-        }
-    }
-    options.devices.assign(argv + optind, argv + count);
+    CLI::App app(about, "zvr-sim-usb");
+    app.footer(controls);
+    app.add_option("MODEL[:SERIAL]", options.devices, "the devices; behind -- the COMMAND and its arguments")
+        ->type_name("");
+    OptionGroup general(app, "Options");
+    general.flag("--kernel-driver", options.driver, "a driver of the kernel has the devices until it is detached");
+    general.flag("--stdin-stop", options.stopWithInput, "stop when standard input closes");
+    general.flag("--verbose", options.verbose, "log what the devices get and answer on standard error");
+    addSignalOptions(app, options.outside.signals, options.outside.peers);
+    if (const std::optional<int> status = parse(app, static_cast<int>(mark - argv), argv)) return *status;
     const char* refusal = options.devices.empty()                     ? "a MODEL is wanted"
                           : mark != end && options.command.size() < 2 ? "a COMMAND is wanted after --"
                           : mark != end && options.stopWithInput      ? "--stdin-stop is not for a COMMAND"
@@ -440,7 +415,7 @@ int serve(const UsbOptions& options) {
 }  // namespace zvr::sim
 
 int main(int argc, char** argv) {
-    const auto parsed = zvr::sim::parse(argc, argv);
+    const auto parsed = zvr::sim::parseUsb(argc, argv);
     if (const int* status = std::get_if<int>(&parsed)) return *status;
     try {
         return zvr::sim::serve(std::get<zvr::sim::UsbOptions>(parsed));

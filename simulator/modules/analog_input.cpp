@@ -102,7 +102,7 @@ public:
         if (settings_.mode == someSamples) plan.rows = settings_.samples;
         plan.start = Clock::now() + (settings_.trigger == externalEdge ? untilEdge : Clock::duration::zero());
         plan.coding = coding_;
-        run_ = std::make_shared<SampleRun>(device_, std::move(plan), counters_);
+        run_ = std::make_unique<SampleRun>(device_, std::move(plan), counters_);
         run_->advance();
     }
     void takeSamples() {
@@ -157,7 +157,7 @@ private:
     Settings settings_;
     bool open_ = false;
     std::shared_ptr<SampleCounters> counters_ = std::make_shared<SampleCounters>();
-    std::shared_ptr<SampleRun> run_;
+    std::unique_ptr<SampleRun> run_;
     std::map<std::uint8_t, std::uint64_t> reads_;  // by chip select
     const Clock::time_point start_ = Clock::now();
 };

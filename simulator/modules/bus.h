@@ -4,39 +4,10 @@
 #include <map>
 #include <memory>
 
+#include "modules/alarm.h"
 #include "modules/ports.h"
 
 namespace zvr::sim {
-
-/// One action that is due later; set anew, it is due at the new time only.
-class Alarm {
-public:
-    Alarm(Scheduler& scheduler, std::function<void()> action)
-        : scheduler_(scheduler), state_(std::make_shared<State>()) {
-        state_->action = std::move(action);
-    }
-
-    void cancel() { state_->due.reset(); }
-    void set(Scheduler::Clock::time_point due) {
-        if (state_->due == due) return;
-        state_->due = due;
-        scheduler_.at(due, [weak = std::weak_ptr(state_), due] {
-            const auto state = weak.lock();
-            if (!state || state->due != due) return;
-            state->due.reset();
-            state->action();
-        });
-    }
-
-private:
-    struct State {
-        std::optional<Scheduler::Clock::time_point> due;
-        std::function<void()> action;
-    };
-
-    Scheduler& scheduler_;
-    std::shared_ptr<State> state_;
-};
 
 /// The ports of a bus that the model has, and the commands on those that are open. A port is made of the device and
 /// its number, and `clear` puts it into the state in which it is while it is closed.

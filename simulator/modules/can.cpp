@@ -41,10 +41,6 @@ std::uint32_t next(std::uint32_t word) {
     return wordOf((id + 1) & (extended ? 0x1FFFFFFF : 0x7FF), extended);
 }
 
-void put(std::uint32_t value, std::uint8_t* to) {
-    for (int shift = 24; shift >= 0; shift -= 8) *to++ = static_cast<std::uint8_t>(value >> shift);
-}
-
 // Sends unsolicited frames, with their number and the time since the start in microseconds.
 struct Talker {
     double rate;
@@ -59,8 +55,8 @@ struct Talker {
     }
     Record make(std::chrono::nanoseconds time) {
         Record record{word};
-        put(static_cast<std::uint32_t>(made++), record.data.data());
-        put(static_cast<std::uint32_t>(time.count() / 1000), record.data.data() + 4);
+        std::ranges::copy(reply(static_cast<std::uint32_t>(made++), static_cast<std::uint32_t>(time.count() / 1000)),
+                          record.data.begin());
         return record;
     }
 };

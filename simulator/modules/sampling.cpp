@@ -23,7 +23,8 @@ SampleRun::SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounter
       counters_(std::move(counters)),
       fast_(device.signals.fast),
       rowSize_(plan_.channels * plan_.coding.bytes),
-      frames_(plan_.chipSelects.size()) {
+      frames_(plan_.chipSelects.size()),
+      alarm_(device.scheduler, [this] { advance(); }) {
     const std::size_t wanted =
         device.signals.frameRows != 0 ? device.signals.frameRows
         : fast_                       ? fastFrameBytes / rowSize_
@@ -53,7 +54,7 @@ std::uint64_t SampleRun::dueRows(Clock::time_point now) const {
 
 void SampleRun::advance() {
     const Clock::time_point now = Clock::now();
-    if (now < plan_.start) return schedule(plan_.start);
+    if (now < plan_.start) return alarm_.set(plan_.start);
     const std::uint64_t end = plan_.rows.value_or(UINT64_MAX);
     const std::uint64_t due = fast_ ? end : std::min(end, dueRows(now));
     if (!fast_ && due > made_ + 2 * frameRows_) counters_->lateRows += static_cast<std::uint32_t>(due - made_);
@@ -68,25 +69,14 @@ void SampleRun::advance() {
         bytes += count * rowSize_ * frames_.size();
         if (filled_ == frameRows_ || finished()) sendFrames();
     }
-    if (!finished()) schedule(made_ < due ? now : timeOf(std::min(end, made_ + frameRows_ - filled_) - 1));
+    if (!finished()) alarm_.set(made_ < due ? now : timeOf(std::min(end, made_ + frameRows_ - filled_) - 1));
 }
 
 // Not at once, since it is called amid the work of a connection.
 void SampleRun::resume() {
     if (!waits_) return;
     waits_ = false;
-    schedule(Clock::now());
-}
-
-void SampleRun::schedule(Clock::time_point due) {
-    if (due_ == due) return;
-    due_ = due;
-    device_.scheduler.at(due, [weak = weak_from_this(), due] {
-        const auto run = weak.lock();
-        if (!run || run->due_ != due) return;
-        run->due_.reset();
-        run->advance();
-    });
+    alarm_.set(Clock::now());
 }
 
 void SampleRun::makeRows(std::size_t count) {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "device/device.h"
+#include "modules/alarm.h"
 #include "physics/waveform.h"
 
 namespace zvr::sim {
@@ -33,9 +34,11 @@ struct RunPlan {
     Coding coding;
 };
 
-class SampleRun : public std::enable_shared_from_this<SampleRun> {
+class SampleRun {
 public:
     SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounters> counters);
+    SampleRun(const SampleRun&) = delete;
+    SampleRun& operator=(const SampleRun&) = delete;
 
     /// Makes what is due, and goes on by the device's scheduler until it is finished or destroyed.
     void advance();
@@ -54,7 +57,6 @@ private:
     void makeRows(std::size_t count);
     void writeChannel(std::size_t stream, std::size_t channel, std::size_t count, std::uint8_t* to) const;
     void sendFrames();
-    void schedule(Clock::time_point due);
 
     Device& device_;
     const RunPlan plan_;
@@ -66,8 +68,8 @@ private:
     std::vector<std::shared_ptr<Bytes>> frames_;  // of each chip select, with the rows so far
     std::uint64_t made_ = 0;
     std::size_t filled_ = 0;
-    bool waits_ = false;                    // for room
-    std::optional<Clock::time_point> due_;  // the one entry in the scheduler that counts
+    bool waits_ = false;  // for room
+    Alarm alarm_;
 };
 
 }  // namespace zvr::sim

@@ -21,7 +21,7 @@ class Wire:
     def __init__(self, simulator):
         self.stream = socket.create_connection((simulator["host"], simulator["command_port"]), 10).makefile("rwb", 0)
         self.received = b""
-        self.unasked = deque()
+        self.unsolicited = deque()
 
     def send(self, command, *data):
         body = bytes([command, *data]) if command < 256 else struct.pack(">H", command) + bytes(data)
@@ -42,7 +42,7 @@ class Wire:
         wide = struct.pack(">H", command) if command == pyzvr.OPEN_CAN or command > 255 else bytes([command])
         while not (frame := self.frame()).startswith(wide):
             assert frame[0] in (pyzvr.START_CAN, pyzvr.START_UART_READING)
-            self.unasked.append(frame)
+            self.unsolicited.append(frame)
         return list(frame[len(wide):])
 
     def status(self, command, port, *data):
@@ -56,7 +56,7 @@ class Wire:
 
     def streamed(self, command, port):
         """What is in the next frame of a stream."""
-        frame = self.unasked.popleft() if self.unasked else self.frame()
+        frame = self.unsolicited.popleft() if self.unsolicited else self.frame()
         assert frame[:2] == bytes([command, port])
         return frame[2], frame[3:]
 
@@ -319,7 +319,7 @@ def test_a_looped_line_brings_everything_back_in_order(wire):
     assert wire.heard(1, 2) == b"A\2"
     assert wire.status(pyzvr.STOP_UART_READING, 1) == wire.status(pyzvr.WRITE_UART, 1, 1, 3) == 0
     wire.send(pyzvr.START_UART_READING, 1)
-    assert wire.status(pyzvr.WRITE_UART, 1, 1, 4) == 0 and wire.heard(1, 1) == b"\4" and not wire.unasked
+    assert wire.status(pyzvr.WRITE_UART, 1, 1, 4) == 0 and wire.heard(1, 1) == b"\4" and not wire.unsolicited
 
 
 def test_an_echo_answers_lines_and_takes_another_speed_for_noise():
@@ -395,9 +395,9 @@ def test_cyclic_frames_come_whole_and_in_order(speed, identifier, period, option
         assert [int.from_bytes(data[:4], "big") for _, data in records] == list(range(len(records)))
         assert wire.status(pyzvr.SET_CAN_SPEED, 1, 1) == 57
         assert wire.status(pyzvr.STOP_CAN, 1) == 0
-        total = len(records) + sum(frame[2] for frame in wire.unasked)
-        wire.unasked.clear()
-        assert wire.can_values(pyzvr.GET_CAN_COUNTERS, ">6I") == (0, total, 0, 0, 0, 0) and not wire.unasked
+        total = len(records) + sum(frame[2] for frame in wire.unsolicited)
+        wire.unsolicited.clear()
+        assert wire.can_values(pyzvr.GET_CAN_COUNTERS, ">6I") == (0, total, 0, 0, 0, 0) and not wire.unsolicited
         wire.send(pyzvr.START_CAN, 1)
         assert int.from_bytes(wire.records(1)[0][1][:4], "big") == 0
 
@@ -421,7 +421,7 @@ def test_filters_let_through_what_they_name():
         """Which of the answers get through; each is its request with the next identifier."""
         for word in words:
             assert wire.can(word) == 0
-        return [wire.records(1)[0][0] for _ in range(len(wire.unasked))]
+        return [wire.records(1)[0][0] for _ in range(len(wire.unsolicited))]
 
     with wired("SableCan", "--peer", "responder@can:1") as wire:
         start_can(wire, (pyzvr.SET_CAN_RX_FILTERING_ON, 1))
@@ -482,7 +482,7 @@ def test_frames_of_another_bit_rate_are_errors():
             seen |= wire.can_values(pyzvr.GET_CAN_INTERRUPTS, ">3B")[1]
         assert errors(wire)[1] == 0b1011 and seen & ~0b10100000 == 0
         counters = wire.can_values(pyzvr.GET_CAN_COUNTERS, ">6I")
-        assert counters[1] == 0 and counters[5] >= 128 and not wire.unasked
+        assert counters[1] == 0 and counters[5] >= 128 and not wire.unsolicited
 
 
 @pytest.mark.parametrize("peer", ["", "flash", "flash@spi", "flash@uart:1", "what@spi:1", "flash@what:1", "flash@spi:3",

@@ -204,7 +204,10 @@ def test_connections_share_the_device_and_survive_each_other():
 
 def test_the_program_by_itself():
     program = os.environ["ZVR_SIM"]
-    assert "TarnDioLite\tTarn-Dio-Lite" in subprocess.run([program, "--list"], capture_output=True, text=True).stdout
+    listed = subprocess.run([program, "--list"], capture_output=True, text=True).stdout.splitlines()
+    rows = json.loads(subprocess.run([program, "--table"], capture_output=True, text=True).stdout)
+    assert "TarnDioLite\tTarn-Dio-Lite" in listed and listed == [f"{row['model']}\t{row['name']}" for row in rows]
+    assert len({tuple(row) for row in rows}) == 1
     assert "usage: zvr-sim" in subprocess.run([program, "--help"], capture_output=True, text=True).stdout
     for arguments in ([], ["Nothing"], ["TarnDio", "--drop", "2"], ["TarnDio", "--port", "x"], ["TarnDio", "--serial", '"'],
                       ["TarnDio", "--fault-command", "NOTHING"], ["TarnDio", "--nonsense"], ["TarnDio", "--host", "nowhere"]):
