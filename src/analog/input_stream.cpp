@@ -3,7 +3,7 @@
 #include "analog/analog.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 #include "device/protocol.h"
 #include "device/queue_face.h"
 #include "models/traits.h"

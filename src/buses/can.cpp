@@ -3,7 +3,7 @@
 #include "buses/can_frame.h"
 #include "buses/ports.h"
 #include "core/wire/constants.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 
 namespace zvr::python {
 

@@ -2,7 +2,7 @@
 #include "buses/buses.h"
 #include "buses/ports.h"
 #include "core/wire/constants.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 
 namespace zvr::python {
 

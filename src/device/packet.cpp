@@ -2,7 +2,7 @@
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "core/wire/frame.h"
-#include "device/object_queue.h"
+#include "device/row_fifo.h"
 #include "device/protocol.h"
 #include "device/runtime.h"
 #include "python/raising.h"

@@ -4,7 +4,7 @@
 
 #include "core/engine/immortal.h"
 #include "core/engine/threads.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 #include "python/operation.h"
 #include "python/raising.h"
 #include "python/values.h"

@@ -1,4 +1,4 @@
-#include "device/object_queue.h"
+#include "device/row_fifo.h"
 
 #include <algorithm>
 

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "core/engine/stream_reader.h"
-#include "device/object_queue.h"
+#include "device/row_fifo.h"
 #include "device/watch.h"
 
 namespace zvr::python {

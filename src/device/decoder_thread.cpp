@@ -1,4 +1,4 @@
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 
 #include "core/wire/constants.h"
 #include "device/runtime.h"
