@@ -24,7 +24,7 @@ void run(const Check& check, const Definition& definition, py::handle self, cons
         return;
     }
     const py::str method(check.method);
-    own(PyObject_VectorcallMethod(method.ptr(), values.data(), values.size(), nullptr));
+    own(entering([&] { return PyObject_VectorcallMethod(method.ptr(), values.data(), values.size(), nullptr); }));
 }
 
 // What refuses a value tells whose it is.
@@ -78,11 +78,12 @@ Object statusOf(ByteView reply, std::size_t place) { return checkedStatus(py::in
 
 Object restOfSequence(const Object& sequence, Py_ssize_t from) {
     const Object part(py::slice(from, std::nullopt, std::nullopt));
-    return own(PyObject_GetItem(sequence.ptr(), part.ptr()));
+    return own(entering([&] { return PyObject_GetItem(sequence.ptr(), part.ptr()); }));
 }
 
 Object itemOf(const Object& sequence, Py_ssize_t place) {
-    return own(PyObject_GetItem(sequence.ptr(), py::int_(place).ptr()));
+    const py::int_ index(place);
+    return own(entering([&] { return PyObject_GetItem(sequence.ptr(), index.ptr()); }));
 }
 
 Reply status(std::size_t place) {
