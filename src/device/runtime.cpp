@@ -49,21 +49,21 @@ class PythonSource final : public PacketSource {
 public:
     PythonSource(const Object& client, bool reports) : client_(shared(client)), reports_(reports) {}
 
-    Reading receive(std::size_t length, std::vector<Packet>& packets) override {
-        Reading reading = Reading::ended;
+    ReadStatus receive(std::size_t length, std::vector<Packet>& packets) override {
+        ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
-            reading = Reading::idle;
+            reading = ReadStatus::idle;
             try {
                 const Object read = callMethod(client_.get(), "recvAndSplitPacket", py::int_(length));
                 for (const py::handle packet : py::list(read)) {
                     packets.push_back(packetOf(packet));
-                    reading = Reading::data;
+                    reading = ReadStatus::data;
                 }
             } catch (const py::error_already_set& failure) {
                 // A failed read is one that brings nothing.
                 if (!reports_ || failure.matches(packageObject("USBTimeoutError"))) return;
                 printFailure(failure.value());
-                reading = Reading::failed;
+                reading = ReadStatus::failed;
             }
         });
         return reading;
@@ -206,7 +206,7 @@ void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
     for (const auto& receiver : receivers_) {
         receiver->end();
-        receiver->letGo();
+        receiver->closeLink();
     }
     watch->touch();
 }
