@@ -12,6 +12,7 @@ Object keyObject(const StreamKey& key);
 void defineConstants(Package& package);
 void defineFailures(Package& package);
 void defineConversions(Package& package);
+void defineQueues(Package& package);
 void definePools(Package& package);
 void defineObjectQueue(Package& package);
 void definePacket(Package& package);
@@ -24,6 +25,7 @@ inline void defineProtocol(Package& package) {
     defineConstants(package);
     defineFailures(package);
     defineConversions(package);
+    defineQueues(package);
     definePools(package);
     defineObjectQueue(package);
     definePacket(package);
