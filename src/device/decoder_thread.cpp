@@ -1,8 +1,12 @@
 #include "device/decoder_thread.h"
 
+#include <algorithm>
+
+#include "core/engine/stream_reader.h"
 #include "core/wire/constants.h"
+#include "device/protocol.h"
 #include "device/runtime.h"
-#include "python/operation.h"
+#include "device/thread_body.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -20,16 +24,40 @@ bool isOneLock(py::handle lock) {
 
 void warnOf(FailureId warning) { callObject(failureClass(warning)); }
 
+using Pairs = std::vector<std::pair<Object, Object>>;
+
+Pairs pairsOf(const StreamedFunction& function, const DecoderParts& parts) {
+    if (!function.hasLists) return {{parts.frames, parts.items}};
+    Pairs pairs;
+    for (const auto pair : callObject(hostObject("builtins", "zip"), parts.frames, parts.items)) {
+        const py::tuple both = borrow(pair.ptr());
+        pairs.emplace_back(both[0], both[1]);
+    }
+    return pairs;
+}
+
+DecoderParts partsOf(py::handle self, const DecoderFields& fields, const DecoderParts& given = {}) {
+    const auto part = [&](const Object& known, const char* field) { return known ? known : attribute(self, field); };
+    return {part(given.lock, fields.lock), part(given.frames, fields.frames), part(given.items, fields.items)};
+}
+
 // The next frame of a queue; nothing if it is empty.
 Object frameOf(const StreamedFunction& function, py::handle queue, double seconds) {
     try {
-        if (function.polls) return callMethod(queue, "get", py::bool_(false));
+        if (function.hasLists) return callMethod(queue, "get", py::bool_(false));
         return callMethod(queue, "get", py::bool_(true),
                           seconds == QUEUE_TIMEOUT ? Object(py::int_(QUEUE_TIMEOUT)) : py::float_(seconds));
     } catch (const py::error_already_set& error) {
         if (!error.matches(hostObject("queue", "Empty"))) throw;
         return {};
     }
+}
+
+Object itemsOf(const StreamedFunction& function, py::handle self, const Object& frame) {
+    if (function.itemsOf != nullptr) return function.itemsOf(self, frame);
+    RowQueue rows(0);
+    rows.put(function.layoutOf(self), bytesOf(frame));
+    return function.items.toList(rows.take(RowQueue::noLimit));
 }
 
 void putAll(const StreamedFunction& function, py::handle queue, const Object& items) {
@@ -46,72 +74,58 @@ void putAll(const StreamedFunction& function, py::handle queue, const Object& it
 // One turn of the body through the object, which `self` gives, or nothing once it is gone. Tells whether any frame
 // came.
 template <class Self>
-bool turn(const StreamedFunction& function, const FeedParts& parts, double seconds, Self self) {
+bool turn(const StreamedFunction& function, const DecoderParts& parts, double seconds, Self self) {
     bool any = false;
-    for (const auto& [frames, items] : parts.queues) {
+    for (const auto& [frames, items] : pairsOf(function, parts)) {
         const Object frame = frameOf(function, frames, seconds);
         if (!frame || frame.is_none()) continue;
         any = true;
         const Object object = self();
         if (!object) return any;
-        putAll(function, items, function.itemsOf(object, frame));
+        putAll(function, items, itemsOf(function, object, frame));
     }
     return any;
 }
 
-/// Looks at the object for its thread.
-class FeederSupervisor final : public Supervisor<StreamReader> {
+/// Looks at the object for a decoder thread.
+class DecoderSupervisor final : public ObjectSupervisor<StreamReader> {
 public:
-    FeederSupervisor(py::handle self, const StreamedFunction& function, std::size_t index, std::shared_ptr<Watch> watch)
-        : function_(function),
-          index_(index),
-          self_(shared(callObject(hostObject("weakref", "ref"), self))),
-          watch_(std::move(watch)),
-          begunByOther_(!hasOwnMethod(self, function.body)) {}
-
-    bool changed() const noexcept override { return !native_ || watch_->changed(seen_); }
-
-    void renew(StreamReader& reader) override {
-        bool rests = false;
-        if (!interpreterAlive()) return reader.end();
-        {
-            const WithGil acquired;
-            native_ = false;
-            const std::uint64_t before = watch_ ? watch_->changes() : 0;
-            rests = !look(reader);
-            if (native_) seen_ = {before, watch_->look().version};
-        }
-        if (rests) reader.rest(std::chrono::milliseconds(50));
-    }
+    DecoderSupervisor(py::handle self, const StreamedFunction& function, const DecoderFields& fields,
+                      std::shared_ptr<Watch> watch)
+        : ObjectSupervisor(self, function.body, std::move(watch)), function_(function), fields_(fields) {}
 
 private:
-    Object self() const {
-        Object object = callObject(self_.get());
-        return object.is_none() ? Object() : object;
-    }
-
-    // Tells whether there is more to be done at once.
-    bool look(StreamReader& reader) {
-        Object object = self();
-        if (!object) return reader.end(), true;
-        if (!hasOwnMethod(object, function_.body)) return callOther(reader, std::move(object));
-        other_ = nullptr;
-        if (isTrue(attribute(object, function_.killed))) return reader.end(), true;
-        const FeedParts parts = function_.partsOf(object, index_);
-        if (watch_ && goNative(reader, object, parts)) return native_ = true;
+    Next look(StreamReader& reader, Object object) override {
+        switch (body_.callOther(object, [this](const Object& self) { return argumentsOf(self); })) {
+            case ThreadBody::Found::known: return Next::rest;
+            case ThreadBody::Found::called: return body_.begunByOther() ? Next::end : Next::lookAgain;
+            case ThreadBody::Found::own: break;
+        }
+        if (isTrue(attribute(object, function_.killed))) return Next::end;
+        const DecoderParts parts = partsOf(object, fields_);
+        if (watch_ && goNative(reader, object, parts)) return Next::goOn;
         object = {};
-        if (!passInTurn(parts.lock)) return true;
+        if (!passInTurn(parts.lock)) return Next::lookAgain;
         const bool any = turn(function_, parts, turnSeconds, [this] { return self(); });
-        return !function_.polls || any;
+        return function_.hasLists && !any ? Next::rest : Next::lookAgain;
     }
 
-    bool goNative(StreamReader& reader, const Object& object, const FeedParts& parts) {
+    py::tuple argumentsOf(const Object& self) const {
+        const DecoderParts parts = partsOf(self, fields_);
+        py::list arguments;
+        if (function_.bodyTakesLock) arguments.append(parts.lock);
+        arguments.append(parts.frames);
+        if (function_.bodyTakesItems) arguments.append(parts.items);
+        return py::tuple(arguments);
+    }
+
+    bool goNative(StreamReader& reader, const Object& object, const DecoderParts& parts) {
         const auto gate = nativeOrNothing<Gate>(parts.lock);
         if (!gate) return false;
         std::vector<StreamReader::Pair> pairs;
-        for (const auto& [frames, items] : parts.queues) {
+        for (const auto& [frames, items] : pairsOf(function_, parts)) {
             const auto from = nativeOrNothing<StreamFifo>(frames);
-            const auto to = nativeOrNothing<ObjectQueue>(items);
+            const auto to = nativeOrNothing<RowFifo>(items);
             if (!from || !to || &to->kind != &function_.items || !hasOwnMethod(frames, "get") ||
                 !hasOwnMethod(items, "put")) {
                 return false;
@@ -123,34 +137,57 @@ private:
         } catch (const std::exception&) {
             return false;  // the next frame tells what is wrong
         }
-        reader.setRoute(std::move(pairs), gate, !function_.polls);
-        return true;
-    }
-
-    // A body that somebody put in the place of ours is called once. If it was there from the beginning, the thread ends
-    // with it; else the thread rests until something changes.
-    bool callOther(StreamReader& reader, Object object) {
-        const Object body = attribute(object, function_.body);
-        const void* const function = PyMethod_Check(body.ptr()) ? PyMethod_GET_FUNCTION(body.ptr()) : body.ptr();
-        if (std::exchange(other_, function) == function) return false;
-        const std::vector<Object> arguments = function_.argumentsOf(function_.partsOf(object, index_));
-        object = {};
-        py::tuple tuple(arguments.size());
-        for (std::size_t i = 0; i < arguments.size(); ++i) tuple[i] = arguments[i];
-        own(entering([&] { return PyObject_CallObject(body.ptr(), tuple.ptr()); }));
-        if (begunByOther_) reader.end();
+        reader.setRoute(std::move(pairs), gate, !function_.hasLists);
         return true;
     }
 
     const StreamedFunction& function_;
-    const std::size_t index_;
-    const SharedObject self_;
-    const std::shared_ptr<Watch> watch_;
-    const bool begunByOther_;
-    bool native_ = false;
-    Watch::Seen seen_;
-    const void* other_ = nullptr;  // replacement that has been called; only compared
+    const DecoderFields& fields_;
 };
+
+Object startDecoder(py::handle self, const StreamedFunction& function, const DecoderFields& fields,
+                    const std::shared_ptr<Gate>& gate) {
+    const auto runtime = runtimeOrNothing(self);
+    const auto watch = runtime ? runtime->watch : nullptr;
+    const auto supervisor = std::make_shared<DecoderSupervisor>(self, function, fields, watch);
+    const auto reader = std::make_shared<StreamReader>(
+        function.body, std::vector<StreamReader::Pair>{}, RowLayout(), reportThreadFailure,
+        [&function](std::size_t count) {
+            for (; count != 0; --count) onInterpreter([&] { warnOf(function.overflow); });
+        },
+        supervisor, gate);
+    if (watch) watch->onChange(reader);
+    endAtExit(reader);
+    reader->start();
+    return threadObject(reader);
+}
+
+bool hasDecoder(py::handle self, const char* field) {
+    const Object thread = attributeOrNothing(self, field);
+    const auto running = thread ? nativeOrNothing<OwnedThread>(thread) : nullptr;
+    return running && running->alive();
+}
+
+bool areSame(const py::list& some, const py::list& others) {
+    return std::equal(some.begin(), some.end(), others.begin(), others.end(),
+                      [](py::handle one, py::handle other) { return one.is(other); });
+}
+
+template <class Work>
+void forEachFrameQueue(py::handle self, const StreamedFunction& function, Work work) {
+    for (const DecoderFields& fields : function.threads) {
+        const Object frames = attribute(self, fields.frames);
+        if (!function.hasLists) {
+            work(frames);
+        } else {
+            for (const py::handle queue : frames) work(queue);
+        }
+    }
+}
+
+void markQueues(py::handle self, const StreamedFunction& function) {
+    forEachFrameQueue(self, function, [](py::handle queue) { callMethod(queue, "put", py::none()); });
+}
 
 }  // namespace
 
@@ -181,36 +218,70 @@ void passLock(py::handle lock) {
     callMethod(lock, "release");
 }
 
-void runFeederBody(py::handle self, const StreamedFunction& function, const std::function<FeedParts()>& parts) {
-    while (!isTrue(attribute(self, function.killed))) {
-        const FeedParts now = parts();
-        passLock(now.lock);
-        const bool any = turn(function, now, QUEUE_TIMEOUT, [&] { return borrow(self.ptr()); });
-        if (function.polls && !any) sleepBlocking(pollSeconds);
+void watchStream(const StreamedFunction& function) {
+    Watch::watchNames({function.body, function.killed});
+    for (const DecoderFields& fields : function.threads) Watch::watchNames({fields.lock, fields.frames, fields.items});
+}
+
+void constructStream(py::handle self, const StreamedFunction& function) {
+    setAttribute(self, function.opened, py::bool_(false));
+    setAttribute(self, function.killed, py::bool_(false));
+    const Object pool = attribute(self, "data_pool_strm");
+    for (std::size_t i = 0; i < function.threads.size(); ++i) {
+        const DecoderFields& fields = function.threads[i];
+        py::list frames, items;
+        for (const StreamKey& key : function.keysOf(self, i)) {
+            frames.append(own(PyObject_GetItem(pool.ptr(), keyObject(key).ptr())));
+            items.append(py::cast(std::make_shared<RowFifo>(QUEUE_SIZE_MAX, function.items)));
+        }
+        const auto valueOf = [&](const py::list& queues) {
+            return function.hasLists ? Object(queues) : Object(queues[0]);
+        };
+        // The constructor of the other form may have run before.
+        if (hasDecoder(self, fields.thread)) {
+            const Object known = attribute(self, fields.frames);
+            if (function.hasLists ? areSame(known, frames) : known.is(frames[0])) continue;
+        }
+        const auto gate = std::make_shared<Gate>();
+        setAttribute(self, fields.frames, valueOf(frames));
+        setAttribute(self, fields.items, valueOf(items));
+        setAttribute(self, fields.lock, py::cast(gate));
+        setAttribute(self, fields.thread, startDecoder(self, function, fields, gate));
     }
 }
 
-Object startFeeder(py::handle self, const StreamedFunction& function, std::size_t index,
-                   const std::shared_ptr<Gate>& gate) {
-    const auto runtime = runtimeOrNothing(self);
-    const auto watch = runtime ? runtime->watch : nullptr;
-    const auto supervisor = std::make_shared<FeederSupervisor>(self, function, index, watch);
-    const auto reader = std::make_shared<StreamReader>(
-        function.body, std::vector<StreamReader::Pair>{}, RowLayout(), reportThreadFailure,
-        [&function](std::size_t count) {
-            for (; count != 0; --count) onInterpreter([&] { warnOf(function.overflow); });
-        },
-        supervisor, gate);
-    if (watch) watch->onChange(reader);
-    endAtExit(reader);
-    reader->start();
-    return threadObject(reader);
+void turnLocks(py::handle self, const StreamedFunction& function, const char* action) {
+    for (const DecoderFields& fields : function.threads) callMethod(attribute(self, fields.lock), action);
 }
 
-bool hasFeeder(py::handle self, const char* field) {
-    const Object thread = attributeOrNothing(self, field);
-    const auto running = thread ? nativeOrNothing<OwnedThread>(thread) : nullptr;
-    return running && running->alive();
+bool isStreamOpen(py::handle self, const StreamedFunction& function) {
+    return isTrue(attribute(self, function.opened));
+}
+
+void closeStream(py::handle self, const StreamedFunction& function) {
+    if (!isStreamOpen(self, function)) return;
+    setAttribute(self, function.opened, py::bool_(false));
+    turnLocks(self, function, "acquire");
+    markQueues(self, function);
+}
+
+void freeStream(py::handle self, const StreamedFunction& function) {
+    setAttribute(self, function.killed, py::bool_(true));
+    for (const DecoderFields& fields : function.threads) {
+        callMethod(attribute(self, fields.lock), "acquire", py::bool_(false));
+    }
+    if (function.opensBeforeMarks) turnLocks(self, function, "release");
+    markQueues(self, function);
+    if (!function.opensBeforeMarks) turnLocks(self, function, "release");
+}
+
+void runDecoderBody(py::handle self, const StreamedFunction& function, const DecoderParts& given) {
+    while (!isTrue(attribute(self, function.killed))) {
+        const DecoderParts parts = partsOf(self, function.threads[0], given);
+        passLock(parts.lock);
+        const bool any = turn(function, parts, QUEUE_TIMEOUT, [&] { return borrow(self.ptr()); });
+        if (function.hasLists && !any) sleepBlocking(pollSeconds);
+    }
 }
 
 }  // namespace zvr::python

@@ -14,7 +14,7 @@ void defineFailures(Package& package);
 void defineConversions(Package& package);
 void defineQueues(Package& package);
 void definePools(Package& package);
-void defineObjectQueue(Package& package);
+void defineRowFifo(Package& package);
 void definePacket(Package& package);
 
 /// Gives all bound types of the package what Python can ask of any: a constructor that refuses what it cannot make, and
@@ -27,7 +27,7 @@ inline void defineProtocol(Package& package) {
     defineConversions(package);
     defineQueues(package);
     definePools(package);
-    defineObjectQueue(package);
+    defineRowFifo(package);
     definePacket(package);
 }
 
