@@ -78,7 +78,7 @@ private:
 /// Looks at the object for its receive thread.
 class ReceiverSupervisor final : public ObjectSupervisor<Receiver> {
 public:
-    ReceiverSupervisor(py::handle self, const Link& link, std::shared_ptr<Watch> watch, DataPools pools)
+    ReceiverSupervisor(py::handle self, const DeviceLink& link, std::shared_ptr<Watch> watch, DataPools pools)
         : ObjectSupervisor(self, link.body, std::move(watch)), link_(link), pools_(std::move(pools)) {}
 
     bool changed() const noexcept override {
@@ -159,7 +159,7 @@ private:
         };
     }
 
-    const Link& link_;
+    const DeviceLink& link_;
     DataPools pools_;
     std::shared_ptr<Client> ours_;  // whose steps are looked at
     std::uint64_t steps_ = 0;
@@ -180,7 +180,7 @@ void DeviceRuntime::endAll() {
     watch->touch();
 }
 
-std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const Link& link) {
+std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const DeviceLink& link) {
     auto receiver = std::make_shared<Receiver>(link.body, link.readLength, reportThreadFailure,
                                                link.reportsReads ? Receiver::ReportRead(reportRead) : nullptr,
                                                std::make_shared<ReceiverSupervisor>(self, link, watch, pools));
@@ -216,7 +216,7 @@ void requireOwn(py::handle self) {
 
 bool isKilled(py::handle self) { return isTrue(attribute(self, "killed")); }
 
-void runReceiverBody(py::handle self, const Link& link) {
+void runReceiverBody(py::handle self, const DeviceLink& link) {
     while (!isKilled(self)) {
         passLock(attribute(self, link.lock));
         py::list packets;
