@@ -7,7 +7,7 @@ namespace zvr {
 
 namespace {
 
-// A queue that rings for somebody else is looked at this often.
+// A queue that notifies somebody else is looked at this often.
 constexpr std::chrono::milliseconds lookAgainAfter{50};
 constexpr std::chrono::seconds warningSpan{1};
 constexpr std::size_t all = static_cast<std::size_t>(-1);
