@@ -59,18 +59,20 @@ RowLayout layoutOf(py::handle self) {
 constexpr std::array decoders{
     DecoderFields{"ai_lock", "ai_data_queue_list", "ai_signal_queue_list", "ai_stream_thread"}};
 
-constexpr StreamedFunction inputFunction{
-    .body = "_AIStreamThread",
-    .killed = "ai_killed",
-    .opened = "ai_open_flag",
-    .overflow = FailureId::AIQueueOverflowWarning,
-    .items = floatRows,
-    .threads = decoders,
-    .hasLists = true,
-    .bodyTakesItems = true,
-    .keysOf = [](py::handle self,
-                 std::size_t) { return streamKeys(self, py::cast<int>(attribute(self, "ai_strm_cmd"))); },
-    .layoutOf = layoutOf};
+std::vector<StreamKey> keysOf(py::handle self, std::size_t) {
+    return streamKeys(self, py::cast<int>(attribute(self, "ai_strm_cmd")));
+}
+
+constexpr StreamedFunction inputFunction{.body = "_AIStreamThread",
+                                         .killed = "ai_killed",
+                                         .opened = "ai_open_flag",
+                                         .overflow = FailureId::AIQueueOverflowWarning,
+                                         .items = floatRows,
+                                         .threads = decoders,
+                                         .hasLists = true,
+                                         .bodyTakesItems = true,
+                                         .keysOf = keysOf,
+                                         .layoutOf = layoutOf};
 
 Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipSelect) {
     for (const auto& [number, factor] : {std::pair{0, 2}, {3, 2}, {1, 3}}) {

@@ -26,6 +26,14 @@ void warnOf(FailureId warning) { callObject(failureClass(warning)); }
 
 using Pairs = std::vector<std::pair<Object, Object>>;
 
+// The queues of a field, which holds a list of them, or one.
+py::list queuesIn(const StreamedFunction& function, const Object& field) {
+    if (function.hasLists) return py::list(field);
+    py::list alone;
+    alone.append(field);
+    return alone;
+}
+
 Pairs pairsOf(const StreamedFunction& function, const DecoderParts& parts) {
     if (!function.hasLists) return {{parts.frames, parts.items}};
     Pairs pairs;
@@ -173,20 +181,12 @@ bool areSame(const py::list& some, const py::list& others) {
                       [](py::handle one, py::handle other) { return one.is(other); });
 }
 
-template <class Work>
-void forEachFrameQueue(py::handle self, const StreamedFunction& function, Work work) {
+void markQueues(py::handle self, const StreamedFunction& function) {
     for (const DecoderFields& fields : function.threads) {
-        const Object frames = attribute(self, fields.frames);
-        if (!function.hasLists) {
-            work(frames);
-        } else {
-            for (const py::handle queue : frames) work(queue);
+        for (const py::handle queue : queuesIn(function, attribute(self, fields.frames))) {
+            callMethod(queue, "put", py::none());
         }
     }
-}
-
-void markQueues(py::handle self, const StreamedFunction& function) {
-    forEachFrameQueue(self, function, [](py::handle queue) { callMethod(queue, "put", py::none()); });
 }
 
 }  // namespace
@@ -234,17 +234,13 @@ void constructStream(py::handle self, const StreamedFunction& function) {
             frames.append(own(PyObject_GetItem(pool.ptr(), keyObject(key).ptr())));
             items.append(py::cast(std::make_shared<RowFifo>(QUEUE_SIZE_MAX, function.items)));
         }
-        const auto valueOf = [&](const py::list& queues) {
-            return function.hasLists ? Object(queues) : Object(queues[0]);
-        };
         // The constructor of the other form may have run before.
-        if (hasDecoder(self, fields.thread)) {
-            const Object known = attribute(self, fields.frames);
-            if (function.hasLists ? areSame(known, frames) : known.is(frames[0])) continue;
+        if (hasDecoder(self, fields.thread) && areSame(queuesIn(function, attribute(self, fields.frames)), frames)) {
+            continue;
         }
         const auto gate = std::make_shared<Gate>();
-        setAttribute(self, fields.frames, valueOf(frames));
-        setAttribute(self, fields.items, valueOf(items));
+        setAttribute(self, fields.frames, function.hasLists ? Object(frames) : Object(frames[0]));
+        setAttribute(self, fields.items, function.hasLists ? Object(items) : Object(items[0]));
         setAttribute(self, fields.lock, py::cast(gate));
         setAttribute(self, fields.thread, startDecoder(self, function, fields, gate));
     }

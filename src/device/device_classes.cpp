@@ -11,6 +11,19 @@ namespace {
 // Longest wait for the receive thread to let go of a USB client that was dropped.
 constexpr std::chrono::milliseconds linger{75};
 
+// The link of commands has the same fields in all classes. A client that comes and goes is one that fails to read, too.
+DeviceLink commandLink(const char* clientClass, int readLength, bool comesAndGoes = false) {
+    return {.client = "client_cmd",
+            .status = "connect_status_cmd",
+            .lock = "recv_cmd_lock",
+            .thread = "recv_cmd_thread",
+            .body = "_recvCMDThread",
+            .clientClass = clientClass,
+            .readLength = readLength,
+            .connectsAnew = comesAndGoes,
+            .reportsReads = comesAndGoes};
+}
+
 Object joinNetwork(py::handle self, const DeviceLink& link, Arguments given) {
     connectClient(self, link, given[0], given[1]);
     setAttribute(self, "ip_addr", given[0]);
@@ -71,24 +84,12 @@ Parameters wifiConnectParameters() {
 }
 
 void defineDeviceClasses(Package& package) {
-    // The link of commands has the same fields in all classes.
-    constexpr DeviceLink commands{.client = "client_cmd",
-                                  .status = "connect_status_cmd",
-                                  .lock = "recv_cmd_lock",
-                                  .thread = "recv_cmd_thread",
-                                  .body = "_recvCMDThread"};
-    const auto commandsOver = [&](const char* clientClass, int readLength) {
-        DeviceLink link = commands;
-        link.clientClass = clientClass;
-        link.readLength = readLength;
-        return link;
-    };
     const Raises lost{"NetworkConnectionLostError: the connection was lost before; everything is ended all the same"};
 
     static const DeviceClass network{
         .name = "NetworkDevice",
         .doc = "A device behind one TCP connection.",
-        .link = commandsOver("TCPClient", TCP_PKT_LENGTH_MAX),
+        .link = commandLink("TCPClient", TCP_PKT_LENGTH_MAX),
         .places = {{"ip_addr", "str | None", "address of the device; None until connected"}},
         .dropsClient = true,
         .start = {"Starts the receive thread, which waits for a connection."},
@@ -125,7 +126,7 @@ void defineDeviceClasses(Package& package) {
     static const DeviceClass serial{
         .name = "UARTDevice",
         .doc = "A device on a serial line.",
-        .link = commandsOver("UARTClient", UART_PKT_LENGTH_MAX),
+        .link = commandLink("UARTClient", UART_PKT_LENGTH_MAX),
         .places = {{"port", "str | None", "name of the serial port; None until connected"},
                    {"baudrate", "int | None", "speed in bits per second; None until connected"}},
         .dropsClient = true,
@@ -141,12 +142,7 @@ void defineDeviceClasses(Package& package) {
     static const DeviceClass usb{
         .name = "USBDevice",
         .doc = "A device on USB.",
-        .link =
-            [&] {
-                DeviceLink link = commandsOver("USBClient", USB_PKT_SIZE);
-                link.connectsAnew = link.reportsReads = true;
-                return link;
-            }(),
+        .link = commandLink("USBClient", USB_PKT_SIZE, true),
         .places = {{"serial_num", "str | None", "serial number of the device; None until connected"}},
         .start = {"Starts the receive thread, which waits for a connection."},
         .connectParameters = {{"serial_num", "str", "serial number of the device; \"default\" takes the first one",
@@ -184,6 +180,7 @@ void defineDeviceClasses(Package& package) {
     defineDeviceClass<wifi>(package);
     defineDeviceClass<usb>(package);
     defineDeviceClass<serial>(package);
+    defineBroadcast(package);
     defineDeviceClass<broadcast>(package);
 }
 

@@ -20,7 +20,6 @@ inline void defineDevices(Package& package) {
     defineDevice(package);
     defineUsbEnumeration(package);
     defineDeviceClasses(package);
-    defineBroadcast(package);
 }
 
 /// The library that getLibUSB1() finds, or else the system's own; nothing if there is none.
