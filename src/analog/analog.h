@@ -5,7 +5,7 @@
 
 namespace zvr::python {
 
-void defineRowFifo(Package& package);
+void completeRowFifo(Package& package);
 void defineSampleBlock(Package& package);
 void defineAnalogInput(Package& package);
 void defineAnalogInput24(Package& package);
@@ -14,7 +14,7 @@ void defineAnalogOutputStreaming(Package& package);
 void defineLogger(Package& package);
 
 inline void defineAnalog(Package& package) {
-    defineRowFifo(package);
+    completeRowFifo(package);
     defineSampleBlock(package);
     defineAnalogInput(package);
     defineAnalogInput24(package);

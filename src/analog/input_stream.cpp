@@ -3,7 +3,7 @@
 #include "analog/analog.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 #include "device/protocol.h"
 #include "device/queue_face.h"
 #include "models/traits.h"
@@ -60,52 +60,23 @@ RowLayout layoutOf(py::handle self) {
     return is24 ? RowLayout::scaled24(columns, ratio) : RowLayout::scaled16(columns, ratio);
 }
 
-Object rowsOf(py::handle self, const Object& frame) {
-    RowQueue rows(0);
-    rows.put(layoutOf(self), bytesOf(frame));
-    return toFloats(rows.take(RowQueue::noLimit));
-}
+constexpr std::array decoders{
+    DecoderFields{"ai_lock", "ai_data_queue_list", "ai_signal_queue_list", "ai_stream_thread"}};
 
-FeedParts partsWith(py::handle self, const Object& frames, const Object& rows) {
-    FeedParts parts{attribute(self, "ai_lock"), {}};
-    for (const auto pair : callObject(hostObject("builtins", "zip"), frames, rows)) {
-        const py::tuple both = borrow(pair.ptr());
-        parts.queues.emplace_back(both[0], both[1]);
-    }
-    return parts;
-}
-
-FeedParts partsOf(py::handle self, std::size_t) {
-    return partsWith(self, attribute(self, "ai_data_queue_list"), attribute(self, "ai_signal_queue_list"));
-}
-
-std::vector<Object> argumentsOf(const FeedParts& parts) {
-    py::list frames, rows;
-    for (const auto& [from, to] : parts.queues) {
-        frames.append(from);
-        rows.append(to);
-    }
-    return {frames, rows};
+std::vector<StreamKey> keysOf(py::handle self, std::size_t) {
+    return streamKeys(self, py::cast<int>(attribute(self, "ai_strm_cmd")));
 }
 
 constexpr StreamedFunction inputFunction{.body = "_AIStreamThread",
                                          .killed = "ai_killed",
+                                         .opened = "ai_open_flag",
                                          .overflow = FailureId::AIQueueOverflowWarning,
                                          .items = floatRows,
-                                         .polls = true,
-                                         .partsOf = partsOf,
-                                         .layoutOf = layoutOf,
-                                         .itemsOf = rowsOf,
-                                         .argumentsOf = argumentsOf};
-
-bool areSame(const Object& known, const py::list& queues) {
-    const py::list before = py::list(known);
-    if (before.size() != queues.size()) return false;
-    for (std::size_t i = 0; i < queues.size(); ++i) {
-        if (!Object(before[i]).is(queues[i])) return false;
-    }
-    return true;
-}
+                                         .threads = decoders,
+                                         .hasLists = true,
+                                         .bodyTakesItems = true,
+                                         .keysOf = keysOf,
+                                         .layoutOf = layoutOf};
 
 Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipSelect) {
     for (const auto& [number, factor] : {std::pair{0, 2}, {3, 2}, {1, 3}}) {
@@ -137,7 +108,7 @@ Selection select(py::handle self, const Object& port) {
         const Object index = callMethod(self, "_AI_changePortToIndex", port, chipSelect);
         const Object queue = own(PyObject_GetItem(all.ptr(), index.ptr()));
         selection.objects.push_back(queue);
-        const auto ours = nativeOrNothing<ObjectQueue>(queue);
+        const auto ours = nativeOrNothing<RowFifo>(queue);
         if (ours && &ours->kind == &floatRows && hasOwnMethod(queue, "get")) selection.queues.push_back(ours);
     }
     return selection;
@@ -297,30 +268,12 @@ void constructInput(py::handle self, const InputOffer& offer) {
         chipSelects.append(0);
         setAttribute(self, field, chipSelects);
     }
-    setAttribute(self, "ai_open_flag", py::bool_(false));
-    setAttribute(self, "ai_killed", py::bool_(false));
-
-    py::list frames;
-    const Object pool = attribute(self, "data_pool_strm");
-    for (const StreamKey& key : streamKeys(self, offer.streamCommand)) {
-        frames.append(own(PyObject_GetItem(pool.ptr(), keyObject(key).ptr())));
-    }
-    // The twin's constructor may have run before.
-    if (hasFeeder(self, "ai_stream_thread") && areSame(attribute(self, "ai_data_queue_list"), frames)) return;
-    py::list rows;
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        rows.append(py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, floatRows)));
-    }
-    const auto gate = std::make_shared<Gate>();
-    setAttribute(self, "ai_data_queue_list", frames);
-    setAttribute(self, "ai_signal_queue_list", rows);
-    setAttribute(self, "ai_lock", py::cast(gate));
-    setAttribute(self, "ai_stream_thread", startFeeder(self, inputFunction, 0, gate));
+    constructStream(self, inputFunction);
 }
 
 void defineInputStreaming(Feature& based) {
-    Watch::watchNames({"ai_num_channels", "ai_ratio", "ai_killed", "ai_lock", "ai_data_queue_list",
-                       "ai_signal_queue_list", "_AIStreamThread"});
+    watchStream(inputFunction);
+    Watch::watchNames({"ai_num_channels", "ai_ratio"});
     based.field({"ai_num_channels", "int", "channels of a row of each chip select"})
         .field({"ai_ratio", "float", "volts per count"})
         .field({"ai_killed", "bool", "set once, by `_AI_free`; ends the reader thread"})
@@ -342,15 +295,10 @@ void defineInputStreaming(Feature& based) {
                  .raises = {"ValueError: a frame is no whole number of rows"},
                  .body =
                      [](py::handle self, const Object& frames, const Object& rows) {
-                         runFeederBody(self, inputFunction, [&] { return partsWith(self, frames, rows); });
+                         runDecoderBody(self, inputFunction, {.frames = frames, .items = rows});
                      }})
         .shared({.name = "_AI_free", .doc = "Ends the reader thread for good.", .body = [](py::handle self) {
-                     setAttribute(self, "ai_killed", py::bool_(true));
-                     const Object lock = attribute(self, "ai_lock");
-                     callMethod(lock, "acquire", py::bool_(false));
-                     for (const py::handle queue : attribute(self, "ai_data_queue_list"))
-                         callMethod(queue, "put", py::none());
-                     callMethod(lock, "release");
+                     freeStream(self, inputFunction);
                  }});
 }
 
@@ -410,11 +358,10 @@ void defineInputReading(Feature& module) {
                  }});
 }
 
-void defineRowFifo(Package& package) {
-    py::reinterpret_borrow<ObjectQueueType>(package.get("RowFifo"))
-        .def(py::init([](const Object& maxsize) {
-                 return std::make_shared<ObjectQueue>(queueCapacity(maxsize), floatRows);
-             }),
+void completeRowFifo(Package& package) {
+    py::reinterpret_borrow<RowFifoType>(package.get("RowFifo"))
+        .def(py::init(
+                 [](const Object& maxsize) { return std::make_shared<RowFifo>(queueCapacity(maxsize), floatRows); }),
              py::arg("maxsize") = QUEUE_SIZE_MAX);
 }
 

@@ -1,36 +1,21 @@
 #include "analog/log_thread.h"
 
-#include "python/arguments.h"
-#include "python/operation.h"
-
 #include <set>
-#if __has_include(<unistd.h>)
-#include <unistd.h>
-#endif
 
-#include "analog/rows.h"
-#include "core/engine/fifo.h"
+#include "analog/log_parts.h"
 #include "core/engine/immortal.h"
 #include "core/wire/constants.h"
+#include "python/arguments.h"
 #include "python/raising.h"
 
 namespace zvr::python {
 
 namespace {
 
-// Rows of a block that are written in one go; the others of the interpreter have their turn in between.
-constexpr Py_ssize_t rowsInOneGo = 256;
 // A lock of the host tells nobody that it is free.
 constexpr std::chrono::milliseconds lockPoll{20};
 constexpr std::chrono::milliseconds lookEvery{50};
-
-long thisProcess() {
-#if __has_include(<unistd.h>)
-    return getpid();
-#else
-    return 0;
-#endif
-}
+constexpr const char* bodyName = "_saveStreamingDataThread";
 
 // Touched under the interpreter lock only.
 std::set<std::shared_ptr<LogThread>>& threads() {
@@ -40,100 +25,7 @@ std::set<std::shared_ptr<LogThread>>& threads() {
 
 Object held(const SharedObject& object) { return object ? borrow(object.get()) : Object(); }
 
-// A gate as we made it; one of a subclass is used through its methods.
-std::shared_ptr<Gate> ownGate(py::handle lock) {
-    return py::type::handle_of(lock).is(py::type::of<Gate>()) ? py::cast<std::shared_ptr<Gate>>(lock) : nullptr;
-}
-
-bool isOwnQueue(py::handle queue) { return py::type::handle_of(queue).is(py::type::of<Fifo<SharedObject>>()); }
-
-// Takes a lock without waiting, where it can be asked so.
-bool tryLock(py::handle lock) {
-    try {
-        return isTrue(callMethod(lock, "acquire", py::bool_(false)));
-    } catch (const py::error_already_set& failure) {
-        if (!failure.matches(PyExc_TypeError)) throw;
-    }
-    return isTrue(callMethod(lock, "acquire"));
-}
-
-bool isShut(py::handle lock) {
-    const Object asks = attributeOrNothing(lock, "locked");
-    return asks && isTrue(callObject(asks));
-}
-
-// Whether a thread may go on: a lock is taken and given back.
-bool tryPass(py::handle lock) {
-    if (const auto gate = ownGate(lock)) return !gate->locked();
-    if (!tryLock(lock)) return false;
-    openLock(lock);
-    return true;
-}
-
-bool isEmpty(py::handle queue) {
-    const Object asks = attributeOrNothing(queue, "empty");
-    return !asks || isTrue(callObject(asks));
-}
-
-std::uint64_t sizeOf(py::handle queue) {
-    const Object asks = attributeOrNothing(queue, "qsize");
-    const Object size = asks ? callObject(asks) : Object();
-    return size && PyLong_Check(size.ptr()) != 0 ? PyLong_AsUnsignedLongLongMask(size.ptr()) : 0;
-}
-
-std::size_t rowsOf(py::handle rows) {
-    const Object seen =
-        PyObject_CheckBuffer(rows.ptr()) != 0 ? own(PyMemoryView_FromObject(rows.ptr())) : borrow(rows.ptr());
-    const Py_ssize_t count = PyObject_Size(seen.ptr());
-    if (count < 0) PyErr_Clear();
-    return count < 0 ? 1 : static_cast<std::size_t>(count);
-}
-
-void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& abandoned) {
-    if (!py::isinstance<SampleBlock>(rows)) {
-        callMethod(writer, "writerows", rows);
-        return;
-    }
-    const Object view = own(PyMemoryView_FromObject(rows.ptr()));
-    const Py_ssize_t count = PyObject_Size(view.ptr());
-    for (Py_ssize_t first = 0; first < count && !abandoned; first += rowsInOneGo) {
-        const py::slice some(first, std::min(first + rowsInOneGo, count), 1);
-        callMethod(writer, "writerows", callMethod(own(PyObject_GetItem(view.ptr(), some.ptr())), "tolist"));
-        const WithoutGil released;
-    }
-}
-
 }  // namespace
-
-void openLock(py::handle lock) {
-    try {
-        callMethod(lock, "release");
-    } catch (const py::error_already_set& failure) {
-        // It is open already, or not ours to open.
-        if (!failure.matches(PyExc_RuntimeError)) throw;
-    }
-}
-
-void shutLock(py::handle lock) {
-    if (const auto gate = ownGate(lock)) {
-        gate->acquire();
-    } else {
-        tryLock(lock);
-    }
-}
-
-void putMarker(py::handle queue) {
-    const Object limit = attributeOrNothing(queue, "maxsize");
-    if (!limit || PyLong_Check(limit.ptr()) == 0 || !isTrue(limit)) {
-        callMethod(queue, "put", py::none());
-        return;
-    }
-    try {
-        callMethod(queue, "put_nowait", py::none());
-    } catch (const py::error_already_set& failure) {
-        if (!failure.matches(hostObject("queue", "Full"))) throw;
-    }
-}
 
 // Nothing passes or is written while one of these is there.
 class LogThread::Standing {
@@ -167,9 +59,9 @@ LogThread::Pause::~Pause() {
 }
 
 LogThread::LogThread(py::handle owner)
-    : OwnedThread("_saveStreamingDataThread", reportThreadFailure),
+    : OwnedThread(bodyName, reportThreadFailure),
       reference_(shared(own(PyWeakref_NewRef(owner.ptr(), nullptr)))),
-      process_(thisProcess()) {}
+      body_(owner, bodyName) {}
 
 std::vector<std::shared_ptr<LogThread>> LogThread::all() { return {threads().begin(), threads().end()}; }
 
@@ -183,8 +75,6 @@ void LogThread::startOnHost(const Object& thread) {
     callMethod(thread, "start");
     threads().insert(shared_from_this());
 }
-
-bool LogThread::isForeign() const { return process_ != thisProcess(); }
 
 bool LogThread::works() const {
     if (isForeign()) return false;
@@ -396,21 +286,19 @@ void LogThread::write(const Object& writer, const Object& rows) {
     rowsInWork_ = 0;
 }
 
-// A body that somebody put in the place of ours is called once; then the thread rests until it is another one.
+// While another body stands in the place of the library's, the thread does nothing after the call of it.
 bool LogThread::otherBodyRuns(std::uint64_t seen) {
-    const Object object = owner();
-    if (object.is_none() || hasOwnMethod(object, name().c_str())) {
-        otherBody_ = nullptr;
-        return false;
+    Object object = owner();
+    if (object.is_none()) return false;
+    const auto queueOf = [](const Object& self) { return py::make_tuple(attribute(self, "save_data_queue")); };
+    switch (body_.callOther(object, queueOf)) {
+        case ThreadBody::Found::own: return false;
+        case ThreadBody::Found::called: return true;
+        case ThreadBody::Found::known: break;
     }
-    const Object body = attribute(object, name().c_str());
-    const void* const function = PyMethod_Check(body.ptr()) ? PyMethod_GET_FUNCTION(body.ptr()) : body.ptr();
-    if (std::exchange(otherBody_, function) == function) {
-        if (ended_) return false;
-        awaitChange(seen, Clock::now() + std::chrono::milliseconds(50), {});
-    } else {
-        callObject(body, attribute(object, "save_data_queue"));
-    }
+    if (ended_) return false;
+    object = {};
+    awaitChange(seen, Clock::now() + lookEvery, {});
     return true;
 }
 

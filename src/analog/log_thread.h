@@ -7,6 +7,7 @@
 #include "core/engine/gate.h"
 #include "core/engine/threads.h"
 #include "device/runtime.h"
+#include "device/thread_body.h"
 
 namespace zvr::python {
 
@@ -31,8 +32,6 @@ public:
     void startOnHost(const Object& thread);
     /// Whether there is a thread that writes.
     bool works() const;
-    /// In a forked child there is no thread, and the file is its parent's.
-    bool isForeign() const;
 
     /// To be told of every change of a watched field, with its value before and now; nothing where there is none.
     void noteChange(LogField field, const Object& before, const Object& now);
@@ -103,7 +102,7 @@ private:
     void wake();
 
     const SharedObject reference_;  // weak
-    const long process_;
+    ThreadBody body_;
     SharedObject hostThread_;
     LogFields heritage_;
     SharedObject file_;              // held here, or the collector would close it together with an object that it takes
@@ -114,7 +113,6 @@ private:
     int standing_ = 0;
     int pauses_ = 0;
     bool finished_ = false;
-    const void* otherBody_ = nullptr;  // replacement that has been called; only compared
     bool reported_ = false;
     std::atomic<bool> ended_{false};
     std::atomic<bool> abandoned_{false};
@@ -126,12 +124,5 @@ private:
     Ledger turns_;   // each takes one item from the queue
     Ledger writes_;  // each begins with a look at the writer
 };
-
-/// Lets a thread through that stands at this gate or lock.
-void openLock(py::handle lock);
-/// Shuts it, without ever waiting.
-void shutLock(py::handle lock);
-/// Puts what only wakes a thread; a full queue needs none.
-void putMarker(py::handle queue);
 
 }  // namespace zvr::python

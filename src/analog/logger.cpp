@@ -4,6 +4,7 @@
 
 #include "analog/analog.h"
 #include "analog/log_fields.h"
+#include "analog/log_parts.h"
 #include "core/engine/fifo.h"
 #include "core/wire/constants.h"
 #include "python/operation.h"

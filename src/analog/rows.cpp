@@ -5,7 +5,7 @@
 
 #include "analog/analog.h"
 #include "core/engine/immortal.h"
-#include "device/object_queue.h"
+#include "device/row_fifo.h"
 #include "device/queue_face.h"
 
 namespace zvr::python {

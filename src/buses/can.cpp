@@ -3,7 +3,7 @@
 #include "buses/can_frame.h"
 #include "buses/ports.h"
 #include "core/wire/constants.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 
 namespace zvr::python {
 
@@ -36,52 +36,26 @@ std::pair<RowLayout, Bytes> fromFrame(py::handle frame) {
 
 constexpr ItemKind canFrames{toFrames, fromFrame};
 
-FeedParts partsOf(py::handle self, std::size_t) {
-    return {attribute(self, "can_lock"), {{attribute(self, "can_data_queue"), attribute(self, "can_frame_queue")}}};
-}
-
-Object framesOf(py::handle, const Object& records) {
-    RowQueue rows(0);
-    rows.put(RowLayout::records(CanFrame::wireBytes), bytesOf(records));
-    return toFrames(rows.take(RowQueue::noLimit));
-}
+constexpr std::array decoders{DecoderFields{"can_lock", "can_data_queue", "can_frame_queue", "can_stream_thread"}};
 
 constexpr StreamedFunction canFunction{
     .body = "_CANStreamThread",
     .killed = "can_killed",
+    .opened = "can_open_flag",
     .overflow = FailureId::CANQueueOverflowWarning,
     .items = canFrames,
-    .polls = false,
-    .partsOf = partsOf,
-    .layoutOf = [](py::handle) { return RowLayout::records(CanFrame::wireBytes); },
-    .itemsOf = framesOf,
-    .argumentsOf = [](const FeedParts& parts) -> std::vector<Object> { return {parts.queues[0].first}; }};
+    .threads = decoders,
+    .keysOf = [](py::handle, std::size_t) -> std::vector<StreamKey> { return {{.command = START_CAN}}; },
+    .layoutOf = [](py::handle) { return RowLayout::records(CanFrame::wireBytes); }};
 
-Object dataQueueOf(py::handle self) {
-    const Object pool = attribute(self, "data_pool_strm");
-    return own(PyObject_GetItem(pool.ptr(), py::int_(int{START_CAN}).ptr()));
-}
-
-void constructBased(py::handle self) {
-    setAttribute(self, "can_open_flag", py::bool_(false));
-    setAttribute(self, "can_killed", py::bool_(false));
-    const Object records = dataQueueOf(self);
-    // The twin's constructor may have run before.
-    if (hasFeeder(self, "can_stream_thread") && attribute(self, "can_data_queue").is(records)) return;
-    const auto gate = std::make_shared<Gate>();
-    setAttribute(self, "can_data_queue", records);
-    setAttribute(self, "can_frame_queue", py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, canFrames)));
-    setAttribute(self, "can_lock", py::cast(gate));
-    setAttribute(self, "can_stream_thread", startFeeder(self, canFunction, 0, gate));
-}
+void constructBased(py::handle self) { constructStream(self, canFunction); }
 
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "can_dict", ports);
     callObject(attribute(packageObject("CANBased"), "__init__"), self);
-    setAttribute(self, "can_data_queue", dataQueueOf(self));
+    const Object pool = attribute(self, "data_pool_strm");
+    setAttribute(self, "can_data_queue", own(PyObject_GetItem(pool.ptr(), py::int_(int{START_CAN}).ptr())));
 }
-
-bool isOpen(py::handle self) { return isTrue(attribute(self, "can_open_flag")); }
 
 // The pin check's own name ends in an underscore, its async variant's does not. Compat 30.
 Result open(Op op, Object port) {
@@ -92,14 +66,14 @@ Result open(Op op, Object port) {
         co_await op.request("_checkCANPinState_", port, freeModes());
     }
     const Object reply = co_await exchange(op, OPEN_CAN, payload(port));
-    if (!isOpen(op.self())) {
-        setAttribute(op.self(), "can_open_flag", py::bool_(true));
-        callMethod(attribute(op.self(), "can_lock"), "release");
+    if (!isStreamOpen(op.self(), canFunction)) {
+        setAttribute(op.self(), canFunction.opened, py::bool_(true));
+        turnLocks(op.self(), canFunction, "release");
     }
     co_return statusOf(bytesOf(reply), 1);
 }
 
-// The device never answers a start: the blocking form hears of that.
+// The device never answers a start, so the blocking form times out.
 Result start(Op op, Object port) {
     op.call("_checkCANPort", port);
     if (op.awaitable()) {
@@ -116,11 +90,7 @@ Result close(Op op, Object port) {
     // Compat 21: what is negative already is an error of its own.
     if (const Object refusal = refusalOf(stopped)) co_return refusal;
     const Object reply = co_await exchange(op, CLOSE_CAN, payload(port));
-    if (isOpen(op.self())) {
-        setAttribute(op.self(), "can_open_flag", py::bool_(false));
-        callMethod(attribute(op.self(), "can_lock"), "acquire");
-        callMethod(attribute(op.self(), "can_data_queue"), "put", py::none());
-    }
+    closeStream(op.self(), canFunction);
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -186,7 +156,7 @@ void defineChecks(Feature& can) {
 }
 
 void defineStreaming(Feature& can) {
-    Watch::watchNames({canFunction.body, canFunction.killed, "can_data_queue", "can_frame_queue", "can_lock"});
+    watchStream(canFunction);
     can.basedConstructor({}, constructBased)
         .field({"can_killed", "bool", "set once, by `_CAN_free`; ends the feeding thread"})
         .field({"can_open_flag", "bool", "whether the port is open"})
@@ -198,18 +168,10 @@ void defineStreaming(Feature& can) {
                  .parameters = {{"queue_", "Fifo", "queue of records"}},
                  .doc = "Body of the feeding thread: turns records into frames until `_CAN_free`.",
                  .raises = {"ValueError: what came is no whole number of records"},
-                 .body =
-                     [](py::handle self, const Object& frames) {
-                         runFeederBody(self, canFunction, [&]() -> FeedParts {
-                             return {attribute(self, "can_lock"), {{frames, attribute(self, "can_frame_queue")}}};
-                         });
-                     }})
+                 .body = [](py::handle self,
+                            const Object& frames) { runDecoderBody(self, canFunction, {.frames = frames}); }})
         .shared({.name = "_CAN_free", .doc = "Ends the feeding thread for good.", .body = [](py::handle self) {
-                     setAttribute(self, "can_killed", py::bool_(true));
-                     const Object lock = attribute(self, "can_lock");
-                     callMethod(lock, "acquire", py::bool_(false));
-                     callMethod(attribute(self, "can_data_queue"), "put", py::none());
-                     callMethod(lock, "release");
+                     freeStream(self, canFunction);
                  }});
 }
 

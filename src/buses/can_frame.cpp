@@ -202,7 +202,8 @@ void setId(py::handle self) {
     appendBigEndian(bytes, wordOf(self));
     const py::list word = toList(bytes);
     setAttribute(self, "id_in_list", word);
-    setAttribute(self, "frame_in_list", own(PyNumber_Add(word.ptr(), attribute(self, "data").ptr())));
+    const Object data = attribute(self, "data");
+    setAttribute(self, "frame_in_list", own(entering([&] { return PyNumber_Add(word.ptr(), data.ptr()); })));
 }
 
 void construct(py::handle self, const Object& number, const Object& extended, const Object& isRemote,
@@ -253,7 +254,7 @@ Object equals(py::handle self, const Object& other) {
     if (mine.fields == nullptr && others.fields == nullptr) {
         return py::bool_(mine.wire.idBytes == others.wire.idBytes && mine.wire.data == others.wire.data);
     }
-    return py::bool_(saying(self).equal(saying(other)));
+    return py::bool_(entering([&] { return saying(self).equal(saying(other)); }));
 }
 
 // The fields that there are, and what a user has added.

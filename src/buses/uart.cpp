@@ -2,7 +2,7 @@
 #include "buses/buses.h"
 #include "buses/ports.h"
 #include "core/wire/constants.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
 
 namespace zvr::python {
 
@@ -10,10 +10,9 @@ namespace {
 
 constexpr PinnedPorts uartPorts{"UART", "uart_dict", "UART_port", FailureId::UARTPortNotAvaliableError};
 constexpr std::size_t longestWrite = 50;
-constexpr std::array locks{"uart_p1_lock", "uart_p2_lock"};
-constexpr std::array dataQueues{"uart_p1_data_queue", "uart_p2_data_queue"};
-constexpr std::array signalQueues{"uart_p1_signal_queue", "uart_p2_signal_queue"};
-constexpr std::array threads{"uart_p1_stream_thread", "uart_p2_stream_thread"};
+constexpr std::array decoders{
+    DecoderFields{"uart_p1_lock", "uart_p1_data_queue", "uart_p1_signal_queue", "uart_p1_stream_thread"},
+    DecoderFields{"uart_p2_lock", "uart_p2_data_queue", "uart_p2_signal_queue", "uart_p2_stream_thread"}};
 
 template <class Make>
 py::list listOfBytes(const std::vector<RowRun>& rows, Make make) {
@@ -39,61 +38,35 @@ std::pair<RowLayout, Bytes> fromNumber(py::handle number) {
 
 constexpr ItemKind octets{toNumbers, fromNumber};
 
-FeedParts partsOf(py::handle self, std::size_t index) {
-    return {attribute(self, locks[index]),
-            {{attribute(self, dataQueues[index]), attribute(self, signalQueues[index])}}};
-}
+constexpr StreamedFunction uartFunction{
+    .body = "_UARTStreamThread",
+    .killed = "uart_killed",
+    .opened = "uart_open_flag",
+    .overflow = FailureId::UARTQueueOverflowWarning,
+    .items = octets,
+    .threads = decoders,
+    .bodyTakesLock = true,
+    .bodyTakesItems = true,
+    .opensBeforeMarks = true,
+    .keysOf = [](py::handle, std::size_t thread) -> std::vector<StreamKey> {
+        return {{.command = START_UART_READING, .port = static_cast<int>(thread) + 1}};
+    },
+    .layoutOf = [](py::handle) { return RowLayout::octets(1); },
+    .itemsOf = [](py::handle, const Object& frame) { return frame; }};
 
-constexpr StreamedFunction uartFunction{.body = "_UARTStreamThread",
-                                        .killed = "uart_killed",
-                                        .overflow = FailureId::UARTQueueOverflowWarning,
-                                        .items = octets,
-                                        .polls = false,
-                                        .partsOf = partsOf,
-                                        .layoutOf = [](py::handle) { return RowLayout::octets(1); },
-                                        .itemsOf = [](py::handle, const Object& frame) { return frame; },
-                                        .argumentsOf = [](const FeedParts& parts) -> std::vector<Object> {
-                                            return {parts.lock, parts.queues[0].first, parts.queues[0].second};
-                                        }};
-
-void constructBased(py::handle self) {
-    setAttribute(self, "uart_open_flag", py::bool_(false));
-    setAttribute(self, "uart_killed", py::bool_(false));
-    const Object pool = attribute(self, "data_pool_strm");
-    for (std::size_t i = 0; i < locks.size(); ++i) {
-        const py::tuple key = py::make_tuple(int{START_UART_READING}, i + 1);
-        const Object frames = own(PyObject_GetItem(pool.ptr(), key.ptr()));
-        // The twin's constructor may have run before.
-        if (hasFeeder(self, threads[i]) && attribute(self, dataQueues[i]).is(frames)) continue;
-        const auto gate = std::make_shared<Gate>();
-        setAttribute(self, dataQueues[i], frames);
-        setAttribute(self, signalQueues[i], py::cast(std::make_shared<ObjectQueue>(QUEUE_SIZE_MAX, octets)));
-        setAttribute(self, locks[i], py::cast(gate));
-        setAttribute(self, threads[i], startFeeder(self, uartFunction, i, gate));
-    }
-}
+void constructBased(py::handle self) { constructStream(self, uartFunction); }
 
 void construct(py::handle self, const Object& ports) {
     setAttribute(self, "uart_dict", ports);
     callObject(attribute(packageObject("UARTBased"), "__init__"), self);
 }
 
-void onLocks(py::handle self, const char* action) {
-    for (const char* lock : locks) callMethod(attribute(self, lock), action);
-}
-
-void wakeReaders(py::handle self) {
-    for (const char* queue : dataQueues) callMethod(attribute(self, queue), "put", py::none());
-}
-
-bool isOpen(py::handle self) { return isTrue(attribute(self, "uart_open_flag")); }
-
 Result open(Op op, Object port) {
     const Object reply = co_await op.run(openPort(op, uartPorts, port, OPEN_UART));
-    if (!isOpen(op.self())) {
-        setAttribute(op.self(), "uart_open_flag", py::bool_(true));
+    if (!isStreamOpen(op.self(), uartFunction)) {
+        setAttribute(op.self(), uartFunction.opened, py::bool_(true));
         co_await op.same("_UART_startReading", port);
-        onLocks(op.self(), "release");
+        turnLocks(op.self(), uartFunction, "release");
     }
     co_return statusOf(bytesOf(reply), 1);
 }
@@ -106,11 +79,7 @@ Result close(Op op, Object port) {
         op.call("UART_stopReading", port, op.timeout());  // Compat 1: there is none
     }
     const Object reply = co_await exchange(op, CLOSE_UART, payload(port));
-    if (isOpen(op.self())) {
-        setAttribute(op.self(), "uart_open_flag", py::bool_(false));
-        onLocks(op.self(), "acquire");
-        wakeReaders(op.self());
-    }
+    closeStream(op.self(), uartFunction);
     co_return statusOf(bytesOf(reply), 1);
 }
 
@@ -128,7 +97,7 @@ Result write(Op op, Object port, Object text) {
 Object signalQueue(const Op& op, const Object& port, const Object& count) {
     op.call("_checkUARTPort", port);
     checkIsInt(count);
-    return attribute(op.self(), signalQueues[port.equal(py::int_(1)) ? 0 : 1]);
+    return attribute(op.self(), decoders[port.equal(py::int_(1)) ? 0 : 1].items);
 }
 
 Result read(Op op, Object port, Object count, Object delay) {
@@ -186,17 +155,16 @@ void defineChecks(Feature& uart) {
 }
 
 void defineStreaming(Feature& uart) {
-    Watch::watchNames({uartFunction.body, uartFunction.killed});
+    watchStream(uartFunction);
     uart.basedConstructor({}, constructBased)
         .field({"uart_killed", "bool", "set once, by `_UART_free`; ends the feeding threads"})
         .field({"uart_open_flag", "bool", "whether reading is on; both ports share it"});
-    for (std::size_t i = 0; i < locks.size(); ++i) {
+    for (std::size_t i = 0; i < decoders.size(); ++i) {
         const std::string port = std::to_string(i + 1);
-        Watch::watchNames({dataQueues[i], signalQueues[i], locks[i]});
-        uart.field({dataQueues[i], "Fifo", "frames of port " + port + " as they came"})
-            .field({signalQueues[i], "RowFifo", "bytes of port " + port})
-            .field({locks[i], "Gate", "gate of its feeding thread, shut while nothing is open"})
-            .field({threads[i], "DeviceThread", "its feeding thread"});
+        uart.field({decoders[i].frames, "Fifo", "frames of port " + port + " as they came"})
+            .field({decoders[i].items, "RowFifo", "bytes of port " + port})
+            .field({decoders[i].lock, "Gate", "gate of its feeding thread, shut while nothing is open"})
+            .field({decoders[i].thread, "DeviceThread", "its feeding thread"});
     }
     uart.shared({.name = "_UARTStreamThread",
                  .parameters = {{"lock", "Gate", "gate that each round passes"},
@@ -205,13 +173,10 @@ void defineStreaming(Feature& uart) {
                  .doc = "Body of a feeding thread: turns frames into bytes until `_UART_free`.",
                  .body =
                      [](py::handle self, const Object& lock, const Object& frames, const Object& bytes) {
-                         runFeederBody(self, uartFunction, [&]() -> FeedParts { return {lock, {{frames, bytes}}}; });
+                         runDecoderBody(self, uartFunction, {lock, frames, bytes});
                      }})
         .shared({.name = "_UART_free", .doc = "Ends the feeding threads for good.", .body = [](py::handle self) {
-                     setAttribute(self, "uart_killed", py::bool_(true));
-                     for (const char* lock : locks) callMethod(attribute(self, lock), "acquire", py::bool_(false));
-                     onLocks(self, "release");
-                     wakeReaders(self);
+                     freeStream(self, uartFunction);
                  }});
 }
 

@@ -1,4 +1,4 @@
-// Finding devices that nobody is connected to: the device class that broadcasts, and its operations.
+// Finding devices that nobody is connected to: the operations over a broadcast.
 #include "core/wire/commands.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
@@ -10,9 +10,6 @@
 namespace zvr::python {
 
 namespace {
-
-constexpr Link udpLink{"client_udp",     "connect_status_udp", "recv_udp_lock", "recv_udp_thread",
-                       "_recvUDPThread", UDP_PKT_LENGTH_MAX,   false,           true};
 
 const Parameter macParameter{"mac_addr", "str", "MAC address of the device: six hexadecimal numbers with colons"};
 const Parameter ipParameter{"ip_addr", "str", "dotted IPv4 address that the device takes"};
@@ -89,7 +86,9 @@ Result setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
     co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_SET_IP, data));
 }
 
-void defineOperations(Package& package) {
+}  // namespace
+
+void defineBroadcast(Package& package) {
     const Raises typeRaises{"InputTypeNotCorrectError: an argument is not a string",
                             "ValueError, OSError: an address is not well-formed"};
     const Returns status{"int", "the second status of all different answers; it is not checked", "the devices"};
@@ -130,58 +129,6 @@ void defineOperations(Package& package) {
                     .doc = "Finds the devices on USB.",
                     .returns = {"list[list[str]]", "serial number and product name of each", "the devices"},
                     .body = [](py::handle self) { return callMethod(self, "_getAllUSBDevices"); }});
-}
-
-}  // namespace
-
-void defineBroadcast(Package& package) {
-    defineOperations(package);
-    ClassMaker type = package.makeClass("BroadcastDevice", {"Device"}, "Asks all devices on the network at once.");
-    defineLinkFields<udpLink>(type, "UDPClient");
-    type.method({.name = "__init__",
-                 .parameters = {verboseParameter},
-                 .doc = "Starts the receive thread, which waits for a port.",
-                 .body =
-                     [](py::handle self, const Object& verbose) {
-                         callOf("Device", "__init__", self);
-                         openLink(self, udpLink, callObject(classNamed("UDPClient")));
-                         setAttribute(self, udpLink.status, py::int_(0));
-                         printMessage(verbose, "Opened handle", self);
-                     }})
-        .method({.name = "connect",
-                 .parameters = {verboseParameter},
-                 .doc = "Takes UDP port 6667, on which the devices answer; does nothing if it has it.",
-                 .raises = {"NetworkConnectionError: the port is taken, or the handle is closed"},
-                 .body =
-                     [](py::handle self, const Object& verbose) {
-                         if (isTrue(self, udpLink.status)) return;
-                         if (isKilled(self)) {
-                             throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-                         }
-                         callMethod(attribute(self, udpLink.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));
-                         setAttribute(self, udpLink.status, py::int_(1));
-                         openGate(self, udpLink);
-                         printBareMessage(verbose, "Binded", self);
-                     }})
-        .method({.name = "disconnect",
-                 .parameters = {verboseParameter},
-                 .doc = "Lets go of the port; does nothing if it has none.",
-                 .body =
-                     [](py::handle self, const Object& verbose) {
-                         if (!isTrue(self, udpLink.status)) return;
-                         shutLink(self, udpLink);
-                         setAttribute(self, udpLink.status, py::int_(0));
-                         printBareMessage(verbose, "Disconnected", self);
-                     }})
-        .method({.name = "close",
-                 .parameters = {verboseParameter},
-                 .doc = "Ends port and thread for good; a second call does nothing.",
-                 .body = [](py::handle self, const Object& verbose) {
-                     closeDevice(self, udpLink, verbose, [](py::handle object) {
-                         callOf("Device", "close", object, py::bool_(false));
-                         openGate(object, udpLink);
-                     });
-                 }});
 }
 
 }  // namespace zvr::python

@@ -38,11 +38,11 @@ SharedSplitter& splitterOf(const std::shared_ptr<Client>& client) {
 }
 
 // Reads what there is; `ended` and `idle` give no bytes.
-std::pair<Reading, Bytes> readOnce(const std::shared_ptr<Client>& client, py::handle most) {
+std::pair<ReadStatus, Bytes> readOnce(const std::shared_ptr<Client>& client, py::handle most) {
     Bytes buffer(lengthOf(most, "length"));
-    if (buffer.empty()) return {Reading::data, {}};
-    const Reading reading = blocking([&](const Attend& attend) { return client->read(buffer, attend); });
-    if (reading != Reading::data) buffer.clear();
+    if (buffer.empty()) return {ReadStatus::data, {}};
+    const ReadStatus reading = blocking([&](const Attend& attend) { return client->read(buffer, attend); });
+    if (reading != ReadStatus::data) buffer.clear();
     return {reading, std::move(buffer)};
 }
 
@@ -348,7 +348,7 @@ void defineUsbClient(Package& package) {
                  .raises = {"USBTimeoutError: nothing came in time", "USBError: the USB layer's failure"},
                  .body = [](py::handle self, const Object& most) {
                      const auto [reading, bytes] = readOnce(usbClient(self), most);
-                     if (reading == Reading::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);
+                     if (reading == ReadStatus::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);
                      return toBytes(bytes);
                  }});
 }

@@ -11,56 +11,11 @@ namespace zvr::python {
 
 const Parameter verboseParameter{"verbose", "bool", "whether to print a line", "True"};
 
-void printMessage(const Object& verbose, const char* verb, py::handle self, const Object& place) {
-    if (!isTrue(verbose)) return;
-    const Object name = callMethod(self, "_getDeviceName");
-    printLine(place ? py::str("{} {} ({})").format(verb, name, place) : py::str("{} ({})").format(verb, name));
-}
-
-void printBareMessage(const Object& verbose, const char* verb, py::handle self) {
-    if (isTrue(verbose)) printLine(py::str("{} {}").format(verb, callMethod(self, "_getDeviceName")));
-}
-
-void openLink(py::handle self, const Link& link, const Object& client) {
-    const auto receiver = runtimeOf(self)->startReceiver(self, link);
-    setAttribute(self, link.client, client);
-    setAttribute(self, link.status, py::bool_(false));
-    setAttribute(self, link.lock, py::cast(receiver->gate));
-    setAttribute(self, link.thread, threadObject(receiver));
+void printMessage(const Object& verbose, const char* message, py::handle self) {
+    if (isTrue(verbose)) printLine(py::str("{} ({})").format(message, callMethod(self, "_getDeviceName")));
 }
 
 bool isTrue(py::handle self, const char* field) { return isTrue(attribute(self, field)); }
-
-void connectLink(py::handle self, const Link& link, const Object& place, const Object& number) {
-    requireOwn(self);
-    const Object client = attribute(self, link.client);
-    if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-    setAttribute(self, link.status, callMethod(client, "connect", place, number));
-}
-
-void openGate(py::handle self, const Link& link) { callMethod(attribute(self, link.lock), "release"); }
-
-void shutGate(py::handle self, const Link& link) {
-    callMethod(attribute(self, link.lock), "acquire");
-    sleepBlocking(0.001);
-}
-
-void shutLink(py::handle self, const Link& link) {
-    requireOwn(self);
-    shutGate(self, link);
-    callMethod(attribute(self, link.client), "disconnect");
-    setAttribute(self, link.status, py::bool_(false));
-}
-
-void closeDevice(py::handle self, const Link& link, const Object& verbose, void (*end)(py::handle self)) {
-    if (isKilled(self)) return;
-    if (isForeign(self)) return setAttribute(self, "killed", py::bool_(true));  // the connection is the parent's
-    thenAlways(
-        [&] {
-            if (isTrue(self, link.status)) callMethod(self, "disconnect");
-        },
-        [&] { thenAlways([&] { end(self); }, [&] { printMessage(verbose, "Closed handle", self); }); });
-}
 
 Object classNamed(const char* type) { return packageObject(type); }
 

@@ -10,19 +10,16 @@ namespace zvr::python {
 void defineUsbLibrary(Package& package);
 void defineClients(Package& package);
 void defineDevice(Package& package);
-void defineNetworkDevices(Package& package);
-void defineUsbDevice(Package& package);
-void defineSerialDevice(Package& package);
+void defineUsbEnumeration(Package& package);
+void defineDeviceClasses(Package& package);
 void defineBroadcast(Package& package);
 
 inline void defineDevices(Package& package) {
     defineUsbLibrary(package);
     defineClients(package);
     defineDevice(package);
-    defineNetworkDevices(package);
-    defineUsbDevice(package);
-    defineSerialDevice(package);
-    defineBroadcast(package);
+    defineUsbEnumeration(package);
+    defineDeviceClasses(package);
 }
 
 /// The library that getLibUSB1() finds, or else the system's own; nothing if there is none.
@@ -31,38 +28,10 @@ std::shared_ptr<const UsbLibrary> usbLibrary();
 /// Parameters and messages that all device classes share.
 extern const Parameter verboseParameter;
 Parameters wifiConnectParameters();
-void printMessage(const Object& verbose, const char* verb, py::handle self, const Object& place = {});
-void printBareMessage(const Object& verbose, const char* verb, py::handle self);
-
-/// Makes the receive thread and the fields, the thread waiting at its gate.
-void openLink(py::handle self, const Link& link, const Object& client);
-
-template <const Link& link>
-void defineLinkFields(ClassMaker& type, const char* clientType) {
-    Watch::watchNames({link.client, link.lock, link.body});
-    type.field({link.status, "bool", "whether the connection is open"})
-        .field({link.lock, "Gate", "gate of the receive thread, shut while there is no connection"})
-        .field({link.thread, "DeviceThread", "the receive thread, from construction to close"})
-        .field({link.client, std::string(clientType) + " | None", "the client that the receive thread reads from"})
-        .method({.name = link.body,
-                 .doc = "Body of the receive thread: reads and files frames until the object is closed.",
-                 .body = [](py::handle self) { runReceiverBody(self, link); }});
-}
+/// Prints the message and the name of the device in parentheses.
+void printMessage(const Object& verbose, const char* message, py::handle self);
 
 bool isTrue(py::handle self, const char* field);
-
-/// Connects the link's client and keeps what that returns as the status. Throws Failure NetworkConnectionError on a
-/// closed object.
-void connectLink(py::handle self, const Link& link, const Object& place, const Object& number);
-void openGate(py::handle self, const Link& link);
-/// Shuts the gate and waits a moment, so that the thread leaves its read.
-void shutGate(py::handle self, const Link& link);
-/// Shuts the gate and disconnects the client.
-void shutLink(py::handle self, const Link& link);
-
-/// What every close does: disconnects, ends the object in its own way, and says so, each even if the step before
-/// failed.
-void closeDevice(py::handle self, const Link& link, const Object& verbose, void (*end)(py::handle self));
 
 Object classNamed(const char* type);
 

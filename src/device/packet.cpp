@@ -2,8 +2,8 @@
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "core/wire/frame.h"
-#include "device/object_queue.h"
 #include "device/protocol.h"
+#include "device/row_fifo.h"
 #include "device/runtime.h"
 #include "python/raising.h"
 
@@ -129,7 +129,7 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
     const Py_ssize_t size = sizeOf(queue);
     py::list items;
     const Py_ssize_t times = wanted > -1 && wanted < size ? wanted : size;
-    if (const auto ours = nativeOrNothing<ObjectQueue>(queue); ours && hasOwnMethod(queue, "get_nowait")) {
+    if (const auto ours = nativeOrNothing<RowFifo>(queue); ours && hasOwnMethod(queue, "get_nowait")) {
         items = ours->takeObjects(static_cast<std::size_t>(std::max(times, Py_ssize_t{0})));
     } else {
         for (Py_ssize_t i = 0; i < times; ++i) {
@@ -157,7 +157,7 @@ bool awaitSize(py::handle queue, Py_ssize_t count, double seconds) {
 
 py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted, Seconds delay) {
     if (wanted > -1 && sizeOf(queue) < wanted && !awaitSize<StreamFifo>(queue, wanted, delay) &&
-        !awaitSize<ObjectQueue>(queue, wanted, delay)) {
+        !awaitSize<RowFifo>(queue, wanted, delay)) {
         sleepBlocking(delay);
     }
     return takeStreaming(queue, wanted);

@@ -12,8 +12,9 @@ Object keyObject(const StreamKey& key);
 void defineConstants(Package& package);
 void defineFailures(Package& package);
 void defineConversions(Package& package);
+void defineQueues(Package& package);
 void definePools(Package& package);
-void defineObjectQueue(Package& package);
+void defineRowFifo(Package& package);
 void definePacket(Package& package);
 
 /// Gives all bound types of the package what Python can ask of any: a constructor that refuses what it cannot make, and
@@ -24,8 +25,9 @@ inline void defineProtocol(Package& package) {
     defineConstants(package);
     defineFailures(package);
     defineConversions(package);
+    defineQueues(package);
     definePools(package);
-    defineObjectQueue(package);
+    defineRowFifo(package);
     definePacket(package);
 }
 

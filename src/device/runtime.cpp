@@ -4,7 +4,8 @@
 
 #include "core/engine/immortal.h"
 #include "core/engine/threads.h"
-#include "device/feeder.h"
+#include "device/decoder_thread.h"
+#include "device/thread_body.h"
 #include "python/operation.h"
 #include "python/raising.h"
 #include "python/values.h"
@@ -49,21 +50,21 @@ class PythonSource final : public PacketSource {
 public:
     PythonSource(const Object& client, bool reports) : client_(shared(client)), reports_(reports) {}
 
-    Reading receive(std::size_t length, std::vector<Packet>& packets) override {
-        Reading reading = Reading::ended;
+    ReadStatus receive(std::size_t length, std::vector<Packet>& packets) override {
+        ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
-            reading = Reading::idle;
+            reading = ReadStatus::idle;
             try {
                 const Object read = callMethod(client_.get(), "recvAndSplitPacket", py::int_(length));
                 for (const py::handle packet : py::list(read)) {
                     packets.push_back(packetOf(packet));
-                    reading = Reading::data;
+                    reading = ReadStatus::data;
                 }
             } catch (const py::error_already_set& failure) {
                 // A failed read is one that brings nothing.
                 if (!reports_ || failure.matches(packageObject("USBTimeoutError"))) return;
                 printFailure(failure.value());
-                reading = Reading::failed;
+                reading = ReadStatus::failed;
             }
         });
         return reading;
@@ -75,57 +76,30 @@ private:
 };
 
 /// Looks at the object for its receive thread.
-class ReceiverSupervisor final : public Supervisor<Receiver> {
+class ReceiverSupervisor final : public ObjectSupervisor<Receiver> {
 public:
-    ReceiverSupervisor(py::handle self, const Link& link, std::shared_ptr<Watch> watch, DataPools pools)
-        : link_(link),
-          self_(shared(callObject(hostObject("weakref", "ref"), self))),
-          watch_(std::move(watch)),
-          pools_(std::move(pools)),
-          begunByOther_(!hasOwnMethod(self, link.body)) {}
+    ReceiverSupervisor(py::handle self, const DeviceLink& link, std::shared_ptr<Watch> watch, DataPools pools)
+        : ObjectSupervisor(self, link.body, std::move(watch)), link_(link), pools_(std::move(pools)) {}
 
     bool changed() const noexcept override {
-        return watch_->changed(seen_) || (ours_ && (ours_->steps() != steps_ ||
-                                                    (clientSeen_.version != 0 && clientWatch_->changed(clientSeen_))));
-    }
-
-    void renew(Receiver& receiver) override {
-        bool rests = false;
-        if (!interpreterAlive()) return receiver.end();
-        {
-            const WithGil acquired;
-            const std::uint64_t before = watch_->changes();
-            rests = !look(receiver);
-            seen_ = {rests ? 0 : before, watch_->look().version};
-        }
-        if (rests) receiver.rest(std::chrono::milliseconds(50));
+        return ObjectSupervisor::changed() ||
+               (ours_ &&
+                (ours_->steps() != steps_ || (clientSeen_.version != 0 && clientWatch_->changed(clientSeen_))));
     }
 
 private:
-    Object self() const {
-        Object object = callObject(self_.get());
-        return object.is_none() ? Object() : object;
-    }
-
-    bool look(Receiver& receiver) {
-        Object object = self();
-        if (!object) return receiver.end(), true;
-        if (!hasOwnMethod(object, link_.body)) {
-            const Object body = attribute(object, link_.body);
-            const void* const function = PyMethod_Check(body.ptr()) ? PyMethod_GET_FUNCTION(body.ptr()) : body.ptr();
-            if (std::exchange(other_, function) == function) return false;
-            object = {};
-            callObject(body);
-            if (begunByOther_) receiver.end();
-            return true;
+    Next look(Receiver& receiver, Object object) override {
+        switch (body_.callOther(object, [](const Object&) { return py::tuple(); })) {
+            case ThreadBody::Found::known: return Next::rest;
+            case ThreadBody::Found::called: return body_.begunByOther() ? Next::end : Next::goOn;
+            case ThreadBody::Found::own: break;
         }
-        other_ = nullptr;
         const Object killed = attributeOrNothing(object, "killed");
-        if (killed && isTrue(killed)) return receiver.end(), true;
+        if (killed && isTrue(killed)) return Next::end;
         setGate(receiver, attributeOrNothing(object, link_.lock));
         receiver.setSource(sourceOf(attributeOrNothing(object, link_.client)));
         receiver.setSink(sinkOf(object));
-        return true;
+        return Next::goOn;
     }
 
     static void setGate(Receiver& receiver, const Object& lock) {
@@ -185,13 +159,8 @@ private:
         };
     }
 
-    const Link& link_;
-    const SharedObject self_;
-    const std::shared_ptr<Watch> watch_;
+    const DeviceLink& link_;
     DataPools pools_;
-    const bool begunByOther_;
-    Watch::Seen seen_;
-    const void* other_ = nullptr;   // replacement that has been called; only compared
     std::shared_ptr<Client> ours_;  // whose steps are looked at
     std::uint64_t steps_ = 0;
     std::unique_ptr<Watch> clientWatch_;
@@ -206,12 +175,12 @@ void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
     for (const auto& receiver : receivers_) {
         receiver->end();
-        receiver->letGo();
+        receiver->closeLink();
     }
     watch->touch();
 }
 
-std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const Link& link) {
+std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const DeviceLink& link) {
     auto receiver = std::make_shared<Receiver>(link.body, link.readLength, reportThreadFailure,
                                                link.reportsReads ? Receiver::ReportRead(reportRead) : nullptr,
                                                std::make_shared<ReceiverSupervisor>(self, link, watch, pools));
@@ -247,7 +216,7 @@ void requireOwn(py::handle self) {
 
 bool isKilled(py::handle self) { return isTrue(attribute(self, "killed")); }
 
-void runReceiverBody(py::handle self, const Link& link) {
+void runReceiverBody(py::handle self, const DeviceLink& link) {
     while (!isKilled(self)) {
         passLock(attribute(self, link.lock));
         py::list packets;

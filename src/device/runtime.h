@@ -9,13 +9,15 @@
 namespace zvr::python {
 
 /// A connection: a client and its gated receive thread, kept in fields of the object.
-struct Link {
+struct DeviceLink {
     const char* client;
-    const char* status;
-    const char* lock;
+    const char* status;  ///< whether it is open
+    const char* lock;    ///< gate of the thread
     const char* thread;
-    const char* body;
-    int readLength;
+    const char* body;  ///< method that is the thread's body; also the thread's name
+    const char* clientClass = nullptr;
+    int readLength = 0;
+    bool connectsAnew = false;  ///< connecting makes another client; there is none before
     bool reportsReads = false;  ///< a failed read is printed and tried again
     bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
 };
@@ -36,7 +38,7 @@ public:
     const std::shared_ptr<Watch> watch;
 
     /// Makes and starts the receive thread of a connection, gate shut.
-    std::shared_ptr<Receiver> startReceiver(py::handle self, const Link& link);
+    std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);
 
     /// Ends the receive threads, and lets go of their links, for good.
     void endAll();
@@ -58,7 +60,7 @@ std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self);
 bool isKilled(py::handle self);
 
 /// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
-void runReceiverBody(py::handle self, const Link& link);
+void runReceiverBody(py::handle self, const DeviceLink& link);
 
 /// The thread as Python sees it. It ends when Python drops it.
 Object threadObject(const std::shared_ptr<OwnedThread>& thread);

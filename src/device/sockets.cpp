@@ -33,18 +33,18 @@ public:
         return found == nullptr ? Object() : borrow(found);
     }
 
-    Reading read(Bytes& buffer, const Attend& /*attend*/) override {
+    ReadStatus read(Bytes& buffer, const Attend& /*attend*/) override {
         const WithGil acquired;
         const Object held = present();
         buffer = bytesOf(callMethod(held, steps_.receive, py::int_(buffer.size())));
-        return buffer.empty() ? Reading::ended : Reading::data;
+        return buffer.empty() ? ReadStatus::ended : ReadStatus::data;
     }
 
-    Reading receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                    const Attend& attend) override {
+    ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
+                       const Attend& attend) override {
         Bytes buffer(length);
-        const Reading reading = reader == Reader::caller ? read(buffer, attend) : readQuietly(buffer);
-        if (reading == Reading::data) packets = splitter.take(buffer);
+        const ReadStatus reading = reader == Reader::caller ? read(buffer, attend) : readQuietly(buffer);
+        if (reading == ReadStatus::data) packets = splitter.take(buffer);
         return reading;
     }
 
@@ -96,18 +96,18 @@ private:
     }
 
     // On the receive thread, which nobody asked for the failures of Python.
-    Reading readQuietly(Bytes& buffer) {
-        Reading reading = Reading::ended;
+    ReadStatus readQuietly(Bytes& buffer) {
+        ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
             try {
                 if (const Object held = object()) {
                     buffer = bytesOf(callMethod(held, steps_.receive, py::int_(buffer.size())));
-                    if (!buffer.empty()) reading = Reading::data;
+                    if (!buffer.empty()) reading = ReadStatus::data;
                 }
             } catch (const py::error_already_set& failure) {
-                reading = isTimeOut(failure) ? Reading::idle : Reading::failed;
+                reading = isTimeOut(failure) ? ReadStatus::idle : ReadStatus::failed;
             } catch (const std::exception&) {
-                reading = Reading::failed;
+                reading = ReadStatus::failed;
             }
         });
         return reading;
@@ -134,8 +134,8 @@ Object timeoutObject(double seconds) { return std::isinf(seconds) ? Object(py::n
 Object receiveOnce(const std::shared_ptr<SystemSocket>& socket, const Object& most) {
     Bytes buffer(lengthOf(most, "bufsize"));
     if (buffer.empty()) return toBytes(buffer);
-    const Reading reading = blocking([&](const Attend& attend) { return socket->read(buffer, attend); });
-    return toBytes(reading == Reading::data ? buffer : Bytes());
+    const ReadStatus reading = blocking([&](const Attend& attend) { return socket->read(buffer, attend); });
+    return toBytes(reading == ReadStatus::data ? buffer : Bytes());
 }
 
 }  // namespace

@@ -53,8 +53,8 @@ void Watch::touch() noexcept {
     std::vector<std::pair<std::shared_ptr<void>, void (*)(void*)>> told;
     {
         const std::lock_guard lock(mutex_);
-        std::erase_if(listeners_, [](const Listener& listener) { return listener.who.expired(); });
-        for (const Listener& listener : listeners_) told.emplace_back(listener.who.lock(), listener.wake);
+        std::erase_if(observers_, [](const Observer& observer) { return observer.who.expired(); });
+        for (const Observer& observer : observers_) told.emplace_back(observer.who.lock(), observer.wake);
     }
     for (const auto& [who, wake] : told) {
         if (who) wake(who.get());

@@ -40,7 +40,7 @@ public:
     template <class Thread>
     void onChange(const std::shared_ptr<Thread>& thread) {
         const std::lock_guard lock(mutex_);
-        listeners_.push_back({thread, [](void* who) { static_cast<Thread*>(who)->lookAgain(); }});
+        observers_.push_back({thread, [](void* who) { static_cast<Thread*>(who)->lookAgain(); }});
     }
 
     /// Names of the methods and fields that threads use; setting any other one is no change.
@@ -48,7 +48,7 @@ public:
     static bool watches(py::handle name);
 
 private:
-    struct Listener {
+    struct Observer {
         std::weak_ptr<void> who;
         void (*wake)(void* who);
     };
@@ -60,7 +60,7 @@ private:
     std::atomic<PyTypeObject*> type_{nullptr};
     std::vector<SharedObject> types_;  // keeps all that `type_` has been
     std::mutex mutex_;
-    std::vector<Listener> listeners_;
+    std::vector<Observer> observers_;
 };
 
 }  // namespace zvr::python

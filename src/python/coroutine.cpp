@@ -42,7 +42,7 @@ PySendResult throwInto(py::handle awaited, PyObject** result) {
         return PYGEN_ERROR;
     }
     if (error.trace()) PyException_SetTraceback(error.value().ptr(), error.trace().ptr());
-    *result = PyObject_CallOneArg(method.ptr(), error.value().ptr());
+    *result = entering([&] { return PyObject_CallOneArg(method.ptr(), error.value().ptr()); });
     if (*result != nullptr) return PYGEN_NEXT;
     if (!PyErr_ExceptionMatches(PyExc_StopIteration)) return PYGEN_ERROR;
     const py::error_already_set stop;
@@ -80,8 +80,9 @@ PySendResult advance(CoroutineObject* self, PyObject* value, PyObject** result) 
         for (;; value = Py_None) {
             if (promise.awaited) {
                 const Object awaited = promise.awaited;
-                const PySendResult sent =
-                    value != nullptr ? PyIter_Send(awaited.ptr(), value, result) : throwInto(awaited, result);
+                const PySendResult sent = value != nullptr
+                                              ? entering([&] { return PyIter_Send(awaited.ptr(), value, result); })
+                                              : throwInto(awaited, result);
                 if (sent == PYGEN_NEXT) {
                     self->running = false;
                     return PYGEN_NEXT;
@@ -171,7 +172,10 @@ void finalize(PyObject* self) {
     CoroutineObject* coroutine = cast(self);
     if (coroutine->started || coroutine->steps == nullptr) return;
     const py::error_scope keepError;
-    if (PyErr_WarnFormat(PyExc_RuntimeWarning, 1, "coroutine '%S' was never awaited", coroutine->qualifiedName) < 0) {
+    const auto warn = [&] {
+        return PyErr_WarnFormat(PyExc_RuntimeWarning, 1, "coroutine '%S' was never awaited", coroutine->qualifiedName);
+    };
+    if (entering(warn) < 0) {
         PyErr_WriteUnraisable(self);
     }
 }

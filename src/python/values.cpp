@@ -34,7 +34,7 @@ std::uint8_t byteOfItem(py::handle item, const char* name, std::size_t place) {
             named(name, at() + " is of type " + Py_TYPE(item.ptr())->tp_name + "; an integer from 0 to 255 is wanted"));
     }
     int overflow = 0;
-    const Object number = own(PyNumber_Index(item.ptr()));
+    const Object number = own(entering([&] { return PyNumber_Index(item.ptr()); }));
     const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
     if (overflow != 0 || value < 0 || value > 255) {
         throw py::value_error(named(
@@ -89,18 +89,19 @@ Object callByName(py::handle self, PyObject* method, std::initializer_list<py::h
         names[place++] = borrow(interned(name));
         arguments.push_back(value.ptr());
     }
-    return own(PyObject_VectorcallMethod(method, arguments.data(), placed.size() + 1, names.ptr()));
+    return own(
+        entering([&] { return PyObject_VectorcallMethod(method, arguments.data(), placed.size() + 1, names.ptr()); }));
 }
 
 bool truthOf(py::handle value) {
-    const int answer = PyObject_IsTrue(value.ptr());
+    const int answer = entering([&] { return PyObject_IsTrue(value.ptr()); });
     if (answer < 0) throw py::error_already_set();
     return answer != 0;
 }
 
 Object integerOf(py::handle value, const char* name) {
     if (PyIndex_Check(value.ptr()) == 0) refuseType(name, "an integer", value);
-    return own(PyNumber_Index(value.ptr()));
+    return own(entering([&] { return PyNumber_Index(value.ptr()); }));
 }
 
 std::int64_t wholeNumber(py::handle value, const char* name, std::int64_t low, std::int64_t high) {
@@ -147,10 +148,10 @@ namespace {
 
 // A float is cut toward zero.
 Object cutToInteger(py::handle value, const char* name) {
-    if (PyIndex_Check(value.ptr()) != 0) return own(PyNumber_Index(value.ptr()));
+    if (PyIndex_Check(value.ptr()) != 0) return own(entering([&] { return PyNumber_Index(value.ptr()); }));
     const PyNumberMethods* const methods = Py_TYPE(value.ptr())->tp_as_number;
     if (methods == nullptr || methods->nb_int == nullptr) refuseType(name, "a number", value);
-    return own(PyNumber_Long(value.ptr()));
+    return own(entering([&] { return PyNumber_Long(value.ptr()); }));
 }
 
 [[noreturn]] void refuseWidth(const char* name, std::size_t bytes) {
@@ -166,7 +167,7 @@ Number numberOf(py::handle value, const char* name) {
         if (methods == nullptr || (methods->nb_float == nullptr && methods->nb_index == nullptr)) {
             refuseType(name, "a number", value);
         }
-        const double wide = PyFloat_AsDouble(value.ptr());
+        const double wide = entering([&] { return PyFloat_AsDouble(value.ptr()); });
         if (wide == -1.0 && PyErr_Occurred() != nullptr) {
             if (PyErr_ExceptionMatches(PyExc_OverflowError) == 0) throw py::error_already_set();
             PyErr_Clear();
@@ -508,9 +509,9 @@ bool checkInputTypeConsistent(py::handle first, py::handle second) {
 
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed) {
     if (PySequence_Check(cell.ptr()) == 0) refuseType("cell", "a pair of port and pin", cell);
-    const Object pin = own(PySequence_GetItem(cell.ptr(), 1));
-    const Object state = own(PyObject_GetItem(pinMap.ptr(), pin.ptr()));
-    const int contained = PySequence_Contains(allowed.ptr(), state.ptr());
+    const Object pin = own(entering([&] { return PySequence_GetItem(cell.ptr(), 1); }));
+    const Object state = own(entering([&] { return PyObject_GetItem(pinMap.ptr(), pin.ptr()); }));
+    const int contained = entering([&] { return PySequence_Contains(allowed.ptr(), state.ptr()); });
     if (contained < 0) throw py::error_already_set();
     return contained != 0;
 }

@@ -36,7 +36,7 @@ Py_ssize_t itemCount(py::handle count, const char* name);
 /// Gives each item to `take`, which tells whether to go on. An iterable may be long: signals are looked at.
 template <class Take>
 void eachOf(py::handle iterable, const char* name, Take take) {
-    PyObject* const iterator = PyObject_GetIter(iterable.ptr());
+    PyObject* const iterator = entering([&] { return PyObject_GetIter(iterable.ptr()); });
     if (iterator == nullptr) {
         if (!PyErr_ExceptionMatches(PyExc_TypeError)) throw py::error_already_set();
         PyErr_Clear();
@@ -44,13 +44,13 @@ void eachOf(py::handle iterable, const char* name, Take take) {
     }
     const Object items = own(iterator);
     for (std::size_t count = 1;; ++count) {
-        const auto item = py::reinterpret_steal<Object>(PyIter_Next(items.ptr()));
+        const auto item = py::reinterpret_steal<Object>(entering([&] { return PyIter_Next(items.ptr()); }));
         if (!item) {
             if (PyErr_Occurred() != nullptr) throw py::error_already_set();
             return;
         }
         if (!take(item)) return;
-        if (count % 1024 == 0 && PyErr_CheckSignals() != 0) throw py::error_already_set();
+        if (count % 1024 == 0 && entering(PyErr_CheckSignals) != 0) throw py::error_already_set();
     }
 }
 

@@ -27,15 +27,16 @@ void PacketSource::replaceSteps() noexcept {
     interrupt();
 }
 
-Reading Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
+ReadStatus Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<Packet>& packets,
+                             const Attend& attend) {
     requireOwn();
     Bytes buffer(length);
-    const Reading reading = read(buffer, attend);
-    if (reading == Reading::data) packets = splitter.take(buffer);
+    const ReadStatus reading = read(buffer, attend);
+    if (reading == ReadStatus::data) packets = splitter.take(buffer);
     return reading;
 }
 
-Reading BareClient::read(Bytes& /*buffer*/, const Attend& /*attend*/) {
+ReadStatus BareClient::read(Bytes& /*buffer*/, const Attend& /*attend*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }
 

@@ -14,7 +14,7 @@
 namespace zvr {
 
 /// What one read brought.
-enum class Reading {
+enum class ReadStatus {
     data,    ///< bytes
     idle,    ///< nothing within the read's own time; the next read may bring something
     ended,   ///< nothing, and nothing will come until the client is connected again
@@ -29,7 +29,7 @@ class PacketSource {
 public:
     virtual ~PacketSource() = default;
     /// Reads at most `length` bytes and adds the frames that are complete now to `packets`.
-    virtual Reading receive(std::size_t length, std::vector<Packet>& packets) = 0;
+    virtual ReadStatus receive(std::size_t length, std::vector<Packet>& packets) = 0;
 
     /// Ends a `receive` that waits, or else the next one, with nothing lost. Sources that never wait long need none.
     virtual void interrupt() noexcept {}
@@ -58,15 +58,15 @@ class Client : public PacketSource {
 public:
     SharedSplitter splitter;
 
-    Reading receive(std::size_t length, std::vector<Packet>& packets) final {
+    ReadStatus receive(std::size_t length, std::vector<Packet>& packets) final {
         return receiveAs(Reader::thread, length, packets, {});
     }
 
     /// The same for either reader. Throws std::system_error, of a caller also where its time is over.
-    virtual Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend);
+    virtual ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend);
 
     /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
-    virtual Reading read(Bytes& buffer, const Attend& attend = {}) = 0;
+    virtual ReadStatus read(Bytes& buffer, const Attend& attend = {}) = 0;
 
     /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
@@ -75,8 +75,9 @@ public:
 
     static constexpr std::chrono::seconds finishWithin{5};
 
-    /// Lets go of the link whatever state it is in. A forked child lets go of nothing: it is the parent's.
-    virtual void abandon() noexcept = 0;
+    /// Closes the link, whatever state it is in; never throws. Does nothing in a forked child: the link is the
+    /// parent's.
+    virtual void close() noexcept = 0;
 
     bool isForeign() const noexcept { return mark_.foreign(); }
     /// Throws the link's failure in a forked child of the process that made the client.
@@ -94,9 +95,9 @@ private:
 /// A client without a link: the base of those that are written elsewhere.
 class BareClient final : public Client {
 public:
-    Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
-    void abandon() noexcept override {}
+    void close() noexcept override {}
 };
 
 }  // namespace zvr

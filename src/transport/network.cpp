@@ -46,13 +46,13 @@ void NetworkClient::disconnect() {
     } catch (const std::system_error&) {
         throw Failure(FailureId::NetworkConnectionLostError);
     }
-    abandon();
+    close();
 }
 
 void TcpClient::connect(const std::string& host, int port, const Attend& attend) {
     try {
         requireOwn();
-        abandon();
+        close();
         replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), attend));
     } catch (const std::system_error&) {
         throw Failure(FailureId::NetworkConnectionError);
@@ -62,7 +62,7 @@ void TcpClient::connect(const std::string& host, int port, const Attend& attend)
 void UdpClient::bind(const std::string& host, int port) {
     try {
         requireOwn();
-        abandon();
+        close();
         replaceSocket(bindUdp(host, port));
     } catch (const std::system_error&) {
         throw Failure(FailureId::NetworkConnectionError);

@@ -50,15 +50,15 @@ void Receiver::run() {
         const std::uint64_t turn = gateNow_->pass(passed_, [this] { return changed(); });
         if (changed()) continue;
         const Deadline begin = Clock::now();
-        const Reading reading = cycle();
+        const ReadStatus reading = cycle();
         if (!filePending()) continue;
         switch (reading) {
-            case Reading::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
-            case Reading::failed:
+            case ReadStatus::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
+            case ReadStatus::failed:
                 gateNow_->awaitTurn(turn, begin + (reportRead_ ? reporting : silent).next());
                 continue;
-            case Reading::idle: gateNow_->awaitTurn(turn, begin + idlePause); break;
-            case Reading::data: break;
+            case ReadStatus::idle: gateNow_->awaitTurn(turn, begin + idlePause); break;
+            case ReadStatus::data: break;
         }
         silent.reset();
         reporting.reset();
@@ -82,15 +82,15 @@ bool Receiver::filePending() {
     return pending_.empty();
 }
 
-Reading Receiver::cycle() {
+ReadStatus Receiver::cycle() {
     const std::shared_ptr<PacketSource> read = source();
     try {
         if (read) return read->receive(readLength_, pending_);
-        if (!reportRead_) return Reading::ended;
+        if (!reportRead_) return ReadStatus::ended;
         throw MissingClient();
     } catch (const std::exception&) {
         if (reportRead_ && !killed_) reportRead_(std::current_exception());
-        return Reading::failed;
+        return ReadStatus::failed;
     }
 }
 
@@ -101,9 +101,9 @@ void Receiver::end() {
     lookAgain();
 }
 
-void Receiver::letGo() noexcept {
+void Receiver::closeLink() noexcept {
     if (isForeign()) return;
-    if (const auto client = std::dynamic_pointer_cast<Client>(source())) client->abandon();
+    if (const auto client = std::dynamic_pointer_cast<Client>(source())) client->close();
     setSource(nullptr);
 }
 

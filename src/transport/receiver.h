@@ -48,7 +48,7 @@ public:
     void end() override;
 
     /// Lets go of the link that is read from.
-    void letGo() noexcept;
+    void closeLink() noexcept;
 
     /// A read from the source before ends soon, with nothing lost.
     void setSource(std::shared_ptr<PacketSource> source);
@@ -72,7 +72,7 @@ private:
     bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
     bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
-    Reading cycle();
+    ReadStatus cycle();
     std::shared_ptr<PacketSource> source() const;
     std::shared_ptr<Gate> gateNow() const;
 

@@ -61,7 +61,7 @@ SerialClient::SerialClient() : readTimeout_(UART_READ_TIMEOUT) {}
 void SerialClient::connect(const std::string& port, int baudRate) {
     try {
         requireOwn();
-        abandon();
+        close();
         replaceSocket(openLine(port, baudRate, readTimeout_));
     } catch (const std::system_error&) {
         throw Failure(FailureId::UARTConnectionError);
@@ -70,7 +70,7 @@ void SerialClient::connect(const std::string& port, int baudRate) {
 
 void SerialClient::disconnect() {
     if (const auto held = socket()) held->shutDown();
-    abandon();
+    close();
 }
 
 void SerialClient::setReadTimeout(double seconds) {
@@ -79,23 +79,24 @@ void SerialClient::setReadTimeout(double seconds) {
     changed();
 }
 
-Reading SerialClient::read(Bytes& buffer, const Attend& attend) {
+ReadStatus SerialClient::read(Bytes& buffer, const Attend& attend) {
     try {
         return SocketClient::read(buffer, attend);
     } catch (const std::system_error& failure) {
         if (!isTimeOver(failure)) throw;
     }
     buffer.clear();
-    return Reading::idle;
+    return ReadStatus::idle;
 }
 
-Reading SerialClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
+ReadStatus SerialClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                                   const Attend& attend) {
     try {
         return SocketClient::receiveAs(reader, length, packets, attend);
     } catch (const std::system_error& failure) {
         if (!isTimeOver(failure)) throw;
     }
-    return Reading::idle;
+    return ReadStatus::idle;
 }
 
 }  // namespace zvr

@@ -173,45 +173,45 @@ short SystemSocket::awaitEvent(short events, Deadline deadline, const Attend& at
 }
 
 // What is there; nothing if there is nothing yet.
-std::optional<Reading> SystemSocket::takeNow(Bytes& buffer) {
+std::optional<ReadStatus> SystemSocket::takeNow(Bytes& buffer) {
     const ssize_t count = receiveNow(descriptor_.get(), buffer);
     if (count < 0) {
         if (isTransient(errno)) return std::nullopt;
         failWithErrno();
     }
     buffer.resize(static_cast<std::size_t>(count));
-    return count != 0 ? Reading::data : endsWithNothing() ? Reading::ended : Reading::idle;
+    return count != 0 ? ReadStatus::data : endsWithNothing() ? ReadStatus::ended : ReadStatus::idle;
 }
 
 template <class Take>
-Reading SystemSocket::readWith(Take&& take, const Attend& attend, Reader reader) {
+ReadStatus SystemSocket::readWith(Take&& take, const Attend& attend, Reader reader) {
     const Use use(*this);
     const double limit = timeout_;
     const Deadline deadline = deadlineIn(limit);
     for (short events = 0;;) {
-        if (const std::optional<Reading> reading = take()) return *reading;
+        if (const std::optional<ReadStatus> reading = take()) return *reading;
         // A datagram socket that is shut down has nothing to read, and says so for ever.
-        if (closing_ || (events & POLLHUP) != 0) return Reading::ended;
+        if (closing_ || (events & POLLHUP) != 0) return ReadStatus::ended;
         events = limit > 0 ? awaitEvent(POLLIN, deadline, attend, reader) : short{0};
-        if (events == interrupted) return closing_ ? Reading::ended : Reading::idle;
-        if (events == 0 && reader == Reader::thread) return Reading::idle;
+        if (events == interrupted) return closing_ ? ReadStatus::ended : ReadStatus::idle;
+        if (events == 0 && reader == Reader::thread) return ReadStatus::idle;
         if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);
     }
 }
 
-Reading SystemSocket::read(Bytes& buffer, const Attend& attend) {
-    const Reading reading = readWith([&] { return takeNow(buffer); }, attend, Reader::caller);
-    if (reading != Reading::data) buffer.clear();
+ReadStatus SystemSocket::read(Bytes& buffer, const Attend& attend) {
+    const ReadStatus reading = readWith([&] { return takeNow(buffer); }, attend, Reader::caller);
+    if (reading != ReadStatus::data) buffer.clear();
     return reading;
 }
 
 // Taking the bytes and putting them into the splitter is one step for other readers.
-Reading SystemSocket::receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                              const Attend& attend) {
+ReadStatus SystemSocket::receive(Reader reader, std::size_t length, SharedSplitter& splitter,
+                                 std::vector<Packet>& packets, const Attend& attend) {
     Bytes buffer(length);
     const auto take = [&](Splitter& shared) {
-        const std::optional<Reading> reading = takeNow(buffer);
-        if (reading != Reading::data) return reading;
+        const std::optional<ReadStatus> reading = takeNow(buffer);
+        if (reading != ReadStatus::data) return reading;
         shared.append(buffer);
         if (reader == Reader::thread && buffer.size() == length) {
             buffer.resize(mostWaiting);

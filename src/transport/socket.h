@@ -13,10 +13,10 @@ public:
     virtual ~Socket() = default;
 
     /// Waits until there is something to read, end of stream included, and reads it.
-    virtual Reading read(Bytes& buffer, const Attend& attend) = 0;
+    virtual ReadStatus read(Bytes& buffer, const Attend& attend) = 0;
     /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn.
-    virtual Reading receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                            const Attend& attend) = 0;
+    virtual ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter,
+                               std::vector<Packet>& packets, const Attend& attend) = 0;
     virtual bool send(ByteView bytes, Deadline deadline, const Attend& attend) = 0;
 
     /// Seconds that a read or a send waits; infinite for no limit.
@@ -43,9 +43,9 @@ public:
     SystemSocket(int descriptor, FailureId foreignFailure);
     ~SystemSocket() override;
 
-    Reading read(Bytes& buffer, const Attend& attend) override;
-    Reading receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                    const Attend& attend) override;
+    ReadStatus read(Bytes& buffer, const Attend& attend) override;
+    ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
+                       const Attend& attend) override;
     bool send(ByteView bytes, Deadline deadline, const Attend& attend) override;
     /// Sends once, as much as there is room for; tells how much.
     std::size_t sendSome(ByteView bytes, const Attend& attend);
@@ -81,9 +81,9 @@ private:
     class Use;
 
     void requireOwn() const;
-    std::optional<Reading> takeNow(Bytes& buffer);
+    std::optional<ReadStatus> takeNow(Bytes& buffer);
     template <class Take>
-    Reading readWith(Take&& take, const Attend& attend, Reader reader);
+    ReadStatus readWith(Take&& take, const Attend& attend, Reader reader);
     /// What came, as poll tells it; 0 if nothing came in time.
     short awaitEvent(short events, Deadline deadline, const Attend& attend, Reader reader);
 

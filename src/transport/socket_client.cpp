@@ -5,15 +5,16 @@ namespace zvr {
 namespace {
 
 // Longest wait for the threads that a close has woken to let go of a socket.
-constexpr std::chrono::milliseconds letGoWithin{75};
+constexpr std::chrono::milliseconds linger{75};
 
 }  // namespace
 
-Reading SocketClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) {
+ReadStatus SocketClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                                   const Attend& attend) {
     return connectedSocket()->receive(reader, length, splitter, packets, attend);
 }
 
-Reading SocketClient::read(Bytes& buffer, const Attend& attend) { return connectedSocket()->read(buffer, attend); }
+ReadStatus SocketClient::read(Bytes& buffer, const Attend& attend) { return connectedSocket()->read(buffer, attend); }
 
 bool SocketClient::send(ByteView bytes, Deadline deadline, const Attend& attend) {
     return connectedSocket()->send(bytes, deadline, attend);
@@ -23,7 +24,7 @@ void SocketClient::interrupt() noexcept {
     if (const auto held = socket()) held->interrupt();
 }
 
-void SocketClient::abandon() noexcept {
+void SocketClient::close() noexcept {
     if (isForeign()) return;
     std::shared_ptr<Socket> held;
     {
@@ -31,7 +32,7 @@ void SocketClient::abandon() noexcept {
         held.swap(socket_);
     }
     // A port is free for the next socket only when its last user is gone.
-    if (held) held->close(Clock::now() + letGoWithin);
+    if (held) held->close(Clock::now() + linger);
     changed();
 }
 

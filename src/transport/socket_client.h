@@ -7,13 +7,14 @@ namespace zvr {
 
 class SocketClient : public Client {
 public:
-    Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) override;
-    Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                         const Attend& attend) override;
+    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
     void interrupt() noexcept override;
 
     /// Waits briefly for the threads that are in a read or a send to leave.
-    void abandon() noexcept override;
+    void close() noexcept override;
 
     /// Nothing while there is no socket, and in a forked child.
     std::shared_ptr<Socket> socket() const;

@@ -107,11 +107,13 @@ public:
         if (mark_.foreign()) return;
         if (claimed_) library().release_interface(handle_, interface_);
         library().close(handle_);
+        closed_.set_value();
     }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 
     const UsbLibrary& library() const { return *session_->library; }
+    std::shared_future<void> closed() { return closed_.get_future().share(); }
 
     std::string text(std::uint8_t index) const {
         std::array<unsigned char, 256> buffer{};
@@ -225,6 +227,7 @@ private:
     libusb_transfer* patient_ = nullptr;  // the read of the receive thread
     std::mutex reading_;
     std::atomic<int> callers_{0};
+    std::promise<void> closed_;
 };
 
 namespace {
@@ -273,6 +276,7 @@ UsbClient::UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::opti
             interface_ = config->interface->altsetting->bInterfaceNumber;
             library->free_config_descriptor(config);
             handle->takeFromKernel(interface_);
+            closed_ = handle->closed();
             handle_ = std::move(handle);
             return;
         } catch (const UsbError&) {
@@ -292,18 +296,18 @@ std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
     return handle_;
 }
 
-Reading UsbClient::read(Bytes& buffer, const Attend& /*attend*/) {
-    return opened()->receive(Reader::caller, buffer, [](const Bytes&) {}) == 0 ? Reading::idle : Reading::data;
+ReadStatus UsbClient::read(Bytes& buffer, const Attend& /*attend*/) {
+    return opened()->receive(Reader::caller, buffer, [](const Bytes&) {}) == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
-Reading UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                             const Attend& /*attend*/) {
+ReadStatus UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                                const Attend& /*attend*/) {
     Bytes buffer(length);
     const std::size_t count = opened()->receive(reader, buffer, [&](const Bytes& bytes) {
         if (!bytes.empty()) packets = splitter.take(bytes);
     });
     if (count == 0 && reader == Reader::caller) throw UsbError(LIBUSB_ERROR_TIMEOUT);
-    return count == 0 ? Reading::idle : Reading::data;
+    return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
 void UsbClient::interrupt() noexcept {
@@ -331,7 +335,7 @@ bool UsbClient::send(ByteView bytes, Deadline deadline, const Attend& /*attend*/
     return true;
 }
 
-void UsbClient::abandon() noexcept {
+void UsbClient::close() noexcept {
     if (isForeign()) return;
     std::shared_ptr<Handle> dropped;
     {

@@ -1,6 +1,7 @@
 // The client of a USB device: frames over two bulk endpoints.
 #pragma once
 
+#include <future>
 #include <optional>
 
 #include "transport/client.h"
@@ -27,17 +28,20 @@ public:
     const UsbIdentity& identity() const { return identity_; }
     int configuration() const { return configuration_; }
     int interfaceNumber() const { return interface_; }
+    /// Ready when the device has been let go of, which is when the last thread that uses it has left.
+    std::shared_future<void> closed() const { return closed_; }
 
     /// Waits a millisecond at most; idle if nothing came. Throws UsbError.
-    Reading read(Bytes& buffer, const Attend& attend = {}) override;
+    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
     /// The receive thread waits longer, since each read that finds nothing costs it as much as one that does; a
     /// caller's read comes before it. Throws UsbError, of a caller also where nothing came.
-    Reading receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend) override;
+    ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                         const Attend& attend) override;
     void interrupt() noexcept override;
     /// One transfer of at least 64 bytes: zeros follow a shorter frame, which the device drops as noise. Throws
     /// UsbError.
     bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
-    void abandon() noexcept override;
+    void close() noexcept override;
 
     class Handle;
 
@@ -49,6 +53,7 @@ private:
 
     UsbIdentity identity_;
     int configuration_ = 0, interface_ = 0;
+    std::shared_future<void> closed_;
     mutable std::mutex mutex_;
     std::shared_ptr<Handle> handle_;
 };

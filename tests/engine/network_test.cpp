@@ -174,11 +174,11 @@ TEST(TcpClient, PeerThatClosesEndsTheStreamBehindItsLastBytes) {
         asio::write(device, asio::buffer("ab", 2));
     }
     Bytes buffer(10);
-    EXPECT_EQ(client.read(buffer), Reading::data);
+    EXPECT_EQ(client.read(buffer), ReadStatus::data);
     EXPECT_EQ(buffer, (Bytes{'a', 'b'}));
     for (int i = 0; i < 3; ++i) {
         buffer.resize(10);
-        EXPECT_EQ(client.read(buffer), Reading::ended);
+        EXPECT_EQ(client.read(buffer), ReadStatus::ended);
         EXPECT_TRUE(buffer.empty());
     }
     EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
@@ -200,7 +200,7 @@ TEST(TcpClient, DisconnectAfterAResetFailsKeepsTheSocketAndConnectRecovers) {
     tcp::socket again = peer.connect(client);
     EXPECT_TRUE(client.send(Bytes{1, 2}, patience()));
     EXPECT_EQ(readAll(again, 2), (Bytes{1, 2}));
-    client.abandon();
+    client.close();
     EXPECT_EQ(client.socket(), nullptr);
 }
 
@@ -213,7 +213,7 @@ TEST(TcpClient, FramesAreCutOverReadsAndOverAReconnect) {
     asio::write(device, asio::buffer(frame.data(), 1000));
     std::vector<Packet> all, packets;
     while (all.empty()) {
-        ASSERT_EQ(client.receive(1536, packets), Reading::data);
+        ASSERT_EQ(client.receive(1536, packets), ReadStatus::data);
         all.insert(all.end(), packets.begin(), packets.end());
     }
     while (client.splitter.stream().size() < 1000) client.receive(1536, packets);
@@ -222,7 +222,7 @@ TEST(TcpClient, FramesAreCutOverReadsAndOverAReconnect) {
     asio::write(device, asio::buffer(frame.data() + 1000, frame.size() - 1000));
     while (all.size() < 2) {
         packets.clear();
-        ASSERT_EQ(client.receive(1536, packets), Reading::data);
+        ASSERT_EQ(client.receive(1536, packets), ReadStatus::data);
         all.insert(all.end(), packets.begin(), packets.end());
     }
     EXPECT_EQ(all[0], (Packet{183, Bytes(4000, 13)}));
@@ -240,7 +240,7 @@ TEST(TcpClient, ReadEndsAtTheTimeoutOfTheSocketOrWhenAttendThrows) {
     EXPECT_EQ(failureOf([&] { client.read(buffer); }), "timed out");
     client.setTimeout(std::numeric_limits<double>::infinity());
     asio::write(device, asio::buffer("a", 1));
-    EXPECT_EQ(client.read(buffer), Reading::data);
+    EXPECT_EQ(client.read(buffer), ReadStatus::data);
 }
 
 TEST(TcpClient, SendToAPeerThatDoesNotReadEndsAtItsDeadlineWithNothingSent) {
@@ -290,7 +290,7 @@ TEST(TcpClient, ReceivesWhatWaitsBehindAFullReadAndThenTheEnd) {
         asio::write(device, asio::buffer(buildFrame(sent.back().command, sent.back().data)));
     }
     device.close();
-    for (Reading reading = Reading::data; reading == Reading::data;) {
+    for (ReadStatus reading = ReadStatus::data; reading == ReadStatus::data;) {
         std::vector<Packet> packets;
         reading = client.receive(1536, packets);
         received.insert(received.end(), packets.begin(), packets.end());
@@ -299,14 +299,14 @@ TEST(TcpClient, ReceivesWhatWaitsBehindAFullReadAndThenTheEnd) {
 }
 
 // A read without a limit on another thread; this one goes on when that one holds the socket.
-std::future<Reading> startRead(NetworkClient& client) {
+std::future<ReadStatus> startRead(NetworkClient& client) {
     auto reading = std::async(std::launch::async, [&] {
         Bytes buffer(10);
         try {
             return client.read(buffer);
         } catch (const std::system_error& failure) {
             EXPECT_EQ(failure.code().value(), EBADF);  // it was closed before the read began
-            return Reading::ended;
+            return ReadStatus::ended;
         }
     });
     while (client.socket().use_count() < 3) std::this_thread::yield();
@@ -321,7 +321,7 @@ TEST(TcpClient, DisconnectWakesTheReadOfAnotherThread) {
         auto reading = startRead(client);
         client.disconnect();
         ASSERT_TRUE(endsSoon(reading));
-        EXPECT_EQ(reading.get(), Reading::ended);
+        EXPECT_EQ(reading.get(), ReadStatus::ended);
         std::error_code error;
         Bytes buffer(1);
         EXPECT_EQ(device.read_some(asio::buffer(buffer), error), 0u);
@@ -340,7 +340,7 @@ TEST(TcpClient, ReceiveThreadIsInterruptedAtOnceAndItsTimeOutIsAnIdleTurn) {
         if (round % 2 == 0) std::this_thread::yield();
         client.interrupt();
         ASSERT_TRUE(endsSoon(reading));
-        ASSERT_EQ(reading.get(), Reading::idle);
+        ASSERT_EQ(reading.get(), ReadStatus::idle);
     }
     client.interrupt();
     asio::write(device, asio::buffer(buildFrame(1001, {})));
@@ -348,7 +348,7 @@ TEST(TcpClient, ReceiveThreadIsInterruptedAtOnceAndItsTimeOutIsAnIdleTurn) {
     EXPECT_EQ(packets, (std::vector<Packet>{{1001, {}}}));
     for (const double limit : {0.01, 0.0}) {
         client.setTimeout(limit);
-        EXPECT_EQ(client.receive(1536, packets), Reading::idle);
+        EXPECT_EQ(client.receive(1536, packets), ReadStatus::idle);
     }
 }
 
@@ -368,7 +368,7 @@ TEST(TcpClient, ManyReadersAndLookersShareOneStream) {
     std::vector<std::jthread> threads;
     for (int reader = 0; reader < 3; ++reader) {
         threads.emplace_back([&, reader] {
-            for (Reading reading = Reading::data; reading != Reading::ended;) {
+            for (ReadStatus reading = ReadStatus::data; reading != ReadStatus::ended;) {
                 std::vector<Packet> packets;
                 reading = client.receiveAs(reader == 0 ? Reader::thread : Reader::caller, 700, packets, {});
                 received += static_cast<int>(packets.size());
@@ -430,9 +430,9 @@ TEST(ForkedChild, HasNoLinkOfItsParentAndLeavesItAsItIs) {
             right = right && failureOf([&] { client->disconnect(); }) == "none";
             client->interrupt();
             socket->close(forever);
-            client->abandon();
+            client->close();
             client.reset();
-            finder.abandon();
+            finder.close();
             return right;
         })) << "in round "
             << round;
@@ -440,7 +440,7 @@ TEST(ForkedChild, HasNoLinkOfItsParentAndLeavesItAsItIs) {
         EXPECT_EQ(readAll(device, 1), Bytes{7});
         asio::write(device, asio::buffer(Bytes{8}));
         ASSERT_TRUE(endsSoon(reading));
-        EXPECT_EQ(reading.get(), Reading::data);
+        EXPECT_EQ(reading.get(), ReadStatus::data);
     }
     // A child that lives on keeps no port.
     std::array<int, 2> begun{};
@@ -484,9 +484,9 @@ TEST(UdpClient, TakenPortIsTheNetworkFailureAndAFreeOneReceives) {
     const asio::ip::udp::endpoint target(asio::ip::make_address_v4(loopback), static_cast<std::uint16_t>(port));
     std::vector<Packet> packets;
     sender.send_to(asio::buffer(Bytes{}), target);
-    EXPECT_EQ(first.receive(512, packets), Reading::idle);  // an empty datagram is not the end
+    EXPECT_EQ(first.receive(512, packets), ReadStatus::idle);  // an empty datagram is not the end
     sender.send_to(asio::buffer(buildFrame(252, Bytes{1, 2})), target);
-    EXPECT_EQ(first.receive(512, packets), Reading::data);
+    EXPECT_EQ(first.receive(512, packets), ReadStatus::data);
     EXPECT_EQ(packets, (std::vector<Packet>{{252, {1, 2}}}));
 }
 
@@ -499,7 +499,7 @@ TEST(UdpClient, DisconnectWakesTheReadOfAnotherThreadAndThePortIsFreeRightAfter)
         EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
         ASSERT_EQ(failureOf([&] { next.bind("", port); }), "none") << "in round " << round;
         ASSERT_TRUE(endsSoon(reading));
-        EXPECT_EQ(reading.get(), Reading::ended);
+        EXPECT_EQ(reading.get(), ReadStatus::ended);
         next.disconnect();
         client.bind("", port);
     }
@@ -518,8 +518,8 @@ TEST(NetworkClient, ConnectingAgainAndAgainLeaksNoDescriptor) {
         udp.bind(loopback, 0);
         if (i % 2 == 0) udp.disconnect();
     }
-    client.abandon();
-    udp.abandon();
+    client.close();
+    udp.close();
     EXPECT_EQ(openDescriptors(), before - 2);  // the socket, and what wakes its readers
 }
 

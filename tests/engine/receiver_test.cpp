@@ -63,10 +63,10 @@ private:
 // Counts the reads and answers each of them as told.
 class FakeSource : public PacketSource {
 public:
-    using Answer = std::function<Reading(int call, std::vector<Packet>& packets)>;
+    using Answer = std::function<ReadStatus(int call, std::vector<Packet>& packets)>;
     explicit FakeSource(Answer answer) : answer_(std::move(answer)) {}
 
-    Reading receive(std::size_t, std::vector<Packet>& packets) override {
+    ReadStatus receive(std::size_t, std::vector<Packet>& packets) override {
         struct Count {
             Milestone& calls;
             ~Count() { calls.reach(); }
@@ -85,7 +85,7 @@ protected:
     ~ReceiverTest() override {
         // No thread may outlive what its sink refers to.
         for (const auto& receiver : started_) receiver->end();
-        for (const auto& client : clients_) client->abandon();
+        for (const auto& client : clients_) client->close();
         for (const auto& receiver : started_) EXPECT_TRUE(receiver->awaitEnd(patience()));
     }
 
@@ -148,7 +148,7 @@ TEST_F(ReceiverTest, DeadPeerIsReadEverMoreSlowlyAndAtOnceAfterATurnOfTheGate) {
 }
 
 TEST_F(ReceiverTest, SourceThatBringsNothingWithoutWaitingIsReadAtMostOncePerPause) {
-    const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>&) { return Reading::idle; });
+    const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>&) { return ReadStatus::idle; });
     const auto receiver = start(source);
     const auto begin = Clock::now();
     receiver->gate->release();
@@ -163,7 +163,7 @@ TEST_F(ReceiverTest, FailedReadsAreTurnsLostAndTheThreadReadsOn) {
         if (call == 1) throw std::runtime_error("the cable is out");
         if (call == 2) throw std::system_error(std::make_error_code(std::errc::connection_reset));
         packets.push_back({call, {}});
-        return call < 5 ? Reading::data : Reading::ended;
+        return call < 5 ? ReadStatus::data : ReadStatus::ended;
     });
     const auto receiver = start(source);
     receiver->gate->release();
@@ -237,7 +237,7 @@ TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgai
     const auto source = std::make_shared<FakeSource>([dead](int, std::vector<Packet>& packets) {
         if (*dead) throw std::system_error(std::make_error_code(std::errc::no_such_device));
         packets.push_back({7, {}});
-        return Reading::ended;
+        return ReadStatus::ended;
     });
     const auto receiver = start(source, [this](std::exception_ptr) { readReports_.reach(); });
     const auto begin = Clock::now();
@@ -261,7 +261,7 @@ TEST_F(ReceiverTest, MissingClientIsReportedOnlyWhereReadsAre) {
     ASSERT_TRUE(readReports_.awaitCount(1));
     silent->setSource(std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
         packets.push_back({7, {}});
-        return Reading::ended;
+        return ReadStatus::ended;
     }));
     silent->gate->release();
     ASSERT_TRUE(delivery_.packets.awaitCount(1));
@@ -331,7 +331,7 @@ TEST_F(ReceiverTest, EndsAtTheGateInAReadAndBehindADeadPeer) {
     write(device_, 1001);
     ASSERT_TRUE(delivery_.packets.awaitCount(1));
     inARead->end();
-    reading->abandon();
+    reading->close();
     EXPECT_TRUE(inARead->awaitEnd(patience()));
 
     behindTheEnd->gate->release();
@@ -344,7 +344,7 @@ TEST_F(ReceiverTest, EndsAtTheGateInAReadAndBehindADeadPeer) {
 TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
     const auto source = std::make_shared<FakeSource>([](int, std::vector<Packet>& packets) {
         packets.push_back({1, {}});
-        return Reading::ended;
+        return ReadStatus::ended;
     });
     std::vector<int> commands;
     const auto receiver = std::make_shared<Receiver>(
@@ -355,7 +355,9 @@ TEST_F(ReceiverTest, BodyAlsoRunsOnTheCallersThreadUntilItsEnd) {
     ASSERT_TRUE(source->calls.awaitCount(1));
     receiver->end();
     ASSERT_TRUE(endsSoon(run));
-    EXPECT_EQ(commands, std::vector{1});
+    // A link that has ended is read again after a pause, which a busy machine may let pass.
+    EXPECT_FALSE(commands.empty());
+    EXPECT_EQ(commands, std::vector(commands.size(), 1));
     EXPECT_FALSE(receiver->alive());
 }
 

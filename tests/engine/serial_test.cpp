@@ -70,7 +70,7 @@ TEST_F(SerialTest, EveryByteValuePassesUnchangedInBothDirections) {
     Bytes received;
     while (received.size() < all.size()) {
         Bytes buffer(64);
-        ASSERT_EQ(client_.read(buffer), Reading::data);
+        ASSERT_EQ(client_.read(buffer), ReadStatus::data);
         received.insert(received.end(), buffer.begin(), buffer.end());
     }
     EXPECT_EQ(received, all);
@@ -80,7 +80,7 @@ TEST_F(SerialTest, SilentLineIsIdleAndHangUpEndsTheReads) {
     client_.connect(port_, 91600);
     Bytes buffer(64);
     const auto begin = Clock::now();
-    EXPECT_EQ(client_.read(buffer), Reading::idle);
+    EXPECT_EQ(client_.read(buffer), ReadStatus::idle);
     EXPECT_TRUE(buffer.empty());
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(50));
     hangUp();
@@ -98,7 +98,7 @@ TEST_F(SerialTest, PortsThatAreMissingOrTakenFailByNameAndLeakNothing) {
     client_.connect(port_, 9600);
     SerialClient other;
     EXPECT_EQ(failureOf([&] { other.connect(port_, 9600); }), FailureId::UARTConnectionError);
-    client_.abandon();
+    client_.close();
     other.connect(port_, 9600);
     EXPECT_TRUE(other.send(buildFrame(7, {}), patience()));
 }

@@ -12,28 +12,28 @@
 namespace zvr {
 
 /// Wakes a thread that waits for several queues at once.
-class Bell {
+class Notifier {
 public:
-    void ring() {
+    void notify() {
         {
             const std::lock_guard lock(mutex_);
             ++count_;
         }
-        rung_.notify_all();
+        notified_.notify_all();
     }
     std::uint64_t count() const {
         const std::lock_guard lock(mutex_);
         return count_;
     }
-    /// Waits until it has rung more often than `count` times, or until `deadline`; tells whether it has.
+    /// Waits until it has been notified more often than `count` times, or until `deadline`; tells whether it has.
     bool await(std::uint64_t count, Deadline deadline) {
         std::unique_lock lock(mutex_);
-        return waitOn(rung_, lock, deadline, [&] { return count_ != count; });
+        return waitOn(notified_, lock, deadline, [&] { return count_ != count; });
     }
 
 private:
     mutable std::mutex mutex_;
-    std::condition_variable rung_;
+    std::condition_variable notified_;
     std::uint64_t count_ = 0;
 };
 
@@ -110,10 +110,10 @@ public:
         arrived_.notify_all();
     }
 
-    /// Every item that is added from now on rings it.
-    void setBell(std::shared_ptr<Bell> bell) {
+    /// Notified of every item that is added from now on.
+    void setNotifier(std::shared_ptr<Notifier> notifier) {
         const std::lock_guard lock(mutex_);
-        bell_ = std::move(bell);
+        notifier_ = std::move(notifier);
     }
 
     std::optional<Item> tryGet() {
@@ -169,15 +169,15 @@ public:
 private:
     template <class Put>
     bool add(Put put) {
-        std::shared_ptr<Bell> bell;
+        std::shared_ptr<Notifier> notifier;
         {
             std::unique_lock lock(mutex_);
             if (!put(lock)) return false;
             tasks.add(1);
-            bell = bell_;
+            notifier = notifier_;
         }
         arrived_.notify_all();
-        if (bell) bell->ring();
+        if (notifier) notifier->notify();
         return true;
     }
 
@@ -194,7 +194,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
     std::deque<Item> items_;
-    std::shared_ptr<Bell> bell_;
+    std::shared_ptr<Notifier> notifier_;
 };
 
 }  // namespace zvr

@@ -47,7 +47,7 @@ public:
 
     /// Waits until the gate is open, or has been open since the thread passed it last, so that no opening is missed
     /// however short. Ends also at `deadline`, or when `otherwise` comes true, which is asked again after each `wake`.
-    /// Tells the gate's turn, which grows with every acquire, release and wake.
+    /// Returns the generation counter, which grows with every acquire, release and wake.
     template <class Otherwise>
     std::uint64_t pass(Passed& passed, Otherwise otherwise, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);
@@ -76,13 +76,13 @@ public:
         turned_.notify_all();
     }
 
-    /// Its turn now.
+    /// The generation counter now.
     std::uint64_t turn() const {
         const std::lock_guard lock(mutex_);
         return turn_;
     }
 
-    /// Waits until the gate's turn is another one than `turn`, or until `deadline`.
+    /// Waits until the generation counter is no longer `turn`, or until `deadline`.
     void awaitTurn(std::uint64_t turn, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);
         waitOn(turned_, lock, deadline, [&] { return turn_ != turn; });

@@ -18,7 +18,7 @@
 
 namespace zvr {
 
-/// Told when something it waits for has arrived. It may already be gone when it looks.
+/// Notified on arrival; the reply may already be taken.
 class Listener {
 public:
     virtual ~Listener() = default;

@@ -7,7 +7,7 @@ namespace zvr {
 
 namespace {
 
-// A queue that rings for somebody else is looked at this often.
+// A queue that notifies somebody else is looked at this often.
 constexpr std::chrono::milliseconds lookAgainAfter{50};
 constexpr std::chrono::seconds warningSpan{1};
 constexpr std::size_t all = static_cast<std::size_t>(-1);
@@ -28,7 +28,7 @@ StreamReader::StreamReader(std::string name, std::vector<Pair> pairs, RowLayout 
     setRoute(std::move(pairs), gate);
 }
 
-void StreamReader::rest(std::chrono::milliseconds most) { bell_->await(bell_->count(), Clock::now() + most); }
+void StreamReader::rest(std::chrono::milliseconds most) { notifier_->await(notifier_->count(), Clock::now() + most); }
 
 void StreamReader::start() {
     startBody([self = shared_from_this()] { self->run(); });
@@ -43,9 +43,9 @@ void StreamReader::run() {
         }
         gateNow_->pass(passed_, [this] { return changed(); });
         if (changed()) continue;
-        const std::uint64_t rung = bell_->count();
+        const std::uint64_t notified = notifier_->count();
         if (!drainAll(all)) {
-            if (bell_->await(rung, Clock::now() + lookAgainAfter) && waitsInQueue_) drainAll(1);
+            if (notifier_->await(notified, Clock::now() + lookAgainAfter) && waitsInQueue_) drainAll(1);
         } else if (const Deadline now = Clock::now(); now - std::exchange(lastFound, now) < dense) {
             std::this_thread::sleep_for(gather);
         }
@@ -102,7 +102,7 @@ void StreamReader::end() {
 void StreamReader::lookAgain() noexcept {
     if (isForeign()) return;
     gate->wake();
-    bell_->ring();
+    notifier_->notify();
 }
 
 void StreamReader::setLayout(RowLayout layout) {
@@ -115,7 +115,7 @@ void StreamReader::setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> passe
     pairs_ = std::move(pairs);
     if (gateNow_ != passes) passed_ = passes->openings();
     gateNow_ = std::move(passes);
-    for (const Pair& pair : pairs_) pair.frames->setBell(bell_);
+    for (const Pair& pair : pairs_) pair.frames->setNotifier(notifier_);
 }
 
 }  // namespace zvr

@@ -65,7 +65,7 @@ private:
     bool waitsInQueue_ = false;
     const OnOverflow onOverflow_;
     const std::shared_ptr<Supervisor<StreamReader>> supervisor_;
-    const std::shared_ptr<Bell> bell_ = std::make_shared<Bell>();
+    const std::shared_ptr<Notifier> notifier_ = std::make_shared<Notifier>();
     mutable std::mutex mutex_;
     RowLayout layout_;
     std::atomic<bool> ended_{false};

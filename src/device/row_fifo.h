@@ -30,9 +30,9 @@ private:
     const bool wasOn_;
 };
 
-class ObjectQueue final : public RowQueue {
+class RowFifo final : public RowQueue {
 public:
-    ObjectQueue(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}
+    RowFifo(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}
 
     const ItemKind& kind;
 
@@ -40,6 +40,6 @@ public:
     py::list takeObjects(std::size_t count);
 };
 
-using ObjectQueueType = py::class_<ObjectQueue, std::shared_ptr<ObjectQueue>>;
+using RowFifoType = py::class_<RowFifo, std::shared_ptr<RowFifo>>;
 
 }  // namespace zvr::python

@@ -1,4 +1,4 @@
-#include "device/object_queue.h"
+#include "device/row_fifo.h"
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@
 
 namespace zvr::python {
 
-py::list ObjectQueue::takeObjects(std::size_t count) {
+py::list RowFifo::takeObjects(std::size_t count) {
     const std::vector<RowRun> runs = take(count);
     if (std::ranges::none_of(runs, [](const RowRun& run) { return run.object != nullptr; })) return kind.toList(runs);
     py::list items;
@@ -26,10 +26,10 @@ py::list ObjectQueue::takeObjects(std::size_t count) {
 
 namespace {
 
-using HeldQueue = std::shared_ptr<ObjectQueue>;
+using HeldQueue = std::shared_ptr<RowFifo>;
 
 struct Access {
-    using Queue = ObjectQueue;
+    using Queue = RowFifo;
 
     // What is no row of this queue is kept all the same, and given back; it cannot become numbers.
     static bool put(const HeldQueue& queue, const Object& item, Deadline deadline) {
@@ -55,13 +55,12 @@ struct Access {
 
 }  // namespace
 
-void defineObjectQueue(Package& package) {
-    const ObjectQueueType bound(package.module(), "RowFifo",
-                                "Thread-safe queue of what a stream brings, kept in compact form: rows of samples, "
-                                "bytes, or frames.",
-                                collectable<ObjectQueue>([](const std::shared_ptr<void>& object) {
-                                    return static_cast<PyObject*>(object.get());
-                                }));
+void defineRowFifo(Package& package) {
+    const RowFifoType bound(
+        package.module(), "RowFifo",
+        "Thread-safe queue of what a stream brings, kept in compact form: rows of samples, "
+        "bytes, or frames.",
+        collectable<RowFifo>([](const std::shared_ptr<void>& object) { return static_cast<PyObject*>(object.get()); }));
     ClassMaker type(bound);
     defineQueueFace<Access>(type, "Any",
                             "a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything");

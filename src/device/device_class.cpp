@@ -1,0 +1,103 @@
+#include "device/device_class.h"
+
+#include "python/raising.h"
+
+namespace zvr::python {
+
+namespace {
+
+bool isConnected(py::handle self, const DeviceLink& link) { return isTrue(self, link.status); }
+
+void setDisconnected(py::handle self, const DeviceClass& device) {
+    setAttribute(self, device.link.status, device.countsStatus ? Object(py::int_(0)) : py::bool_(false));
+}
+
+// The receive thread gets a moment to see what has been done to it.
+void giveThreadItsTurn() { sleepBlocking(0.001); }
+
+void openGate(py::handle self, const DeviceLink& link) { callMethod(attribute(self, link.lock), "release"); }
+
+void printPlace(const Object& verbose, const char* verb, const char* preposition, py::handle self,
+                const Object& place) {
+    if (!isTrue(verbose)) return;
+    const Object name = callMethod(self, "_getDeviceName");
+    printLine(place ? py::str("{} {} {} ({})").format(verb, preposition, name, place)
+                    : py::str("{} {}").format(verb, name));
+}
+
+template <class... Args>
+void callBase(const DeviceClass& device, const char* method, py::handle self, const Args&... args) {
+    callOf(device.base == nullptr ? "Device" : device.base->name, method, self, args...);
+}
+
+}  // namespace
+
+void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number) {
+    requireOwn(self);
+    const Object client = attribute(self, link.client);
+    if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
+    setAttribute(self, link.status, callMethod(client, "connect", place, number));
+}
+
+void startDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
+    const DeviceLink& link = device.link;
+    if (device.base != nullptr) {
+        callBase(device, "__init__", self, py::bool_(false));
+    } else {
+        callBase(device, "__init__", self);
+    }
+    for (const FieldDoc& place : device.places) setAttribute(self, place.name.c_str(), py::none());
+    const Object client = link.connectsAnew ? py::none() : callObject(classNamed(link.clientClass));
+    const auto receiver = runtimeOf(self)->startReceiver(self, link);
+    setAttribute(self, link.client, client);
+    setDisconnected(self, device);
+    setAttribute(self, link.lock, py::cast(receiver->gate));
+    setAttribute(self, link.thread, threadObject(receiver));
+    printMessage(verbose, "Opened handle", self);
+}
+
+void connectDevice(py::handle self, const DeviceClass& device, Arguments given) {
+    if (device.base == nullptr && isConnected(self, device.link)) return;
+    const Object place = device.join(self, device.link, given);
+    openGate(self, device.link);
+    const Object& verbose = given[device.connectParameters.size() - 1];
+    printPlace(verbose, place ? "Connected" : "Binded", "to", self, place);
+}
+
+void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
+    const DeviceLink& link = device.link;
+    if (device.base != nullptr) callBase(device, "disconnect", self, py::bool_(false));
+    if (!isConnected(self, link)) return;
+    if (device.leave == nullptr) requireOwn(self);
+    callMethod(attribute(self, link.lock), "acquire");
+    giveThreadItsTurn();
+    if (device.leave != nullptr) {
+        device.leave(self, link);
+    } else {
+        callMethod(attribute(self, link.client), "disconnect");
+    }
+    setDisconnected(self, device);
+    const DeviceClass& placed = device.base == nullptr ? device : *device.base;
+    const Object place = placed.places.empty() ? Object() : attribute(self, placed.places[0].name.c_str());
+    printPlace(verbose, "Disconnected", "from", self, place);
+}
+
+void closeDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
+    const DeviceLink& link = device.link;
+    if (isKilled(self)) return;
+    if (isForeign(self)) return setAttribute(self, "killed", py::bool_(true));  // the connection is the parent's
+    const auto end = [&] {
+        callBase(device, "close", self, py::bool_(false));
+        openGate(self, link);
+        if (!device.dropsClient) return;
+        giveThreadItsTurn();
+        setAttribute(self, link.client, py::none());
+    };
+    thenAlways(
+        [&] {
+            if (isConnected(self, device.base == nullptr ? link : device.base->link)) callMethod(self, "disconnect");
+        },
+        [&] { thenAlways(end, [&] { printMessage(verbose, "Closed handle", self); }); });
+}
+
+}  // namespace zvr::python
