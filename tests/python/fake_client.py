@@ -5,7 +5,7 @@ import contextlib
 import pyzvr
 
 
-class Double:
+class FakeClient:
     """A client that records what is sent and files the replies that a script gives."""
 
     def __init__(self, product):
@@ -26,10 +26,10 @@ class Double:
 
 
 @contextlib.contextmanager
-def wired(model, **replies):
-    """A product whose client is a test double; `replies` are by the name of the command."""
+def fake_device(model, **replies):
+    """A product behind a fake client; `replies` are by the name of the command."""
     with getattr(pyzvr, model)() as product:
-        product.client_cmd = Double(product)
+        product.client_cmd = FakeClient(product)
         product.client_cmd.replies = {getattr(pyzvr, command): reply for command, reply in replies.items()}
         yield product
 
@@ -41,4 +41,4 @@ class BenchDio(pyzvr.Device, pyzvr.SystemModule, pyzvr.DIOModule, pyzvr.SystemMo
         pyzvr.Device.__init__(self)
         for module in (pyzvr.DIOModule, pyzvr.DIOModule_async):
             module.__init__(self, {0: [0, 1, 2, 3, 4, 5, 6, 7], 1: [0, 1]}, {0: [0, 1, 2, 3, 4, 5, 6, 7]}, 8)
-        self.client_cmd = Double(self)
+        self.client_cmd = FakeClient(self)

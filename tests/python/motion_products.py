@@ -1,7 +1,7 @@
 """Products with axes behind a fake client, and what was sent to them."""
 
 import pytest
-from fake_client import Double
+from fake_client import FakeClient
 
 import pyzvr
 
@@ -19,7 +19,7 @@ class Chip:
 
 def handle(model, monkeypatch=None):
     product = getattr(pyzvr, model)()
-    product.client_cmd = Double(product)
+    product.client_cmd = FakeClient(product)
     product.chip = product.client_cmd.replies[pyzvr.MOTION] = Chip()
     return product
 
@@ -39,7 +39,7 @@ def chassis(request):
 @pytest.fixture
 def pawl():
     with pyzvr.Pawl() as product:
-        product.client_cmd = Double(product)
+        product.client_cmd = FakeClient(product)
         yield product
 
 

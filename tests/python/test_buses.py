@@ -1,4 +1,4 @@
-"""Serial buses at a client that is a test double, and over emulated USB with chips and nodes on the buses."""
+"""Serial buses at a fake client, and over emulated USB with chips and nodes on the buses."""
 
 import array
 import copy
@@ -11,7 +11,8 @@ import weakref
 from unittest import mock
 
 import pytest
-from fake_client import Double
+from cases import Exchange, operation_of
+from fake_client import FakeClient
 from forms import awaited, blocking
 from hypothesis import given
 from hypothesis import strategies as st
@@ -29,73 +30,126 @@ def box():
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")  # libusb is not where a user would have it
         product = pyzvr.SableCan()
-    product.client_cmd = Double(product)
+    product.client_cmd = FakeClient(product)
     yield product
     product.close(verbose=False)
 
 
 FRAME = [36, 96, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0]
 WIRE = [
-    ("I2C_read", (1, 0x50, 3), "READ_I2C", [1, 0x50, 3], b"\1\0\3abc", [97, 98, 99]),
-    ("I2C_read", (1, 0x50, 0), "READ_I2C", [1, 0x50, 0], b"\1\0\0", []), ("I2C_read", (2, 1, 9), "READ_I2C", [2, 1, 9], b"\2\x15", []),
-    ("I2C_write", (1, 0x50, [1, 255]), "WRITE_I2C", [1, 0x50, 2, 1, 255], OK, 0), ("I2C_write", (1, 8, []), "WRITE_I2C", [1, 8, 0], OK, 0),
-    ("I2C_close", (1,), "CLOSE_I2C", [1], OK, 0), ("I2C_reset", (2,), "RESET_I2C", [2], OK, 0),
-    ("I2C_setClockRate", (1, 3), "SET_I2C_FREQUENCY", [1, 0, 51, 225, 64], OK, 0),
-    ("I2C_setClockRate", (1, 0), "SET_I2C_FREQUENCY", [1, *U32(100000)], OK, 0),
-    ("I2C_setAddressSize", (1, 1), "SET_I2C_ADDR_SIZE", [1, 1], OK, 0),
-    ("SPI_read", (2, 4), "READ_SPI", [2, 4], b"\2\0abcd", [97, 98, 99, 100]), ("SPI_write", (2, []), "WRITE_SPI", [2, 0], OK, 0),
-    ("SPI_write", (2, [9, 8]), "WRITE_SPI", [2, 2, 9, 8], OK, 0),
-    ("SPI_readAndWrite", (2, [1, 2]), "READ_AND_WRITE_SPI", [2, 2, 1, 2], b"\2\0\3\4", [3, 4]),
-    ("SPI_close", (2,), "CLOSE_SPI", [2], OK, 0), ("SPI_reset", (2,), "RESET_SPI", [2], OK, 0),
-    ("SPI_setDataSize", (2, 1), "SET_SPI_DATA_SIZE", [2, 1], OK, 0), ("SPI_setFirstBit", (2, 0), "SET_SPI_FIRST_BIT", [2, 0], OK, 0),
-    ("SPI_setPrescaler", (2, 256), "SET_SPI_PRESCALER", [2, 1, 0], OK, 0), ("_SPI_setCPOL", (2, 1), "SET_SPI_CPOL", [2, 1], OK, 0),
-    ("_SPI_setCPHA", (2, 0), "SET_SPI_CPHA", [2, 0], OK, 0),
-    ("UART_write", (1, "Hi\xff"), "WRITE_UART", [1, 3, 72, 105, 255], OK, 0), ("UART_write", (2, ["A", "B"]), "WRITE_UART", [2, 2, 65, 66], OK, 0),
-    ("UART_write", (1, ""), "WRITE_UART", [1, 0], OK, 0), ("UART_write", (1, "x" * 50), "WRITE_UART", [1, 50, *b"x" * 50], OK, 0),
-    ("_UART_stopReading", (1,), "STOP_UART_READING", [1], OK, 0), ("UART_reset", (1,), "RESET_UART", [1], OK, 0),
-    ("UART_setBaudRate", (1, 400000), "SET_UART_BAUD_RATE", [1, *U32(400000)], OK, 0), ("UART_setBaudRate", (1, 0), "SET_UART_BAUD_RATE", [1, 0, 0, 0, 0], OK, 0),
-    ("UART_setDataBit", (1, 1), "SET_UART_DATA_SIZE", [1, 1], OK, 0), ("UART_setParity", (1, 3), "SET_UART_PARITY", [1, 3], OK, 0),
-    ("UART_setNumStopBit", (2, 3), "SET_UART_NUM_STOP_BITS", [2, 3], OK, 0),
-    ("CAN_write", (1, 291, [1, 2, 3]), "WRITE_CAN", [1, 0, *FRAME], OK, 0),
-    ("CAN_write", (1, 5, [1, 2], True), "WRITE_CAN", [1, 0, 0, 0xB0, 0, 0, *bytes(8)], OK, 0),
-    ("CAN_write", (1, 5, [1], False, True), "WRITE_CAN", [1, 0, 0, 8, 0, 5, 1, *bytes(7)], OK, 0),
-    ("CAN_stop", (1,), "STOP_CAN", [1], OK, 0), ("CAN_setSpeed", (1, 3), "SET_CAN_SPEED", [1, 3], OK, 0),
-    ("_CAN_setEnableInterrupt", (1, True), "SET_CAN_ENABLED_ITR", [1, 1], OK, 0), ("_CAN_setTXPriority", (1, 2, 3), "SET_CAN_TX_PRIORITY", [1, 2, 3], OK, 0),
-    ("_CAN_setRXRollover", (1, False), "SET_CAN_RX_ROLLOVER", [1, 0], OK, 0), ("CAN_setRXFilteringOn", (1, 1), "SET_CAN_RX_FILTERING_ON", [1, 1], OK, 0),
-    ("CAN_setRXFilterOrMask", (1, 6, 0x7FF, False, False), "SET_CAN_RX_FILTER_OR_MASK", [1, 6, 0xFF, 0xE0, *bytes(10)], OK, 0),
-    ("_CAN_getInterrupts", (1,), "GET_CAN_INTERRUPTS", [1], b"\1\2\3\4", [2, 3, 4]), ("_CAN_getErrors", (1,), "GET_CAN_ERRORS", [1], b"\1\x80\7", [128, 7]),
-    ("_CAN_getCounters", (1,), "GET_CAN_COUNTERS", [1], b"\1" + b"".join(bytes(U32(n)) for n in (1, 2, 3, 4, 5, 2**32 - 1)), [1, 2, 3, 4, 5, 2**32 - 1]),
+    Exchange(
+        "I2C_read", (1, 0x50, 3), command="READ_I2C", sent=[1, 0x50, 3], reply=b"\1\0\3abc", result=[97, 98, 99],
+    ),
+    Exchange("I2C_read", (1, 0x50, 0), command="READ_I2C", sent=[1, 0x50, 0], reply=b"\1\0\0", result=[]),
+    Exchange("I2C_read", (2, 1, 9), command="READ_I2C", sent=[2, 1, 9], reply=b"\2\x15", result=[]),
+    Exchange("I2C_write", (1, 0x50, [1, 255]), command="WRITE_I2C", sent=[1, 0x50, 2, 1, 255], reply=OK, result=0),
+    Exchange("I2C_write", (1, 8, []), command="WRITE_I2C", sent=[1, 8, 0], reply=OK, result=0),
+    Exchange("I2C_close", (1,), command="CLOSE_I2C", sent=[1], reply=OK, result=0),
+    Exchange("I2C_reset", (2,), command="RESET_I2C", sent=[2], reply=OK, result=0),
+    Exchange("I2C_setClockRate", (1, 3), command="SET_I2C_FREQUENCY", sent=[1, 0, 51, 225, 64], reply=OK, result=0),
+    Exchange("I2C_setClockRate", (1, 0), command="SET_I2C_FREQUENCY", sent=[1, *U32(100000)], reply=OK, result=0),
+    Exchange("I2C_setAddressSize", (1, 1), command="SET_I2C_ADDR_SIZE", sent=[1, 1], reply=OK, result=0),
+    Exchange("SPI_read", (2, 4), command="READ_SPI", sent=[2, 4], reply=b"\2\0abcd", result=[97, 98, 99, 100]),
+    Exchange("SPI_write", (2, []), command="WRITE_SPI", sent=[2, 0], reply=OK, result=0),
+    Exchange("SPI_write", (2, [9, 8]), command="WRITE_SPI", sent=[2, 2, 9, 8], reply=OK, result=0),
+    Exchange(
+        "SPI_readAndWrite", (2, [1, 2]), command="READ_AND_WRITE_SPI", sent=[2, 2, 1, 2], reply=b"\2\0\3\4",
+        result=[3, 4],
+    ),
+    Exchange("SPI_close", (2,), command="CLOSE_SPI", sent=[2], reply=OK, result=0),
+    Exchange("SPI_reset", (2,), command="RESET_SPI", sent=[2], reply=OK, result=0),
+    Exchange("SPI_setDataSize", (2, 1), command="SET_SPI_DATA_SIZE", sent=[2, 1], reply=OK, result=0),
+    Exchange("SPI_setFirstBit", (2, 0), command="SET_SPI_FIRST_BIT", sent=[2, 0], reply=OK, result=0),
+    Exchange("SPI_setPrescaler", (2, 256), command="SET_SPI_PRESCALER", sent=[2, 1, 0], reply=OK, result=0),
+    Exchange("_SPI_setCPOL", (2, 1), command="SET_SPI_CPOL", sent=[2, 1], reply=OK, result=0),
+    Exchange("_SPI_setCPHA", (2, 0), command="SET_SPI_CPHA", sent=[2, 0], reply=OK, result=0),
+    Exchange("UART_write", (1, "Hi\xff"), command="WRITE_UART", sent=[1, 3, 72, 105, 255], reply=OK, result=0),
+    Exchange("UART_write", (2, ["A", "B"]), command="WRITE_UART", sent=[2, 2, 65, 66], reply=OK, result=0),
+    Exchange("UART_write", (1, ""), command="WRITE_UART", sent=[1, 0], reply=OK, result=0),
+    Exchange("UART_write", (1, "x" * 50), command="WRITE_UART", sent=[1, 50, *b"x" * 50], reply=OK, result=0),
+    Exchange("_UART_stopReading", (1,), command="STOP_UART_READING", sent=[1], reply=OK, result=0),
+    Exchange("UART_reset", (1,), command="RESET_UART", sent=[1], reply=OK, result=0),
+    Exchange(
+        "UART_setBaudRate", (1, 400000), command="SET_UART_BAUD_RATE", sent=[1, *U32(400000)], reply=OK, result=0,
+    ),
+    Exchange("UART_setBaudRate", (1, 0), command="SET_UART_BAUD_RATE", sent=[1, 0, 0, 0, 0], reply=OK, result=0),
+    Exchange("UART_setDataBit", (1, 1), command="SET_UART_DATA_SIZE", sent=[1, 1], reply=OK, result=0),
+    Exchange("UART_setParity", (1, 3), command="SET_UART_PARITY", sent=[1, 3], reply=OK, result=0),
+    Exchange("UART_setNumStopBit", (2, 3), command="SET_UART_NUM_STOP_BITS", sent=[2, 3], reply=OK, result=0),
+    Exchange("CAN_write", (1, 291, [1, 2, 3]), command="WRITE_CAN", sent=[1, 0, *FRAME], reply=OK, result=0),
+    Exchange(
+        "CAN_write", (1, 5, [1, 2], True), command="WRITE_CAN", sent=[1, 0, 0, 0xB0, 0, 0, *bytes(8)], reply=OK,
+        result=0,
+    ),
+    Exchange(
+        "CAN_write", (1, 5, [1], False, True), command="WRITE_CAN", sent=[1, 0, 0, 8, 0, 5, 1, *bytes(7)], reply=OK,
+        result=0,
+    ),
+    Exchange("CAN_stop", (1,), command="STOP_CAN", sent=[1], reply=OK, result=0),
+    Exchange("CAN_setSpeed", (1, 3), command="SET_CAN_SPEED", sent=[1, 3], reply=OK, result=0),
+    Exchange("_CAN_setEnableInterrupt", (1, True), command="SET_CAN_ENABLED_ITR", sent=[1, 1], reply=OK, result=0),
+    Exchange("_CAN_setTXPriority", (1, 2, 3), command="SET_CAN_TX_PRIORITY", sent=[1, 2, 3], reply=OK, result=0),
+    Exchange("_CAN_setRXRollover", (1, False), command="SET_CAN_RX_ROLLOVER", sent=[1, 0], reply=OK, result=0),
+    Exchange("CAN_setRXFilteringOn", (1, 1), command="SET_CAN_RX_FILTERING_ON", sent=[1, 1], reply=OK, result=0),
+    Exchange(
+        "CAN_setRXFilterOrMask", (1, 6, 0x7FF, False, False), command="SET_CAN_RX_FILTER_OR_MASK",
+        sent=[1, 6, 0xFF, 0xE0, *bytes(10)], reply=OK, result=0,
+    ),
+    Exchange("_CAN_getInterrupts", (1,), command="GET_CAN_INTERRUPTS", sent=[1], reply=b"\1\2\3\4", result=[2, 3, 4]),
+    Exchange("_CAN_getErrors", (1,), command="GET_CAN_ERRORS", sent=[1], reply=b"\1\x80\7", result=[128, 7]),
+    Exchange(
+        "_CAN_getCounters", (1,), command="GET_CAN_COUNTERS", sent=[1],
+        reply=b"\1" + b"".join(bytes(U32(n)) for n in (1, 2, 3, 4, 5, 2**32 - 1)), result=[1, 2, 3, 4, 5, 2**32 - 1],
+    ),
 ]
 
 
-@pytest.mark.parametrize("operation, arguments, command, sent, reply, result", WIRE)
-def test_exchanges(box, operation, arguments, command, sent, reply, result):
-    code = getattr(pyzvr, command)
-    box.client_cmd.replies = {code: reply}
+@pytest.mark.parametrize("case", WIRE, ids=operation_of)
+def test_exchanges(box, case):
+    code = getattr(pyzvr, case.command)
+    box.client_cmd.replies = {code: case.reply}
     for call in (blocking, awaited):
-        assert call(box, operation, *arguments) == result
-    assert box.client_cmd.sent == [(code, bytes(sent))] * 2
-    if result == 0:  # and a refusal is a code
+        assert call(box, case.operation, *case.arguments) == case.result
+    assert box.client_cmd.sent == [(code, bytes(case.sent))] * 2
+    if case.result == 0:  # and a refusal is a code
         box.client_cmd.replies = {code: UART_REFUSED}
-        assert [call(box, operation, *arguments) for call in (blocking, awaited)] == [pyzvr.FirmwareUARTError(silent=True).code] * 2
+        assert [call(box, case.operation, *case.arguments)
+                for call in (blocking, awaited)] == [pyzvr.FirmwareUARTError(silent=True).code] * 2
 
 
-@pytest.mark.parametrize("operation, arguments, failure", [
-    ("I2C_setClockRate", (1, 4), "I2CClockNotSupportError"), ("I2C_setClockRate", (3, 1), "I2CPortNotAvaliableError"),
-    ("I2C_read", ("1", 1, 1), "InputTypeNotCorrectError"), ("I2C_read", (1, 1, 2.0), "InputTypeNotCorrectError"),
-    ("I2C_write", (1, 1, (1, 2)), "InputTypeNotCorrectError"), ("I2C_setAddressSize", (1, 2), "I2CAddressSizeNotVaildError"),
-    ("SPI_open", (1,), "SPIPortNotAvaliableError"), ("SPI_setPrescaler", (2, 3), "SPIPrescalerNotVaildError"), ("SPI_setMode", (2, 4), "SPIModeNotVaildError"),
-    ("SPI_setDataSize", (2, 2), "SPIDataSizeNotVaildError"), ("SPI_setFirstBit", (2, -1), "SPIFirstBitNotVaildError"),
-    ("SPI_write", (2, "ab"), "InputTypeNotCorrectError"), ("UART_write", (1, "x" * 51), "UARTExceedMaxLengthError"),
-    ("UART_write", (1, [65, 66]), TypeError), ("UART_write", (1, b"ab"), "InputTypeNotCorrectError"), ("UART_write", (1, "\u20ac"), ValueError),
-    ("UART_setBaudRate", (1, 400001), "UARTBaudRateNotSupportError"), ("UART_setDataBit", (1, 2), "UARTDataBitNotSupportError"),
-    ("UART_setParity", (1, 4), "UARTParityNotSupportError"), ("UART_setNumStopBit", (1, 4), "UARTStopBitNotSupportError"),
-    ("UART_read", (3, 4), "UARTPortNotAvaliableError"), ("UART_read", (1, "4"), "InputTypeNotCorrectError"), ("UART_close", (3,), "UARTPortNotAvaliableError"),
-    ("CAN_open", (2,), "CANPortNotAvaliableError"), ("CAN_write", (1, 5, [0] * 9), "CANDataLengthNotVaildError"), ("CAN_write", (1, 5, [256]), "InputDataNotInRangeError"),
-    ("CAN_write", (1, 5, (1,)), "InputTypeNotCorrectError"), ("CAN_write", (1, 5, [1], 1), "InputTypeNotCorrectError"),
-    ("CAN_write", (1, 2048, []), OverflowError), ("CAN_setSpeed", (1, 4), "CANSpeedNotVaildError"), ("_CAN_setTXPriority", (1, 3, 0), "CANTXNotVaildError"),
-    ("_CAN_setTXPriority", (1, 0, 4), "CANTXPriorityNotVaildError"),
-])
+@pytest.mark.parametrize("operation, arguments, failure",
+                         [("I2C_setClockRate", (1, 4), "I2CClockNotSupportError"),
+                          ("I2C_setClockRate", (3, 1), "I2CPortNotAvaliableError"),
+                          ("I2C_read", ("1", 1, 1), "InputTypeNotCorrectError"),
+                          ("I2C_read", (1, 1, 2.0), "InputTypeNotCorrectError"),
+                          ("I2C_write", (1, 1, (1, 2)), "InputTypeNotCorrectError"),
+                          ("I2C_setAddressSize", (1, 2), "I2CAddressSizeNotVaildError"),
+                          ("SPI_open", (1,), "SPIPortNotAvaliableError"),
+                          ("SPI_setPrescaler", (2, 3), "SPIPrescalerNotVaildError"),
+                          ("SPI_setMode", (2, 4), "SPIModeNotVaildError"),
+                          ("SPI_setDataSize", (2, 2), "SPIDataSizeNotVaildError"),
+                          ("SPI_setFirstBit", (2, -1), "SPIFirstBitNotVaildError"),
+                          ("SPI_write", (2, "ab"), "InputTypeNotCorrectError"),
+                          ("UART_write", (1, "x" * 51), "UARTExceedMaxLengthError"),
+                          ("UART_write", (1, [65, 66]), TypeError),
+                          ("UART_write", (1, b"ab"), "InputTypeNotCorrectError"),
+                          ("UART_write", (1, "\u20ac"), ValueError),
+                          ("UART_setBaudRate", (1, 400001), "UARTBaudRateNotSupportError"),
+                          ("UART_setDataBit", (1, 2), "UARTDataBitNotSupportError"),
+                          ("UART_setParity", (1, 4), "UARTParityNotSupportError"),
+                          ("UART_setNumStopBit", (1, 4), "UARTStopBitNotSupportError"),
+                          ("UART_read", (3, 4), "UARTPortNotAvaliableError"),
+                          ("UART_read", (1, "4"), "InputTypeNotCorrectError"),
+                          ("UART_close", (3,), "UARTPortNotAvaliableError"),
+                          ("CAN_open", (2,), "CANPortNotAvaliableError"),
+                          ("CAN_write", (1, 5, [0] * 9), "CANDataLengthNotVaildError"),
+                          ("CAN_write", (1, 5, [256]), "InputDataNotInRangeError"),
+                          ("CAN_write", (1, 5, (1,)), "InputTypeNotCorrectError"),
+                          ("CAN_write", (1, 5, [1], 1), "InputTypeNotCorrectError"),
+                          ("CAN_write", (1, 2048, []), OverflowError),
+                          ("CAN_setSpeed", (1, 4), "CANSpeedNotVaildError"),
+                          ("_CAN_setTXPriority", (1, 3, 0), "CANTXNotVaildError"),
+                          ("_CAN_setTXPriority", (1, 0, 4), "CANTXPriorityNotVaildError"), ])
 def test_bad_arguments_fail_by_name_before_anything_is_sent(box, call, operation, arguments, failure):
     with pytest.raises(failure if isinstance(failure, type) else getattr(pyzvr, failure)):
         call(box, operation, *arguments)
@@ -107,14 +161,17 @@ def test_mode_is_polarity_then_phase_even_after_a_refusal(box, call):
         box.client_cmd.sent.clear()
         box.client_cmd.replies = {pyzvr.SET_SPI_CPOL: OK, pyzvr.SET_SPI_CPHA: OK}
         assert call(box, "SPI_setMode", 2, mode) == 0
-        assert box.client_cmd.sent == [(pyzvr.SET_SPI_CPOL, bytes([2, polarity])), (pyzvr.SET_SPI_CPHA, bytes([2, phase]))]
+        assert box.client_cmd.sent == [(pyzvr.SET_SPI_CPOL, bytes([2, polarity])),
+                                       (pyzvr.SET_SPI_CPHA, bytes([2, phase]))]
     box.client_cmd.replies = {pyzvr.SET_SPI_CPOL: SPI_REFUSED, pyzvr.SET_SPI_CPHA: OK}
     assert call(box, "SPI_setMode", 2, 1) < 0 and len(box.client_cmd.sent) == 4
 
 
-@pytest.mark.parametrize("bus, port, command, lines", [("I2C", 1, "OPEN_I2C", [0]), ("SPI", 2, "OPEN_SPI", [1]), ("UART", 2, "OPEN_UART", [0]), ("CAN", 1, "OPEN_CAN", [2])])
+@pytest.mark.parametrize("bus, port, command, lines", [("I2C", 1, "OPEN_I2C", [0]), ("SPI", 2, "OPEN_SPI", [1]),
+                                                       ("UART", 2, "OPEN_UART", [0]), ("CAN", 1, "OPEN_CAN", [2])])
 def test_opening_looks_at_the_lines_first(box, call, bus, port, command, lines):
-    entries = box.CAN_getPort() and getattr(box, {"I2C": "I2C_dict", "SPI": "SPI_dict", "UART": "uart_dict", "CAN": "can_dict"}[bus])[port]
+    entries = box.CAN_getPort() and getattr(
+        box, {"I2C": "I2C_dict", "SPI": "SPI_dict", "UART": "uart_dict", "CAN": "can_dict"}[bus])[port]
     assert getattr(box, f"_{bus}_getPinMapPort")(port) == lines and {digital for digital, _ in entries} == set(lines)
     modes = bytearray(IDLE)
     box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: lambda data: bytes(modes), getattr(pyzvr, command): OK}
@@ -132,7 +189,9 @@ def push(box, key, data):
 
 
 def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(box, call):
-    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_UART: OK, pyzvr.STOP_UART_READING: OK, pyzvr.CLOSE_UART: OK}
+    box.client_cmd.replies = {
+        pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_UART: OK, pyzvr.STOP_UART_READING: OK, pyzvr.CLOSE_UART: OK
+    }
     push(box, (pyzvr.START_UART_READING, 1), b"early")
     assert box.uart_p1_lock.locked() and box.UART_read(1, 5, 0.01) == []
     assert call(box, "UART_open", 1) == 0 and box.client_cmd.sent[-1] == (pyzvr.START_UART_READING, b"\1")
@@ -145,7 +204,8 @@ def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(box, call):
     with pytest.raises(AttributeError):
         box.UART_close(1)
     assert box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")
-    assert awaited(box, "UART_close", 1) == 0 and not box.uart_open_flag and box.uart_p1_lock.locked() and box.uart_p2_lock.locked()
+    assert awaited(box, "UART_close",
+                   1) == 0 and not box.uart_open_flag and box.uart_p1_lock.locked() and box.uart_p2_lock.locked()
     push(box, (pyzvr.START_UART_READING, 1), b"late")
     assert box.UART_read(1, 4, 0.05) == []
     threads = [box.uart_p1_stream_thread, box.uart_p2_stream_thread]
@@ -175,7 +235,8 @@ def test_frame_survives_the_wire(identifier, extended, remote, data):
 
 
 def test_frame_as_text_and_bad_ones():
-    assert str(pyzvr.CANFrame(291)) == repr(pyzvr.CANFrame(291)) == "CANFrame(id=291, extended_id=False, remote=False, data=[0, 0, 0, 0, 0, 0, 0, 0])"
+    assert str(pyzvr.CANFrame(291)) == repr(
+        pyzvr.CANFrame(291)) == "CANFrame(id=291, extended_id=False, remote=False, data=[0, 0, 0, 0, 0, 0, 0, 0])"
     assert "extended_id=1, remote=0" in str(pyzvr.CANFrame(1, 1, 0)) and pyzvr.CANFrame(1, 1) == pyzvr.CANFrame(1, True)
     class Named(pyzvr.CANFrame):
         name = "x"
@@ -186,7 +247,8 @@ def test_frame_as_text_and_bad_ones():
     frame.id, frame.extended_id, frame.data = 2**28, True, [5]
     frame.setID()
     assert pyzvr.CANFrame.fromU8List(frame.frame_in_list) == pyzvr.CANFrame(2**28, True, False, [5])
-    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), (("1",), TypeError), ((1.0,), TypeError), ((1, 0, 0, 5), TypeError), ((), TypeError)):
+    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), (("1",), TypeError),
+                               ((1.0,), TypeError), ((1, 0, 0, 5), TypeError), ((), TypeError)):
         with pytest.raises(failure):
             pyzvr.CANFrame(*arguments)
 
@@ -211,7 +273,8 @@ def test_a_frame_has_lists_of_its_own(frame):
     assert frame.data is frame.data and frame.id_in_list is frame.id_in_list and frame.frame_in_list is frame.frame_in_list
     wire = frame.frame_in_list.copy()
     frame.data[0] = 9
-    assert frame.data == [9, 2, 3, 0, 0, 0, 0, 0] and frame.frame_in_list == wire and frame != pyzvr.CANFrame(2**28 + 5, True, False, [1, 2, 3])
+    assert frame.data == [9, 2, 3, 0, 0, 0, 0, 0] and frame.frame_in_list == wire and frame != pyzvr.CANFrame(
+        2**28 + 5, True, False, [1, 2, 3])
     frame.setID()
     assert frame.frame_in_list == wire[:4] + frame.data and frame == pyzvr.CANFrame.fromU8List(frame.frame_in_list)
     frame.id_in_list.append(7)
@@ -235,7 +298,8 @@ def test_fields_of_a_frame_are_plain(frame):
         assert frame.data == [300] * 3 and frame.setID() is double.return_value
     assert frame.data == [1, 2, 3, 0, 0, 0, 0, 0] and "setID" not in vars(frame)
     empty = pyzvr.CANFrame.__new__(pyzvr.CANFrame)
-    for use in (lambda: empty.data, lambda: str(empty), lambda: empty.setID(), lambda: hash(empty), lambda: empty == frame):
+    for use in (lambda: empty.data, lambda: str(empty), lambda: empty.setID(), lambda: hash(empty),
+                lambda: empty == frame):
         with pytest.raises(AttributeError):
             use()
 
@@ -244,7 +308,9 @@ def test_frames_are_copied_and_pickled(frame):
     frame.note = ["x"]
     for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
         again = pickle.loads(pickle.dumps(frame, protocol))
-        assert again == frame and type(again) is pyzvr.CANFrame and vars(again) == {"note": ["x"]} and again.frame_in_list == frame.frame_in_list
+        assert again == frame and type(again) is pyzvr.CANFrame and vars(again) == {
+            "note": ["x"]
+        } and again.frame_in_list == frame.frame_in_list
     shallow, deep = copy.copy(frame), copy.deepcopy(frame)
     assert shallow == deep == frame and shallow.data is frame.data and deep.data is not frame.data and deep.note is not frame.note
     assert {frame: 1}[deep] == 1 and weakref.ref(frame)() is frame
@@ -284,7 +350,8 @@ def test_frames_of_few_bytes_and_of_bits_that_say_nothing(box):
         assert made.id_in_list == [36, 96, 0, 0] and made.frame_in_list == [36, 96, 0, 0, 1, *bytes(7)]
         assert made == pyzvr.CANFrame(291, data=[1])
     assert pyzvr.CANFrame.fromU8List([0, 0b1100, 0, 1]).id_in_list == [0, 0b1000, 0, 1]
-    for values, failure in (([36], IndexError), ([], IndexError), ([0, 8], struct.error), ([300, 96], ValueError), ("ab", TypeError), (5, TypeError), ([0, None], TypeError)):
+    for values, failure in (([36], IndexError), ([], IndexError), ([0, 8], struct.error), ([300, 96], ValueError),
+                            ("ab", TypeError), (5, TypeError), ([0, None], TypeError)):
         with pytest.raises(failure):
             pyzvr.CANFrame.fromU8List(values)
 
@@ -314,7 +381,8 @@ def test_frames_in_a_cycle_are_collected(box):
 
 def test_frame_becomes_a_message_of_the_common_package_and_back():
     can = pytest.importorskip("can")
-    for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, False, range(8)), pyzvr.CANFrame(7, False, True)):
+    for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, False,
+                                                                      range(8)), pyzvr.CANFrame(7, False, True)):
         message = frame.toMessage()
         assert isinstance(message, can.Message) and message.arbitration_id == frame.id and message.dlc == 8
         assert pyzvr.CANFrame.fromMessage(message) == frame
@@ -323,7 +391,9 @@ def test_frame_becomes_a_message_of_the_common_package_and_back():
 
 
 def test_can_records_become_frames_in_order(box, call):
-    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.STOP_CAN: OK, pyzvr.CLOSE_CAN: OK}
+    box.client_cmd.replies = {
+        pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.STOP_CAN: OK, pyzvr.CLOSE_CAN: OK
+    }
     frames = [pyzvr.CANFrame(number, number % 2, False, [number % 256]) for number in range(600)]
     push(box, pyzvr.START_CAN, [byte for frame in frames[:250] for byte in frame.frame_in_list])
     assert call(box, "CAN_open", 1) == 0 and box.can_open_flag
@@ -357,7 +427,8 @@ def test_broken_record_ends_the_can_reader_only(box, monkeypatch):
     push(box, pyzvr.START_CAN, FRAME)
     push(box, pyzvr.START_CAN, FRAME[:11])
     box.can_stream_thread.join(5)
-    assert failures == [(ValueError, "_CANStreamThread")] and box.CAN_read(1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
+    assert failures == [(ValueError, "_CANStreamThread")] and box.CAN_read(
+        1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
     push(box, (pyzvr.START_UART_READING, 1), b"on")
     assert box.UART_read(1, 2, 5) == ["o", "n"]
 
@@ -378,8 +449,12 @@ def test_full_queues_drop_the_newest_and_warn(box, capsys):
         assert box.uart_p1_signal_queue.full() and box.can_frame_queue.qsize() == 1_000_000
     # No line of Python has made the warning: its thread is told instead.
     printed = capsys.readouterr().out
-    assert {"  On thread '_UARTStreamThread', which runs no Python", "  On thread '_CANStreamThread', which runs no Python"} <= set(printed.split("\n"))
-    assert "File " not in printed and "traceback" not in {each.filename for each in caught} and {each.lineno for each in caught} <= {0, 1}
+    assert {
+        "  On thread '_UARTStreamThread', which runs no Python", "  On thread '_CANStreamThread', which runs no Python"
+    } <= set(printed.split("\n"))
+    assert "File " not in printed and "traceback" not in {each.filename
+                                                          for each in caught} and {each.lineno
+                                                                                   for each in caught} <= {0, 1}
     assert len(box.UART_readBytes(1, 1_000_000)) == 1_000_000 and box.uart_p1_signal_queue.empty()
 
 
@@ -406,17 +481,21 @@ def test_steps_of_the_buses_are_called_as_they_are_written(box, call):
 def test_lines_are_asked_for_through_the_object(box, call, bus, port):
     check = f"_check{bus}PinState" + ("_" if bus == "CAN" and call is blocking else "")
     box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE}
-    with mock.patch.object(box, f"_{bus}_getPinMapPort", return_value=[5, 6]) as ports, mock.patch.object(pyzvr, "checkFuncPinMap") as cells:
+    with mock.patch.object(box, f"_{bus}_getPinMapPort",
+                           return_value=[5, 6]) as ports, mock.patch.object(pyzvr, "checkFuncPinMap") as cells:
         call(box, check, port, ["Idle"])
     assert ports.mock_calls == [mock.call(port)] and cells.mock_calls == []  # no line of the port is on 5 or 6
     assert box.client_cmd.sent == [(pyzvr.GET_PIN_MODE_OF_SLOT, b"\5"), (pyzvr.GET_PIN_MODE_OF_SLOT, b"\6")]
-    with mock.patch.object(pyzvr, "checkFuncPinMap", return_value=False) as cells, pytest.raises(getattr(pyzvr, f"{bus}PortNotAvaliableError")):
+    with mock.patch.object(pyzvr, "checkFuncPinMap",
+                           return_value=False) as cells, pytest.raises(getattr(pyzvr, f"{bus}PortNotAvaliableError")):
         call(box, check, port, ["Idle"])
     assert cells.mock_calls == [mock.call(mock.ANY, ["Idle"] * 8, ["Idle"])]
 
 
 def test_checks_in_place_of_the_librarys_own_are_used(box, call):
-    box.client_cmd.replies = {pyzvr.WRITE_I2C: OK, pyzvr.WRITE_CAN: CAN_REFUSED, pyzvr.SET_CAN_SPEED: CAN_REFUSED, pyzvr.STOP_CAN: CAN_REFUSED}
+    box.client_cmd.replies = {
+        pyzvr.WRITE_I2C: OK, pyzvr.WRITE_CAN: CAN_REFUSED, pyzvr.SET_CAN_SPEED: CAN_REFUSED, pyzvr.STOP_CAN: CAN_REFUSED
+    }
     with mock.patch.object(pyzvr, "checkInputType") as types:
         assert call(box, "I2C_write", 1, 8, (1, 2)) == 0
     assert types.mock_calls == [mock.call(1, int), mock.call(8, int), mock.call((1, 2), list)]

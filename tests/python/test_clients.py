@@ -285,8 +285,10 @@ def test_disconnect_closes_the_socket_whoever_holds_it_and_waits_for_nobody(box,
     assert (line.client, line.socket, line.read_timeout) == (0, 0, 0.05)
 
 
-@pytest.mark.parametrize("kind", ["Client", "NetworkClient", "TCPClient", "UDPClient", "UARTClient", "USBClient", "Socket",
-                                  "USBDeviceIdentity", "USBLibrary"])
+@pytest.mark.parametrize("kind", [
+    "Client", "NetworkClient", "TCPClient", "UDPClient", "UARTClient", "USBClient", "Socket", "USBDeviceIdentity",
+    "USBLibrary"
+])
 def test_none_and_unmade_objects_are_refused(kind):
     kind = getattr(pyzvr, kind)
     for name in dir(kind):
@@ -308,16 +310,20 @@ def test_none_and_unmade_objects_are_refused(kind):
                         pass
 
 
-@pytest.mark.parametrize("action, name", [
-    (lambda client: client.connect(None, 7), "ip_addr"), (lambda client: client.connect("127.0.0.1", "7"), "port"),
-    (lambda client: client.connect("127.0.0.1", 7.5), "port"), (lambda client: client.setTimeout("x"), "timeout"),
-    (lambda client: client.recvPacket("1"), "length"), (lambda client: client.recvAndSplitPacket(None), "length"),
-    (lambda client: pyzvr.UDPClient().bind(5, 6667), "ip_addr"), (lambda client: pyzvr.UDPClient().bind("", None), "port"),
-    (lambda client: pyzvr.UARTClient().connect(None, 9600), "port"),
-    (lambda client: pyzvr.UARTClient().connect("COM4", "9600"), "baudrate"),
-    (lambda client: setattr(client, "last_index", "x"), "last_index"),
-    (lambda client: setattr(pyzvr.UARTClient(), "read_timeout", "x"), "read_timeout"),
-    (lambda client: pyzvr.USBClient(5), "serial_num")])
+@pytest.mark.parametrize("action, name",
+                         [(lambda client: client.connect(None, 7), "ip_addr"),
+                          (lambda client: client.connect("127.0.0.1", "7"), "port"),
+                          (lambda client: client.connect("127.0.0.1", 7.5), "port"),
+                          (lambda client: client.setTimeout("x"), "timeout"),
+                          (lambda client: client.recvPacket("1"), "length"),
+                          (lambda client: client.recvAndSplitPacket(None), "length"),
+                          (lambda client: pyzvr.UDPClient().bind(5, 6667), "ip_addr"),
+                          (lambda client: pyzvr.UDPClient().bind("", None), "port"),
+                          (lambda client: pyzvr.UARTClient().connect(None, 9600), "port"),
+                          (lambda client: pyzvr.UARTClient().connect("COM4", "9600"), "baudrate"),
+                          (lambda client: setattr(client, "last_index", "x"), "last_index"),
+                          (lambda client: setattr(pyzvr.UARTClient(), "read_timeout", "x"), "read_timeout"),
+                          (lambda client: pyzvr.USBClient(5), "serial_num")])
 def test_wrong_types_are_named(client, action, name):
     with pytest.raises(TypeError, match=name):
         action(client)

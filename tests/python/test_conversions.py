@@ -156,24 +156,36 @@ def test_the_longest_that_can_be_meant():
 
 
 # What is no number, no list or no text is told by the name of its argument, and what came.
-WRONG_TYPES = [
-    (lambda: pyzvr.clearBit("x", 2**63), "number: .*str"), (lambda: pyzvr.fillBit(None, 2**63), "number: .*NoneType"),
-    (lambda: pyzvr.readBit(1, "x"), "index: .*str"), (lambda: pyzvr.writeBit(1.5, 0, 1), "number: .*float"),
-    (lambda: pyzvr.changeToLatticePort("1"), "slot: .*str"), (lambda: pyzvr.convertIntToBinaryList(5, "4"), "width: .*str"),
-    (lambda: pyzvr.convertIntToBinaryList("5", 4), "value_int: .*str"), (lambda: pyzvr.convertIntToIndexList(1.0), "value_int: .*float"),
-    (lambda: pyzvr.convertIndexListToInt(5), "index_list: .*int"), (lambda: pyzvr.convertIndexListToInt(["1"]), "index_list: .*str"),
-    (lambda: pyzvr.convertIndexAndBinaryListsToInt([0], 1), "binary_list: .*int"), (lambda: pyzvr.coerce(5), "list_: .*int"),
-    (lambda: pyzvr.adjustDataList(5), "data_list: .*int"), (lambda: pyzvr.adjustDataList([], 8.0), "list_length: .*float"),
-    (lambda: pyzvr.convertU16To2U8("1"), "value: .*str"), (lambda: pyzvr.convertF32To4U8(None), "value: .*NoneType"),
-    (lambda: pyzvr.convertI32To4U8(1j), "value: .*complex"), (lambda: pyzvr.convert2U8ToU16("ab"), "int_list: .*str"),
-    (lambda: pyzvr.convert2U8ToU16(7), "int_list: .*int"), (lambda: pyzvr.convert2U8ToU16([1, 2.0]), "int_list: item 1 .*float"),
-    (lambda: pyzvr.convertU8ListToStr(None), "int_list: .*NoneType"), (lambda: pyzvr.convertStrToU8List(5), "str_: .*int"),
-    (lambda: pyzvr.convertStrToU8List(["ab"]), "str_: .*str"), (lambda: pyzvr.convertIPAddrTo4U8(5), "value: .*int"),
-    (lambda: pyzvr.convertMACAddrTo6U8(None), "str_: .*NoneType"), (lambda: pyzvr.convertDegToRad("1"), "degrees: .*str"),
-    (lambda: pyzvr.convertRadToDeg([]), "radians: .*list"), (lambda: pyzvr.checkEachItemInRange(5), "int_list: .*int"),
-    (lambda: pyzvr.checkFuncPinMap(5, [], []), "cell: .*int"), (lambda: pyzvr.checkPinMap(5, [], []), "cell_list: .*int"),
-    (lambda: pyzvr.checkFirmwareError("0"), "error_code: .*str"), (lambda: pyzvr.checkFirmwareError(0.0), "error_code: .*float"),
-]
+WRONG_TYPES = [(lambda: pyzvr.clearBit("x", 2**63), "number: .*str"),
+               (lambda: pyzvr.fillBit(None, 2**63), "number: .*NoneType"),
+               (lambda: pyzvr.readBit(1, "x"), "index: .*str"), (lambda: pyzvr.writeBit(1.5, 0, 1), "number: .*float"),
+               (lambda: pyzvr.changeToLatticePort("1"), "slot: .*str"),
+               (lambda: pyzvr.convertIntToBinaryList(5, "4"), "width: .*str"),
+               (lambda: pyzvr.convertIntToBinaryList("5", 4), "value_int: .*str"),
+               (lambda: pyzvr.convertIntToIndexList(1.0), "value_int: .*float"),
+               (lambda: pyzvr.convertIndexListToInt(5), "index_list: .*int"),
+               (lambda: pyzvr.convertIndexListToInt(["1"]), "index_list: .*str"),
+               (lambda: pyzvr.convertIndexAndBinaryListsToInt([0], 1), "binary_list: .*int"),
+               (lambda: pyzvr.coerce(5), "list_: .*int"), (lambda: pyzvr.adjustDataList(5), "data_list: .*int"),
+               (lambda: pyzvr.adjustDataList([], 8.0), "list_length: .*float"),
+               (lambda: pyzvr.convertU16To2U8("1"), "value: .*str"),
+               (lambda: pyzvr.convertF32To4U8(None), "value: .*NoneType"),
+               (lambda: pyzvr.convertI32To4U8(1j), "value: .*complex"),
+               (lambda: pyzvr.convert2U8ToU16("ab"), "int_list: .*str"),
+               (lambda: pyzvr.convert2U8ToU16(7), "int_list: .*int"),
+               (lambda: pyzvr.convert2U8ToU16([1, 2.0]), "int_list: item 1 .*float"),
+               (lambda: pyzvr.convertU8ListToStr(None), "int_list: .*NoneType"),
+               (lambda: pyzvr.convertStrToU8List(5), "str_: .*int"),
+               (lambda: pyzvr.convertStrToU8List(["ab"]), "str_: .*str"),
+               (lambda: pyzvr.convertIPAddrTo4U8(5), "value: .*int"),
+               (lambda: pyzvr.convertMACAddrTo6U8(None), "str_: .*NoneType"),
+               (lambda: pyzvr.convertDegToRad("1"), "degrees: .*str"),
+               (lambda: pyzvr.convertRadToDeg([]), "radians: .*list"),
+               (lambda: pyzvr.checkEachItemInRange(5), "int_list: .*int"),
+               (lambda: pyzvr.checkFuncPinMap(5, [], []), "cell: .*int"),
+               (lambda: pyzvr.checkPinMap(5, [], []), "cell_list: .*int"),
+               (lambda: pyzvr.checkFirmwareError("0"), "error_code: .*str"),
+               (lambda: pyzvr.checkFirmwareError(0.0), "error_code: .*float"), ]
 
 
 @pytest.mark.parametrize("call, text", WRONG_TYPES)
@@ -183,8 +195,9 @@ def test_wrong_types_are_told_by_name(call, text):
 
 
 def test_negative_positions_and_lengths_are_value_failures():
-    for call in (lambda: pyzvr.clearBit(1, -1), lambda: pyzvr.fillBit(1, -1), lambda: pyzvr.readBit(1, -1), lambda: pyzvr.adjustDataList([], -1),
-                 lambda: pyzvr.convertIntToBinaryList(1, -1), lambda: pyzvr.convertIndexListToInt([-1]), lambda: pyzvr.convertIntToIndexList(-1)):
+    for call in (lambda: pyzvr.clearBit(1, -1), lambda: pyzvr.fillBit(1, -1), lambda: pyzvr.readBit(1, -1),
+                 lambda: pyzvr.adjustDataList([], -1), lambda: pyzvr.convertIntToBinaryList(1, -1),
+                 lambda: pyzvr.convertIndexListToInt([-1]), lambda: pyzvr.convertIntToIndexList(-1)):
         with pytest.raises(ValueError, match=": .*negative"):
             call()
 
@@ -224,7 +237,8 @@ def test_numpys_integers_are_integers():
 @pytest.mark.skipif(sys.version_info < (3, 11), reason="failures have no notes")
 def test_a_refused_type_is_told_in_a_note_and_the_message_stays():
     for value, wanted, text in ((Whole(1), int, "Whole came, int is wanted; int(value) makes a plain integer of it"),
-                                ("1", (int, float), "str came, int or float is wanted"), (1, {list}, "int came, list is wanted")):
+                                ("1", (int, float), "str came, int or float is wanted"), (1, {list},
+                                                                                          "int came, list is wanted")):
         with pytest.raises(pyzvr.InputTypeNotCorrectError) as failure:
             pyzvr.checkInputType(value, wanted)
         assert failure.value.__notes__[0].startswith(text)

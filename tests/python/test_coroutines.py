@@ -42,7 +42,8 @@ def test_tasks_gather_and_debug_mode(answering):
 
 
 def test_one_that_is_never_awaited_warns_and_a_closed_one_does_not(answering):
-    with pytest.warns(RuntimeWarning, match="coroutine 'SystemModule_async.Sys_getSerialNumber_async' was never awaited"):
+    with pytest.warns(RuntimeWarning,
+                      match="coroutine 'SystemModule_async.Sys_getSerialNumber_async' was never awaited"):
         answering.Sys_getSerialNumber_async()
         gc.collect()
     with warnings.catch_warnings():

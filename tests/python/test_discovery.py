@@ -93,11 +93,15 @@ def test_commands_by_mac_address(finder, call):
     assert call(finder, "Bcst_checkMACAndSetIP", "10.0.0.9", MAC, "10.0.0.1", "255.0.0.0") == 0
 
 
-@pytest.mark.parametrize("operation, arguments, failure", [
-    ("Bcst_checkMACAndReboot", (MAC,), TypeError), ("Bcst_checkMACAndReboot", (5,), pyzvr.InputTypeNotCorrectError),
-    ("Bcst_checkMACAndRing", (None,), pyzvr.InputTypeNotCorrectError), ("Bcst_checkMACAndRing", ("0:g",), ValueError),
-    ("Bcst_checkMACAndSetIP", ("1.2.3", MAC, "x"), OSError), ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, 5), pyzvr.InputTypeNotCorrectError),
-    ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, "1.2.3.4", b"\xff"), pyzvr.InputTypeNotCorrectError)])
+@pytest.mark.parametrize("operation, arguments, failure",
+                         [("Bcst_checkMACAndReboot", (MAC,), TypeError),
+                          ("Bcst_checkMACAndReboot", (5,), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndRing", (None,), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndRing", ("0:g",), ValueError),
+                          ("Bcst_checkMACAndSetIP", ("1.2.3", MAC, "x"), OSError),
+                          ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, 5), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndSetIP",
+                           ("1.2.3.4", MAC, "1.2.3.4", b"\xff"), pyzvr.InputTypeNotCorrectError)])
 def test_bad_arguments_send_nothing(finder, call, operation, arguments, failure):
     with pytest.raises(failure):
         call(finder, operation, *arguments)

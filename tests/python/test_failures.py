@@ -47,10 +47,12 @@ def test_an_error_keeps_its_code_and_takes_a_message():
     assert Mine(msg="x").code == -8100
 
 
-@pytest.mark.parametrize("status, failure", [
-    (10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"), (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
-    (80, "FirmwareParserError"), (14, "FirmwareOtherError"), (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
-    (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"), (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
+@pytest.mark.parametrize("status, failure", [(10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"),
+                                             (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
+                                             (80, "FirmwareParserError"), (14, "FirmwareOtherError"),
+                                             (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
+                                             (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"),
+                                             (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
 def test_firmware_status(status, failure):
     with pytest.raises(getattr(pyzvr, failure)):
         pyzvr.checkFirmwareError(status)
@@ -78,9 +80,11 @@ class Sharing(pyzvr.CANQueueOverflowWarning):
         pyzvr.AIQueueOverflowWarning("inner")
 
 
-@pytest.mark.parametrize("make, text", [
-    (pyzvr.AIQueueOverflowWarning, "Warning 520000: Occurrence AI queue overflow."), (Mine, "Warning 520000: Occurrence AI queue overflow."),
-    (lambda: Own("x"), "Warning 520000: x"), (lambda: pyzvr.ZVRWarning(7, "root"), "Warning 7: root"), (Sharing, "Warning 520000: inner")])
+@pytest.mark.parametrize("make, text", [(pyzvr.AIQueueOverflowWarning, "Warning 520000: Occurrence AI queue overflow."),
+                                        (Mine, "Warning 520000: Occurrence AI queue overflow."),
+                                        (lambda: Own("x"), "Warning 520000: x"),
+                                        (lambda: pyzvr.ZVRWarning(7, "root"), "Warning 7: root"),
+                                        (Sharing, "Warning 520000: inner")])
 def test_a_warning_names_the_line_that_made_it(capsys, make, text):
     def here():
         return make()
@@ -90,7 +94,10 @@ def test_a_warning_names_the_line_that_made_it(capsys, make, text):
         made = here()
     (warning,) = caught
     assert warning.category is UserWarning and str(warning.message) == text and warning.filename == __file__
-    lines = {made.line} if make is Sharing else {here.__code__.co_firstlineno + 1, getattr(make, "__code__", here.__code__).co_firstlineno}
+    lines = {made.line} if make is Sharing else {
+        here.__code__.co_firstlineno +
+        1, getattr(make, "__code__", here.__code__).co_firstlineno
+    }
     assert warning.lineno in lines
     # The stack ends in that line; its constructors are left out.
     frames = capsys.readouterr().out.rstrip().split("\n  File ")

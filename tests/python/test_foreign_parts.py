@@ -68,7 +68,8 @@ def test_an_operation_needs_pools_and_a_client_and_no_device(call, make):
 def test_a_bus_needs_no_device():
     class Bare(pyzvr.SystemModule, pyzvr.CANModule):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.CANModule.__init__(self, {1: [(0, 0)]})
 
     box = Bare()
@@ -83,7 +84,8 @@ def test_a_bus_needs_no_device():
 def test_a_serial_port_needs_no_device():
     class Bare(pyzvr.SystemModule, pyzvr.UARTModule):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.UARTModule.__init__(self, {1: [(0, 0)], 2: [(0, 1)]})
 
     box = Bare()
@@ -99,14 +101,16 @@ def test_a_serial_port_needs_no_device():
 def test_an_analog_input_needs_no_device():
     class Bare(pyzvr.AIModule, pyzvr.AIModule_async):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.AIModule.__init__(self, {0: [0]}, 1000, 10 / 32768, 8)
 
     box = Bare()
     box.ai_lock.release()
     rows_pass(box)
     box.ai_data_queue_list[0].put(SAMPLES * 3)
-    assert box.AI_readStreaming(0, 2, PATIENCE) == [ROW] * 2 and awaited(box, "AI_readStreaming", 0, 1, PATIENCE) == [ROW]
+    assert box.AI_readStreaming(0, 2, PATIENCE) == [ROW] * 2 and awaited(box, "AI_readStreaming", 0, 1,
+                                                                         PATIENCE) == [ROW]
     box._AI_free()
     box.ai_stream_thread.join(PATIENCE)
     assert not box.ai_stream_thread.is_alive()
@@ -128,7 +132,8 @@ def test_a_broadcast_needs_no_device():
     box.data_pool_bcst[252].add(b"old")
     with mock.patch("asyncio.sleep", at_once):
         assert asyncio.run(box._broadcastPacket_async(252, [0])) is box.data_pool_bcst[252]
-    assert box.data_pool_bcst == {252: {b"record"}} and len(box.sent) == pyzvr.NUM_BCST_RETRIES and slept == [pyzvr.PACKET_TIMEOUT]
+    assert box.data_pool_bcst == {252: {b"record"}} and len(
+        box.sent) == pyzvr.NUM_BCST_RETRIES and slept == [pyzvr.PACKET_TIMEOUT]
 
 
 def test_a_device_takes_pools_of_the_host_s_kind(call):
@@ -146,4 +151,5 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
             assert streams[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"data"
             until(lambda: sets == {pyzvr.GET_DEVICE_INFO: {b"data"}})
         connection.sendall(bytes(box._preparePacket(pyzvr.AHRS_START, b"\1more")))
-        assert box.data_pool_strm[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"more" and streams[pyzvr.AHRS_START].empty()
+        assert box.data_pool_strm[pyzvr.AHRS_START].get(
+            timeout=PATIENCE) == b"more" and streams[pyzvr.AHRS_START].empty()

@@ -5,7 +5,7 @@ import threading
 import time
 
 import pytest
-from fake_client import wired
+from fake_client import fake_device
 from queue_support import FRAMES, LOCKS, OPENED, PATIENCE, RECORDS, held, until
 
 import pyzvr
@@ -78,7 +78,8 @@ def test_link_is_gated_by_the_lock_that_the_object_has(kind):
         for _ in range(3):
             assert is_held(lock)
             box.connect("127.0.0.1", peer.port, verbose=False)
-            assert box.Sys_getSerialNumber() == "SN000001" == asyncio.run(box.Sys_getSerialNumber_async()) and not is_held(lock)
+            assert box.Sys_getSerialNumber() == "SN000001" == asyncio.run(
+                box.Sys_getSerialNumber_async()) and not is_held(lock)
             box.disconnect(verbose=False)
             assert box.recv_cmd_lock is lock
     box.recv_cmd_thread.join(PATIENCE)
@@ -88,7 +89,7 @@ def test_link_is_gated_by_the_lock_that_the_object_has(kind):
 
 @pytest.mark.parametrize("kind", LOCKS)
 def test_feeders_are_gated_by_the_lock_that_the_object_has(call, kind):
-    with wired("SableCan", **OPENED) as box:
+    with fake_device("SableCan", **OPENED) as box:
         before = box.can_lock
         box.can_lock = lock = held(kind)
         before.release()

@@ -96,11 +96,13 @@ def test_every_callable_has_a_signature_and_a_docstring_that_tells_its_parameter
                 assert f"    {parameter} (" in documented, name
         member = name.partition("Module.")[2]
         # What needs no device has one form; so has the drone.
-        if not member or member.startswith(("__", "_check", "_ckeck", "_AI_getPinMapPort", "AI_getBacklog", "AI_getDroppedRows",
-                                            "Bcst_enumerateUSBDevices", "Drone_", "_Drone_", "_Motion_INI_")):
+        if not member or member.startswith(
+            ("__", "_check", "_ckeck", "_AI_getPinMapPort", "AI_getBacklog", "AI_getDroppedRows",
+             "Bcst_enumerateUSBDevices", "Drone_", "_Drone_", "_Motion_INI_")):
             continue
-        has_limit = not member.startswith(("Bcst_", "AI_readStreaming", "AO_startStreaming", "UART_read", "_UART_startReading", "CAN_read",
-                                           "Motion_openCfgFile", "Motion_saveCfgFile"))
+        has_limit = not member.startswith(
+            ("Bcst_", "AI_readStreaming", "AO_startStreaming", "UART_read", "_UART_startReading", "CAN_read",
+             "Motion_openCfgFile", "Motion_saveCfgFile"))
         assert (parameters[-1] == "timeout") == has_limit, name
         twin = name.replace("Module.", "Module_async.") + "_async"
         twin = found[twin.replace("readAcceleration", "readAccleration").replace("setTau_async", "setTau")]

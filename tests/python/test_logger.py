@@ -8,7 +8,7 @@ from unittest import mock
 
 import pytest
 from logger_support import content, plain, slow_file, slow_queue, slow_writer
-from test_analog import frames, row, volts, wired
+from test_analog import frames, row, volts, fake_device
 
 import pyzvr
 
@@ -71,7 +71,7 @@ def test_closing_without_a_file_does_not_wait():
 
 def test_blocks_are_written_as_they_are(tmp_path):
     path = tmp_path / "log.csv"
-    with wired("TarnAnalog") as box:
+    with fake_device("TarnAnalog") as box:
         box.AI_open(0)
         frames(box, *[row(i) for i in range(700)])
         box.Logger_openFile(str(path), verbose=False)
@@ -159,7 +159,8 @@ def writers_of(logger, count, stop, backlog):
 
 
 @pytest.mark.parametrize("make_slow", [plain, slow_queue])
-def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(tmp_path, logger, monkeypatch, make_slow):
+def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(tmp_path, logger, monkeypatch,
+                                                                               make_slow):
     make_slow(monkeypatch, logger)
     paths = [tmp_path / f"{i}.csv" for i in range(60 if make_slow is plain else 8)]
     logger.Logger_openFile(str(paths[0]), True, False)

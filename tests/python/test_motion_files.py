@@ -128,7 +128,8 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     before = ini.stat()
     assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() != ""
     text = ini.read_text()
-    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%", ValueError)):  # has no text; is no value to the parser
+    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%",
+                                                               ValueError)):  # has no text; is no value to the parser
         with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(failure):
             call(ratchet, "Motion_saveCfgFile")
         assert ini.read_text() == text
@@ -136,7 +137,8 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
         call(ratchet, "Motion_saveCfgFile")
     assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() == text
     after = ini.stat()
-    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode, before.st_uid)
+    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode,
+                                                                           before.st_uid)
     assert set(ini.parent.iterdir()) == {ini, second}
 
 
@@ -149,7 +151,8 @@ def test_the_hosts_functions_are_used_as_they_are_now(ratchet, call, ini):
     assert "".join(each.args[0] for each in opened().write.mock_calls).startswith("[Axis_1]\nstepper output")
     with pytest.raises(pyzvr.IniFileNotFoundError):
         call(ratchet, "Motion_openCfgFile", "missing.ini")
-    assert call(ratchet, "Motion_openCfgFile", ini) == 0 and call(ratchet, "Motion_saveCfgFile") == 0 and ini.read_text()
+    assert call(ratchet, "Motion_openCfgFile", ini) == 0 and call(ratchet,
+                                                                  "Motion_saveCfgFile") == 0 and ini.read_text()
     for wrong in (5, None, b"axes.ini"):
         with pytest.raises(TypeError, match="filename: .*(int|NoneType|bytes)"):
             call(ratchet, "Motion_openCfgFile", wrong)

@@ -43,14 +43,18 @@ def test_each_flag_is_one_bit(name, place, bit):
     assert {flag for flag in told if getattr(meter, flag) is True} == {name}
 
 
-UNITS = {"ACV": "0123", "ACmV": "0", "DCV": "0123", "DCmV": "0", "Hz": "01234567", "%": "0", "OHM": "0123456", "CONT": "0",
-         "DIDOE": "0", "CAP": "01234567", "deg C": "01", "deg F": "01", "DCuA": "01", "ACuA": "01", "DCmA": "01",
-         "ACmA": "01", "DCA": "1", "ACA": "1", "HFE": "0", "NCV": "0", "LozV": "0123", "LPF": "0123", "AC/DC": "0123",
-         "AC+DC": "1", "AC+DC2": "1"}
+UNITS = {
+    "ACV": "0123", "ACmV": "0", "DCV": "0123", "DCmV": "0", "Hz": "01234567", "%": "0", "OHM": "0123456", "CONT": "0",
+    "DIDOE": "0", "CAP": "01234567", "deg C": "01", "deg F": "01", "DCuA": "01", "ACuA": "01", "DCmA": "01",
+    "ACmA": "01", "DCA": "1", "ACA": "1", "HFE": "0", "NCV": "0", "LozV": "0123", "LPF": "0123", "AC/DC": "0123",
+    "AC+DC": "1", "AC+DC2": "1"
+}
 
 
 def test_every_mode_has_its_ranges():
-    assert len(Measurement._MODE) == 31 and Measurement._MODE[22:31] == ["ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"]
+    assert len(Measurement._MODE) == 31 and Measurement._MODE[22:31] == [
+        "ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"
+    ]
     for number, mode in enumerate(Measurement._MODE):
         known = [range_ for range_ in "0123456789" if Measurement(record(number, range_, "1")).display_unit is not None]
         assert "".join(known) == UNITS.get(mode, "")
@@ -102,15 +106,19 @@ def test_overload_is_a_text_and_keeps_the_unit(display):
 @pytest.mark.parametrize("level, display", enumerate(["EF", "-", "--", "---", "----", "-----"]))
 def test_field_strengths(level, display):
     meter = Measurement(record("NCV", "0", display))
-    assert meter._data["ncv"] and meter.value == meter.display_decimal == level and meter.unit == "NCV" and not meter.overload
+    assert meter._data[
+        "ncv"] and meter.value == meter.display_decimal == level and meter.unit == "NCV" and not meter.overload
 
 
 def test_what_is_no_record():
     good = record("DCV", "0", "1.0", rest=b"")
-    assert Measurement(good).value == 1 and Measurement(bytearray(good)).value == 1 and Measurement(list(good)).value == 1
-    for bad, failure, message in ((good[:13], IndexError, "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
-                                  (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None), ("text", TypeError, None),
-                                  (good[:1] + b"\xff" + good[2:], UnicodeDecodeError, None), (good[:3] + b"\xff" + good[4:], UnicodeDecodeError, None)):
+    assert Measurement(good).value == 1 and Measurement(bytearray(good)).value == 1 and Measurement(
+        list(good)).value == 1
+    for bad, failure, message in ((good[:13], IndexError,
+                                   "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
+                                  (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None),
+                                  ("text", TypeError, None), (good[:1] + b"\xff" + good[2:], UnicodeDecodeError, None),
+                                  (good[:3] + b"\xff" + good[4:], UnicodeDecodeError, None)):
         with pytest.raises(failure, match=message):
             Measurement(bad)
 

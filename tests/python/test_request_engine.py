@@ -1,4 +1,4 @@
-"""The request engine: frames, sends, waits and pools, with a client that is a test double."""
+"""The request engine: frames, sends, waits and pools, with a fake client."""
 
 import asyncio
 import queue
@@ -16,7 +16,7 @@ ECHO = pyzvr.GET_SERIAL_NUMBER
 
 @pytest.fixture
 def silent(bench):
-    """The double answers nothing by itself."""
+    """The fake client answers nothing by itself."""
     bench.client_cmd.replies.clear()
     return bench
 
@@ -180,11 +180,12 @@ def test_a_reply_that_is_too_short_fails_in_its_call_only(bench, call):
     assert call(bench, "Sys_getSerialNumber") == "SN000001"
 
 
-WRONG_TYPES = [
-    ("DIO", "_setDIOCurrent", (0, "1", 1, 1, 1), "mask: .*str"), ("DIO", "_setDIOCurrent", (None, 1, 1, 1, 1), "port: .*NoneType"),
-    ("System", "Sys_startRTCAlarm", (0, 1, 2, 3, 4.5), "second: .*float"), ("System", "Sys_setDeviceAlias", (5,), "alias: .*int"),
-    ("System", "_setEEPROMPage", (0, 7), "int_list: .*int"), ("System", "_Sys_setSlotMode", (1, "1"), "mode: .*str"),
-]
+WRONG_TYPES = [("DIO", "_setDIOCurrent", (0, "1", 1, 1, 1), "mask: .*str"),
+               ("DIO", "_setDIOCurrent", (None, 1, 1, 1, 1), "port: .*NoneType"),
+               ("System", "Sys_startRTCAlarm", (0, 1, 2, 3, 4.5), "second: .*float"),
+               ("System", "Sys_setDeviceAlias", (5,), "alias: .*int"),
+               ("System", "_setEEPROMPage", (0, 7), "int_list: .*int"),
+               ("System", "_Sys_setSlotMode", (1, "1"), "mode: .*str"), ]
 
 
 @pytest.mark.parametrize("module, operation, arguments, text", WRONG_TYPES)
@@ -214,7 +215,8 @@ def test_a_mask_is_made_after_the_modes_are_read(bench, call):
         bench.client_cmd.sent.clear()
         with mock.patch.object(bench, "_getPinIndexInInt", side_effect=lambda _: len(bench.client_cmd.sent)):
             assert call(bench, operation, 0, pins) == 0
-        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0", b"\0\0\1"]  # one request was out when it was made
+        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0",
+                                                                   b"\0\0\1"]  # one request was out when it was made
 
 
 def test_a_clock_counts_as_the_name_says(bench, call, monkeypatch):
@@ -343,6 +345,7 @@ def test_gathered_requests_do_not_mix_replies(bench):
     bench.client_cmd.replies = {command: (lambda data, c=command: bytes([c]) + data) for command in range(50, 58)}
 
     async def main():
-        return await asyncio.gather(*(bench._echoPacketWithRetry_async(command, [command]) for command in range(50, 58)))
+        return await asyncio.gather(*(bench._echoPacketWithRetry_async(command, [command])
+                                      for command in range(50, 58)))
 
     assert asyncio.run(main()) == [bytes([command, command]) for command in range(50, 58)]

@@ -33,7 +33,11 @@ def begin(call, box, port=0, rate=4000, mode=2, samples=0, selects=None):
     assert call(box, "AI_open", port) == 0
     if selects:
         assert call(box, "AI_enableCS", port, selects) == 0
-    steps = [call(box, "AI_setMode", port, mode), call(box, "AI_setSamplingRate", port, rate), call(box, "AI_setNumSamples", port, samples)]
+    steps = [
+        call(box, "AI_setMode", port, mode),
+        call(box, "AI_setSamplingRate", port, rate),
+        call(box, "AI_setNumSamples", port, samples)
+    ]
     device_port = port - isinstance(box, pyzvr.Lattice)  # this one operation does not count from 1
     assert steps == [0, 0, 0] and call(box, "AI_openStreaming", device_port) == [samples, rate, mode]
     assert call(box, "AI_startStreaming", port) == 0
@@ -43,10 +47,11 @@ def end(call, box, port=0):
     assert call(box, "AI_closeStreaming", port) == 0 and call(box, "AI_close", port) == 0
 
 
-@pytest.mark.parametrize("model, port, rate, selects", [
-    ("TarnAnalog", 0, 20000, None), ("TarnAnalog24", 0, 10000, None), ("HeronAnalog", 0, 10000, None), ("HeronFast", 0, 20000, None),
-    ("HeronMixed", 0, 10000, None), ("Lattice", 1, 12000, [1]), ("Lattice", 4, 6000, [0, 2]), ("LatticeLite", 2, 4000, [0, 1, 2]),
-])
+@pytest.mark.parametrize("model, port, rate, selects",
+                         [("TarnAnalog", 0, 20000, None), ("TarnAnalog24", 0, 10000, None),
+                          ("HeronAnalog", 0, 10000, None), ("HeronFast", 0, 20000, None),
+                          ("HeronMixed", 0, 10000, None), ("Lattice", 1, 12000, [1]), ("Lattice", 4, 6000, [0, 2]),
+                          ("LatticeLite", 2, 4000, [0, 1, 2]), ])
 def test_every_row_arrives_in_order(call, model, port, rate, selects):
     ratio, selected = TWENTY_FOUR if model.endswith("24") else SIXTEEN, len(selects or [0])
     with connected(model, "--wave", "*:count") as box:
@@ -102,9 +107,11 @@ def test_outputs_are_seen_by_the_inputs_that_they_lead_to(call):
             assert call(box, "AI_readStreaming", port, 5, 5) == [seen] * 5
 
 
-@pytest.mark.parametrize("options", [("--duplicate", "1"), ("--flood", "2000"), ("--split", "700"), ("--coalesce", "7")])
+@pytest.mark.parametrize("options", [("--duplicate", "1"), ("--flood", "2000"), ("--split", "700"),
+                                     ("--coalesce", "7")])
 def test_bad_links_cannot_disturb_another_device(options):
-    with connected("TarnAnalog", "--wave", "*:count") as good, connected("TarnAnalog", "--wave", "*:count", *options) as bad:
+    with connected("TarnAnalog", "--wave", "*:count") as good, connected("TarnAnalog", "--wave", "*:count",
+                                                                         *options) as bad:
         for box in (good, bad):
             box.AI_open(0)
             box._sendPacketWithoutReply(pyzvr.OPEN_AI_STREAMING, [0])
@@ -112,7 +119,8 @@ def test_bad_links_cannot_disturb_another_device(options):
             box.AI_startStreaming(0)
         assert good.AI_readStreaming(0, 2000, 10) == counted(0, 2000)
         rows = bad.AI_readStreaming(0, 200, 10)
-        assert len(rows) == 200 and ([row for i, row in enumerate(rows) if row not in rows[:i]] == rows) == (options[0] != "--duplicate")
+        assert len(rows) == 200 and ([row for i, row in enumerate(rows) if row not in rows[:i]]
+                                     == rows) == (options[0] != "--duplicate")
 
 
 def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):
@@ -147,7 +155,8 @@ def test_reader_that_comes_late_loses_the_newest_rows_and_hears_of_it():
 
 def test_sixteen_streams_in_one_loop():
     async def follow(box, count):
-        for step, *arguments in (("open", 0), ("setMode", 0, 2), ("setSamplingRate", 0, 5000), ("openStreaming", 0), ("startStreaming", 0)):
+        for step, *arguments in (("open", 0), ("setMode", 0, 2), ("setSamplingRate", 0, 5000), ("openStreaming", 0),
+                                 ("startStreaming", 0)):
             await getattr(box, f"AI_{step}_async")(*arguments)
         rows = []
         while len(rows) < count:

@@ -23,7 +23,10 @@ def seen_in(scenario, *devices):
     simulator = subprocess.Popen([program, *devices, "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     try:
         bus = json.loads(simulator.stdout.readline())
-        child = {**os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])), "UMOCKDEV_DIR": bus["root"]}
+        child = {
+            **os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])),
+            "UMOCKDEV_DIR": bus["root"]
+        }
         control = simulator.stdin.fileno()
         run = subprocess.run([sys.executable, LAB, scenario, str(control)], stdin=simulator.stdout, env=child,
                              pass_fds=[control], capture_output=True, text=True, timeout=60)
@@ -119,7 +122,8 @@ def reports(monkeypatch):
 
 def test_failed_reads_are_printed_and_timeouts_are_not(reports):
     with pyzvr.SableDio() as box:
-        client = box.client_cmd = Failing(pyzvr.USBTimeoutError(110, "late"), ValueError("odd"), pyzvr.USBTimeoutError())
+        client = box.client_cmd = Failing(pyzvr.USBTimeoutError(110, "late"), ValueError("odd"),
+                                          pyzvr.USBTimeoutError())
         box.recv_cmd_lock.release()
         assert client.done.wait(5)
         box.recv_cmd_lock.acquire()

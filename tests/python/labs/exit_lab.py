@@ -336,8 +336,9 @@ for waits, (models, calls) in WAITS.items():
 
 
 for waits, calls in {
-    "a wait for a reply": lambda box: box._getReplyFromPool(5, 0.3), "a FIFO": lambda box: box.data_pool_strm[1].get(timeout=0.3),
-    "an operation": lambda box: box.Sys_getSerialNumber(), "a loop": await_serial,
+        "a wait for a reply": lambda box: box._getReplyFromPool(5, 0.3),
+        "a FIFO": lambda box: box.data_pool_strm[1].get(timeout=0.3),
+        "an operation": lambda box: box.Sys_getSerialNumber(), "a loop": await_serial,
 }.items():
     @scenario(f"{waits} in a thread that is waited for", "TarnDio")
     def other_threads(address, file, call=calls):
@@ -397,8 +398,11 @@ for kinds in CLIENTS:
                     reading.set()
                     return read(here)
 
-                methods = {"connect": lambda self, *address: True, "disconnect": lambda self: None, "sendPacket": lambda self, data: None,
-                           "recvPacket" if kind.startswith("recvPacket") else "recvAndSplitPacket": receive}
+                methods = {
+                    "connect": lambda self, *address: True, "disconnect": lambda self: None,
+                    "sendPacket": lambda self, data: None,
+                    "recvPacket" if kind.startswith("recvPacket") else "recvAndSplitPacket": receive
+                }
                 box = keep(made("TarnDio"))
                 box.client_cmd = type("Client", () if kind == "plain" else (pyzvr.TCPClient,), methods)()
                 box.connect("anywhere", 7, verbose=False)
@@ -493,7 +497,10 @@ AT_EXIT = {
 }
 ANSWERS = {"request": SERIAL, "await": SERIAL, "wait": "ReceivePacketTimeoutError"}
 # A handler of before the import comes after the library's own end; a request is then answered or fails.
-LATE_ANSWERS = {"request": rf"{SERIAL}|\w+Error", "await": rf"{SERIAL}|\w+Error", "make": r"None|\w+Error", "disconnect": r"None|\w+Error"}
+LATE_ANSWERS = {
+    "request": rf"{SERIAL}|\w+Error", "await": rf"{SERIAL}|\w+Error", "make": r"None|\w+Error",
+    "disconnect": r"None|\w+Error"
+}
 
 for times in ("before", "after"):
     for works, handlers in AT_EXIT.items():
@@ -534,20 +541,18 @@ def leave_without_closing(address):
 
 
 CHILDREN = {
-    "ends by sys.exit": lambda address: sys.exit(0),
-    "ends by os._exit": lambda address: os._exit(0),
-    "drops": lambda address: (KEPT.clear(), gc.collect(), os._exit(0)),
-    "drops and ends by sys.exit": lambda address: (KEPT.clear(), gc.collect(), sys.exit(0)),
-    "closes": lambda address: (attempt(lambda: KEPT[0].close()), os._exit(0)),
-    "disconnects": lambda address: (attempt(lambda: KEPT[0].disconnect()), os._exit(0)),
-    "leaves a with block": lambda address: (attempt(lambda: KEPT[0].__exit__(None, None, None)), sys.exit(0)),
-    "disconnects the client": lambda address: (attempt(lambda: KEPT[0].client_cmd.disconnect()), os._exit(0)),
-    "closes a copy": lambda address: (attempt(lambda: copy.copy(KEPT[0]).close()), os._exit(0)),
-    "waits in a FIFO": lambda address: (attempt(lambda: KEPT[0].data_pool_strm[1].get(timeout=0.05)), sys.exit(0)),
-    "asks": lambda address: ask_in_vain(),
-    "awaits": lambda address: (attempt(lambda: asyncio.run(asyncio.wait_for(KEPT[0].Sys_getSerialNumber_async(), 0.1))), sys.exit(0)),
-    "has one of its own": ask_by_oneself,
-    "leaves one of its own": leave_without_closing,
+    "ends by sys.exit": lambda address: sys.exit(0), "ends by os._exit": lambda address: os._exit(0),
+    "drops": lambda address: (KEPT.clear(), gc.collect(), os._exit(0)), "drops and ends by sys.exit": lambda address:
+    (KEPT.clear(), gc.collect(), sys.exit(0)), "closes": lambda address:
+    (attempt(lambda: KEPT[0].close()), os._exit(0)), "disconnects": lambda address:
+    (attempt(lambda: KEPT[0].disconnect()), os._exit(0)), "leaves a with block": lambda address:
+    (attempt(lambda: KEPT[0].__exit__(None, None, None)), sys.exit(0)), "disconnects the client": lambda address:
+    (attempt(lambda: KEPT[0].client_cmd.disconnect()), os._exit(0)), "closes a copy": lambda address:
+    (attempt(lambda: copy.copy(KEPT[0]).close()), os._exit(0)), "waits in a FIFO": lambda address:
+    (attempt(lambda: KEPT[0].data_pool_strm[1].get(timeout=0.05)), sys.exit(0)), "asks": lambda address: ask_in_vain(),
+    "awaits": lambda address:
+    (attempt(lambda: asyncio.run(asyncio.wait_for(KEPT[0].Sys_getSerialNumber_async(), 0.1))), sys.exit(0)),
+    "has one of its own": ask_by_oneself, "leaves one of its own": leave_without_closing,
 }
 
 
@@ -629,11 +634,15 @@ METHODS = ("fork", "spawn")
 
 for methods in METHODS:
     for times in ("before", "in the child"):
-        @scenario(f"multiprocessing by {methods}, made {times}", "TarnDio", says=f"0 {SERIAL}" if times == "before" else "0")
+
+        @scenario(f"multiprocessing by {methods}, made {times}",
+                  "TarnDio",
+                  says=f"0 {SERIAL}" if times == "before" else "0")
         def processes(address, file, method=methods, made=times):
             if made == "before":
                 keep(connected("TarnDio", address))
-            process = multiprocessing.get_context(method).Process(target=child_with_own if made != "before" else child_with_nothing, args=(address,))
+            process = multiprocessing.get_context(method).Process(
+                target=child_with_own if made != "before" else child_with_nothing, args=(address,))
             begin = time.monotonic()
             process.start()
             process.join(20)
@@ -684,7 +693,10 @@ def in_subinterpreter():
 
 
 for orders in ("first", "last", "in between"):
-    @scenario(f"subinterpreter {orders}", "TarnDio", says=f"refused\n{SERIAL}" if orders == "first" else f"{SERIAL}\nrefused\n{SERIAL}")
+
+    @scenario(f"subinterpreter {orders}",
+              "TarnDio",
+              says=f"refused\n{SERIAL}" if orders == "first" else f"{SERIAL}\nrefused\n{SERIAL}")
     def subinterpreter(address, file, order=orders):
         if order == "first":
             in_subinterpreter()
@@ -748,7 +760,8 @@ def exit_from_signal(address, file):
     box._getReplyFromPool(5, 1000)
 
 
-for waits in ("_getReplyFromPool 1000 s", "_getReplyFromPool_async", "FIFO get", "join", "AI_readStreamingBlock 1000 s", "broadcast"):
+for waits in ("_getReplyFromPool 1000 s", "_getReplyFromPool_async", "FIFO get", "join", "AI_readStreamingBlock 1000 s",
+              "broadcast"):
     @scenario(f"Ctrl-C in {waits}", WAITS[waits][0] if waits != "broadcast" else None, says="interrupted")
     def interrupted(address, file, wait=waits):
         model, call = WAITS[wait]
