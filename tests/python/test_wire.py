@@ -1,4 +1,4 @@
-"""What each operation sends and what it makes of a reply, in both forms, at a fake client."""
+"""What the operations of services and pulses send and return."""
 
 import asyncio
 
@@ -7,140 +7,6 @@ from cases import Exchange, operation_of
 from fake_client import FakeClient
 
 import pyzvr
-
-U16 = pyzvr.convertU16To2U8
-REFUSED = b"\x00\x15"  # status 21 at byte 1
-
-
-def classes(*prefixes):
-    return [getattr(pyzvr, prefix + ending) for ending in ("Module", "Module_async") for prefix in prefixes]
-
-
-Box = type("Box", (pyzvr.Device, *classes(
-    "System", "Network", "PWM", "Counter", "Encoder", "Wifi", "SystemAnalog", "SNTP", "SDCard", "Relay", "DPOT")), {})
-
-
-@pytest.fixture
-def box():
-    box = Box()
-    box.client_cmd = FakeClient(box)
-    return box
-
-
-SYSTEM = [
-    Exchange(
-        "Sys_getDriverInfo", (), command="GET_DRIVER_INFO", sent=[0], reply=b"Tarn_3.2_x\0\0",
-        result=["Tarn", "3.2", "x"],
-    ),
-    Exchange(
-        "_getDriverInfo_dev", (7,), command="GET_DRIVER_INFO", sent=[7], reply=b"a_b", result="a_b",
-        kept_in="driver_info",
-    ),
-    Exchange("Sys_getDeviceAlias", (), command="GET_DEV_ALIAS", sent=[], reply=b"bench\r\nrest\xff", result="bench"),
-    Exchange("Sys_getDeviceAlias", (), command="GET_DEV_ALIAS", sent=[], reply=b"whole", result="whole"),
-    Exchange("Sys_setDeviceAlias", ("Ab",), command="SET_DEV_ALIAS", sent=[65, 98], reply=b"\0", result=0),
-    Exchange(
-        "Sys_setRTC", (24, 1, 2, 3, 4, 5), command="SET_DATE_TIME", sent=[24, 1, 2, 3, 4, 5], reply=b"\0", result=0,
-    ),
-    Exchange(
-        "Sys_setRTC", (2024, 1, 2, 3, 4, 5), command="SET_DATE_TIME", sent=[124, 1, 2, 3, 4, 5], reply=b"\x14",
-        result=-7004,
-    ),
-    Exchange(
-        "Sys_getRTC", (), command="GET_DATE_TIME", sent=[0], reply=bytes([124, 1, 2, 3, 4, 5]),
-        result="2024-01-02, 03:04:05", kept_in="rtc_time",
-    ),
-    Exchange(
-        "Sys_startRTCAlarm", (1, 2, 3, 4, 5), command="RTC_START_ALARM", sent=[0, 1, 2, 3, 4, 5], reply=b"\0\x15",
-        result=21,
-    ),
-    Exchange("Sys_stopRTCAlarm", (), command="RTC_STOP_ALARM", sent=[0], reply=b"\0\0", result=0),
-    Exchange("_Sys_getRTCAlarmState", (), command="RTC_GET_ALARM_STATE", sent=[0], reply=b"\0\1", result="on"),
-    Exchange("_Sys_getRTCAlarmState", (), command="RTC_GET_ALARM_STATE", sent=[0], reply=b"\0\2", result="off"),
-    Exchange(
-        "_Sys_getRTCAlarmConfig", (), command="RTC_GET_ALARM_CONFIG", sent=[0], reply=bytes(range(7)),
-        result="0001-02-03, 04:05:06",
-    ),
-    Exchange(
-        "Sys_getSerialNumber", (), command="GET_SERIAL_NUMBER", sent=[], reply=b"SN01\0\0\0\0more", result="SN01",
-        kept_in="serial_number",
-    ),
-    Exchange("Sys_reboot", (), command="REBOOT", sent=[250], reply=b"\x50", result=-7027),
-    Exchange("_Sys_rebootOnBootloader", (), command="REBOOT_ON_BOOTLOADER", sent=[251], reply=b"\0", result=0),
-    Exchange("Sys_getMode", (4,), command="GET_SLOT_MODE", sent=[], reply=b"\x08\x10\x19\x02\x36", result="Switch"),
-    Exchange("Sys_getMode", (2,), command="GET_SLOT_MODE", sent=[], reply=b"\x08\x10\x19\x02\x36", result="Idle"),
-    Exchange("Sys_setIdleMode", (1,), command="SET_SLOT_MODE", sent=[0, 0], reply=b"\0\0", result=0),
-    Exchange("Sys_setDIMode", (2,), command="SET_SLOT_MODE", sent=[2, 1], reply=b"\2\x0a", result=10),
-    Exchange("Sys_setDOMode", (4,), command="SET_SLOT_MODE", sent=[6, 2], reply=b"\6\0", result=0),
-    Exchange("Sys_setDIOMode", (1,), command="SET_SLOT_MODE", sent=[0, 3], reply=b"\0\0", result=0),
-    Exchange("Sys_setMotionMode", (1,), command="SET_SLOT_MODE", sent=[0, 4], reply=b"\0\0", result=0),
-    Exchange("Sys_setAIOMode", (1,), command="SET_SLOT_MODE", sent=[0, 5], reply=b"\0\0", result=0),
-    Exchange("Sys_setSwitchMode", (1,), command="SET_SLOT_MODE", sent=[0, 6], reply=b"\0\0", result=0),
-    Exchange("_getEEPROMPage", (3,), command="GET_EEPROM_PAGE", sent=[3], reply=b"\1\2\xff", result=[1, 2, 255]),
-    Exchange("_setEEPROMPage", (3, [9, 8]), command="SET_EEPROM_PAGE", sent=[3, 9, 8], reply=b"\x28", result=-7012),
-    Exchange("_getEEPROMDevice", (1,), command="GET_EEPROM_DEVICE", sent=[1], reply=b"\7", result=[7]),
-    Exchange("_setEEPROMByte", (1, 2, 3), command="SET_EEPROM_BYTE", sent=[1, 2, 3], reply=b"\0", result=0),
-    Exchange("_setSerialNumber", ("SN01",), command="SET_SERIAL_NUMBER", sent=list(b"SN01"), reply=b"\0", result=0),
-    Exchange("_resetFactory", (), command="RESET_FACTORY", sent=[], reply=b"\0", result=0),
-    Exchange(
-        "_getThreads", (), command="GET_THREADS", sent=[], reply=b"main;net\0", result="main;net",
-        kept_in="thread_info",
-    ),
-    Exchange(
-        "Sys_getPinModeInPort", (2,), command="GET_PIN_MODE_OF_SLOT", sent=[2], reply=b"\2\3\x32\x94",
-        result=["DI", "DO", "UART", "ADC"],
-    ),
-    Exchange(
-        "Net_getGateway", (), command="GET_GATEWAY", sent=[], reply=b"\xc0\xa8\1\1", result="192.168.1.1",
-        kept_in="gateway",
-    ),
-    Exchange(
-        "Sys_getGateway", (), command="GET_GATEWAY", sent=[], reply=b"\xc0\xa8\1\1", result="192.168.1.1",
-        kept_in="gateway",
-    ),
-    Exchange("_setGateway", ("10.0.0.1",), command="SET_GATEWAY", sent=[10, 0, 0, 1], reply=b"\0", result=0),
-    Exchange(
-        "Net_getIPAddrAndSubmask", (), command="GET_IP", sent=[], reply=b"\xc0\xa8\1\x6e\xff\xff\xff\0",
-        result=["192.168.1.110", "255.255.255.0"],
-    ),
-    Exchange(
-        "Sys_getIPAddrAndSubmask", (), command="GET_IP", sent=[], reply=b"\xc0\xa8\1\x6e\xff\xff\xff\0",
-        result=["192.168.1.110", "255.255.255.0"],
-    ),
-    Exchange(
-        "Net_setIPAddrAndSubmask", ("10.0.0.2",), command="SET_IP", sent=[10, 0, 0, 2, 255, 255, 255, 0], reply=b"\0",
-        result=0,
-    ),
-    Exchange(
-        "Sys_setIPAddrAndSubmask", ("10.0.0.2", "255.0.0.0"), command="SET_IP", sent=[10, 0, 0, 2, 255, 0, 0, 0],
-        reply=b"\x48", result=-7025,
-    ),
-    Exchange(
-        "Net_getMACAddr", (), command="GET_MAC", sent=[], reply=b"\0\x0a\xff\1\2\3", result="0:a:ff:1:2:3",
-        kept_in="mac_addr",
-    ),
-    Exchange(
-        "Sys_getMACAddr", (), command="GET_MAC", sent=[], reply=b"\0\x0a\xff\1\2\3", result="0:a:ff:1:2:3",
-        kept_in="mac_addr",
-    ),
-    Exchange("_setMACAddr", ("0:a:ff:1:2:3",), command="SET_MAC", sent=[0, 10, 255, 1, 2, 3], reply=b"\0", result=0),
-]
-
-
-@pytest.mark.parametrize("case", SYSTEM, ids=operation_of)
-def test_system_and_network(box, call, case):
-    box.client_cmd.replies = {getattr(pyzvr, case.command): case.reply}
-    assert call(box, case.operation, *case.arguments) == case.result
-    assert box.client_cmd.sent == [(getattr(pyzvr, case.command), bytes(case.sent))]
-    if case.kept_in:
-        assert getattr(box, case.kept_in) == case.result
-
-
-def test_pin_modes_are_kept(box, call):
-    box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\3\x21\x03"}
-    assert call(box, "Sys_getPinModeInPort", 0) == ["Idle", "DI", "DO", "Disabled"]
-    assert (box.num_of_pins, box.pin_mode_list) == (3, [1, 2, 3, 0])
-
 
 F32 = pyzvr.convertF32To4U8
 OK, PULSE, PWM, UDP = b"\0\0", b"\0\x1a", b"\0\x19", b"\x48"
@@ -302,27 +168,27 @@ SERVICES = [
 
 
 @pytest.mark.parametrize("case", SERVICES, ids=operation_of)
-def test_services_and_pulses(box, case):
+def test_services_and_pulses(services_box, case):
     # One awaitable form has a name of its own.
     twin = case.operation.replace("readAcceleration", "readAccleration") + "_async"
-    box.client_cmd.replies = {getattr(pyzvr, case.command): case.reply}
-    for run in (lambda: getattr(box, case.operation)
-                (*case.arguments), lambda: asyncio.run(getattr(box, twin)(*case.arguments))):
+    services_box.client_cmd.replies = {getattr(pyzvr, case.command): case.reply}
+    for run in (lambda: getattr(services_box, case.operation)
+                (*case.arguments), lambda: asyncio.run(getattr(services_box, twin)(*case.arguments))):
         assert run() == case.result
-        assert box.client_cmd.sent.pop() == (getattr(pyzvr, case.command), bytes(case.sent)) and not box.client_cmd.sent
+        assert services_box.client_cmd.sent.pop() == (getattr(pyzvr, case.command), bytes(case.sent)) and not services_box.client_cmd.sent
         if case.kept_in:
-            assert getattr(box, case.kept_in) == case.result
-            delattr(box, case.kept_in)
+            assert getattr(services_box, case.kept_in) == case.result
+            delattr(services_box, case.kept_in)
 
 
-def test_the_awaitable_edge_is_a_flag(box):
-    box.client_cmd.replies = {pyzvr.PULSE_SET_EDGE: OK}
-    assert box.Counter_setEdge(0, 7) == asyncio.run(box.Counter_setEdge_async(0, 7)) == 0
-    asyncio.run(box.Counter_setEdge_async(1, -1))
-    assert [data for _, data in box.client_cmd.sent] == [b"\0\7", b"\0\1", b"\1\0"]
+def test_the_awaitable_edge_is_a_flag(services_box):
+    services_box.client_cmd.replies = {pyzvr.PULSE_SET_EDGE: OK}
+    assert services_box.Counter_setEdge(0, 7) == asyncio.run(services_box.Counter_setEdge_async(0, 7)) == 0
+    asyncio.run(services_box.Counter_setEdge_async(1, -1))
+    assert [data for _, data in services_box.client_cmd.sent] == [b"\0\7", b"\0\1", b"\1\0"]
 
 
-def test_short_replies_fail_by_themselves_and_nothing_else(box, call):
+def test_short_replies_fail_by_themselves_and_nothing_else(services_box, call):
     for operation, arguments, command, reply, failure in [
         ("_Counter_read", (0,), "PULSE_READ", b"\0\1\2", IndexError),
         ("PWM_open", (0,), "OPEN_PWM", b"\0", IndexError),
@@ -332,156 +198,9 @@ def test_short_replies_fail_by_themselves_and_nothing_else(box, call):
         ("SNTP_getPeriod", (), "SNTP_GET_SYNC_PERIOD", b"\0", IndexError),
         ("SD_readFile", (1,), "SD_READ_FILE", b"", IndexError), ("Net_getMACAddr", (), "GET_MAC", b"\0", IndexError)
     ]:
-        box.client_cmd.replies = {getattr(pyzvr, command): reply}
+        services_box.client_cmd.replies = {getattr(pyzvr, command): reply}
         with pytest.raises(failure):
-            call(box, operation, *arguments)
-
-
-LEVELS = b"\0\x01\xa5"
-DIO = [
-    Exchange(
-        "DIO_loadStartup", (0,), command="LOAD_DIO_STARTUP", sent=[0, 1, 1, 1, 1, 1, 1], reply=b"\0\0\1\0\2\0\3",
-        result=([1] + [0] * 7, [0, 1] + [0] * 6, [1, 1] + [0] * 6),
-    ),
-    Exchange(
-        "_DIO_saveStartup", (0, 1, 2, 3), command="SAVE_DIO_STARTUP", sent=[0, *U16(1), *U16(2), *U16(3)],
-        reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "_getDIOCurrent", (0, 259), command="GET_DIO_CURRENT", sent=[0, 1, 3, 1, 1, 1, 1, 1, 1],
-        reply=b"\0\0\1\0\0\0\0", result=([1] + [0] * 7, [0] * 8, [0] * 8),
-    ),
-    Exchange(
-        "_setDIOCurrent", (0, 1, 2, 3, 4), command="SET_DIO_CURRENT", sent=[0, 0, 1, 0, 2, 0, 3, 0, 4], reply=REFUSED,
-        result=-7005,
-    ),
-    Exchange(
-        "_toggleDIODirection", (0, 1, 2), command="TOGGLE_DIO_DIR", sent=[0, 0, 1, 0, 2], reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "_getDIOState", (0, 65535), command="GET_DIO_STATE", sent=[0, 255, 255], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange("_setDIOState", (0, 1, 1), command="SET_DIO_STATE", sent=[0, 0, 1, 0, 1], reply=b"\0\x32", result=-7015),
-    Exchange("_readDI", (0,), command="READ_DI", sent=[0, 0], reply=b"\0\0", result=0),
-    Exchange("_writeDO", (0,), command="WRITE_DO", sent=[0, 0], reply=b"\0\0", result=0),
-    Exchange(
-        "_readAndGetDI", (0, 1), command="READ_AND_GET_DI", sent=[0, 0, 1], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange(
-        "_setAndWriteDO", (0, 1, 1), command="SET_AND_WRITE_DO", sent=[0, 0, 1, 0, 1], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange("_DIO_setPortDI", (1,), command="SET_SLOT_DI", sent=[1, 0], reply=b"\1\0", result=0),
-    Exchange("_DIO_setPortDO", (0,), command="SET_SLOT_DO", sent=[0, 0], reply=b"\0\0", result=0),
-    Exchange("_DIO_setPortIdle", (0,), command="SET_SLOT_IDLE", sent=[0, 0], reply=b"\0\0", result=0),
-    Exchange(
-        "_toggleAndWriteDO", (0, 6), command="TOGGLE_AND_WRITE_DO", sent=[0, 0, 6], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange(
-        "_closeDIOInPins", (0, 5), command="SET_DIO_CURRENT", sent=[0, 0, 5, 0, 0, 0, 0, 0, 0], reply=b"\0\0",
-        result=0,
-    ),
-    Exchange(
-        "_closeDIOInPort", (0,), command="SET_DIO_CURRENT", sent=[0, 255, 255, 0, 0, 0, 0, 0, 0], reply=b"\0\0",
-        result=0,
-    ),
-    Exchange(
-        "DI_closePort", (1,), command="SET_DIO_CURRENT", sent=[1, 255, 255, 0, 0, 0, 0, 0, 0], reply=b"\0\0",
-        result=0,
-    ),
-    Exchange(
-        "DI_closePins", (0, [0, 2]), command="SET_DIO_CURRENT", sent=[0, 0, 5, 0, 0, 0, 0, 0, 0], reply=b"\0\0",
-        result=0,
-    ),
-    Exchange(
-        "DO_closePins", (0, 6), command="SET_DIO_CURRENT", sent=[0, 0, 6, 0, 0, 0, 0, 0, 0], reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "DI_readPort", (0,), command="READ_AND_GET_DI", sent=[0, 255, 255], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange(
-        "DI_readPins", (0, [7, 1, 0]), command="READ_AND_GET_DI", sent=[0, 0, 131], reply=LEVELS, result=[1, 0, 1],
-    ),
-    Exchange(
-        "DO_writePort", (0, [1, 0, 1]), command="SET_AND_WRITE_DO", sent=[0, 255, 255, 0, 5], reply=LEVELS, result=0,
-    ),
-    Exchange(
-        "DO_writePort", (0, 0x1234), command="SET_AND_WRITE_DO", sent=[0, 255, 255, 0x12, 0x34], reply=LEVELS,
-        result=0,
-    ),
-    Exchange(
-        "DO_writePins", (0, [0, 2], [0, 7]), command="SET_AND_WRITE_DO", sent=[0, 0, 5, 0, 4], reply=LEVELS, result=0,
-    ),
-    Exchange("DO_writePins", (0, 3, 1), command="SET_AND_WRITE_DO", sent=[0, 0, 3, 0, 1], reply=LEVELS, result=0),
-    Exchange(
-        "DO_togglePort", (0,), command="TOGGLE_AND_WRITE_DO", sent=[0, 255, 255], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-    Exchange(
-        "DO_togglePins", (0, [9]), command="TOGGLE_AND_WRITE_DO", sent=[0, 2, 0], reply=LEVELS,
-        result=[1, 0, 1, 0, 0, 1, 0, 1],
-    ),
-]
-
-
-@pytest.mark.parametrize("case", DIO, ids=operation_of)
-def test_digital(bench, call, case):
-    bench.client_cmd.replies = {getattr(pyzvr, case.command): case.reply}
-    assert call(bench, case.operation, *case.arguments) == case.result
-    assert bench.client_cmd.sent == [(getattr(pyzvr, case.command), bytes(case.sent))]
-
-
-ALL_IDLE, NONE_FREE = b"\0\x08\x11\x11\x11\x11", b"\0\x08\x44\x44\x44\x44"
-
-
-@pytest.mark.parametrize("operation, arguments, mask, direction", [
-    ("DI_openPort", (0,), 65535, 0), ("DI_openPins", (0, [0, 2]), 5, 0),
-    ("DO_openPort", (0,), 65535, 65535), ("DO_openPins", (0, [0, 2]), 5, 65535), ("DO_openPins", (0, 5), 5, 65535)])
-def test_opening_reads_the_pin_modes_first(bench, call, operation, arguments, mask, direction):
-    bench.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: ALL_IDLE, pyzvr.SET_DIO_CURRENT: REFUSED}
-    assert call(bench, operation, *arguments) == -7005
-    assert bench.client_cmd.sent == [
-        (pyzvr.GET_PIN_MODE_OF_SLOT, b"\0"),
-        (pyzvr.SET_DIO_CURRENT, bytes([0, *U16(mask), 255, 255, *U16(direction), 0, 0]))]
-    bench.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = NONE_FREE
-    failure = pyzvr.DIPortNotAvaliableError if operation.startswith("DI") else pyzvr.DOPortNotAvaliableError
-    with pytest.raises(failure):
-        call(bench, operation, *arguments)
-    assert len(bench.client_cmd.sent) == 3
-
-
-REFUSALS = [("DI_openPort", (9,), pyzvr.DIPortNotAvaliableError),
-            ("DI_openPort", ("0",), pyzvr.InputTypeNotCorrectError),
-            ("DI_openPins", (1, [0, 2]), pyzvr.PinsNotExistError),
-            ("DI_openPins", (0, (0,)), pyzvr.InputTypeNotCorrectError), ("DI_openPins", (0, 5), TypeError),
-            ("DI_closePins", (0, 5), TypeError), ("DI_readPins", (0, 5), TypeError),
-            ("DI_readPort", (9,), pyzvr.DIPortNotAvaliableError),
-            ("DO_openPort", (1,), pyzvr.DOPortNotAvaliableError), ("DO_openPins", (0, 0x100), pyzvr.PinsNotExistError),
-            ("DO_closePort", (1,), pyzvr.DOPortNotAvaliableError),
-            ("DO_writePort", (0, "1"), pyzvr.InputTypeNotCorrectError), ("DO_writePort", (0, 65536), OverflowError),
-            ("DO_writePins", (0, [0, 1], [1]), pyzvr.PinsValueNotDefineError),
-            ("DO_writePins", (0, 3, [1, 1]), pyzvr.InputTypeNotConsistentError),
-            ("DO_togglePins", (1, [0]), pyzvr.DOPortNotAvaliableError), ("DO_togglePins", (0, 1 << 16), OverflowError),
-            ("_DIO_setPortIdle", (1,), pyzvr.DOPortNotAvaliableError), ("DIO_loadStartup", (256,), ValueError),
-            ("_setDIOCurrent", (0, -1, 0, 0, 0), OverflowError), ("_setDIOCurrent", (0, "1", 0, 0, 0), TypeError),
-            ("Sys_setIdleMode", (3,), pyzvr.LatticePortNotAvaliableError),
-            ("Sys_getMode", (0,), pyzvr.LatticePortNotAvaliableError),
-            ("Sys_getMode", ("1",), pyzvr.InputTypeNotCorrectError),
-            ("Sys_getPinModeInPort", (0.0,), pyzvr.InputTypeNotCorrectError),
-            ("Sys_setRTC", (2024, 1, 1, 0, 0, "0"), pyzvr.InputTypeNotCorrectError),
-            ("Sys_setRTC", (2200, 1, 1, 0, 0, 0), ValueError), ("_getEEPROMPage", (-1,), ValueError),
-            ("Sys_setDeviceAlias", ("œ",), ValueError), ]
-
-
-@pytest.mark.parametrize("operation, arguments, failure", REFUSALS)
-def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operation, arguments, failure):
-    with pytest.raises(failure):
-        call(bench, operation, *arguments)
-    assert bench.client_cmd.sent == []
+            call(services_box, operation, *arguments)
 
 
 @pytest.mark.parametrize("operation, arguments, failure",
@@ -522,15 +241,15 @@ def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operati
                           ("SD_writeFile", (5,), TypeError),
                           ("SD_writeFile", (("a",),), pyzvr.InputTypeNotCorrectError),
                           ("SD_readFile", (255,), ValueError), ("SD_readFile", (-2,), ValueError)])
-def test_bad_settings_fail_before_anything_is_sent(box, call, operation, arguments, failure):
+def test_bad_settings_fail_before_anything_is_sent(services_box, call, operation, arguments, failure):
     with pytest.raises(failure):
-        call(box, operation, *arguments)
-    assert box.client_cmd.sent == []
+        call(services_box, operation, *arguments)
+    assert services_box.client_cmd.sent == []
 
 
 @pytest.mark.parametrize("operation", ["Relay_open", "Relay_close", "DPOT_open", "DPOT_close"])
-def test_nothing_is_sent_to_open_relays_and_resistors(box, call, operation):
-    assert call(box, operation, 0) == 0 and box.client_cmd.sent == []
+def test_nothing_is_sent_to_open_relays_and_resistors(services_box, call, operation):
+    assert call(services_box, operation, 0) == 0 and services_box.client_cmd.sent == []
 
 
 def test_wifi_devices_count_years_from_2000(call):
@@ -538,23 +257,7 @@ def test_wifi_devices_count_years_from_2000(call):
         def _getDeviceName(self):
             return "Heron-Box"
 
-    with WifiBox() as box:
-        box.client_cmd = FakeClient(box)
-        box.client_cmd.replies = {pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5])}
-        assert call(box, "Sys_getRTC") == "2024-01-02, 03:04:05"
-
-
-def test_models_of_fixed_function_open_and_close_without_traffic(call):
-    class Mine(pyzvr.TarnDio):
-        """A subclass counts as its model."""
-
-    with Mine() as box:
-        box.client_cmd = FakeClient(box)
-        for side in ("DI", "DO"):
-            for verb in ("open", "close"):
-                assert call(box, f"{side}_{verb}Port", 99) == 0
-                assert call(box, f"{side}_{verb}Pins", 99, "nonsense") == 0
-        with pytest.raises(pyzvr.DIPortNotAvaliableError):
-            call(box, "DI_readPort", 99)
-        assert box.client_cmd.sent == [] and box.DI_getPinMap() == {1: [0, 1, 2, 3, 4, 5, 6, 7]}
-        assert box.DO_getPinMap() == {0: [0, 1, 2, 3, 4, 5]} and box._getDeviceName() == "Tarn-Dio"
+    with WifiBox() as services_box:
+        services_box.client_cmd = FakeClient(services_box)
+        services_box.client_cmd.replies = {pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5])}
+        assert call(services_box, "Sys_getRTC") == "2024-01-02, 03:04:05"
