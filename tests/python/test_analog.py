@@ -255,7 +255,8 @@ def test_rate_limits_follow_channels_and_chip_selects(call):
     with fake_device("LatticeLite") as box:
         box.client_cmd.replies = {pyzvr.SET_AI_ENABLED_CS: AI_REFUSED, pyzvr.SET_AI_SAMPLING_RATE: OK}
         for chip_selects, limit in (([1], 12000), ([0, 2], 6000), ([0, 1, 2], 4000)):
-            assert call(box, "AI_enableCS", 2, chip_selects) == -7017 and box.chip_select_p1 == chip_selects
+            assert call(box, "AI_enableCS", 2, chip_selects) == -7017
+            assert box.chip_select_p1 == chip_selects
             assert call(box, "AI_setSamplingRate", 2, limit) == 0
             with pytest.raises(pyzvr.AIRateNotVaildError):
                 call(box, "AI_setSamplingRate", 2, limit + 1)
@@ -274,17 +275,22 @@ def test_several_chip_selects_are_read_one_by_one(call):
 def test_outputs_that_need_their_lines_and_all_channels_at_once(call):
     with fake_device("SableMixed") as box:
         box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\x08\x11\x11\x11\x11", pyzvr.OPEN_AO: OK}
-        assert call(box, "AO_open", 0) == 0 and box.AO_getPort() == [0] and box._AO_getPinMapPort(0) == [0]
+        assert call(box, "AO_open", 0) == 0
+        assert box.AO_getPort() == [0]
+        assert box._AO_getPinMapPort(0) == [0]
         box.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = b"\0\x08\x11\x31\x11\x11"
         with pytest.raises(pyzvr.AOPortNotAvaliableError):
             call(box, "AO_open", 0)
     with fake_device("TarnOut") as box:
         box.client_cmd.replies = {pyzvr.WRITE_AO_SYNCHRONIZED: OK}
-        assert call(box, "AO_open", 99) == call(box, "AO_close", 99) == 0 and box.client_cmd.sent == []
+        assert call(box, "AO_open", 99) == call(box, "AO_close", 99) == 0
+        assert box.client_cmd.sent == []
         assert call(box, "AO_writeAllChannels", 0, [1, 2, 3]) == 0
         sent = struct.unpack(">8f", box.client_cmd.sent[0][1][1:])
-        assert sent[:3] == (1, 2, 3) and len(sent) == 8
-        assert call(box, "AO_startStreaming", 0) == 0 and box.client_cmd.sent[-1] == (pyzvr.START_AO_STREAMING, b"\0")
+        assert sent[:3] == (1, 2, 3)
+        assert len(sent) == 8
+        assert call(box, "AO_startStreaming", 0) == 0
+        assert box.client_cmd.sent[-1] == (pyzvr.START_AO_STREAMING, b"\0")
 
 
 def frames(box, *rows, key=None):
@@ -299,16 +305,26 @@ def test_opening_gates_the_reader_thread(call):
     with fake_device("TarnAnalog") as box:
         thread = box.ai_stream_thread
         frames(box, row(0))
-        assert thread.is_alive() and thread.name == "_AIStreamThread" and call(box, "AI_readStreaming", 0, 1,
+        assert thread.is_alive()
+        assert thread.name == "_AIStreamThread"
+        assert call(box, "AI_readStreaming", 0, 1,
                                                                                0.01) == []
-        assert call(box, "AI_open", 0) == 0 and box.ai_open_flag and not box.ai_lock.locked()
+        assert call(box, "AI_open", 0) == 0
+        assert box.ai_open_flag
+        assert not box.ai_lock.locked()
         assert call(box, "AI_readStreaming", 0, 1, 5) == [[volts(code) for code in row(0)]]
         box.ai_lock.acquire()
-        assert call(box, "AI_open", 0) == 0 and box.ai_lock.locked()  # it was open already
-        assert call(box, "AI_close", 0) == 0 and not box.ai_open_flag and box.ai_data_queue_list[0].qsize() == 1
-        assert call(box, "AI_close", 0) == 0 and box.ai_data_queue_list[0].qsize() == 1 and box.client_cmd.sent == []
+        assert call(box, "AI_open", 0) == 0
+        assert box.ai_lock.locked()  # it was open already
+        assert call(box, "AI_close", 0) == 0
+        assert not box.ai_open_flag
+        assert box.ai_data_queue_list[0].qsize() == 1
+        assert call(box, "AI_close", 0) == 0
+        assert box.ai_data_queue_list[0].qsize() == 1
+        assert box.client_cmd.sent == []
     thread.join(5)
-    assert not thread.is_alive() and box.ai_killed
+    assert not thread.is_alive()
+    assert box.ai_killed
 
 
 def test_rows_in_every_form(call):
@@ -326,10 +342,12 @@ def test_rows_in_every_form(call):
         assert block.tolist() == expected[3:503]
         buffer = bytearray(8 * 8 * 400 + 24)
         assert call(box, "AI_readStreamingInto", 0, memoryview(buffer).cast("d"), 5) == 400
-        assert struct.unpack("8d", buffer[:64]) == tuple(expected[503]) and buffer[-24:] == bytes(24)
+        assert struct.unpack("8d", buffer[:64]) == tuple(expected[503])
+        assert buffer[-24:] == bytes(24)
         assert box.AI_getBacklog(0) == 96
         assert call(box, "AI_readStreaming", 0, 1000, 0.01) == expected[903:]
-        assert call(box, "AI_readStreamingBlock", 0, 10, 0.001).shape == (0, 8) and call(box, "AI_readStreaming", 0,
+        assert call(box, "AI_readStreamingBlock", 0, 10, 0.001).shape == (0, 8)
+        assert call(box, "AI_readStreaming", 0,
                                                                                          9) == []
         with pytest.raises(TypeError):
             call(box, "AI_readStreamingInto", 0, bytearray(64))
@@ -346,7 +364,8 @@ def test_every_code_is_rounded_as_the_host_rounds():
         assert got == [round(code * RATIO, 4) for code in codes]
         box.ai_ratio = 0.1
         frames(box, row(1))
-        assert box.AI_readStreaming(0, 1, 5) == [[round(code * 0.1, 4) for code in row(1)]] and box.ai_ratio == 0.1
+        assert box.AI_readStreaming(0, 1, 5) == [[round(code * 0.1, 4) for code in row(1)]]
+        assert box.ai_ratio == 0.1
 
 
 def test_24_bits_keep_their_sign_and_are_not_rounded(call):
@@ -369,7 +388,8 @@ def test_chip_selects_are_joined_row_by_row(call):
         frames(box, *[row(-i) for i in range(4)], key=(pyzvr.START_AI_STREAMING, 3, 1))
         joined = [[volts(c) for c in (*row(i), *row(-i))] for i in range(4)]
         assert call(box, "AI_readStreamingBlock", 4, 2, 5).tolist() == joined[:2]
-        assert call(box, "AI_readStreaming", 4, 8, 0.05) == joined[2:] and box.AI_getBacklog(4) == 0
+        assert call(box, "AI_readStreaming", 4, 8, 0.05) == joined[2:]
+        assert box.AI_getBacklog(4) == 0
         box.ai_signal_queue_list[7].put([1.5] * 8)  # a row of values beside those of the device
         assert call(box, "AI_readStreaming", 4, 1, 5) == [[volts(c) for c in row(4)] + [1.5] * 8]
         with pytest.raises(pyzvr.AIPortNotAvaliableError):
@@ -406,7 +426,8 @@ def test_own_steps_and_queues_of_a_subclass_are_used():
     with Traced() as box:
         box.AI_open(0)
         frames(box, row(0), row(1))
-        assert box.AI_readStreaming(0, 2, 5) == [[volts(c) for c in row(i)] for i in (0, 1)] and box.taken == 2
+        assert box.AI_readStreaming(0, 2, 5) == [[volts(c) for c in row(i)] for i in (0, 1)]
+        assert box.taken == 2
 
 
 def test_broken_frame_ends_the_reader_with_a_report_and_nothing_else(monkeypatch):
@@ -418,9 +439,12 @@ def test_broken_frame_ends_the_reader_with_a_report_and_nothing_else(monkeypatch
         other.AI_open(0)
         frames(box, row(0))
         box.data_pool_strm[(box.ai_strm_cmd, 0, 0)].put(b"\0" * 17)
-        assert reported.wait(5) and reports[0].exc_type is ValueError and reports[0].thread.name == "_AIStreamThread"
+        assert reported.wait(5)
+        assert reports[0].exc_type is ValueError
+        assert reports[0].thread.name == "_AIStreamThread"
         box.ai_stream_thread.join(5)
-        assert not box.ai_stream_thread.is_alive() and len(box.AI_readStreaming(0, 5, 0.01)) == 1
+        assert not box.ai_stream_thread.is_alive()
+        assert len(box.AI_readStreaming(0, 5, 0.01)) == 1
         frames(other, row(0))
         assert len(other.AI_readStreaming(0, 1, 5)) == 1
 
@@ -437,7 +461,8 @@ def test_full_queue_drops_the_newest_rows_and_warns():
             box._AI_free()
             box.ai_stream_thread.join(5)
         assert (box.AI_getBacklog(0), box.AI_getDroppedRows(0)) == (1000000,
-                                                                    50000) and box.ai_signal_queue_list[0].full()
+                                                                    50000)
+        assert box.ai_signal_queue_list[0].full()
 
 
 def test_reading_in_a_loop_never_holds_up_the_loop():

@@ -142,7 +142,8 @@ def test_mode_is_polarity_then_phase_even_after_a_refusal(bus_box, call):
         assert bus_box.client_cmd.sent == [(pyzvr.SET_SPI_CPOL, bytes([2, polarity])),
                                        (pyzvr.SET_SPI_CPHA, bytes([2, phase]))]
     bus_box.client_cmd.replies = {pyzvr.SET_SPI_CPOL: SPI_REFUSED, pyzvr.SET_SPI_CPHA: OK}
-    assert call(bus_box, "SPI_setMode", 2, 1) < 0 and len(bus_box.client_cmd.sent) == 4
+    assert call(bus_box, "SPI_setMode", 2, 1) < 0
+    assert len(bus_box.client_cmd.sent) == 4
 
 
 @pytest.mark.parametrize("bus, port, command, lines", [("I2C", 1, "OPEN_I2C", [0]), ("SPI", 2, "OPEN_SPI", [1]),
@@ -150,7 +151,8 @@ def test_mode_is_polarity_then_phase_even_after_a_refusal(bus_box, call):
 def test_opening_looks_at_the_lines_first(bus_box, call, bus, port, command, lines):
     entries = bus_box.CAN_getPort() and getattr(
         bus_box, {"I2C": "I2C_dict", "SPI": "SPI_dict", "UART": "uart_dict", "CAN": "can_dict"}[bus])[port]
-    assert getattr(bus_box, f"_{bus}_getPinMapPort")(port) == lines and {digital for digital, _ in entries} == set(lines)
+    assert getattr(bus_box, f"_{bus}_getPinMapPort")(port) == lines
+    assert {digital for digital, _ in entries} == set(lines)
     modes = bytearray(IDLE)
     bus_box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: lambda data: bytes(modes), getattr(pyzvr, command): OK}
     bus_box.uart_open_flag = True  # nothing is started by this
@@ -167,19 +169,28 @@ def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(bus_box, call):
         pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_UART: OK, pyzvr.STOP_UART_READING: OK, pyzvr.CLOSE_UART: OK
     }
     push(bus_box, (pyzvr.START_UART_READING, 1), b"early")
-    assert bus_box.uart_p1_lock.locked() and bus_box.UART_read(1, 5, 0.01) == []
-    assert call(bus_box, "UART_open", 1) == 0 and bus_box.client_cmd.sent[-1] == (pyzvr.START_UART_READING, b"\1")
-    assert call(bus_box, "UART_open", 2) == 0 and bus_box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")  # reading is on
+    assert bus_box.uart_p1_lock.locked()
+    assert bus_box.UART_read(1, 5, 0.01) == []
+    assert call(bus_box, "UART_open", 1) == 0
+    assert bus_box.client_cmd.sent[-1] == (pyzvr.START_UART_READING, b"\1")
+    assert call(bus_box, "UART_open", 2) == 0
+    assert bus_box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")  # reading is on
     push(bus_box, (pyzvr.START_UART_READING, 2), bytes(range(256)))
-    assert bus_box.UART_read(1, 3, 5) == ["e", "a", "r"] and call(bus_box, "UART_readBytes", 1, 9) == b"ly"
-    assert bus_box.UART_read(2, 256, 5) == [chr(code) for code in range(256)] and call(bus_box, "UART_read", 2, 1) == []
+    assert bus_box.UART_read(1, 3, 5) == ["e", "a", "r"]
+    assert call(bus_box, "UART_readBytes", 1, 9) == b"ly"
+    assert bus_box.UART_read(2, 256, 5) == [chr(code) for code in range(256)]
+    assert call(bus_box, "UART_read", 2, 1) == []
     bus_box.uart_p2_signal_queue.put(7)
-    assert bus_box.uart_p2_signal_queue.get() == 7 and bus_box.uart_p2_signal_queue.empty()
+    assert bus_box.uart_p2_signal_queue.get() == 7
+    assert bus_box.uart_p2_signal_queue.empty()
     with pytest.raises(AttributeError):
         bus_box.UART_close(1)
     assert bus_box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")
     assert awaited(bus_box, "UART_close",
-                   1) == 0 and not bus_box.uart_open_flag and bus_box.uart_p1_lock.locked() and bus_box.uart_p2_lock.locked()
+                   1) == 0
+    assert not bus_box.uart_open_flag
+    assert bus_box.uart_p1_lock.locked()
+    assert bus_box.uart_p2_lock.locked()
     push(bus_box, (pyzvr.START_UART_READING, 1), b"late")
     assert bus_box.UART_read(1, 4, 0.05) == []
     threads = [bus_box.uart_p1_stream_thread, bus_box.uart_p2_stream_thread]
@@ -187,7 +198,8 @@ def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(bus_box, call):
     bus_box._UART_free()
     for thread in threads:
         thread.join(5)
-        assert not thread.is_alive() and bus_box.uart_killed
+        assert not thread.is_alive()
+        assert bus_box.uart_killed
 
 
 def test_awaited_read_never_waits(bus_box):
@@ -202,17 +214,22 @@ def test_can_records_become_frames_in_order(bus_box, call):
     }
     frames = [pyzvr.CANFrame(number, number % 2, False, [number % 256]) for number in range(600)]
     push(bus_box, pyzvr.START_CAN, [byte for frame in frames[:250] for byte in frame.frame_in_list])
-    assert call(bus_box, "CAN_open", 1) == 0 and bus_box.can_open_flag
+    assert call(bus_box, "CAN_open", 1) == 0
+    assert bus_box.can_open_flag
     push(bus_box, pyzvr.START_CAN, [byte for frame in frames[250:] for byte in frame.frame_in_list])
     assert bus_box.CAN_read(1, 500, 5) == frames[:500]
     while bus_box.can_frame_queue.qsize() < 100:
         pass  # the thread is at it
-    assert call(bus_box, "CAN_read", 1, 1) == [frames[500]] and call(bus_box, "CAN_read", 1, 1000, 0.01) == frames[501:]
+    assert call(bus_box, "CAN_read", 1, 1) == [frames[500]]
+    assert call(bus_box, "CAN_read", 1, 1000, 0.01) == frames[501:]
     bus_box.can_frame_queue.put(frames[3])
     assert bus_box.can_frame_queue.get() == frames[3]
-    assert call(bus_box, "CAN_close", 1) == 0 and bus_box.can_lock.locked() and not bus_box.can_open_flag
+    assert call(bus_box, "CAN_close", 1) == 0
+    assert bus_box.can_lock.locked()
+    assert not bus_box.can_open_flag
     bus_box.client_cmd.replies[pyzvr.STOP_CAN] = CAN_REFUSED
-    assert call(bus_box, "CAN_close", 1) == -7028 and bus_box.client_cmd.sent[-1][0] == pyzvr.STOP_CAN
+    assert call(bus_box, "CAN_close", 1) == -7028
+    assert bus_box.client_cmd.sent[-1][0] == pyzvr.STOP_CAN
 
 
 def test_start_is_never_answered(bus_box):
@@ -233,7 +250,8 @@ def test_broken_record_ends_the_can_reader_only(bus_box, monkeypatch):
     push(bus_box, pyzvr.START_CAN, FRAME)
     push(bus_box, pyzvr.START_CAN, FRAME[:11])
     bus_box.can_stream_thread.join(5)
-    assert failures == [(ValueError, "_CANStreamThread")] and bus_box.CAN_read(
+    assert failures == [(ValueError, "_CANStreamThread")]
+    assert bus_box.CAN_read(
         1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
     push(bus_box, (pyzvr.START_UART_READING, 1), b"on")
     assert bus_box.UART_read(1, 2, 5) == ["o", "n"]
@@ -252,16 +270,20 @@ def test_full_queues_drop_the_newest_and_warn(bus_box, capsys):
             pass  # the threads are at it
         while bus_box.uart_p1_signal_queue.dropped < 10000 or bus_box.can_frame_queue.dropped < 10000:
             pass
-        assert bus_box.uart_p1_signal_queue.full() and bus_box.can_frame_queue.qsize() == 1_000_000
+        assert bus_box.uart_p1_signal_queue.full()
+        assert bus_box.can_frame_queue.qsize() == 1_000_000
     # No line of Python has made the warning: its thread is told instead.
     printed = capsys.readouterr().out
     assert {
         "  On thread '_UARTStreamThread', which runs no Python", "  On thread '_CANStreamThread', which runs no Python"
     } <= set(printed.split("\n"))
-    assert "File " not in printed and "traceback" not in {each.filename
-                                                          for each in caught} and {each.lineno
+    assert "File " not in printed
+    assert "traceback" not in {each.filename
+                                                          for each in caught}
+    assert {each.lineno
                                                                                    for each in caught} <= {0, 1}
-    assert len(bus_box.UART_readBytes(1, 1_000_000)) == 1_000_000 and bus_box.uart_p1_signal_queue.empty()
+    assert len(bus_box.UART_readBytes(1, 1_000_000)) == 1_000_000
+    assert bus_box.uart_p1_signal_queue.empty()
 
 
 def test_steps_of_the_buses_are_called_as_they_are_written(bus_box, call):
@@ -278,7 +300,8 @@ def test_steps_of_the_buses_are_called_as_they_are_written(bus_box, call):
     # The device judges the port of a service operation.
     for name, command in (("_SPI_setCPOL", "SET_SPI_CPOL"), ("_SPI_setCPHA", "SET_SPI_CPHA")):
         bus_box.client_cmd.sent, bus_box.client_cmd.replies = [], {getattr(pyzvr, command): OK}
-        assert call(bus_box, name, 9, 1) == 0 and bus_box.client_cmd.sent == [(getattr(pyzvr, command), b"\x09\x01")]
+        assert call(bus_box, name, 9, 1) == 0
+        assert bus_box.client_cmd.sent == [(getattr(pyzvr, command), b"\x09\x01")]
 
 
 @pytest.mark.parametrize("bus, port", [("I2C", 1), ("SPI", 2), ("UART", 2), ("CAN", 1)])
@@ -288,7 +311,8 @@ def test_lines_are_asked_for_through_the_object(bus_box, call, bus, port):
     with mock.patch.object(bus_box, f"_{bus}_getPinMapPort",
                            return_value=[5, 6]) as ports, mock.patch.object(pyzvr, "checkFuncPinMap") as cells:
         call(bus_box, check, port, ["Idle"])
-    assert ports.mock_calls == [mock.call(port)] and cells.mock_calls == []  # no line of the port is on 5 or 6
+    assert ports.mock_calls == [mock.call(port)]
+    assert cells.mock_calls == []  # no line of the port is on 5 or 6
     assert bus_box.client_cmd.sent == [(pyzvr.GET_PIN_MODE_OF_SLOT, b"\5"), (pyzvr.GET_PIN_MODE_OF_SLOT, b"\6")]
     with mock.patch.object(pyzvr, "checkFuncPinMap",
                            return_value=False) as cells, pytest.raises(getattr(pyzvr, f"{bus}PortNotAvaliableError")):
@@ -309,7 +333,8 @@ def test_checks_in_place_of_the_librarys_own_are_used(bus_box, call):
         assert call(bus_box, "CAN_setSpeed", 1, 1) == 77
         with pytest.raises(AttributeError, match="code"):
             call(bus_box, "CAN_stop", 1)
-    assert mock.call(False, bool) in types.mock_calls and ranges.mock_calls[0].args[:3] == ([1], 0, 255)
+    assert mock.call(False, bool) in types.mock_calls
+    assert ranges.mock_calls[0].args[:3] == ([1], 0, 255)
     assert status.mock_calls[0] == mock.call(57)
     assert call(bus_box, "CAN_write", 1, 5, [1]) == pyzvr.errFirmwareCAN  # and the library's own again
     with pytest.raises(pyzvr.InputTypeNotCorrectError):

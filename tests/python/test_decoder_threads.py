@@ -74,7 +74,8 @@ def test_rows_are_fed_by_hand(make):
             sources[1].put(None)
             sources[1].put(SAMPLES)
             assert [targets[0].get(timeout=PATIENCE)
-                    for _ in range(3)] == [ROW] * 3 and targets[1].get(timeout=PATIENCE) == ROW
+                    for _ in range(3)] == [ROW] * 3
+            assert targets[1].get(timeout=PATIENCE) == ROW
             box.ai_killed = True
         box.ai_killed = False
         sources[0].put(SAMPLES[:-1])
@@ -123,7 +124,8 @@ def test_every_byte_that_is_dropped_is_one_warning():
             box.uart_killed = True
             source.put(None)
             assert {ident for _, ident in made} == {thread.ident}
-    assert all("Occurrence UART queue overflow." in text for text, _ in made) and [target.get(), target.get()] == [0, 1]
+    assert all("Occurrence UART queue overflow." in text for text, _ in made)
+    assert [target.get(), target.get()] == [0, 1]
 
 
 @pytest.mark.parametrize("make", [lambda: queue.Queue(2), lambda: pyzvr.RowFifo(2)], ids=["foreign", "own"])
@@ -137,7 +139,8 @@ def test_every_frame_that_is_dropped_is_one_warning(make):
         box.data_pool_strm[pyzvr.START_CAN].put(RECORDS)
         until(lambda: len(made) == 16)
     assert all("Occurrence CAN queue overflow." in text
-               for text, _ in made) and threading.get_ident() not in {ident
+               for text, _ in made)
+    assert threading.get_ident() not in {ident
                                                                       for _, ident in made}
     assert len(made) == 16
 
@@ -152,7 +155,8 @@ def test_every_row_that_is_dropped_is_one_warning(make):
         until(lambda: len(made) == 8)
         assert box.AI_readStreaming(0, 5, 0.01) == [ROW] * 2
     assert all("Occurrence AI queue overflow." in text
-               for text, _ in made) and threading.get_ident() not in {ident
+               for text, _ in made)
+    assert threading.get_ident() not in {ident
                                                                       for _, ident in made}
     assert len(made) == 8
 
@@ -185,7 +189,8 @@ def test_queues_of_an_object_can_be_another_s(model, number, call):
             box.AI_open(0)
             box.ai_data_queue_list[0].put(SAMPLES * 3)
             until(lambda: box.ai_signal_queue_list[0].qsize() == 3)
-            assert call(box, "AI_readStreaming", 0, 2, 5) == [ROW] * 2 and call(box, "AI_readStreaming", 0, 2,
+            assert call(box, "AI_readStreaming", 0, 2, 5) == [ROW] * 2
+            assert call(box, "AI_readStreaming", 0, 2,
                                                                                 0.01) == [ROW]
 
 
@@ -194,4 +199,6 @@ def test_fake_client_files_into_whatever_pool_the_object_has():
         box.data_pool_echo = pool = {}
         box.client_cmd = FakeClient(box)
         box.client_cmd.replies = {pyzvr.GET_SERIAL_NUMBER: b"SN000001"}
-        assert box.Sys_getSerialNumber() == "SN000001" and box.data_pool_echo is pool and pool == {}
+        assert box.Sys_getSerialNumber() == "SN000001"
+        assert box.data_pool_echo is pool
+        assert pool == {}

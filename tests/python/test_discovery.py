@@ -67,7 +67,8 @@ def test_records_in_both_forms(finder):
     async def find():
         return await finder.Bcst_enumerateNetworkDevices_async()
 
-    assert asyncio.run(find()) == [] and finder.Bcst_enumerateNetworkDevices() == []
+    assert asyncio.run(find()) == []
+    assert finder.Bcst_enumerateNetworkDevices() == []
     assert finder.client_udp.sent == [b"\xfc\0"] * 6
     finder.client_udp.answers = [record(), record((10, 0, 0, 3), b"SN000002")]
     assert sorted(asyncio.run(find())) == [FIELDS, ["10.0.0.3", *FIELDS[1:4], "SN000002", *FIELDS[5:]]]
@@ -121,6 +122,9 @@ def test_simulated_devices_on_a_network_of_their_own():
     for model, address, mac, serial in DEVICES:
         assert found[mac][:2] in ([address, "255.255.255.0"], ["10.77.0.9", "255.255.255.0"])
         assert found[mac][3:5] == [labels[model], serial]
-    assert report["taken"] == "NetworkConnectionError" and report["serial"] == DEVICES[0][3]
-    assert report["ring"] == [1, 0] and report["nobody"] == report["move"] == report["blocking"] == "IndexError"
-    assert report["moved"] == ["10.77.0.9", "255.255.255.0"] and HERE
+    assert report["taken"] == "NetworkConnectionError"
+    assert report["serial"] == DEVICES[0][3]
+    assert report["ring"] == [1, 0]
+    assert report["nobody"] == report["move"] == report["blocking"] == "IndexError"
+    assert report["moved"] == ["10.77.0.9", "255.255.255.0"]
+    assert HERE

@@ -136,7 +136,8 @@ def test_bad_arguments_fail_before_anything_is_sent(operation, arguments, failur
 
 def test_limits_are_fields_that_the_checks_read():
     with pyzvr.Drone() as drone:
-        assert issubclass(pyzvr.Drone, pyzvr.UARTDevice) and issubclass(pyzvr.DroneModule, pyzvr.DroneBased)
+        assert issubclass(pyzvr.Drone, pyzvr.UARTDevice)
+        assert issubclass(pyzvr.DroneModule, pyzvr.DroneBased)
         assert [
             drone.target_roll, drone.target_pitch, drone.target_yaw, drone.target_x, drone.target_y, drone.target_z
         ] == list(range(6))
@@ -162,11 +163,14 @@ def test_state_is_read_as_a_whole_or_not_at_all():
     with fake_device("Drone", DRONE_READ_NED_STATE_RPYXYZ=state) as drone:
         assert drone.current_posi_list == drone.current_velo_list == drone.current_acce_list == []
         position = drone.Drone_getPositionWithNED()
-        assert position == pytest.approx([180, 90, 45, 1, 2, 3], abs=1e-5) and position == drone.current_posi_list
+        assert position == pytest.approx([180, 90, 45, 1, 2, 3], abs=1e-5)
+        assert position == drone.current_posi_list
         assert drone.Drone_getVelocityWithNED() == drone.Drone_getAccelerationWithNED() == drone.current_velo_list
         assert drone.current_velo_list == pytest.approx([180, 180, 180, 4, 5, 6],
-                                                        abs=1e-5) and drone.current_acce_list == [0, 0, 0, 7, 8, 9]
-        assert drone._Drone_getPositionVelociyAcceleration() == 0 and drone.client_cmd.sent == [
+                                                        abs=1e-5)
+        assert drone.current_acce_list == [0, 0, 0, 7, 8, 9]
+        assert drone._Drone_getPositionVelociyAcceleration() == 0
+        assert drone.client_cmd.sent == [
             (pyzvr.DRONE_READ_NED_STATE_RPYXYZ, b"\0")
         ] * 4
         for short in (state[:-1], state[:48], state[:1], b""):
@@ -182,7 +186,9 @@ def test_state_is_read_as_a_whole_or_not_at_all():
         drone.client_cmd.replies = {pyzvr.DRONE_READ_NED_STATE_RPYXYZ: lambda data: seen.append(lists()) or state}
         drone.current_posi_list = kept = [1]
         drone._Drone_getPositionVelociyAcceleration()
-        assert seen == [([], [], [])] and kept == [1] and all(len(each) == 6 for each in lists())
+        assert seen == [([], [], [])]
+        assert kept == [1]
+        assert all(len(each) == 6 for each in lists())
         drone.client_cmd.replies = {}
         with pytest.raises(pyzvr.ReceivePacketTimeoutError):
             drone.Drone_getPositionWithNED(timeout=0.03)
@@ -223,13 +229,19 @@ def test_a_flight():
     with connected("Drone", "--pace", "200") as drone:
         assert drone.Drone_startTakeOff() == drone.Drone_moveNedRelX(
             1, 1) == drone.Drone_stopMovement() == drone.Drone_startLanding() == NOT_NOW
-        assert drone.Drone_activate() == 0 and drone.Drone_getActiveStatus() == drone._Drone_readStatus() == 1
-        assert drone.Drone_abortTakeOff() == NOT_NOW and drone.Drone_getTakeOffStatus(
-        ) == 0 and drone.Drone_getFlightMode() == 1
-        assert drone.Drone_startTakeOff() == 0 and drone.Drone_deactivate() == NOT_NOW
+        assert drone.Drone_activate() == 0
+        assert drone.Drone_getActiveStatus() == drone._Drone_readStatus() == 1
+        assert drone.Drone_abortTakeOff() == NOT_NOW
+        assert drone.Drone_getTakeOffStatus(
+        ) == 0
+        assert drone.Drone_getFlightMode() == 1
+        assert drone.Drone_startTakeOff() == 0
+        assert drone.Drone_deactivate() == NOT_NOW
         await_task(drone, 2)
-        assert drone.Drone_getTakeOffStatus() == 2 and drone.Drone_getPositionWithNED() == [0, 0, 0, 0, 0, -1.5]
-        assert drone.Drone_readInposition() == b"\1" * 6 and drone.Drone_readTrajectoryStatus() == b"\1"
+        assert drone.Drone_getTakeOffStatus() == 2
+        assert drone.Drone_getPositionWithNED() == [0, 0, 0, 0, 0, -1.5]
+        assert drone.Drone_readInposition() == b"\1" * 6
+        assert drone.Drone_readTrajectoryStatus() == b"\1"
         assert drone.Drone_moveNedAbsZ(2, 1) == drone.Drone_moveNedRelZ(-7, 1) == drone.Drone_moveNedRelX(
             1, 0) == drone.Drone_moveNedRelX(float("nan"), 1) == IMPOSSIBLE
         assert drone.Drone_moveVehicleAbsRoll(5, 10) == NOT_NOW
@@ -247,20 +259,28 @@ def test_a_flight():
             assert drone.Drone_readTrajectory()[2:] == pytest.approx(place, abs=1e-4)
             await_task(drone, 2)
             assert drone.Drone_getPositionWithNED()[2:] == pytest.approx(
-                place, abs=1e-4) and drone.Drone_getVelocityWithNED()[2:] == [0] * 4
-        assert drone.Drone_setAttitudeMode() == 0 and drone.Drone_moveVehicleAbsPitch(
-            -10, 90) == 0 and drone.Drone_moveNedRelX(1, 1) == NOT_NOW
+                place, abs=1e-4)
+            assert drone.Drone_getVelocityWithNED()[2:] == [0] * 4
+        assert drone.Drone_setAttitudeMode() == 0
+        assert drone.Drone_moveVehicleAbsPitch(
+            -10, 90) == 0
+        assert drone.Drone_moveNedRelX(1, 1) == NOT_NOW
         assert drone.Drone_moveVehicleAbsRoll(60, 90) == IMPOSSIBLE
         while drone.Drone_getPositionWithNED()[3] < 3:  # it goes where it leans to
             assert drone.current_velo_list[3] >= 0
         assert drone.Drone_setPositionMode() == drone.Drone_stopMovement() == 0
         await_task(drone, 2)
-        assert drone.Drone_getVelocityWithNED() == [0] * 6 and drone.Drone_readBattery()[2] < 100
-        assert drone.Drone_startLanding() == 0 and drone.Drone_startLanding() == NOT_NOW
+        assert drone.Drone_getVelocityWithNED() == [0] * 6
+        assert drone.Drone_readBattery()[2] < 100
+        assert drone.Drone_startLanding() == 0
+        assert drone.Drone_startLanding() == NOT_NOW
         await_task(drone, 0)
-        assert drone.Drone_getPositionWithNED()[5] == 0 and drone.Drone_getLandingStatus(
-        ) == 2 and drone.Drone_deactivate() == 0
-        assert drone._Drone_setActiveStatus(2) == IMPOSSIBLE and drone.Drone_setAltitudeSensorMode(0) == 0
+        assert drone.Drone_getPositionWithNED()[5] == 0
+        assert drone.Drone_getLandingStatus(
+        ) == 2
+        assert drone.Drone_deactivate() == 0
+        assert drone._Drone_setActiveStatus(2) == IMPOSSIBLE
+        assert drone.Drone_setAltitudeSensorMode(0) == 0
 
 
 def test_reconnecting_after_the_line_has_gone(tmp_path):
@@ -269,7 +289,8 @@ def test_reconnecting_after_the_line_has_gone(tmp_path):
         for number in ("FIRST", "SECOND"):
             with running_simulator("Drone", "--link", port, "--serial", number):
                 drone.connect(port, verbose=False)
-                assert drone.Drone_getSerialNumber() == number and drone.Drone_getPositionWithNED() == [0] * 6
+                assert drone.Drone_getSerialNumber() == number
+                assert drone.Drone_getPositionWithNED() == [0] * 6
             assert not os.path.exists(port)
             with pytest.raises((pyzvr.ReceivePacketTimeoutError, OSError)):
                 drone.Drone_getPositionWithNED(timeout=0.1)
@@ -282,4 +303,5 @@ def test_replies_that_are_cut_short_on_the_line():
     with connected("Drone", "--truncate", "1", "--fault-command", "DRONE_READ_NED_STATE_RPYXYZ") as drone:
         with pytest.raises(pyzvr.ReceivePacketTimeoutError):
             drone.Drone_getPositionWithNED(timeout=0.1)
-        assert drone.current_posi_list == [] and drone.Drone_getSerialNumber() == "SIM00001"
+        assert drone.current_posi_list == []
+        assert drone.Drone_getSerialNumber() == "SIM00001"

@@ -94,8 +94,10 @@ def test_killed_can_be_patched_and_the_threads_see_it():
     with on_peers(pyzvr.TarnDio) as box:
         assert serial(box) == SERIAL
         with mock.patch.object(box, "killed", False):
-            assert box.killed is False and serial(box) == SERIAL
-        assert box.killed is False and serial(box) == SERIAL
+            assert box.killed is False
+            assert serial(box) == SERIAL
+        assert box.killed is False
+        assert serial(box) == SERIAL
         with mock.patch.object(box, "killed", True):
             assert box.killed is True
             box.close()  # does nothing to an object that is closed
@@ -135,4 +137,5 @@ def test_a_second_constructor_sets_the_plain_fields():
         box.ai_max_rate = box.ai_dict = box.ai_num_channels = box.ai_ratio = None
         pyzvr.AIModule.__init__(box, {0: [1]}, 5, 0.5, 3)
         assert (box.ai_dict, box.ai_max_rate, box.ai_ratio, box.ai_num_channels) == ({0: [1]}, 5, 0.5, 3)
-        assert box.ai_signal_queue_list is queues and box.ai_stream_thread is threads
+        assert box.ai_signal_queue_list is queues
+        assert box.ai_stream_thread is threads

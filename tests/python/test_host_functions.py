@@ -117,7 +117,8 @@ def test_awaitable_forms_are_coroutine_functions():
     assert wrong == []
     with pyzvr.TarnDio() as box:
         assert asyncio.iscoroutinefunction(
-            box.Sys_getSerialNumber_async) and not asyncio.iscoroutinefunction(box.Sys_getSerialNumber)
+            box.Sys_getSerialNumber_async)
+        assert not asyncio.iscoroutinefunction(box.Sys_getSerialNumber)
         if sys.version_info >= (3, 12):
             assert inspect.iscoroutinefunction(box.Sys_getSerialNumber_async)
 
@@ -128,10 +129,12 @@ def test_awaitable_forms_are_replaced_by_awaitable_doubles(where):
         with mock.patch.object(box if where == "instance" else pyzvr.TarnDio,
                                "Sys_getSerialNumber_async",
                                return_value="double") as double:
-            assert isinstance(double, mock.AsyncMock) and asyncio.run(box.Sys_getSerialNumber_async()) == "double"
+            assert isinstance(double, mock.AsyncMock)
+            assert asyncio.run(box.Sys_getSerialNumber_async()) == "double"
             double.assert_awaited_once()
         with mock.patch.object(box, "Sys_getSerialNumber", return_value="double") as double:
-            assert not isinstance(double, mock.AsyncMock) and box.Sys_getSerialNumber() == "double"
+            assert not isinstance(double, mock.AsyncMock)
+            assert box.Sys_getSerialNumber() == "double"
         with mock.patch.object(pyzvr.SystemModule_async, "Sys_getSerialNumber_async", autospec=True) as double:
             double.return_value = "double"
             assert asyncio.run(box.Sys_getSerialNumber_async()) == "double"

@@ -256,7 +256,10 @@ def test_values_are_copied_and_pickled():
         frame.note = "kept"
         for again in (copy.copy(frame), copy.deepcopy(frame), *(pickle.loads(pickle.dumps(frame, protocol))
                                                                 for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
-            assert again == frame and again is not frame and again.frame_in_list == frame.frame_in_list and again.note == "kept"
+            assert again == frame
+            assert again is not frame
+            assert again.frame_in_list == frame.frame_in_list
+            assert again.note == "kept"
     for failure in (pyzvr.InputDataNotInRangeError("port"), pyzvr.ReceivePacketTimeoutError(), pyzvr.Error(5, "five")):
         for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
             again = pickle.loads(pickle.dumps(failure, protocol))

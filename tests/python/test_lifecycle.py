@@ -68,7 +68,8 @@ except KeyboardInterrupt:
 
 def test_the_module_exports_one_function():
     library = Path(pyzvr.__file__)
-    assert library.name.startswith("__init__.") and (library.parent / "py.typed").exists()
+    assert library.name.startswith("__init__.")
+    assert (library.parent / "py.typed").exists()
     symbols = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True, check=True).stdout
     names = [line.split()[-1] for line in symbols.splitlines()]
     assert [name for name in names if not name.startswith("_ZSt") and "@" not in name] == ["PyInit_pyzvr"]
@@ -118,5 +119,7 @@ def test_calls_bind_like_those_of_python(bench):
                                    ((0, [0]), {"x": 1}, "unexpected keyword argument 'x'")]:
         with pytest.raises(TypeError, match=text):
             bench.DI_openPins(*arguments, **named)
-    assert bench.DI_openPins.__self__ is bench and pyzvr.DIOModule.DI_openPins.__qualname__ == "DIOModule.DI_openPins"
-    assert os.linesep and "Opens pins as digital inputs" in pyzvr.DIOModule.DI_openPins.__doc__
+    assert bench.DI_openPins.__self__ is bench
+    assert pyzvr.DIOModule.DI_openPins.__qualname__ == "DIOModule.DI_openPins"
+    assert os.linesep
+    assert "Opens pins as digital inputs" in pyzvr.DIOModule.DI_openPins.__doc__

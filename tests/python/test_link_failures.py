@@ -57,7 +57,8 @@ def test_looks_at_the_stream_while_the_receive_thread_runs():
         stop.set()
         for thread in threads:
             thread.join(10)
-        assert failures == [] and box.recv_cmd_thread.is_alive()
+        assert failures == []
+        assert box.recv_cmd_thread.is_alive()
     flooding.close()
 
 
@@ -145,7 +146,8 @@ def test_finder_with_a_timeout_and_silence_hears_on():
             while not (records := list(finder.data_pool_bcst[pyzvr.GET_DEVICE_INFO])) and time.monotonic() < deadline:
                 sender.sendto(reply, target)
                 time.sleep(0.01)
-        assert bytes(records[0]) == b"ABCDEFGHIJ" and finder.recv_udp_thread.is_alive()
+        assert bytes(records[0]) == b"ABCDEFGHIJ"
+        assert finder.recv_udp_thread.is_alive()
 
 
 def cpu_of_threads_besides_this_one(seconds):

@@ -191,7 +191,8 @@ def test_a_servo_that_is_active_low(ratchet, call):
 def test_inputs_go_by_the_level_of_the_forward_limit(ratchet, call):
     ratchet.axis_1.motion_dict.update({"Forward Polarity": 0, "Home Polarity": 1})
     ratchet.chip.values = {"EB": 0b010000010}
-    assert call(ratchet, "Motion_getHomeStatus", 0, 0) == 0 and call(ratchet, "Motion_getLimitStatus", 0, 0) == [0, 1]
+    assert call(ratchet, "Motion_getHomeStatus", 0, 0) == 0
+    assert call(ratchet, "Motion_getLimitStatus", 0, 0) == [0, 1]
 
 
 @pytest.mark.parametrize("mode, velocity, frame", [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53"),
@@ -234,9 +235,12 @@ def test_overriding_the_speed_of_a_move(ratchet, call):
 
 def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
     assert ratchet._checkMCX514Axis(4) is ratchet._checkMCX514Axis(-1, True) is pyzvr.MotionAxisError
-    assert ratchet._checkMCX514Axis(3) is True and ratchet._checkMCX514Axis(9, False) is True
-    assert call(ratchet, "Motion_stop", 0, 7, 1) == 0 and frames_of(ratchet) == "57 128 0"
-    assert ratchet.axis_4.stop_decl == 1 and ratchet._getAxisHandle(7) is ratchet.axis_4
+    assert ratchet._checkMCX514Axis(3) is True
+    assert ratchet._checkMCX514Axis(9, False) is True
+    assert call(ratchet, "Motion_stop", 0, 7, 1) == 0
+    assert frames_of(ratchet) == "57 128 0"
+    assert ratchet.axis_4.stop_decl == 1
+    assert ratchet._getAxisHandle(7) is ratchet.axis_4
 
 
 # A position of a bit is not negative: what has to be sent before a bit is asked for is sent, and no more.
@@ -268,7 +272,9 @@ def test_the_controller_is_made_by_the_constructor_of_its_driver(ending):
                                                                                 return_value=None) as unused:
         made = module({0: [0]})
     assert constructor.mock_calls == [mock.call(made)
-                                      ] and unused.mock_calls == [] and vars(made) == {"motion_dict": {0: [0]}}
+                                      ]
+    assert unused.mock_calls == []
+    assert vars(made) == {"motion_dict": {0: [0]}}
     assert module({0: [0]}).axis_4.velocity == 10000
 
 
@@ -278,6 +284,9 @@ def test_registers_come_back_as_the_reply_was(pawl, call):
 
     for reply in (bytes(range(7)), list(range(7)), bytearray(range(7))):
         pawl._echoPacketWithRetry, pawl._echoPacketWithRetry_async = lambda *_, **__: reply, lambda *_: given(reply)
-        assert call(pawl, "_Motion_read", 0, 1) == reply[3:] and type(call(pawl, "_Motion_read", 0, 1)) is type(reply)
-        assert call(pawl, "_Motion_readDI", 0) is reply and call(pawl, "Motion_getProcessState", 0) == (1, reply[2:])
-        assert call(pawl, "Motion_readCurrentVelocity", 0) == 0x03040506 and pawl.status_bit1_driver_err == 1
+        assert call(pawl, "_Motion_read", 0, 1) == reply[3:]
+        assert type(call(pawl, "_Motion_read", 0, 1)) is type(reply)
+        assert call(pawl, "_Motion_readDI", 0) is reply
+        assert call(pawl, "Motion_getProcessState", 0) == (1, reply[2:])
+        assert call(pawl, "Motion_readCurrentVelocity", 0) == 0x03040506
+        assert pawl.status_bit1_driver_err == 1

@@ -83,17 +83,20 @@ def test_interpolations(ratchet, call, case):
     expected = copy.deepcopy(records)
     vars(expected[["linear", "circular", "helical"].index(case.record)]).update(case.changes)
     assert call(ratchet, case.operation, 0, *case.arguments) == 0
-    assert frames_of(ratchet) == case.frames and repr(records) == repr(expected)
+    assert frames_of(ratchet) == case.frames
+    assert repr(records) == repr(expected)
 
 
 def test_starts_of_interpolations(ratchet, call):
     for mode, frame in [(2, "61 0 0"), (3, "62 0 0"), (4, "63 0 0"), (5, "")]:
         ratchet.linear_interpo.mode = mode
         ratchet.chip.values[frame[:2]] = 54
-        assert call(ratchet, "Motion_startLinearInterpo", 0) == (-7019 if frame else 0) and frames_of(ratchet) == frame
+        assert call(ratchet, "Motion_startLinearInterpo", 0) == (-7019 if frame else 0)
+        assert frames_of(ratchet) == frame
     for direction, frame in [(0, "64 0 0"), (1, "65 0 0")]:
         ratchet.circular_interpo.direction = direction
-        assert call(ratchet, "Motion_startCircularInterpo", 0) == 0 and frames_of(ratchet) == frame
+        assert call(ratchet, "Motion_startCircularInterpo", 0) == 0
+        assert frames_of(ratchet) == frame
 
 
 HELIX = outputs(1, 2, 4) + ", 2A 0 327, 04 1 900, 05 1 900, 1A 0 2, 06 1 30, 08 1 10, 06 2 40, 08 2 20, 06 4 50"
@@ -117,4 +120,5 @@ def test_a_helix_waits_for_its_calculation(ratchet, call, direction, calculation
 def test_a_calculation_that_takes_too_long_is_no_failure(ratchet, call):
     ratchet.chip.values = {"E8": 1, "3B": 5}
     assert call(ratchet, "Motion_cfgHelicalInterpo", 0, 1, 2, 3, 4, 0, 0, 0, 0, 1, 9, 0, 0) == 0
-    assert take_frames(ratchet)[1][-2:] == ["6B 0 0", "E8 0 0"] and ratchet.helical_interpo.calculation_result == 0
+    assert take_frames(ratchet)[1][-2:] == ["6B 0 0", "E8 0 0"]
+    assert ratchet.helical_interpo.calculation_result == 0

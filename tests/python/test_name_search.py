@@ -61,4 +61,5 @@ def test_a_search_for_a_name_that_gets_no_answer(what):
                          text=True,
                          timeout=60)
     assert run.stdout.split()[-1:] == ["True"], run.stdout + run.stderr
-    assert run.returncode == 0 and time.monotonic() - begin < 20
+    assert run.returncode == 0
+    assert time.monotonic() - begin < 20

@@ -174,7 +174,8 @@ def test_what_fails_on_the_drive(pawl, call):
     pawl.client_cmd.replies[pyzvr.MOTION_GET_PARAM] = b"\0\0\x58" + bytes(88)
     with pytest.raises(struct.error):
         call(pawl, "Motion_getParameters", 0)
-    assert [data for _, data in pawl.client_cmd.sent] == [b"\0"] and pawl.TMC5240_default_dict["x00_GCONF"][0] == 8
+    assert [data for _, data in pawl.client_cmd.sent] == [b"\0"]
+    assert pawl.TMC5240_default_dict["x00_GCONF"][0] == 8
 
 
 def test_a_simulated_scan_that_begins_where_it_turns():
@@ -194,11 +195,13 @@ def test_records_are_plain_objects():
     axis = pyzvr.MotionAxis(deceleration=5)
     assert (axis.acceleration, axis.deceleration, axis.jerk) == (100000, 5, 1)
     axis.velocity = 10**12
-    assert "velocity=1000000000000, " in repr(axis) and pyzvr.MotionAxis().motion_dict is not axis.motion_dict
+    assert "velocity=1000000000000, " in repr(axis)
+    assert pyzvr.MotionAxis().motion_dict is not axis.motion_dict
     assert repr(pyzvr.MotionCircularInterpolation()).startswith("MotionCircularInterpolation(main_axis=0, second_")
     texts = pyzvr.MotionInifile()
     assert set(axis.motion_dict) - set(texts.ini_out_dict) == {"Approach Velocity Percent", "Offset Position"}
     assert all(texts.ini_in_dict[key][text] == number
                for key, row in texts.ini_out_dict.items() for number, text in row.items())
     with pyzvr.Pawl() as pawl:
-        assert isinstance(pawl, pyzvr.MotionAxis) and repr(pawl).startswith("<pyzvr.Pawl object")
+        assert isinstance(pawl, pyzvr.MotionAxis)
+        assert repr(pawl).startswith("<pyzvr.Pawl object")

@@ -72,7 +72,8 @@ def test_a_pool_does_all_that_a_map_does(device, pool):
 def test_a_pool_shows_what_is_in_it(device, pool):
     ours = getattr(device, pool)
     ours[5] = {"data_pool_echo": b"reply", "data_pool_strm": "", "data_pool_bcst": {b"record"}}[pool] or queue.Queue()
-    assert repr(5) in repr(ours) and repr(
+    assert repr(5) in repr(ours)
+    assert repr(
         {"data_pool_echo": b"reply", "data_pool_strm": ours[5], "data_pool_bcst": b"record"}[pool]) in repr(ours)
 
 
@@ -81,10 +82,16 @@ def test_what_is_missing_is_made_when_it_is_indexed_and_only_then(device):
     assert outcome(device.data_pool_echo.__getitem__, "x") in (KeyError, TypeError)
     for pool in (device.data_pool_strm, device.data_pool_bcst):
         for key in (5, (183, 0, 0), "mine"):
-            assert pool.get(key) is None and key not in pool and pool.pop(key, A) is A
+            assert pool.get(key) is None
+            assert key not in pool
+            assert pool.pop(key, A) is A
             made = pool[key]
-            assert pool[key] is made and pool.get(key) is made and pool.setdefault(
-                key, A) is made and pool.pop(key) is made and len(pool) == 0
+            assert pool[key] is made
+            assert pool.get(key) is made
+            assert pool.setdefault(
+                key, A) is made
+            assert pool.pop(key) is made
+            assert len(pool) == 0
         assert outcome(pool.__getitem__, []) is TypeError
 
 
@@ -95,15 +102,19 @@ def test_frames_go_to_what_the_pools_hold_now(device):
     device._putToDataPool(pyzvr.AHRS_START, b"\1frame")
     device._putToDataPool(pyzvr.GET_DEVICE_INFO, b"\1record")
     device._putToDataPool(pyzvr.GET_SERIAL_NUMBER, b"reply")
-    assert own.get_nowait() == b"frame" and own_set == {b"old", b"record"} and device.data_pool_echo == {
+    assert own.get_nowait() == b"frame"
+    assert own_set == {b"old", b"record"}
+    assert device.data_pool_echo == {
         pyzvr.GET_SERIAL_NUMBER: b"reply"
     }
     for pool in (device.data_pool_echo, device.data_pool_strm, device.data_pool_bcst):
         pool.clear()
     device._putToDataPool(pyzvr.AHRS_START, b"\1more")
     device._putToDataPool(pyzvr.GET_DEVICE_INFO, b"\1more")
-    assert own.empty() and device.data_pool_strm[
-        pyzvr.AHRS_START].get_nowait() == b"more" and device.data_pool_bcst == {pyzvr.GET_DEVICE_INFO: {b"more"}}
+    assert own.empty()
+    assert device.data_pool_strm[
+        pyzvr.AHRS_START].get_nowait() == b"more"
+    assert device.data_pool_bcst == {pyzvr.GET_DEVICE_INFO: {b"more"}}
 
 
 def test_a_pool_may_be_walked_while_frames_come(device):
@@ -179,7 +190,8 @@ def test_a_set_of_records_does_all_that_a_set_does(device):
     for name, step in SET_STEPS.items():
         assert (name, outcome(step, ours)) == (name, outcome(step, own))
     ours.add(b"record")
-    assert repr(b"record") in repr(ours) and device.data_pool_bcst[pyzvr.GET_DEVICE_INFO] is ours
+    assert repr(b"record") in repr(ours)
+    assert device.data_pool_bcst[pyzvr.GET_DEVICE_INFO] is ours
 
 
 # What an object takes from a queue.

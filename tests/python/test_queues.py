@@ -80,7 +80,8 @@ def test_items_come_back_as_the_same_objects(kind):
     fifo = kind(0)
     for item in ITEMS:
         fifo.put(item)
-    assert all(fifo.get() is item for item in ITEMS) and fifo.empty()
+    assert all(fifo.get() is item for item in ITEMS)
+    assert fifo.empty()
 
 
 @pytest.mark.parametrize("find", [
@@ -94,7 +95,8 @@ def test_queues_of_an_object_are_such_queues(find):
         for item in ITEMS:
             if item is not None:  # which would tell a thread something
                 fifo.put(item, timeout=1)
-                assert fifo.get(timeout=1) is item and fifo.unfinished_tasks > 0
+                assert fifo.get(timeout=1) is item
+                assert fifo.unfinished_tasks > 0
                 fifo.task_done()
         fifo.join()
         with pytest.raises(ValueError):
@@ -184,4 +186,5 @@ def test_items_may_use_the_queue_while_they_die(kind):
     died, fifo = [], kind(0)
     fifo.put(Item(fifo))
     fifo.get()
-    assert died == [0] and fifo.get_nowait() == "from the grave"
+    assert died == [0]
+    assert fifo.get_nowait() == "from the grave"

@@ -168,7 +168,8 @@ def test_the_body_of_a_thread_is_the_one_the_object_has(name, where, when):
                 body.nudge(box)
                 same_calls(called, body.expected(box))
                 body.nudge(box)
-                assert all(getattr(box, field).is_alive() for field in body.threads) and called.empty()
+                assert all(getattr(box, field).is_alive() for field in body.threads)
+                assert called.empty()
             for _ in range(3):
                 body.works(box)
             assert called.empty()

@@ -206,8 +206,11 @@ IDLE = b"\0\x08\x11\x11\x11\x11"
 def test_sensors_need_lines_that_are_idle_or_digital(call, model):
     with fake_device(model, GET_PIN_MODE_OF_SLOT=IDLE, OPEN_THERMAL=b"\1\0") as box:
         (line, first), (_, second) = box.Thermal_getPinMap()[1]
-        assert sorted(box.thermal_dict) == [1, 2] and box._Thermal_getPinMapPort(1) == [line]
-        assert first in box.di_dict[line] and second in box.di_dict[line] and box.thermal_dict[1] != box.thermal_dict[2]
+        assert sorted(box.thermal_dict) == [1, 2]
+        assert box._Thermal_getPinMapPort(1) == [line]
+        assert first in box.di_dict[line]
+        assert second in box.di_dict[line]
+        assert box.thermal_dict[1] != box.thermal_dict[2]
         for modes in (b"\x11", b"\x23", b"\x32"):
             box.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = b"\0\x08" + modes * 4
             assert call(box, "Thermal_open", 1) == 0
@@ -225,14 +228,16 @@ def test_opening_the_unit_sends_two_commands_and_hides_a_refusal(call):
         assert box.client_cmd.sent == [(pyzvr.AHRS_OPEN, b"\0"),
                                        (pyzvr.AHRS_SET_GNRL, bytes([0, *F32(9.81), *F32(0.003), *F32(0.001)]))]
         del box.client_cmd.sent[:]
-        assert call(box, "AHRS_start", 0) == 0 and box.client_cmd.sent == [(pyzvr.AHRS_START, b"\0\0")]
+        assert call(box, "AHRS_start", 0) == 0
+        assert box.client_cmd.sent == [(pyzvr.AHRS_START, b"\0\0")]
         assert [box._convertModeToMask(mode) for mode in range(7)] == [1, 16, 4, 17, 5, 20, 21]
 
 
 def test_service_operations_of_the_unit_leave_the_port_to_the_device(call):
     with fake_device("HeronImu", AHRS_SET_GNRL=b"\7\0", AHRS_VQF_SET_TAU=b"\7\0", AHRS_GET_RAW_DATA=b"\7" + PI4) as box:
         assert call(box, "_AHRS_setSamplingPeriod", 7, 0.5) == call(box, "_AHRS_setGeneral", 7, 9.8, 1, 0) == 0
-        assert box._AHRS_VQF_setTau(7, 3, 9.5) == 0 and call(box, "_AHRS_getRawdata", 7) == [0.7854]
+        assert box._AHRS_VQF_setTau(7, 3, 9.5) == 0
+        assert call(box, "_AHRS_getRawdata", 7) == [0.7854]
         assert [data[0] for _, data in box.client_cmd.sent] == [7] * 4
 
 
@@ -260,24 +265,32 @@ def test_replies_that_are_too_short_fail(call):
 
 def test_thermocouples_keep_their_settings(call):
     with connected("TarnThermo", "--seed", "7") as box:
-        assert call(box, "Thermal_readSensor", 1, 0) == 0.0 and call(box, "Thermal_setType", 1, 0, 3) == 56
+        assert call(box, "Thermal_readSensor", 1, 0) == 0.0
+        assert call(box, "Thermal_setType", 1, 0, 3) == 56
         assert call(box, "Thermal_open", 1) == 0
         for channel in range(7):
             readings = [call(box, "Thermal_readSensor", 1, channel) for _ in range(8)]
-            assert all(abs(reading - 20 - 10 * channel) <= 0.2 for reading in readings) and len(set(readings)) > 4
-        assert abs(call(box, "_Thermal_readJunction", 1, 3) - 25) <= 0.2 and call(box, "Thermal_getStatus", 1,
+            assert all(abs(reading - 20 - 10 * channel) <= 0.2 for reading in readings)
+            assert len(set(readings)) > 4
+        assert abs(call(box, "_Thermal_readJunction", 1, 3) - 25) <= 0.2
+        assert call(box, "Thermal_getStatus", 1,
                                                                                   0) == b"\0"
-        assert call(box, "_Thermal_writeOffset", 1, 6, -30.5) == 0 and call(box, "_Thermal_readOffset", 1, 6) == -30.5
+        assert call(box, "_Thermal_writeOffset", 1, 6, -30.5) == 0
+        assert call(box, "_Thermal_readOffset", 1, 6) == -30.5
         assert abs(call(box, "Thermal_readSensor", 1, 6) - 49.5) <= 0.2
-        assert call(box, "_Thermal_saveOffset", 1, 6, 1.5) == 0 and call(box, "_Thermal_readOffset", 1, 6) == -30.5
+        assert call(box, "_Thermal_saveOffset", 1, 6, 1.5) == 0
+        assert call(box, "_Thermal_readOffset", 1, 6) == -30.5
         assert call(box, "_Thermal_loadOffset", 1, 6) == 1.5
         assert call(box, "Thermal_setOverSampling", 1, 5, 4) == call(box, "_Thermal_setNoiseFilter", 1, 5, 1) == 0
         assert all(abs(call(box, "Thermal_readSensor", 1, 5) - 70) <= 0.05 for _ in range(8))
-        assert call(box, "Thermal_setType", 1, 5, 6) == 0 and call(box, "Thermal_readSensor", 1, 5) > 150
+        assert call(box, "Thermal_setType", 1, 5, 6) == 0
+        assert call(box, "Thermal_readSensor", 1, 5) > 150
         assert call(box, "_Thermal_setJunctionOn", 1, 2, False) == call(box, "_Thermal_writeJunction", 1, 2, 15) == 0
         assert abs(call(box, "Thermal_readSensor", 1, 2) - 30) <= 0.2
-        assert call(box, "Sys_reboot") == 0 and call(box, "Thermal_setType", 1, 0, 3) == 56
-        assert call(box, "Thermal_open", 1) == 0 and call(box, "_Thermal_readOffset", 1, 6) == 1.5
+        assert call(box, "Sys_reboot") == 0
+        assert call(box, "Thermal_setType", 1, 0, 3) == 56
+        assert call(box, "Thermal_open", 1) == 0
+        assert call(box, "_Thermal_readOffset", 1, 6) == 1.5
 
 
 THERMAL_OVER_USB = """
@@ -305,9 +318,11 @@ def test_sensors_of_a_usb_box(model):
 
 def test_the_inertial_unit_follows_its_board(call):
     with connected("HeronImu", "--pace", "1000") as box:
-        assert call(box, "AHRS_getEstimate", 0, 6) == [0.0] * 9 and call(box, "AHRS_reset", 0) == -7000
+        assert call(box, "AHRS_getEstimate", 0, 6) == [0.0] * 9
+        assert call(box, "AHRS_reset", 0) == -7000
         assert call(box, "AHRS_open", 0) == call(box, "_AHRS_setSamplingPeriod", 0, 0.003) == 0
-        assert call(box, "_AHRS_setSamplingPeriod", 0, 0) == -7000 and box._AHRS_VQF_setTau(0, 1e-6, 1e-6) == 0
+        assert call(box, "_AHRS_setSamplingPeriod", 0, 0) == -7000
+        assert box._AHRS_VQF_setTau(0, 1e-6, 1e-6) == 0
         assert call(box, "AHRS_start", 0) == 0
         while call(box, "AHRS_getOrientation", 0) == [0.0] * 3:
             pass  # the filter starts from lying flat
@@ -315,35 +330,45 @@ def test_the_inertial_unit_follows_its_board(call):
         for _ in range(40):
             roll, pitch, _, p, q, r, *pull = call(box, "AHRS_getEstimate", 0, 6)
             rolls.append(roll)
-            assert abs(roll) <= 20.01 and abs(pitch) <= 5.01 and max(map(abs, (p, q, r))) < 0.5
+            assert abs(roll) <= 20.01
+            assert abs(pitch) <= 5.01
+            assert max(map(abs, (p, q, r))) < 0.5
             assert math.dist(pull, (0, 0, 0)) == pytest.approx(9.81, abs=1e-3)
             # The pull of gravity tells roll and pitch.
             assert math.degrees(math.atan2(pull[1], pull[2])) == pytest.approx(roll, abs=0.05)
             assert math.degrees(math.asin(-pull[0] / 9.81)) == pytest.approx(pitch, abs=0.05)
         assert max(rolls) - min(rolls) > 1
         acceleration, field = call(box, "_AHRS_getRawdata", 0)[:3], call(box, "_AHRS_getRawdata", 0)[6:]
-        assert math.dist(acceleration, (0, 0, 0)) == pytest.approx(9.81, abs=1e-3) and math.dist(
+        assert math.dist(acceleration, (0, 0, 0)) == pytest.approx(9.81, abs=1e-3)
+        assert math.dist(
             field, (0, 0, 0)) == pytest.approx(49.244, abs=1e-2)
-        assert call(box, "AHRS_stop", 0) == 0 and call(box, "AHRS_getOrientation", 0) == [0.0] * 3
-        assert call(box, "AHRS_close", 0) == 0 and call(box, "AHRS_stop", 0) == -7000
+        assert call(box, "AHRS_stop", 0) == 0
+        assert call(box, "AHRS_getOrientation", 0) == [0.0] * 3
+        assert call(box, "AHRS_close", 0) == 0
+        assert call(box, "AHRS_stop", 0) == -7000
 
 
 def test_relays_count_their_switching(call):
     with connected("TarnRelay") as box:
-        assert call(box, "Relay_open", 0) == 0 and call(box, "Relay_read", 0, -1) == [0] * 6
+        assert call(box, "Relay_open", 0) == 0
+        assert call(box, "Relay_read", 0, -1) == [0] * 6
         for word in (0b000001, 0b100001, 0b100000, 0b100000):
             call(box, "DO_writePort", 0, word)
         call(box, "DO_togglePins", 0, [2])
-        assert call(box, "Relay_read", 0, -1) == [2, 0, 1, 0, 0, 1] and call(box, "Relay_read", 0, 2) == [1]
-        assert call(box, "Sys_reboot") == 0 and call(box, "Relay_read", 0, -1) == [2, 0, 2, 0, 0, 2]
+        assert call(box, "Relay_read", 0, -1) == [2, 0, 1, 0, 0, 1]
+        assert call(box, "Relay_read", 0, 2) == [1]
+        assert call(box, "Sys_reboot") == 0
+        assert call(box, "Relay_read", 0, -1) == [2, 0, 2, 0, 0, 2]
 
 
 def test_resistors_keep_their_values(call):
     with connected("TarnPot") as box:
         assert call(box, "DPOT_writeAllChannel", 0, [100, 220.4, 470, 1e5]) == 0
         assert [call(box, "DPOT_readByChannel", 0, channel) for channel in range(5)] == [100, 220, 470, 100000, 0]
-        assert call(box, "DPOT_writeByChannel", 0, 1, 330) == 0 and call(box, "DPOT_writeAllChannel", 0,
+        assert call(box, "DPOT_writeByChannel", 0, 1, 330) == 0
+        assert call(box, "DPOT_writeAllChannel", 0,
                                                                          [1, 2, -1]) == -7014
-        assert call(box, "DPOT_writeByChannel", 0, 4, 330) == -7001 and call(box, "DPOT_writeByChannel", 0, 0,
+        assert call(box, "DPOT_writeByChannel", 0, 4, 330) == -7001
+        assert call(box, "DPOT_writeByChannel", 0, 0,
                                                                              float("nan")) == -7014
         assert [call(box, "DPOT_readByChannel", 0, channel) for channel in range(4)] == [100, 330, 470, 100000]

@@ -175,7 +175,8 @@ def test_services_and_pulses(services_box, case):
     for run in (lambda: getattr(services_box, case.operation)
                 (*case.arguments), lambda: asyncio.run(getattr(services_box, twin)(*case.arguments))):
         assert run() == case.result
-        assert services_box.client_cmd.sent.pop() == (getattr(pyzvr, case.command), bytes(case.sent)) and not services_box.client_cmd.sent
+        assert services_box.client_cmd.sent.pop() == (getattr(pyzvr, case.command), bytes(case.sent))
+        assert not services_box.client_cmd.sent
         if case.kept_in:
             assert getattr(services_box, case.kept_in) == case.result
             delattr(services_box, case.kept_in)
@@ -249,7 +250,8 @@ def test_bad_settings_fail_before_anything_is_sent(services_box, call, operation
 
 @pytest.mark.parametrize("operation", ["Relay_open", "Relay_close", "DPOT_open", "DPOT_close"])
 def test_nothing_is_sent_to_open_relays_and_resistors(services_box, call, operation):
-    assert call(services_box, operation, 0) == 0 and services_box.client_cmd.sent == []
+    assert call(services_box, operation, 0) == 0
+    assert services_box.client_cmd.sent == []
 
 
 def test_wifi_devices_count_years_from_2000(call):

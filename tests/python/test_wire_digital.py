@@ -167,5 +167,7 @@ def test_models_of_fixed_function_open_and_close_without_traffic(call):
                 assert call(services_box, f"{side}_{verb}Pins", 99, "nonsense") == 0
         with pytest.raises(pyzvr.DIPortNotAvaliableError):
             call(services_box, "DI_readPort", 99)
-        assert services_box.client_cmd.sent == [] and services_box.DI_getPinMap() == {1: [0, 1, 2, 3, 4, 5, 6, 7]}
-        assert services_box.DO_getPinMap() == {0: [0, 1, 2, 3, 4, 5]} and services_box._getDeviceName() == "Tarn-Dio"
+        assert services_box.client_cmd.sent == []
+        assert services_box.DI_getPinMap() == {1: [0, 1, 2, 3, 4, 5, 6, 7]}
+        assert services_box.DO_getPinMap() == {0: [0, 1, 2, 3, 4, 5]}
+        assert services_box._getDeviceName() == "Tarn-Dio"
