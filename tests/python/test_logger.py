@@ -7,8 +7,8 @@ import time
 from unittest import mock
 
 import pytest
+from fake_analog import fake_device, frames, row, volts
 from logger_support import content, plain, slow_file, slow_queue, slow_writer
-from test_analog import frames, row, volts, fake_device
 
 import pyzvr
 
