@@ -74,7 +74,9 @@ def docstring(value, indent):
     lines = doc.partition("\n\n")[0].splitlines()
     arguments = re.search(r"\n\nArgs:\n(.*?)(?:\n\n|$)", doc, re.DOTALL)
     if arguments:
-        lines += ["", "Args:", *re.sub(r"^( +\*{0,2}\w+) \([^)]*\):", r"\1:", arguments[1], flags=re.MULTILINE).splitlines()]
+        lines += [
+            "", "Args:", *re.sub(r"^( +\*{0,2}\w+) \([^)]*\):", r"\1:", arguments[1], flags=re.MULTILINE).splitlines()
+        ]
     if not lines:
         return []
     lines = [line.replace("\\", "\\\\") for line in lines]
@@ -96,7 +98,8 @@ def callable_stub(line, value, indent="", mark=""):
 
 def bound_constructor(cls):
     """The constructor of a bound type, if it takes arguments: the binding knows their names and default values."""
-    signature = re.search(r"__init__\(self: [\w.]+, (.*)\) -> None", getattr(vars(cls).get("__init__"), "__doc__", None) or "")
+    signature = re.search(r"__init__\(self: [\w.]+, (.*)\) -> None",
+                          getattr(vars(cls).get("__init__"), "__doc__", None) or "")
     if not signature:
         return []
     parameters = []

@@ -64,10 +64,10 @@ def is_timed(value):
 
 
 def operations_of(cls):
-    """Own operations of a blocking class; those that wait for the device have a time limit, a twin, or both."""
-    twin = vars(getattr(pyzvr, cls.__name__ + "_async", object))
+    """Own operations of a blocking class; those that wait for the device have a time limit, an async variant, or both."""
+    variants = vars(getattr(pyzvr, cls.__name__ + "_async", object))
     return {name: value for name, value in vars(cls).items()
-            if isinstance(value, OPERATION) and (is_timed(value) or name + "_async" in twin)}
+            if isinstance(value, OPERATION) and (is_timed(value) or name + "_async" in variants)}
 
 
 def feature_classes():
@@ -88,10 +88,12 @@ def stand_in(model):
 def samples(kind, number):
     """Values of a parameter's type."""
     integers, modes = [number] * (number + 1), [["Idle"], ["DI", "DI"]]
-    known = {"int": [number], "bool": [number % 2 == 0], "float": [number * 1.1 + 0.3],
-             "str": [sign.join(str(number + place) for place in range(count)) for sign, count in ((".", 4), (":", 6))], "list[str]": [modes[number % 2]],
-             "list[int]": [integers], "Sequence[int]": [integers], "list[float]": [integers], "Sequence[float]": [integers],
-             "Any": [array.array("d", bytes(64))]}
+    known = {
+        "int": [number], "bool": [number % 2 == 0], "float": [number * 1.1 + 0.3],
+        "str": [sign.join(str(number + place) for place in range(count)) for sign, count in ((".", 4), (":", 6))],
+        "list[str]": [modes[number % 2]], "list[int]": [integers], "Sequence[int]": [integers],
+        "list[float]": [integers], "Sequence[float]": [integers], "Any": [array.array("d", bytes(64))]
+    }
     return known.get(kind.partition(" | ")[0], [None])
 
 
@@ -135,8 +137,8 @@ def text_of(runs, with_payload):
     """What these runs send; all send the same commands, but for how often one comes in a row."""
     if len({len(run) for run in runs}) > 1 or len(runs[0]) > MOST_SHOWN:
         # A command that comes again and again is told once.
-        runs = [[(command, [data for _, data in group]) for command, group in itertools.groupby(run, lambda each: each[0])]
-                for run in runs]
+        runs = [[(command, [data for _, data in group])
+                 for command, group in itertools.groupby(run, lambda each: each[0])] for run in runs]
     else:
         runs = [[(command, [data]) for command, data in run] for run in runs]
     parts = []
@@ -167,7 +169,8 @@ def sent_by(name, value, products):
         for commands in {commands_of(run) for _, run in runs}:
             alike = [(arguments, run) for arguments, run in runs if commands_of(run) == commands]
             # From one list of arguments alone it cannot be told which bytes depend on them.
-            varied = len({repr(arguments) for arguments, _ in alike}) > 1 or not any(arguments for arguments, _ in alike)
+            varied = len({repr(arguments)
+                          for arguments, _ in alike}) > 1 or not any(arguments for arguments, _ in alike)
             texts.add(text_of([run for _, run in alike], varied and comes_to_end)
                       + ("" if comes_to_end else " before it fails"))
     return "; or ".join(sorted(texts, key=lambda text: (text.startswith("`"), len(text), text)))
@@ -202,13 +205,15 @@ def stand_ins():
 
 
 def page():
-    lines = ["# What is sent, and what comes back", "", "Written by `make stubs`; do not edit.", "",
-             "Payloads are bytes in their order. Where an operation is one exchange they are told by their arguments and, where",
-             "no argument gives them, as numbers. Of operations with steps it is the commands that they send, one after the",
-             "other, with the bytes that are always the same; `_` stands for a byte that depends on arguments, replies or the",
-             "model, and `...` for more of them. Some operations send other commands on another model or with other arguments,",
-             "or nothing. The asynchronous variants send the same. The arguments are explained in the type stub and in the",
-             "reference that `make docs` writes.", ""]
+    lines = [
+        "# What is sent, and what comes back", "", "Written by `make stubs`; do not edit.", "",
+        "Payloads are bytes in their order. Where an operation is one exchange they are told by their arguments and, where",
+        "no argument gives them, as numbers. Of operations with steps it is the commands that they send, one after the",
+        "other, with the bytes that are always the same; `_` stands for a byte that depends on arguments, replies or the",
+        "model, and `...` for more of them. Some operations send other commands on another model or with other arguments,",
+        "or nothing. The asynchronous variants send the same. The arguments are explained in the type stub and in the",
+        "reference that `make docs` writes.", ""
+    ]
     with stand_ins() as products:
         for cls in feature_classes():
             lines += [f"## {cls.__name__}", "", "| Operation | Sends | Returns |", "| --- | --- | --- |"]

@@ -1,7 +1,9 @@
 """Fixtures for all tests; tests of the simulator also take its processes from here."""
 
 import pytest
+from fake_buses import bus_box
 from fake_client import BenchDio
+from fake_services import services_box
 from forms import awaited, blocking
 from links import box, client, peer
 from logger_support import logger
@@ -12,6 +14,8 @@ from simulators import address_of, can_make_networks, connected, running_simulat
 import pyzvr
 
 __all__ = [
+    "bus_box",
+    "services_box",
     "box",
     "chassis",
     "client",

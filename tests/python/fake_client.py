@@ -15,7 +15,9 @@ class FakeClient:
 
     def sendPacket(self, int_list):
         frame = bytes(int_list)
-        assert frame[0] == 2 and frame[-2:] == b"\r\n" and int.from_bytes(frame[1:3], "big") == len(frame) - 5
+        assert frame[0] == 2
+        assert frame[-2:] == b"\r\n"
+        assert int.from_bytes(frame[1:3], "big") == len(frame) - 5
         wide = frame[3] < 48  # no code of two bytes begins with 48, OPEN_CAN itself
         command = int.from_bytes(frame[3:5], "big") if wide else frame[3]
         data = frame[5 if wide else 4 : -2]
@@ -26,8 +28,8 @@ class FakeClient:
 
 
 @contextlib.contextmanager
-def wired(model, **replies):
-    """A product whose client is a test double; `replies` are by the name of the command."""
+def fake_device(model, **replies):
+    """A product behind a fake client; `replies` are by the name of the command."""
     with getattr(pyzvr, model)() as product:
         product.client_cmd = FakeClient(product)
         product.client_cmd.replies = {getattr(pyzvr, command): reply for command, reply in replies.items()}

@@ -56,8 +56,10 @@ def held(kind):
 
 
 IDLE = bytes([0, 8, 0x11, 0x11, 0x11, 0x11])
-OPENED = {"GET_PIN_MODE_OF_SLOT": IDLE, **dict.fromkeys(
-    ("OPEN_UART", "CLOSE_UART", "STOP_UART_READING", "OPEN_CAN", "CLOSE_CAN", "STOP_CAN", "OPEN_AI", "CLOSE_AI"), b"\1\0")}
+OPENED = {
+    "GET_PIN_MODE_OF_SLOT": IDLE,
+    **dict.fromkeys(("OPEN_UART", "CLOSE_UART", "STOP_UART_READING", "OPEN_CAN", "CLOSE_CAN", "STOP_CAN", "OPEN_AI", "CLOSE_AI"), b"\1\0")
+}
 FRAMES = [pyzvr.CANFrame(number, data=[number]) for number in range(1, 11)]
 RECORDS = bytes(byte for frame in FRAMES for byte in frame.frame_in_list)
 ROW = [0.0, 0.0003, -0.0003, 9.9997, -10.0, 0.0, 0.0, 0.0]

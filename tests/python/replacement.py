@@ -22,7 +22,8 @@ def on_peers(factory, connect=True):
     """A network product on peers; `connect` tells when."""
     peers = [Peer(), Peer(answer_serial)] if issubclass(factory, pyzvr.WifiDevice) else [Peer(answer_serial)]
     with factory() as box:
-        box.link = types.SimpleNamespace(connect=lambda: box.connect("127.0.0.1", *(peer.port for peer in peers), verbose=False), peers=peers)
+        box.link = types.SimpleNamespace(
+            connect=lambda: box.connect("127.0.0.1", *(peer.port for peer in peers), verbose=False), peers=peers)
         if connect:
             box.link.connect()
         yield box
@@ -30,14 +31,18 @@ def on_peers(factory, connect=True):
         peer.close()
 
 
-REPLIES = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.GET_SERIAL_NUMBER: b"SN000001", pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4, 5]),
-           **dict.fromkeys((pyzvr.OPEN_UART, pyzvr.OPEN_CAN, pyzvr.OPEN_AI), b"\1\0")}
+REPLIES = {
+    pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.GET_SERIAL_NUMBER: b"SN000001",
+    pyzvr.GET_DATE_TIME: bytes([24, 1, 2, 3, 4,
+                                5]), **dict.fromkeys((pyzvr.OPEN_UART, pyzvr.OPEN_CAN, pyzvr.OPEN_AI), b"\1\0")
+}
 
 
 @contextlib.contextmanager
-def on_double(factory, connect=True):
+def on_fake_client(factory, connect=True):
     with factory() as box:
-        box.link = types.SimpleNamespace(connect=lambda: setattr(box, "client_cmd", FakeClient(box)) or box.client_cmd.replies.update(REPLIES))
+        box.link = types.SimpleNamespace(
+            connect=lambda: setattr(box, "client_cmd", FakeClient(box)) or box.client_cmd.replies.update(REPLIES))
         if connect:
             box.link.connect()
         yield box
@@ -48,7 +53,9 @@ def serial(box, form=blocking):
 
 
 REQUEST = list(b"\2\0\1\x7a\r\n")
-WHERE_AND_WHEN = [("instance", "made"), ("instance", "connected"), *((where, when) for where in ("subclass", "product", "owner") for when in ("before", "made", "connected"))]
+WHERE_AND_WHEN = [("instance", "made"), ("instance", "connected"), *((where, when)
+                                                                     for where in ("subclass", "product", "owner")
+                                                                     for when in ("before", "made", "connected"))]
 where_and_when = pytest.mark.parametrize("where, when", WHERE_AND_WHEN, ids=["-".join(each) for each in WHERE_AND_WHEN])
 
 
@@ -67,9 +74,10 @@ def target_of(where, factory, box, name):
 
 @contextlib.contextmanager
 def on_opened(factory, connect=True):
-    """A product at a test double, its streamed function open when it is connected."""
-    with on_double(factory) as box:
-        function = {"SableDio": ("UART_open", 1), "SableCan": ("CAN_open", 1), "TarnAnalog": ("AI_open", 0)}[factory.__name__]
+    """A product behind a fake client, its streamed function open when it is connected."""
+    with on_fake_client(factory) as box:
+        function = {"SableDio": ("UART_open", 1), "SableCan": ("CAN_open", 1),
+                    "TarnAnalog": ("AI_open", 0)}[factory.__name__]
         box.link = types.SimpleNamespace(connect=lambda: blocking(box, *function))
         if connect:
             box.link.connect()
@@ -77,7 +85,8 @@ def on_opened(factory, connect=True):
 
 
 def bytes_pass(box):
-    for port, (source, target) in enumerate([(box.uart_p1_data_queue, box.uart_p1_signal_queue), (box.uart_p2_data_queue, box.uart_p2_signal_queue)]):
+    for port, (source, target) in enumerate([(box.uart_p1_data_queue, box.uart_p1_signal_queue),
+                                             (box.uart_p2_data_queue, box.uart_p2_signal_queue)]):
         source.put(bytes([65 + port]))
         assert target.get(timeout=PATIENCE) == 65 + port
 

@@ -19,7 +19,8 @@ import pyzvr
 def test_clients_take_attributes_and_patches(box):
     client = box.client_cmd
     client.note = ["anything"]
-    assert client.note == ["anything"] and "note" in vars(client)
+    assert client.note == ["anything"]
+    assert "note" in vars(client)
     sent = []
     with mock.patch.object(client, "sendPacket", sent.append):
         with pytest.raises(pyzvr.ReceivePacketTimeoutError):
@@ -65,7 +66,8 @@ def test_a_step_replaced_while_the_thread_reads_is_the_one_that_it_calls(box, pe
         # The thread may be inside the last call of the replacement.
         assert all(link_works(box) for _ in range(3))
         called.clear()
-        assert link_works(box) and not called
+        assert link_works(box)
+        assert not called
 
 
 @pytest.mark.parametrize("field, value", [("stream", b"\x02\x00"), ("last_index", 3), ("socket", object())])
@@ -122,7 +124,8 @@ def test_an_object_in_place_of_the_socket_serves_the_whole_link(box, call):
     client.setTimeout(5)
     client.setTimeout(None)
     client.socket = ours
-    assert client.socket is ours and link_works(box)
+    assert client.socket is ours
+    assert link_works(box)
     client.socket = fake
     assert link_works(box)
     box.recv_cmd_lock.acquire()
@@ -130,7 +133,8 @@ def test_an_object_in_place_of_the_socket_serves_the_whole_link(box, call):
     fake.answers = b""  # of a request that was repeated
     client.stream = b""
     client.sendPacket(REQUEST)
-    assert client.recvPacket(4) == SERIAL_REPLY[:4] and client.recvAndSplitPacket(100) == []
+    assert client.recvPacket(4) == SERIAL_REPLY[:4]
+    assert client.recvAndSplitPacket(100) == []
     client.disconnect()
     assert client.socket == 0
     assert fake.calls == [("settimeout", 5), ("settimeout", None), ("shutdown", socket.SHUT_RDWR), ("close",)]
@@ -145,7 +149,8 @@ def test_a_socket_of_the_host_in_place_of_ours(peer):
         assert link_works(box)
         box.client_cmd.disconnect()
         box.client_cmd.connect("127.0.0.1", peer.port)
-        assert isinstance(box.client_cmd.socket, pyzvr.Socket) and link_works(box)
+        assert isinstance(box.client_cmd.socket, pyzvr.Socket)
+        assert link_works(box)
 
 
 def test_failures_of_an_object_in_place_of_the_socket():
@@ -156,7 +161,9 @@ def test_failures_of_an_object_in_place_of_the_socket():
     fake.shutdown.side_effect = OSError(107, "not connected")
     with pytest.raises(BrokenPipeError):
         client.sendPacket([1])
-    assert client.recvPacket(7) == b"" and client.recvAndSplitPacket(7) == [] and fake.recv.call_args == mock.call(7)
+    assert client.recvPacket(7) == b""
+    assert client.recvAndSplitPacket(7) == []
+    assert fake.recv.call_args == mock.call(7)
     with pytest.raises(pyzvr.NetworkConnectionLostError):
         client.disconnect()
     assert client.socket is fake
@@ -230,7 +237,8 @@ def test_clients_written_in_python(peer):
             assert kind is not OwnSplitter or box.client_cmd.split >= 6
     bare = pyzvr.Client()
     bare.stream = SERIAL_REPLY + b"rest"
-    assert bare._splitPacket() == [(122, b"SN000001")] and (bare.stream, bare.last_index) == (b"rest", 0)
+    assert bare._splitPacket() == [(122, b"SN000001")]
+    assert (bare.stream, bare.last_index) == (b"rest", 0)
     for action in (lambda: bare.recvPacket(1), lambda: bare.sendPacket([1]), lambda: bare.recvAndSplitPacket(5)):
         with pytest.raises(OSError):
             action()
@@ -239,8 +247,10 @@ def test_clients_written_in_python(peer):
 
 def test_methods_of_the_socket(peer, client):
     ours = client.socket
-    assert ours is client.socket and (ours.family, ours.type) == (socket.AF_INET, socket.SOCK_STREAM)
-    assert ours.gettimeout() is None and ours.timeout is None
+    assert ours is client.socket
+    assert (ours.family, ours.type) == (socket.AF_INET, socket.SOCK_STREAM)
+    assert ours.gettimeout() is None
+    assert ours.timeout is None
     ours.settimeout(0.01)
     assert ours.gettimeout() == 0.01
     with pytest.raises(TimeoutError):
@@ -249,16 +259,19 @@ def test_methods_of_the_socket(peer, client):
     with pytest.raises(BlockingIOError):
         ours.recv(10)
     ours.settimeout(5)
-    assert ours.send(bytes(REQUEST)) == 6 and ours.recv(4) + ours.recv(100) == SERIAL_REPLY
+    assert ours.send(bytes(REQUEST)) == 6
+    assert ours.recv(4) + ours.recv(100) == SERIAL_REPLY
     ours.sendall(bytes(REQUEST) * 2)
     received = b""
     while len(received) < 2 * len(SERIAL_REPLY):
         received += ours.recv(2**40)
-    assert received == SERIAL_REPLY * 2 and ours.recv(0) == b""
+    assert received == SERIAL_REPLY * 2
+    assert ours.recv(0) == b""
     assert ours.getsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY) == 1
     ours.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 0)
     assert ours.getsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 4) == bytes(4)
-    assert ours.getpeername() == ("127.0.0.1", peer.port) and ours.getsockname()[0] == "127.0.0.1"
+    assert ours.getpeername() == ("127.0.0.1", peer.port)
+    assert ours.getsockname()[0] == "127.0.0.1"
     ours.shutdown(socket.SHUT_RDWR)
     assert ours.recv(10) == b""
     ours.close()
@@ -280,13 +293,16 @@ def test_disconnect_closes_the_socket_whoever_holds_it_and_waits_for_nobody(box,
     begin = time.thread_time()
     box.disconnect(verbose=False)
     assert time.thread_time() - begin < 0.05  # it used to spin for 75 ms
-    assert held.fileno() == -1 and connection.recv(10) == b""
+    assert held.fileno() == -1
+    assert connection.recv(10) == b""
     line = pyzvr.UARTClient()
     assert (line.client, line.socket, line.read_timeout) == (0, 0, 0.05)
 
 
-@pytest.mark.parametrize("kind", ["Client", "NetworkClient", "TCPClient", "UDPClient", "UARTClient", "USBClient", "Socket",
-                                  "USBDeviceIdentity", "USBLibrary"])
+@pytest.mark.parametrize("kind", [
+    "Client", "NetworkClient", "TCPClient", "UDPClient", "UARTClient", "USBClient", "Socket", "USBDeviceIdentity",
+    "USBLibrary"
+])
 def test_none_and_unmade_objects_are_refused(kind):
     kind = getattr(pyzvr, kind)
     for name in dir(kind):
@@ -308,19 +324,24 @@ def test_none_and_unmade_objects_are_refused(kind):
                         pass
 
 
-@pytest.mark.parametrize("action, name", [
-    (lambda client: client.connect(None, 7), "ip_addr"), (lambda client: client.connect("127.0.0.1", "7"), "port"),
-    (lambda client: client.connect("127.0.0.1", 7.5), "port"), (lambda client: client.setTimeout("x"), "timeout"),
-    (lambda client: client.recvPacket("1"), "length"), (lambda client: client.recvAndSplitPacket(None), "length"),
-    (lambda client: pyzvr.UDPClient().bind(5, 6667), "ip_addr"), (lambda client: pyzvr.UDPClient().bind("", None), "port"),
-    (lambda client: pyzvr.UARTClient().connect(None, 9600), "port"),
-    (lambda client: pyzvr.UARTClient().connect("COM4", "9600"), "baudrate"),
-    (lambda client: setattr(client, "last_index", "x"), "last_index"),
-    (lambda client: setattr(pyzvr.UARTClient(), "read_timeout", "x"), "read_timeout"),
-    (lambda client: pyzvr.USBClient(5), "serial_num")])
+@pytest.mark.parametrize("action, name",
+                         [(lambda client: client.connect(None, 7), "ip_addr"),
+                          (lambda client: client.connect("127.0.0.1", "7"), "port"),
+                          (lambda client: client.connect("127.0.0.1", 7.5), "port"),
+                          (lambda client: client.setTimeout("x"), "timeout"),
+                          (lambda client: client.recvPacket("1"), "length"),
+                          (lambda client: client.recvAndSplitPacket(None), "length"),
+                          (lambda client: pyzvr.UDPClient().bind(5, 6667), "ip_addr"),
+                          (lambda client: pyzvr.UDPClient().bind("", None), "port"),
+                          (lambda client: pyzvr.UARTClient().connect(None, 9600), "port"),
+                          (lambda client: pyzvr.UARTClient().connect("COM4", "9600"), "baudrate"),
+                          (lambda client: setattr(client, "last_index", "x"), "last_index"),
+                          (lambda client: setattr(pyzvr.UARTClient(), "read_timeout", "x"), "read_timeout"),
+                          (lambda client: pyzvr.USBClient(5), "serial_num")])
 def test_wrong_types_are_named(client, action, name):
     with pytest.raises(TypeError, match=name):
         action(client)
     client.sendPacket(REQUEST)
     assert client.recvAndSplitPacket(100) == [(122, b"SN000001")]
-    assert client.recvPacket(0) == b"" and client.recvAndSplitPacket(0) == []
+    assert client.recvPacket(0) == b""
+    assert client.recvAndSplitPacket(0) == []

@@ -111,7 +111,8 @@ def test_checks_raise_the_named_failures():
     pyzvr.checkEachItemInRange([0, 255])
     with pytest.raises(pyzvr.InputDataNotInRangeError) as failure:
         pyzvr.checkEachItemInRange([0, 11], 0, 10, "port")
-    assert failure.value.msg == "port" and failure.value.code == pyzvr.errInputDataNotInRange
+    assert failure.value.msg == "port"
+    assert failure.value.code == pyzvr.errInputDataNotInRange
     modes = ["Idle", "DI", "UART"]
     assert pyzvr.checkFuncPinMap((0, 1), modes, ["DI"]) is True
     assert pyzvr.checkPinMap([(0, 0), (0, 2)], modes, ["Idle", "DI"]) is False
@@ -142,13 +143,17 @@ def test_positions_that_nobody_means_are_refused_at_once(index):
                  lambda: pyzvr.convertIndexAndBinaryListsToInt([index], [1])):
         with pytest.raises(OverflowError, match="index"):
             call()
-    assert pyzvr.readBit(5, index) == 0 and pyzvr.readBit(-1, index) == 1  # the sign goes on for ever
+    assert pyzvr.readBit(5, index) == 0
+    assert pyzvr.readBit(-1, index) == 1  # the sign goes on for ever
 
 
 def test_the_longest_that_can_be_meant():
-    assert pyzvr.fillBit(0, 65535) == 1 << 65535 and pyzvr.clearBit(1 << 65535, 65535) == 0
+    assert pyzvr.fillBit(0, 65535) == 1 << 65535
+    assert pyzvr.clearBit(1 << 65535, 65535) == 0
     bits = pyzvr.convertIntToBinaryList((1 << 1_000_000) - 2, 1_000_000)  # not a step of Python for each bit
-    assert len(bits) == 1_000_000 and bits[:2] == [0, 1] and sum(bits) == 999_999
+    assert len(bits) == 1_000_000
+    assert bits[:2] == [0, 1]
+    assert sum(bits) == 999_999
     assert pyzvr.convertIntToIndexList(1 << 300_000 | 1) == [0, 300_000]
     assert len(pyzvr.adjustDataList([], 1_000_000, None)) == 1_000_000
     assert pyzvr.adjustDataList(itertools.count(), 3) == [0, 1, 2]  # takes no more than it needs
@@ -156,24 +161,36 @@ def test_the_longest_that_can_be_meant():
 
 
 # What is no number, no list or no text is told by the name of its argument, and what came.
-WRONG_TYPES = [
-    (lambda: pyzvr.clearBit("x", 2**63), "number: .*str"), (lambda: pyzvr.fillBit(None, 2**63), "number: .*NoneType"),
-    (lambda: pyzvr.readBit(1, "x"), "index: .*str"), (lambda: pyzvr.writeBit(1.5, 0, 1), "number: .*float"),
-    (lambda: pyzvr.changeToLatticePort("1"), "slot: .*str"), (lambda: pyzvr.convertIntToBinaryList(5, "4"), "width: .*str"),
-    (lambda: pyzvr.convertIntToBinaryList("5", 4), "value_int: .*str"), (lambda: pyzvr.convertIntToIndexList(1.0), "value_int: .*float"),
-    (lambda: pyzvr.convertIndexListToInt(5), "index_list: .*int"), (lambda: pyzvr.convertIndexListToInt(["1"]), "index_list: .*str"),
-    (lambda: pyzvr.convertIndexAndBinaryListsToInt([0], 1), "binary_list: .*int"), (lambda: pyzvr.coerce(5), "list_: .*int"),
-    (lambda: pyzvr.adjustDataList(5), "data_list: .*int"), (lambda: pyzvr.adjustDataList([], 8.0), "list_length: .*float"),
-    (lambda: pyzvr.convertU16To2U8("1"), "value: .*str"), (lambda: pyzvr.convertF32To4U8(None), "value: .*NoneType"),
-    (lambda: pyzvr.convertI32To4U8(1j), "value: .*complex"), (lambda: pyzvr.convert2U8ToU16("ab"), "int_list: .*str"),
-    (lambda: pyzvr.convert2U8ToU16(7), "int_list: .*int"), (lambda: pyzvr.convert2U8ToU16([1, 2.0]), "int_list: item 1 .*float"),
-    (lambda: pyzvr.convertU8ListToStr(None), "int_list: .*NoneType"), (lambda: pyzvr.convertStrToU8List(5), "str_: .*int"),
-    (lambda: pyzvr.convertStrToU8List(["ab"]), "str_: .*str"), (lambda: pyzvr.convertIPAddrTo4U8(5), "value: .*int"),
-    (lambda: pyzvr.convertMACAddrTo6U8(None), "str_: .*NoneType"), (lambda: pyzvr.convertDegToRad("1"), "degrees: .*str"),
-    (lambda: pyzvr.convertRadToDeg([]), "radians: .*list"), (lambda: pyzvr.checkEachItemInRange(5), "int_list: .*int"),
-    (lambda: pyzvr.checkFuncPinMap(5, [], []), "cell: .*int"), (lambda: pyzvr.checkPinMap(5, [], []), "cell_list: .*int"),
-    (lambda: pyzvr.checkFirmwareError("0"), "error_code: .*str"), (lambda: pyzvr.checkFirmwareError(0.0), "error_code: .*float"),
-]
+WRONG_TYPES = [(lambda: pyzvr.clearBit("x", 2**63), "number: .*str"),
+               (lambda: pyzvr.fillBit(None, 2**63), "number: .*NoneType"),
+               (lambda: pyzvr.readBit(1, "x"), "index: .*str"), (lambda: pyzvr.writeBit(1.5, 0, 1), "number: .*float"),
+               (lambda: pyzvr.changeToLatticePort("1"), "slot: .*str"),
+               (lambda: pyzvr.convertIntToBinaryList(5, "4"), "width: .*str"),
+               (lambda: pyzvr.convertIntToBinaryList("5", 4), "value_int: .*str"),
+               (lambda: pyzvr.convertIntToIndexList(1.0), "value_int: .*float"),
+               (lambda: pyzvr.convertIndexListToInt(5), "index_list: .*int"),
+               (lambda: pyzvr.convertIndexListToInt(["1"]), "index_list: .*str"),
+               (lambda: pyzvr.convertIndexAndBinaryListsToInt([0], 1), "binary_list: .*int"),
+               (lambda: pyzvr.coerce(5), "list_: .*int"), (lambda: pyzvr.adjustDataList(5), "data_list: .*int"),
+               (lambda: pyzvr.adjustDataList([], 8.0), "list_length: .*float"),
+               (lambda: pyzvr.convertU16To2U8("1"), "value: .*str"),
+               (lambda: pyzvr.convertF32To4U8(None), "value: .*NoneType"),
+               (lambda: pyzvr.convertI32To4U8(1j), "value: .*complex"),
+               (lambda: pyzvr.convert2U8ToU16("ab"), "int_list: .*str"),
+               (lambda: pyzvr.convert2U8ToU16(7), "int_list: .*int"),
+               (lambda: pyzvr.convert2U8ToU16([1, 2.0]), "int_list: item 1 .*float"),
+               (lambda: pyzvr.convertU8ListToStr(None), "int_list: .*NoneType"),
+               (lambda: pyzvr.convertStrToU8List(5), "str_: .*int"),
+               (lambda: pyzvr.convertStrToU8List(["ab"]), "str_: .*str"),
+               (lambda: pyzvr.convertIPAddrTo4U8(5), "value: .*int"),
+               (lambda: pyzvr.convertMACAddrTo6U8(None), "str_: .*NoneType"),
+               (lambda: pyzvr.convertDegToRad("1"), "degrees: .*str"),
+               (lambda: pyzvr.convertRadToDeg([]), "radians: .*list"),
+               (lambda: pyzvr.checkEachItemInRange(5), "int_list: .*int"),
+               (lambda: pyzvr.checkFuncPinMap(5, [], []), "cell: .*int"),
+               (lambda: pyzvr.checkPinMap(5, [], []), "cell_list: .*int"),
+               (lambda: pyzvr.checkFirmwareError("0"), "error_code: .*str"),
+               (lambda: pyzvr.checkFirmwareError(0.0), "error_code: .*float"), ]
 
 
 @pytest.mark.parametrize("call, text", WRONG_TYPES)
@@ -183,8 +200,9 @@ def test_wrong_types_are_told_by_name(call, text):
 
 
 def test_negative_positions_and_lengths_are_value_failures():
-    for call in (lambda: pyzvr.clearBit(1, -1), lambda: pyzvr.fillBit(1, -1), lambda: pyzvr.readBit(1, -1), lambda: pyzvr.adjustDataList([], -1),
-                 lambda: pyzvr.convertIntToBinaryList(1, -1), lambda: pyzvr.convertIndexListToInt([-1]), lambda: pyzvr.convertIntToIndexList(-1)):
+    for call in (lambda: pyzvr.clearBit(1, -1), lambda: pyzvr.fillBit(1, -1), lambda: pyzvr.readBit(1, -1),
+                 lambda: pyzvr.adjustDataList([], -1), lambda: pyzvr.convertIntToBinaryList(1, -1),
+                 lambda: pyzvr.convertIndexListToInt([-1]), lambda: pyzvr.convertIntToIndexList(-1)):
         with pytest.raises(ValueError, match=": .*negative"):
             call()
 
@@ -205,7 +223,8 @@ def test_numbers_are_read_one_by_one_whatever_their_memory_looks_like():
     assert pyzvr.convert2U8ToU16(memoryview(b"\x20\x15")) == pyzvr.convert2U8ToU16(bytearray(b"\x20\x15")) == 8213
     assert pyzvr.convert2U8ToU16(iter([Whole(32), True])) == 8193
     assert pyzvr.convertU8ListToStr(array.array("I", [65, 66])) == "AB"
-    assert pyzvr.convertU16To2U8(Whole(8213)) == [32, 21] and pyzvr.fillBit(Whole(1), Whole(1)) == 3
+    assert pyzvr.convertU16To2U8(Whole(8213)) == [32, 21]
+    assert pyzvr.fillBit(Whole(1), Whole(1)) == 3
     for value in (256, -1, 10**30):
         with pytest.raises(ValueError, match="int_list: item 1 "):
             pyzvr.convert2U8ToU16([0, value])
@@ -215,7 +234,8 @@ def test_numpys_integers_are_integers():
     numpy = pytest.importorskip("numpy")
     assert pyzvr.convert2U8ToU16(numpy.array([32, 21])) == 8213
     assert pyzvr.convertIntToBinaryList(numpy.uint8(5), numpy.int64(4)) == [1, 0, 1, 0]
-    assert pyzvr.clearBit(numpy.uint8(255), 0) == 254 and pyzvr.fillBit(numpy.int8(0), 100) == 1 << 100
+    assert pyzvr.clearBit(numpy.uint8(255), 0) == 254
+    assert pyzvr.fillBit(numpy.int8(0), 100) == 1 << 100
     with pytest.raises(pyzvr.InputTypeNotCorrectError) as failure:
         pyzvr.checkInputType(numpy.int64(1), int)
     assert "int64 came, int is wanted" in failure.value.__notes__[0]
@@ -224,11 +244,13 @@ def test_numpys_integers_are_integers():
 @pytest.mark.skipif(sys.version_info < (3, 11), reason="failures have no notes")
 def test_a_refused_type_is_told_in_a_note_and_the_message_stays():
     for value, wanted, text in ((Whole(1), int, "Whole came, int is wanted; int(value) makes a plain integer of it"),
-                                ("1", (int, float), "str came, int or float is wanted"), (1, {list}, "int came, list is wanted")):
+                                ("1", (int, float), "str came, int or float is wanted"), (1, {list},
+                                                                                          "int came, list is wanted")):
         with pytest.raises(pyzvr.InputTypeNotCorrectError) as failure:
             pyzvr.checkInputType(value, wanted)
         assert failure.value.__notes__[0].startswith(text)
-        assert failure.value.msg == pyzvr.InputTypeNotCorrectError.msg and failure.value.code == -8008
+        assert failure.value.msg == pyzvr.InputTypeNotCorrectError.msg
+        assert failure.value.code == -8008
 
 
 def test_a_pin_check_in_place_of_the_librarys_is_asked_for_each_cell():

@@ -22,10 +22,13 @@ def answering(bench):
 
 def test_it_is_a_coroutine_of_its_own_name(answering):
     coroutine = answering.DI_openPins_async(0, [0])
-    assert asyncio.iscoroutine(coroutine) and isinstance(coroutine, collections.abc.Coroutine)
+    assert asyncio.iscoroutine(coroutine)
+    assert isinstance(coroutine, collections.abc.Coroutine)
     assert inspect.isawaitable(coroutine)
     assert (coroutine.__name__, coroutine.__qualname__) == ("DI_openPins_async", "DIOModule_async.DI_openPins_async")
-    assert coroutine.cr_running is False and coroutine.cr_await is None and "DI_openPins_async" in repr(coroutine)
+    assert coroutine.cr_running is False
+    assert coroutine.cr_await is None
+    assert "DI_openPins_async" in repr(coroutine)
     assert asyncio.run(coroutine) == 0
     with pytest.raises(RuntimeError, match="cannot reuse already awaited coroutine"):
         asyncio.run(coroutine)
@@ -42,7 +45,8 @@ def test_tasks_gather_and_debug_mode(answering):
 
 
 def test_one_that_is_never_awaited_warns_and_a_closed_one_does_not(answering):
-    with pytest.warns(RuntimeWarning, match="coroutine 'SystemModule_async.Sys_getSerialNumber_async' was never awaited"):
+    with pytest.warns(RuntimeWarning,
+                      match="coroutine 'SystemModule_async.Sys_getSerialNumber_async' was never awaited"):
         answering.Sys_getSerialNumber_async()
         gc.collect()
     with warnings.catch_warnings():
@@ -89,7 +93,8 @@ def test_close_and_throw_end_a_suspended_one(bench):
     asyncio._set_running_loop(loop)
     try:
         first = bench._getReplyFromPool_async(122)
-        assert asyncio.isfuture(first.send(None)) and first.cr_await is not None
+        assert asyncio.isfuture(first.send(None))
+        assert first.cr_await is not None
         first.close()
         with pytest.raises(RuntimeError):
             first.send(None)

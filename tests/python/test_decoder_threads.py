@@ -6,7 +6,7 @@ import threading
 import warnings
 
 import pytest
-from fake_client import FakeClient, wired
+from fake_client import FakeClient, fake_device
 from forms import awaited
 from queue_support import A, B, FRAMES, LOCKS, OPENED, PATIENCE, RECORDS, ROW, SAMPLES, held, outcome, running, until
 
@@ -25,13 +25,14 @@ def warned():
 
 # The bodies of the threads, called by hand with whatever queue and lock.
 
-QUEUE_PAIRS = pytest.mark.parametrize("make", [queue.Queue, pyzvr.Fifo, pyzvr.ItemFifo, pyzvr.RowFifo], ids=lambda make: make.__name__)
+QUEUE_PAIRS = pytest.mark.parametrize("make", [queue.Queue, pyzvr.Fifo, pyzvr.ItemFifo, pyzvr.RowFifo],
+                                      ids=lambda make: make.__name__)
 
 
 @QUEUE_PAIRS
 @pytest.mark.parametrize("kind", LOCKS)
 def test_bytes_are_fed_by_hand(make, kind):
-    with wired("SableDio") as box:
+    with fake_device("SableDio") as box:
         lock, source, target = held(kind), make(), make()
         with running(box._UARTStreamThread, lock, source, target):
             source.put(b"ab")
@@ -47,7 +48,7 @@ def test_bytes_are_fed_by_hand(make, kind):
 
 @QUEUE_PAIRS
 def test_frames_are_fed_by_hand(make):
-    with wired("SableCan") as box:
+    with fake_device("SableCan") as box:
         box.can_lock.release()
         source, target = make(), make()
         box.can_frame_queue = target
@@ -65,14 +66,16 @@ def test_frames_are_fed_by_hand(make):
 
 @QUEUE_PAIRS
 def test_rows_are_fed_by_hand(make):
-    with wired("TarnAnalog") as box:
+    with fake_device("TarnAnalog") as box:
         box.ai_lock.release()
         sources, targets = [make(), make()], [make(), make()]
         with running(box._AIStreamThread, sources, targets):
             sources[0].put(SAMPLES * 3)
             sources[1].put(None)
             sources[1].put(SAMPLES)
-            assert [targets[0].get(timeout=PATIENCE) for _ in range(3)] == [ROW] * 3 and targets[1].get(timeout=PATIENCE) == ROW
+            assert [targets[0].get(timeout=PATIENCE)
+                    for _ in range(3)] == [ROW] * 3
+            assert targets[1].get(timeout=PATIENCE) == ROW
             box.ai_killed = True
         box.ai_killed = False
         sources[0].put(SAMPLES[:-1])
@@ -113,7 +116,7 @@ def test_matrices_are_written_by_hand(make, tmp_path):
 
 
 def test_every_byte_that_is_dropped_is_one_warning():
-    with wired("SableDio") as box, warned() as made:
+    with fake_device("SableDio") as box, warned() as made:
         source, target = queue.Queue(), queue.Queue(2)
         with running(box._UARTStreamThread, threading.Lock(), source, target) as thread:
             source.put(bytes(range(10)))
@@ -121,12 +124,13 @@ def test_every_byte_that_is_dropped_is_one_warning():
             box.uart_killed = True
             source.put(None)
             assert {ident for _, ident in made} == {thread.ident}
-    assert all("Occurrence UART queue overflow." in text for text, _ in made) and [target.get(), target.get()] == [0, 1]
+    assert all("Occurrence UART queue overflow." in text for text, _ in made)
+    assert [target.get(), target.get()] == [0, 1]
 
 
 @pytest.mark.parametrize("make", [lambda: queue.Queue(2), lambda: pyzvr.RowFifo(2)], ids=["foreign", "own"])
 def test_every_frame_that_is_dropped_is_one_warning(make):
-    with wired("SableCan", **OPENED) as box, warned() as made:
+    with fake_device("SableCan", **OPENED) as box, warned() as made:
         box.can_frame_queue = make()
         box.CAN_open(1)
         box.data_pool_strm[pyzvr.START_CAN].put(RECORDS)
@@ -134,25 +138,31 @@ def test_every_frame_that_is_dropped_is_one_warning(make):
         assert box.CAN_read(1, 5, 0.01) == FRAMES[:2]
         box.data_pool_strm[pyzvr.START_CAN].put(RECORDS)
         until(lambda: len(made) == 16)
-    assert all("Occurrence CAN queue overflow." in text for text, _ in made) and threading.get_ident() not in {ident for _, ident in made}
+    assert all("Occurrence CAN queue overflow." in text
+               for text, _ in made)
+    assert threading.get_ident() not in {ident
+                                                                      for _, ident in made}
     assert len(made) == 16
 
 
 @pytest.mark.parametrize("make", [lambda: queue.Queue(2), lambda: pyzvr.RowFifo(2)], ids=["foreign", "own"])
 def test_every_row_that_is_dropped_is_one_warning(make):
-    with wired("TarnAnalog", **OPENED) as box, warned() as made:
+    with fake_device("TarnAnalog", **OPENED) as box, warned() as made:
         box.ai_signal_queue_list[0] = make()
         box.AI_open(0)
         for _ in range(2):
             box.data_pool_strm[(pyzvr.START_AI_STREAMING, 0, 0)].put(SAMPLES * 5)
         until(lambda: len(made) == 8)
         assert box.AI_readStreaming(0, 5, 0.01) == [ROW] * 2
-    assert all("Occurrence AI queue overflow." in text for text, _ in made) and threading.get_ident() not in {ident for _, ident in made}
+    assert all("Occurrence AI queue overflow." in text
+               for text, _ in made)
+    assert threading.get_ident() not in {ident
+                                                                      for _, ident in made}
     assert len(made) == 8
 
 
 def test_markers_of_closing_have_been_taken(call):
-    with wired("SableCan", **OPENED) as box:
+    with fake_device("SableCan", **OPENED) as box:
         for _ in range(10):
             assert call(box, "UART_open", 1) == 0 == awaited(box, "UART_close", 1)  # the blocking form ends before
             assert call(box, "CAN_open", 1) == 0 == call(box, "CAN_close", 1)
@@ -163,7 +173,7 @@ def test_markers_of_closing_have_been_taken(call):
 @pytest.mark.parametrize("model, number", [("SableDio", 1), ("TarnAnalog", 0), ("SableCan", 1)])
 def test_queues_of_an_object_can_be_another_s(model, number, call):
     """Feeders and reads on queues of the host's own kind, put in place of what the object had."""
-    with wired(model, **OPENED) as box:
+    with fake_device(model, **OPENED) as box:
         if model == "SableDio":
             box.uart_p1_signal_queue = queue.Queue()
             box.uart_p1_signal_queue.put(65)
@@ -179,12 +189,16 @@ def test_queues_of_an_object_can_be_another_s(model, number, call):
             box.AI_open(0)
             box.ai_data_queue_list[0].put(SAMPLES * 3)
             until(lambda: box.ai_signal_queue_list[0].qsize() == 3)
-            assert call(box, "AI_readStreaming", 0, 2, 5) == [ROW] * 2 and call(box, "AI_readStreaming", 0, 2, 0.01) == [ROW]
+            assert call(box, "AI_readStreaming", 0, 2, 5) == [ROW] * 2
+            assert call(box, "AI_readStreaming", 0, 2,
+                                                                                0.01) == [ROW]
 
 
-def test_double_files_into_whatever_pool_the_object_has():
-    with wired("TarnDio") as box:
+def test_fake_client_files_into_whatever_pool_the_object_has():
+    with fake_device("TarnDio") as box:
         box.data_pool_echo = pool = {}
         box.client_cmd = FakeClient(box)
         box.client_cmd.replies = {pyzvr.GET_SERIAL_NUMBER: b"SN000001"}
-        assert box.Sys_getSerialNumber() == "SN000001" and box.data_pool_echo is pool and pool == {}
+        assert box.Sys_getSerialNumber() == "SN000001"
+        assert box.data_pool_echo is pool
+        assert pool == {}

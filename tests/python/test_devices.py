@@ -47,7 +47,8 @@ def test_messages_and_repeated_calls(peer, capsys):
     product.disconnect()
     product.connect(place, peer.port)
     product.connect("unreachable.invalid", 1)
-    assert product.ip_addr == place and product.connect_status_cmd is True
+    assert product.ip_addr == place
+    assert product.connect_status_cmd is True
     product.close(verbose=False)
     product.close()
     assert capsys.readouterr().out.splitlines() == [
@@ -55,7 +56,9 @@ def test_messages_and_repeated_calls(peer, capsys):
     other = pyzvr.TarnDioLite()
     other.close()
     assert capsys.readouterr().out.splitlines() == ["Opened handle (Tarn-Dio-Lite)", "Closed handle (Tarn-Dio-Lite)"]
-    assert product.killed and product.client_cmd is None and not product.recv_cmd_lock.locked()
+    assert product.killed
+    assert product.client_cmd is None
+    assert not product.recv_cmd_lock.locked()
     product.recv_cmd_thread.join(5)
     assert not product.recv_cmd_thread.is_alive()
     with pytest.raises(pyzvr.NetworkConnectionError):
@@ -67,7 +70,9 @@ def test_connect_fails_by_name_and_can_be_tried_again(box, peer):
         unused.bind(("127.0.0.1", 0))
         with pytest.raises(pyzvr.NetworkConnectionError, match="Please check network status and IP address"):
             box.connect("127.0.0.1", unused.getsockname()[1])
-    assert box.connect_status_cmd is False and box.recv_cmd_lock.locked() and box.ip_addr is None
+    assert box.connect_status_cmd is False
+    assert box.recv_cmd_lock.locked()
+    assert box.ip_addr is None
     for port, failure in ((70000, OverflowError), ("7", Exception)):
         with pytest.raises(failure):
             box.connect("127.0.0.1", port)
@@ -83,7 +88,8 @@ def test_reconnecting_keeps_the_stream_and_drops_stale_bytes_with_the_next_frame
     connection.sendall(b"\x02\x00\x09\x7aHALF")
     assert box.client_cmd.socket.getpeername() == ("127.0.0.1", peer.port)
     box.disconnect()
-    assert box.client_cmd.socket == 0 and box.connect_status_cmd is False
+    assert box.client_cmd.socket == 0
+    assert box.connect_status_cmd is False
     box.connect("127.0.0.1", peer.port)
     assert box.Sys_getSerialNumber() == "SN000001"
 
@@ -109,7 +115,8 @@ def test_a_frame_that_cannot_be_filed_ends_the_thread_with_a_report(box, peer, m
     peer.connection().sendall(bytes(box._preparePacket(pyzvr.START_UART_READING)))
     box.recv_cmd_thread.join(5)
     assert not box.recv_cmd_thread.is_alive()
-    assert reports[0].exc_type is IndexError and reports[0].thread.name == "_recvCMDThread"
+    assert reports[0].exc_type is IndexError
+    assert reports[0].thread.name == "_recvCMDThread"
     with pytest.raises(pyzvr.ReceivePacketTimeoutError):
         box.Sys_getSerialNumber(timeout=0.05)
 
@@ -140,10 +147,12 @@ def test_a_reset_peer_makes_disconnect_fail_and_close_still_ends_everything(peer
     for _ in range(2):
         with pytest.raises(pyzvr.NetworkConnectionLostError):
             product.disconnect()
-        assert product.connect_status_cmd is True and product.recv_cmd_lock.locked()
+        assert product.connect_status_cmd is True
+        assert product.recv_cmd_lock.locked()
     with pytest.raises(pyzvr.NetworkConnectionLostError):
         product.close()
-    assert product.killed and product.client_cmd is None
+    assert product.killed
+    assert product.client_cmd is None
     product.recv_cmd_thread.join(5)
     assert not product.recv_cmd_thread.is_alive()
 

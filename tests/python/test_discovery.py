@@ -67,7 +67,8 @@ def test_records_in_both_forms(finder):
     async def find():
         return await finder.Bcst_enumerateNetworkDevices_async()
 
-    assert asyncio.run(find()) == [] and finder.Bcst_enumerateNetworkDevices() == []
+    assert asyncio.run(find()) == []
+    assert finder.Bcst_enumerateNetworkDevices() == []
     assert finder.client_udp.sent == [b"\xfc\0"] * 6
     finder.client_udp.answers = [record(), record((10, 0, 0, 3), b"SN000002")]
     assert sorted(asyncio.run(find())) == [FIELDS, ["10.0.0.3", *FIELDS[1:4], "SN000002", *FIELDS[5:]]]
@@ -93,11 +94,15 @@ def test_commands_by_mac_address(finder, call):
     assert call(finder, "Bcst_checkMACAndSetIP", "10.0.0.9", MAC, "10.0.0.1", "255.0.0.0") == 0
 
 
-@pytest.mark.parametrize("operation, arguments, failure", [
-    ("Bcst_checkMACAndReboot", (MAC,), TypeError), ("Bcst_checkMACAndReboot", (5,), pyzvr.InputTypeNotCorrectError),
-    ("Bcst_checkMACAndRing", (None,), pyzvr.InputTypeNotCorrectError), ("Bcst_checkMACAndRing", ("0:g",), ValueError),
-    ("Bcst_checkMACAndSetIP", ("1.2.3", MAC, "x"), OSError), ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, 5), pyzvr.InputTypeNotCorrectError),
-    ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, "1.2.3.4", b"\xff"), pyzvr.InputTypeNotCorrectError)])
+@pytest.mark.parametrize("operation, arguments, failure",
+                         [("Bcst_checkMACAndReboot", (MAC,), TypeError),
+                          ("Bcst_checkMACAndReboot", (5,), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndRing", (None,), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndRing", ("0:g",), ValueError),
+                          ("Bcst_checkMACAndSetIP", ("1.2.3", MAC, "x"), OSError),
+                          ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, 5), pyzvr.InputTypeNotCorrectError),
+                          ("Bcst_checkMACAndSetIP",
+                           ("1.2.3.4", MAC, "1.2.3.4", b"\xff"), pyzvr.InputTypeNotCorrectError)])
 def test_bad_arguments_send_nothing(finder, call, operation, arguments, failure):
     with pytest.raises(failure):
         call(finder, operation, *arguments)
@@ -117,6 +122,9 @@ def test_simulated_devices_on_a_network_of_their_own():
     for model, address, mac, serial in DEVICES:
         assert found[mac][:2] in ([address, "255.255.255.0"], ["10.77.0.9", "255.255.255.0"])
         assert found[mac][3:5] == [labels[model], serial]
-    assert report["taken"] == "NetworkConnectionError" and report["serial"] == DEVICES[0][3]
-    assert report["ring"] == [1, 0] and report["nobody"] == report["move"] == report["blocking"] == "IndexError"
-    assert report["moved"] == ["10.77.0.9", "255.255.255.0"] and HERE
+    assert report["taken"] == "NetworkConnectionError"
+    assert report["serial"] == DEVICES[0][3]
+    assert report["ring"] == [1, 0]
+    assert report["nobody"] == report["move"] == report["blocking"] == "IndexError"
+    assert report["moved"] == ["10.77.0.9", "255.255.255.0"]
+    assert HERE

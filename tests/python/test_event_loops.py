@@ -228,7 +228,8 @@ def test_a_future_is_resolved_on_its_own_loop_only(bench, quick_switches):
     for thread in threads:
         thread.join()
     device.end()
-    assert resolved and all(resolved)
+    assert resolved
+    assert all(resolved)
 
 
 # What may go wrong in the middle.

@@ -30,11 +30,14 @@ def test_examples_run(example):
     assert ("Closed handle (" in done.stdout) == (example.name != "multimeter.py")
     if example.name == "demo.py":
         logged = re.findall(r"Logged (\d+) rows to (.*)", done.stdout)
-        assert [int(rows) for rows, _ in logged] == [60000, 10000, 20000, 4000] and "0 dropped" in done.stdout
+        assert [int(rows) for rows, _ in logged] == [60000, 10000, 20000, 4000]
+        assert "0 dropped" in done.stdout
         for rows, path in logged:
             lines = Path(path).read_text().splitlines()
-            assert len(lines) == int(rows) + 1 and lines[0].count("channel") == lines[-1].count(",") + 1
+            assert len(lines) == int(rows) + 1
+            assert lines[0].count("channel") == lines[-1].count(",") + 1
     if example.name == "discover.py":
-        assert "3 on the network, 0 on USB" in done.stdout and "SIM-0003" in done.stdout
+        assert "3 on the network, 0 on USB" in done.stdout
+        assert "SIM-0003" in done.stdout
     if example.name == "motion.py":
         assert len(re.findall(r"home: .* \[0, 0, 0, 0]\n +line: .* \[4000, 3000, 2000, 1000]", done.stdout)) == 2

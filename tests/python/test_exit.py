@@ -25,9 +25,14 @@ def leave(name, file):
     """Runs a scenario. Returns what it said, what it complained of, its code and the longest of its times."""
     model = SCENARIOS[name].model
     with running_simulator(model) if model else contextlib.nullcontext({}) as simulator:
-        process = subprocess.Popen(
-            [sys.executable, "-X", "faulthandler", "-W", "ignore::DeprecationWarning", LAB, name, str(file), *map(str, address_of(simulator))],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        process = subprocess.Popen([
+            sys.executable, "-X", "faulthandler", "-W", "ignore::DeprecationWarning", LAB, name,
+            str(file), *map(str, address_of(simulator))
+        ],
+                                   stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE,
+                                   text=True)
         try:
             out, errors = process.communicate(timeout=PATIENCE)
         except subprocess.TimeoutExpired:
@@ -49,7 +54,10 @@ def leave(name, file):
 def begun(request, tmp_path_factory):
     """The chosen scenarios, under way some at a time."""
     folder = tmp_path_factory.mktemp("exit")
-    chosen = [item.callspec.params["name"] for item in request.session.items if getattr(item, "originalname", "") == "test_leaving"]
+    chosen = [
+        item.callspec.params["name"] for item in request.session.items
+        if getattr(item, "originalname", "") == "test_leaving"
+    ]
     with concurrent.futures.ThreadPoolExecutor(2 * (os.cpu_count() or 1)) as executor:
         files = {name: folder / f"{number}.csv" for number, name in enumerate(chosen)}
         yield {name: (executor.submit(leave, name, file), file) for name, file in files.items()}

@@ -22,7 +22,8 @@ def test_there_are_115_classes_with_their_roots_and_constants():
     constants = {value for name, value in vars(pyzvr).items() if name.startswith(("err", "warn"))}
     assert constants == codes
     motion = [failure for failure in FAILURES if -9113 <= failure(silent=True).code <= -9100]
-    assert len(motion) == 14 and all(issubclass(failure, pyzvr.ZVRWarning) for failure in motion)
+    assert len(motion) == 14
+    assert all(issubclass(failure, pyzvr.ZVRWarning) for failure in motion)
     assert pyzvr.PAWLPortNotAvaliable().code == pyzvr.errCANPort == -8900
 
 
@@ -30,7 +31,8 @@ def test_a_class_tells_its_code_and_its_message():
     for failure in FAILURES:
         made = failure(silent=True)
         assert (failure.code, failure.msg) == (made.code, made.msg)
-    assert pyzvr.MotionAxisError.code == pyzvr.errMotionAxis and not hasattr(pyzvr.Error, "code")
+    assert pyzvr.MotionAxisError.code == pyzvr.errMotionAxis
+    assert not hasattr(pyzvr.Error, "code")
 
 
 def test_an_error_keeps_its_code_and_takes_a_message():
@@ -47,10 +49,12 @@ def test_an_error_keeps_its_code_and_takes_a_message():
     assert Mine(msg="x").code == -8100
 
 
-@pytest.mark.parametrize("status, failure", [
-    (10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"), (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
-    (80, "FirmwareParserError"), (14, "FirmwareOtherError"), (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
-    (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"), (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
+@pytest.mark.parametrize("status, failure", [(10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"),
+                                             (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
+                                             (80, "FirmwareParserError"), (14, "FirmwareOtherError"),
+                                             (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
+                                             (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"),
+                                             (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
 def test_firmware_status(status, failure):
     with pytest.raises(getattr(pyzvr, failure)):
         pyzvr.checkFirmwareError(status)
@@ -78,9 +82,11 @@ class Sharing(pyzvr.CANQueueOverflowWarning):
         pyzvr.AIQueueOverflowWarning("inner")
 
 
-@pytest.mark.parametrize("make, text", [
-    (pyzvr.AIQueueOverflowWarning, "Warning 520000: Occurrence AI queue overflow."), (Mine, "Warning 520000: Occurrence AI queue overflow."),
-    (lambda: Own("x"), "Warning 520000: x"), (lambda: pyzvr.ZVRWarning(7, "root"), "Warning 7: root"), (Sharing, "Warning 520000: inner")])
+@pytest.mark.parametrize("make, text", [(pyzvr.AIQueueOverflowWarning, "Warning 520000: Occurrence AI queue overflow."),
+                                        (Mine, "Warning 520000: Occurrence AI queue overflow."),
+                                        (lambda: Own("x"), "Warning 520000: x"),
+                                        (lambda: pyzvr.ZVRWarning(7, "root"), "Warning 7: root"),
+                                        (Sharing, "Warning 520000: inner")])
 def test_a_warning_names_the_line_that_made_it(capsys, make, text):
     def here():
         return make()
@@ -89,13 +95,20 @@ def test_a_warning_names_the_line_that_made_it(capsys, make, text):
         warnings.simplefilter("always")
         made = here()
     (warning,) = caught
-    assert warning.category is UserWarning and str(warning.message) == text and warning.filename == __file__
-    lines = {made.line} if make is Sharing else {here.__code__.co_firstlineno + 1, getattr(make, "__code__", here.__code__).co_firstlineno}
+    assert warning.category is UserWarning
+    assert str(warning.message) == text
+    assert warning.filename == __file__
+    lines = {made.line} if make is Sharing else {
+        here.__code__.co_firstlineno +
+        1, getattr(make, "__code__", here.__code__).co_firstlineno
+    }
     assert warning.lineno in lines
     # The stack ends in that line; its constructors are left out.
     frames = capsys.readouterr().out.rstrip().split("\n  File ")
-    assert f"{__file__}\", line {warning.lineno}, in " in frames[-1] and "in here" in "".join(frames[-3:])
-    assert ("in __init__" in frames[-1]) == (make is Sharing) and "traceback.py" not in "".join(frames[-4:])
+    assert f"{__file__}\", line {warning.lineno}, in " in frames[-1]
+    assert "in here" in "".join(frames[-3:])
+    assert ("in __init__" in frames[-1]) == (make is Sharing)
+    assert "traceback.py" not in "".join(frames[-4:])
 
 
 def test_what_reports_a_warning_is_looked_up_each_time(capsys):
@@ -107,7 +120,8 @@ def test_what_reports_a_warning_is_looked_up_each_time(capsys):
         pyzvr.printGenericError(pyzvr.Error(5, "five"))
     assert warn.mock_calls == [mock.call("Warning 520001: text", UserWarning, 1)]
     assert printer.mock_calls == [mock.call("one\n\ntwo\n"), mock.call("Error:Error 5: five")]
-    assert extract.call_count == 1 and form.mock_calls == [mock.call(stack)]
+    assert extract.call_count == 1
+    assert form.mock_calls == [mock.call(stack)]
     with pytest.warns(UserWarning):
         pyzvr.UARTQueueOverflowWarning()
     assert "in test_what_reports" in capsys.readouterr().out

@@ -9,13 +9,19 @@ import threading
 from unittest import mock
 
 import pytest
-from replacement import PATIENCE, SERIAL, factory_of, on_double, on_opened, on_peers, rows_pass, serial
+from replacement import PATIENCE, SERIAL, factory_of, on_fake_client, on_opened, on_peers, rows_pass, serial
 from queue_support import SAMPLES
 
 import pyzvr
 
-FIELD_MODELS = ["Device", "TarnDio", "HeronMixed", "SableCan", "SableMixed", "Drone", "Lattice", "Pawl", "DeviceFinder", "TarnAnalog24", "DataLogger"]
-OWN = {"killed", "data_pool_echo", "data_pool_strm", "data_pool_bcst", "ai_num_channels", "ai_ratio", "ai_killed", "uart_killed", "can_killed"}
+FIELD_MODELS = [
+    "Device", "TarnDio", "HeronMixed", "SableCan", "SableMixed", "Drone", "Lattice", "Pawl", "DeviceFinder",
+    "TarnAnalog24", "DataLogger"
+]
+OWN = {
+    "killed", "data_pool_echo", "data_pool_strm", "data_pool_bcst", "ai_num_channels", "ai_ratio", "ai_killed",
+    "uart_killed", "can_killed"
+}
 
 
 def fields_of(box):
@@ -40,8 +46,10 @@ def wrongs_of(model):
                 continue  # true by itself or by any other value it ends the threads: below
             try:
                 with mock.patch.object(box, name, value):
-                    check(name, f"patched with {value!r:.30}", getattr(box, name) is value or getattr(box, name) == value)
-                check(name, f"restored after {value!r:.30}", getattr(box, name) is before or getattr(box, name) == before)
+                    check(name, f"patched with {value!r:.30}",
+                          getattr(box, name) is value or getattr(box, name) == value)
+                check(name, f"restored after {value!r:.30}",
+                      getattr(box, name) is before or getattr(box, name) == before)
                 setattr(box, name, value)
                 check(name, f"set to {value!r:.30}", getattr(box, name) is value or getattr(box, name) == value)
                 setattr(box, name, before)
@@ -63,7 +71,8 @@ def wrongs_of(model):
     for name in fields_of(box):  # and nothing of it may crash what comes then
         with contextlib.suppress(Exception):
             delattr(box, name)
-    for action in ("Sys_getSerialNumber", "AI_readStreaming", "UART_read", "CAN_read", "connect", "_AI_free", "_CAN_free", "_UART_free", "disconnect", "close"):
+    for action in ("Sys_getSerialNumber", "AI_readStreaming", "UART_read", "CAN_read", "connect", "_AI_free",
+                   "_CAN_free", "_UART_free", "disconnect", "close"):
         with contextlib.suppress(Exception):
             getattr(box, action)(*{"AI_readStreaming": (0, 1), "UART_read": (1, 1), "CAN_read": (1, 1)}.get(action, ()))
     return wrongs
@@ -72,7 +81,11 @@ def wrongs_of(model):
 @pytest.mark.parametrize("model", FIELD_MODELS)
 def test_fields_are_plain(model):
     code = f"import sys, json, warnings; warnings.simplefilter('ignore'); import test_fields as t; wrongs = t.wrongs_of({model!r}); print(json.dumps(wrongs))"
-    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code], capture_output=True, text=True, timeout=60, cwd=__file__.rpartition("/")[0])
+    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
+                         capture_output=True,
+                         text=True,
+                         timeout=60,
+                         cwd=__file__.rpartition("/")[0])
     assert run.returncode == 0, run.stderr
     assert json.loads(run.stdout.splitlines()[-1]) == []
 
@@ -81,8 +94,10 @@ def test_killed_can_be_patched_and_the_threads_see_it():
     with on_peers(pyzvr.TarnDio) as box:
         assert serial(box) == SERIAL
         with mock.patch.object(box, "killed", False):
-            assert box.killed is False and serial(box) == SERIAL
-        assert box.killed is False and serial(box) == SERIAL
+            assert box.killed is False
+            assert serial(box) == SERIAL
+        assert box.killed is False
+        assert serial(box) == SERIAL
         with mock.patch.object(box, "killed", True):
             assert box.killed is True
             box.close()  # does nothing to an object that is closed
@@ -91,7 +106,8 @@ def test_killed_can_be_patched_and_the_threads_see_it():
     assert box.killed is True
 
 
-@pytest.mark.parametrize("field, threads", [("uart_killed", ("uart_p1_stream_thread", "uart_p2_stream_thread")), ("can_killed", ("can_stream_thread",))])
+@pytest.mark.parametrize("field, threads", [("uart_killed", ("uart_p1_stream_thread", "uart_p2_stream_thread")),
+                                            ("can_killed", ("can_stream_thread",))])
 def test_feeders_end_when_their_flag_is_set_by_hand(field, threads):
     with on_opened(factory_of({"uart_killed": "SableDio", "can_killed": "SableCan"}[field])) as box:
         setattr(box, field, True)
@@ -108,14 +124,18 @@ def test_channels_and_ratio_of_a_stream_are_those_of_now():
         rows_pass(box)
         with mock.patch.object(box, "ai_num_channels", 2), mock.patch.object(box, "ai_ratio", 2.0):
             box.ai_data_queue_list[0].put(SAMPLES)
-            assert [box.ai_signal_queue_list[0].get(timeout=PATIENCE) for _ in range(4)] == [[0.0, 2.0], [-2.0, 65534.0], [-65536.0, 0.0], [0.0, 0.0]]
+            assert [box.ai_signal_queue_list[0].get(timeout=PATIENCE) for _ in range(4)] == [[0.0,
+                                                                                              2.0], [-2.0, 65534.0],
+                                                                                             [-65536.0, 0.0],
+                                                                                             [0.0, 0.0]]
         rows_pass(box)
 
 
 def test_a_second_constructor_sets_the_plain_fields():
-    with on_double(pyzvr.TarnAnalog) as box:
+    with on_fake_client(pyzvr.TarnAnalog) as box:
         queues, threads = box.ai_signal_queue_list, box.ai_stream_thread
         box.ai_max_rate = box.ai_dict = box.ai_num_channels = box.ai_ratio = None
         pyzvr.AIModule.__init__(box, {0: [1]}, 5, 0.5, 3)
         assert (box.ai_dict, box.ai_max_rate, box.ai_ratio, box.ai_num_channels) == ({0: [1]}, 5, 0.5, 3)
-        assert box.ai_signal_queue_list is queues and box.ai_stream_thread is threads
+        assert box.ai_signal_queue_list is queues
+        assert box.ai_stream_thread is threads

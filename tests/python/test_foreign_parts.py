@@ -44,7 +44,9 @@ def test_an_operation_needs_pools_and_a_client_and_no_device(call, make):
             self.data_pool_echo, self.client_cmd = make(), Answering(self)
 
     box = Bare()
-    assert serial(box, call) == SERIAL and box.client_cmd.sent == [bytes(REQUEST)] and box.data_pool_echo == {}
+    assert serial(box, call) == SERIAL
+    assert box.client_cmd.sent == [bytes(REQUEST)]
+    assert box.data_pool_echo == {}
     if make is Asked:
         assert pyzvr.GET_SERIAL_NUMBER in box.data_pool_echo.asked
     box.client_cmd.replies = {}
@@ -68,11 +70,13 @@ def test_an_operation_needs_pools_and_a_client_and_no_device(call, make):
 def test_a_bus_needs_no_device():
     class Bare(pyzvr.SystemModule, pyzvr.CANModule):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.CANModule.__init__(self, {1: [(0, 0)]})
 
     box = Bare()
-    assert box.can_data_queue is box.data_pool_strm[pyzvr.START_CAN] and isinstance(box.can_data_queue, queue.Queue)
+    assert box.can_data_queue is box.data_pool_strm[pyzvr.START_CAN]
+    assert isinstance(box.can_data_queue, queue.Queue)
     assert box.CAN_open(1) == 0
     frames_pass(box)
     box._CAN_free()
@@ -83,7 +87,8 @@ def test_a_bus_needs_no_device():
 def test_a_serial_port_needs_no_device():
     class Bare(pyzvr.SystemModule, pyzvr.UARTModule):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.UARTModule.__init__(self, {1: [(0, 0)], 2: [(0, 1)]})
 
     box = Bare()
@@ -99,14 +104,17 @@ def test_a_serial_port_needs_no_device():
 def test_an_analog_input_needs_no_device():
     class Bare(pyzvr.AIModule, pyzvr.AIModule_async):
         def __init__(self):
-            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(queue.Queue), Answering(self)
+            self.data_pool_echo, self.data_pool_strm, self.client_cmd = {}, collections.defaultdict(
+                queue.Queue), Answering(self)
             pyzvr.AIModule.__init__(self, {0: [0]}, 1000, 10 / 32768, 8)
 
     box = Bare()
     box.ai_lock.release()
     rows_pass(box)
     box.ai_data_queue_list[0].put(SAMPLES * 3)
-    assert box.AI_readStreaming(0, 2, PATIENCE) == [ROW] * 2 and awaited(box, "AI_readStreaming", 0, 1, PATIENCE) == [ROW]
+    assert box.AI_readStreaming(0, 2, PATIENCE) == [ROW] * 2
+    assert awaited(box, "AI_readStreaming", 0, 1,
+                                                                         PATIENCE) == [ROW]
     box._AI_free()
     box.ai_stream_thread.join(PATIENCE)
     assert not box.ai_stream_thread.is_alive()
@@ -128,7 +136,10 @@ def test_a_broadcast_needs_no_device():
     box.data_pool_bcst[252].add(b"old")
     with mock.patch("asyncio.sleep", at_once):
         assert asyncio.run(box._broadcastPacket_async(252, [0])) is box.data_pool_bcst[252]
-    assert box.data_pool_bcst == {252: {b"record"}} and len(box.sent) == pyzvr.NUM_BCST_RETRIES and slept == [pyzvr.PACKET_TIMEOUT]
+    assert box.data_pool_bcst == {252: {b"record"}}
+    assert len(
+        box.sent) == pyzvr.NUM_BCST_RETRIES
+    assert slept == [pyzvr.PACKET_TIMEOUT]
 
 
 def test_a_device_takes_pools_of_the_host_s_kind(call):
@@ -137,7 +148,8 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
         for pool in ({}, Asked(), own, {}):
             box.data_pool_echo = pool
             for _ in range(3):
-                assert box.data_pool_echo is pool and serial(box, call) == SERIAL
+                assert box.data_pool_echo is pool
+                assert serial(box, call) == SERIAL
         streams, sets = collections.defaultdict(queue.Queue), collections.defaultdict(set)
         with mock.patch.object(box, "data_pool_strm", streams), mock.patch.object(box, "data_pool_bcst", sets):
             connection = box.link.peers[0].connection()
@@ -146,4 +158,6 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
             assert streams[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"data"
             until(lambda: sets == {pyzvr.GET_DEVICE_INFO: {b"data"}})
         connection.sendall(bytes(box._preparePacket(pyzvr.AHRS_START, b"\1more")))
-        assert box.data_pool_strm[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"more" and streams[pyzvr.AHRS_START].empty()
+        assert box.data_pool_strm[pyzvr.AHRS_START].get(
+            timeout=PATIENCE) == b"more"
+        assert streams[pyzvr.AHRS_START].empty()

@@ -54,8 +54,8 @@ print("the parent works")
 
 @pytest.mark.parametrize("end", ["exit", "_exit", "close", "drop", "disconnect", "again"])
 def test_a_forked_child_leaves_the_connection_to_its_parent(peer, end):
-    run = subprocess.run([sys.executable, "-W", "ignore", "-c", FORK, str(peer.port), end], capture_output=True, text=True,
-                         timeout=60)
+    run = subprocess.run(
+        [sys.executable, "-W", "ignore", "-c", FORK, str(peer.port), end], capture_output=True, text=True, timeout=60)
     assert run.returncode == 0 and "the parent works" in run.stdout, run.stdout + run.stderr
 
 

@@ -10,7 +10,7 @@ import warnings
 from unittest import mock
 
 import pytest
-from replacement import on_double, slept
+from replacement import on_fake_client, slept
 
 import pyzvr
 
@@ -60,7 +60,7 @@ async def no_sleep(seconds, result=None):
     return result
 
 
-HOST = {  # by name: a double, what the action gives with it, the action, what it gives by itself
+HOST = {  # by name: a substitute, what the action gives with it, the action, what it gives by itself
     "os.path.isfile": (lambda name: True, 0, finder_of_files, "IniFileNotFoundError"),
     "builtins.print": (lambda *words, **named: None, False, opened_handle, True),
     "warnings.warn": (lambda *arguments, **named: None, [], warned_text, ["Warning 520002: Occurrence CAN queue overflow."]),
@@ -79,15 +79,20 @@ HOST = {  # by name: a double, what the action gives with it, the action, what i
 @pytest.mark.parametrize("name", HOST)
 def test_a_function_of_the_host_is_the_one_of_now(name):
     code = f"import test_host_functions as t, warnings; warnings.simplefilter('ignore'); t.look_up({name!r})"
-    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code], capture_output=True, text=True, timeout=60, cwd=__file__.rpartition("/")[0])
+    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
+                         capture_output=True,
+                         text=True,
+                         timeout=60,
+                         cwd=__file__.rpartition("/")[0])
     assert run.returncode == 0, run.stderr
 
 
 def look_up(name):
     """In a process of its own, whose first use is that of the double."""
     double, replaced, action, own = HOST[name]
-    with on_double(pyzvr.Lattice) as box:
-        box.client_cmd.replies.update({pyzvr.SET_DEV_ALIAS & 255: b"\x15", pyzvr.SET_DEV_ALIAS: b"\x15", pyzvr.SET_DATE_TIME: b"\0"})
+    with on_fake_client(pyzvr.Lattice) as box:
+        box.client_cmd.replies.update(
+            {pyzvr.SET_DEV_ALIAS & 255: b"\x15", pyzvr.SET_DEV_ALIAS: b"\x15", pyzvr.SET_DATE_TIME: b"\0"})
         for _ in range(3):
             with mock.patch(name, double):
                 seen = name_of_failure(action, box)
@@ -106,10 +111,14 @@ def awaitables():
 def test_awaitable_forms_are_coroutine_functions():
     found = list(awaitables())
     assert len(found) > 300
-    wrong = [f"{class_.__name__}.{name}" for class_, name in found if not asyncio.iscoroutinefunction(getattr(class_, name))]
+    wrong = [
+        f"{class_.__name__}.{name}" for class_, name in found if not asyncio.iscoroutinefunction(getattr(class_, name))
+    ]
     assert wrong == []
     with pyzvr.TarnDio() as box:
-        assert asyncio.iscoroutinefunction(box.Sys_getSerialNumber_async) and not asyncio.iscoroutinefunction(box.Sys_getSerialNumber)
+        assert asyncio.iscoroutinefunction(
+            box.Sys_getSerialNumber_async)
+        assert not asyncio.iscoroutinefunction(box.Sys_getSerialNumber)
         if sys.version_info >= (3, 12):
             assert inspect.iscoroutinefunction(box.Sys_getSerialNumber_async)
 
@@ -117,11 +126,15 @@ def test_awaitable_forms_are_coroutine_functions():
 @pytest.mark.parametrize("where", ["instance", "class"])
 def test_awaitable_forms_are_replaced_by_awaitable_doubles(where):
     with pyzvr.TarnDio() as box:
-        with mock.patch.object(box if where == "instance" else pyzvr.TarnDio, "Sys_getSerialNumber_async", return_value="double") as double:
-            assert isinstance(double, mock.AsyncMock) and asyncio.run(box.Sys_getSerialNumber_async()) == "double"
+        with mock.patch.object(box if where == "instance" else pyzvr.TarnDio,
+                               "Sys_getSerialNumber_async",
+                               return_value="double") as double:
+            assert isinstance(double, mock.AsyncMock)
+            assert asyncio.run(box.Sys_getSerialNumber_async()) == "double"
             double.assert_awaited_once()
         with mock.patch.object(box, "Sys_getSerialNumber", return_value="double") as double:
-            assert not isinstance(double, mock.AsyncMock) and box.Sys_getSerialNumber() == "double"
+            assert not isinstance(double, mock.AsyncMock)
+            assert box.Sys_getSerialNumber() == "double"
         with mock.patch.object(pyzvr.SystemModule_async, "Sys_getSerialNumber_async", autospec=True) as double:
             double.return_value = "double"
             assert asyncio.run(box.Sys_getSerialNumber_async()) == "double"

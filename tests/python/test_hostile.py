@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from fake_client import wired
+from fake_client import fake_device
 
 import pyzvr
 
@@ -21,7 +21,11 @@ SEEDS = range(int(os.environ.get("HOSTILE_SEED", "1")), int(os.environ.get("HOST
 
 def walk(seed, folder):
     path = folder / f"{seed}.txt"
-    run = subprocess.run([sys.executable, LAB, str(path), str(seed), str(SECONDS)], capture_output=True, text=True, timeout=SECONDS * 2 + 60)
+    run = subprocess.run(
+        [sys.executable, LAB, str(path), str(seed), str(SECONDS)],
+        capture_output=True,
+        text=True,
+        timeout=SECONDS * 2 + 60)
     return run, path.read_text().strip() if path.exists() else "nothing"
 
 
@@ -57,8 +61,7 @@ SURVIVED = {
     "UART body on None": "pyzvr.SableDio()._UARTStreamThread(None, None, None)",
     "AI body on None": "box = pyzvr.TarnAnalog(); box.ai_lock.release(); box._AIStreamThread([None], [None])",
     "logger's body on None": "log = pyzvr.DataLogger(); log.save_data_lock.release(); log._saveStreamingDataThread(None)",
-    "FIFO of None": "pyzvr.Fifo.get(None)",
-    "size of None": "pyzvr.Fifo.qsize(None)",
+    "FIFO of None": "pyzvr.Fifo.get(None)", "size of None": "pyzvr.Fifo.qsize(None)",
     "gate of None": "pyzvr.Gate.acquire(None)",
     "runtime away": "box = pyzvr.TarnDio(); box._runtime = None; box.Sys_getSerialNumber(0.01)",
     "runtime away, pools": "box = pyzvr.TarnDio(); box._runtime = None; box.data_pool_echo; box._putToDataPool(5, b'')",
@@ -68,13 +71,11 @@ SURVIVED = {
     "constructor again": "box = pyzvr.SableCan()\nfor _ in range(20): box.__init__()\nbox.close()",
     "base constructor again": "box = pyzvr.SableCan()\nfor _ in range(20): pyzvr.Device.__init__(box); pyzvr.CANModule.__init__(box, {1: [(0, 0)]})\nbox.close()",
     "no chip selects": "box = pyzvr.Lattice(); box._echoPacketWithRetry = lambda *a, **k: b'\\0\\0'; box.AI_enableCS(1, [])\n"
-                       "import array; box.AI_readStreamingInto(1, array.array('d', bytes(800)), 0.01)",
+    "import array; box.AI_readStreamingInto(1, array.array('d', bytes(800)), 0.01)",
     "no channels": "box = pyzvr.TarnAnalog(); box.ai_num_channels = 0; box.ai_lock.release(); box.ai_data_queue_list[0].put(b'ab'); box.AI_readStreamingBlock(0, 5, 0.05)",
     "many channels": "box = pyzvr.TarnAnalog(); box.ai_num_channels = 2**62; box.ai_lock.release(); box.ai_data_queue_list[0].put(b'ab'); box.AI_readStreamingBlock(0, 5, 0.05)",
-    "many rows": "pyzvr.TarnAnalog().AI_readStreaming(0, 2**62, 0.01)",
-    "many bits": "pyzvr.clearBit('x', 2**63)",
-    "many bits of None": "pyzvr.fillBit(None, 2**63)",
-    "huge indices": "pyzvr.convertIndexListToInt([2**64])",
+    "many rows": "pyzvr.TarnAnalog().AI_readStreaming(0, 2**62, 0.01)", "many bits": "pyzvr.clearBit('x', 2**63)",
+    "many bits of None": "pyzvr.fillBit(None, 2**63)", "huge indices": "pyzvr.convertIndexListToInt([2**64])",
     "much to adjust": "pyzvr.adjustDataList(b'', 2**31)",
     "much to read": "import socket; a = socket.create_server(('127.0.0.1', 0)); c = pyzvr.TCPClient(); c.connect(*a.getsockname()); b, _ = a.accept(); b.sendall(b'x'); c.recvPacket(2**31)",
     "constructor in a field": "class F(float):\n    def __float__(self): box.__init__(); return 1.0\nbox = pyzvr.TarnAnalog(); box.ai_ratio = F(); box.AI_readStreaming(0, 1, 0.01)",
@@ -85,15 +86,23 @@ SURVIVED = {
 
 @pytest.fixture(scope="module")
 def survivors(request):
-    chosen = [item.callspec.params["name"] for item in request.session.items if getattr(item, "originalname", "").startswith("test_process_survives")]
+    chosen = [
+        item.callspec.params["name"] for item in request.session.items
+        if getattr(item, "originalname", "").startswith("test_process_survives")
+    ]
     with concurrent.futures.ThreadPoolExecutor(2) as executor:
         yield {name: executor.submit(single, name) for name in chosen}
 
 
 def single(name):
-    code = "import hostile_lab, pyzvr, warnings\nhostile_lab.limit_memory()\nwarnings.simplefilter('ignore')\n" + SURVIVED[name]
+    code = "import hostile_lab, pyzvr, warnings\nhostile_lab.limit_memory()\nwarnings.simplefilter('ignore')\n" + SURVIVED[
+        name]
     try:
-        return subprocess.run([sys.executable, "-X", "faulthandler", "-c", code], capture_output=True, text=True, timeout=15, cwd=Path(LAB).parent)
+        return subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
+                              capture_output=True,
+                              text=True,
+                              timeout=15,
+                              cwd=Path(LAB).parent)
     except subprocess.TimeoutExpired:
         return None
 
@@ -108,25 +117,34 @@ def test_process_survives(survivors, name):
 
 
 WRONG_TYPES = [  # a call, and the argument that its failure names
-    (lambda box: pyzvr.TarnDio().connect(None), "ip_addr"), (lambda box: pyzvr.TarnDio().connect("127.0.0.1", "7"), "port"), (lambda box: box.AI_readStreaming(0, 1e3), "num_samples"),
-    (lambda box: box.AI_readStreaming(0, "5"), "num_samples"), (lambda box: box.AI_readStreaming(0, 1, "x"), "delay"), (lambda box: box._preparePacket("x"), "cmd"),
-    (lambda box: box._preparePacket(122, 5), "data_out"), (lambda box: box._getReplyFromPool(5, "x"), "timeout"), (lambda box: box._echoPacketWithRetry(122, [], "x"), "timeout"),
-    (lambda box: box._getStreamingFromPool(box.data_pool_strm[1], "x", 0.1), "num_samples"), (lambda box: box._putToDataPool("x", b""), "cmd"),
-    (lambda box: pyzvr.TCPClient().connect(5, 7), "ip_addr"), (lambda box: pyzvr.TCPClient().connect("127.0.0.1", None), "port"), (lambda box: pyzvr.UARTClient().connect(5, 9600), "port"),
-    (lambda box: pyzvr.UARTClient().connect("/dev/null", "fast"), "baudrate"), (lambda box: pyzvr.TCPClient().recvPacket("x"), "length"), (lambda box: pyzvr.checkFirmwareError("x"), "error_code"),
-    (lambda box: box.Sys_getSerialNumber(timeout="x"), "timeout"), (lambda box: box.AI_readStreamingBlock(0, None), "num_samples"),
+    (lambda box: pyzvr.TarnDio().connect(None), "ip_addr"),
+    (lambda box: pyzvr.TarnDio().connect("127.0.0.1", "7"), "port"),
+    (lambda box: box.AI_readStreaming(0, 1e3), "num_samples"),
+    (lambda box: box.AI_readStreaming(0, "5"), "num_samples"), (lambda box: box.AI_readStreaming(0, 1, "x"), "delay"),
+    (lambda box: box._preparePacket("x"), "cmd"), (lambda box: box._preparePacket(122, 5), "data_out"),
+    (lambda box: box._getReplyFromPool(5, "x"), "timeout"),
+    (lambda box: box._echoPacketWithRetry(122, [], "x"), "timeout"),
+    (lambda box: box._getStreamingFromPool(box.data_pool_strm[1], "x", 0.1), "num_samples"),
+    (lambda box: box._putToDataPool("x", b""), "cmd"), (lambda box: pyzvr.TCPClient().connect(5, 7), "ip_addr"),
+    (lambda box: pyzvr.TCPClient().connect("127.0.0.1", None), "port"),
+    (lambda box: pyzvr.UARTClient().connect(5, 9600), "port"),
+    (lambda box: pyzvr.UARTClient().connect("/dev/null", "fast"), "baudrate"),
+    (lambda box: pyzvr.TCPClient().recvPacket("x"), "length"),
+    (lambda box: pyzvr.checkFirmwareError("x"), "error_code"),
+    (lambda box: box.Sys_getSerialNumber(timeout="x"), "timeout"),
+    (lambda box: box.AI_readStreamingBlock(0, None), "num_samples"),
 ]
 
 
 @pytest.mark.parametrize("number", range(len(WRONG_TYPES)))
 def test_wrong_types_are_told_by_the_argument_s_name(number):
     act, argument = WRONG_TYPES[number]
-    with wired("TarnAnalog") as box, pytest.raises(TypeError, match=rf"\b{argument}\b"):
+    with fake_device("TarnAnalog") as box, pytest.raises(TypeError, match=rf"\b{argument}\b"):
         act(box)
 
 
 def test_can_read_wants_a_number():
-    with wired("SableCan") as box, pytest.raises(TypeError, match="num_frames"):
+    with fake_device("SableCan") as box, pytest.raises(TypeError, match="num_frames"):
         box.CAN_read(1, "x")
 
 
@@ -147,11 +165,13 @@ class Numbered:
 def sequences():
     import array
 
-    yield from ([1, 2], (1, 2), b"\1\2", bytearray(b"\1\2"), memoryview(b"\1\2"), array.array("i", [1, 2]), array.array("H", [1, 2]), memoryview(array.array("i", [1, 2])),
-                memoryview(b"\1\0\2\0")[::2], range(1, 3), [True, Numbered(2)])
+    yield from ([1, 2], (1, 2), b"\1\2", bytearray(b"\1\2"), memoryview(b"\1\2"), array.array("i", [1, 2]),
+                array.array("H", [1, 2]), memoryview(array.array("i", [1, 2])), memoryview(b"\1\0\2\0")[::2],
+                range(1, 3), [True, Numbered(2)])
     numpy = pytest.importorskip("numpy") if "numpy" in sys.modules else None
     if numpy:
-        yield from (numpy.array([1, 2]), numpy.array([1, 2], numpy.uint8), numpy.array([[1, 0], [2, 0]])[:, 0], [numpy.uint8(1), numpy.int64(2)])
+        yield from (numpy.array([1, 2]), numpy.array([1, 2], numpy.uint8), numpy.array([[1, 0], [2, 0]])[:, 0],
+                    [numpy.uint8(1), numpy.int64(2)])
 
 
 def test_numbers_in_sequences_are_read_item_by_item():
@@ -162,7 +182,7 @@ def test_numbers_in_sequences_are_read_item_by_item():
     except ImportError:
         pass  # what the host has will do
     for data in sequences():
-        with wired("TarnDio") as box:
+        with fake_device("TarnDio") as box:
             assert box._preparePacket(122, data) == [2, 0, 3, 122, 1, 2, 13, 10], repr(data)
             box._sendPacketWithoutReply(122, data)
             assert box.client_cmd.sent == [(122, b"\1\2")], repr(data)
@@ -206,17 +226,27 @@ def test_no_object_crashes_when_it_is_pickled_or_copied():
     names = list(kinds())
     parts = [names[begin::8] for begin in range(8)]
     with concurrent.futures.ThreadPoolExecutor(2) as executor:
-        runs = list(executor.map(lambda part: subprocess.run([sys.executable, "-X", "faulthandler", "-c", PICKLED, *part], capture_output=True, text=True, timeout=60), parts))
+        runs = list(
+            executor.map(
+                lambda part: subprocess.run([sys.executable, "-X", "faulthandler", "-c", PICKLED, *part],
+                                            capture_output=True,
+                                            text=True,
+                                            timeout=60), parts))
     crashed = [(run.returncode, run.stderr.splitlines()[-12:]) for run in runs if run.returncode]
     assert crashed == []
     assert [run.stdout for run in runs] == ["[]"] * 8
 
 
-@pytest.mark.parametrize("make", [lambda: pyzvr.TarnDio(), lambda: pyzvr.Drone(), lambda: pyzvr.DeviceFinder(), lambda: pyzvr.DataLogger()], ids=["TarnDio", "Drone", "DeviceFinder", "DataLogger"])
+@pytest.mark.parametrize(
+    "make", [lambda: pyzvr.TarnDio(), lambda: pyzvr.Drone(), lambda: pyzvr.DeviceFinder(), lambda: pyzvr.DataLogger()],
+    ids=["TarnDio", "Drone", "DeviceFinder", "DataLogger"])
 def test_what_holds_a_link_is_not_copied_and_says_what_to_do(make):
     box = make()
-    for act in (copy.copy, copy.deepcopy, *(lambda box, protocol=protocol: pickle.dumps(box, protocol) for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
-        with pytest.raises(TypeError, match=rf"(?is)(?=.*\b{type(box).__name__}\b).*\b(make|create|construct|connect|instead|own)\b"):
+    for act in (copy.copy, copy.deepcopy, *(lambda box, protocol=protocol: pickle.dumps(box, protocol)
+                                            for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
+        with pytest.raises(
+                TypeError,
+                match=rf"(?is)(?=.*\b{type(box).__name__}\b).*\b(make|create|construct|connect|instead|own)\b"):
             act(box)
     getattr(box, "close", getattr(box, "_Logger_close", None))(verbose=False)
 
@@ -224,9 +254,14 @@ def test_what_holds_a_link_is_not_copied_and_says_what_to_do(make):
 def test_values_are_copied_and_pickled():
     for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, True)):
         frame.note = "kept"
-        for again in (copy.copy(frame), copy.deepcopy(frame), *(pickle.loads(pickle.dumps(frame, protocol)) for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
-            assert again == frame and again is not frame and again.frame_in_list == frame.frame_in_list and again.note == "kept"
+        for again in (copy.copy(frame), copy.deepcopy(frame), *(pickle.loads(pickle.dumps(frame, protocol))
+                                                                for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
+            assert again == frame
+            assert again is not frame
+            assert again.frame_in_list == frame.frame_in_list
+            assert again.note == "kept"
     for failure in (pyzvr.InputDataNotInRangeError("port"), pyzvr.ReceivePacketTimeoutError(), pyzvr.Error(5, "five")):
         for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
             again = pickle.loads(pickle.dumps(failure, protocol))
-            assert (type(again), str(again), again.code, again.msg) == (type(failure), str(failure), failure.code, failure.msg)
+            assert (type(again), str(again), again.code, again.msg) == (type(failure), str(failure), failure.code,
+                                                                        failure.msg)

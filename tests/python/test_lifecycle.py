@@ -68,7 +68,8 @@ except KeyboardInterrupt:
 
 def test_the_module_exports_one_function():
     library = Path(pyzvr.__file__)
-    assert library.name.startswith("__init__.") and (library.parent / "py.typed").exists()
+    assert library.name.startswith("__init__.")
+    assert (library.parent / "py.typed").exists()
     symbols = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True, check=True).stdout
     names = [line.split()[-1] for line in symbols.splitlines()]
     assert [name for name in names if not name.startswith("_ZSt") and "@" not in name] == ["PyInit_pyzvr"]
@@ -96,11 +97,13 @@ def test_every_callable_has_a_signature_and_a_docstring_that_tells_its_parameter
                 assert f"    {parameter} (" in documented, name
         member = name.partition("Module.")[2]
         # What needs no device has one form; so has the drone.
-        if not member or member.startswith(("__", "_check", "_ckeck", "_AI_getPinMapPort", "AI_getBacklog", "AI_getDroppedRows",
-                                            "Bcst_enumerateUSBDevices", "Drone_", "_Drone_", "_Motion_INI_")):
+        if not member or member.startswith(
+            ("__", "_check", "_ckeck", "_AI_getPinMapPort", "AI_getBacklog", "AI_getDroppedRows",
+             "Bcst_enumerateUSBDevices", "Drone_", "_Drone_", "_Motion_INI_")):
             continue
-        has_limit = not member.startswith(("Bcst_", "AI_readStreaming", "AO_startStreaming", "UART_read", "_UART_startReading", "CAN_read",
-                                           "Motion_openCfgFile", "Motion_saveCfgFile"))
+        has_limit = not member.startswith(
+            ("Bcst_", "AI_readStreaming", "AO_startStreaming", "UART_read", "_UART_startReading", "CAN_read",
+             "Motion_openCfgFile", "Motion_saveCfgFile"))
         assert (parameters[-1] == "timeout") == has_limit, name
         twin = name.replace("Module.", "Module_async.") + "_async"
         twin = found[twin.replace("readAcceleration", "readAccleration").replace("setTau_async", "setTau")]
@@ -116,5 +119,7 @@ def test_calls_bind_like_those_of_python(bench):
                                    ((0, [0]), {"x": 1}, "unexpected keyword argument 'x'")]:
         with pytest.raises(TypeError, match=text):
             bench.DI_openPins(*arguments, **named)
-    assert bench.DI_openPins.__self__ is bench and pyzvr.DIOModule.DI_openPins.__qualname__ == "DIOModule.DI_openPins"
-    assert os.linesep and "Opens pins as digital inputs" in pyzvr.DIOModule.DI_openPins.__doc__
+    assert bench.DI_openPins.__self__ is bench
+    assert pyzvr.DIOModule.DI_openPins.__qualname__ == "DIOModule.DI_openPins"
+    assert os.linesep
+    assert "Opens pins as digital inputs" in pyzvr.DIOModule.DI_openPins.__doc__

@@ -57,7 +57,8 @@ def test_looks_at_the_stream_while_the_receive_thread_runs():
         stop.set()
         for thread in threads:
             thread.join(10)
-        assert failures == [] and box.recv_cmd_thread.is_alive()
+        assert failures == []
+        assert box.recv_cmd_thread.is_alive()
     flooding.close()
 
 
@@ -138,13 +139,15 @@ def test_finder_with_a_timeout_and_silence_hears_on():
         target = finder.client_udp.socket.getsockname()
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
             # What anybody may send: nothing, a frame without data, streamed codes too short for their key.
-            for noise in (b"", b"\x02\x00\x01\xfc\r\n", b"\x02\x00\x01\x81\r\n", b"\x02\x00\x02\xb7\x00\r\n", b"\r\n" * 100):
+            for noise in (b"", b"\x02\x00\x01\xfc\r\n", b"\x02\x00\x01\x81\r\n", b"\x02\x00\x02\xb7\x00\r\n",
+                          b"\r\n" * 100):
                 sender.sendto(noise, target)
             deadline = time.monotonic() + 10
             while not (records := list(finder.data_pool_bcst[pyzvr.GET_DEVICE_INFO])) and time.monotonic() < deadline:
                 sender.sendto(reply, target)
                 time.sleep(0.01)
-        assert bytes(records[0]) == b"ABCDEFGHIJ" and finder.recv_udp_thread.is_alive()
+        assert bytes(records[0]) == b"ABCDEFGHIJ"
+        assert finder.recv_udp_thread.is_alive()
 
 
 def cpu_of_threads_besides_this_one(seconds):

@@ -7,8 +7,8 @@ import time
 from unittest import mock
 
 import pytest
+from fake_analog import fake_device, frames, row, volts
 from logger_support import content, plain, slow_file, slow_queue, slow_writer
-from test_analog import frames, row, volts, wired
 
 import pyzvr
 
@@ -17,16 +17,22 @@ def test_rows_queued_before_and_after_opening_reach_the_file_in_order(logger, tm
     path = tmp_path / "log.csv"
     logger.Logger_writeHeader(["time", "größe"])
     logger.Logger_writeList([1, 2.5])
-    assert logger.f_handle is None and logger.save_data_queue.qsize() == 2 and logger.save_data_lock.locked()
+    assert logger.f_handle is None
+    assert logger.save_data_queue.qsize() == 2
+    assert logger.save_data_lock.locked()
     logger.Logger_openFile(str(path))
     logger.Logger_write2DList([["a,b", 'quoted "x"'], ["c\nd", ""]])
     logger.Logger_writeValue(7)
     logger.Logger_flush()
     expected = [["time", "größe"], ["1", "2.5"], ["a,b", 'quoted "x"'], ["c\nd", ""], ["7"]]
-    assert content(path) == expected and path.read_bytes().startswith("time,größe\r\n".encode())
-    assert capsys.readouterr().out == f"Opened file name: ({path})\n" and logger.filename == str(path)
+    assert content(path) == expected
+    assert path.read_bytes().startswith("time,größe\r\n".encode())
+    assert capsys.readouterr().out == f"Opened file name: ({path})\n"
+    assert logger.filename == str(path)
     logger._Logger_close()
-    assert logger.f_handle is None and logger.killed and content(path) == expected
+    assert logger.f_handle is None
+    assert logger.killed
+    assert content(path) == expected
     logger.save_data_thread.join(5)
     assert not logger.save_data_thread.is_alive()
 
@@ -41,7 +47,8 @@ def test_files_are_added_to_or_cleared_and_changed_in_between(logger, tmp_path):
     logger.Logger_writeValue("new")
     assert content(first) == [["old"], *([str(number)] for number in range(1000))]
     logger.Logger_openFile(str(first), clear_old=True, verbose=False)
-    assert content(second) == [["new"]] and content(first) == []
+    assert content(second) == [["new"]]
+    assert content(first) == []
 
 
 def test_closing_loses_nothing_and_dropping_neither(tmp_path):
@@ -58,7 +65,8 @@ def test_closing_loses_nothing_and_dropping_neither(tmp_path):
         gc.collect()
         thread.join(20)
         gc.collect()
-        assert not thread.is_alive() and len(content(path)) == 5000
+        assert not thread.is_alive()
+        assert len(content(path)) == 5000
 
 
 def test_closing_without_a_file_does_not_wait():
@@ -66,12 +74,13 @@ def test_closing_without_a_file_does_not_wait():
     box.Logger_writeValue(1)
     box.close()
     box.save_data_thread.join(5)
-    assert not box.save_data_thread.is_alive() and not hasattr(pyzvr.Pawl, "Logger_openFile")
+    assert not box.save_data_thread.is_alive()
+    assert not hasattr(pyzvr.Pawl, "Logger_openFile")
 
 
 def test_blocks_are_written_as_they_are(tmp_path):
     path = tmp_path / "log.csv"
-    with wired("TarnAnalog") as box:
+    with fake_device("TarnAnalog") as box:
         box.AI_open(0)
         frames(box, *[row(i) for i in range(700)])
         box.Logger_openFile(str(path), verbose=False)
@@ -90,10 +99,12 @@ def test_disk_failures_are_reported_once_and_counted(logger, monkeypatch):
     logger.Logger_writeValue("what waits to be flushed")
     with pytest.raises(OSError):
         logger.Logger_flush()
-    assert reports == [(OSError, "_saveStreamingDataThread")] and logger.Logger_getLostWrites() >= 2
+    assert reports == [(OSError, "_saveStreamingDataThread")]
+    assert logger.Logger_getLostWrites() >= 2
     with pytest.raises(OSError):
         logger._Logger_close()
-    assert logger.f_handle is None and logger.killed
+    assert logger.f_handle is None
+    assert logger.killed
 
 
 def test_file_that_cannot_be_opened_changes_nothing(logger, tmp_path):
@@ -103,12 +114,15 @@ def test_file_that_cannot_be_opened_changes_nothing(logger, tmp_path):
         logger.Logger_openFile(str(tmp_path / "no" / "such"), verbose=False)
     logger.Logger_writeValue(1)
     logger.Logger_flush()
-    assert content(path) == [["1"]] and logger.filename == str(path)
+    assert content(path) == [["1"]]
+    assert logger.filename == str(path)
 
 
 def test_own_queue_of_a_test_is_looked_at_through_the_object(logger):
     logger.save_data_queue.put("rows")
-    assert logger.save_data_queue.get() == "rows" and logger.save_data_queue.empty() and logger.queue_timeout == 999999
+    assert logger.save_data_queue.get() == "rows"
+    assert logger.save_data_queue.empty()
+    assert logger.queue_timeout == 999999
 
 
 @pytest.mark.parametrize("make_slow", [plain, slow_queue, slow_writer, slow_file])
@@ -159,7 +173,8 @@ def writers_of(logger, count, stop, backlog):
 
 
 @pytest.mark.parametrize("make_slow", [plain, slow_queue])
-def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(tmp_path, logger, monkeypatch, make_slow):
+def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(tmp_path, logger, monkeypatch,
+                                                                               make_slow):
     make_slow(monkeypatch, logger)
     paths = [tmp_path / f"{i}.csv" for i in range(60 if make_slow is plain else 8)]
     logger.Logger_openFile(str(paths[0]), True, False)
@@ -177,7 +192,8 @@ def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(t
     rows = [tuple(map(int, row)) for path in paths for row in content(path)]
     for me, count in enumerate(written):
         assert [number for writer, number in rows if writer == me] == list(range(count))
-    assert len(rows) == sum(written) and logger.Logger_getLostWrites() == 0
+    assert len(rows) == sum(written)
+    assert logger.Logger_getLostWrites() == 0
 
 
 def test_the_open_file_opened_again_is_closed_first(tmp_path, logger):

@@ -21,11 +21,17 @@ def test_a_second_constructor_keeps_the_thread_and_loses_nothing(tmp_path, logge
     logger.Logger_openFile(str(path), verbose=False)
     logger.Logger_writeValue(1)
     logger.__init__()
-    assert content(path) == [["1"]] and logger.f_handle is None and logger.filename is None
-    assert logger.save_data_thread is thread and logger.save_data_queue is rows and logger.save_data_lock.locked()
+    assert content(path) == [["1"]]
+    assert logger.f_handle is None
+    assert logger.filename is None
+    assert logger.save_data_thread is thread
+    assert logger.save_data_queue is rows
+    assert logger.save_data_lock.locked()
     logger._Logger_close()
     logger.__init__()
-    assert not logger.killed and logger.save_data_thread is not thread and logger.save_data_thread.is_alive()
+    assert not logger.killed
+    assert logger.save_data_thread is not thread
+    assert logger.save_data_thread.is_alive()
 
 
 def test_a_logger_that_the_collector_takes_writes_what_is_queued(tmp_path, monkeypatch):
@@ -42,7 +48,8 @@ def test_a_logger_that_the_collector_takes_writes_what_is_queued(tmp_path, monke
         del logger
         gc.collect()
         thread.join(20)
-        assert file.closed and content(path) == [[str(number)] for number in range(200)]
+        assert file.closed
+        assert content(path) == [[str(number)] for number in range(200)]
 
 
 @pytest.mark.parametrize("foreign", [False, True])
@@ -65,7 +72,9 @@ def test_a_dropped_logger_writes_what_is_queued_and_ends_whatever_refers_to_it(t
         while gone() is not None:
             gc.collect()
         thread.join(20)
-        assert not thread.is_alive() and file.closed and rows[len(rows) - count:] == [[[i]] for i in range(count)]
+        assert not thread.is_alive()
+        assert file.closed
+        assert rows[len(rows) - count:] == [[[i]] for i in range(count)]
 
 
 def test_an_idle_thread_does_not_keep_its_object(tmp_path):
@@ -156,7 +165,8 @@ def test_ctrl_c_ends_that_wait_and_tells_what_is_lost(tmp_path):
     path = tmp_path / "log.csv"
     status, out, errors = leave(path, "put()", "signal")
     told = re.fullmatch(rf"pyzvr: interrupted, up to (\d+) rows that were queued for '{path}' are lost\n", errors)
-    assert (status, out) == (0, "") and told
+    assert (status, out) == (0, "")
+    assert told
     rows = content(path)
     assert rows == [[str(number)] for number in range(len(rows))]
     assert 100 * 100 <= len(rows) < 200000 <= len(rows) + int(told[1]) <= 200000 + 100
@@ -172,7 +182,8 @@ def test_ctrl_c_ends_that_wait_and_tells_what_is_lost(tmp_path):
 def test_leaving_the_interpreter_waits_for_no_more_than_an_open_file(tmp_path, code):
     began = time.monotonic()
     status, out, _ = leave(tmp_path / "log.csv", code)
-    assert (status, out) == (0, "") and time.monotonic() - began < 20
+    assert (status, out) == (0, "")
+    assert time.monotonic() - began < 20
 
 
 def test_a_forked_child_writes_nothing_and_waits_for_nothing(tmp_path):

@@ -16,7 +16,8 @@ def test_steps_of_the_host_are_those_of_now(tmp_path, logger):
     path = str(tmp_path / "log.csv")
     with mock.patch("csv.writer") as make:
         logger.Logger_openFile(path, verbose=False)
-        assert logger.writer_csv is make.return_value and make.call_args == mock.call(logger.f_handle)
+        assert logger.writer_csv is make.return_value
+        assert make.call_args == mock.call(logger.f_handle)
     logger.Logger_openFile(path, verbose=False)
     logger.Logger_writeValue("real")
     with mock.patch("builtins.open", side_effect=PermissionError), pytest.raises(PermissionError):
@@ -41,7 +42,8 @@ def test_rows_go_through_the_writer_of_now(tmp_path, logger):
         assert rows == [[[0]], [[1]]]
     logger.Logger_writeValue(2)
     logger.Logger_flush()
-    assert content(path) == [["0"], ["2"]] and vars(logger)["writer_csv"] is logger.writer_csv
+    assert content(path) == [["0"], ["2"]]
+    assert vars(logger)["writer_csv"] is logger.writer_csv
     # Rows wait while there is none.
     del logger.writer_csv
     assert not hasattr(logger, "writer_csv")
@@ -90,7 +92,8 @@ def test_queue_and_lock_may_be_those_of_the_host(tmp_path):
         gate.acquire()
         logger._Logger_close()
         logger.save_data_thread.join(20)
-        assert not logger.save_data_thread.is_alive() and logger.killed
+        assert not logger.save_data_thread.is_alive()
+        assert logger.killed
         assert content(path)[:22] == [["in the first queue"], ["before"], *([str(i)] for i in range(20))]
 
 
@@ -101,13 +104,15 @@ def test_locks_and_queues_without_a_file_hold_nothing_up():
     logger.Logger_writeValue("fills it")
     logger._Logger_close()
     logger.save_data_thread.join(20)
-    assert not logger.save_data_thread.is_alive() and logger.Logger_getLostWrites() == 1
+    assert not logger.save_data_thread.is_alive()
+    assert logger.Logger_getLostWrites() == 1
     with mock.patch.object(pyzvr.DataLogger, "_saveStreamingDataThread"):
         silent = pyzvr.DataLogger()
     silent.save_data_queue, silent.save_data_lock = mock.MagicMock(), mock.MagicMock()
     silent.f_handle, silent.writer_csv = mock.MagicMock(), mock.MagicMock()
     silent._Logger_close()
-    assert silent.f_handle is None and silent.save_data_queue.put.call_args == mock.call(None)
+    assert silent.f_handle is None
+    assert silent.save_data_queue.put.call_args == mock.call(None)
 
 
 class Bare(pyzvr.DataLogger):
@@ -151,11 +156,15 @@ def test_the_body_takes_any_queue(tmp_path, make):
 def test_without_the_constructor_and_its_thread_everything_is_as_it_is_written(tmp_path, capsys):
     logger = Bare()
     logger.Logger_openFile(str(tmp_path / "log.csv"))
-    assert "Opened" in capsys.readouterr().out and not logger.save_data_lock.locked()
+    assert "Opened" in capsys.readouterr().out
+    assert not logger.save_data_lock.locked()
     logger.Logger_writeHeader(["a"])
-    assert logger.save_data_queue.get() == [["a"]] and logger.Logger_getLostWrites() == 0
+    assert logger.save_data_queue.get() == [["a"]]
+    assert logger.Logger_getLostWrites() == 0
     logger._Logger_close()
-    assert logger.killed and logger.save_data_queue.get() is None and not hasattr(logger, "_runtime")
+    assert logger.killed
+    assert logger.save_data_queue.get() is None
+    assert not hasattr(logger, "_runtime")
 
 
 class OwnBody(pyzvr.DataLogger):
@@ -190,7 +199,8 @@ def test_a_replaced_body_is_what_the_thread_runs(tmp_path, make, title):
         logger._Logger_close()
         assert content(path) == [[*title, str(value)] for value in range(number % 4)]
         logger.save_data_thread.join(10)
-        assert not logger.save_data_thread.is_alive() and logger.ran is logger.save_data_queue
+        assert not logger.save_data_thread.is_alive()
+        assert logger.ran is logger.save_data_queue
     with mock.patch.object(pyzvr.DataLogger, "_saveStreamingDataThread") as body:
         logger = pyzvr.DataLogger()
     logger.save_data_thread.join(10)
@@ -200,10 +210,12 @@ def test_a_replaced_body_is_what_the_thread_runs(tmp_path, make, title):
 def test_killed_is_a_plain_field(logger):
     with mock.patch.object(logger, "killed", True):
         assert logger.killed is True
-    assert logger.killed is False and vars(logger)["killed"] is False
+    assert logger.killed is False
+    assert vars(logger)["killed"] is False
     logger.killed = True
     logger.Logger_writeValue(1)
     logger.writer_csv = rows = Rows()
     logger.save_data_lock.release()
     logger.save_data_thread.join(10)
-    assert not logger.save_data_thread.is_alive() and rows == [[[1]]]
+    assert not logger.save_data_thread.is_alive()
+    assert rows == [[[1]]]

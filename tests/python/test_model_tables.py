@@ -6,7 +6,7 @@ import subprocess
 import warnings
 
 import pytest
-from fake_client import FakeClient, wired
+from fake_client import FakeClient, fake_device
 from simulators import connected, simulator_program
 
 import pyzvr
@@ -184,7 +184,7 @@ def test_an_input_of_no_model_has_the_defaults(call):
 
 
 def test_the_state_of_a_sensor_is_asked_for_as_the_name_says_now(call, monkeypatch):
-    with wired("TarnThermo", GET_THERMAL_STATUS=b"\1\0\3\4") as box:
+    with fake_device("TarnThermo", GET_THERMAL_STATUS=b"\1\0\3\4") as box:
         assert call(box, "Thermal_getStatus", 1, 0) == b"\3\4"
         monkeypatch.setitem(pyzvr.LABEL_DICT, "TarnThermo", "Sable-Thermo")
         assert call(box, "Thermal_getStatus", 1, 0) == b"\3\4"

@@ -7,7 +7,7 @@ import warnings
 from pathlib import Path
 
 import pytest
-from conftest import address_of, running_simulator, simulator_program
+from simulators import address_of, running_simulator, simulator_program
 from exercise import exercise
 
 import pyzvr

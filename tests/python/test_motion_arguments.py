@@ -50,4 +50,6 @@ def test_bad_arguments_fail_by_name_before_anything_is_sent(ratchet, call, opera
     for place, (value, failure) in ((place, each) for place, each in enumerate(wrong) if each):
         with pytest.raises(failure) as raised:
             call(ratchet, operation, *right[:place], value, *right[place + 1:])
-        assert raised.type is failure and ratchet.client_cmd.sent == [] and records() == before
+        assert raised.type is failure
+        assert ratchet.client_cmd.sent == []
+        assert records() == before

@@ -23,7 +23,8 @@ def test_slots_of_the_chassis_count_from_1(chassis, call):
     for slot in (0, 3, 5):
         with pytest.raises(pyzvr.MotionPortNotAvaliable):
             call(chassis, "Motion_getMoveStatus", slot, 0)
-    assert chassis.client_cmd.sent == [] and pyzvr.HANDLE_PROPERTIES["Lattice"]["Motion"] == 1
+    assert chassis.client_cmd.sent == []
+    assert pyzvr.HANDLE_PROPERTIES["Lattice"]["Motion"] == 1
 
 
 def test_some_steps_map_a_slot_twice(chassis, call):

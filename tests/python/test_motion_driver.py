@@ -26,7 +26,9 @@ def test_driver_commands(ratchet, call, line):
 def test_constants_say_their_number():
     codes = {name: value for name, value in vars(pyzvr).items() if re.match("MOTION_[0-9A-F]{2}_", name)}
     registers = {name: value for name, value in vars(pyzvr).items() if re.match("PA[WL]{2}_[0-9A-F]{2}_", name)}
-    assert (len(codes), len(registers)) == (199, 68) and pyzvr.PALW_2E_V2 == 46 and pyzvr.MOTION_63_LHK4 == 99
+    assert (len(codes), len(registers)) == (199, 68)
+    assert pyzvr.PALW_2E_V2 == 46
+    assert pyzvr.MOTION_63_LHK4 == 99
     assert all(value == int(name.split("_")[1], 16) for name, value in (codes | registers).items())
 
 
@@ -53,4 +55,5 @@ def test_a_release_needs_a_check_that_nobody_has(ratchet, call):
         call(ratchet, "_Motion_releaseDrivingStart", 0, 6)
     assert frames_of(ratchet) == ""
     ratchet._checkMotionAxis = lambda mask: None
-    assert call(ratchet, "_Motion_releaseDrivingStart", 0, 6) == 0 and frames_of(ratchet) == "78 6 0"
+    assert call(ratchet, "_Motion_releaseDrivingStart", 0, 6) == 0
+    assert frames_of(ratchet) == "78 6 0"

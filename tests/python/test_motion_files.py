@@ -35,10 +35,13 @@ def test_settings_go_through_a_file(ratchet, call, ini):
     use(ratchet, call, ini)
     ratchet.axis_2.motion_dict.update({"Home Enable": 1, "Offset Position": -7, "Approach Velocity Percent": 35})
     ratchet.axis_4.motion_dict["Stepper Output"] = 1
-    assert call(ratchet, "Motion_saveCfgFile") == 0 and ratchet.client_cmd.sent == []
+    assert call(ratchet, "Motion_saveCfgFile") == 0
+    assert ratchet.client_cmd.sent == []
     lines = ini.read_text().splitlines()
     assert [line for line in lines if line.startswith("[")] == [f"[Axis_{number}]" for number in (1, 2, 3, 4)]
-    assert len(lines) == 4 * 24 and lines[1] == "stepper output = Step/Dir(One Pulse)" and lines[23] == ""
+    assert len(lines) == 4 * 24
+    assert lines[1] == "stepper output = Step/Dir(One Pulse)"
+    assert lines[23] == ""
     assert {"approach velocity percent = 20.0", "initial search direction = Reverse", "home polarity = Active Low",
             "forward enable = TRUE"} < set(lines[:24])
     saved = copy.deepcopy([axis.motion_dict for axis in axes_of(ratchet)])
@@ -49,8 +52,11 @@ def test_settings_go_through_a_file(ratchet, call, ini):
         assert call(other, "Motion_loadCfgFile") == 0
         assert [axis.motion_dict for axis in axes_of(other)] == saved
         connectors, frames = take_frames(other)
-        assert set(connectors) == {0} and len(frames) == 4 * 20
-        assert frames[:2] == ["3F 1 0", "E3 1 24"] and frames[61] == "E3 8 0" and "E2 2 8" in frames
+        assert set(connectors) == {0}
+        assert len(frames) == 4 * 20
+        assert frames[:2] == ["3F 1 0", "E3 1 24"]
+        assert frames[61] == "E3 8 0"
+        assert "E2 2 8" in frames
 
 
 def axes_of(product):
@@ -74,7 +80,8 @@ def test_a_file_edited_by_hand(ratchet, call, ini):
         use(ratchet, call, ini)
         return call(ratchet, "Motion_loadCfgFile")
 
-    assert load("home enable = FALSE", 'HOME Enable: "TRUE"') == 0 and ratchet.axis_1.motion_dict["Home Enable"] == 1
+    assert load("home enable = FALSE", 'HOME Enable: "TRUE"') == 0
+    assert ratchet.axis_1.motion_dict["Home Enable"] == 1
     assert load("percent = 20.0", "percent = 35") == 0
     assert repr(ratchet.axis_1.motion_dict["Approach Velocity Percent"]) == "35.0"
     ratchet.client_cmd.sent.clear()
@@ -107,7 +114,9 @@ def test_files_that_are_not_there(ratchet, call, ini, tmp_path):
     ini.unlink()
     with pytest.raises(configparser.NoSectionError):
         call(ratchet, "Motion_loadCfgFile")
-    assert call(ratchet, "Motion_saveCfgFile") == 0 and ini.exists() and ratchet.client_cmd.sent == []
+    assert call(ratchet, "Motion_saveCfgFile") == 0
+    assert ini.exists()
+    assert ratchet.client_cmd.sent == []
 
 
 @contextlib.contextmanager
@@ -126,17 +135,21 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     os.link(ini, second)
     ini.chmod(0o640)
     before = ini.stat()
-    assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() != ""
+    assert call(ratchet, "Motion_saveCfgFile") == 0
+    assert second.read_text() == ini.read_text() != ""
     text = ini.read_text()
-    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%", ValueError)):  # has no text; is no value to the parser
+    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%",
+                                                               ValueError)):  # has no text; is no value to the parser
         with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(failure):
             call(ratchet, "Motion_saveCfgFile")
         assert ini.read_text() == text
     with small_files(1000), pytest.raises(OSError):
         call(ratchet, "Motion_saveCfgFile")
-    assert call(ratchet, "Motion_saveCfgFile") == 0 and second.read_text() == ini.read_text() == text
+    assert call(ratchet, "Motion_saveCfgFile") == 0
+    assert second.read_text() == ini.read_text() == text
     after = ini.stat()
-    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode, before.st_uid)
+    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode,
+                                                                           before.st_uid)
     assert set(ini.parent.iterdir()) == {ini, second}
 
 
@@ -145,11 +158,15 @@ def test_the_hosts_functions_are_used_as_they_are_now(ratchet, call, ini):
         assert call(ratchet, "Motion_openCfgFile", "missing.ini") == 0
     with mock.patch("builtins.open", mock.mock_open()) as opened:
         call(ratchet, "Motion_saveCfgFile")
-    assert opened.mock_calls[0] == mock.call("missing.ini", "w") and opened.mock_calls[-1] == mock.call().close()
+    assert opened.mock_calls[0] == mock.call("missing.ini", "w")
+    assert opened.mock_calls[-1] == mock.call().close()
     assert "".join(each.args[0] for each in opened().write.mock_calls).startswith("[Axis_1]\nstepper output")
     with pytest.raises(pyzvr.IniFileNotFoundError):
         call(ratchet, "Motion_openCfgFile", "missing.ini")
-    assert call(ratchet, "Motion_openCfgFile", ini) == 0 and call(ratchet, "Motion_saveCfgFile") == 0 and ini.read_text()
+    assert call(ratchet, "Motion_openCfgFile", ini) == 0
+    assert call(ratchet,
+                                                                  "Motion_saveCfgFile") == 0
+    assert ini.read_text()
     for wrong in (5, None, b"axes.ini"):
         with pytest.raises(TypeError, match="filename: .*(int|NoneType|bytes)"):
             call(ratchet, "Motion_openCfgFile", wrong)
@@ -164,7 +181,8 @@ def test_saving_where_the_folder_takes_no_new_file(ratchet):
     ini.chmod(0o666)
     ratchet.Motion_openCfgFile(str(link))
     ratchet.Motion_saveCfgFile()
-    assert link.is_symlink() and (before := ini.read_text())
+    assert link.is_symlink()
+    assert (before := ini.read_text())
     ratchet.axis_1.motion_dict["Home Enable"] = 1
     folder.chmod(0o555)
     user = os.geteuid()

@@ -19,8 +19,12 @@ def test_volts_and_the_text_form():
     data = record("DCV", "1", "-12.345", (4, 6), (8, 0, 8))
     meter = Measurement(data)
     assert (meter.binary, meter.mode, meter.range, meter.display) == (data, "DCV", "1", "-12.345")
-    assert meter.display_decimal == meter.value == Decimal("-12.345") and meter.display_unit == meter.unit == "V"
-    assert meter.progress == meter._data["progres"] == 46 and not meter.overload and meter.isDC and meter.isAuto
+    assert meter.display_decimal == meter.value == Decimal("-12.345")
+    assert meter.display_unit == meter.unit == "V"
+    assert meter.progress == meter._data["progres"] == 46
+    assert not meter.overload
+    assert meter.isDC
+    assert meter.isAuto
     assert str(meter).splitlines() == [
         "mode=DCV", "range=1", "display=-12.345", "display_decimal=-12.345", "display_unit=V", "overload=False",
         "value=-12.345", "unit=V", "progress=46", "isMax=True", "ismin=False", "isHold=False", "isRel=False",
@@ -43,14 +47,19 @@ def test_each_flag_is_one_bit(name, place, bit):
     assert {flag for flag in told if getattr(meter, flag) is True} == {name}
 
 
-UNITS = {"ACV": "0123", "ACmV": "0", "DCV": "0123", "DCmV": "0", "Hz": "01234567", "%": "0", "OHM": "0123456", "CONT": "0",
-         "DIDOE": "0", "CAP": "01234567", "deg C": "01", "deg F": "01", "DCuA": "01", "ACuA": "01", "DCmA": "01",
-         "ACmA": "01", "DCA": "1", "ACA": "1", "HFE": "0", "NCV": "0", "LozV": "0123", "LPF": "0123", "AC/DC": "0123",
-         "AC+DC": "1", "AC+DC2": "1"}
+UNITS = {
+    "ACV": "0123", "ACmV": "0", "DCV": "0123", "DCmV": "0", "Hz": "01234567", "%": "0", "OHM": "0123456", "CONT": "0",
+    "DIDOE": "0", "CAP": "01234567", "deg C": "01", "deg F": "01", "DCuA": "01", "ACuA": "01", "DCmA": "01",
+    "ACmA": "01", "DCA": "1", "ACA": "1", "HFE": "0", "NCV": "0", "LozV": "0123", "LPF": "0123", "AC/DC": "0123",
+    "AC+DC": "1", "AC+DC2": "1"
+}
 
 
 def test_every_mode_has_its_ranges():
-    assert len(Measurement._MODE) == 31 and Measurement._MODE[22:31] == ["ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"]
+    assert len(Measurement._MODE) == 31
+    assert Measurement._MODE[22:31] == [
+        "ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"
+    ]
     for number, mode in enumerate(Measurement._MODE):
         known = [range_ for range_ in "0123456789" if Measurement(record(number, range_, "1")).display_unit is not None]
         assert "".join(known) == UNITS.get(mode, "")
@@ -63,7 +72,10 @@ def test_every_mode_has_its_ranges():
 @pytest.mark.parametrize("mode", ["Live", "INRUSH"])
 def test_a_mode_without_units_has_none(mode):
     meter = Measurement(record(mode, "0", "7"))
-    assert meter.display_unit is None and meter.unit is None and meter.value == 7 and "unit=None" in str(meter)
+    assert meter.display_unit is None
+    assert meter.unit is None
+    assert meter.value == 7
+    assert "unit=None" in str(meter)
 
 
 # Only digits that are zero may leave on the right.
@@ -73,7 +85,8 @@ def test_a_mode_without_units_has_none(mode):
     ("DCmV", "0", "12.34", "23400000000000000000000000.01", "V"), ("HFE", "0", "100", "100", "B")])
 def test_prefixes_rotate_the_digits(mode, range_, display, value, unit):
     meter = Measurement(record(mode, range_, display))
-    assert (meter.value, meter.unit) == (Decimal(value), unit) and meter.display_unit.endswith(unit)
+    assert (meter.value, meter.unit) == (Decimal(value), unit)
+    assert meter.display_unit.endswith(unit)
 
 
 def rotated(display, places):
@@ -88,7 +101,8 @@ def rotated(display, places):
 def test_arithmetic_is_the_host_s(number, scale):
     mode, range_, exponent = scale
     meter = Measurement(record(mode, range_, str(number)))
-    assert meter.display_decimal == number and meter.value == rotated(str(number), exponent)
+    assert meter.display_decimal == number
+    assert meter.value == rotated(str(number), exponent)
     if exponent > 0:
         assert meter.value == number.scaleb(exponent)
 
@@ -96,21 +110,32 @@ def test_arithmetic_is_the_host_s(number, scale):
 @pytest.mark.parametrize("display", [".OL", "O.L", "OL.", "OL", "-.OL", "-O.L", "-OL.", "-OL", "O L"])
 def test_overload_is_a_text_and_keeps_the_unit(display):
     meter = Measurement(record("OHM", "6", display))
-    assert meter.overload and meter.value == meter.display_decimal == "Overflow" and meter.unit == "MΩ"
+    assert meter.overload
+    assert meter.value == meter.display_decimal == "Overflow"
+    assert meter.unit == "MΩ"
 
 
 @pytest.mark.parametrize("level, display", enumerate(["EF", "-", "--", "---", "----", "-----"]))
 def test_field_strengths(level, display):
     meter = Measurement(record("NCV", "0", display))
-    assert meter._data["ncv"] and meter.value == meter.display_decimal == level and meter.unit == "NCV" and not meter.overload
+    assert meter._data[
+        "ncv"]
+    assert meter.value == meter.display_decimal == level
+    assert meter.unit == "NCV"
+    assert not meter.overload
 
 
 def test_what_is_no_record():
     good = record("DCV", "0", "1.0", rest=b"")
-    assert Measurement(good).value == 1 and Measurement(bytearray(good)).value == 1 and Measurement(list(good)).value == 1
-    for bad, failure, message in ((good[:13], IndexError, "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
-                                  (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None), ("text", TypeError, None),
-                                  (good[:1] + b"\xff" + good[2:], UnicodeDecodeError, None), (good[:3] + b"\xff" + good[4:], UnicodeDecodeError, None)):
+    assert Measurement(good).value == 1
+    assert Measurement(bytearray(good)).value == 1
+    assert Measurement(
+        list(good)).value == 1
+    for bad, failure, message in ((good[:13], IndexError,
+                                   "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
+                                  (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None),
+                                  ("text", TypeError, None), (good[:1] + b"\xff" + good[2:], UnicodeDecodeError, None),
+                                  (good[:3] + b"\xff" + good[4:], UnicodeDecodeError, None)):
         with pytest.raises(failure, match=message):
             Measurement(bad)
 

@@ -2,8 +2,10 @@
 
 import asyncio
 import struct
+from typing import NamedTuple
 
 import pytest
+from cases import Exchange, operation_of
 from motion_products import WRONG, registers, sent_by
 from simulators import connected
 
@@ -14,71 +16,127 @@ pytestmark = pytest.mark.filterwarnings("ignore:Warning -9")
 I32, U32 = pyzvr.convertI32To4U8, pyzvr.convertU32To4U8
 FIND = [0, *U32(1), *U32(2), *U32(3), 4, 5, *I32(-6)]
 DRIVE = [
-    ("Motion_startVelocticyMove", (0, 1, -1, 2, 3), "START_V_MOVE", [0, *U32(1), *U32(2), *U32(3), 255], b"\0\0", 0),
-    ("Motion_startPositionMove", (0, -9, 1, 2, 3, 7), "START_P_MOVE", [0, *I32(-9), *U32(1), *U32(2), *U32(3), 7],
-     b"\0\x37", -7020),
-    ("Motion_startScanMove", (0, -9, 9, 1, 2), "START_SCAN_MOVE", [0, *I32(-9), *I32(9), *U32(1), *U32(2)], b"\0\0", 0),
-    ("Motion_startFindLimit", (0, 257, 1, 2, 3, -4, "true"), "START_FIND_END",
-     [0, 1, *U32(1), *U32(2), *U32(3), *I32(-4), 1], b"\0\0", 0),
-    ("Motion_startFindHome", (0, 1, 2, 3, 4, 5, -6, "true"), "START_FIND_HOME", [*FIND, 1], b"\0\0", 0),
-    ("Motion_startFindHome", (0, 1, 2, 3, 260, 261, -6, True), "START_FIND_HOME", [*FIND, 0], b"\0\0", 0),
-    ("Motion_startFindZPolarity", (0, 1, 2, 3, 4, 5, -6, "True"), "START_FIND_Z", [*FIND, 0], b"\0\x36", -7019),
-    ("Motion_getProcessState", (0,), "GET_PROC_STATE", [0], b"\0\5rest", (5, b"rest")),
-    ("Motion_stopProcess", (0,), "STOP_PROC", [0], b"\0\x37", -7020),
-    ("Motion_resetFactory", (0,), "RESET_FACTORY", [0], b"\0\0", 0),
-    ("Motion_enableServoOn", (0,), pyzvr.SET_AND_WRITE_DO, [2, 0, 1, 0, 0], b"", 0),
-    ("Motion_enableServoOff", (0,), pyzvr.SET_AND_WRITE_DO, [2, 0, 1, 0, 1], b"", 0),
-    ("_Motion_writeDO", (3, 4, 1), pyzvr.SET_AND_WRITE_DO, [3, 0, 16, 0, 16], b"", 0),
-    ("_Motion_readDI", (3,), pyzvr.READ_AND_GET_DI, [3, 0, 7], b"abc", b"abc"),
-    ("Motion_getLimitStatus", (0,), pyzvr.READ_AND_GET_DI, [1, 0, 7], b"\1\xff\x05more", [1, 0, 1]),
-    ("_Motion_read", (1, 0x21), "READ_REG", [1, 0x21], b"\1\0\0\1\2\3\4", b"\1\2\3\4"),
-    ("_Motion_write", (1, 0x21, 5), "WRITE_REG", [1, 0x21, 0, 0, 0, 0, 5], b"\1\0\0\0\0\0\x36", 54),
-    ("_Motion_clearFault", (0,), "WRITE_REG", [0, 1, 0, 0, 0, 0, 31], b"\0\0\0\0\0\0\0", 0),
+    Exchange(
+        "Motion_startVelocticyMove", (0, 1, -1, 2, 3), command="START_V_MOVE",
+        sent=[0, *U32(1), *U32(2), *U32(3), 255], reply=b"\0\0", result=0,
+    ),
+    Exchange(
+        "Motion_startPositionMove", (0, -9, 1, 2, 3, 7), command="START_P_MOVE",
+        sent=[0, *I32(-9), *U32(1), *U32(2), *U32(3), 7], reply=b"\0\x37", result=-7020,
+    ),
+    Exchange(
+        "Motion_startScanMove", (0, -9, 9, 1, 2), command="START_SCAN_MOVE",
+        sent=[0, *I32(-9), *I32(9), *U32(1), *U32(2)], reply=b"\0\0", result=0,
+    ),
+    Exchange(
+        "Motion_startFindLimit", (0, 257, 1, 2, 3, -4, "true"), command="START_FIND_END",
+        sent=[0, 1, *U32(1), *U32(2), *U32(3), *I32(-4), 1], reply=b"\0\0", result=0,
+    ),
+    Exchange(
+        "Motion_startFindHome", (0, 1, 2, 3, 4, 5, -6, "true"), command="START_FIND_HOME", sent=[*FIND, 1],
+        reply=b"\0\0", result=0,
+    ),
+    Exchange(
+        "Motion_startFindHome", (0, 1, 2, 3, 260, 261, -6, True), command="START_FIND_HOME", sent=[*FIND, 0],
+        reply=b"\0\0", result=0,
+    ),
+    Exchange(
+        "Motion_startFindZPolarity", (0, 1, 2, 3, 4, 5, -6, "True"), command="START_FIND_Z", sent=[*FIND, 0],
+        reply=b"\0\x36", result=-7019,
+    ),
+    Exchange(
+        "Motion_getProcessState", (0,), command="GET_PROC_STATE", sent=[0], reply=b"\0\5rest", result=(5, b"rest"),
+    ),
+    Exchange("Motion_stopProcess", (0,), command="STOP_PROC", sent=[0], reply=b"\0\x37", result=-7020),
+    Exchange("Motion_resetFactory", (0,), command="RESET_FACTORY", sent=[0], reply=b"\0\0", result=0),
+    Exchange("Motion_enableServoOn", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 0], reply=b"", result=0),
+    Exchange(
+        "Motion_enableServoOff", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 1], reply=b"", result=0,
+    ),
+    Exchange(
+        "_Motion_writeDO", (3, 4, 1), command=pyzvr.SET_AND_WRITE_DO, sent=[3, 0, 16, 0, 16], reply=b"", result=0,
+    ),
+    Exchange("_Motion_readDI", (3,), command=pyzvr.READ_AND_GET_DI, sent=[3, 0, 7], reply=b"abc", result=b"abc"),
+    Exchange(
+        "Motion_getLimitStatus", (0,), command=pyzvr.READ_AND_GET_DI, sent=[1, 0, 7], reply=b"\1\xff\x05more",
+        result=[1, 0, 1],
+    ),
+    Exchange(
+        "_Motion_read", (1, 0x21), command="READ_REG", sent=[1, 0x21], reply=b"\1\0\0\1\2\3\4", result=b"\1\2\3\4",
+    ),
+    Exchange(
+        "_Motion_write", (1, 0x21, 5), command="WRITE_REG", sent=[1, 0x21, 0, 0, 0, 0, 5], reply=b"\1\0\0\0\0\0\x36",
+        result=54,
+    ),
+    Exchange(
+        "_Motion_clearFault", (0,), command="WRITE_REG", sent=[0, 1, 0, 0, 0, 0, 31], reply=b"\0\0\0\0\0\0\0",
+        result=0,
+    ),
 ]
 
 
-@pytest.mark.parametrize("operation, arguments, command, sent, reply, result", DRIVE)
-def test_drive(pawl, call, operation, arguments, command, sent, reply, result):
-    code = getattr(pyzvr, "MOTION_" + command) if isinstance(command, str) else command
-    pawl.client_cmd.replies = {code: reply}
-    assert call(pawl, operation, *arguments) == result
-    assert pawl.client_cmd.sent == [(code, bytes(sent))]
+@pytest.mark.parametrize("case", DRIVE, ids=operation_of)
+def test_drive(pawl, call, case):
+    code = getattr(pyzvr, "MOTION_" + case.command) if isinstance(case.command, str) else case.command
+    pawl.client_cmd.replies = {code: case.reply}
+    assert call(pawl, case.operation, *case.arguments) == case.result
+    assert pawl.client_cmd.sent == [(code, bytes(case.sent))]
+
+
+class RegisterCase(NamedTuple):
+    """One operation on registers of the drive."""
+
+    operation: str
+    arguments: tuple  # after the port
+    reads: dict = {}  # values of registers
+    sent: list = []  # numbers of registers that are read, and pairs of number and value that are written
+    result: object = 9  # the status that a write gives
 
 
 REGISTERS = [
-    ("_Motion_setGlobalConfig", (7,), {}, [("00", 7)], 9),
-    ("_Motion_getGlobalConfig", (), {0: 258}, ["00"], b"\0\0\1\2"),
-    ("_Motion_setGlobalStatus", (7,), {}, [("01", 7)], 9), ("_Motion_getGlobalStatus", (), {1: 3}, ["01"], b"\0\0\0\3"),
-    ("_Motion_setRampMode", (3,), {}, [("20", 3)], 9), ("_Motion_resetPosition", (5,), {}, [("21", 5)], 9),
-    ("_Motion_readCurrentPosition", (), {33: 1}, ["21"], b"\0\0\0\1"),
-    ("_Motion_readCurrentVelocity", (), {34: 1}, ["22"], b"\0\0\0\1"),
-    ("_Motion_setLimitSwitch", (1,), {}, [("34", 1)], 9), ("_Motion_getLimitSwitch", (), {52: 1}, ["34"], b"\0\0\0\1"),
-    ("_Motion_setEncoderPosition", (1,), {}, [("39", 1)], 9),
-    ("_Motion_readEncoderPosition", (), {57: 1}, ["39"], b"\0\0\0\1"),
-    ("_Motion_setEncoderDirection", (1,), {}, [("3A", 1)], 9),
-    ("_Motion_readEncoderDirection", (), {58: 1}, ["3A"], b"\0\0\0\1"),
-    ("_Motion_setRamp", (), {}, [("23", 0), ("2B", 500), ("24", 100000), ("2F", 100000), ("26", 100000), ("2A", 100000),
-                                 ("30", 100000), ("28", 100000)], 9),
-    ("_Motion_getServeoOnStatus", (), {}, [], 0), ("Motion_open", (), {}, [], 0), ("Motion_close", (), {}, [], 0),
-    ("Motion_readCurrentVelocity", (), {34: 4294967295}, ["22"], 4294967295),
-    ("Motion_readEncoderPosition", (), {33: 7, 57: 8}, ["39", "21"], [8, 7]),
-    ("Motion_getAlarmStatus", (), {1: 0xFFFFEFF9}, ["01"], 0), ("Motion_getAlarmStatus", (), {1: 0x1000}, ["01"], 1),
-    ("Motion_getAlarmStatus", (), {1: 4}, ["01"], 1), ("Motion_getAlarmStatus", (), {1: 2}, ["01"], 1),
-    ("Motion_rstEncoderPosi", (6,), {}, [("20", 3), ("21", 6), ("39", 6)], 9),
-    ("Motion_rstEncoderPosi", (), {}, [("20", 3), ("21", 0), ("39", 0)], 9),
-    ("Motion_cfgEncoder", (0, 6), {}, [("21", 6), ("39", 6), ("3A", 1)], 9),
-    ("Motion_cfgAxisDirection", (1,), {0: 8, 52: 3}, ["00", ("00", 24), "34", ("34", 19)], 9),
-    ("Motion_cfgAxisDirection", (7,), {0: 24, 52: 19}, ["00", ("00", 8), "34", ("34", 3)], 9),
-    ("Motion_cfgLimit", (1, 0, 0), {52: 0xFFFFFFF0}, ["34", ("34", 0xFFFD)], 9),
-    ("Motion_cfgLimit", (0, 1, 1), {52: 0x12345F}, ["34", ("34", 0x3452)], 9),
+    RegisterCase("_Motion_setGlobalConfig", (7,), sent=[("00", 7)]),
+    RegisterCase("_Motion_getGlobalConfig", (), reads={0: 258}, sent=["00"], result=b"\0\0\1\2"),
+    RegisterCase("_Motion_setGlobalStatus", (7,), sent=[("01", 7)]),
+    RegisterCase("_Motion_getGlobalStatus", (), reads={1: 3}, sent=["01"], result=b"\0\0\0\3"),
+    RegisterCase("_Motion_setRampMode", (3,), sent=[("20", 3)]),
+    RegisterCase("_Motion_resetPosition", (5,), sent=[("21", 5)]),
+    RegisterCase("_Motion_readCurrentPosition", (), reads={33: 1}, sent=["21"], result=b"\0\0\0\1"),
+    RegisterCase("_Motion_readCurrentVelocity", (), reads={34: 1}, sent=["22"], result=b"\0\0\0\1"),
+    RegisterCase("_Motion_setLimitSwitch", (1,), sent=[("34", 1)]),
+    RegisterCase("_Motion_getLimitSwitch", (), reads={52: 1}, sent=["34"], result=b"\0\0\0\1"),
+    RegisterCase("_Motion_setEncoderPosition", (1,), sent=[("39", 1)]),
+    RegisterCase("_Motion_readEncoderPosition", (), reads={57: 1}, sent=["39"], result=b"\0\0\0\1"),
+    RegisterCase("_Motion_setEncoderDirection", (1,), sent=[("3A", 1)]),
+    RegisterCase("_Motion_readEncoderDirection", (), reads={58: 1}, sent=["3A"], result=b"\0\0\0\1"),
+    RegisterCase(
+        "_Motion_setRamp", (),
+        sent=[("23", 0), ("2B", 500), ("24", 100000), ("2F", 100000), ("26", 100000), ("2A", 100000), ("30",
+            100000), ("28", 100000)],
+    ),
+    RegisterCase("_Motion_getServeoOnStatus", (), result=0),
+    RegisterCase("Motion_open", (), result=0),
+    RegisterCase("Motion_close", (), result=0),
+    RegisterCase("Motion_readCurrentVelocity", (), reads={34: 4294967295}, sent=["22"], result=4294967295),
+    RegisterCase("Motion_readEncoderPosition", (), reads={33: 7, 57: 8}, sent=["39", "21"], result=[8, 7]),
+    RegisterCase("Motion_getAlarmStatus", (), reads={1: 0xFFFFEFF9}, sent=["01"], result=0),
+    RegisterCase("Motion_getAlarmStatus", (), reads={1: 0x1000}, sent=["01"], result=1),
+    RegisterCase("Motion_getAlarmStatus", (), reads={1: 4}, sent=["01"], result=1),
+    RegisterCase("Motion_getAlarmStatus", (), reads={1: 2}, sent=["01"], result=1),
+    RegisterCase("Motion_rstEncoderPosi", (6,), sent=[("20", 3), ("21", 6), ("39", 6)]),
+    RegisterCase("Motion_rstEncoderPosi", (), sent=[("20", 3), ("21", 0), ("39", 0)]),
+    RegisterCase("Motion_cfgEncoder", (0, 6), sent=[("21", 6), ("39", 6), ("3A", 1)]),
+    RegisterCase("Motion_cfgAxisDirection", (1,), reads={0: 8, 52: 3}, sent=["00", ("00", 24), "34", ("34", 19)]),
+    RegisterCase("Motion_cfgAxisDirection", (7,), reads={0: 24, 52: 19}, sent=["00", ("00", 8), "34", ("34", 3)]),
+    RegisterCase("Motion_cfgLimit", (1, 0, 0), reads={52: 0xFFFFFFF0}, sent=["34", ("34", 0xFFFD)]),
+    RegisterCase("Motion_cfgLimit", (0, 1, 1), reads={52: 0x12345F}, sent=["34", ("34", 0x3452)]),
 ]
 
 
-@pytest.mark.parametrize("operation, arguments, values, sent, result", REGISTERS)
-def test_registers_of_the_drive(pawl, call, operation, arguments, values, sent, result):
-    registers(pawl, values, status=9)
-    assert call(pawl, operation, 0, *arguments) == result
-    assert sent_by(pawl) == sent
+@pytest.mark.parametrize("case", REGISTERS, ids=operation_of)
+def test_registers_of_the_drive(pawl, call, case):
+    registers(pawl, case.reads, status=9)
+    assert call(pawl, case.operation, 0, *case.arguments) == case.result
+    assert sent_by(pawl) == case.sent
 
 
 def test_what_the_drive_remembers(pawl, call):
@@ -116,7 +174,8 @@ def test_what_fails_on_the_drive(pawl, call):
     pawl.client_cmd.replies[pyzvr.MOTION_GET_PARAM] = b"\0\0\x58" + bytes(88)
     with pytest.raises(struct.error):
         call(pawl, "Motion_getParameters", 0)
-    assert [data for _, data in pawl.client_cmd.sent] == [b"\0"] and pawl.TMC5240_default_dict["x00_GCONF"][0] == 8
+    assert [data for _, data in pawl.client_cmd.sent] == [b"\0"]
+    assert pawl.TMC5240_default_dict["x00_GCONF"][0] == 8
 
 
 def test_a_simulated_scan_that_begins_where_it_turns():
@@ -136,11 +195,13 @@ def test_records_are_plain_objects():
     axis = pyzvr.MotionAxis(deceleration=5)
     assert (axis.acceleration, axis.deceleration, axis.jerk) == (100000, 5, 1)
     axis.velocity = 10**12
-    assert "velocity=1000000000000, " in repr(axis) and pyzvr.MotionAxis().motion_dict is not axis.motion_dict
+    assert "velocity=1000000000000, " in repr(axis)
+    assert pyzvr.MotionAxis().motion_dict is not axis.motion_dict
     assert repr(pyzvr.MotionCircularInterpolation()).startswith("MotionCircularInterpolation(main_axis=0, second_")
     texts = pyzvr.MotionInifile()
     assert set(axis.motion_dict) - set(texts.ini_out_dict) == {"Approach Velocity Percent", "Offset Position"}
     assert all(texts.ini_in_dict[key][text] == number
                for key, row in texts.ini_out_dict.items() for number, text in row.items())
     with pyzvr.Pawl() as pawl:
-        assert isinstance(pawl, pyzvr.MotionAxis) and repr(pawl).startswith("<pyzvr.Pawl object")
+        assert isinstance(pawl, pyzvr.MotionAxis)
+        assert repr(pawl).startswith("<pyzvr.Pawl object")

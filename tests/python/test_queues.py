@@ -6,7 +6,7 @@ import threading
 import weakref
 
 import pytest
-from fake_client import wired
+from fake_client import fake_device
 from hypothesis import given, settings, strategies as st
 from queue_support import A, B, PATIENCE, outcome
 
@@ -15,11 +15,13 @@ import pyzvr
 KINDS = (pyzvr.Fifo, pyzvr.ItemFifo, pyzvr.RowFifo)
 every_kind = pytest.mark.parametrize("kind", KINDS, ids=lambda kind: kind.__name__)
 CALLS = [  # in an order that leaves nothing waiting; the queue has room for two
-    ("get", False), ("get", {"block": False}), ("get", True, 0), ("get", {"timeout": 0.001}), ("get", {"timeout": -1}), ("get_nowait",),
-    ("task_done",), ("put", A), ("put", B, False), ("put", A, False), ("put", A, {"block": False}), ("put", A, True, 0.001), ("put", A, {"timeout": 0.001}),
-    ("put", A, {"timeout": -1}), ("put_nowait", A), ("full",), ("get",), ("get", {"timeout": -1}), ("get", {"timeout": 1}), ("empty",), ("get", True, "x"),
-    ("put", None, {"block": False}), ("get",), ("put", {"item": [1], "block": True, "timeout": 1}), ("get", False), ("task_done",), ("task_done",), ("task_done",),
-    ("task_done",), ("task_done",), ("join",), ("put",), ("put", A, {"wait": 1}), ("get", 1, 2, 3), ("put", A, {"timeout": "x"}), ("put", B, {"timeout": 5}),
+    ("get", False), ("get", {"block": False}), ("get", True, 0), ("get", {"timeout": 0.001}), ("get", {"timeout": -1}),
+    ("get_nowait",), ("task_done",), ("put", A), ("put", B, False), ("put", A, False), ("put", A, {"block": False}),
+    ("put", A, True, 0.001), ("put", A, {"timeout": 0.001}), ("put", A, {"timeout": -1}), ("put_nowait", A), ("full",),
+    ("get",), ("get", {"timeout": -1}), ("get", {"timeout": 1}), ("empty",), ("get", True, "x"),
+    ("put", None, {"block": False}), ("get",), ("put", {"item": [1], "block": True, "timeout": 1}), ("get", False),
+    ("task_done",), ("task_done",), ("task_done",), ("task_done",), ("task_done",), ("join",), ("put",),
+    ("put", A, {"wait": 1}), ("get", 1, 2, 3), ("put", A, {"timeout": "x"}), ("put", B, {"timeout": 5}),
     ("put", A, False, -1), ("get", False, -1), ("put", A, {"timeout": "x"}), ("put", A, {"timeout": "x"}),
 ]
 
@@ -51,7 +53,8 @@ def test_size_is_the_one_given(kind, maxsize):
 
 
 STEP = st.one_of(
-    st.tuples(st.sampled_from(["put_nowait", "put"]), st.integers(0, 9)).map(lambda step: (*step, False) if step[0] == "put" else step),
+    st.tuples(st.sampled_from(["put_nowait", "put"]),
+              st.integers(0, 9)).map(lambda step: (*step, False) if step[0] == "put" else step),
     st.sampled_from([("get_nowait",), ("get", False), ("get", True, 0), ("task_done",), ("empty",), ("full",)]))
 
 
@@ -62,8 +65,14 @@ def test_it_keeps_step_with_the_host_s_queue(kind, size, steps):
     assert list(called(kind(size), steps)) == list(called(queue.Queue(size), steps))
 
 
-ITEMS = [None, 0, 1.5, True, "text", b"", b"bytes", bytearray(b"array"), [1, [2]], [], (1,), {1: 2}, {3}, object(), 2**80, float("nan"), "\udc80",
-         memoryview(b"view"), lambda: 0, pyzvr.CANFrame(5), [1.0] * 8, [b"a", 5]]
+ITEMS = [
+    None, 0, 1.5, True, "text", b"", b"bytes",
+    bytearray(b"array"), [1, [2]], [], (1,), {1: 2}, {3},
+    object(), 2**80,
+    float("nan"), "\udc80",
+    memoryview(b"view"), lambda: 0,
+    pyzvr.CANFrame(5), [1.0] * 8, [b"a", 5]
+]
 
 
 @every_kind
@@ -71,19 +80,23 @@ def test_items_come_back_as_the_same_objects(kind):
     fifo = kind(0)
     for item in ITEMS:
         fifo.put(item)
-    assert all(fifo.get() is item for item in ITEMS) and fifo.empty()
+    assert all(fifo.get() is item for item in ITEMS)
+    assert fifo.empty()
 
 
 @pytest.mark.parametrize("find", [
-    lambda box: box.data_pool_strm[5], lambda box: box.can_frame_queue, lambda box: box.can_data_queue, lambda box: box.uart_p1_signal_queue,
-    lambda box: box.uart_p2_data_queue, lambda box: box.save_data_queue], ids=["pool", "frames", "records", "bytes", "packets", "rows"])
+    lambda box: box.data_pool_strm[5], lambda box: box.can_frame_queue, lambda box: box.can_data_queue,
+    lambda box: box.uart_p1_signal_queue, lambda box: box.uart_p2_data_queue, lambda box: box.save_data_queue
+],
+                         ids=["pool", "frames", "records", "bytes", "packets", "rows"])
 def test_queues_of_an_object_are_such_queues(find):
-    with wired("SableCan") as box:
+    with fake_device("SableCan") as box:
         fifo = find(box)
         for item in ITEMS:
             if item is not None:  # which would tell a thread something
                 fifo.put(item, timeout=1)
-                assert fifo.get(timeout=1) is item and fifo.unfinished_tasks > 0
+                assert fifo.get(timeout=1) is item
+                assert fifo.unfinished_tasks > 0
                 fifo.task_done()
         fifo.join()
         with pytest.raises(ValueError):
@@ -132,7 +145,9 @@ def test_join_waits_for_what_was_put(kind):
 @every_kind
 def test_many_threads_lose_and_double_nothing(kind):
     fifo, taken, numbers = kind(10), [], range(2000)
-    makers = [threading.Thread(target=lambda base=base: [fifo.put((base, number)) for number in numbers]) for base in range(4)]
+    makers = [
+        threading.Thread(target=lambda base=base: [fifo.put((base, number)) for number in numbers]) for base in range(4)
+    ]
     takers = [threading.Thread(target=lambda: [taken.append(item) for item in iter(fifo.get, None)]) for _ in range(4)]
     for thread in makers + takers:
         thread.start()
@@ -171,4 +186,5 @@ def test_items_may_use_the_queue_while_they_die(kind):
     died, fifo = [], kind(0)
     fifo.put(Item(fifo))
     fifo.get()
-    assert died == [0] and fifo.get_nowait() == "from the grave"
+    assert died == [0]
+    assert fifo.get_nowait() == "from the grave"

@@ -10,7 +10,7 @@ import pytest
 from forms import awaited
 from peer import Peer, answer_serial
 from queue_support import ROW
-from replacement import REQUEST, SERIAL, factory_of, on_double, on_peers, owner_of, serial, target_of, where_and_when
+from replacement import REQUEST, SERIAL, factory_of, on_fake_client, on_peers, owner_of, serial, target_of, where_and_when
 
 import pyzvr
 
@@ -80,22 +80,36 @@ STEPS = [
     Step("_checkCommandType", "TarnDio", on_peers, serial, ((122, b"SN000001"), {}), "echo", SERIAL, SERIAL),
     Step("_preparePacket", "TarnDio", on_peers, serial, ((122, []), {}), list(REQUEST), SERIAL, SERIAL),
     Step("_preparePacket", "TarnDio", on_peers, awaited_serial, ((122, []), {}), list(REQUEST), SERIAL, SERIAL),
-    Step("_echoPacketWithRetry", "TarnDio", on_peers, lambda box: box.Sys_getSerialNumber(1.5), ((122, []), {"timeout": 1.5}), b"OTHER678", "OTHER678", SERIAL),
-    Step("_echoPacketWithRetry_async", "TarnDio", on_peers, awaited_serial, ((122, []), {}), b"OTHER678", "OTHER678", SERIAL),
+    Step("_echoPacketWithRetry", "TarnDio", on_peers, lambda box: box.Sys_getSerialNumber(1.5),
+         ((122, []), {"timeout": 1.5}), b"OTHER678", "OTHER678", SERIAL),
+    Step("_echoPacketWithRetry_async", "TarnDio", on_peers, awaited_serial, ((122, []), {}), b"OTHER678", "OTHER678",
+         SERIAL),
     Step("_echoPacket", "TarnDio", on_peers, serial, ((122, [], 0.01), {}), b"OTHER678", "OTHER678", SERIAL),
-    Step("_echoPacket_async", "TarnDio", on_peers, awaited_serial, ((122, []), {"timeout": pyzvr.RETRY_TIMEOUT}), b"OTHER678", "OTHER678", SERIAL),
+    Step("_echoPacket_async", "TarnDio", on_peers, awaited_serial, ((122, []), {"timeout": pyzvr.RETRY_TIMEOUT}),
+         b"OTHER678", "OTHER678", SERIAL),
     Step("_getReplyFromPool", "TarnDio", on_peers, serial, ((122, 0.01), {}), b"OTHER678", "OTHER678", SERIAL),
-    Step("_getReplyFromPool_async", "TarnDio", on_peers, awaited_serial, ((122,), {}), b"OTHER678", "OTHER678", SERIAL),
-    Step("_sendPacketWithoutReply", "TarnAnalog", on_double, lambda box: box.AI_startStreaming(0), ((pyzvr.START_AI_STREAMING, [0]), {}), None, 0, 0),
-    Step("_sendPacketWithoutReply_async", "TarnAnalog", on_double, lambda box: awaited(box, "AI_startStreaming", 0), ((pyzvr.START_AI_STREAMING, [0]), {}), None, 0, 0),
-    Step("_getStreamingFromPool", "SableDio", on_double, bytes_there(lambda box: box.UART_read(1, 1, 0.5)), None, [65], ["A"], ["B"]),
-    Step("_getStreamingFromPool_async", "SableDio", on_double, bytes_there(lambda box: awaited(box, "UART_read", 1, 1, 0.5)), None, [65], ["A"], ["B"]),
-    Step("_getStreamingFromPool", "TarnAnalog", on_double, by_row(lambda box: box.AI_readStreaming(0, 1, 0.5)), None, [5.0], [[5.0]], [ROW]),
-    Step("_getStreamingFromPool_async", "TarnAnalog", on_double, by_row(lambda box: awaited(box, "AI_readStreaming", 0, 1, 0.5)), None, [5.0], [[5.0]], [ROW]),
-    Step("_AI_changePortToIndex", "Lattice", on_double, by_row(lambda box: box.AI_readStreaming(1, 1, 0.5)), ((0, 0), {}), 0, [ROW], [ROW]),
-    Step("_AI_changePortToIndex", "Lattice", on_double, by_row(lambda box: awaited(box, "AI_readStreaming", 1, 1, 0.5)), ((0, 0), {}), 0, [ROW], [ROW]),
-    Step("_getDeviceName", "TarnDio", on_double, lambda box: box.Sys_getRTC(), ((), {}), "Any-Wifi", "2024-01-02, 03:04:05", "1924-01-02, 03:04:05"),
-    Step("_getDeviceName", "TarnDio", on_double, lambda box: awaited(box, "Sys_getRTC"), ((), {}), "Any-Wifi", "2024-01-02, 03:04:05", "1924-01-02, 03:04:05"),
+    Step("_getReplyFromPool_async", "TarnDio", on_peers, awaited_serial, ((122,), {}), b"OTHER678", "OTHER678",
+         SERIAL),
+    Step("_sendPacketWithoutReply", "TarnAnalog", on_fake_client, lambda box: box.AI_startStreaming(0),
+         ((pyzvr.START_AI_STREAMING, [0]), {}), None, 0, 0),
+    Step("_sendPacketWithoutReply_async", "TarnAnalog", on_fake_client,
+         lambda box: awaited(box, "AI_startStreaming", 0), ((pyzvr.START_AI_STREAMING, [0]), {}), None, 0, 0),
+    Step("_getStreamingFromPool", "SableDio", on_fake_client, bytes_there(lambda box: box.UART_read(1, 1, 0.5)), None,
+         [65], ["A"], ["B"]),
+    Step("_getStreamingFromPool_async", "SableDio", on_fake_client,
+         bytes_there(lambda box: awaited(box, "UART_read", 1, 1, 0.5)), None, [65], ["A"], ["B"]),
+    Step("_getStreamingFromPool", "TarnAnalog", on_fake_client, by_row(lambda box: box.AI_readStreaming(0, 1, 0.5)),
+         None, [5.0], [[5.0]], [ROW]),
+    Step("_getStreamingFromPool_async", "TarnAnalog", on_fake_client,
+         by_row(lambda box: awaited(box, "AI_readStreaming", 0, 1, 0.5)), None, [5.0], [[5.0]], [ROW]),
+    Step("_AI_changePortToIndex", "Lattice", on_fake_client, by_row(lambda box: box.AI_readStreaming(1, 1, 0.5)),
+         ((0, 0), {}), 0, [ROW], [ROW]),
+    Step("_AI_changePortToIndex", "Lattice", on_fake_client,
+         by_row(lambda box: awaited(box, "AI_readStreaming", 1, 1, 0.5)), ((0, 0), {}), 0, [ROW], [ROW]),
+    Step("_getDeviceName", "TarnDio", on_fake_client, lambda box: box.Sys_getRTC(), ((), {}), "Any-Wifi",
+         "2024-01-02, 03:04:05", "1924-01-02, 03:04:05"),
+    Step("_getDeviceName", "TarnDio", on_fake_client, lambda box: awaited(box, "Sys_getRTC"), ((), {}), "Any-Wifi",
+         "2024-01-02, 03:04:05", "1924-01-02, 03:04:05"),
 ]
 
 
@@ -103,7 +117,8 @@ def arguments_of(calls):
     made = []
     while not calls.made.empty():
         arguments, named = calls.made.get()
-        made.append((tuple(list(each) if isinstance(each, (list, tuple, bytearray)) else each for each in arguments), named))
+        made.append(
+            (tuple(list(each) if isinstance(each, (list, tuple, bytearray)) else each for each in arguments), named))
     return made
 
 
@@ -133,7 +148,8 @@ def test_a_step_of_an_operation_is_the_one_the_object_has(step, where, when):
         for _ in range(3):
             assert step.use(box) == step.seen
             made = arguments_of(calls)
-            assert made and (step.expected is None or step.expected in made)
+            assert made
+            assert step.expected is None or step.expected in made
         patch.close()
         for _ in range(3):
             assert step.use(box) == step.own
@@ -143,12 +159,14 @@ def test_a_step_of_an_operation_is_the_one_the_object_has(step, where, when):
 # Methods of the client.
 
 CLIENT_STEPS = {
-    "sendPacket": ((REQUEST,), {}), "recvAndSplitPacket": ((pyzvr.TCP_PKT_LENGTH_MAX,), {}), "recvPacket": ((pyzvr.TCP_PKT_LENGTH_MAX,), {}), "_splitPacket": ((), {}),
+    "sendPacket": ((REQUEST,), {}), "recvAndSplitPacket": ((pyzvr.TCP_PKT_LENGTH_MAX,), {}),
+    "recvPacket": ((pyzvr.TCP_PKT_LENGTH_MAX,), {}), "_splitPacket": ((), {}),
 }
 
 
-@pytest.mark.parametrize("where, when", [("instance", "made"), ("instance", "connected"), ("subclass", "before"), ("subclass", "made"), ("subclass", "connected"),
-                                         ("owner", "before"), ("owner", "made"), ("owner", "connected")])
+@pytest.mark.parametrize("where, when", [("instance", "made"), ("instance", "connected"), ("subclass", "before"),
+                                         ("subclass", "made"), ("subclass", "connected"), ("owner", "before"),
+                                         ("owner", "made"), ("owner", "connected")])
 @pytest.mark.parametrize("name", CLIENT_STEPS)
 def test_a_method_of_the_client_is_the_one_it_has(call, name, where, when):
     owner = owner_of(pyzvr.TCPClient, name)
@@ -179,7 +197,9 @@ def test_a_method_of_the_client_is_the_one_it_has(call, name, where, when):
         for _ in range(3):
             assert serial(box, call) == SERIAL
         arguments_of(calls)  # so may another
-        assert serial(box, call) == SERIAL and arguments_of(calls) == [] and isinstance(box.client_cmd.stream, bytes)
+        assert serial(box, call) == SERIAL
+        assert arguments_of(calls) == []
+        assert isinstance(box.client_cmd.stream, bytes)
 
 
 def test_a_client_can_be_replaced_while_it_is_read(call):
@@ -192,7 +212,8 @@ def test_a_client_can_be_replaced_while_it_is_read(call):
             other.connect("127.0.0.1", peers[1].port)
             with mock.patch.object(box, "client_cmd", other):
                 assert serial(box, call) == SERIAL
-            assert box.client_cmd is before and serial(box, call) == SERIAL
+            assert box.client_cmd is before
+            assert serial(box, call) == SERIAL
             other.disconnect()
     for peer in peers:
         peer.close()

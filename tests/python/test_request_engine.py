@@ -1,4 +1,4 @@
-"""The request engine: frames, sends, waits and pools, with a client that is a test double."""
+"""The request engine: frames, sends, waits and pools, with a fake client."""
 
 import asyncio
 import queue
@@ -16,7 +16,7 @@ ECHO = pyzvr.GET_SERIAL_NUMBER
 
 @pytest.fixture
 def silent(bench):
-    """The double answers nothing by itself."""
+    """The fake client answers nothing by itself."""
     bench.client_cmd.replies.clear()
     return bench
 
@@ -106,7 +106,8 @@ def test_an_awaited_late_reply_wakes_the_loop_and_lets_other_tasks_run(silent):
         assert await silent._echoPacketWithRetry_async(ECHO, []) == b"late"
         timer.join()
         spinner.cancel()
-        assert turns > 10 and len(silent.client_cmd.sent) == 1
+        assert turns > 10
+        assert len(silent.client_cmd.sent) == 1
 
     asyncio.run(main())
 
@@ -148,7 +149,8 @@ def test_steps_can_be_overridden_in_python(silent):
     pyzvr.LABEL_DICT["Traced"] = "Traced"
     try:
         product = Traced()
-        assert product.Sys_getSerialNumber() == "SN000001" and product.tries == 3
+        assert product.Sys_getSerialNumber() == "SN000001"
+        assert product.tries == 3
         assert asyncio.run(product.Sys_getSerialNumber_async()) == "ASYNC"
         assert product.prepared == (122, [])
         Traced._echoPacket = lambda *_: 1 / 0
@@ -174,17 +176,19 @@ def test_a_reply_that_is_too_short_fails_in_its_call_only(bench, call):
         call(bench, "Sys_getRTC")
     with pytest.raises(IndexError) as failure:
         call(bench, "DI_readPort", 0)
-    assert isinstance(failure.value, struct.error) and str(failure.value) == "3 bytes or more are wanted, 1 came"
+    assert isinstance(failure.value, struct.error)
+    assert str(failure.value) == "3 bytes or more are wanted, 1 came"
     with pytest.raises(IndexError):
         call(bench, "_setDIOCurrent", 0, 1, 1, 1, 1)
     assert call(bench, "Sys_getSerialNumber") == "SN000001"
 
 
-WRONG_TYPES = [
-    ("DIO", "_setDIOCurrent", (0, "1", 1, 1, 1), "mask: .*str"), ("DIO", "_setDIOCurrent", (None, 1, 1, 1, 1), "port: .*NoneType"),
-    ("System", "Sys_startRTCAlarm", (0, 1, 2, 3, 4.5), "second: .*float"), ("System", "Sys_setDeviceAlias", (5,), "alias: .*int"),
-    ("System", "_setEEPROMPage", (0, 7), "int_list: .*int"), ("System", "_Sys_setSlotMode", (1, "1"), "mode: .*str"),
-]
+WRONG_TYPES = [("DIO", "_setDIOCurrent", (0, "1", 1, 1, 1), "mask: .*str"),
+               ("DIO", "_setDIOCurrent", (None, 1, 1, 1, 1), "port: .*NoneType"),
+               ("System", "Sys_startRTCAlarm", (0, 1, 2, 3, 4.5), "second: .*float"),
+               ("System", "Sys_setDeviceAlias", (5,), "alias: .*int"),
+               ("System", "_setEEPROMPage", (0, 7), "int_list: .*int"),
+               ("System", "_Sys_setSlotMode", (1, "1"), "mode: .*str"), ]
 
 
 @pytest.mark.parametrize("module, operation, arguments, text", WRONG_TYPES)
@@ -214,7 +218,8 @@ def test_a_mask_is_made_after_the_modes_are_read(bench, call):
         bench.client_cmd.sent.clear()
         with mock.patch.object(bench, "_getPinIndexInInt", side_effect=lambda _: len(bench.client_cmd.sent)):
             assert call(bench, operation, 0, pins) == 0
-        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0", b"\0\0\1"]  # one request was out when it was made
+        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0",
+                                                                   b"\0\0\1"]  # one request was out when it was made
 
 
 def test_a_clock_counts_as_the_name_says(bench, call, monkeypatch):
@@ -250,8 +255,11 @@ def test_stream_frames_wait_under_their_key(bench, command, data, key, stored):
     assert bench._checkCommandType(command, data) == "streaming"
     fifo = bench.data_pool_strm[key]
     bench._putToDataPool(command, data)
-    assert fifo is not None and fifo.qsize() == 1 and fifo.get_nowait() == stored
-    assert key in bench.data_pool_strm and list(bench.data_pool_strm) == [key]
+    assert fifo is not None
+    assert fifo.qsize() == 1
+    assert fifo.get_nowait() == stored
+    assert key in bench.data_pool_strm
+    assert list(bench.data_pool_strm) == [key]
 
 
 def test_frames_too_short_for_their_class_fail(bench):
@@ -276,9 +284,12 @@ def test_broadcasts_are_deduplicated_and_other_directions_ignored(bench, monkeyp
     records = call(bench, "_broadcastPacket", pyzvr.GET_DEVICE_INFO, [0])
     assert time.perf_counter() - begin >= pyzvr.PACKET_TIMEOUT
     assert bench.client_udp.sent == pyzvr.NUM_BCST_RETRIES
-    assert records == {b"one", b"two"} and len(records) == 2 and b"one" in records
+    assert records == {b"one", b"two"}
+    assert len(records) == 2
+    assert b"one" in records
     bench._putToDataPool(pyzvr.GET_DEVICE_INFO, b"\x01three")
-    assert len(records) == 3 and len(bench.data_pool_bcst[pyzvr.GET_DEVICE_INFO]) == 3
+    assert len(records) == 3
+    assert len(bench.data_pool_bcst[pyzvr.GET_DEVICE_INFO]) == 3
 
 
 def test_the_streaming_read_has_the_shapes_of_its_contract(bench, call):
@@ -308,10 +319,13 @@ def test_fifo_is_the_queue_of_the_host():
     fifo = pyzvr.Fifo(2)
     fifo.put(None)
     fifo.put_nowait(b"x")
-    assert fifo.full() and fifo.maxsize == 2
+    assert fifo.full()
+    assert fifo.maxsize == 2
     with pytest.raises(queue.Full):
         fifo.put(b"y", timeout=0.01)
-    assert fifo.get() is None and fifo.get(timeout=1) == b"x" and fifo.empty()
+    assert fifo.get() is None
+    assert fifo.get(timeout=1) == b"x"
+    assert fifo.empty()
     with pytest.raises(queue.Empty):
         fifo.get_nowait()
     item = [1, object()]
@@ -343,6 +357,7 @@ def test_gathered_requests_do_not_mix_replies(bench):
     bench.client_cmd.replies = {command: (lambda data, c=command: bytes([c]) + data) for command in range(50, 58)}
 
     async def main():
-        return await asyncio.gather(*(bench._echoPacketWithRetry_async(command, [command]) for command in range(50, 58)))
+        return await asyncio.gather(*(bench._echoPacketWithRetry_async(command, [command])
+                                      for command in range(50, 58)))
 
     assert asyncio.run(main()) == [bytes([command, command]) for command in range(50, 58)]

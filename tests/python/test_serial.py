@@ -48,7 +48,9 @@ def line():
 
 def test_connection_messages_and_speed(line, capsys):
     drone = pyzvr.Drone()
-    assert drone.port is None and drone.baudrate is None and drone.client_cmd.socket == 0
+    assert drone.port is None
+    assert drone.baudrate is None
+    assert drone.client_cmd.socket == 0
     drone.connect(line.port)
     drone.connect("elsewhere")
     assert (drone.port, drone.baudrate, drone.client_cmd.read_timeout) == (line.port, 91600, 0.05)
@@ -58,13 +60,15 @@ def test_connection_messages_and_speed(line, capsys):
     drone.disconnect()
     drone.disconnect()
     drone.connect(line.port, 115200, verbose=False)
-    assert drone.baudrate == 115200 and drone.Drone_getSerialNumber() == "SN000001"
+    assert drone.baudrate == 115200
+    assert drone.Drone_getSerialNumber() == "SN000001"
     drone.close()
     drone.close()
     assert capsys.readouterr().out.splitlines() == [
         "Opened handle (Drone)", f"Connected to Drone ({line.port})", f"Disconnected from Drone ({line.port})",
         f"Disconnected from Drone ({line.port})", "Closed handle (Drone)"]
-    assert drone.client_cmd is None and drone.killed
+    assert drone.client_cmd is None
+    assert drone.killed
     drone.recv_cmd_thread.join(5)
     assert not drone.recv_cmd_thread.is_alive()
 
@@ -74,7 +78,8 @@ def test_what_is_no_serial_port(port):
     with pyzvr.Drone() as drone:
         with pytest.raises(pyzvr.UARTConnectionError, match="Failed to connect to drone. Please check COM port."):
             drone.connect(port)
-        assert not drone.connect_status_cmd and drone.recv_cmd_lock.locked()
+        assert not drone.connect_status_cmd
+        assert drone.recv_cmd_lock.locked()
 
 
 def test_busy_port_and_impossible_speed(line):
@@ -119,7 +124,8 @@ def test_reads_of_the_client_itself(line):
     while not frames:
         frames = client.recvAndSplitPacket(4)
     assert frames == [(0x2800, b"\0SN000001\0")]
-    assert client.disconnect() is True and client.socket == 0
+    assert client.disconnect() is True
+    assert client.socket == 0
 
 
 def test_read_timeout_and_an_object_in_place_of_the_line(line):
@@ -130,7 +136,8 @@ def test_read_timeout_and_an_object_in_place_of_the_line(line):
     answer.start()
     assert client.recvPacket(64) == b"late"
     client.read_timeout = 0.001
-    assert client.read_timeout == 0.001 and client.recvPacket(64) == b""
+    assert client.read_timeout == 0.001
+    assert client.recvPacket(64) == b""
     held = client.socket
     client.disconnect()
     assert held.fileno() == -1
@@ -153,7 +160,9 @@ def test_read_timeout_and_an_object_in_place_of_the_line(line):
     client.socket = port = Port()
     client.sendPacket(SERIAL_REPLY)
     assert client.recvAndSplitPacket(64) == [(0x2800, b"\0SN000001\0")]
-    assert client.disconnect() is True and client.socket == 0 and port.closed == 1
+    assert client.disconnect() is True
+    assert client.socket == 0
+    assert port.closed == 1
 
 
 def test_disconnect_ends_a_long_read_of_another_thread(line):

@@ -7,7 +7,7 @@ import subprocess
 from collections import deque
 
 import pytest
-from conftest import running_simulator, simulator_program
+from simulators import running_simulator, simulator_program
 
 import pyzvr
 

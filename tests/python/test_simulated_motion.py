@@ -5,7 +5,7 @@ import socket
 import struct
 
 import pytest
-from conftest import running_simulator
+from simulators import running_simulator
 
 import pyzvr
 

@@ -8,7 +8,7 @@ import socket
 import subprocess
 
 import pytest
-from conftest import connected, running_simulator
+from simulators import connected, running_simulator
 
 import pyzvr
 

@@ -33,27 +33,35 @@ def begin(call, box, port=0, rate=4000, mode=2, samples=0, selects=None):
     assert call(box, "AI_open", port) == 0
     if selects:
         assert call(box, "AI_enableCS", port, selects) == 0
-    steps = [call(box, "AI_setMode", port, mode), call(box, "AI_setSamplingRate", port, rate), call(box, "AI_setNumSamples", port, samples)]
+    steps = [
+        call(box, "AI_setMode", port, mode),
+        call(box, "AI_setSamplingRate", port, rate),
+        call(box, "AI_setNumSamples", port, samples)
+    ]
     device_port = port - isinstance(box, pyzvr.Lattice)  # this one operation does not count from 1
-    assert steps == [0, 0, 0] and call(box, "AI_openStreaming", device_port) == [samples, rate, mode]
+    assert steps == [0, 0, 0]
+    assert call(box, "AI_openStreaming", device_port) == [samples, rate, mode]
     assert call(box, "AI_startStreaming", port) == 0
 
 
 def end(call, box, port=0):
-    assert call(box, "AI_closeStreaming", port) == 0 and call(box, "AI_close", port) == 0
+    assert call(box, "AI_closeStreaming", port) == 0
+    assert call(box, "AI_close", port) == 0
 
 
-@pytest.mark.parametrize("model, port, rate, selects", [
-    ("TarnAnalog", 0, 20000, None), ("TarnAnalog24", 0, 10000, None), ("HeronAnalog", 0, 10000, None), ("HeronFast", 0, 20000, None),
-    ("HeronMixed", 0, 10000, None), ("Lattice", 1, 12000, [1]), ("Lattice", 4, 6000, [0, 2]), ("LatticeLite", 2, 4000, [0, 1, 2]),
-])
+@pytest.mark.parametrize("model, port, rate, selects",
+                         [("TarnAnalog", 0, 20000, None), ("TarnAnalog24", 0, 10000, None),
+                          ("HeronAnalog", 0, 10000, None), ("HeronFast", 0, 20000, None),
+                          ("HeronMixed", 0, 10000, None), ("Lattice", 1, 12000, [1]), ("Lattice", 4, 6000, [0, 2]),
+                          ("LatticeLite", 2, 4000, [0, 1, 2]), ])
 def test_every_row_arrives_in_order(call, model, port, rate, selects):
     ratio, selected = TWENTY_FOUR if model.endswith("24") else SIXTEEN, len(selects or [0])
     with connected(model, "--wave", "*:count") as box:
         begin(call, box, port, rate, selects=selects)
         assert call(box, "AI_readStreaming", port, 100, 5) == counted(0, 100, ratio, selected)
         block = call(box, "AI_readStreamingBlock", port, 1500, 5)
-        assert block.shape == (1500, 8 * selected) and block.tolist() == counted(100, 1500, ratio, selected)
+        assert block.shape == (1500, 8 * selected)
+        assert block.tolist() == counted(100, 1500, ratio, selected)
         room = array.array("d", bytes(8 * 8 * selected * 300))
         assert call(box, "AI_readStreamingInto", port, room, 5) == 300
         assert room.tolist() == [value for row in counted(1600, 300, ratio, selected) for value in row]
@@ -69,9 +77,11 @@ def test_run_of_a_number_of_samples_ends_by_itself(call):
     with connected("TarnAnalog", "--wave", "*:count") as box:
         begin(call, box, mode=1, samples=777, rate=20000)
         assert call(box, "AI_readStreaming", 0, 777, 5) == counted(0, 777)
-        assert call(box, "AI_readStreaming", 0, 1, 0.05) == [] and call(box, "_AI_getCounter", 0)[0] == 777
+        assert call(box, "AI_readStreaming", 0, 1, 0.05) == []
+        assert call(box, "_AI_getCounter", 0)[0] == 777
         end(call, box)
-        assert call(box, "AI_setMode", 0, 0) == 0 and len(call(box, "AI_readOnDemand", 0)) == 8
+        assert call(box, "AI_setMode", 0, 0) == 0
+        assert len(call(box, "AI_readOnDemand", 0)) == 8
 
 
 def test_channels_and_chip_selects_of_several_ports_at_once(call):
@@ -87,8 +97,10 @@ def test_channels_and_chip_selects_of_several_ports_at_once(call):
 
 def test_what_the_device_refuses_comes_back_as_a_code_and_starts_nothing(call):
     with connected("TarnAnalog") as box:
-        assert call(box, "AI_open", 0) == 0 and call(box, "AI_setSamplingRate", 0, 0) == -7017
-        assert call(box, "AI_startStreaming", 0) == 0 and call(box, "AI_readStreaming", 0, 1, 0.05) == []
+        assert call(box, "AI_open", 0) == 0
+        assert call(box, "AI_setSamplingRate", 0, 0) == -7017
+        assert call(box, "AI_startStreaming", 0) == 0
+        assert call(box, "AI_readStreaming", 0, 1, 0.05) == []
 
 
 def test_outputs_are_seen_by_the_inputs_that_they_lead_to(call):
@@ -102,9 +114,11 @@ def test_outputs_are_seen_by_the_inputs_that_they_lead_to(call):
             assert call(box, "AI_readStreaming", port, 5, 5) == [seen] * 5
 
 
-@pytest.mark.parametrize("options", [("--duplicate", "1"), ("--flood", "2000"), ("--split", "700"), ("--coalesce", "7")])
+@pytest.mark.parametrize("options", [("--duplicate", "1"), ("--flood", "2000"), ("--split", "700"),
+                                     ("--coalesce", "7")])
 def test_bad_links_cannot_disturb_another_device(options):
-    with connected("TarnAnalog", "--wave", "*:count") as good, connected("TarnAnalog", "--wave", "*:count", *options) as bad:
+    with connected("TarnAnalog", "--wave", "*:count") as good, connected("TarnAnalog", "--wave", "*:count",
+                                                                         *options) as bad:
         for box in (good, bad):
             box.AI_open(0)
             box._sendPacketWithoutReply(pyzvr.OPEN_AI_STREAMING, [0])
@@ -112,7 +126,9 @@ def test_bad_links_cannot_disturb_another_device(options):
             box.AI_startStreaming(0)
         assert good.AI_readStreaming(0, 2000, 10) == counted(0, 2000)
         rows = bad.AI_readStreaming(0, 200, 10)
-        assert len(rows) == 200 and ([row for i, row in enumerate(rows) if row not in rows[:i]] == rows) == (options[0] != "--duplicate")
+        assert len(rows) == 200
+        assert ([row for i, row in enumerate(rows) if row not in rows[:i]]
+                                     == rows) == (options[0] != "--duplicate")
 
 
 def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):
@@ -127,7 +143,8 @@ def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):
         for data in (b"\0\0" + whole, b"\0\0" + whole[:-3], b"\0\0" + whole):
             connection.sendall(bytes(pyzvr.Packet_based()._preparePacket(pyzvr.START_AI_STREAMING, list(data))))
         broken.ai_stream_thread.join(5)
-        assert not broken.ai_stream_thread.is_alive() and failures == [(ValueError, "_AIStreamThread")]
+        assert not broken.ai_stream_thread.is_alive()
+        assert failures == [(ValueError, "_AIStreamThread")]
         assert broken.AI_readStreaming(0, 10, 0.01) == counted(0, 2)
         begin(blocking, good)
         assert good.AI_readStreaming(0, 500, 5) == counted(0, 500)
@@ -141,13 +158,15 @@ def test_reader_that_comes_late_loses_the_newest_rows_and_hears_of_it():
         begin(blocking, box, mode=1, samples=1_000_600, rate=20000)
         while box.AI_getDroppedRows(0) < 600:
             box._AI_getCounter(0)
-        assert box.AI_getBacklog(0) == 1_000_000 and "AI queue overflow" in str(caught[0].message)
+        assert box.AI_getBacklog(0) == 1_000_000
+        assert "AI queue overflow" in str(caught[0].message)
         assert box.AI_readStreamingBlock(0, 1_000_000).shape == (1_000_000, 8)
 
 
 def test_sixteen_streams_in_one_loop():
     async def follow(box, count):
-        for step, *arguments in (("open", 0), ("setMode", 0, 2), ("setSamplingRate", 0, 5000), ("openStreaming", 0), ("startStreaming", 0)):
+        for step, *arguments in (("open", 0), ("setMode", 0, 2), ("setSamplingRate", 0, 5000), ("openStreaming", 0),
+                                 ("startStreaming", 0)):
             await getattr(box, f"AI_{step}_async")(*arguments)
         rows = []
         while len(rows) < count:

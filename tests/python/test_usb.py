@@ -23,7 +23,10 @@ def seen_in(scenario, *devices):
     simulator = subprocess.Popen([program, *devices, "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     try:
         bus = json.loads(simulator.stdout.readline())
-        child = {**os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])), "UMOCKDEV_DIR": bus["root"]}
+        child = {
+            **os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])),
+            "UMOCKDEV_DIR": bus["root"]
+        }
         control = simulator.stdin.fileno()
         run = subprocess.run([sys.executable, LAB, scenario, str(control)], stdin=simulator.stdout, env=child,
                              pass_fds=[control], capture_output=True, text=True, timeout=60)
@@ -70,8 +73,10 @@ def test_transfers_have_at_least_64_bytes():
     frames = [bytes.fromhex(each) for each in report["out"][:3]]
     bodies = [bytes([pyzvr.GET_THREADS]) + b"A" * length for length in (0, 58, 59)]
     expected = [b"\2" + len(body).to_bytes(2, "big") + body + b"\r\n" for body in bodies]
-    assert frames == [frame.ljust(64, b"\0") for frame in expected] and [len(each) for each in frames] == [64, 64, 65]
-    assert report["quiet"] == ["USBTimeoutError", False, 110] and report["replies"] == 3
+    assert frames == [frame.ljust(64, b"\0") for frame in expected]
+    assert [len(each) for each in frames] == [64, 64, 65]
+    assert report["quiet"] == ["USBTimeoutError", False, 110]
+    assert report["replies"] == 3
     assert report["busy"] is None or report["busy"][0] in ("USBError", "ReceivePacketTimeoutError")
 
 
@@ -83,17 +88,26 @@ def test_requests_in_both_forms_lose_nothing_and_devices_are_let_go():
 
 def test_pulses_are_counted_in_simulated_time():
     report = seen_in("pulses", "SableDio")
-    assert report["refused"] == pyzvr.errFirmwarePulse and report["ready"] == [0] * 9
-    assert report["set"] == [2**48 - 1, -3, 1] and report["counted"] == [0, 0, 200000.0, 100.0]
-    assert report["still"] == [True, True] and report["stopped"] == [0, 0] and report["closed"] == [0, 0, 0]
+    assert report["refused"] == pyzvr.errFirmwarePulse
+    assert report["ready"] == [0] * 9
+    assert report["set"] == [2**48 - 1, -3, 1]
+    assert report["counted"] == [0, 0, 200000.0, 100.0]
+    assert report["still"] == [True, True]
+    assert report["stopped"] == [0, 0]
+    assert report["closed"] == [0, 0, 0]
 
 
 def test_unplugging_is_reported_a_few_times_and_survived():
     report = seen_in("unplugging", "SableDio")
     assert report["request"][0] in ("ReceivePacketTimeoutError", "USBError")
-    assert report["reported"] and report["kinds"] == ["USBError"] and report["few"] and not report["busy"]
+    assert report["reported"]
+    assert report["kinds"] == ["USBError"]
+    assert report["few"]
+    assert not report["busy"]
     assert report["awaited"][0] in ("TimeoutError", "USBError")
-    assert report["gone"] == ["USBConnectionError", True, None] and report["listed"] == [] and report["back"] == "BACK"
+    assert report["gone"] == ["USBConnectionError", True, None]
+    assert report["listed"] == []
+    assert report["back"] == "BACK"
 
 
 class Failing:
@@ -119,7 +133,8 @@ def reports(monkeypatch):
 
 def test_failed_reads_are_printed_and_timeouts_are_not(reports):
     with pyzvr.SableDio() as box:
-        client = box.client_cmd = Failing(pyzvr.USBTimeoutError(110, "late"), ValueError("odd"), pyzvr.USBTimeoutError())
+        client = box.client_cmd = Failing(pyzvr.USBTimeoutError(110, "late"), ValueError("odd"),
+                                          pyzvr.USBTimeoutError())
         box.recv_cmd_lock.release()
         assert client.done.wait(5)
         box.recv_cmd_lock.acquire()
@@ -132,11 +147,13 @@ def test_missing_client_is_reported_unless_the_handle_is_closed(monkeypatch):
     monkeypatch.setattr(pyzvr, "printGenericError", lambda failure: (failures.append(failure), reported.set()))
     box = pyzvr.SableDio()
     box.recv_cmd_lock.release()
-    assert reported.wait(5) and isinstance(failures[0], AttributeError)
+    assert reported.wait(5)
+    assert isinstance(failures[0], AttributeError)
     box.close()
     box.recv_cmd_thread.join(5)
     count = len(failures)
-    assert not box.recv_cmd_thread.is_alive() and count < 3
+    assert not box.recv_cmd_thread.is_alive()
+    assert count < 3
     with pytest.raises(pyzvr.USBConnectionError, match="The handle is closed"):
         box.connect()
 
@@ -146,4 +163,6 @@ def test_no_device_and_the_warning_about_the_library(capsys):
         assert pyzvr.getLibUSB1() is None
     with pyzvr.SableDio() as box, pytest.warns(UserWarning), pytest.raises(pyzvr.USBConnectionError):
         box.connect()
-    assert box.serial_num is None and not box.connect_status_cmd and "test_usb.py" in capsys.readouterr().out
+    assert box.serial_num is None
+    assert not box.connect_status_cmd
+    assert "test_usb.py" in capsys.readouterr().out

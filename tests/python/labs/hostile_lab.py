@@ -25,9 +25,13 @@ import warnings
 
 import pyzvr
 
-FORBIDDEN = ("Unable to cast", "_M_", "std::", "map::at", "vector::", "basic_string", "stoi", "stod", "bad_", "pybind11", "C++", "bad allocation", "__n (which is")
+FORBIDDEN = ("Unable to cast", "_M_", "std::", "map::at", "vector::", "basic_string", "stoi", "stod", "bad_",
+             "pybind11", "C++", "bad allocation", "__n (which is")
 # Those that wait for devices or answers by design, so long that a run would be theirs alone.
-SLOW = {"connect", "connect_async", "Bcst_enumerateNetworkDevices", "Bcst_checkMACAndRing", "Bcst_checkMACAndReboot", "Bcst_checkMACAndSetIP", "_broadcastPacket", "sendBcstPacket"}
+SLOW = {
+    "connect", "connect_async", "Bcst_enumerateNetworkDevices", "Bcst_checkMACAndRing", "Bcst_checkMACAndReboot",
+    "Bcst_checkMACAndSetIP", "_broadcastPacket", "sendBcstPacket"
+}
 
 
 class Raising:
@@ -147,7 +151,8 @@ def self_containing():
     return inner
 
 
-NUMBERS = (None, True, 0, 1, 2, -1, 7, 255, 256, 65536, 2**31, 2**32, 2**63, -2**63, 2**64, 10**40, 0.0, 0.001, -0.5, 1e300, 1j, float("nan"), float("inf"), float("-inf"))
+NUMBERS = (None, True, 0, 1, 2, -1, 7, 255, 256, 65536, 2**31, 2**32, 2**63, -2**63, 2**64, 10**40, 0.0, 0.001, -0.5,
+           1e300, 1j, float("nan"), float("inf"), float("-inf"))
 TEXTS = ("", "x", "1.2.3.4", "\udc80", "a\0b", b"", b"ab", (1, 2), range(3), int, len, sys, pyzvr.TarnDio)
 VALUES = {  # what is given as an argument: made anew for each call, from the boxes
     **{repr(value): lambda boxes, value=value: value for value in NUMBERS + TEXTS},
@@ -173,7 +178,8 @@ def callables():
         if inspect.isclass(value):
             yield name, None, value
             for member in sorted(vars(value)):
-                if member not in ("__doc__", "__module__", "__dict__", "__weakref__", "__annotations__", "__orig_bases__", "__parameters__", "__class_getitem__"):
+                if member not in ("__doc__", "__module__", "__dict__", "__weakref__", "__annotations__",
+                                  "__orig_bases__", "__parameters__", "__class_getitem__"):
                     yield f"{name}.{member}", value, vars(value)[member]
         elif callable(value) or isinstance(value, operation):
             yield name, None, value
@@ -235,7 +241,17 @@ def main(path, seed, seconds, only=None):
     threading.excepthook = lambda _: None
     sys.unraisablehook = lambda _: None
     os.chdir(os.path.dirname(path) or ".")
-    boxes = [pyzvr.TarnDio(), pyzvr.SableCan(), pyzvr.Lattice(), pyzvr.HeronImu(), pyzvr.TarnOut(), pyzvr.Pawl(), pyzvr.Drone(), pyzvr.DeviceFinder(), pyzvr.TarnThermo()]
+    boxes = [
+        pyzvr.TarnDio(),
+        pyzvr.SableCan(),
+        pyzvr.Lattice(),
+        pyzvr.HeronImu(),
+        pyzvr.TarnOut(),
+        pyzvr.Pawl(),
+        pyzvr.Drone(),
+        pyzvr.DeviceFinder(),
+        pyzvr.TarnThermo()
+    ]
     selves = dict(one_of_each())
     targets = list(callables())
     names = sorted(VALUES)

@@ -166,7 +166,9 @@ def forking():
         for end in (lambda: os._exit(0), box.close, box.disconnect, lambda: box.__dict__.clear()):
             child = os.fork()
             if child == 0:
-                refused = [failure_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))]
+                refused = [
+                    failure_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))
+                ]
                 right = refused[1][0] == "USBConnectionError" and all(each[1] for each in refused)
                 right = right and not box.recv_cmd_thread.is_alive()
                 failure_of(end)
@@ -182,7 +184,12 @@ def streaming():
     with pyzvr.SableAnalog() as box:
         box.connect()
         for channels, rate in ((8, 2000), (3, 6300)):
-            ready = [box.AI_open(0), box.AI_enableChannel(0, channels), box.AI_setMode(0, 2), box.AI_setSamplingRate(0, rate)]
+            ready = [
+                box.AI_open(0),
+                box.AI_enableChannel(0, channels),
+                box.AI_setMode(0, 2),
+                box.AI_setSamplingRate(0, rate)
+            ]
             opened = box.AI_openStreaming(0)[1:]
             box.AI_startStreaming(0)
             rows = box.AI_readStreaming(0, 1500, 10)
@@ -215,8 +222,10 @@ def unplugging():
         listed = box._getAllUSBDevices()
         control("plug SableDio:BACK")
         box.connect()
-        return {"request": request, "reported": reported, "kinds": sorted(set(reports)), "few": len(reports) < 8,
-                "awaited": awaited, "busy": spent > 0.25, "gone": gone, "listed": listed, "back": box.Sys_getSerialNumber()}
+        return {
+            "request": request, "reported": reported, "kinds": sorted(set(reports)), "few": len(reports) < 8,
+            "awaited": awaited, "busy": spent > 0.25, "gone": gone, "listed": listed, "back": box.Sys_getSerialNumber()
+        }
 
 
 if __name__ == "__main__":
