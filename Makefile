@@ -29,9 +29,10 @@ build: ## Builds the importable package build/pyzvr/ and the simulator
 demo: build ## Runs the main job against the simulator
 	$(PYTHON) examples/demo.py
 
-check: ## Checks the format of C++ code, and Python code for unused and unknown names
+check: ## Checks the format of C++ code, that no layer includes a higher one, and names in Python code
 	$(call setup,check)
 	find $(SOURCES) -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
+	$(PYTHON) tools/layers.py
 	$(PYTHON) -m pyflakes examples bench tests tools
 
 test: build ## Runs all tests

@@ -21,7 +21,7 @@ namespace {
 
 void prepare(pybind11::module_& module) {
     using namespace zvr::python;
-    rememberMainThread(hostObject("threading", "main_thread")().attr("ident").cast<unsigned long>());
+    rememberMainThread(pythonObject("threading", "main_thread")().attr("ident").cast<unsigned long>());
 #ifdef __linux__
     ::pthread_atfork(nullptr, nullptr, [] { rememberMainThread(PyThread_get_thread_ident()); });
 #endif

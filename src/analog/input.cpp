@@ -37,7 +37,7 @@ void closeFlag(py::handle self) {
     for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());
 }
 
-Result openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) {
+Task openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) {
     const AnalogInput& traits = traitsOfInput(op.self());
     if (traits.configuresPort0) port = py::int_(0);
     if (traits.opensByItself) {
@@ -99,7 +99,7 @@ void checkRate(py::handle self, const Object& port, const Object& rate) {
     if (limit && rate > py::float_(*limit)) throw Failure(FailureId::AIRateNotVaildError);
 }
 
-Result setMode(Op op, Object port, Object mode) {
+Task setMode(Op op, Object port, Object mode) {
     port = configuredPort(op.self(), port);
     op.call("_checkAIPort", port);
     op.call("_checkAIMode", mode);
@@ -163,10 +163,10 @@ Reply streamingSettings() {
             {"list[int | float]", "number of samples, sampling rate in Hz, and mode", "the device"}};
 }
 
-Result startStreaming(Op op, Object port) {
+Task startStreaming(Op op, Object port) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
-    co_await op.same("_sendPacketWithoutReply", attribute(op.self(), "ai_strm_cmd"), payload(port));
+    co_await op.callSameForm("_sendPacketWithoutReply", attribute(op.self(), "ai_strm_cmd"), payload(port));
     co_return py::int_(0);
 }
 
@@ -230,7 +230,7 @@ void appendSamples(py::handle self, py::list& values, const Bytes& data) {
     for (std::size_t i = 0; i < channels; ++i) values.append((*scale)(read16(samples.data() + 2 * i)));
 }
 
-Result readOnDemand(Op op, Object port) {
+Task readOnDemand(Op op, Object port) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     py::list values;
@@ -245,7 +245,7 @@ Result readOnDemand(Op op, Object port) {
     co_return values;
 }
 
-Result enableChannels(Op op, Object port, Object channels) {
+Task enableChannels(Op op, Object port, Object channels) {
     if (traitsOfInput(op.self()).enables != Enables::channels) throw Failure(FailureId::APINotSupportError);
     op.call("_checkAIPort", port);
     op.call("_checkAIChannel", channels);
@@ -254,7 +254,7 @@ Result enableChannels(Op op, Object port, Object channels) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result enableChipSelects(Op op, Object slot, Object chipSelects) {
+Task enableChipSelects(Op op, Object slot, Object chipSelects) {
     if (traitsOfInput(op.self()).enables != Enables::chipSelects) throw Failure(FailureId::APINotSupportError);
     const Object port = devicePort(op.self(), slot);
     op.call("_checkAIPort", port);
@@ -268,7 +268,7 @@ Result enableChipSelects(Op op, Object slot, Object chipSelects) {
 
 constexpr int allTriggerModes = 7;
 
-Result setTriggerMode(Op op, Object port, Object mode) {
+Task setTriggerMode(Op op, Object port, Object mode) {
     const int modes = traitsOfInput(op.self()).triggerModes;
     if (isOneFrom(mode, modes, allTriggerModes - modes)) throw Failure(FailureId::APINotSupportError);
     port = devicePort(op.self(), port);

@@ -64,7 +64,7 @@ void defineAnalogInput24(Package& package) {
     defineInputReading(streaming);
 
     Feature current(package, "AI24BitModule", {"Packet", "AIUnion"}, "Inputs of currents and voltages, on demand.");
-    current.offers({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"}});
+    current.constructorFields({{"ai_dict", "dict[int, list[int]]", "ports of the analog input"}});
     defineInputConfiguration(current);
     current.operation(readRow(offsetBinary(), 255));
 }

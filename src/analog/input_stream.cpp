@@ -115,14 +115,14 @@ Selection select(py::handle self, const Object& port) {
 }
 
 // Waits until each queue has this many rows, for `delay` seconds at most; gives the number that all have.
-Result awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, double delay) {
+Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, double delay) {
     const Deadline deadline = deadlineIn(delay);
     if (delay <= 0) co_return py::int_(0);
     constexpr double look = 0.001;
     while (selection->size() < count && Clock::now() < deadline) {
         if (!op.awaitable() && selection->ours()) {
-            blocking([&](const Attend& attend) {
-                for (const auto& queue : selection->queues) queue->waitForSize(count, deadline, attend);
+            blocking([&](const InterruptCheck& onWait) {
+                for (const auto& queue : selection->queues) queue->waitForSize(count, deadline, onWait);
                 return true;
             });
             break;
@@ -134,12 +134,12 @@ Result awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count,
 }
 
 // The steps for queues or ways to read them that are not ours: row by row through the object.
-Result readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows, Object delay) {
+Task readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows, Object delay) {
     py::list result;
     for (std::size_t row = 0; row < rows; ++row) {
         py::list flat;
         for (const Object& queue : selection->objects) {
-            const Object part = co_await op.same("_getStreamingFromPool", queue, py::int_(1), delay);
+            const Object part = co_await op.callSameForm("_getStreamingFromPool", queue, py::int_(1), delay);
             callMethod(flat, "extend", part);
         }
         result.append(flat);
@@ -148,7 +148,7 @@ Result readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t row
 }
 
 // What all readings begin with: the port is checked, and rows are waited for.
-Result beginReading(Op op, Object port, double delay, std::shared_ptr<Selection> selection, std::size_t count) {
+Task beginReading(Op op, Object port, double delay, std::shared_ptr<Selection> selection, std::size_t count) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     *selection = select(op.self(), port);
@@ -157,7 +157,7 @@ Result beginReading(Op op, Object port, double delay, std::shared_ptr<Selection>
 
 std::size_t atLeastNone(Py_ssize_t count) { return static_cast<std::size_t>(std::max(count, Py_ssize_t{0})); }
 
-Result readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
+Task readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
     const auto selection = std::make_shared<Selection>();
     const double seconds = secondsOf(delay, "delay");
     const Object found = co_await op.run(beginReading(op, port, seconds, selection, atLeastNone(count)));
@@ -181,7 +181,7 @@ RowsTaken takeUniform(const Selection& selection, std::size_t count, std::size_t
     return RowQueue::takeUniform(selection.queues, count, mostValues);
 }
 
-Result readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
+Task readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
     const auto selection = std::make_shared<Selection>();
     const Object found = co_await op.run(beginReading(op, port, delay, selection, atLeastNone(count)));
     const RowsTaken taken = takeUniform(*selection, py::cast<std::size_t>(found));
@@ -224,7 +224,7 @@ private:
     Py_buffer view_{};
 };
 
-Result readInto(Op op, Object port, Object buffer, Seconds delay) {
+Task readInto(Op op, Object port, Object buffer, Seconds delay) {
     const auto memory = std::make_shared<WritableDoubles>(buffer);
     const auto selection = std::make_shared<Selection>();
     // How many rows fit shows when they are there: their width may be an older one.

@@ -102,7 +102,7 @@ void putMarker(py::handle queue) {
     try {
         callMethod(queue, "put_nowait", py::none());
     } catch (const py::error_already_set& failure) {
-        if (!failure.matches(hostObject("queue", "Full"))) throw;
+        if (!failure.matches(pythonObject("queue", "Full"))) throw;
     }
 }
 

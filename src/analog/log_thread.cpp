@@ -3,7 +3,7 @@
 #include <set>
 
 #include "analog/log_parts.h"
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 #include "core/wire/constants.h"
 #include "python/arguments.h"
 #include "python/raising.h"
@@ -19,7 +19,7 @@ constexpr const char* bodyName = "_saveStreamingDataThread";
 
 // Touched under the interpreter lock only.
 std::set<std::shared_ptr<LogThread>>& threads() {
-    static auto& all = immortal<std::set<std::shared_ptr<LogThread>>>();
+    static auto& all = neverDestroyed<std::set<std::shared_ptr<LogThread>>>();
     return all;
 }
 
@@ -43,8 +43,8 @@ LogThread::Pause::Pause(LogThread& thread) : thread_(thread) {
     ++thread_.pauses_;
     try {
         const std::uint64_t begun = thread_.writes_.begun();
-        blocking([&](const Attend& attend) {
-            waitAttended(forever, attend, [&](Deadline until) { return thread_.writes_.await(begun, until); });
+        blocking([&](const InterruptCheck& onWait) {
+            waitInterruptibly(forever, onWait, [&](Deadline until) { return thread_.writes_.await(begun, until); });
         });
     } catch (...) {
         --thread_.pauses_;
@@ -127,8 +127,8 @@ void LogThread::wake() {
 void LogThread::inherit(LogFields left) {
     if (isForeign()) {
         // What the file has not given to the disk yet is the parent's to write: it must never be closed here.
-        (void)immortal(std::move(left));
-        (void)immortal(shared_from_this());
+        (void)neverDestroyed(std::move(left));
+        (void)neverDestroyed(shared_from_this());
         return;
     }
     ended_ = true;
@@ -205,21 +205,21 @@ Object LogThread::take(const Object& queue, bool waits) {
         if (!waits) return callMethod(queue, "get", py::bool_(false));
         return callMethod(queue, "get", py::bool_(true), timeLimit());
     } catch (const py::error_already_set& failure) {
-        if (!failure.matches(hostObject("queue", "Empty"))) throw;
+        if (!failure.matches(pythonObject("queue", "Empty"))) throw;
         return {};
     }
 }
 
-void LogThread::awaitChange(std::uint64_t seen, Deadline deadline, const Attend& attend) {
+void LogThread::awaitChange(std::uint64_t seen, Deadline deadline, const InterruptCheck& onWait) {
     const WithoutGil released;
-    waitAttended(deadline, attend, [&](Deadline until) {
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(changed_, lock, until, [&] { return changes_ != seen; });
     });
 }
 
 template <class Look, class Over>
-void LogThread::passGate(const Attend& attend, const Look& look, const Over& over) {
+void LogThread::passGate(const InterruptCheck& onWait, const Look& look, const Over& over) {
     for (;;) {
         const std::uint64_t seen = changes_;
         if (over()) return;
@@ -228,12 +228,12 @@ void LogThread::passGate(const Attend& attend, const Look& look, const Over& ove
         const Standing standing(*this);
         const auto gate = lock ? ownGate(lock) : nullptr;
         if (!gate) {
-            awaitChange(seen, lock ? Clock::now() + lockPoll : forever, attend);
+            awaitChange(seen, lock ? Clock::now() + lockPoll : forever, onWait);
             continue;
         }
         gate_ = gate;
         const WithoutGil released;
-        waitAttended(forever, attend, [&](Deadline until) {
+        waitInterruptibly(forever, onWait, [&](Deadline until) {
             const std::uint64_t turn = gate->turn();
             if (gate->locked() && changes_ == seen) gate->awaitTurn(turn, until);
             return !gate->locked() || changes_ != seen;
@@ -241,11 +241,11 @@ void LogThread::passGate(const Attend& attend, const Look& look, const Over& ove
     }
 }
 
-void LogThread::awaitPauseEnd(const Attend& attend) {
+void LogThread::awaitPauseEnd(const InterruptCheck& onWait) {
     for (;;) {
         const std::uint64_t seen = changes_;
         if (pauses_ == 0) return;
-        awaitChange(seen, forever, attend);
+        awaitChange(seen, forever, onWait);
     }
 }
 
@@ -374,8 +374,8 @@ void LogThread::awaitWritten() {
         }
         const bool poll = hostThread_ && turns_.begun() == 0;
         const Deadline look = Clock::now() + (poll ? lockPoll : lookEvery);
-        const bool written = blocking([&](const Attend& attend) {
-            return waitAttended(look, attend, [&](Deadline until) { return turns_.await(target, until); });
+        const bool written = blocking([&](const InterruptCheck& onWait) {
+            return waitInterruptibly(look, onWait, [&](Deadline until) { return turns_.await(target, until); });
         });
         if (written && !poll) return;
     }
@@ -406,7 +406,7 @@ void LogThread::drain() {
     // Who still writes now writes for ever.
     abandoned_ = true;
     noteChange();
-    blocking([&](const Attend& attend) { return awaitEnd(forever, attend); });
+    blocking([&](const InterruptCheck& onWait) { return awaitEnd(forever, onWait); });
 }
 
 Object LogThread::fileName() const {
@@ -416,20 +416,20 @@ Object LogThread::fileName() const {
 }
 
 void LogThread::runFor(py::handle owner, const Object& queue) {
-    const Attend attend = attendSignals();
+    const InterruptCheck onWait = signalCheck();
     while (!isTrue(attribute(owner, "killed"))) {
         passGate(
-            attend, [&] { return attribute(owner, "save_data_lock"); }, [] { return false; });
+            onWait, [&] { return attribute(owner, "save_data_lock"); }, [] { return false; });
         std::optional<Ledger::Entry> turn;
         const Object usual = attributeOrNothing(owner, "save_data_queue");
         if (usual && queue.is(usual)) turn.emplace(turns_);
         const Object rows = callMethod(queue, "get", py::bool_(true), attribute(owner, "queue_timeout"));
         if (!rows.is_none()) {
-            awaitPauseEnd(attend);
+            awaitPauseEnd(onWait);
             const Ledger::Entry entry(writes_);
             writeRows(attribute(owner, "writer_csv"), rows, abandoned_);
         }
-        blocking([](const Attend& look) {
+        blocking([](const InterruptCheck& look) {
             if (look) look();
         });
     }

@@ -94,10 +94,10 @@ private:
     Object timeLimit() const;
     Object take(const Object& queue, bool waits);
     template <class Look, class Over>
-    void passGate(const Attend& attend, const Look& look, const Over& over);
-    void awaitPauseEnd(const Attend& attend);
+    void passGate(const InterruptCheck& onWait, const Look& look, const Over& over);
+    void awaitPauseEnd(const InterruptCheck& onWait);
     Object awaitWriter();
-    void awaitChange(std::uint64_t seen, Deadline deadline, const Attend& attend);
+    void awaitChange(std::uint64_t seen, Deadline deadline, const InterruptCheck& onWait);
     void write(const Object& writer, const Object& rows);
     void wake();
 

@@ -83,7 +83,7 @@ void construct(py::handle self) {
         logger->start();
         return;
     }
-    const Object thread = hostObject("threading", "Thread")(
+    const Object thread = pythonObject("threading", "Thread")(
         py::arg("target") = attribute(self, "_saveStreamingDataThread"), py::arg("args") = py::make_tuple(queue),
         py::arg("name") = logger->name(), py::arg("daemon") = true);
     setAttribute(self, "save_data_thread", thread);
@@ -95,9 +95,9 @@ bool isOpen(py::handle self, const Object& name) {
     const Object file = fileOf(self);
     if (file.is_none()) return false;
     try {
-        return isTrue(callObject(hostObject("os.path", "samestat"),
-                                 callObject(hostObject("os", "fstat"), callMethod(file, "fileno")),
-                                 callObject(hostObject("os", "stat"), name)));
+        return isTrue(callObject(pythonObject("os.path", "samestat"),
+                                 callObject(pythonObject("os", "fstat"), callMethod(file, "fileno")),
+                                 callObject(pythonObject("os", "stat"), name)));
     } catch (const py::error_already_set& failure) {
         if (!failure.matches(PyExc_Exception)) throw;
         return name.equal(attribute(self, "filename"));
@@ -120,10 +120,10 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, py::none(), py::none()));
     }
-    const Object file = hostObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a", py::arg("encoding") = "UTF8",
-                                                       py::arg("newline") = "");
+    const Object file = pythonObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a",
+                                                         py::arg("encoding") = "UTF8", py::arg("newline") = "");
     try {
-        const Object writer = hostObject("csv", "writer")(file);
+        const Object writer = pythonObject("csv", "writer")(file);
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, file, writer));
     } catch (...) {
@@ -165,7 +165,7 @@ void tellLost(LogThread& logger) noexcept {
     try {
         const Object name = logger.fileName();
         const std::size_t rows = logger.abandon();
-        const auto errors = hostObject("sys", "stderr");
+        const auto errors = pythonObject("sys", "stderr");
         if (rows == 0 || errors.is_none()) return;
         const Object text =
             py::str("pyzvr: interrupted, up to {} rows that were queued for {!r} are lost\n").format(rows, name);

@@ -48,7 +48,7 @@ void checkVolts(py::handle self, py::handle values) {
     checkItems(values, attribute(self, "ao_volt_min"), attribute(self, "ao_volt_max"));
 }
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     const AnalogOutput& output = traitsOf(op.self()).analogOutput;
     if (output.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
@@ -61,14 +61,14 @@ Result open(Op op, Object port) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result close(Op op, Object port) {
+Task close(Op op, Object port) {
     if (traitsOf(op.self()).analogOutput.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
     const Object reply = co_await exchange(op, CLOSE_AO, payload(port));
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result writeOne(Op op, Object port, Object channel, Object value) {
+Task writeOne(Op op, Object port, Object channel, Object value) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     op.call("_checkAOChannel", channel);
@@ -80,7 +80,7 @@ Result writeOne(Op op, Object port, Object channel, Object value) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result writeAll(Op op, Object port, Object values) {
+Task writeAll(Op op, Object port, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     checkIsList(values);
@@ -135,7 +135,7 @@ void defineAnalogOutput(Package& package) {
     Feature output(package, "AO", "Analog outputs.");
     defineChecks(output);
     defineMaxRate(output);
-    output.offers(offered())
+    output.constructorFields(offered())
         .shared({.name = "AO_getPort",
                  .doc = "Tells which ports there are.",
                  .returns = {"list[int]", "port numbers", "the model's table"},
@@ -205,7 +205,7 @@ void checkChannels(py::handle self, py::handle channels) {
 }
 
 // Exactly so many values of the list.
-Result push(Op op, Object port, Object count, Object values) {
+Task push(Op op, Object port, Object count, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     op.call("_checkAONumOfValues", count);
@@ -222,7 +222,7 @@ Result push(Op op, Object port, Object count, Object values) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result enableChannels(Op op, Object port, Object channels) {
+Task enableChannels(Op op, Object port, Object channels) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     checkChannels(op.self(), channels);
@@ -249,7 +249,7 @@ void defineAnalogOutputStreaming(Package& package) {
                        .doc = summary};
     };
     Feature output(package, "AOStreamingModule", {"AOModule"}, "Analog outputs that generate waveforms.");
-    output.offers(offered());
+    output.constructorFields(offered());
     output.operations(
         {portRow("AO_openStreaming", OPEN_AO_STREAMING, modeAndRate(), "Prepares the generation of waveforms."),
          portRow("AO_closeStreaming", CLOSE_AO_STREAMING, status(1), "Ends the generation of waveforms."),
@@ -304,11 +304,11 @@ void defineAnalogOutputStreaming(Package& package) {
                          .doc = "Starts the waveforms; there is no reply.",
                          .returns = {"int", "0"},
                          .raises = portRaises,
-                         .body = [](Op op, Object port) -> Result {
+                         .body = [](Op op, Object port) -> Task {
                              port = devicePort(op.self(), port);
                              op.call("_checkAOPort", port);
-                             co_await op.same("_sendPacketWithoutReply", py::int_(int{START_AO_STREAMING}),
-                                              payload(port));
+                             co_await op.callSameForm("_sendPacketWithoutReply", py::int_(int{START_AO_STREAMING}),
+                                                      payload(port));
                              co_return py::int_(0);
                          }})
         .operation({.name = "AO_setEnableChannels",

@@ -4,9 +4,9 @@
 #include <deque>
 
 #include "analog/analog.h"
-#include "core/engine/immortal.h"
-#include "device/row_fifo.h"
+#include "core/engine/never_destroyed.h"
 #include "device/queue_face.h"
+#include "device/row_fifo.h"
 
 namespace zvr::python {
 
@@ -35,7 +35,7 @@ public:
     /// Those of the last few scales are kept.
     static std::shared_ptr<Floats> of(const std::shared_ptr<const Scale16>& scale) {
         constexpr std::size_t kept = 4;
-        static auto& recent = immortal<std::deque<std::shared_ptr<Floats>>>();
+        static auto& recent = neverDestroyed<std::deque<std::shared_ptr<Floats>>>();
         const auto known = std::ranges::find(recent, scale, [](const auto& each) { return each->scale_; });
         auto floats = known == recent.end() ? std::make_shared<Floats>(scale) : *known;
         if (known == recent.begin() && known != recent.end()) return floats;

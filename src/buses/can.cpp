@@ -58,7 +58,7 @@ void construct(py::handle self, const Object& ports) {
 }
 
 // The pin check's own name ends in an underscore, its async variant's does not. Compat 30.
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     op.call("_checkCANPort", port);
     if (op.awaitable()) {
         co_await op.request("_checkCANPinState", port, freeModes());
@@ -74,17 +74,17 @@ Result open(Op op, Object port) {
 }
 
 // The device never answers a start, so the blocking form times out.
-Result start(Op op, Object port) {
+Task start(Op op, Object port) {
     op.call("_checkCANPort", port);
     if (op.awaitable()) {
-        co_await op.same("_sendPacketWithoutReply", py::int_(int{START_CAN}), payload(port));
+        co_await op.callSameForm("_sendPacketWithoutReply", py::int_(int{START_CAN}), payload(port));
     } else {
         co_await exchange(op, START_CAN, payload(port));  // Compat 22
     }
     co_return py::int_(0);
 }
 
-Result close(Op op, Object port) {
+Task close(Op op, Object port) {
     op.call("_checkCANPort", port);
     const Object stopped = co_await op.request("CAN_stop", port);
     // Compat 21: what is negative already is an error of its own.
@@ -95,11 +95,11 @@ Result close(Op op, Object port) {
 }
 
 // The delay goes by name.
-Pending take(const Op& op, const Object& queue, const Object& count, const Object& delay) {
+Awaiter take(const Op& op, const Object& queue, const Object& count, const Object& delay) {
     const char* const method = "_getStreamingFromPool";
     if (op.awaitable())
-        return Pending::on(callByName(op.self(), internedTwin(method), {queue, count}, {{"delay", delay}}));
-    return Pending::done(callByName(op.self(), interned(method), {queue, count}, {{"delay", delay}}));
+        return Awaiter::on(callByName(op.self(), internedAsyncName(method), {queue, count}, {{"delay", delay}}));
+    return Awaiter::done(callByName(op.self(), interned(method), {queue, count}, {{"delay", delay}}));
 }
 
 // The 12 bytes of a frame made of these.
@@ -110,7 +110,7 @@ Object wireOf(const Args&... args) {
 
 py::int_ plainInt(const Object& value) { return py::int_(value); }
 
-Result write(Op op, Object port, Object id, Object data, Object remote, Object extended) {
+Task write(Op op, Object port, Object id, Object data, Object remote, Object extended) {
     op.call("_checkCANPort", port);
     checkIsInt(id);
     checkIsBool(remote);
@@ -124,7 +124,7 @@ Result write(Op op, Object port, Object id, Object data, Object remote, Object e
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result setFilter(Op op, Object port, Object index, Object id, Object remote, Object extended) {
+Task setFilter(Op op, Object port, Object index, Object id, Object remote, Object extended) {
     op.call("_checkCANPort", port);
     Payload sent;
     sent.add(port).add(index).extend(wireOf(id, plainInt(extended), plainInt(remote)));
@@ -259,7 +259,7 @@ void defineCan(Package& package) {
              .doc = "Takes frames that have come.",
              .returns = {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come",
                          "the queue of frames"},
-             .body = [](Op op, Object, std::int64_t count, Object delay) -> Result {
+             .body = [](Op op, Object, std::int64_t count, Object delay) -> Task {
                  const Object queue = attribute(op.self(), "can_frame_queue");
                  co_return co_await take(op, queue, py::int_(count), delay);
              }});

@@ -9,12 +9,12 @@ namespace {
 constexpr PinnedPorts i2cPorts{"I2C", "I2C_dict", "I2C_port", FailureId::I2CPortNotAvaliableError};
 constexpr std::array<std::uint32_t, 4> clockRates{100'000, 400'000, 1'000'000, 3'400'000};  // Hz
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     const Object reply = co_await op.run(openPort(op, i2cPorts, port, OPEN_I2C));
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result setClockRate(Op op, Object port, Object mode) {
+Task setClockRate(Op op, Object port, Object mode) {
     op.call("_checkI2CPort", port);
     op.call("_checkI2CClockRate", mode);
     std::uint32_t rate = 0;

@@ -8,7 +8,7 @@ py::list freeModes() {
     return modes;
 }
 
-Result openPort(Op op, PinnedPorts ports, Object port, Command command) {
+Task openPort(Op op, PinnedPorts ports, Object port, Command command) {
     const std::string prefix = ports.prefix;
     op.call(("_check" + prefix + "Port").c_str(), port);
     co_await op.request(("_check" + prefix + "PinState").c_str(), port, freeModes());
@@ -19,7 +19,7 @@ void definePorts(Feature& bus, const PinnedPorts& ports) {
     bus.shared(portCheck(ports))
         .shared(portLines(ports))
         .operation(lineCheck(ports))
-        .offers(
+        .constructorFields(
             {{ports.field, "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"}})
         .shared({.name = std::string(ports.prefix) + "_getPinMap",
                  .doc = "Tells which ports there are, and their lines.",

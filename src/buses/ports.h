@@ -13,7 +13,7 @@ inline const Parameter busPort{"port", "int", "port of the bus"};
 py::list freeModes();
 
 /// Checks port and lines and sends the command; gives the reply. What else is to be done comes before its status.
-Result openPort(Op op, PinnedPorts ports, Object port, Command command);
+Task openPort(Op op, PinnedPorts ports, Object port, Command command);
 
 /// The map that the model gave, a constructor that takes it, the checks of port and lines, and `X_getPinMap`, which
 /// gives the map.

@@ -9,17 +9,17 @@ namespace {
 constexpr PinnedPorts spiPorts{"SPI", "SPI_dict", "SPI_port", FailureId::SPIPortNotAvaliableError};
 
 // The check gets its modes by name.
-Pending checkLines(const Op& op, const Object& port) {
+Awaiter checkLines(const Op& op, const Object& port) {
     const char* const check = "_checkSPIPinState";
     const py::list modes = freeModes();
     if (op.awaitable()) {
-        return Pending::on(callByName(op.self(), internedTwin(check), {port}, {{"allow_state", modes}}));
+        return Awaiter::on(callByName(op.self(), internedAsyncName(check), {port}, {{"allow_state", modes}}));
     }
-    return Pending::done(
+    return Awaiter::done(
         callByName(op.self(), interned(check), {port}, {{"allow_state", modes}, {"timeout", op.timeout()}}));
 }
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     op.call("_checkSPIPort", port);
     co_await checkLines(op, port);
     const Object reply = co_await exchange(op, OPEN_SPI, payload(port));
@@ -27,7 +27,7 @@ Result open(Op op, Object port) {
 }
 
 // Polarity first; the phase is sent even if that was refused.
-Result setMode(Op op, Object port, Object mode) {
+Task setMode(Op op, Object port, Object mode) {
     op.call("_checkSPIPort", port);
     op.call("_checkSPIMode", mode);
     const py::int_ high(isOneOf(mode, {2, 3}) ? 1 : 0), low(isOneOf(mode, {1, 3}) ? 1 : 0);

@@ -61,17 +61,17 @@ void construct(py::handle self, const Object& ports) {
     callObject(attribute(packageObject("UARTBased"), "__init__"), self);
 }
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     const Object reply = co_await op.run(openPort(op, uartPorts, port, OPEN_UART));
     if (!isStreamOpen(op.self(), uartFunction)) {
         setAttribute(op.self(), uartFunction.opened, py::bool_(true));
-        co_await op.same("_UART_startReading", port);
+        co_await op.callSameForm("_UART_startReading", port);
         turnLocks(op.self(), uartFunction, "release");
     }
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result close(Op op, Object port) {
+Task close(Op op, Object port) {
     op.call("_checkUARTPort", port);
     if (op.awaitable()) {
         co_await op.request("_UART_stopReading", port);
@@ -83,7 +83,7 @@ Result close(Op op, Object port) {
     co_return statusOf(bytesOf(reply), 1);
 }
 
-Result write(Op op, Object port, Object text) {
+Task write(Op op, Object port, Object text) {
     op.call("_checkUARTPort", port);
     op.call("_checkUARTDataLength", text);
     Payload data;
@@ -100,9 +100,9 @@ Object signalQueue(const Op& op, const Object& port, const Object& count) {
     return attribute(op.self(), decoders[port.equal(py::int_(1)) ? 0 : 1].items);
 }
 
-Result read(Op op, Object port, Object count, Object delay) {
+Task read(Op op, Object port, Object count, Object delay) {
     const Object queue = signalQueue(op, port, count);
-    const Object numbers = co_await op.same("_getStreamingFromPool", queue, count, delay);
+    const Object numbers = co_await op.callSameForm("_getStreamingFromPool", queue, count, delay);
     const py::list characters(py::len(numbers));
     Py_ssize_t place = 0;
     for (const py::handle number : numbers) {
@@ -114,9 +114,9 @@ Result read(Op op, Object port, Object count, Object delay) {
     co_return characters;
 }
 
-Result readBytes(Op op, Object port, Object count, Object delay) {
+Task readBytes(Op op, Object port, Object count, Object delay) {
     const Object queue = signalQueue(op, port, count);
-    const Object numbers = co_await op.same("_getStreamingFromPool", queue, count, delay);
+    const Object numbers = co_await op.callSameForm("_getStreamingFromPool", queue, count, delay);
     co_return toBytes(bytesOf(numbers, "bytes"));
 }
 
@@ -242,10 +242,10 @@ void defineUart(Package& package) {
                          .doc = "Starts the stream of what arrives on the line; there is no reply.",
                          .returns = {"int", "0"},
                          .raises = portRaises,
-                         .body = [](Op op, Object port) -> Result {
+                         .body = [](Op op, Object port) -> Task {
                              op.call("_checkUARTPort", port);
-                             co_await op.same("_sendPacketWithoutReply", py::int_(int{START_UART_READING}),
-                                              payload(port));
+                             co_await op.callSameForm("_sendPacketWithoutReply", py::int_(int{START_UART_READING}),
+                                                      payload(port));
                              co_return py::int_(0);
                          }})
         .withoutTimeout(

@@ -43,19 +43,19 @@ std::vector<Bytes> recordsOf(py::handle replies) {
     return records;
 }
 
-Pending ask(const Op& op, int command, const py::list& data) {
-    return op.same("_broadcastPacket", py::int_(command), data);
+Awaiter ask(const Op& op, int command, const py::list& data) {
+    return op.callSameForm("_broadcastPacket", py::int_(command), data);
 }
 
 // Compat 5: the blocking form takes three bytes of the gateway and so fails on every record.
-Result enumerate(Op op) {
+Task enumerate(Op op) {
     const Object replies = co_await ask(op, GET_DEVICE_INFO, payload(0));
     py::list devices;
     for (const Bytes& record : recordsOf(replies)) devices.append(describe(record, op.awaitable() ? 4 : 3));
     co_return devices;
 }
 
-Result ring(Op op, Object mac) {
+Task ring(Op op, Object mac) {
     checkIsText(mac);
     Payload data;
     data.add(0).extend(macBytes(mac)).add(1);
@@ -64,7 +64,7 @@ Result ring(Op op, Object mac) {
 }
 
 // The second status of all answers; it is not checked. Compat 7: a set holds equal answers once.
-Result secondStatus(Op op, Command command, Payload data) {
+Task secondStatus(Op op, Command command, Payload data) {
     const Object replies = co_await ask(op, command, data.list());
     std::vector<int> statuses;
     for (const Bytes& record : recordsOf(replies)) statuses.push_back(record.at(1));
@@ -72,14 +72,14 @@ Result secondStatus(Op op, Command command, Payload data) {
 }
 
 // Compat 6: the command's code is taken for a list of bytes, which it is not.
-Result reboot(Op op, Object mac) {
+Task reboot(Op op, Object mac) {
     checkIsText(mac);
     Payload data;
     data.add(0).extend(py::int_(int{CHECK_MAC_AND_REBOOT})).extend(macBytes(mac));
     co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_REBOOT, data));
 }
 
-Result setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
+Task setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
     for (const Object& text : {ip, mac, gateway, mask}) checkIsText(text);
     Payload data;
     data.add(0).extend(addressBytes(ip)).extend(addressBytes(mask)).extend(macBytes(mac)).extend(addressBytes(gateway));

@@ -41,7 +41,7 @@ SharedSplitter& splitterOf(const std::shared_ptr<Client>& client) {
 std::pair<ReadStatus, Bytes> readOnce(const std::shared_ptr<Client>& client, py::handle most) {
     Bytes buffer(lengthOf(most, "length"));
     if (buffer.empty()) return {ReadStatus::data, {}};
-    const ReadStatus reading = blocking([&](const Attend& attend) { return client->read(buffer, attend); });
+    const ReadStatus reading = blocking([&](const InterruptCheck& onWait) { return client->read(buffer, onWait); });
     if (reading != ReadStatus::data) buffer.clear();
     return {reading, std::move(buffer)};
 }
@@ -53,7 +53,8 @@ Object receiveAndSplit(py::handle self, const Object& most) {
         const std::size_t length = lengthOf(most, "length");
         std::vector<Packet> packets;
         if (length == 0) return py::list();
-        blocking([&](const Attend& attend) { return client->receiveAs(Reader::caller, length, packets, attend); });
+        blocking(
+            [&](const InterruptCheck& onWait) { return client->receiveAs(Reader::caller, length, packets, onWait); });
         return toList(packets);
     }
     const Object bytes = callMethod(self, "recvPacket", most);
@@ -129,7 +130,7 @@ void defineClient(Package& package) {
                          const auto client = native<Client>(self);
                          const Bytes bytes = bytesOf(values);
                          const bool sent = blocking(
-                             [&](const Attend& attend) { return client->send(bytes, sendDeadline(), attend); });
+                             [&](const InterruptCheck& onWait) { return client->send(bytes, sendDeadline(), onWait); });
                          if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
                      }})
         .method({.name = "recvPacket",
@@ -200,7 +201,7 @@ void defineNetworkClients(Package& package) {
                                 const auto client = native<TcpClient>(self);
                                 const auto host = argument<std::string>(address, "ip_addr");
                                 const int number = portOf(port);
-                                blocking([&](const Attend& attend) { client->connect(host, number, attend); });
+                                blocking([&](const InterruptCheck& onWait) { client->connect(host, number, onWait); });
                                 restoreField(self, "socket");
                                 return true;
                             }});
@@ -232,7 +233,7 @@ void defineNetworkClients(Package& package) {
                  .body = [](py::handle self, const Object& values) {
                      native<UdpClient>(self)->requireOwn();
                      const Bytes bytes = bytesOf(values);
-                     blocking([&](const Attend& attend) { UdpClient::sendBroadcast(bytes, attend); });
+                     blocking([&](const InterruptCheck& onWait) { UdpClient::sendBroadcast(bytes, onWait); });
                  }});
 }
 

@@ -37,7 +37,7 @@ py::list queuesIn(const StreamedFunction& function, const Object& field) {
 Pairs pairsOf(const StreamedFunction& function, const DecoderParts& parts) {
     if (!function.hasLists) return {{parts.frames, parts.items}};
     Pairs pairs;
-    for (const auto pair : callObject(hostObject("builtins", "zip"), parts.frames, parts.items)) {
+    for (const auto pair : callObject(pythonObject("builtins", "zip"), parts.frames, parts.items)) {
         const py::tuple both = borrow(pair.ptr());
         pairs.emplace_back(both[0], both[1]);
     }
@@ -56,7 +56,7 @@ Object frameOf(const StreamedFunction& function, py::handle queue, double second
         return callMethod(queue, "get", py::bool_(true),
                           seconds == QUEUE_TIMEOUT ? Object(py::int_(QUEUE_TIMEOUT)) : py::float_(seconds));
     } catch (const py::error_already_set& error) {
-        if (!error.matches(hostObject("queue", "Empty"))) throw;
+        if (!error.matches(pythonObject("queue", "Empty"))) throw;
         return {};
     }
 }
@@ -73,7 +73,7 @@ void putAll(const StreamedFunction& function, py::handle queue, const Object& it
         try {
             callMethod(queue, "put", item, py::bool_(false));
         } catch (const py::error_already_set& error) {
-            if (!error.matches(hostObject("queue", "Full"))) throw;
+            if (!error.matches(pythonObject("queue", "Full"))) throw;
             warnOf(function.overflow);
         }
     }
@@ -209,8 +209,8 @@ bool passInTurn(py::handle lock) {
 
 void passLock(py::handle lock) {
     if (const auto gate = nativeOrNothing<Gate>(lock)) {
-        blocking([&](const Attend& attend) {
-            return waitAttended(forever, attend, [&](Deadline until) { return gate->awaitOpen(until); });
+        blocking([&](const InterruptCheck& onWait) {
+            return waitInterruptibly(forever, onWait, [&](Deadline until) { return gate->awaitOpen(until); });
         });
         return;
     }

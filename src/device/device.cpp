@@ -89,7 +89,7 @@ void defineThread(Package& package) {
                  .doc = "Waits until the thread has ended.",
                  .body = [](const Held& thread, std::optional<Seconds> timeout) {
                      const Deadline deadline = timeout ? deadlineIn(*timeout) : forever;
-                     blocking([&](const Attend& attend) { return thread->awaitEnd(deadline, attend); });
+                     blocking([&](const InterruptCheck& onWait) { return thread->awaitEnd(deadline, onWait); });
                  }});
     refusePickling(type.type());
 }
@@ -193,11 +193,11 @@ void defineDevice(Package& package) {
         .awaitable({.name = "__aenter__",
                     .doc = "The object itself.",
                     .returns = {"Self"},
-                    .body = [](Op op) -> Result { co_return borrow(op.self().ptr()); }})
+                    .body = [](Op op) -> Task { co_return borrow(op.self().ptr()); }})
         .awaitable({.name = "__aexit__",
                     .parameters = {{"*failure", "object"}},
                     .doc = "Closes the object.",
-                    .body = [](Op op, Object) -> Result { co_return op.call("close"); }});
+                    .body = [](Op op, Object) -> Task { co_return op.call("close"); }});
 }
 
 }  // namespace zvr::python

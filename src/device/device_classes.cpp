@@ -59,7 +59,7 @@ void leaveUsb(py::handle self, const DeviceLink& link) {
     Object client = attribute(self, link.client);
     std::shared_future<void> closed;
     if (const auto ours = nativeOrNothing<UsbClient>(client); ours && !ours->isForeign()) closed = ours->closed();
-    const Object held = closed.valid() ? callObject(hostObject("weakref", "ref"), client) : Object();
+    const Object held = closed.valid() ? callObject(pythonObject("weakref", "ref"), client) : Object();
     client = Object();
     setAttribute(self, link.client, py::none());
     if (!closed.valid() || !callObject(held).is_none()) return;

@@ -60,7 +60,7 @@ void append(const Field& field, Payload& data, const Object& value) {
 }
 
 // The steps begin after the call has returned, so they keep the arguments; the plan is there for good.
-Result run(const Plan& plan, Op op, std::vector<Object> arguments) {
+Task run(const Plan& plan, Op op, std::vector<Object> arguments) {
     if (plan.adapt != nullptr) plan.adapt(op.self(), arguments);
     for (const Plan::CheckStep& check : plan.checks) run(check, op.self(), arguments);
     Payload data;
@@ -221,7 +221,7 @@ Request::operator Definition() const {
         const std::string& argument = field.parameter.name;
         plan->fields.push_back({field, argument.empty() ? 0 : indexOf(definition.parameters, argument)});
     }
-    definition.body = [plan](const Definition& kept, Op op, Arguments arguments) -> Result {
+    definition.body = [plan](const Definition& kept, Op op, Arguments arguments) -> Task {
         return run(*plan, std::move(op), {arguments, arguments + kept.parameters.size()});
     };
     return definition;

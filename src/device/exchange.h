@@ -142,7 +142,7 @@ struct Request {
 };
 
 /// One exchange with the device, in the form of the operation; gives the reply's data.
-inline Pending exchange(const Op& op, int command, const py::list& data) {
+inline Awaiter exchange(const Op& op, int command, const py::list& data) {
     return op.requestBy("_echoPacketWithRetry", py::int_(command), data);
 }
 

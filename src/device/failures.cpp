@@ -44,7 +44,7 @@ void defineFailure(Package& package, FailureId id) {
     if (!row.constant.empty()) package.constant(row.constant.data(), row.code);
 }
 
-void say(const Object& text) { callObject(hostObject("builtins", "print"), text); }
+void say(const Object& text) { callObject(pythonObject("builtins", "print"), text); }
 
 // The innermost frame of Python on this thread; None where it runs none.
 Object innermostFrame() {
@@ -70,11 +70,11 @@ void reportWarning(py::handle self) {
         const std::string& name = currentThreadName();
         say(py::str("  On thread {!r}, which runs no Python\n").format(name.empty() ? "unknown" : name));
     } else {
-        const Object stack = callObject(hostObject("traceback", "extract_stack"), frame);
-        const Object lines = callObject(hostObject("traceback", "format_list"), stack);
+        const Object stack = callObject(pythonObject("traceback", "extract_stack"), frame);
+        const Object lines = callObject(pythonObject("traceback", "format_list"), stack);
         say(callMethod(py::str("\n"), "join", lines));
     }
-    callObject(hostObject("warnings", "warn"), formatted("Warning {:d}: {}", self), py::handle(PyExc_UserWarning),
+    callObject(pythonObject("warnings", "warn"), formatted("Warning {:d}: {}", self), py::handle(PyExc_UserWarning),
                py::int_(level));
 }
 

@@ -55,7 +55,7 @@ Feature& Feature::basedConstructor(Parameters parameters, Body body) {
                    .body = std::move(body)});
 }
 
-Feature& Feature::offers(const std::vector<FieldDoc>& fields) {
+Feature& Feature::constructorFields(const std::vector<FieldDoc>& fields) {
     Parameters parameters;
     for (const FieldDoc& offered : fields) {
         field(offered);

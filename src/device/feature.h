@@ -28,7 +28,7 @@ public:
     /// A constructor of what both forms share.
     Feature& basedConstructor(Parameters parameters, Body body);
     /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
-    Feature& offers(const std::vector<FieldDoc>& fields);
+    Feature& constructorFields(const std::vector<FieldDoc>& fields);
 
     Feature& field(const FieldDoc& field);
     /// A property over the object's C++ state, in both forms.

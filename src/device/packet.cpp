@@ -48,13 +48,13 @@ Object exchangeOnce(Client& client, EchoPool& pool, int command, const Bytes& da
     constexpr std::chrono::microseconds moment{100};
     const Deadline deadline = deadlineIn(timeout);
     bool sent = false;
-    auto received = blocking([&](const Attend& attend) {
-        sent = client.send(frame, deadline, attend);
+    auto received = blocking([&](const InterruptCheck& onWait) {
+        sent = client.send(frame, deadline, onWait);
         return sent ? pool.await(key, std::min(deadline, Clock::now() + moment)) : std::nullopt;
     });
     if (sent && !received) received = pool.take(key);
     if (sent && !received) {
-        received = blocking([&](const Attend& attend) { return pool.await(key, deadline, attend); });
+        received = blocking([&](const InterruptCheck& onWait) { return pool.await(key, deadline, onWait); });
     }
     if (!received) timedOut();
     return toBytes(*received);
@@ -116,7 +116,8 @@ Object getReplyFromPool(py::handle self, const Object& key, Seconds limit) {
     const auto number = argument<EchoPool::Key>(key, "cmd");
     auto data = pool.ours->take(number);
     if (!data) {
-        data = blocking([&](const Attend& attend) { return pool.ours->await(number, deadlineIn(limit), attend); });
+        data =
+            blocking([&](const InterruptCheck& onWait) { return pool.ours->await(number, deadlineIn(limit), onWait); });
     }
     if (!data) timedOut();
     return toBytes(*data);
@@ -136,7 +137,7 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
             try {
                 items.append(callMethod(queue, "get_nowait"));
             } catch (const py::error_already_set& error) {
-                if (!error.matches(hostObject("queue", "Empty"))) throw;
+                if (!error.matches(pythonObject("queue", "Empty"))) throw;
                 break;  // somebody else takes from it too
             }
         }
@@ -149,8 +150,8 @@ template <class Queue>
 bool awaitSize(py::handle queue, Py_ssize_t count, double seconds) {
     const auto ours = nativeOrNothing<Queue>(queue);
     if (!ours) return false;
-    blocking([&](const Attend& attend) {
-        return ours->waitForSize(static_cast<std::size_t>(count), deadlineIn(seconds), attend);
+    blocking([&](const InterruptCheck& onWait) {
+        return ours->waitForSize(static_cast<std::size_t>(count), deadlineIn(seconds), onWait);
     });
     return true;
 }
@@ -180,7 +181,7 @@ bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> 
     return sent;
 }
 
-Result sendWithoutReplySteps(Op op, Object command, Object data) {
+Task sendWithoutReplySteps(Op op, Object command, Object data) {
     const Object frame = op.call("_preparePacket", command, data);
     const Deadline deadline = deadlineIn(PACKET_TIMEOUT);
     while (!sendNow(op.self(), frame)) {
@@ -191,7 +192,7 @@ Result sendWithoutReplySteps(Op op, Object command, Object data) {
 }
 
 // A peer that takes no more bytes is one that does not answer in time.
-Result echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
+Task echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
     const Object frame = op.call("_preparePacket", py::int_(command), data);
     const EchoPool::Key key = keyOf(command, data);
     const Deadline deadline = deadlineIn(timeout);
@@ -202,17 +203,17 @@ Result echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
     try {
         co_return co_await within(deadline, op.call("_getReplyFromPool_async", py::int_(key)));
     } catch (const py::error_already_set& error) {
-        if (!error.matches(hostObject("asyncio", "TimeoutError"))) throw;
+        if (!error.matches(pythonObject("asyncio", "TimeoutError"))) throw;
     }
     co_return py::none();
 }
 
-Result echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
+Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
     // What it makes must not stay in this frame, where the host's collector does not see it.
     const auto attempt = [&] {
         static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
         const py::int_ seconds(RETRY_TIMEOUT);
-        return Pending::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
+        return Awaiter::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
     };
     for (int count = 0; count < most; ++count) {
         const Object value = co_await attempt();
@@ -222,7 +223,7 @@ Result echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Se
     co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
 }
 
-Result getReplySteps(Op op, Object key) {
+Task getReplySteps(Op op, Object key) {
     const ReplyPool pool(op.self());
     const auto runtime = runtimeOrNothing(op.self());
     while (!pool.ours || !runtime) {
@@ -241,7 +242,7 @@ Result getReplySteps(Op op, Object key) {
     }
 }
 
-Result broadcastSteps(Op op, Object command, Object data) {
+Task broadcastSteps(Op op, Object command, Object data) {
     const Object records = attribute(op.self(), "data_pool_bcst")[command];
     callMethod(records, "clear");
     const Object frame = op.call("_preparePacket", command, data);
@@ -335,7 +336,7 @@ void definePacket(Package& package) {
              .parameters = {queue, count, delay},
              .doc = "Takes items from a queue; never waits.",
              .returns = samples,
-             .body = [](Op, Object items, Py_ssize_t most, Object) -> Result { co_return takeStreaming(items, most); }})
+             .body = [](Op, Object items, Py_ssize_t most, Object) -> Task { co_return takeStreaming(items, most); }})
         .awaitable({.name = "_sendPacketWithoutReply",
                     .parameters = {command, data},
                     .doc = "Sends a request that has no reply.",

@@ -1,6 +1,6 @@
 // What a queue of ours is to Python: a queue.Queue in everything but name.
 //
-// A queue has size(), capacity(), `tasks` and waitForSize(count, deadline, attend). Its `Access` names it as `Queue`
+// A queue has size(), capacity(), `tasks` and waitForSize(count, deadline, onWait). Its `Access` names it as `Queue`
 // and knows its items: put(queue, item, deadline) tells whether there was room, take(queue) gives nothing where it is
 // empty.
 #pragma once
@@ -11,7 +11,7 @@
 namespace zvr::python {
 
 [[noreturn]] inline void raiseQueue(const char* failure) {
-    PyErr_SetNone(hostObject("queue", failure).ptr());
+    PyErr_SetNone(pythonObject("queue", failure).ptr());
     throw py::error_already_set();
 }
 
@@ -39,7 +39,8 @@ Object takeFrom(const std::shared_ptr<typename Access::Queue>& queue, Deadline d
     requireOwnQueue(*queue);
     for (;;) {
         if (Object item = Access::take(queue)) return item;
-        const bool came = blocking([&](const Attend& attend) { return queue->waitForSize(1, deadline, attend) > 0; });
+        const bool came =
+            blocking([&](const InterruptCheck& onWait) { return queue->waitForSize(1, deadline, onWait) > 0; });
         if (!came && Clock::now() >= deadline) raiseQueue("Empty");  // else another taker was quicker
     }
 }
@@ -99,8 +100,8 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                  .doc = "Waits until every item that was put has been declared done.",
                  .body =
                      [](const Held& queue) {
-                         blocking([&](const Attend& attend) {
-                             queue->tasks.await(attend);
+                         blocking([&](const InterruptCheck& onWait) {
+                             queue->tasks.await(onWait);
                              return true;
                          });
                      }})

@@ -46,7 +46,7 @@ struct FifoAccess {
 
     static bool put(const std::shared_ptr<Queue>& queue, const Object& item, Deadline deadline) {
         auto value = itemOf<Item>(item);
-        return blocking([&](const Attend& attend) { return queue->put(std::move(value), deadline, attend); });
+        return blocking([&](const InterruptCheck& onWait) { return queue->put(std::move(value), deadline, onWait); });
     }
     static Object take(const std::shared_ptr<Queue>& queue) {
         const auto item = queue->tryGet();
@@ -88,7 +88,7 @@ bool acquire(const std::shared_ptr<Gate>& gate, bool waits, double timeout) {
         return true;
     }
     const Deadline deadline = waits ? deadlineIn(timeout) : Clock::now();
-    return blocking([&](const Attend& attend) { return gate->acquireOpen(deadline, attend); });
+    return blocking([&](const InterruptCheck& onWait) { return gate->acquireOpen(deadline, onWait); });
 }
 
 void defineGate(Package& package) {

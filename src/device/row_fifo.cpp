@@ -44,7 +44,7 @@ struct Access {
         }
         const SharedObject kept = shared(item);
         return blocking(
-            [&](const Attend& attend) { return queue->putRow(row.first, row.second, kept, deadline, attend); });
+            [&](const InterruptCheck& onWait) { return queue->putRow(row.first, row.second, kept, deadline, onWait); });
     }
 
     static Object take(const HeldQueue& queue) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 #include "core/engine/threads.h"
 #include "device/decoder_thread.h"
 #include "device/thread_body.h"
@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds lastWait{200};
 
 // The threads that are to end with the interpreter; touched under its lock only.
 std::vector<std::weak_ptr<OwnedThread>>& threadsAtExit() {
-    static auto& threads = immortal<std::vector<std::weak_ptr<OwnedThread>>>();
+    static auto& threads = neverDestroyed<std::vector<std::weak_ptr<OwnedThread>>>();
     return threads;
 }
 

@@ -33,7 +33,7 @@ public:
         return found == nullptr ? Object() : borrow(found);
     }
 
-    ReadStatus read(Bytes& buffer, const Attend& /*attend*/) override {
+    ReadStatus read(Bytes& buffer, const InterruptCheck& /*attend*/) override {
         const WithGil acquired;
         const Object held = present();
         buffer = bytesOf(callMethod(held, steps_.receive, py::int_(buffer.size())));
@@ -41,14 +41,14 @@ public:
     }
 
     ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                       const Attend& attend) override {
+                       const InterruptCheck& onWait) override {
         Bytes buffer(length);
-        const ReadStatus reading = reader == Reader::caller ? read(buffer, attend) : readQuietly(buffer);
+        const ReadStatus reading = reader == Reader::caller ? read(buffer, onWait) : readQuietly(buffer);
         if (reading == ReadStatus::data) packets = splitter.take(buffer);
         return reading;
     }
 
-    bool send(ByteView bytes, Deadline /*deadline*/, const Attend& /*attend*/) override {
+    bool send(ByteView bytes, Deadline /*deadline*/, const InterruptCheck& /*attend*/) override {
         const WithGil acquired;
         callMethod(present(), steps_.send, toBytes(bytes));
         return true;
@@ -118,7 +118,7 @@ private:
     std::atomic<bool> ended_{false};
 };
 
-Object enumeration(const char* type, int value) { return callObject(hostObject("socket", type), py::int_(value)); }
+Object enumeration(const char* type, int value) { return callObject(pythonObject("socket", type), py::int_(value)); }
 
 Object nameOf(const SocketName& name) { return py::make_tuple(name.first, name.second); }
 
@@ -134,7 +134,7 @@ Object timeoutObject(double seconds) { return std::isinf(seconds) ? Object(py::n
 Object receiveOnce(const std::shared_ptr<SystemSocket>& socket, const Object& most) {
     Bytes buffer(lengthOf(most, "bufsize"));
     if (buffer.empty()) return toBytes(buffer);
-    const ReadStatus reading = blocking([&](const Attend& attend) { return socket->read(buffer, attend); });
+    const ReadStatus reading = blocking([&](const InterruptCheck& onWait) { return socket->read(buffer, onWait); });
     return toBytes(reading == ReadStatus::data ? buffer : Bytes());
 }
 
@@ -191,7 +191,7 @@ void defineSocket(Package& package) {
                      [](py::handle self, const Object& data) {
                          const auto socket = native<SystemSocket>(self);
                          const Bytes bytes = bytesOf(data);
-                         return blocking([&](const Attend& attend) { return socket->sendSome(bytes, attend); });
+                         return blocking([&](const InterruptCheck& onWait) { return socket->sendSome(bytes, onWait); });
                      }})
         .method({.name = "sendall",
                  .parameters = {bytesParameter},
@@ -201,8 +201,8 @@ void defineSocket(Package& package) {
                      [](py::handle self, const Object& data) {
                          const auto socket = native<SystemSocket>(self);
                          const Bytes bytes = bytesOf(data);
-                         const bool sent =
-                             blocking([&](const Attend& attend) { return socket->send(bytes, forever, attend); });
+                         const bool sent = blocking(
+                             [&](const InterruptCheck& onWait) { return socket->send(bytes, forever, onWait); });
                          if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
                      }})
         .method({.name = "getsockopt",
@@ -300,7 +300,7 @@ void setSocket(py::handle self, const std::shared_ptr<SocketClient>& client, con
         restoreField(self, "socket");
     } else {
         dictionaryOf(self)[py::handle(interned("socket"))] = value;
-        const Object client = callObject(hostObject("weakref", "ref"), self);
+        const Object client = callObject(pythonObject("weakref", "ref"), self);
         socket = std::make_shared<PythonSocket>(shared(client), steps);
     }
     const WithoutGil released;

@@ -74,7 +74,9 @@ protected:
     };
 
     ObjectSupervisor(py::handle self, const char* body, std::shared_ptr<Watch> watch)
-        : self_(shared(callObject(hostObject("weakref", "ref"), self))), body_(self, body), watch_(std::move(watch)) {}
+        : self_(shared(callObject(pythonObject("weakref", "ref"), self))),
+          body_(self, body),
+          watch_(std::move(watch)) {}
 
     /// Gives the thread what it is to use. Under the interpreter lock. Only an object with a watch may let it go on.
     virtual Next look(Thread& thread, Object object) = 0;

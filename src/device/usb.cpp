@@ -17,7 +17,8 @@ using Library = std::shared_ptr<const UsbLibrary>;
 // The library beside the package, or nothing, with a warning, which lets the system's own be used.
 Object findLibrary() {
     const Object file = py::getattr(py::module_::import("pyzvr"), "__file__", py::none());
-    const Object folder = file.is_none() ? Object(py::str(".")) : callMethod(hostObject("os", "path"), "dirname", file);
+    const Object folder =
+        file.is_none() ? Object(py::str(".")) : callMethod(pythonObject("os", "path"), "dirname", file);
     for (const char* place : {"/libusb-1.0.dll", "/../ext_lib/libusb-1.0.dll"}) {
         if (const Library library = UsbLibrary::load(py::cast<std::string>(folder) + place)) return py::cast(library);
     }

@@ -3,14 +3,14 @@
 #include <atomic>
 #include <unordered_set>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 
 namespace zvr::python {
 
 namespace {
 
 std::unordered_set<PyObject*>& watchedNames() {
-    static auto& names = immortal<std::unordered_set<PyObject*>>();
+    static auto& names = neverDestroyed<std::unordered_set<PyObject*>>();
     return names;
 }
 

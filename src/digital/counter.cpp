@@ -97,7 +97,7 @@ void defineCommon(Feature& feature, const Kind& kind, const Parameter& channel, 
                            .doc = "Reads one value of a channel.",
                            .returns = std::move(returns),
                            .raises = {check},
-                           .body = [check = check.name, read, entry](Op op, Object channel) -> Result {
+                           .body = [check = check.name, read, entry](Op op, Object channel) -> Task {
                                op.call(check.c_str(), channel);
                                co_return itemOf(co_await op.request(read.c_str(), channel), entry);
                            }});
@@ -139,7 +139,7 @@ void defineCounter(Package& package) {
          .doc = "Chooses the edge that counts.",
          .returns = status(1).returns,
          .raises = {checkCounterChannel},
-         .body = [](Op op, Object channel, Object edge) -> Result {
+         .body = [](Op op, Object channel, Object edge) -> Task {
              op.call("_checkCounterChannel", channel);
              Payload data;
              data.add(channel);

@@ -112,7 +112,7 @@ const Definition checkDOPortAndPin{.name = "_checkDOPortAndPin",
 // Opens pins that no other function uses. `pins` is iterated only after the port's modes are read, and `mask` is asked
 // for after that.
 template <class Mask>
-Result openLines(Op op, const Side& side, Object port, Object pins, Mask mask) {
+Task openLines(Op op, const Side& side, Object port, Object pins, Mask mask) {
     const Object modes = co_await op.request("Sys_getPinModeInPort", port);
     for (const py::handle pin : pins) {
         const Object mode = own(PyObject_GetItem(modes.ptr(), pin.ptr()));
@@ -238,7 +238,7 @@ void defineClosing(Feature& dio) {
                    .doc = "Releases pins.",
                    .returns = status(1).returns,
                    .raises = nothing,
-                   .body = [](Op op, Object port, Object mask) -> Result {
+                   .body = [](Op op, Object port, Object mask) -> Task {
                        const py::int_ off(0);
                        co_return co_await op.request("_setDIOCurrent", port, mask, off, off, off);
                    }})
@@ -247,7 +247,7 @@ void defineClosing(Feature& dio) {
                     .doc = "Releases a whole port.",
                     .returns = status(1).returns,
                     .raises = nothing,
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         const py::int_ off(0);
                         co_return co_await op.request("_setDIOCurrent", port, py::int_(wholePort), off, off, off);
                     }});
@@ -262,7 +262,7 @@ void definePortOpening(Feature& dio, const Side& side, const Definition& check, 
                    .doc = "Opens a whole port as " + what + ".",
                    .returns = status(1).returns,
                    .raises = {check},
-                   .body = [side](Op op, Object port) -> Result {
+                   .body = [side](Op op, Object port) -> Task {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
                        op.call(side.checkPort, port);
                        const Object pins = pinsOfPort(op.self(), side, port);
@@ -273,7 +273,7 @@ void definePortOpening(Feature& dio, const Side& side, const Definition& check, 
                     .doc = "Releases a whole port.",
                     .returns = status(1).returns,
                     .raises = {check},
-                    .body = [side](Op op, Object port) -> Result {
+                    .body = [side](Op op, Object port) -> Task {
                         if (isFixedFunction(op.self())) co_return py::int_(0);
                         op.call(side.checkPort, port);
                         co_return co_await op.request("_closeDIOInPort", port);
@@ -288,7 +288,7 @@ void defineInputs(Feature& dio) {
                    .doc = "Opens pins as digital inputs.",
                    .returns = status(1).returns,
                    .raises = raises,
-                   .body = [](Op op, Object port, Object pins) -> Result {
+                   .body = [](Op op, Object port, Object pins) -> Task {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
                        op.call("_checkDIPortAndPin", port, pins);
                        const Object list = op.call("_getPinIndexInList", pins);
@@ -300,7 +300,7 @@ void defineInputs(Feature& dio) {
                     .doc = "Releases pins.",
                     .returns = status(1).returns,
                     .raises = raises,
-                    .body = [](Op op, Object port, Object pins) -> Result {
+                    .body = [](Op op, Object port, Object pins) -> Task {
                         if (isFixedFunction(op.self())) co_return py::int_(0);
                         op.call("_checkDIPortAndPin", port, pins);
                         co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
@@ -310,7 +310,7 @@ void defineInputs(Feature& dio) {
                     .doc = "Reads a whole port.",
                     .returns = {"list[int]", levels, "the device"},
                     .raises = {checkDIPort},
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         op.call("_checkDIPort", port);
                         co_return co_await op.request("_readAndGetDI", port, py::int_(wholePort));
                     }})
@@ -319,7 +319,7 @@ void defineInputs(Feature& dio) {
                     .doc = "Reads pins.",
                     .returns = {"list[int]", "0 or 1 per pin, in the order given", "the device"},
                     .raises = raises,
-                    .body = [](Op op, Object port, Object pins) -> Result {
+                    .body = [](Op op, Object port, Object pins) -> Task {
                         op.call("_checkDIPortAndPin", port, pins);
                         const Object list = op.call("_getPinIndexInList", pins);
                         const Object mask = op.call("_getPinIndexInInt", pins);
@@ -346,7 +346,7 @@ void defineOutputs(Feature& dio) {
                    .doc = "Opens pins as digital outputs at low level.",
                    .returns = status(1).returns,
                    .raises = raises,
-                   .body = [](Op op, Object port, Object pins) -> Result {
+                   .body = [](Op op, Object port, Object pins) -> Task {
                        if (isFixedFunction(op.self())) co_return py::int_(0);
                        const Object list = op.call("_getPinIndexInList", pins);
                        op.call("_checkDOPortAndPin", port, list);
@@ -358,7 +358,7 @@ void defineOutputs(Feature& dio) {
                     .doc = "Releases pins.",
                     .returns = status(1).returns,
                     .raises = raises,
-                    .body = [](Op op, Object port, Object pins) -> Result {
+                    .body = [](Op op, Object port, Object pins) -> Task {
                         if (isFixedFunction(op.self())) co_return py::int_(0);
                         op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
                         co_return co_await op.request("_closeDIOInPins", port, op.call("_getPinIndexInInt", pins));
@@ -369,12 +369,12 @@ void defineOutputs(Feature& dio) {
                     .doc = "Drives a whole port; pins past the end of a list go low.",
                     .returns = written,
                     .raises = {checkDOPort, "OverflowError: a number has more than 16 bits"},
-                    .body = [](Op op, Object port, Object value) -> Result {
+                    .body = [](Op op, Object port, Object value) -> Task {
                         op.call("_checkDOPort", port);
                         checkIsIntOrList(value);
                         Object state = value;
                         if (PyList_Check(value.ptr()) != 0) {
-                            const Object pins = callObject(hostObject("builtins", "range"), py::int_(py::len(value)));
+                            const Object pins = callObject(pythonObject("builtins", "range"), py::int_(py::len(value)));
                             state = maskOfPairs(pins, value);
                         }
                         co_await op.request("_setAndWriteDO", port, py::int_(wholePort), state);
@@ -388,7 +388,7 @@ void defineOutputs(Feature& dio) {
              .doc = "Drives pins.",
              .returns = written,
              .raises = valueRaises,
-             .body = [](Op op, Object port, Object pins, Object value) -> Result {
+             .body = [](Op op, Object port, Object pins, Object value) -> Task {
                  op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
                  checkIsIntOrList(value);
                  checkSameType(pins, value);
@@ -405,7 +405,7 @@ void defineOutputs(Feature& dio) {
                     .doc = "Drives a whole port to the other level.",
                     .returns = newState,
                     .raises = {checkDOPort},
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         op.call("_checkDOPort", port);
                         co_return co_await op.request("_toggleAndWriteDO", port, py::int_(wholePort));
                     }})
@@ -414,7 +414,7 @@ void defineOutputs(Feature& dio) {
                     .doc = "Drives pins to the other level. The device judges which pins there are.",
                     .returns = newState,
                     .raises = {checkDOPort, "OverflowError: a mask has more than 16 bits"},
-                    .body = [](Op op, Object port, Object pins) -> Result {
+                    .body = [](Op op, Object port, Object pins) -> Task {
                         op.call("_checkDOPort", port);
                         co_return co_await op.request("_toggleAndWriteDO", port, op.call("_getPinIndexInInt", pins));
                     }});
@@ -424,9 +424,9 @@ void defineOutputs(Feature& dio) {
 
 void defineDio(Package& package) {
     Feature dio(package, "DIO", "General-purpose digital lines.");
-    dio.offers({{"di_dict", "dict[int, list[int]]", "pins that can be inputs, by port"},
-                {"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"},
-                {"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"}});
+    dio.constructorFields({{"di_dict", "dict[int, list[int]]", "pins that can be inputs, by port"},
+                           {"do_dict", "dict[int, list[int]]", "pins that can be outputs, by port"},
+                           {"dio_num_pins_per_port", "int", "number of pins in the per-pin lists"}});
     defineChecks(dio);
     dio.operations(wireRows());
     defineClosing(dio);

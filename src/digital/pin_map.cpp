@@ -10,7 +10,7 @@ py::list digitalPortsOf(py::handle entries) {
     return py::list(ports);
 }
 
-Result checkLines(Op op, PinnedPorts ports, Object port, Object allowed) {
+Task checkLines(Op op, PinnedPorts ports, Object port, Object allowed) {
     const std::string digitalPorts = std::string("_") + ports.prefix + "_getPinMapPort";
     for (const py::handle each : py::list(op.call(digitalPorts.c_str(), port))) {
         const Object digitalPort = borrow(each.ptr());

@@ -19,7 +19,7 @@ struct PinnedPorts {
 py::list digitalPortsOf(py::handle entries);
 
 /// Reads the modes of a port's lines, and throws the failure if one is not in an allowed mode.
-Result checkLines(Op op, PinnedPorts ports, Object port, Object allowed);
+Task checkLines(Op op, PinnedPorts ports, Object port, Object allowed);
 
 inline Object entriesOf(py::handle self, const PinnedPorts& ports, const Object& port) {
     return own(PyObject_GetItem(attribute(self, ports.field).ptr(), port.ptr()));

@@ -88,7 +88,7 @@ void defineDroneStatus(ClassMaker& drone) {
     // One value of a setting, as an operation of its own.
     const auto setTo = [&](const char* name, const char* setting, int value, const char* doc) {
         drone.operation(
-            {.name = name, .doc = doc, .returns = status(1).returns, .body = [setting, value](Op op) -> Result {
+            {.name = name, .doc = doc, .returns = status(1).returns, .body = [setting, value](Op op) -> Task {
                  co_return co_await op.request(setting, py::int_(value));
              }});
     };
@@ -105,7 +105,7 @@ void defineDroneStatus(ClassMaker& drone) {
                          .doc = doc,
                          .returns = {"list[float]", returned, "the device"},
                          .raises = {"IndexError: the reply is too short; the lists are empty then"},
-                         .body = [list](Op op) -> Result {
+                         .body = [list](Op op) -> Task {
                              co_await op.request("_Drone_getPositionVelociyAcceleration");
                              co_return attribute(op.self(), list);
                          }});

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 
 namespace zvr::python {
 
@@ -27,7 +27,7 @@ struct Rows {
 };
 
 const Model& defaults() {
-    static const auto& row = immortal<Model>();
+    static const auto& row = neverDestroyed<Model>();
     return row;
 }
 
@@ -45,7 +45,7 @@ Object displayNameOf(py::handle self) {
 }  // namespace
 
 const Model& traitsOf(py::handle self) {
-    static const auto& rows = immortal<Rows>();
+    static const auto& rows = neverDestroyed<Rows>();
     const bool isClass = PyType_Check(self.ptr()) != 0;
     auto* const type = isClass ? reinterpret_cast<PyTypeObject*>(self.ptr()) : Py_TYPE(self.ptr());
     PyObject* const bases = type->tp_mro;

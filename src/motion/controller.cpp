@@ -12,135 +12,7 @@ namespace {
 const Parameter& port = controllerPort;
 const Parameter& axis = axisParameter;
 
-/// An operation that writes one bit of a register of an axis, and remembers it.
-struct RegisterBit {
-    const char* name;
-    Parameter value;
-    std::vector<const char*> settings;
-    int number;  ///< of the register
-    int bit;
-    const char* what;
-};
-const std::vector<RegisterBit>& registerBits() {
-    static const std::vector<RegisterBit> table = {
-        {"_Motion_setHomeLimitEnable", onOff("home_enable"), {"Home Enable"}, 2, 3, "the home input"},
-        {"_Motion_setHomePolarity", level("home_polarity"), {"Home Polarity"}, 2, 2, "the home level"},
-        {"_Motion_setInpositionLimitEnable",
-         onOff("inposition_enable"),
-         {"Inposition Enable"},
-         2,
-         7,
-         "the in-position input"},
-        {"_Motion_setInpositionPolarity",
-         level("inposition_polarity"),
-         {"Inposition Polarity"},
-         2,
-         6,
-         "the in-position level"},
-        {"_Motion_setAlarmLimitEnable", onOff("alarm_enable"), {"Alarm Enable"}, 2, 9, "the servo alarm"},
-        {"_Motion_setAlarmPolarity", level("alarm_polarity"), {"Alarm Polarity"}, 2, 8, "the alarm level"},
-        {"_Motion_setLimitPolarity",
-         level("limit_polarity"),
-         {"Forward Polarity", "Reverse Polarity"},
-         2,
-         10,
-         "the level of both limit inputs"},
-        {"_Motion_setInstantLimitStop",
-         integer("stop", "1 at once, 0 with deceleration"),
-         {},
-         2,
-         12,
-         "the stop at a limit"},
-        {"_Motion_setEncoderDirection",
-         inverse("encoder_direction"),
-         {"Inverse Encoder Direction"},
-         3,
-         11,
-         "the counting direction of the encoder"},
-    };
-    return table;
-}
-
-const char* readOf(int number) { return number == 2 ? "_Motion_getWR2" : "_Motion_getWR3"; }
-const char* writeOf(int number) { return number == 2 ? "_Motion_writeWR2" : "_Motion_writeWR3"; }
-
-Result writeRegisterBit(const RegisterBit& row, Op op, Object port, Object axis, Object value) {
-    checkPortAndAxis(op, port, axis);
-    const Object record = recordOf(op, axis);
-    for (const char* key : row.settings) setSetting(record, key, value);
-    if (row.settings.empty()) setAttribute(record, "stop", value);
-    Object word = co_await op.request(readOf(row.number), port, axis);
-    word = writeBit(word, py::int_(row.bit), value);
-    co_return co_await op.request(writeOf(row.number), port, axis, word);
-}
-
-// The chip has one switch for both directions.
-Result setLimitEnable(Op op, Object port, Object axis, Object forward, Object reverse) {
-    checkPortAndAxis(op, port, axis);
-    const Object record = recordOf(op, axis);
-    setSetting(record, "Forward Enable", forward);
-    setSetting(record, "Reverse Enable", reverse);
-    Object word = co_await op.request("_Motion_getWR2", port, axis);
-    word = withBits(word, {{11, forward | reverse}, {12, 0}});
-    co_return co_await op.request("_Motion_writeWR2", port, axis, word);
-}
-
-// The bits of S-curve and asymmetry go too.
-Result setOutput(Op op, Object port, Object axis, Object output, Object direction) {
-    setSetting(recordOf(op, axis), "Inverse Motion Direction", direction);
-    Object word = co_await op.request("_Motion_getWR3", port, axis);
-    const Object inverse = direction & py::int_(1);
-    if (isZero(output)) {
-        word = withBits(word, {{0, 0}, {1, 0}, {2, 0}, {3, 1}, {4, 1}, {6, inverse}, {7, 0}, {5, 0}});
-    } else {
-        word = withBits(word, {{0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 0}, {6, 0}, {7, inverse}, {5, 0}});
-    }
-    co_return co_await op.request("_Motion_writeWR3", port, axis, word);
-}
-
-Result writeAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
-    const Object record = recordOf(op, axis);
-    setFields(record, {{"acceleration", acceleration}, {"deceleration", deceleration}});
-    const bool curved = !isZero(attribute(record, "acceleration_mode"));
-    const Object jerk = attribute(record, "jerk");
-    Merged status;
-    status.take(co_await op.request("_Motion_setAcceleration", port, axis, acceleration));
-    status.take(co_await op.request("_Motion_setDeceleration", port, axis, deceleration));
-    if (!curved && acceleration.equal(deceleration)) co_return status.value();
-    if (curved) {
-        status.take(co_await op.request("_Motion_setAccelerationJerk", port, axis, jerk));
-        status.take(co_await op.request("_Motion_setDecelerationJerk", port, axis, jerk));
-    }
-    Object word = co_await op.request("_Motion_getWR3", port, axis);
-    word = withBits(word, {{0, 0}, {1, curved ? 0 : 1}, {2, curved ? 1 : 0}});
-    status.take(co_await op.request("_Motion_writeWR3", port, axis, word));
-    co_return status.value();
-}
-
-Result writeVelocity(Op op, Object port, Object axis, Object velocity) {
-    const Object record = recordOf(op, axis);
-    setAttribute(record, "velocity", velocity);
-    const Object start = startingSpeed(attribute(record, "acceleration"));
-    Merged status;
-    status.take(co_await op.request("_Motion_setDriveSpeed", port, axis, own(PyNumber_Absolute(velocity.ptr()))));
-    status.take(co_await op.request("_Motion_setInitialSpeed", port, axis, start));
-    co_return status.value();
-}
-
-// The logical counter is rewritten with its own value.
-Result switchServo(Op op, Object port, Object axis, Object on) {
-    checkPortAndAxis(op, port, axis);
-    op.call("_checkMCX514Enable", on);
-    const bool activeLow = isZero(settingOf(recordOf(op, axis), "Servo On Polarity"));
-    const Object level = writeBit(py::int_(0), py::int_(0), py::int_(activeLow ? 1 : 0) ^ on);
-    Merged status;
-    status.take(co_await op.request("_Motion_setGPIOValue", port, axis, py::int_(1), level));
-    const Object position = co_await op.request("Motion_getLogicalPosi", port, axis);
-    status.take(co_await op.request("Motion_setLogicalPosi", port, axis, position));
-    co_return status.value();
-}
-
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     port = enter(op, port);
     co_return co_await op.request("_Motion_setPIOSignal1", port, py::int_(15), py::int_(5));
 }
@@ -154,30 +26,29 @@ constexpr Input alarmInput{"_Motion_setAlarmLimitEnable", "_Motion_setAlarmPolar
     homeInput{"_Motion_setHomeLimitEnable", "_Motion_setHomePolarity"},
     inpositionInput{"_Motion_setInpositionLimitEnable", "_Motion_setInpositionPolarity"};
 
-template <const Input& input>
-Result configureInput(Op op, Object port, Object axis, Object enable, Object polarity) {
+Task configureInput(Input input, Op op, Object port, Object axis, Object enable, Object polarity) {
     port = enter(op, port, axis);
     op.call("_checkMCX514Enable", enable);
     op.call("_checkMCX514Polarity", polarity);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request(input.enable, port, axis, enable));
     status.take(co_await op.request(input.polarity, port, axis, polarity));
     co_return status.value();
 }
 
-Result configureLimit(Op op, Object port, Object axis, Object forward, Object reverse, Object polarity) {
+Task configureLimit(Op op, Object port, Object axis, Object forward, Object reverse, Object polarity) {
     port = enter(op, port, axis);
     op.call("_checkMCX514Enable", forward);
     op.call("_checkMCX514Enable", reverse);
     op.call("_checkMCX514Polarity", polarity);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setLimitEnable", port, axis, forward, reverse));
     status.take(co_await op.request("_Motion_setLimitPolarity", port, axis, polarity));
     co_return status.value();
 }
 
-Result configureAxis(Op op, Object port, Object axis, Object output, Object direction, Object encoderDirection,
-                     Object servoPolarity) {
+Task configureAxis(Op op, Object port, Object axis, Object output, Object direction, Object encoderDirection,
+                   Object servoPolarity) {
     port = enter(op, port, axis);
     op.call("_checkMCX514StepperOutput", output);
     op.call("_checkMCX514Direction", direction);
@@ -186,13 +57,13 @@ Result configureAxis(Op op, Object port, Object axis, Object output, Object dire
     const Object record = recordOf(op, axis);
     setSetting(record, "Stepper Output", output);
     setSetting(record, "Servo On Polarity", servoPolarity);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setAxisModeAndDirection", port, axis, output, direction));
     status.take(co_await op.request("_Motion_setEncoderDirection", port, axis, encoderDirection));
     co_return status.value();
 }
 
-Result configureEncoder(Op op, Object port, Object axis, Object polarity) {
+Task configureEncoder(Op op, Object port, Object axis, Object polarity) {
     port = enter(op, port, axis);
     op.call("_checkMCX514Polarity", polarity);
     setSetting(recordOf(op, axis), "Encoder Z Polarity", polarity);
@@ -201,7 +72,7 @@ Result configureEncoder(Op op, Object port, Object axis, Object polarity) {
     co_return co_await op.request("_Motion_writeWR2", port, axis, word);
 }
 
-Result configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) {
+Task configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) {
     enter(op, port, axis);
     checkIsInt(jerk);
     op.call("_checkMCX514AccelerationMode", mode);
@@ -209,23 +80,22 @@ Result configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) 
     co_return py::none();
 }
 
-Result resetPosition(Op op, Object port, Object axis, Object position) {
+Task resetPosition(Op op, Object port, Object axis, Object position) {
     port = enter(op, port, axis);
     checkIsInt(position);
     setAttribute(recordOf(op, axis), "encoder_position", position);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("Motion_setLogicalPosi", port, axis, position));
     status.take(co_await op.request("_Motion_setRealPositionCounter", port, axis, position));
     co_return status.value();
 }
 
-template <int on>
-Result turnServo(Op op, Object port, Object axis) {
+Task turnServo(int on, Op op, Object port, Object axis) {
     port = enter(op, port);
     co_return co_await op.request("_Motion_enableServoOn", port, axis, py::int_(on));
 }
 
-Result configureCapture(Op op, Object port, Object axis, Object type, Object mode) {
+Task configureCapture(Op op, Object port, Object axis, Object type, Object mode) {
     port = enter(op, port, axis);
     op.call("_checkMCX514CaptureType", type);
     op.call("_checkMCX514CaptureMode", mode);
@@ -242,15 +112,14 @@ struct Action {
 constexpr Action captureAction{"_Motion_enableActionSYNC3", "_Motion_disableActionSYNC3"},
     breakAction{"_Motion_enableActionSYNC0", "_Motion_disableActionSYNC0"};
 
-template <const Action& action>
-Result switchAction(Op op, Object port, Object axis, Object on) {
+Task switchAction(Action action, Op op, Object port, Object axis, Object on) {
     port = enter(op, port, axis);
     op.call("_checkMCX514Enable", on);
     co_return co_await op.request(isOne(on) ? action.enable : action.disable, port, axis);
 }
 
-Result configureBreakPoint(Op op, Object port, Object axis, Object mode, Object polarity, Object start, Object width,
-                           Object period, Object number) {
+Task configureBreakPoint(Op op, Object port, Object axis, Object mode, Object polarity, Object start, Object width,
+                         Object period, Object number) {
     port = enter(op, port, axis);
     op.call("_checkMCX514BreakPointMode", mode);
     op.call("_checkMCX514Polarity", polarity);
@@ -261,7 +130,7 @@ Result configureBreakPoint(Op op, Object port, Object axis, Object mode, Object 
                                    {"breakpoint_pulse_width", width},
                                    {"breakpoint_pulse_period", period},
                                    {"breakpoint_pulse_number", number}});
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_splitPulse1", port, axis, width, period));
     status.take(co_await op.request("_Motion_splitPulse2", port, axis, number));
     Object word = co_await op.request("_Motion_getPIOSignal2", port, axis);
@@ -279,27 +148,7 @@ Result configureBreakPoint(Op op, Object port, Object axis, Object mode, Object 
     co_return status.value();
 }
 
-// The encoder's step counts the port anew on the chassis, so it gets the slot.
-Result sendAll(Op op, Object port, Object axis) {
-    const Object record = recordOf(op, axis);
-    const auto setting = [&](const char* key) { return settingOf(record, key); };
-    const Object slot = port + (port - devicePort(op.self(), port));
-    Merged status;
-    status.take(co_await applyOutput(op, port, axis));
-    status.take(co_await op.request("Motion_cfgEncoder", slot, axis, setting("Encoder Z Polarity")));
-    status.take(co_await op.request("_Motion_setHomeLimitEnable", port, axis, setting("Home Enable")));
-    const Object forward = setting("Forward Enable"), reverse = setting("Reverse Enable");
-    status.take(co_await op.request("_Motion_setLimitEnable", port, axis, forward, reverse));
-    status.take(co_await op.request("_Motion_setAlarmLimitEnable", port, axis, setting("Alarm Enable")));
-    status.take(co_await op.request("_Motion_setInpositionLimitEnable", port, axis, setting("Inposition Enable")));
-    status.take(co_await op.request("_Motion_setHomePolarity", port, axis, setting("Home Polarity")));
-    status.take(co_await op.request("_Motion_setLimitPolarity", port, axis, setting("Forward Polarity")));
-    status.take(co_await op.request("_Motion_setAlarmPolarity", port, axis, setting("Alarm Polarity")));
-    status.take(co_await op.request("_Motion_setInpositionPolarity", port, axis, setting("Inposition Polarity")));
-    co_return status.value();
-}
-
-Result standing(Op op, Object port, Object axis) {
+Task standing(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     const Object state = co_await op.request("_Motion_writeRR0", port);
     co_return readBit(state, axis) ^ py::int_(1);
@@ -312,13 +161,13 @@ Object inputState(const Op& op, const Object& axis, const Object& state, int bit
     return activeLow ? level ^ py::int_(1) : level;
 }
 
-Result homeStatus(Op op, Object port, Object axis) {
+Task homeStatus(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     const Object state = co_await op.request("_Motion_writeRR3", port, axis, py::int_(0));
     co_return inputState(op, axis, state, 1);
 }
 
-Result limitStatus(Op op, Object port, Object axis) {
+Task limitStatus(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     const Object state = co_await op.request("_Motion_writeRR3", port, axis, py::int_(0));
     py::list both;
@@ -327,7 +176,7 @@ Result limitStatus(Op op, Object port, Object axis) {
     co_return both;
 }
 
-Result capturePoint(Op op, Object port, Object axis) {
+Task capturePoint(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     co_return co_await op.request("_Motion_getMultiPurposeRegister3", port, axis);
 }
@@ -353,61 +202,6 @@ void defineChecks(ClassMaker& based) {
          }});
 }
 
-void defineRegisterBits(Feature& controller) {
-    for (const RegisterBit& row : registerBits()) {  // the table is there for good
-        controller.operation({.name = row.name,
-                              .parameters = {connector, axis, row.value},
-                              .doc = std::string("Sets ") + row.what + ": bit " + std::to_string(row.bit) +
-                                     " of write register " + std::to_string(row.number) + ".",
-                              .returns = commandStatus,
-                              .raises = enteringRaises(),
-                              .body = [&row](Op op, Object port, Object axis, Object value) {
-                                  return writeRegisterBit(row, std::move(op), port, axis, value);
-                              }});
-    }
-    controller
-        .operation({.name = "_Motion_setLimitEnable",
-                    .parameters = {connector, axis, onOff("forward_enable"), onOff("reverse_enable")},
-                    .doc = "Sets the limit inputs: either one switches both on (compatibility note 14).",
-                    .returns = commandStatus,
-                    .raises = enteringRaises(),
-                    .body = setLimitEnable})
-        .operation({.name = "_Motion_setAxisModeAndDirection",
-                    .parameters = {connector, axis, integer("stepper_output", "0 pulse and direction, 1 two pulses"),
-                                   inverse("axis_direction")},
-                    .doc = "Sets the pulse output. S-curve and asymmetry are off afterwards.",
-                    .returns = commandStatus,
-                    .body = setOutput})
-        .operation({.name = "_Motion_writeAcceleration",
-                    .parameters = {connector,
-                                   axis,
-                                   {"acceleration", "int", "pulses per second squared", "100000"},
-                                   {"deceleration", "int", "pulses per second squared", "100000"}},
-                    .doc = "Sets both rates, and the shape that the record wants.",
-                    .returns = mergedStatus,
-                    .body = writeAcceleration})
-        .operation({.name = "_Motion_writeVelocity",
-                    .parameters = {connector,
-                                   axis,
-                                   {"velocity", "int", "pulses per second; the sign is only remembered", "10000"}},
-                    .doc = "Sets the speed, and a starting speed that goes with the stored acceleration.",
-                    .returns = mergedStatus,
-                    .raises = {"ValueError: the stored acceleration is negative"},
-                    .body = writeVelocity})
-        .operation({.name = "_Motion_enableServoOn",
-                    .parameters = {connector, axis, onOff("en_servo_on")},
-                    .doc = "Switches the servo output. The logical counter is rewritten with its own value.",
-                    .returns = mergedStatus,
-                    .raises = enteringRaises({checkMCX514Enable}),
-                    .body = switchServo})
-        .operation({.name = "_Motion_sendAllConfiguration",
-                    .parameters = {connector, axis},
-                    .doc = "Sends the settings of an axis, all but the encoder's direction.",
-                    .returns = mergedStatus,
-                    .raises = enteringRaises({checkMCX514Polarity}),
-                    .body = sendAll});
-}
-
 void defineConfiguration(Feature& controller) {
     const Raises inputRaises = enteringRaises({checkMCX514Enable, checkMCX514Polarity});
     controller
@@ -422,7 +216,7 @@ void defineConfiguration(Feature& controller) {
                     .doc = "Ends the use of a connector; nothing is sent.",
                     .returns = {"int", "0"},
                     .raises = enteringRaises({}, false),
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         enter(op, port);
                         co_return py::int_(0);
                     }})
@@ -431,19 +225,28 @@ void defineConfiguration(Feature& controller) {
                     .doc = "Configures the servo alarm.",
                     .returns = mergedStatus,
                     .raises = inputRaises,
-                    .body = configureInput<alarmInput>})
+                    .body =
+                        [](Op op, Object port, Object axis, Object enable, Object polarity) {
+                            return configureInput(alarmInput, std::move(op), port, axis, enable, polarity);
+                        }})
         .operation({.name = "Motion_cfgHome",
                     .parameters = {port, axis, onOff("en_home"), level("home_polarity")},
                     .doc = "Configures the home input.",
                     .returns = mergedStatus,
                     .raises = inputRaises,
-                    .body = configureInput<homeInput>})
+                    .body =
+                        [](Op op, Object port, Object axis, Object enable, Object polarity) {
+                            return configureInput(homeInput, std::move(op), port, axis, enable, polarity);
+                        }})
         .operation({.name = "Motion_cfgInposi",
                     .parameters = {port, axis, onOff("en_inposi"), level("inposi_polarity")},
                     .doc = "Configures the in-position input.",
                     .returns = mergedStatus,
                     .raises = inputRaises,
-                    .body = configureInput<inpositionInput>})
+                    .body =
+                        [](Op op, Object port, Object axis, Object enable, Object polarity) {
+                            return configureInput(inpositionInput, std::move(op), port, axis, enable, polarity);
+                        }})
         .operation({.name = "Motion_cfgLimit",
                     .parameters = {port, axis, onOff("en_forward"), onOff("en_reverse"), level("limit_polarity")},
                     .doc = "Configures the limit inputs. The chip has one switch and one level for both.",
@@ -481,13 +284,13 @@ void defineConfiguration(Feature& controller) {
                     .doc = "Switches the servo on.",
                     .returns = mergedStatus,
                     .raises = enteringRaises(),
-                    .body = turnServo<1>})
+                    .body = [](Op op, Object port, Object axis) { return turnServo(1, std::move(op), port, axis); }})
         .operation({.name = "Motion_enableServoOff",
                     .parameters = {port, axis},
                     .doc = "Switches the servo off.",
                     .returns = mergedStatus,
                     .raises = enteringRaises(),
-                    .body = turnServo<0>})
+                    .body = [](Op op, Object port, Object axis) { return turnServo(0, std::move(op), port, axis); }})
         .operation({.name = "Motion_cfgCapture",
                     .parameters = {port, axis, integer("capture_type", "edge, 0 or 1"),
                                    integer("mode", "position that is captured, 0 or 1, in the chip's numbering")},
@@ -500,7 +303,8 @@ void defineConfiguration(Feature& controller) {
                     .doc = "Switches the capture.",
                     .returns = commandStatus,
                     .raises = enteringRaises({checkMCX514Enable}),
-                    .body = switchAction<captureAction>})
+                    .body = [](Op op, Object port, Object axis,
+                               Object on) { return switchAction(captureAction, std::move(op), port, axis, on); }})
         .operation({.name = "Motion_cfgBreakPoint",
                     .parameters = {port, axis, integer("mode", "0 at a position, 1 at a distance from the present one"),
                                    level("breakpoint_polarity"), integer("start_posi", "first break point, in pulses"),
@@ -516,7 +320,9 @@ void defineConfiguration(Feature& controller) {
                     .doc = "Switches the break points.",
                     .returns = commandStatus,
                     .raises = enteringRaises({checkMCX514Enable}),
-                    .body = switchAction<breakAction>});
+                    .body = [](Op op, Object port, Object axis, Object on) {
+                        return switchAction(breakAction, std::move(op), port, axis, on);
+                    }});
 }
 
 void defineStates(Feature& controller) {
@@ -581,14 +387,14 @@ Raises enteringRaises(std::initializer_list<Raises::Entry> more, bool hasAxis) {
     return raises;
 }
 
-Pending applyOutput(const Op& op, const Object& port, const Object& axis) {
+Awaiter applyOutput(const Op& op, const Object& port, const Object& axis) {
     const Object record = recordOf(op, axis);
     return op.request("_Motion_setAxisModeAndDirection", port, axis, settingOf(record, "Stepper Output"),
                       settingOf(record, "Inverse Motion Direction"));
 }
 
 Object startingSpeed(const Object& acceleration) {
-    const Object root = callObject(hostObject("math", "sqrt"), acceleration);
+    const Object root = callObject(pythonObject("math", "sqrt"), acceleration);
     return own(PyNumber_Long((root * py::float_(1.1)).ptr()));
 }
 
@@ -600,15 +406,14 @@ Object withBits(Object word, const std::vector<Bit>& bits) {
 namespace {
 
 // Both forms go through the constructor of their own driver.
-template <bool isTwin>
-void defineConstructor(Package& package) {
-    ClassMaker(package.get(isTwin ? "MCX514Module_async" : "MCX514Module"))
+void defineConstructor(Package& package, const char* module, const char* driver) {
+    ClassMaker(package.get(module))
         .method({.name = "__init__",
                  .parameters = {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
                  .doc = "Takes what the model offers.",
-                 .body = [](py::handle self, const Object& connectors) {
+                 .body = [driver](py::handle self, const Object& connectors) {
                      setAttribute(self, "motion_dict", connectors);
-                     callOf(isTwin ? "MCX514Driver_async" : "MCX514Driver", "__init__", self);
+                     callOf(driver, "__init__", self);
                  }});
 }
 
@@ -620,9 +425,9 @@ void defineMotionController(Package& package) {
     defineChecks(based);
     Feature controller(package, "MCX514Module", {"MCX514Driver", "MCX514Based"}, "The four-axis motion controller.");
     controller.field({"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"});
-    defineConstructor<false>(package);
-    defineConstructor<true>(package);
-    defineRegisterBits(controller);
+    defineConstructor(package, "MCX514Module", "MCX514Driver");
+    defineConstructor(package, "MCX514Module_async", "MCX514Driver_async");
+    defineRegisterAccess(controller);
     defineConfiguration(controller);
     defineStates(controller);
     defineMoves(controller);

@@ -23,7 +23,7 @@ void checkPortAndAxis(const Op& op, const Object& port, const Object& axis);
 inline Object recordOf(const Op& op, const Object& axis) { return op.call("_getAxisHandle", axis); }
 
 /// Pulse output and direction of an axis, as its record has them.
-Pending applyOutput(const Op& op, const Object& port, const Object& axis);
+Awaiter applyOutput(const Op& op, const Object& port, const Object& axis);
 
 /// The starting speed that goes with an acceleration.
 Object startingSpeed(const Object& acceleration);
@@ -37,6 +37,8 @@ struct Bit {
 };
 Object withBits(Object word, const std::vector<Bit>& bits);
 
+/// Single bits of registers, and the settings of an axis.
+void defineRegisterAccess(Feature& controller);
 /// The reads of both position counters.
 void definePositions(Feature& controller);
 /// Moves, interpolations and the reference search.

@@ -1,4 +1,5 @@
 // The stepper drive: moves that its firmware runs by itself, and the registers of its chip.
+#include "motion/drive.h"
 #include "core/wire/motion_codes.h"
 #include "motion/motion.h"
 #include "motion/records.h"
@@ -7,28 +8,11 @@ namespace zvr::python {
 
 namespace {
 
-constexpr int lines = 7;  // the three inputs of a port: limits and home
-
-const Parameter port{"port", "int", "port of the drive, 0"};
+const Parameter& port = drivePort;
+const Definition& checkPort = checkDrivePort;
 const Returns writeStatus{"int", "the status as it is, 0 for done", "the device's status, byte 6 of its reply"};
 const Returns registerBytes{"bytes", "the 4 bytes of the register", "the device"};
 
-constexpr Encoding lowByte{"low byte",
-                           [](Payload& data, py::handle value, int) { data.add(borrow(value.ptr()) & py::int_(255)); }};
-constexpr Encoding isTrueText{
-    "is \"true\"", [](Payload& data, py::handle value, int) { data.add(value.equal(py::str("true")) ? 1 : 0); }};
-
-const Definition checkPort{.name = "_checkTMC5240Port",
-                           .parameters = {port},
-                           .doc = "Raises PAWLPortNotAvaliable unless the model has the port.",
-                           .raises = {"InputTypeNotCorrectError: an argument has the wrong type",
-                                      "PAWLPortNotAvaliable: the model has no such port"},
-                           .body = [](py::handle self, const Object& port) {
-                               checkIsInt(port);
-                               if (!attribute(self, "pawl_dict").contains(port)) {
-                                   throw Failure(FailureId::PAWLPortNotAvaliable);
-                               }
-                           }};
 const Raises portRaises{checkPort};
 
 void put(py::dict& map, const char* key, PawlRegister address, const Object& value) {
@@ -100,7 +84,7 @@ void defineAccesses(Feature& drive) {
                              .parameters = {port},
                              .doc = "Reads " + which,
                              .returns = registerBytes,
-                             .body = [address = address](Op op, Object port) -> Result {
+                             .body = [address = address](Op op, Object port) -> Task {
                                  co_return co_await op.request("_Motion_read", port, py::int_(int{address}));
                              }});
         } else {
@@ -108,16 +92,16 @@ void defineAccesses(Feature& drive) {
                              .parameters = {port, {argument, "int", std::string(what) + ", 0 to 4294967295"}},
                              .doc = "Writes " + which,
                              .returns = writeStatus,
-                             .body = [address = address](Op op, Object port, Object value) -> Result {
+                             .body = [address = address](Op op, Object port, Object value) -> Task {
                                  co_return co_await op.request("_Motion_write", port, py::int_(int{address}), value);
                              }});
         }
     }
 }
 
-Result setRamp(Op op, Object port) {
+Task setRamp(Op op, Object port) {
     const Object ramp = callMethod(attribute(op.self(), "TMC5240_main_dict"), "values");
-    Merged status;
+    WorstStatus status;
     for (const py::handle each : py::list(ramp)) {
         const py::list entry = borrow(each.ptr());
         status.take(co_await op.request("_Motion_write", port, Object(entry[1]), Object(entry[0])));
@@ -125,7 +109,7 @@ Result setRamp(Op op, Object port) {
     co_return status.value();
 }
 
-Result alarmStatus(Op op, Object port) {
+Task alarmStatus(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     const Bytes bytes = bytesOf(co_await op.request("_Motion_getGlobalStatus", port), "register");
     const int third = byteOf(bytes, 2), fourth = byteOf(bytes, 3);
@@ -133,12 +117,12 @@ Result alarmStatus(Op op, Object port) {
     co_return py::int_(alarm ? 1 : 0);
 }
 
-Result currentVelocity(Op op, Object port) {
+Task currentVelocity(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     co_return py::int_(wordOf(co_await op.request("_Motion_readCurrentVelocity", port)));
 }
 
-Result positions(Op op, Object port) {
+Task positions(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     py::list both;
     both.append(wordOf(co_await op.request("_Motion_readEncoderPosition", port)));
@@ -146,18 +130,18 @@ Result positions(Op op, Object port) {
     co_return both;
 }
 
-Result resetPositions(Op op, Object port, Object position) {
+Task resetPositions(Op op, Object port, Object position) {
     op.call("_checkTMC5240Port", port);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setRampMode", port, py::int_(3)));
     status.take(co_await op.request("_Motion_resetPosition", port, position));
     status.take(co_await op.request("_Motion_setEncoderPosition", port, position));
     co_return status.value();
 }
 
-Result configureEncoder(Op op, Object port, Object direction, Object position) {
+Task configureEncoder(Op op, Object port, Object direction, Object position) {
     op.call("_checkTMC5240Port", port);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_resetPosition", port, position));
     status.take(co_await op.request("_Motion_setEncoderPosition", port, position));
     const py::int_ constant(isZero(direction) ? 1 : -1);  // Compat 16: the register has no sign
@@ -165,10 +149,10 @@ Result configureEncoder(Op op, Object port, Object direction, Object position) {
     co_return status.value();
 }
 
-Result configureDirection(Op op, Object port, Object direction) {
+Task configureDirection(Op op, Object port, Object direction) {
     op.call("_checkTMC5240Port", port);
     const py::int_ bit(4), inverse(isOne(direction) ? 1 : 0);
-    Merged status;
+    WorstStatus status;
     const Object general = co_await op.request("_Motion_getGlobalConfig", port);
     const Object newGeneral = writeBit(py::int_(wordOf(general)), bit, inverse);
     status.take(co_await op.request("_Motion_setGlobalConfig", port, newGeneral));
@@ -179,9 +163,9 @@ Result configureDirection(Op op, Object port, Object direction) {
 }
 
 // The upper half of the register is cleared.
-Result configureLimit(Op op, Object port, Object forward, Object reverse, Object polarity) {
+Task configureLimit(Op op, Object port, Object forward, Object reverse, Object polarity) {
     op.call("_checkTMC5240Port", port);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setLimitEnable", port, forward, reverse));
     status.take(co_await op.request("_Motion_setLimitPolarity", port, polarity));
     const Bytes bytes = bytesOf(co_await op.request("_Motion_getLimitSwitch", port), "register");
@@ -193,7 +177,7 @@ Result configureLimit(Op op, Object port, Object forward, Object reverse, Object
 }
 
 // Compat 15: three bytes are cut for each value, which is one too few: it fails with the first one.
-Result parameters(Op op, Object port) {
+Task parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     const Bytes reply = bytesOf(co_await exchange(op, MOTION_GET_PARAM, payload(port)), "reply");
     byteOf(reply, 2);
@@ -207,10 +191,10 @@ Result parameters(Op op, Object port) {
     co_return statusOf(reply, 1);
 }
 
-Result sendAll(Op op, Object port) {
+Task sendAll(Op op, Object port) {
     const Object axis = attribute(op.self(), "axis");
     const auto setting = [&](const char* key) { return settingOf(axis, key); };
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setEncoderDirection", port, setting("Inverse Encoder Direction")));
     status.take(co_await op.request("Motion_cfgAxisDirection", port, setting("Inverse Motion Direction")));
     const Object forward = setting("Forward Enable"), reverse = setting("Reverse Enable");
@@ -271,7 +255,7 @@ void defineRegisters(Feature& drive) {
              .parameters = {integer("port", "digital port"), integer("pin", "pin, 0 to 7"), integer("value", "0 or 1")},
              .doc = "Drives a digital output.",
              .returns = zero,
-             .body = [](Op op, Object port, Object pin, Object value) -> Result {
+             .body = [](Op op, Object port, Object pin, Object value) -> Task {
                  const Object mask = fillBit(py::int_(0), pin);
                  co_await exchange(op, SET_AND_WRITE_DO, payload(port, 0, mask, 0, mask * value));
                  co_return py::int_(0);
@@ -280,7 +264,7 @@ void defineRegisters(Feature& drive) {
                     .parameters = {port},
                     .doc = "Clears the faults of the general status.",
                     .returns = writeStatus,
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         co_return co_await op.request("_Motion_setGlobalStatus", port, py::int_(31));
                     }})
         .operation({.name = "_Motion_setRamp",
@@ -292,7 +276,7 @@ void defineRegisters(Feature& drive) {
                     .parameters = {port, onOff("forward_enable"), onOff("reverse_enable")},
                     .doc = "Remembers which limits are in use; nothing is sent.",
                     .returns = zero,
-                    .body = [](Op op, Object, Object forward, Object reverse) -> Result {
+                    .body = [](Op op, Object, Object forward, Object reverse) -> Task {
                         setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
                         setSetting(attribute(op.self(), "axis"), "Reverse Enable", reverse);
                         co_return py::int_(0);
@@ -301,7 +285,7 @@ void defineRegisters(Feature& drive) {
                     .parameters = {port, level("limit_polarity")},
                     .doc = "Remembers the level of the limits; nothing is sent.",
                     .returns = zero,
-                    .body = [](Op op, Object, Object polarity) -> Result {
+                    .body = [](Op op, Object, Object polarity) -> Task {
                         for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
                             setSetting(attribute(op.self(), "axis"), key, polarity);
                         }
@@ -312,7 +296,7 @@ void defineRegisters(Feature& drive) {
                     .doc = "Has no effect; nothing is sent.",
                     .returns = zero,
                     .raises = portRaises,
-                    .body = [](Op op, Object port) -> Result {
+                    .body = [](Op op, Object port) -> Task {
                         op.call("_checkTMC5240Port", port);
                         co_return py::int_(0);
                     }})
@@ -322,110 +306,16 @@ void defineRegisters(Feature& drive) {
              .doc = "Tells whether the position was reached.",
              .returns = {"int", "0 or 1", "the chip's status at the last register read"},
              .raises = {"AttributeError: no register was read yet"},
-             .body = [](Op op, Object) -> Result { co_return attribute(op.self(), "status_bit5_positionreach"); }});
+             .body = [](Op op, Object) -> Task { co_return attribute(op.self(), "status_bit5_positionreach"); }});
     defineAccesses(drive);
 }
 
-void defineDriveMoves(Feature& drive) {
-    const Parameter speed = integer("speed", "pulses per second, 0 to 4294967295"),
-                    acceleration = integer("acceleration", "pulses per second squared, 0 to 4294967295"),
-                    deceleration = integer("deceleration", "pulses per second squared, 0 to 4294967295"),
-                    searching = integer("searching_speed", "pulses per second, 0 to 4294967295"),
-                    approaching = integer("approaching_speed", "pulses per second near the reference, 0 to 4294967295"),
-                    offset = integer("offset", "distance to go at the end, in pulses"),
-                    reset{"reset_position", "str", "\"true\" sets the position to 0 at the end"};
-    const auto numbered = [](const char* name) {
-        return integer(name, "in the firmware's numbering; its low byte is sent");
-    };
-    const auto position = [](const char* name) { return integer(name, "pulses, -2147483648 to 2147483647"); };
-    const Check portCheck = checkPort(port);
-    const std::vector<Field> searchFields{port | u8,
-                                          searching | u32,
-                                          approaching | u32,
-                                          acceleration | u32,
-                                          numbered("search_direction") | lowByte,
-                                          numbered("approach_direction") | lowByte,
-                                          offset | i32,
-                                          reset | isTrueText};
-    const Reply state{
-        nullptr,
-        {"tuple[int, bytes]", "state in the firmware's numbering, and the rest of the reply", "the device"},
-        [](py::handle, const Object& reply) -> Object {
-            return py::make_tuple(itemOf(reply, 1), restOfSequence(reply, 2));
-        }};
-    const Reply inputs{[](py::handle, const Bytes& data) -> Object {
-                           const int word = readBigEndian<std::uint16_t>(slice(data, 1, 2));
-                           py::list levels;
-                           for (int bit = 0; bit < 3; ++bit) levels.append(word >> bit & 1);
-                           return levels;
-                       },
-                       {"list[int]", "forward limit, reverse limit and home, 0 or 1", "the device"}};
-    drive.operations(
-        {{.name = "Motion_startVelocticyMove",
-          .parameters = {port, speed, numbered("dir"), acceleration, deceleration},
-          .checks = {portCheck, isInt(speed), isInt(acceleration), isInt(deceleration)},
-          .sends = MOTION_START_V_MOVE,
-          .fields = {port | u8, speed | u32, acceleration | u32, deceleration | u32, numbered("dir") | lowByte},
-          .doc = "Starts a move at a speed."},
-         {.name = "Motion_startPositionMove",
-          .checks = {portCheck, isInt(speed), isInt(acceleration), isInt(deceleration)},
-          .sends = MOTION_START_P_MOVE,
-          .fields = {port | u8, position("position") | i32, speed | u32, acceleration | u32, deceleration | u32,
-                     integer("mode", "in the firmware's numbering, 0 to 255") | u8},
-          .doc = "Starts a move to a position."},
-         {.name = "Motion_startScanMove",
-          .checks = {portCheck, isInt(speed), isInt(acceleration)},
-          .sends = MOTION_START_SCAN_MOVE,
-          .fields = {port | u8, position("position_0") | i32, position("position_1") | i32, speed | u32,
-                     acceleration | u32},
-          .doc = "Starts a move to and fro between two positions."},
-         {.name = "Motion_startFindLimit",
-          .checks = {portCheck},
-          .sends = MOTION_START_FIND_END,
-          .fields = {port | u8, numbered("mode") | lowByte, searching | u32, approaching | u32, acceleration | u32,
-                     offset | i32, reset | isTrueText},
-          .doc = "Starts the search of a limit."},
-         {.name = "Motion_startFindHome",
-          .checks = {portCheck},
-          .sends = MOTION_START_FIND_HOME,
-          .fields = searchFields,
-          .doc = "Starts the search of the home input."},
-         {.name = "Motion_startFindZPolarity",
-          .checks = {portCheck},
-          .sends = MOTION_START_FIND_Z,
-          .fields = searchFields,
-          .doc = "Starts the search of the encoder's index."},
-         {.name = "Motion_getProcessState",
-          .checks = {portCheck},
-          .sends = MOTION_GET_PROC_STATE,
-          .fields = {port | u8},
-          .reply = state,
-          .doc = "Reads the state of the move or search."},
-         {.name = "Motion_stopProcess",
-          .checks = {portCheck},
-          .sends = MOTION_STOP_PROC,
-          .fields = {port | u8},
-          .doc = "Stops the move or search."},
-         {.name = "Motion_resetFactory",
-          .checks = {portCheck},
-          .sends = MOTION_RESET_FACTORY,
-          .fields = {port | u8},
-          .doc = "Sets the drive's parameters to the factory's."},
-         {.name = "Motion_getLimitStatus",
-          .parameters = {port},
-          .checks = {portCheck},
-          .sends = READ_AND_GET_DI,
-          .fields = {constant(1), constant(0), constant(lines)},
-          .reply = inputs,
-          .doc = "Reads limits and home, from digital port 1."}});
-}
-
-Result switchServo(Op op, Object port, int level) {
+Task switchServo(Op op, Object port, int level) {
     op.call("_checkTMC5240Port", port);
     co_return co_await op.request("_Motion_writeDO", py::int_(2), py::int_(0), py::int_(level));
 }
 
-Result touch(Op op, Object port) {
+Task touch(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     co_return py::int_(0);
 }

@@ -292,7 +292,7 @@ Family syncFamily(bool enables) {
 }
 
 // Compat 13: only the awaitable form counts the slots of the chassis.
-Result setLogicalPosition(Op op, Object port, Object axis, Object counter) {
+Task setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     if (op.awaitable()) port = devicePort(op.self(), port);
     const py::list data = payload(port, MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
     const Object reply = co_await exchange(op, MOTION, data);

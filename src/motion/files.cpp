@@ -13,8 +13,7 @@ struct Section {
 };
 constexpr Section fourAxes[] = {{"Axis_1", "axis_1"}, {"Axis_2", "axis_2"}, {"Axis_3", "axis_3"}, {"Axis_4", "axis_4"}};
 constexpr Section oneAxis[] = {{"Axis_1", "axis"}};
-template <bool isController>
-constexpr std::span<const Section> sections = isController ? std::span<const Section>(fourAxes) : oneAxis;
+using Sections = std::span<const Section>;
 
 bool isPercent(const Object& key) { return key.equal(py::str("Approach Velocity Percent")); }
 bool isOffset(const Object& key) { return key.equal(py::str("Offset Position")); }
@@ -34,11 +33,11 @@ Object toValue(py::handle self, const Object& key, const Object& text) {
     return lookedUp(self, "ini_in_dict", key, text);
 }
 
-Result openFile(Op op, Object name) {
+Task openFile(Op op, Object name) {
     const bool isPath = PyUnicode_Check(name.ptr()) != 0 || attributeOrNothing(name, "__fspath__");
-    const Object path = isPath ? callObject(hostObject("os", "fspath"), name) : name;
+    const Object path = isPath ? callObject(pythonObject("os", "fspath"), name) : name;
     if (PyUnicode_Check(path.ptr()) == 0) refuseType("filename", "a name as text", name);
-    if (!truthOf(callObject(hostObject("os.path", "isfile"), name))) {
+    if (!truthOf(callObject(pythonObject("os.path", "isfile"), name))) {
         throw Failure(FailureId::IniFileNotFoundError);
     }
     if (!truthOf(callMethod(path, "endswith", py::str(".ini")))) {
@@ -46,14 +45,13 @@ Result openFile(Op op, Object name) {
     }
     setAttribute(op.self(), "inifile", name);
     setAttribute(op.self(), "inimode", py::str("w"));
-    setAttribute(op.self(), "iniconfig", callObject(hostObject("configparser", "ConfigParser")));
+    setAttribute(op.self(), "iniconfig", callObject(pythonObject("configparser", "ConfigParser")));
     co_return py::int_(0);
 }
 
-template <bool isController>
-Result saveFile(Op op) {
+Task saveFile(Op op, Sections sections) {
     const Object config = attribute(op.self(), "iniconfig");
-    for (const auto& [name, record] : sections<isController>) {
+    for (const auto& [name, record] : sections) {
         config[py::str(name)] = py::dict();
         const Object section = config[py::str(name)];
         for (const py::handle item : callMethod(attribute(attribute(op.self(), record), "motion_dict"), "items")) {
@@ -62,20 +60,19 @@ Result saveFile(Op op) {
         }
     }
     // What cannot be told as text fails before the file is touched.
-    const Object text = callObject(hostObject("io", "StringIO"));
+    const Object text = callObject(pythonObject("io", "StringIO"));
     callMethod(config, "write", text);
     const Object content = callMethod(text, "getvalue");
     const Object file =
-        callObject(hostObject("builtins", "open"), attribute(op.self(), "inifile"), attribute(op.self(), "inimode"));
+        callObject(pythonObject("builtins", "open"), attribute(op.self(), "inifile"), attribute(op.self(), "inimode"));
     thenAlways([&] { callMethod(file, "write", content); }, [&] { callMethod(file, "close"); });
     co_return py::int_(0);
 }
 
-template <bool isController>
-Result loadFile(Op op) {
+Task loadFile(Op op, Sections sections) {
     const Object config = attribute(op.self(), "iniconfig");
     callMethod(config, "read", attribute(op.self(), "inifile"));
-    for (const auto& [name, record] : sections<isController>) {
+    for (const auto& [name, record] : sections) {
         const Object settings = attribute(attribute(op.self(), record), "motion_dict");
         for (const py::handle each : py::list(settings)) {
             const Object key = borrow(each.ptr());
@@ -85,19 +82,15 @@ Result loadFile(Op op) {
         }
     }
     const py::int_ port(0);
-    if constexpr (isController) {
-        for (std::size_t i = 0; i < std::size(fourAxes); ++i) {
-            const Object status = co_await op.request("_Motion_sendAllConfiguration", port, py::int_(i));
-            if (!isZero(status)) co_return status;
-        }
-        co_return py::int_(0);
-    } else {
-        co_return co_await op.request("_Motion_sendAllConfiguration", port);
+    if (sections.size() == 1) co_return co_await op.request("_Motion_sendAllConfiguration", port);
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        const Object status = co_await op.request("_Motion_sendAllConfiguration", port, py::int_(i));
+        if (!isZero(status)) co_return status;
     }
+    co_return py::int_(0);
 }
 
-template <bool isController>
-void defineFiles(Feature& feature) {
+void defineFiles(Feature& feature, Sections sections) {
     const Parameter key{"key", "str", "name of a setting"};
     const Returns done{"int", "0"};
     const char* unopened = "AttributeError: no file is opened";
@@ -129,18 +122,18 @@ void defineFiles(Feature& feature) {
              .returns = done,
              .raises = {unopened, "KeyError: a setting has a value without a text; the file is as it was then",
                         "OSError: the file is refused, or the disk takes no more"},
-             .body = saveFile<isController>})
+             .body = [sections](Op op) { return saveFile(std::move(op), sections); }})
         .operation({.name = "Motion_loadCfgFile",
                     .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0.",
                     .returns = {"int", "0, or the first status of an axis other than that", "the device"},
                     .raises = {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
                                "KeyError: a text is not known", "ValueError: a text is no number"},
-                    .body = loadFile<isController>});
+                    .body = [sections](Op op) { return loadFile(std::move(op), sections); }});
 }
 
 }  // namespace
 
-void defineControllerFiles(Feature& controller) { defineFiles<true>(controller); }
-void defineDriveFiles(Feature& drive) { defineFiles<false>(drive); }
+void defineControllerFiles(Feature& controller) { defineFiles(controller, fourAxes); }
+void defineDriveFiles(Feature& drive) { defineFiles(drive, oneAxis); }
 
 }  // namespace zvr::python

@@ -12,7 +12,7 @@ const Parameter& port = controllerPort;
 Object item(const Object& sequence, Py_ssize_t index) { return own(PySequence_GetItem(sequence.ptr(), index)); }
 
 // The lowest axis is the main one, whatever the order of the arguments.
-Result configureLine(Op op, std::vector<Object> given) {
+Task configureLine(Op op, std::vector<Object> given) {
     static constexpr std::pair<const char*, const char*> fields[] = {{"main_axis", "main_dest"},
                                                                      {"second_axis", "second_dest"},
                                                                      {"third_axis", "third_dest"},
@@ -39,7 +39,7 @@ Result configureLine(Op op, std::vector<Object> given) {
     }
     setFields(record, {{"speed", speed}, {"acceleration", acceleration}, {"deceleration", deceleration}});
     setAttribute(record, "mode", py::int_(count));
-    Merged status;
+    WorstStatus status;
     for (const Object& axis : axes) status.take(co_await applyOutput(op, port, axis));
     Object word = py::int_(0);
     for (const Object& axis : axes) word = writeBit(word, axis, py::int_(1));
@@ -56,7 +56,7 @@ Result configureLine(Op op, std::vector<Object> given) {
     co_return status.value();
 }
 
-Result startLine(Op op, Object port) {
+Task startLine(Op op, Object port) {
     port = enter(op, port);
     const Object mode = attribute(attribute(op.self(), "linear_interpo"), "mode");
     const char* start = nullptr;
@@ -67,8 +67,8 @@ Result startLine(Op op, Object port) {
     co_return co_await op.request(start, port);
 }
 
-Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Object centerY, Object finishX,
-                    Object finishY, Object direction, Object speed, Object acceleration, Object deceleration) {
+Task configureArc(Op op, Object port, Object x, Object y, Object centerX, Object centerY, Object finishX,
+                  Object finishY, Object direction, Object speed, Object acceleration, Object deceleration) {
     port = enter(op, port, x);
     op.call("_checkMCX514Axis", y);
     for (const Object& point : {centerX, centerY, finishX, finishY}) checkIsNumber(point);
@@ -86,7 +86,7 @@ Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Obje
                        {"speed", speed},
                        {"acceleration", acceleration},
                        {"deceleration", deceleration}});
-    Merged status;
+    WorstStatus status;
     status.take(co_await applyOutput(op, port, x));
     status.take(co_await applyOutput(op, port, y));
     Object word = writeBit(writeBit(py::int_(0), x, py::int_(1)), y, py::int_(1));
@@ -103,15 +103,15 @@ Result configureArc(Op op, Object port, Object x, Object y, Object centerX, Obje
     co_return status.value();
 }
 
-Result startArc(Op op, Object port) {
+Task startArc(Op op, Object port) {
     port = enter(op, port);
     const bool clockwise = isZero(attribute(attribute(op.self(), "circular_interpo"), "direction"));
     co_return co_await op.request(clockwise ? "_Motion_cwCircularInterpolation" : "_Motion_ccwCircularInterpolation",
                                   port);
 }
 
-Result writeHelix(Op op, Object port, Object finish1, Object finish2, Object center1, Object center2, Object enable3,
-                  Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction) {
+Task writeHelix(Op op, Object port, Object finish1, Object finish2, Object center1, Object center2, Object enable3,
+                Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction) {
     op.call("_checkMCX514MotionPort", port);
     const Object record = attribute(op.self(), "helical_interpo");
     setFields(record, {{"finish_point_axis1", finish1},
@@ -128,7 +128,7 @@ Result writeHelix(Op op, Object port, Object finish1, Object finish2, Object cen
     const bool third = isOne(enable3), fourth = isOne(enable4);
     const py::int_ axes[] = {0, 1, 2, 3};
     const Object word = withBits(py::int_(0), {{0, 1}, {1, 1}, {2, enable3}, {3, enable4}, {6, 1}, {8, 1}});
-    Merged status;
+    WorstStatus status;
     status.take(co_await applyOutput(op, port, axes[0]));
     status.take(co_await applyOutput(op, port, axes[1]));
     if (third) status.take(co_await applyOutput(op, port, axes[2]));
@@ -152,9 +152,9 @@ long long wallMilliseconds() {
 }
 
 // The chip calculates where the helix has to slow down: that is waited for, and kept for the start.
-Result configureHelix(Op op, Object port, Object centerX, Object centerY, Object finishX, Object finishY,
-                      Object enable3, Object pitch3, Object enable4, Object pitch4, Object turns, Object speed,
-                      Object direction, Object limit) {
+Task configureHelix(Op op, Object port, Object centerX, Object centerY, Object finishX, Object finishY, Object enable3,
+                    Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction,
+                    Object limit) {
     port = enter(op, port);
     for (const Object& point : {centerX, centerY, finishX, finishY}) checkIsNumber(point);
     op.call("_checkMCX514Enable", enable3);
@@ -166,7 +166,7 @@ Result configureHelix(Op op, Object port, Object centerX, Object centerY, Object
     op.call("_checkMCX514Direction", direction);
     checkIsNumber(limit);
     const char* calculate = isZero(direction) ? "_Motion_cwHelicalCalculation" : "_Motion_ccwHelicalCalculation";
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_writeHelicalInterpolation", port, finishX, finishY, centerX, centerY,
                                     enable3, pitch3, enable4, pitch4, turns, speed, direction));
     status.take(co_await op.request(calculate, port));
@@ -182,7 +182,7 @@ Result configureHelix(Op op, Object port, Object centerX, Object centerY, Object
     co_return status.value();
 }
 
-Result startHelix(Op op, Object port) {
+Task startHelix(Op op, Object port) {
     port = enter(op, port);
     const Object record = attribute(op.self(), "helical_interpo");
     const auto stored = [&](const char* field) { return attribute(record, field); };
@@ -192,7 +192,7 @@ Result startHelix(Op op, Object port) {
                  pitch4 = stored("pitch_axis4"), turns = stored("rotation_number"), speed = stored("circular_speed"),
                  direction = stored("circular_direction");
     const char* move = isZero(direction) ? "_Motion_cwHelicalInterpolation" : "_Motion_ccwHelicalInterpolation";
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_writeHelicalInterpolation", port, finish1, finish2, center1, center2,
                                     enable3, pitch3, enable4, pitch4, turns, speed, direction));
     status.take(co_await op.request("_Motion_setHelicalCalculation", port, stored("calculation_result")));

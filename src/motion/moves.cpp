@@ -8,12 +8,12 @@ namespace {
 const Parameter& port = controllerPort;
 const Parameter& axis = axisParameter;
 
-Result writeTarget(Op op, Object port, Object axis, Object position) {
+Task writeTarget(Op op, Object port, Object axis, Object position) {
     setAttribute(recordOf(op, axis), "target_position", position);
     co_return co_await op.request("_Motion_setDrivePositionFinishPoint", port, axis, position);
 }
 
-Result writeDriveMode(Op op, Object port, Object axis, Object mode, Object velocity) {
+Task writeDriveMode(Op op, Object port, Object axis, Object mode, Object velocity) {
     const Object record = recordOf(op, axis);
     setFields(record, {{"operation_mode", mode}, {"velocity", velocity}});
     const char* start = nullptr;
@@ -28,13 +28,13 @@ Result writeDriveMode(Op op, Object port, Object axis, Object mode, Object veloc
     co_return co_await op.request(start, port, axis);
 }
 
-Result configureMove(Op op, Object port, Object axis, Object mode, Object target, Object velocity, Object acceleration,
-                     Object deceleration) {
+Task configureMove(Op op, Object port, Object axis, Object mode, Object target, Object velocity, Object acceleration,
+                   Object deceleration) {
     port = enter(op, port, axis);
     op.call("_checkMCX514OperationMode", mode);
     for (const Object& each : {target, velocity, acceleration, deceleration}) checkIsInt(each);
     setAttribute(recordOf(op, axis), "operation_mode", mode);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, target));
     status.take(co_await op.request("_Motion_writeVelocity", port, axis, velocity));
     status.take(co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration));
@@ -42,22 +42,22 @@ Result configureMove(Op op, Object port, Object axis, Object mode, Object target
     co_return status.value();
 }
 
-Pending startFromRecord(const Op& op, const Object& port, const Object& axis) {
+Awaiter startFromRecord(const Op& op, const Object& port, const Object& axis) {
     const Object record = recordOf(op, axis);
     return op.request("_Motion_writeDriveMode", port, axis, attribute(record, "operation_mode"),
                       attribute(record, "velocity"));
 }
 
-Result startOne(Op op, Object port, Object axis) {
+Task startOne(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     co_return co_await startFromRecord(op, port, axis);
 }
 
-Result startTogether(Op op, Object port, Object axes) {
+Task startTogether(Op op, Object port, Object axes) {
     port = enter(op, port);
     for (const py::handle each : axes) op.call("_checkMCX514Axis", each);
     Object mask = py::int_(0);
-    Merged status;
+    WorstStatus status;
     for (const py::handle each : axes) {
         const Object axis = borrow(each.ptr());
         const Object record = recordOf(op, axis);
@@ -76,19 +76,19 @@ Result startTogether(Op op, Object port, Object axes) {
     co_return status.value();
 }
 
-Result stop(Op op, Object port, Object axis, Object mode) {
+Task stop(Op op, Object port, Object axis, Object mode) {
     port = enter(op, port, axis);
     op.call("_checkMCX514StopMode", mode);
     setAttribute(recordOf(op, axis), "stop_decl", mode);
     co_return co_await op.request(isZero(mode) ? "_Motion_decelerateStop" : "_Motion_instantStop", port, axis);
 }
 
-Result overridePosition(Op op, Object port, Object axis, Object position) {
+Task overridePosition(Op op, Object port, Object axis, Object position) {
     port = enter(op, port, axis);
     co_return co_await op.request("_Motion_writeTargetPosition", port, axis, position);
 }
 
-Result overrideAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
+Task overrideAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
     port = enter(op, port, axis);
     checkIsInt(acceleration);
     checkIsInt(deceleration);
@@ -98,7 +98,7 @@ Result overrideAcceleration(Op op, Object port, Object axis, Object acceleration
 }
 
 // A continuous move that turns brakes, and starts the other way by itself when it stands.
-Result overrideVelocity(Op op, Object port, Object axis, Object velocity) {
+Task overrideVelocity(Op op, Object port, Object axis, Object velocity) {
     port = enter(op, port, axis);
     checkIsInt(velocity);
     const Object record = recordOf(op, axis);
@@ -112,7 +112,7 @@ Result overrideVelocity(Op op, Object port, Object axis, Object velocity) {
         co_return co_await op.request("_Motion_setDriveSpeed", port, axis, speed);
     }
     setAttribute(record, "velocity_move_direction", direction);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setAccelerationJerk", port, axis, py::int_(0)));
     status.take(co_await op.request("_Motion_setSYNCAction1", port, axis, py::int_(forward ? 214 : 230)));
     status.take(co_await op.request("_Motion_enableActionSYNC1", port, axis));
@@ -121,8 +121,8 @@ Result overrideVelocity(Op op, Object port, Object axis, Object velocity) {
     co_return status.value();
 }
 
-Result configureSearch(Op op, Object port, Object axis, Object type, Object direction, Object velocity,
-                       Object acceleration, Object percent, Object resets, Object offset) {
+Task configureSearch(Op op, Object port, Object axis, Object type, Object direction, Object velocity,
+                     Object acceleration, Object percent, Object resets, Object offset) {
     port = enter(op, port, axis);
     op.call("_checkMCX514SearchType", type);
     op.call("_checkMCX514SearchDirection", direction);
@@ -134,7 +134,7 @@ Result configureSearch(Op op, Object port, Object axis, Object type, Object dire
     const Object record = recordOf(op, axis);
     setFields(record, {{"search_type", type}, {"search_velocity", velocity}, {"search_accerleration", acceleration}});
     const Object target = attribute(record, "target_position");
-    Merged status;
+    WorstStatus status;
     status.take(co_await applyOutput(op, port, axis));
     status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, target));
     status.take(co_await op.request("_Motion_writeVelocity", port, axis, velocity));
@@ -146,8 +146,8 @@ Result configureSearch(Op op, Object port, Object axis, Object type, Object dire
     co_return status.value();
 }
 
-Result setSearchMode(Op op, Object port, Object axis, Object type, Object initial, Object final, Object percent,
-                     Object offset) {
+Task setSearchMode(Op op, Object port, Object axis, Object type, Object initial, Object final, Object percent,
+                   Object offset) {
     checkPortAndAxis(op, port, axis);
     const Object record = recordOf(op, axis);
     setSetting(record, "Offset Position", offset);
@@ -164,26 +164,26 @@ Result setSearchMode(Op op, Object port, Object axis, Object type, Object initia
         bits = {{0, 1}, {1, a}, {3, 1}, {4, b}, {5, a}, {6, 1}};
     }
     bits.emplace_back(15, c);
-    Merged status;
+    WorstStatus status;
     status.take(co_await op.request("_Motion_setAutoHomeSearchMode1", port, axis, withBits(py::int_(0), bits)));
     status.take(co_await op.request("_Motion_setInstantLimitStop", port, axis, py::int_(1)));
     co_return status.value();
 }
 
-Result setSearchEnd(Op op, Object port, Object axis, Object resets) {
+Task setSearchEnd(Op op, Object port, Object axis, Object resets) {
     setSetting(recordOf(op, axis), "Enable Reset Position", resets);
     const Object word = withBits(py::int_(0), {{1, resets}, {2, resets}});
     co_return co_await op.request("_Motion_setAutoHomeSearchMode2", port, axis, word);
 }
 
-Result writeHomeSpeed(Op op, Object port, Object axis, Object percent, Object velocity) {
+Task writeHomeSpeed(Op op, Object port, Object axis, Object percent, Object velocity) {
     setSetting(recordOf(op, axis), "Approach Velocity Percent", percent);
     Object speed = percent / py::float_(100.0) * velocity;
     if (isZero(speed)) speed = py::int_(1);
     co_return co_await op.request("_Motion_setHomeSearchSpeed", port, axis, speed);
 }
 
-Result writeOffset(Op op, Object port, Object axis, Object offset, Object direction) {
+Task writeOffset(Op op, Object port, Object axis, Object offset, Object direction) {
     const Object record = recordOf(op, axis);
     setSetting(record, "Offset Position", offset);
     setSetting(record, "Initial Search Direction", direction);
@@ -191,7 +191,7 @@ Result writeOffset(Op op, Object port, Object axis, Object offset, Object direct
     co_return co_await op.request("_Motion_setDrivePositionFinishPoint", port, axis, offset);
 }
 
-Result search(Op op, Object port, Object axis) {
+Task search(Op op, Object port, Object axis) {
     port = enter(op, port, axis);
     co_return co_await op.request("_Motion_autoHomeSearch", port, axis);
 }

@@ -160,7 +160,7 @@ Object represent(const Record& record, py::handle self) {
     };
     for (const RecordField& field : record.fields) tell(field.name);
     if (record.hasSettings) tell("motion_dict");
-    if (parts.empty()) return callMethod(hostObject("builtins", "object"), "__repr__", self);
+    if (parts.empty()) return callMethod(pythonObject("builtins", "object"), "__repr__", self);
     return py::str("{}({})").format(attribute(py::type::of(borrow(self.ptr())), "__name__"),
                                     py::str(", ").attr("join")(parts));
 }

@@ -38,7 +38,7 @@ void defineControllerFiles(Feature& controller);
 void defineDriveFiles(Feature& drive);
 
 /// The status of several commands: the greatest, from 0 on, so that a refusal, which is negative, does not show.
-class Merged {
+class WorstStatus {
 public:
     void take(const Object& status) {
         if (status > value_) value_ = status;

@@ -34,7 +34,7 @@ ClassMaker& ClassMaker::addProperty(const FieldDoc& field, Body get, const Body*
         set ? accessor({.name = field.name, .parameters = {{"value", field.type}}, .doc = field.doc, .body = *set})
             : Object(py::none());
     py::setattr(type_, field.name.c_str(),
-                callObject(hostObject("builtins", "property"), getter, setter, py::none(), py::str(field.doc)));
+                callObject(pythonObject("builtins", "property"), getter, setter, py::none(), py::str(field.doc)));
     return *this;
 }
 
@@ -51,7 +51,7 @@ ClassMaker& ClassMaker::addKept(const Definition& definition, Form form) {
 ClassMaker& ClassMaker::standalone(Definition definition) {
     const Definition& kept = keep(std::move(definition));
     const Object function = makeOperation(kept, Form::function, nameOf(type_));
-    py::setattr(type_, kept.name.c_str(), callObject(hostObject("builtins", "staticmethod"), function));
+    py::setattr(type_, kept.name.c_str(), callObject(pythonObject("builtins", "staticmethod"), function));
     return *this;
 }
 

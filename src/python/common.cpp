@@ -5,7 +5,7 @@
 #include <thread>
 #include <unordered_map>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 #include "core/engine/threads.h"
 
 namespace zvr::python {
@@ -32,12 +32,12 @@ PyObject* internedWith(Names& names, std::string_view name, const char* ending) 
 }  // namespace
 
 PyObject* interned(const char* name) {
-    static auto& names = immortal<Names>();
+    static auto& names = neverDestroyed<Names>();
     return internedWith(names, name, "");
 }
 
-PyObject* internedTwin(const char* name) {
-    static auto& names = immortal<Names>();
+PyObject* internedAsyncName(const char* name) {
+    static auto& names = neverDestroyed<Names>();
     return internedWith(names, name, "_async");
 }
 
@@ -51,8 +51,8 @@ Object attributeOrNothing(py::handle object, const char* name) {
     return py::reinterpret_steal<Object>(found);
 }
 
-Object hostObject(const char* module, const char* name) {
-    static auto& modules = immortal<std::map<const char*, Object>>();
+Object pythonObject(const char* module, const char* name) {
+    static auto& modules = neverDestroyed<std::map<const char*, Object>>();
     Object& entry = modules[module];
     if (!entry) entry = py::module_::import(module);
     return attribute(entry, name);
@@ -75,7 +75,7 @@ WithGil::WithGil() {
     state_ = entering([] { return PyGILState_Ensure(); });
 }
 
-Attend attendSignals() {
+InterruptCheck signalCheck() {
     if (PyThread_get_thread_ident() != mainThread) return {};
     return [] {
         const WithGil acquired;

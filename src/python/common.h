@@ -44,8 +44,8 @@ inline Object borrow(PyObject* object) { return py::reinterpret_borrow<Object>(o
 
 /// The interned string of a name, made once.
 PyObject* interned(const char* name);
-/// The same for the name of its awaitable twin.
-PyObject* internedTwin(const char* name);
+/// The same for the name of its async variant.
+PyObject* internedAsyncName(const char* name);
 
 inline Object attribute(py::handle object, const char* name) {
     PyObject* const text = interned(name);
@@ -90,12 +90,12 @@ Object callObject(py::handle callable, const Args&... args) {
 }
 
 /// What a module of the host has under this name now: a replacement lives as long as its replacer wants.
-Object hostObject(const char* module, const char* name);
+Object pythonObject(const char* module, const char* name);
 /// The same of the package itself.
-inline Object packageObject(const char* name) { return hostObject("pyzvr", name); }
+inline Object packageObject(const char* name) { return pythonObject("pyzvr", name); }
 
 /// Prints as the host's `print` does now.
-inline void printLine(py::handle text) { callObject(hostObject("builtins", "print"), text); }
+inline void printLine(py::handle text) { callObject(pythonObject("builtins", "print"), text); }
 
 /// Lets other Python threads run for a scope.
 class WithoutGil {
@@ -122,15 +122,15 @@ private:
     PyGILState_STATE state_;
 };
 
-/// Runs `wait` without the interpreter lock. On the main thread its Attend lets the host's signal handlers run, whose
-/// failures (KeyboardInterrupt first of all) end the wait.
-Attend attendSignals();
+/// Runs `wait` without the interpreter lock. On the main thread its InterruptCheck lets the host's signal handlers run,
+/// whose failures (KeyboardInterrupt first of all) end the wait.
+InterruptCheck signalCheck();
 
 template <class Wait>
 auto blocking(Wait&& wait) {
-    const Attend attend = attendSignals();
+    const InterruptCheck onWait = signalCheck();
     const WithoutGil released;
-    return wait(attend);
+    return wait(onWait);
 }
 
 /// Runs what must happen even if the step before it failed, and lets the failure through after it.

@@ -9,7 +9,7 @@ namespace zvr::python {
 namespace {
 
 struct CoroutineObject {
-    PyObject_HEAD Result* steps;  // gone once they have finished
+    PyObject_HEAD Task* steps;  // gone once they have finished
     PyObject* name;
     PyObject* qualifiedName;
     PyObject* weakReferences;
@@ -21,10 +21,10 @@ PyTypeObject coroutineType{};
 
 CoroutineObject* cast(PyObject* object) { return reinterpret_cast<CoroutineObject*>(object); }
 
-Result::promise_type& promiseOf(CoroutineObject* self) { return self->steps->handle().promise(); }
+Task::promise_type& promiseOf(CoroutineObject* self) { return self->steps->handle().promise(); }
 
 void finish(CoroutineObject* self) {
-    const std::unique_ptr<Result> steps(std::exchange(self->steps, nullptr));
+    const std::unique_ptr<Task> steps(std::exchange(self->steps, nullptr));
     self->running = false;
 }
 
@@ -76,7 +76,7 @@ PySendResult advance(CoroutineObject* self, PyObject* value, PyObject** result) 
         return PYGEN_ERROR;
     }
     try {
-        Result::promise_type& promise = promiseOf(self);
+        Task::promise_type& promise = promiseOf(self);
         for (;; value = Py_None) {
             if (promise.awaited) {
                 const Object awaited = promise.awaited;
@@ -182,7 +182,7 @@ void finalize(PyObject* self) {
 
 int traverse(PyObject* self, visitproc visit, void* arg) {
     if (cast(self)->steps == nullptr) return 0;
-    const Result::promise_type& promise = promiseOf(cast(self));
+    const Task::promise_type& promise = promiseOf(cast(self));
     for (const Object* held : {&promise.awaited, &promise.answer, &promise.value}) Py_VISIT(held->ptr());
     return promise.held.visit(visit, arg);
 }
@@ -248,26 +248,26 @@ Object iteratorOf(py::handle awaitable) {
 
 }  // namespace
 
-Pending Pending::on(py::handle awaitable) { return {iteratorOf(awaitable), false}; }
+Awaiter Awaiter::on(py::handle awaitable) { return {iteratorOf(awaitable), false}; }
 
-void Pending::await_suspend(Result::Handle handle) {
+void Awaiter::await_suspend(Task::Handle handle) {
     steps_ = handle;
-    Result::promise_type& promise = handle.promise();
+    Task::promise_type& promise = handle.promise();
     if (promise.limit != forever && isOurCoroutine(value_)) limitCoroutine(value_, promise.limit);
     promise.awaited = std::move(value_);
 }
 
-Object Pending::await_resume() {
+Object Awaiter::await_resume() {
     if (done_) return std::move(value_);
-    Result::promise_type& promise = steps_.promise();
+    Task::promise_type& promise = steps_.promise();
     if (promise.trouble) std::rethrow_exception(std::exchange(promise.trouble, nullptr));
     return std::move(promise.answer);
 }
 
-Object makeCoroutine(Result steps, py::handle name, py::handle qualifiedName) {
+Object makeCoroutine(Task steps, py::handle name, py::handle qualifiedName) {
     auto* self = PyObject_GC_New(CoroutineObject, &coroutineType);
     if (self == nullptr) throw py::error_already_set();
-    self->steps = std::make_unique<Result>(std::move(steps)).release();
+    self->steps = std::make_unique<Task>(std::move(steps)).release();
     self->name = Py_NewRef(name.ptr());
     self->qualifiedName = Py_NewRef(qualifiedName.ptr());
     self->weakReferences = nullptr;

@@ -80,7 +80,7 @@ private:
 };
 
 /// The running steps of one call.
-class [[nodiscard]] Result {
+class [[nodiscard]] Task {
 public:
     struct promise_type {
         Object value;                ///< what the steps returned
@@ -95,7 +95,7 @@ public:
         template <class... Parameters>
         explicit promise_type(Parameters&... parameters) : held(parameters...) {}
 
-        Result get_return_object() { return Result(Handle::from_promise(*this)); }
+        Task get_return_object() { return Task(Handle::from_promise(*this)); }
         std::suspend_always initial_suspend() noexcept { return {}; }
         std::suspend_always final_suspend() noexcept { return {}; }
         void return_value(Object result) { value = std::move(result); }
@@ -103,10 +103,10 @@ public:
     };
     using Handle = std::coroutine_handle<promise_type>;
 
-    explicit Result(Handle handle) : handle_(handle) {}
-    Result(Result&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-    Result& operator=(Result&&) = delete;
-    ~Result() {
+    explicit Task(Handle handle) : handle_(handle) {}
+    Task(Task&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    Task& operator=(Task&&) = delete;
+    ~Task() {
         if (handle_) handle_.destroy();
     }
 
@@ -129,25 +129,25 @@ private:
 };
 
 /// One awaited step: its result is there, or comes from an awaitable of the host.
-class [[nodiscard]] Pending {
+class [[nodiscard]] Awaiter {
 public:
-    static Pending done(Object value) { return Pending(std::move(value), true); }
-    static Pending on(py::handle awaitable);
+    static Awaiter done(Object value) { return Awaiter(std::move(value), true); }
+    static Awaiter on(py::handle awaitable);
 
     bool await_ready() const noexcept { return done_; }
-    void await_suspend(Result::Handle handle);
+    void await_suspend(Task::Handle handle);
     Object await_resume();
 
 private:
-    Pending(Object value, bool done) : value_(std::move(value)), done_(done) {}
+    Awaiter(Object value, bool done) : value_(std::move(value)), done_(done) {}
 
     Object value_;
     bool done_;
-    Result::Handle steps_;
+    Task::Handle steps_;
 };
 
 /// A host coroutine object that runs the steps when it is awaited.
-Object makeCoroutine(Result steps, py::handle name, py::handle qualifiedName);
+Object makeCoroutine(Task steps, py::handle name, py::handle qualifiedName);
 
 bool isOurCoroutine(py::handle object);
 /// Waits for the device inside this coroutine end at `limit` at the latest.

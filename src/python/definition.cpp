@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <deque>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 
 namespace zvr::python {
 
@@ -18,7 +18,7 @@ void Raises::add(std::initializer_list<Entry> entries) {
 }
 
 const Definition& keep(Definition definition) {
-    static auto& kept = immortal<std::deque<Definition>>();
+    static auto& kept = neverDestroyed<std::deque<Definition>>();
     return kept.emplace_back(std::move(definition));
 }
 

@@ -51,7 +51,7 @@ struct Raises : std::vector<std::string> {
 /// A body that is done when it returns.
 using PlainBody = std::function<Object(const Definition&, py::handle self, Arguments)>;
 /// A body that waits for the device; serves both forms.
-using CoroutineBody = std::function<Result(const Definition&, Op, Arguments)>;
+using CoroutineBody = std::function<Task(const Definition&, Op, Arguments)>;
 
 /// What runs: made from any callable, captures included. One that takes an Op first is a coroutine; any other is done
 /// when it returns, and takes the object, as a py::handle or as the native part that it wants of it. Then follows one
@@ -156,7 +156,7 @@ auto bodyOf(Function function) {
     if constexpr (std::is_same_v<typename Called::Receiver, Definition>) {
         return function;  // takes the arguments as they are
     } else if constexpr (std::is_same_v<typename Called::Receiver, Op>) {
-        return CoroutineBody([function](const Definition& definition, Op op, Arguments given) -> Result {
+        return CoroutineBody([function](const Definition& definition, Op op, Arguments given) -> Task {
             return callBody(function, definition, std::move(op), given);
         });
     } else {

@@ -28,7 +28,7 @@ const Parameter& timeoutParameter() {
     return timeout;
 }
 
-Object literal(const std::string& text) { return hostObject("ast", "literal_eval")(text); }
+Object literal(const std::string& text) { return pythonObject("ast", "literal_eval")(text); }
 
 std::string textSignature(const Parameters& parameters, Form form) { return firstLine(parameters, form, false); }
 

@@ -1,59 +1,12 @@
 #include "python/event_loop.h"
 
-#include "python/raising.h"
+#include "python/event_descriptor.h"
 
-#ifdef __linux__
-#include <sys/eventfd.h>
-#include <unistd.h>
-#endif
+#include "python/raising.h"
 
 namespace zvr::python {
 
 namespace {
-
-/// Where a thread rings and a loop hears it. Closed when the last who may ring or listen has let go.
-class Descriptor {
-public:
-    /// Nothing where there is none to be had.
-    static std::shared_ptr<const Descriptor> make() {
-#ifdef __linux__
-        if (const int number = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); number >= 0) {
-            return std::make_shared<const Descriptor>(number);
-        }
-#endif
-        return nullptr;
-    }
-
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-#ifdef __linux__
-    ~Descriptor() { close(number_); }
-    void ring() const {
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = write(number_, &one, sizeof one);
-    }
-    void silence() const {
-        std::uint64_t count = 0;
-        [[maybe_unused]] const auto read = ::read(number_, &count, sizeof count);
-    }
-    /// A forked process shares what its parent watches, and must not end it.
-    bool isOurs() const { return getpid() == process_; }
-#else
-    void ring() const {}
-    void silence() const {}
-    bool isOurs() const { return true; }
-#endif
-
-    int number() const { return number_; }
-
-private:
-    const int number_;
-#ifdef __linux__
-    const pid_t process_ = getpid();
-#endif
-};
 
 std::runtime_error loopIsClosed() { return std::runtime_error("the event loop is closed"); }
 
@@ -399,7 +352,7 @@ void Waker::stopWatching() {
         if (!loop || !content.descriptor || !content.descriptor->isOurs() || isClosed(loop)) {
             abandon();
         } else if (callMethod(loop, "is_running").cast<bool>() &&
-                   !callObject(hostObject("asyncio", "_get_running_loop")).is(loop)) {
+                   !callObject(pythonObject("asyncio", "_get_running_loop")).is(loop)) {
             callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "unwatch"));
         } else {
             unwatch();
@@ -472,7 +425,7 @@ Object Wakers::callbacksOf(py::handle loop) {
 }
 
 std::shared_ptr<Arrival> Wakers::wait(Deadline limit) {
-    const Object loop = hostObject("asyncio", "get_running_loop")();
+    const Object loop = pythonObject("asyncio", "get_running_loop")();
     Object future = callMethod(loop, "create_future");
     const Object callbacks = callbacksOf(loop);
     const auto waker = contentOf(callbacks).waker;
@@ -507,7 +460,7 @@ ArrivalPending::~ArrivalPending() {
     if (arrival_) arrival_->waker()->leave(*arrival_);
 }
 
-bool ArrivalPending::await_suspend(Result::Handle handle) {
+bool ArrivalPending::await_suspend(Task::Handle handle) {
     const Deadline limit = handle.promise().limit;
     if (limit <= Clock::now()) throw AwaitTimedOut();
     arrival_ = wakers_.wait(limit);
@@ -516,7 +469,7 @@ bool ArrivalPending::await_suspend(Result::Handle handle) {
     const Object future = arrival_->future();
     if (!future) throw loopIsClosed();
     lastTurn = Clock::now();
-    pending_.emplace(Pending::on(future));
+    pending_.emplace(Awaiter::on(future));
     pending_->await_suspend(handle);
     return true;
 }

@@ -55,7 +55,7 @@ public:
 
     bool await_ready() const noexcept { return false; }
     /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
-    bool await_suspend(Result::Handle handle);
+    bool await_suspend(Task::Handle handle);
     /// Throws what the loop brought instead of a result, or AwaitTimedOut.
     void await_resume();
 
@@ -65,7 +65,7 @@ private:
     EchoPool::Key key_;
     std::shared_ptr<Arrival> arrival_;
     std::optional<Listening> listening_;
-    std::optional<Pending> pending_;
+    std::optional<Awaiter> pending_;
 };
 
 /// Called once, when the module is made.

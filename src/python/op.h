@@ -24,32 +24,32 @@ public:
 
     /// Runs another operation of the object in the same form: name(args..., timeout), or await name_async(args...).
     template <class... Args>
-    Pending request(const char* name, const Args&... args) const {
-        if (!awaitable()) return Pending::done(callMethod(self_, name, args..., timeout_));
-        return Pending::on(callNamed(self_, internedTwin(name), args...));
+    Awaiter request(const char* name, const Args&... args) const {
+        if (!awaitable()) return Awaiter::done(callMethod(self_, name, args..., timeout_));
+        return Awaiter::on(callNamed(self_, internedAsyncName(name), args...));
     }
 
     /// The same with the timeout by keyword.
     template <class... Args>
-    Pending requestBy(const char* name, const Args&... args) const {
+    Awaiter requestBy(const char* name, const Args&... args) const {
         if (!awaitable()) {
-            return Pending::done(callNamedBy(timeoutKeyword(), self_, interned(name), args..., timeout_));
+            return Awaiter::done(callNamedBy(timeoutKeyword(), self_, interned(name), args..., timeout_));
         }
-        return Pending::on(callNamed(self_, internedTwin(name), args...));
+        return Awaiter::on(callNamed(self_, internedAsyncName(name), args...));
     }
 
     /// The same for operations whose blocking form takes no timeout.
     template <class... Args>
-    Pending same(const char* name, const Args&... args) const {
-        if (!awaitable()) return Pending::done(callMethod(self_, name, args...));
-        return Pending::on(callNamed(self_, internedTwin(name), args...));
+    Awaiter callSameForm(const char* name, const Args&... args) const {
+        if (!awaitable()) return Awaiter::done(callMethod(self_, name, args...));
+        return Awaiter::on(callNamed(self_, internedAsyncName(name), args...));
     }
 
     /// Runs steps that several operations share, in the same form.
-    Pending run(Result steps) const;
+    Awaiter run(Task steps) const;
 
     /// Waits this many seconds.
-    Pending sleep(double seconds) const;
+    Awaiter sleep(double seconds) const;
 
 private:
     static PyObject* timeoutKeyword();
@@ -60,7 +60,7 @@ private:
 
 /// Awaits something of the host until `limit`, which raises the event loop's timeout error. Takes it over, since what a
 /// suspended step still holds of it the collector would not see.
-Pending within(Deadline limit, Object&& awaitable);
+Awaiter within(Deadline limit, Object&& awaitable);
 
 /// Blocks this many seconds, with the host's signal handlers running.
 void sleepBlocking(double seconds);

@@ -153,7 +153,7 @@ PyObject* coroutineMark(PyObject* self, void* place) {
         return nullptr;
     }
     try {
-        return hostObject(module, name).release().ptr();
+        return pythonObject(module, name).release().ptr();
     } catch (...) {
         raiseCurrent();
         return nullptr;

@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 #include "python/coroutine.h"
 #include "transport/usb_library.h"
 
@@ -11,7 +11,7 @@ namespace zvr::python {
 namespace {
 
 std::vector<Object>& failureClasses() {
-    static auto& classes = immortal(std::vector<Object>(failureTable().size()));
+    static auto& classes = neverDestroyed(std::vector<Object>(failureTable().size()));
     return classes;
 }
 
@@ -25,9 +25,9 @@ void raiseFailure(const Failure& failure) {
 
 // A reply that ends too early is an index failure, and where it is unpacked the failure of that as well.
 py::handle shortReply() {
-    static auto& made = immortal<Object>();
+    static auto& made = neverDestroyed<Object>();
     if (!made) {
-        const py::tuple bases = py::make_tuple(borrow(PyExc_IndexError), hostObject("struct", "error"));
+        const py::tuple bases = py::make_tuple(borrow(PyExc_IndexError), pythonObject("struct", "error"));
         py::dict body;
         body["__module__"] = "pyzvr";
         made = callObject(borrow(reinterpret_cast<PyObject*>(&PyType_Type)), py::str("ShortReplyError"), bases, body);
@@ -56,7 +56,7 @@ void raiseCurrent() noexcept {
         } catch (const Failure& failure) {
             raiseFailure(failure);
         } catch (const AwaitTimedOut&) {
-            PyErr_SetNone(hostObject("asyncio", "TimeoutError").ptr());
+            PyErr_SetNone(pythonObject("asyncio", "TimeoutError").ptr());
         } catch (const UsbError& error) {
             raiseSystemError(packageObject(error.timedOut() ? "USBTimeoutError" : "USBError"), error);
         } catch (const std::system_error& error) {
@@ -64,7 +64,7 @@ void raiseCurrent() noexcept {
         } catch (const TooShort& error) {
             setError(shortReply(), error.what());
         } catch (const WrongLength& error) {
-            setError(hostObject("struct", "error"), error.what());
+            setError(pythonObject("struct", "error"), error.what());
         } catch (const std::overflow_error& error) {
             setError(PyExc_OverflowError, error.what());
         } catch (const std::out_of_range& error) {
@@ -116,10 +116,10 @@ void reportThreadFailure(const std::string& threadName, std::exception_ptr failu
             raiseCurrent();
         }
         const py::error_already_set error;
-        const Object thread = hostObject("types", "SimpleNamespace")(py::arg("name") = threadName);
+        const Object thread = pythonObject("types", "SimpleNamespace")(py::arg("name") = threadName);
         const py::tuple fields =
             py::make_tuple(error.type(), error.value(), error.trace() ? error.trace() : Object(py::none()), thread);
-        hostObject("threading", "excepthook")(hostObject("threading", "ExceptHookArgs")(fields));
+        pythonObject("threading", "excepthook")(pythonObject("threading", "ExceptHookArgs")(fields));
     });
 }
 

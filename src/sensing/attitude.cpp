@@ -60,7 +60,7 @@ const Parameter mode{"mode", "int",
 const Definition checkMode =
     accepting("_checkAHRSMode", mode, FailureId::AHRSModeNotAvaliableError, {0, 1, 2, 3, 4, 5, 6});
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     op.call("_checkAHRSPort", port);
     const Object reply = co_await exchange(op, AHRS_OPEN, payload(port));
     Object status = py::int_(0);
@@ -70,13 +70,13 @@ Result open(Op op, Object port) {
     co_return set > status ? set : status;
 }
 
-Result start(Op op, Object port) {
+Task start(Op op, Object port) {
     op.call("_checkAHRSPort", port);
-    co_await op.same("_sendPacketWithoutReply", py::int_(int{AHRS_START}), payload(port, 0));
+    co_await op.callSameForm("_sendPacketWithoutReply", py::int_(int{AHRS_START}), payload(port, 0));
     co_return py::int_(0);
 }
 
-Result getEstimate(Op op, Object port, Object mode) {
+Task getEstimate(Op op, Object port, Object mode) {
     op.call("_checkAHRSPort", port);
     op.call("_checkAHRSMode", mode);
     const Object mask = op.call("_convertModeToMask", mode);
@@ -105,7 +105,7 @@ void defineAttitude(Package& package) {
     };
     Feature ahrs(package, "AHRS", "The inertial unit.");
     ahrs.shared(checkPort)
-        .offers({{"ahrs_dict", "dict[int, list[int]]", "ports of the inertial unit"}})
+        .constructorFields({{"ahrs_dict", "dict[int, list[int]]", "ports of the inertial unit"}})
         .shared(checkMode)
         .shared({.name = "_convertModeToMask",
                  .parameters = {mode},
@@ -172,7 +172,7 @@ void defineAttitude(Package& package) {
                     .doc = "Sets the step of the filter, with a gravity of 9.81 and an offset of 0.001.",
                     .returns = status(1).returns,
                     .raises = Definition(setGeneral).raises,
-                    .body = [](Op op, Object port, Object period) -> Result {
+                    .body = [](Op op, Object port, Object period) -> Task {
                         const py::float_ gravity(9.81), offset(0.001);
                         co_return co_await op.request("_AHRS_setGeneral", port, gravity, period, offset);
                     }});

@@ -60,7 +60,7 @@ py::list listOf(const Names& names) {
     return list;
 }
 
-Object decimal(const Object& number) { return callObject(hostObject("decimal", "Decimal"), number); }
+Object decimal(const Object& number) { return callObject(pythonObject("decimal", "Decimal"), number); }
 
 Object itemOr(py::handle map, const Object& key, const Object& standard) {
     return callMethod(map, "get", key, standard);

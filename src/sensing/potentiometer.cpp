@@ -7,12 +7,12 @@ namespace zvr::python {
 namespace {
 
 // Nothing has to be sent for it.
-Result checkOnly(Op op, Object port) {
+Task checkOnly(Op op, Object port) {
     op.call("_checkDPOTPort", port);
     co_return py::int_(0);
 }
 
-Result writeAll(Op op, Object port, Object values) {
+Task writeAll(Op op, Object port, Object values) {
     op.call("_checkDPOTPort", port);
     op.call("_checkDPOTChannelAmount", py::int_(py::len(values)));
     Payload data;

@@ -7,7 +7,7 @@ namespace zvr::python {
 namespace {
 
 // Nothing has to be sent for it.
-Result checkOnly(Op op, Object port) {
+Task checkOnly(Op op, Object port) {
     op.call("_checkRelayPort", port);
     co_return py::int_(0);
 }

@@ -78,7 +78,7 @@ std::vector<Field> sensorThen(std::vector<Field> more = {}) {
     return more;
 }
 
-Result open(Op op, Object port) {
+Task open(Op op, Object port) {
     op.call("_checkThermalPort", port);
     if (traitsOf(op.self()).temperature.sharesLines) {
         const py::list allowed(py::make_tuple("Idle", "DI", "DO"));
@@ -88,7 +88,7 @@ Result open(Op op, Object port) {
     co_return itemOf(reply, 1);
 }
 
-Result getStatus(Op op, Object port, Object channel) {
+Task getStatus(Op op, Object port, Object channel) {
     op.call("_checkThermalPort", port);
     op.call("_checkThermalChipSelect", channel);
     Payload data;
@@ -117,7 +117,8 @@ void defineThermal(Package& package) {
     }
     thermal.shared(portLines(sensorPorts))
         .operation(checkPinState)
-        .offers({{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
+        .constructorFields(
+            {{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
         .shared(checkThermalPort)
         .shared({.name = "Thermal_getPinMap",
                  .doc = "Tells which ports there are.",

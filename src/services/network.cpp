@@ -80,13 +80,13 @@ void defineNetwork(Package& package) {
                       .doc = "Sets the MAC address."}});
     const auto aliasOfRead = [&](const std::string& name, const std::string& original, const Reply& reply) {
         network.operation(alias(name, original, {}, reply.returns,
-                                [original](Op op) -> Result { co_return co_await op.request(original.c_str()); }));
+                                [original](Op op) -> Task { co_return co_await op.request(original.c_str()); }));
     };
     aliasOfRead("Sys_getGateway", "Net_getGateway", addressAt(0));
     aliasOfRead("Sys_getIPAddrAndSubmask", "Net_getIPAddrAndSubmask", addressReply());
     aliasOfRead("Sys_getMACAddr", "Net_getMACAddr", macReply());
     network.operation(alias("Sys_setIPAddrAndSubmask", "Net_setIPAddrAndSubmask", {ip, mask}, status(0).returns,
-                            [](Op op, Object ip, Object submask) -> Result {
+                            [](Op op, Object ip, Object submask) -> Task {
                                 co_return co_await op.request("Net_setIPAddrAndSubmask", ip, submask);
                             }));
 }

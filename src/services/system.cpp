@@ -56,7 +56,7 @@ Reply alarmConfigReply() {
             {"str", "the alarm's time in the form of the clock, its year as the device counts", "the device"}};
 }
 
-Result getPinModes(Op op, Object port) {
+Task getPinModes(Op op, Object port) {
     checkIsInt(port);
     const Object reply = co_await exchange(op, GET_PIN_MODE_OF_SLOT, payload(port));
     const Bytes data = bytesOf(reply, "reply");
@@ -81,7 +81,7 @@ Result getPinModes(Op op, Object port) {
     co_return names;
 }
 
-Result getSlotMode(Op op, Object slot) {
+Task getSlotMode(Op op, Object slot) {
     op.call("_checkLatticeSlot", slot);
     const Object reply = co_await exchange(op, GET_SLOT_MODE, payload());
     const Bytes data = bytesOf(reply);
@@ -94,7 +94,7 @@ Result getSlotMode(Op op, Object slot) {
     co_return own(PyObject_GetItem(modes.ptr(), port.ptr()));
 }
 
-Result setSlotMode(Op op, Object slot, Object mode) {
+Task setSlotMode(Op op, Object slot, Object mode) {
     op.call("_checkLatticeSlot", slot);
     if (PyIndex_Check(mode.ptr()) == 0) refuseType("mode", "an integer", mode);
     const Object port = slot - py::int_(1);
@@ -103,7 +103,7 @@ Result setSlotMode(Op op, Object slot, Object mode) {
 }
 
 // A year below 100 is one of the last century; every device is sent the years since 1900.
-Result setClock(Op op, Object year, Object month, Object day, Object hour, Object minute, Object second) {
+Task setClock(Op op, Object year, Object month, Object day, Object hour, Object minute, Object second) {
     for (const py::handle field : {year, month, day, hour, minute, second}) checkIsInt(field);
     const py::int_ century(1900);
     if (year < py::int_(100)) year = year + century;
@@ -125,15 +125,14 @@ const Definition checkLatticeSlot{.name = "_checkLatticeSlot",
                                           throw Failure(FailureId::LatticePortNotAvaliableError);
                                   }};
 
-template <int mode>
-void defineSlotSetter(Feature& system, const std::string& name) {
+void defineSlotSetter(Feature& system, int mode, const std::string& name) {
     const std::string title = slotModes[mode];
     system.operation({.name = name,
                       .parameters = {slot},
                       .doc = "Puts a slot of the chassis into the mode \"" + title + "\".",
                       .returns = slotStatus,
                       .raises = {checkLatticeSlot},
-                      .body = [](Op op, Object slot) -> Result {
+                      .body = [mode](Op op, Object slot) -> Task {
                           co_return co_await op.request("_Sys_setSlotMode", slot, py::int_(mode));
                       }});
 }
@@ -249,7 +248,7 @@ void defineSystem(Package& package) {
         .operation({.name = "Sys_getPythonVersion",
                     .doc = "Tells the library's version; asks no device.",
                     .returns = {"str", "the version", "the library"},
-                    .body = [](Op) -> Result { co_return py::str(LIBRARY_VERSION); }})
+                    .body = [](Op) -> Task { co_return py::str(LIBRARY_VERSION); }})
         .operation(
             {.name = "Sys_getPinModeInPort",
              .parameters = {port},
@@ -284,13 +283,13 @@ void defineSystem(Package& package) {
                     .returns = slotStatus,
                     .raises = {checkLatticeSlot},
                     .body = setSlotMode});
-    defineSlotSetter<0>(system, "Sys_setIdleMode");
-    defineSlotSetter<1>(system, "Sys_setDIMode");
-    defineSlotSetter<2>(system, "Sys_setDOMode");
-    defineSlotSetter<3>(system, "Sys_setDIOMode");
-    defineSlotSetter<4>(system, "Sys_setMotionMode");
-    defineSlotSetter<5>(system, "Sys_setAIOMode");
-    defineSlotSetter<6>(system, "Sys_setSwitchMode");
+    defineSlotSetter(system, 0, "Sys_setIdleMode");
+    defineSlotSetter(system, 1, "Sys_setDIMode");
+    defineSlotSetter(system, 2, "Sys_setDOMode");
+    defineSlotSetter(system, 3, "Sys_setDIOMode");
+    defineSlotSetter(system, 4, "Sys_setMotionMode");
+    defineSlotSetter(system, 5, "Sys_setAIOMode");
+    defineSlotSetter(system, 6, "Sys_setSwitchMode");
 }
 
 }  // namespace zvr::python

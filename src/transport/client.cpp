@@ -28,19 +28,19 @@ void PacketSource::replaceSteps() noexcept {
 }
 
 ReadStatus Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<Packet>& packets,
-                             const Attend& attend) {
+                             const InterruptCheck& onWait) {
     requireOwn();
     Bytes buffer(length);
-    const ReadStatus reading = read(buffer, attend);
+    const ReadStatus reading = read(buffer, onWait);
     if (reading == ReadStatus::data) packets = splitter.take(buffer);
     return reading;
 }
 
-ReadStatus BareClient::read(Bytes& /*buffer*/, const Attend& /*attend*/) {
+ReadStatus BareClient::read(Bytes& /*buffer*/, const InterruptCheck& /*attend*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }
 
-bool BareClient::send(ByteView /*bytes*/, Deadline /*deadline*/, const Attend& /*attend*/) {
+bool BareClient::send(ByteView /*bytes*/, Deadline /*deadline*/, const InterruptCheck& /*attend*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }
 

@@ -63,15 +63,16 @@ public:
     }
 
     /// The same for either reader. Throws std::system_error, of a caller also where its time is over.
-    virtual ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets, const Attend& attend);
+    virtual ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
+                                 const InterruptCheck& onWait);
 
     /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
-    virtual ReadStatus read(Bytes& buffer, const Attend& attend = {}) = 0;
+    virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) = 0;
 
     /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
     /// as if the deadline were `finishWithin` away, since half a frame would spoil the next one.
-    virtual bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) = 0;
+    virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) = 0;
 
     static constexpr std::chrono::seconds finishWithin{5};
 
@@ -95,8 +96,8 @@ private:
 /// A client without a link: the base of those that are written elsewhere.
 class BareClient final : public Client {
 public:
-    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
-    bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+    ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
+    bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) override;
     void close() noexcept override {}
 };
 

@@ -26,8 +26,8 @@ public:
     }
 
     /// Whether it has ended.
-    bool await(Deadline deadline, const Attend& attend) {
-        return waitAttended(deadline, attend, [&](Deadline until) {
+    bool await(Deadline deadline, const InterruptCheck& onWait) {
+        return waitInterruptibly(deadline, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             return waitOn(ended_, lock, until, [&] { return done_; });
         });
@@ -76,15 +76,15 @@ struct OwnName {
 
 }  // namespace
 
-Addresses addressesOf(const std::string& host, Deadline deadline, const Attend& attend) {
+Addresses addressesOf(const std::string& host, Deadline deadline, const InterruptCheck& onWait) {
     const auto search = Search::start(host);
-    search->await(deadline, attend);
+    search->await(deadline, onWait);
     Addresses found = search->addresses();
     if (found.empty()) throw std::system_error(std::make_error_code(std::errc::address_not_available));
     return found;
 }
 
-Addresses ownNamedAddresses(const Attend& attend) {
+Addresses ownNamedAddresses(const InterruptCheck& onWait) {
     static PerProcess<OwnName> names;
     OwnName& name = names.get();
     std::shared_ptr<Search> search;
@@ -98,7 +98,7 @@ Addresses ownNamedAddresses(const Attend& attend) {
         search = name.search;
     }
     try {
-        return search->await(search->begin + ownNameWithin, attend) ? search->addresses() : Addresses();
+        return search->await(search->begin + ownNameWithin, onWait) ? search->addresses() : Addresses();
     } catch (const std::system_error&) {
         return {};
     }

@@ -16,8 +16,8 @@ using asio::ip::address_v4;
 using asio::ip::udp;
 
 // The addresses that the host's name stands for, and those of its interfaces.
-std::set<address_v4> ownAddresses(const Attend& attend) {
-    const auto named = ownNamedAddresses(attend);
+std::set<address_v4> ownAddresses(const InterruptCheck& onWait) {
+    const auto named = ownNamedAddresses(onWait);
     std::set<address_v4> addresses(named.begin(), named.end());
     ifaddrs* first = nullptr;
     if (getifaddrs(&first) != 0) return addresses;
@@ -49,11 +49,11 @@ void NetworkClient::disconnect() {
     close();
 }
 
-void TcpClient::connect(const std::string& host, int port, const Attend& attend) {
+void TcpClient::connect(const std::string& host, int port, const InterruptCheck& onWait) {
     try {
         requireOwn();
         close();
-        replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), attend));
+        replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), onWait));
     } catch (const std::system_error&) {
         throw Failure(FailureId::NetworkConnectionError);
     }
@@ -69,12 +69,12 @@ void UdpClient::bind(const std::string& host, int port) {
     }
 }
 
-void UdpClient::sendBroadcast(ByteView bytes, const Attend& attend) {
+void UdpClient::sendBroadcast(ByteView bytes, const InterruptCheck& onWait) {
     asio::io_context context;
     const udp::endpoint everyone(address_v4::broadcast(), UDP_SEND_PORT);
     std::error_code failure = asio::error::network_unreachable;
     bool sent = false;
-    for (const address_v4& address : ownAddresses(attend)) {
+    for (const address_v4& address : ownAddresses(onWait)) {
         try {
             udp::socket socket(context, udp::endpoint(address, 0));
             closeOnExec(socket.native_handle());

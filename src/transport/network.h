@@ -18,7 +18,7 @@ public:
 class TcpClient final : public NetworkClient {
 public:
     /// Throws Failure NetworkConnectionError.
-    void connect(const std::string& host, int port, const Attend& attend = {});
+    void connect(const std::string& host, int port, const InterruptCheck& onWait = {});
 };
 
 class UdpClient final : public NetworkClient {
@@ -27,7 +27,7 @@ public:
     void bind(const std::string& host, int port);
     /// Sends to every device on every interface of this host. An interface that cannot carry it is left out; throws
     /// std::system_error if none can.
-    static void sendBroadcast(ByteView bytes, const Attend& attend = {});
+    static void sendBroadcast(ByteView bytes, const InterruptCheck& onWait = {});
 };
 
 }  // namespace zvr

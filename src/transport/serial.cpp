@@ -79,9 +79,9 @@ void SerialClient::setReadTimeout(double seconds) {
     changed();
 }
 
-ReadStatus SerialClient::read(Bytes& buffer, const Attend& attend) {
+ReadStatus SerialClient::read(Bytes& buffer, const InterruptCheck& onWait) {
     try {
-        return SocketClient::read(buffer, attend);
+        return SocketClient::read(buffer, onWait);
     } catch (const std::system_error& failure) {
         if (!isTimeOver(failure)) throw;
     }
@@ -90,9 +90,9 @@ ReadStatus SerialClient::read(Bytes& buffer, const Attend& attend) {
 }
 
 ReadStatus SerialClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                                   const Attend& attend) {
+                                   const InterruptCheck& onWait) {
     try {
-        return SocketClient::receiveAs(reader, length, packets, attend);
+        return SocketClient::receiveAs(reader, length, packets, onWait);
     } catch (const std::system_error& failure) {
         if (!isTimeOver(failure)) throw;
     }

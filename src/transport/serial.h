@@ -17,9 +17,9 @@ public:
     void disconnect();
 
     /// Both are idle if nothing comes within the line's read timeout.
-    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
+    ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                         const Attend& attend) override;
+                         const InterruptCheck& onWait) override;
 
     /// Seconds that a read waits, of the line that is open too.
     double readTimeout() const { return readTimeout_; }

@@ -151,11 +151,11 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
-short SystemSocket::awaitEvent(short events, Deadline deadline, const Attend& attend, Reader reader) {
+short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, Reader reader) {
     std::array<pollfd, 2> entries{{{descriptor_.get(), events, 0}, {wakes_.get(), POLLIN, 0}}};
     const bool isThread = reader == Reader::thread;
     const bool isWoken = isThread || isWokenByShutdown();
-    waitAttended(deadline, attend, [&](Deadline until) {
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
         requireOwn();  // who attends may have forked
         int milliseconds = -1;
         if (until != forever || !isWoken) {
@@ -184,7 +184,7 @@ std::optional<ReadStatus> SystemSocket::takeNow(Bytes& buffer) {
 }
 
 template <class Take>
-ReadStatus SystemSocket::readWith(Take&& take, const Attend& attend, Reader reader) {
+ReadStatus SystemSocket::readWith(Take&& take, const InterruptCheck& onWait, Reader reader) {
     const Use use(*this);
     const double limit = timeout_;
     const Deadline deadline = deadlineIn(limit);
@@ -192,22 +192,22 @@ ReadStatus SystemSocket::readWith(Take&& take, const Attend& attend, Reader read
         if (const std::optional<ReadStatus> reading = take()) return *reading;
         // A datagram socket that is shut down has nothing to read, and says so for ever.
         if (closing_ || (events & POLLHUP) != 0) return ReadStatus::ended;
-        events = limit > 0 ? awaitEvent(POLLIN, deadline, attend, reader) : short{0};
+        events = limit > 0 ? awaitEvent(POLLIN, deadline, onWait, reader) : short{0};
         if (events == interrupted) return closing_ ? ReadStatus::ended : ReadStatus::idle;
         if (events == 0 && reader == Reader::thread) return ReadStatus::idle;
         if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);
     }
 }
 
-ReadStatus SystemSocket::read(Bytes& buffer, const Attend& attend) {
-    const ReadStatus reading = readWith([&] { return takeNow(buffer); }, attend, Reader::caller);
+ReadStatus SystemSocket::read(Bytes& buffer, const InterruptCheck& onWait) {
+    const ReadStatus reading = readWith([&] { return takeNow(buffer); }, onWait, Reader::caller);
     if (reading != ReadStatus::data) buffer.clear();
     return reading;
 }
 
 // Taking the bytes and putting them into the splitter is one step for other readers.
 ReadStatus SystemSocket::receive(Reader reader, std::size_t length, SharedSplitter& splitter,
-                                 std::vector<Packet>& packets, const Attend& attend) {
+                                 std::vector<Packet>& packets, const InterruptCheck& onWait) {
     Bytes buffer(length);
     const auto take = [&](Splitter& shared) {
         const std::optional<ReadStatus> reading = takeNow(buffer);
@@ -221,10 +221,10 @@ ReadStatus SystemSocket::receive(Reader reader, std::size_t length, SharedSplitt
         packets = shared.split();
         return reading;
     };
-    return readWith([&] { return splitter.with(take); }, attend, reader);
+    return readWith([&] { return splitter.with(take); }, onWait, reader);
 }
 
-bool SystemSocket::send(ByteView bytes, Deadline deadline, const Attend& attend) {
+bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
     const Use use(*this);
     deadline = std::min(deadline, deadlineIn(timeout_));
     bool partly = false;
@@ -237,14 +237,14 @@ bool SystemSocket::send(ByteView bytes, Deadline deadline, const Attend& attend)
             partly = true;
         } else if (!isTransient(errno)) {
             failWithErrno();
-        } else if (awaitEvent(POLLOUT, deadline, attend, Reader::caller) == 0) {
+        } else if (awaitEvent(POLLOUT, deadline, onWait, Reader::caller) == 0) {
             return false;
         }
         if (closing_) throw std::system_error(EBADF, std::system_category());
     }
 }
 
-std::size_t SystemSocket::sendSome(ByteView bytes, const Attend& attend) {
+std::size_t SystemSocket::sendSome(ByteView bytes, const InterruptCheck& onWait) {
     const Use use(*this);
     const double limit = timeout_;
     for (const Deadline deadline = deadlineIn(limit);;) {
@@ -252,7 +252,7 @@ std::size_t SystemSocket::sendSome(ByteView bytes, const Attend& attend) {
         if (sent >= 0) return static_cast<std::size_t>(sent);
         if (!isTransient(errno)) failWithErrno();
         if (limit <= 0) fail(asio::error::would_block);
-        if (awaitEvent(POLLOUT, deadline, attend, Reader::caller) == 0) fail(asio::error::timed_out);
+        if (awaitEvent(POLLOUT, deadline, onWait, Reader::caller) == 0) fail(asio::error::timed_out);
         if (closing_) throw std::system_error(EBADF, std::system_category());
     }
 }
@@ -324,18 +324,18 @@ Bytes SystemSocket::option(int level, int name, std::size_t size) {
 }
 
 std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit,
-                                   const Attend& attend) {
+                                   const InterruptCheck& onWait) {
     using asio::ip::tcp;
     const Deadline deadline = Clock::now() + limit;
     std::error_code error;
     auto address = asio::ip::make_address_v4(host, error);
-    if (error) address = addressesOf(host, deadline, attend).front();
+    if (error) address = addressesOf(host, deadline, onWait).front();
     asio::io_context connecting;
     tcp::socket socket = newSocket<tcp>(connecting);
     std::optional<std::error_code> outcome;
     socket.async_connect({address, static_cast<std::uint16_t>(port)},
                          [&](std::error_code result) { outcome = result; });
-    waitAttended(deadline, attend, [&](Deadline until) {
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
         connecting.run_until(until);
         return outcome.has_value();
     });

@@ -13,11 +13,11 @@ public:
     virtual ~Socket() = default;
 
     /// Waits until there is something to read, end of stream included, and reads it.
-    virtual ReadStatus read(Bytes& buffer, const Attend& attend) = 0;
+    virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait) = 0;
     /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn.
     virtual ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter,
-                               std::vector<Packet>& packets, const Attend& attend) = 0;
-    virtual bool send(ByteView bytes, Deadline deadline, const Attend& attend) = 0;
+                               std::vector<Packet>& packets, const InterruptCheck& onWait) = 0;
+    virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) = 0;
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
@@ -43,12 +43,12 @@ public:
     SystemSocket(int descriptor, FailureId foreignFailure);
     ~SystemSocket() override;
 
-    ReadStatus read(Bytes& buffer, const Attend& attend) override;
+    ReadStatus read(Bytes& buffer, const InterruptCheck& onWait) override;
     ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
-                       const Attend& attend) override;
-    bool send(ByteView bytes, Deadline deadline, const Attend& attend) override;
+                       const InterruptCheck& onWait) override;
+    bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) override;
     /// Sends once, as much as there is room for; tells how much.
-    std::size_t sendSome(ByteView bytes, const Attend& attend);
+    std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
     void setTimeout(double seconds) override { timeout_ = seconds; }
     double timeout() const { return timeout_; }
@@ -83,9 +83,9 @@ private:
     void requireOwn() const;
     std::optional<ReadStatus> takeNow(Bytes& buffer);
     template <class Take>
-    ReadStatus readWith(Take&& take, const Attend& attend, Reader reader);
+    ReadStatus readWith(Take&& take, const InterruptCheck& onWait, Reader reader);
     /// What came, as poll tells it; 0 if nothing came in time.
-    short awaitEvent(short events, Deadline deadline, const Attend& attend, Reader reader);
+    short awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, Reader reader);
 
     const FailureId foreignFailure_;
     const ProcessMark mark_;
@@ -98,7 +98,8 @@ private:
 };
 
 /// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.
-std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit, const Attend& attend);
+std::shared_ptr<Socket> connectTcp(const std::string& host, int port, std::chrono::seconds limit,
+                                   const InterruptCheck& onWait);
 
 /// Takes a local UDP port; an empty host means every interface. Throws std::system_error.
 std::shared_ptr<Socket> bindUdp(const std::string& host, int port);

@@ -10,14 +10,16 @@ constexpr std::chrono::milliseconds linger{75};
 }  // namespace
 
 ReadStatus SocketClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                                   const Attend& attend) {
-    return connectedSocket()->receive(reader, length, splitter, packets, attend);
+                                   const InterruptCheck& onWait) {
+    return connectedSocket()->receive(reader, length, splitter, packets, onWait);
 }
 
-ReadStatus SocketClient::read(Bytes& buffer, const Attend& attend) { return connectedSocket()->read(buffer, attend); }
+ReadStatus SocketClient::read(Bytes& buffer, const InterruptCheck& onWait) {
+    return connectedSocket()->read(buffer, onWait);
+}
 
-bool SocketClient::send(ByteView bytes, Deadline deadline, const Attend& attend) {
-    return connectedSocket()->send(bytes, deadline, attend);
+bool SocketClient::send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
+    return connectedSocket()->send(bytes, deadline, onWait);
 }
 
 void SocketClient::interrupt() noexcept {

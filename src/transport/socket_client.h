@@ -8,9 +8,9 @@ namespace zvr {
 class SocketClient : public Client {
 public:
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                         const Attend& attend) override;
-    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
-    bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+                         const InterruptCheck& onWait) override;
+    ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
+    bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) override;
     void interrupt() noexcept override;
 
     /// Waits briefly for the threads that are in a read or a send to leave.

@@ -296,12 +296,12 @@ std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
     return handle_;
 }
 
-ReadStatus UsbClient::read(Bytes& buffer, const Attend& /*attend*/) {
+ReadStatus UsbClient::read(Bytes& buffer, const InterruptCheck& /*attend*/) {
     return opened()->receive(Reader::caller, buffer, [](const Bytes&) {}) == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
 ReadStatus UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                                const Attend& /*attend*/) {
+                                const InterruptCheck& /*attend*/) {
     Bytes buffer(length);
     const std::size_t count = opened()->receive(reader, buffer, [&](const Bytes& bytes) {
         if (!bytes.empty()) packets = splitter.take(bytes);
@@ -316,7 +316,7 @@ void UsbClient::interrupt() noexcept {
     if (handle_) handle_->interrupt();
 }
 
-bool UsbClient::send(ByteView bytes, Deadline deadline, const Attend& /*attend*/) {
+bool UsbClient::send(ByteView bytes, Deadline deadline, const InterruptCheck& /*attend*/) {
     const auto handle = opened();
     const auto left = deadline == forever
                           ? sendMilliseconds

@@ -32,15 +32,15 @@ public:
     std::shared_future<void> closed() const { return closed_; }
 
     /// Waits a millisecond at most; idle if nothing came. Throws UsbError.
-    ReadStatus read(Bytes& buffer, const Attend& attend = {}) override;
+    ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
     /// The receive thread waits longer, since each read that finds nothing costs it as much as one that does; a
     /// caller's read comes before it. Throws UsbError, of a caller also where nothing came.
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                         const Attend& attend) override;
+                         const InterruptCheck& onWait) override;
     void interrupt() noexcept override;
     /// One transfer of at least 64 bytes: zeros follow a shorter frame, which the device drops as noise. Throws
     /// UsbError.
-    bool send(ByteView bytes, Deadline deadline, const Attend& attend = {}) override;
+    bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) override;
     void close() noexcept override;
 
     class Handle;

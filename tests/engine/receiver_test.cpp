@@ -321,11 +321,11 @@ TEST_F(ReceiverTest, EndsAtTheGateInAReadAndBehindADeadPeer) {
     dead.close();
     const auto atTheGate = start(reading), inARead = start(reading), behindTheEnd = start(ended);
     bool aliveBefore = false;
-    const auto attend = [&] {
+    const auto onWait = [&] {
         aliveBefore = aliveBefore || atTheGate->alive();
         atTheGate->end();
     };
-    EXPECT_TRUE(atTheGate->awaitEnd(patience(), attend) && aliveBefore);
+    EXPECT_TRUE(atTheGate->awaitEnd(patience(), onWait) && aliveBefore);
 
     inARead->gate->release();
     write(device_, 1001);

@@ -46,7 +46,7 @@ private:
     int count_ = 0;
 };
 
-/// What a test throws out of an Attend.
+/// What a test throws out of an InterruptCheck.
 struct Interrupted {};
 
 inline std::ptrdiff_t openDescriptors() {

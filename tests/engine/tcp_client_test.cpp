@@ -108,7 +108,7 @@ TEST_F(SilentHost, ConnectIsEndedByAttendAndLeavesNoSocketOpen) {
     TcpClient client;
     const auto before = openDescriptors();
     int looks = 0;
-    const Attend interrupt = [&] {
+    const InterruptCheck interrupt = [&] {
         if (++looks == 3) throw Interrupted();
     };
     EXPECT_THROW(client.connect(loopback, port(), interrupt), Interrupted);

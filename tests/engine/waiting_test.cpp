@@ -84,7 +84,7 @@ TEST(Fifo, WaitForSizeTellsWhatIsThereAtTheDeadline) {
 
 TEST(Fifo, AttendEndsTheWaitsAndMayUseTheQueue) {
     Fifo<int> fifo(1);
-    const Attend interrupt = [] { throw Interrupted(); };
+    const InterruptCheck interrupt = [] { throw Interrupted(); };
     EXPECT_THROW(fifo.get(forever, interrupt), Interrupted);
     EXPECT_THROW(fifo.waitForSize(1, forever, interrupt), Interrupted);
     EXPECT_EQ(fifo.get(forever, [&] { fifo.tryPut(7); }), 7);
@@ -217,19 +217,19 @@ TEST(Waiting, ManyShortWaitsAreAttendedLikeOneLongOne) {
          {std::chrono::microseconds(10'000), std::chrono::microseconds(1'000), std::chrono::microseconds(50)}) {
         int looks = 0;
         const Deadline begin = Clock::now();
-        for (Deadline now = begin, looked = begin; now - begin < 10 * attendEvery; now = Clock::now()) {
+        for (Deadline now = begin, looked = begin; now - begin < 10 * checkEvery; now = Clock::now()) {
             fifo.get(now + each, [&] {
                 looked = Clock::now();
                 ++looks;
             });
-            ASSERT_GE(looked, now - attendEvery) << each.count();
+            ASSERT_GE(looked, now - checkEvery) << each.count();
         }
-        EXPECT_LE(looks, (Clock::now() - begin) / attendEvery + 1) << each.count();
+        EXPECT_LE(looks, (Clock::now() - begin) / checkEvery + 1) << each.count();
     }
     // Waits that bring something are no exception, and what they bring is not dropped for a look.
     const Deadline begin = Clock::now();
     int interrupted = 0;
-    for (int next = 0; Clock::now() - begin < 4 * attendEvery; ++next) {
+    for (int next = 0; Clock::now() - begin < 4 * checkEvery; ++next) {
         fifo.tryPut(next);
         const auto get = [&] { return fifo.get(forever, [] { throw Interrupted(); }); };
         try {

@@ -105,9 +105,9 @@ def test_every_callable_has_a_signature_and_a_docstring_that_tells_its_parameter
             ("Bcst_", "AI_readStreaming", "AO_startStreaming", "UART_read", "_UART_startReading", "CAN_read",
              "Motion_openCfgFile", "Motion_saveCfgFile"))
         assert (parameters[-1] == "timeout") == has_limit, name
-        twin = name.replace("Module.", "Module_async.") + "_async"
-        twin = found[twin.replace("readAcceleration", "readAccleration").replace("setTau_async", "setTau")]
-        assert list(inspect.signature(twin).parameters) == parameters[:len(parameters) - has_limit], name
+        variant = name.replace("Module.", "Module_async.") + "_async"
+        variant = found[variant.replace("readAcceleration", "readAccleration").replace("setTau_async", "setTau")]
+        assert list(inspect.signature(variant).parameters) == parameters[:len(parameters) - has_limit], name
 
 
 def test_calls_bind_like_those_of_python(bench):

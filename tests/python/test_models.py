@@ -90,10 +90,10 @@ def test_constructors_run_in_the_order_of_the_family(name, monkeypatch):
     cls().close()
     assert order[0] == {"usb": "USBDevice", "wifi": "WifiDevice", "ethernet": "NetworkDevice"}[link_of(name)]
     modules = [each for each in order if "Module" in each]
-    twins_first = name in ("Lattice", "LatticeLite") or link_of(name) != "ethernet"
+    async_first = name in ("Lattice", "LatticeLite") or link_of(name) != "ethernet"
     plain = [each for each in modules if not each.endswith("_async")]
-    twins = [each + "_async" for each in plain]
-    assert modules == (twins + plain if twins_first else plain + twins) and "DIOModule" in plain
+    variants = [each + "_async" for each in plain]
+    assert modules == (variants + plain if async_first else plain + variants) and "DIOModule" in plain
 
 
 def test_wifi_model_connects_once_and_recovers_from_a_failed_data_side():

@@ -170,10 +170,10 @@ SERVICES = [
 @pytest.mark.parametrize("case", SERVICES, ids=operation_of)
 def test_services_and_pulses(services_box, case):
     # One awaitable form has a name of its own.
-    twin = case.operation.replace("readAcceleration", "readAccleration") + "_async"
+    variant = case.operation.replace("readAcceleration", "readAccleration") + "_async"
     services_box.client_cmd.replies = {getattr(pyzvr, case.command): case.reply}
     for run in (lambda: getattr(services_box, case.operation)
-                (*case.arguments), lambda: asyncio.run(getattr(services_box, twin)(*case.arguments))):
+                (*case.arguments), lambda: asyncio.run(getattr(services_box, variant)(*case.arguments))):
         assert run() == case.result
         assert services_box.client_cmd.sent.pop() == (getattr(pyzvr, case.command), bytes(case.sent))
         assert not services_box.client_cmd.sent

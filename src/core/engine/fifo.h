@@ -59,8 +59,8 @@ public:
         return count_;
     }
     /// Waits until all are done.
-    void await(const Attend& attend) const {
-        waitAttended(forever, attend, [&](Deadline until) {
+    void await(const InterruptCheck& onWait) const {
+        waitInterruptibly(forever, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             return waitOn(finished_, lock, until, [&] { return count_ == 0; });
         });
@@ -90,8 +90,8 @@ public:
     }
 
     /// Waits for room at most until `deadline`.
-    bool put(Item item, Deadline deadline, const Attend& attend = {}) {
-        return waitAttended(deadline, attend, [&](Deadline until) {
+    bool put(Item item, Deadline deadline, const InterruptCheck& onWait = {}) {
+        return waitInterruptibly(deadline, onWait, [&](Deadline until) {
             return add([&](std::unique_lock<std::mutex>& lock) {
                 if (!waitOn(left_, lock, until, [&] { return capacity_ == 0 || items_.size() < capacity_; }))
                     return false;
@@ -122,9 +122,9 @@ public:
     }
 
     /// Waits for an item at most until `deadline`.
-    std::optional<Item> get(Deadline deadline, const Attend& attend = {}) {
+    std::optional<Item> get(Deadline deadline, const InterruptCheck& onWait = {}) {
         std::optional<Item> item;
-        waitAttended(deadline, attend, [&](Deadline until) {
+        waitInterruptibly(deadline, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             waitOn(arrived_, lock, until, [&] { return !items_.empty(); });
             item = pop();
@@ -134,8 +134,8 @@ public:
     }
 
     /// Waits until at least `count` items are there, at most until `deadline`; tells how many there are then.
-    std::size_t waitForSize(std::size_t count, Deadline deadline, const Attend& attend = {}) {
-        waitAttended(deadline, attend, [&](Deadline until) {
+    std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) {
+        waitInterruptibly(deadline, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             return waitOn(arrived_, lock, until, [&] { return items_.size() >= count; });
         });

@@ -18,9 +18,9 @@ public:
     void release() { turn(false); }
 
     /// Shuts the gate if it is open, or opens before `deadline`; tells whether.
-    bool acquireOpen(Deadline deadline, const Attend& attend = {}) {
+    bool acquireOpen(Deadline deadline, const InterruptCheck& onWait = {}) {
         if (mark_.foreign()) return !shut_.exchange(true);
-        const bool shut = waitAttended(deadline, attend, [&](Deadline until) {
+        const bool shut = waitInterruptibly(deadline, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
             if (!waitOn(turned_, lock, until, [this] { return !shut_; })) return false;
             shut_ = true;

@@ -84,7 +84,7 @@ void EchoPool::yieldFor(Key key, Deadline deadline) {
     callsToSkip_ = (1 << missesInARow_) - 1;
 }
 
-std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const Attend& attend) {
+std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const InterruptCheck& onWait) {
     yieldFor(key, deadline);
     if (auto data = take(key)) return data;
     const auto parker = std::make_shared<Parker>();
@@ -96,7 +96,7 @@ std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const Attend& a
     } const forget{*this, *parker};
     std::optional<Bytes> data = Clock::now() < deadline ? take(key) : std::nullopt;
     if (data) return data;
-    waitAttended(deadline, attend, [&](Deadline until) {
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
         if (!parker->park(until)) return false;
         data = take(key);
         return data.has_value();

@@ -38,7 +38,7 @@ public:
     /// does nothing for a growing number of calls, so that a slow device costs no processor time.
     void yieldFor(Key key, Deadline deadline = forever);
     /// Waits for a reply until `deadline` and takes it. A reply that is there only at the deadline is left.
-    std::optional<Bytes> await(Key key, Deadline deadline, const Attend& attend = {});
+    std::optional<Bytes> await(Key key, Deadline deadline, const InterruptCheck& onWait = {});
 
     /// From now on the listener hears of every reply with this key, until `forget`.
     void listen(Key key, std::shared_ptr<Listener> listener);

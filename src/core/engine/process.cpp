@@ -7,7 +7,7 @@
 #include <mutex>
 #include <system_error>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 
 namespace zvr {
 

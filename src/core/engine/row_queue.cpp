@@ -37,10 +37,10 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
 }
 
 bool RowQueue::putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
-                      const Attend& attend) {
+                      const InterruptCheck& onWait) {
     if (row.empty() || row.size() != layout.rowBytes()) throw std::invalid_argument("this is no row");
     const auto holder = std::make_shared<Bytes>(row);
-    return waitAttended(deadline, attend, [&](Deadline until) {
+    return waitInterruptibly(deadline, onWait, [&](Deadline until) {
         bool enough = false;
         {
             std::unique_lock lock(mutex_);
@@ -153,8 +153,8 @@ std::pair<std::size_t, std::size_t> RowQueue::uniformRows() const {
     return {columns, rows};
 }
 
-std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const Attend& attend) const {
-    waitAttended(deadline, attend, [&](Deadline until) {
+std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait) const {
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(arrived_, lock, until, [&] {
             if (rows_ < count) wanted_ = std::min(wanted_, count);

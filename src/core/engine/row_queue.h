@@ -38,7 +38,7 @@ public:
     /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
     /// there was.
     bool putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
-                const Attend& attend = {});
+                const InterruptCheck& onWait = {});
 
     /// Takes up to `count` rows, oldest first.
     std::vector<RowRun> take(std::size_t count);
@@ -52,7 +52,7 @@ public:
                                  std::size_t mostValues = noLimit);
 
     /// Waits until at least `count` rows are there, at most until `deadline`; tells how many there are then.
-    std::size_t waitForSize(std::size_t count, Deadline deadline, const Attend& attend = {}) const;
+    std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) const;
 
     std::size_t size() const;
     /// 0 means no limit.

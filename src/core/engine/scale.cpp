@@ -6,7 +6,7 @@
 #include <map>
 #include <mutex>
 
-#include "core/engine/immortal.h"
+#include "core/engine/never_destroyed.h"
 
 namespace zvr {
 
@@ -57,7 +57,7 @@ private:
 }  // namespace
 
 std::shared_ptr<const Scale16> Scale16::of(double ratio) {
-    static auto& scales = immortal<Scales>();
+    static auto& scales = neverDestroyed<Scales>();
     return scales.of(ratio);
 }
 

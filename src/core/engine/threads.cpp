@@ -87,9 +87,9 @@ bool OwnedThread::alive() const {
     return running_ > 0;
 }
 
-bool OwnedThread::awaitEnd(Deadline deadline, const Attend& attend) const {
+bool OwnedThread::awaitEnd(Deadline deadline, const InterruptCheck& onWait) const {
     if (isForeign()) return true;
-    return waitAttended(deadline, attend, [&](Deadline until) {
+    return waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(ended_, lock, until, [&] { return running_ == 0; });
     });

@@ -48,7 +48,7 @@ public:
     /// Whether it belongs to the parent of this forked child.
     bool isForeign() const { return mark_.foreign(); }
     /// Waits for the thread's end; tells whether it came.
-    bool awaitEnd(Deadline deadline, const Attend& attend = {}) const;
+    bool awaitEnd(Deadline deadline, const InterruptCheck& onWait = {}) const;
 
 protected:
     /// `body` must hold this object. Throws std::system_error in a forked child of the object's process.

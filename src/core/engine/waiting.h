@@ -24,29 +24,30 @@ inline Deadline deadlineIn(double seconds) {
 
 /// Called now and then while a thread waits, on that thread and with no lock of the engine held. It may throw, which
 /// ends the wait. An empty one is never called.
-using Attend = std::function<void()>;
+using InterruptCheck = std::function<void()>;
 
-/// Longest time between two calls of an Attend while a thread waits, be it in one long wait or in many short ones.
-inline constexpr std::chrono::milliseconds attendEvery{25};
+/// Longest time between two calls of an InterruptCheck while a thread waits, be it in one long wait or in many short
+/// ones.
+inline constexpr std::chrono::milliseconds checkEvery{25};
 
 /// When this thread last looked at a caller.
-inline thread_local Deadline lastAttended{};
+inline thread_local Deadline lastChecked{};
 
-/// Calls `attend` if this thread has not looked for so long.
-inline void attendIfDue(const Attend& attend) {
+/// Calls `onWait` if this thread has not looked for so long.
+inline void checkIfDue(const InterruptCheck& onWait) {
     const Deadline now = Clock::now();
-    if (now - lastAttended < attendEvery) return;
-    lastAttended = now;
-    attend();
+    if (now - lastChecked < checkEvery) return;
+    lastChecked = now;
+    onWait();
 }
 
-/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `attend`, which comes
+/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `onWait`, which comes
 /// before each piece, so that what a piece has brought is never dropped for it.
 template <class Wait>
-bool waitAttended(Deadline deadline, const Attend& attend, Wait&& wait) {
+bool waitInterruptibly(Deadline deadline, const InterruptCheck& onWait, Wait&& wait) {
     for (;;) {
-        if (attend) attendIfDue(attend);
-        if (wait(attend ? std::min(deadline, lastAttended + attendEvery) : deadline)) return true;
+        if (onWait) checkIfDue(onWait);
+        if (wait(onWait ? std::min(deadline, lastChecked + checkEvery) : deadline)) return true;
         if (Clock::now() >= deadline) return false;
     }
 }

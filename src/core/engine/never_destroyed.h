@@ -8,12 +8,12 @@ namespace zvr {
 
 /// A new one, made in place.
 template <class Thing>
-Thing& immortal() {
+Thing& neverDestroyed() {
     return *std::make_unique<Thing>().release();
 }
 /// This one.
 template <class Thing>
-Thing& immortal(Thing thing) {
+Thing& neverDestroyed(Thing thing) {
     return *std::make_unique<Thing>(std::move(thing)).release();
 }
 
