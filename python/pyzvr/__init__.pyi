@@ -3368,7 +3368,7 @@ class UARTDevice(Device):
 class BroadcastModule(Packet):
     """Finding devices."""
     def Bcst_enumerateNetworkDevices(self) -> list[list[str]]:
-        """Finds the devices on the network, within 5 seconds. Use the awaitable form."""
+        """Finds the devices on the network, within 5 seconds. Use the awaitable form (compatibility note 5)."""
     def Bcst_checkMACAndRing(self, mac_addr: str) -> bytes:
         """Lets one device ring.
 
@@ -3376,13 +3376,13 @@ class BroadcastModule(Packet):
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     def Bcst_checkMACAndReboot(self, mac_addr: str) -> int:
-        """Is meant to restart one device; fails for every address before anything is sent.
+        """Is meant to restart one device; fails for every address before anything is sent (compatibility note 6).
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     def Bcst_checkMACAndSetIP(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure.
+        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure (compatibility note 7).
 
         Args:
             ip_addr: dotted IPv4 address that the device takes.
@@ -3396,7 +3396,7 @@ class BroadcastModule(Packet):
 class BroadcastModule_async(Packet_async):
     """Finding devices."""
     async def Bcst_enumerateNetworkDevices_async(self) -> list[list[str]]:
-        """Finds the devices on the network, within 5 seconds. Use the awaitable form."""
+        """Finds the devices on the network, within 5 seconds. Use the awaitable form (compatibility note 5)."""
     async def Bcst_checkMACAndRing_async(self, mac_addr: str) -> bytes:
         """Lets one device ring.
 
@@ -3404,13 +3404,13 @@ class BroadcastModule_async(Packet_async):
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     async def Bcst_checkMACAndReboot_async(self, mac_addr: str) -> int:
-        """Is meant to restart one device; fails for every address before anything is sent.
+        """Is meant to restart one device; fails for every address before anything is sent (compatibility note 6).
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     async def Bcst_checkMACAndSetIP_async(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure.
+        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure (compatibility note 7).
 
         Args:
             ip_addr: dotted IPv4 address that the device takes.
@@ -4977,7 +4977,7 @@ class CounterModule(Packet, CounterBased):
 
         Args:
             channel: channel, 0 or 1.
-            edge: edge that counts, in the device's numbering, 0 to 255; the awaitable form sends 1 for all from 1 on and else 0.
+            edge: edge that counts, in the device's numbering, 0 to 255; the awaitable form sends 1 for all from 1 on and else 0 (compatibility note 3).
             timeout: seconds in which the device must answer, above 0.
         """
 
@@ -5044,7 +5044,7 @@ class CounterModule_async(Packet_async, CounterBased):
 
         Args:
             channel: channel, 0 or 1.
-            edge: edge that counts, in the device's numbering, 0 to 255; the awaitable form sends 1 for all from 1 on and else 0.
+            edge: edge that counts, in the device's numbering, 0 to 255; the awaitable form sends 1 for all from 1 on and else 0 (compatibility note 3).
         """
 
 class EncoderBased:
@@ -5720,7 +5720,7 @@ class UARTModule(Packet, UARTBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def UART_close(self, port: int, timeout: float = 3) -> int:
-        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing.
+        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing (compatibility note 1).
 
         Args:
             port: port of the bus.
@@ -5825,7 +5825,7 @@ class UARTModule_async(Packet_async, UARTBased):
             port: port of the bus.
         """
     async def UART_close_async(self, port: int) -> int:
-        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing.
+        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing (compatibility note 1).
 
         Args:
             port: port of the bus.
@@ -6048,7 +6048,7 @@ class CANModule(Packet, CANBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def CAN_start(self, port: int, timeout: float = 3) -> int:
-        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same.
+        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same (compatibility note 22).
 
         Args:
             port: port of the bus.
@@ -6183,7 +6183,7 @@ class CANModule_async(Packet_async, CANBased):
             port: port of the bus.
         """
     async def CAN_start_async(self, port: int) -> int:
-        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same.
+        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same (compatibility note 22).
 
         Args:
             port: port of the bus.
@@ -6423,7 +6423,7 @@ class AIBased(AIUnion):
     def _AI_free(self) -> None:
         """Ends the reader thread for good."""
     def AI_openStreaming(self, port: int, timeout: float = 3) -> list[int | float]:
-        """Prepares streaming. The port is not counted from 1 here.
+        """Prepares streaming. The port is not counted from 1 here (compatibility note 19).
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6518,7 +6518,7 @@ class AIBased_async(AIUnion_async):
     def _AI_free(self) -> None:
         """Ends the reader thread for good."""
     async def AI_openStreaming_async(self, port: int) -> list[int | float]:
-        """Prepares streaming. The port is not counted from 1 here.
+        """Prepares streaming. The port is not counted from 1 here (compatibility note 19).
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -9889,7 +9889,7 @@ class MCX514Driver(Packet):
         Args:
             port: connector of the controller as the device counts it.
             axis: mask of axes, 0 to 15, sent as it is.
-            state: without effect.
+            state: without effect (compatibility note 12).
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_writeRR3(self, port: int, axis: int, page: int, timeout: float = 3) -> int:
@@ -11219,7 +11219,7 @@ class MCX514Driver_async(Packet_async):
         Args:
             port: connector of the controller as the device counts it.
             axis: mask of axes, 0 to 15, sent as it is.
-            state: without effect.
+            state: without effect (compatibility note 12).
         """
     async def _Motion_writeRR3_async(self, port: int, axis: int, page: int) -> int:
         """Reads a page of read register 3.
@@ -11326,7 +11326,7 @@ class MCX514Based:
             port: connector as the device counts it.
         """
     def _checkMCX514Axis(self, axis: int, mode: bool = True) -> Any:
-        """Refuses what is no integer. An axis that there is not is told, not refused.
+        """Refuses what is no integer. An axis that there is not is told, not refused (compatibility note 10).
 
         Args:
             axis: axis.
@@ -11433,7 +11433,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_setLimitEnable(self, port: int, axis: int, forward_enable: int, reverse_enable: int, timeout: float = 3) -> int:
-        """Sets the limit inputs: either one switches both on.
+        """Sets the limit inputs: either one switches both on (compatibility note 14).
 
         Args:
             port: connector of the controller as the device counts it.
@@ -12080,7 +12080,7 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
             encoder_direction: 1 inverse, 0 not.
         """
     async def _Motion_setLimitEnable_async(self, port: int, axis: int, forward_enable: int, reverse_enable: int) -> int:
-        """Sets the limit inputs: either one switches both on.
+        """Sets the limit inputs: either one switches both on (compatibility note 14).
 
         Args:
             port: connector of the controller as the device counts it.
@@ -13638,7 +13638,7 @@ class DroneModule(Packet, DroneBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Drone_getAccelerationWithNED(self, timeout: float = 3) -> list[float]:
-        """Reads the state; the acceleration is then in `current_acce_list`.
+        """Reads the state; the acceleration is then in `current_acce_list` (compatibility note 23).
 
         Args:
             timeout: seconds in which the device must answer, above 0.
