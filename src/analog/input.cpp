@@ -195,31 +195,25 @@ void defineBased(Package& package) {
                      .returns = {"int", "0"},
                      .raises = portRaises,
                      .body = startStreaming});
-    based.operations({{.name = "AI_closeStreaming",
-                       .checks = {checkAIPort(port)},
-                       .sends = CLOSE_AI_STREAMING,
-                       .fields = {port | u8},
-                       .adapt = adaptPort,
-                       .doc = "Stops streaming. Rows already received stay readable."},
-                      {.name = "_AI_getCounter",
+    based.sharing({.checks = {checkAIPort(port)}, .fields = {port | u8}, .adapt = adaptPort})
+        .operations({
+            {.name = "AI_closeStreaming",
+             .sends = CLOSE_AI_STREAMING,
+             .doc = "Stops streaming. Rows already received stay readable."},
+            {.name = "_AI_readBufferStatus",
+             .sends = CHECK_BUFFER_STATUS,
+             .reply = numbersAt<std::uint32_t>(0, 4, "the 4 counters of the device's buffer"),
+             .doc = "Reads the state of the device's buffer."},
+            {.name = "_AI_clearBufferStatus",
+             .sends = CLEAR_DATA,
+             .doc = "Clears the counters of the device's buffer."},
+        });
+    based.operations({{.name = "_AI_getCounter",
                        .sends = GET_AI_COUNTERS,
                        .fields = {port | u8},
                        .reply = numbersAt<std::uint32_t>(0, 9, "the device's 9 counters"),
                        .adapt = adaptPort,
-                       .doc = "Reads the device's counters."},
-                      {.name = "_AI_readBufferStatus",
-                       .checks = {checkAIPort(port)},
-                       .sends = CHECK_BUFFER_STATUS,
-                       .fields = {port | u8},
-                       .reply = numbersAt<std::uint32_t>(0, 4, "the 4 counters of the device's buffer"),
-                       .adapt = adaptPort,
-                       .doc = "Reads the state of the device's buffer."},
-                      {.name = "_AI_clearBufferStatus",
-                       .checks = {checkAIPort(port)},
-                       .sends = CLEAR_DATA,
-                       .fields = {port | u8},
-                       .adapt = adaptPort,
-                       .doc = "Clears the counters of the device's buffer."}});
+                       .doc = "Reads the device's counters."}});
 }
 
 // One chip select's samples, two bytes each from byte 2 on.

@@ -185,16 +185,7 @@ void defineCan(Package& package) {
     const Parameter turned{"status", "bool", "whether it is on"};
     const Definition checkCANPort = portCheck(canPorts),
                      checkCANPinState = lineCheck(canPorts, "_", "_checkCANPinState_async");
-    const std::vector<Check> checks{checkCANPort(port)};
     const Raises portRaises{checkCANPort};
-    const auto portRow = [&](const char* name, Command command, Reply reply, const char* summary) {
-        return Request{.name = name,
-                       .checks = checks,
-                       .sends = command,
-                       .fields = {port | u8},
-                       .reply = std::move(reply),
-                       .doc = summary};
-    };
 
     Feature can(package, "CAN", "A node of a CAN bus.");
     can.shared(checkCANPort)
@@ -263,41 +254,48 @@ void defineCan(Package& package) {
                  const Object queue = attribute(op.self(), "can_frame_queue");
                  co_return co_await take(op, queue, py::int_(count), delay);
              }});
-    can.operations(
-        {portRow("CAN_stop", STOP_CAN, status(1), "Leaves the bus."),
-         {.name = "CAN_setSpeed",
-          .checks = {checks[0], checkCANSpeed(Parameter{"speed_mode"})},
-          .sends = SET_CAN_SPEED,
-          .fields = {port | u8, Parameter{"speed_mode", "int", "0 to 3 in the device's numbering"} | u8},
-          .doc = "Sets the speed of the bus."},
-         {.name = "_CAN_setEnableInterrupt",
-          .checks = checks,
-          .sends = SET_CAN_ENABLED_ITR,
-          .fields = {port | u8, turned | asInt},
-          .doc = "Turns the controller's interrupts on or off."},
-         {.name = "_CAN_setTXPriority",
-          .checks = {checks[0], checkCANTXIndex(Parameter{"tx_mode"}), checkCANTXPriority(Parameter{"priority_mode"})},
-          .sends = SET_CAN_TX_PRIORITY,
-          .fields = {port | u8, Parameter{"tx_mode", "int", "transmit buffer, 0 to 2"} | u8,
-                     Parameter{"priority_mode", "int", "0 to 3"} | u8},
-          .doc = "Sets the priority of a transmit buffer."},
-         {.name = "_CAN_setRXRollover",
-          .checks = checks,
-          .sends = SET_CAN_RX_ROLLOVER,
-          .fields = {port | u8, turned | asInt},
-          .doc = "Turns on or off that a full receive buffer gives way to the next."},
-         {.name = "CAN_setRXFilteringOn",
-          .checks = checks,
-          .sends = SET_CAN_RX_FILTERING_ON,
-          .fields = {port | u8, Parameter{"on_off", "bool", "whether frames are filtered"} | asInt},
-          .doc = "Turns filtering on or off."},
-         portRow("_CAN_getInterrupts", GET_CAN_INTERRUPTS,
-                 numbersAt<std::uint8_t>(1, 3, "enabled interrupts, their state, and that of errors"),
-                 "Reads the controller's interrupts."),
-         portRow("_CAN_getErrors", GET_CAN_ERRORS, numbersAt<std::uint8_t>(1, 2, "transmit and receive error counters"),
-                 "Reads the error counters."),
-         portRow("_CAN_getCounters", GET_CAN_COUNTERS, numbersAt<std::uint32_t>(1, 6, "the device's 6 counters"),
-                 "Reads the device's counters.")});
+    const Parameter speed{"speed_mode", "int", "0 to 3 in the device's numbering"};
+    const Parameter buffer{"tx_mode", "int", "transmit buffer, 0 to 2"};
+    const Parameter priority{"priority_mode", "int", "0 to 3"};
+    const Parameter onOff{"on_off", "bool", "whether frames are filtered"};
+    can.sharing({.checks = {checkCANPort(port)}, .fields = {port | u8}})
+        .operations({
+            {.name = "CAN_stop", .sends = STOP_CAN, .doc = "Leaves the bus."},
+            {.name = "CAN_setSpeed",
+             .checks = {checkCANSpeed(speed)},
+             .sends = SET_CAN_SPEED,
+             .fields = {speed | u8},
+             .doc = "Sets the speed of the bus."},
+            {.name = "_CAN_setEnableInterrupt",
+             .sends = SET_CAN_ENABLED_ITR,
+             .fields = {turned | asInt},
+             .doc = "Turns the controller's interrupts on or off."},
+            {.name = "_CAN_setTXPriority",
+             .checks = {checkCANTXIndex(buffer), checkCANTXPriority(priority)},
+             .sends = SET_CAN_TX_PRIORITY,
+             .fields = {buffer | u8, priority | u8},
+             .doc = "Sets the priority of a transmit buffer."},
+            {.name = "_CAN_setRXRollover",
+             .sends = SET_CAN_RX_ROLLOVER,
+             .fields = {turned | asInt},
+             .doc = "Turns on or off that a full receive buffer gives way to the next."},
+            {.name = "CAN_setRXFilteringOn",
+             .sends = SET_CAN_RX_FILTERING_ON,
+             .fields = {onOff | asInt},
+             .doc = "Turns filtering on or off."},
+            {.name = "_CAN_getInterrupts",
+             .sends = GET_CAN_INTERRUPTS,
+             .reply = numbersAt<std::uint8_t>(1, 3, "enabled interrupts, their state, and that of errors"),
+             .doc = "Reads the controller's interrupts."},
+            {.name = "_CAN_getErrors",
+             .sends = GET_CAN_ERRORS,
+             .reply = numbersAt<std::uint8_t>(1, 2, "transmit and receive error counters"),
+             .doc = "Reads the error counters."},
+            {.name = "_CAN_getCounters",
+             .sends = GET_CAN_COUNTERS,
+             .reply = numbersAt<std::uint32_t>(1, 6, "the device's 6 counters"),
+             .doc = "Reads the device's counters."},
+        });
 }
 
 }  // namespace zvr::python

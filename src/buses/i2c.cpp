@@ -36,7 +36,6 @@ void defineI2c(Package& package) {
     const Definition checkI2CAddressSize =
         accepting("_checkI2CAddressSize", sizeMode, FailureId::I2CAddressSizeNotVaildError, {0, 1});
     const Definition checkI2CPort = portCheck(i2cPorts), checkI2CPinState = lineCheck(i2cPorts);
-    const std::vector<Check> checks{checkI2CPort(port)};
 
     Feature i2c(package, "I2C", "Ports of an I2C bus whose master is the device.");
     definePorts(i2c, i2cPorts);
@@ -54,35 +53,31 @@ void defineI2c(Package& package) {
                     .returns = status(1).returns,
                     .raises = {checkI2CPort, checkI2CClockRate},
                     .body = setClockRate});
-    i2c.operations({{.name = "I2C_read",
-                     .checks = {checks[0], isInt(Parameter{"read_address"}), isInt(Parameter{"bytes_to_read"})},
-                     .sends = READ_I2C,
-                     .fields = {port | u8, Parameter{"read_address", "int", "address on the bus, 0 to 255"} | u8,
-                                Parameter{"bytes_to_read", "int", "number of bytes, 0 to 255"} | u8},
-                     .reply = bytesFrom(3),
-                     .doc = "Reads from a chip."},
-                    {.name = "I2C_write",
-                     .checks = {checks[0], isInt(Parameter{"write_address"}), isList(Parameter{"write_data"})},
-                     .sends = WRITE_I2C,
-                     .fields = {port | u8, Parameter{"write_address", "int", "address on the bus, 0 to 255"} | u8,
-                                Parameter{"write_data", "list[int]", "at most 255 bytes"} | length,
-                                Parameter{"write_data", "list[int]", "at most 255 bytes"} | bytes},
-                     .doc = "Writes to a chip."},
-                    {.name = "I2C_close",
-                     .checks = checks,
-                     .sends = CLOSE_I2C,
-                     .fields = {port | u8},
-                     .doc = "Closes a port and frees its lines."},
-                    {.name = "I2C_reset",
-                     .checks = checks,
-                     .sends = RESET_I2C,
-                     .fields = {port | u8},
-                     .doc = "Puts a port back to its settings of the start."},
-                    {.name = "I2C_setAddressSize",
-                     .checks = {checks[0], checkI2CAddressSize(sizeMode)},
-                     .sends = SET_I2C_ADDR_SIZE,
-                     .fields = {port | u8, sizeMode | u8},
-                     .doc = "Sets the size of addresses."}});
+    const Parameter from{"read_address", "int", "address on the bus, 0 to 255"};
+    const Parameter count{"bytes_to_read", "int", "number of bytes, 0 to 255"};
+    const Parameter to{"write_address", "int", "address on the bus, 0 to 255"};
+    const Parameter data{"write_data", "list[int]", "at most 255 bytes"};
+    i2c.sharing({.checks = {checkI2CPort(port)}, .fields = {port | u8}})
+        .operations({
+            {.name = "I2C_read",
+             .checks = {isInt(from), isInt(count)},
+             .sends = READ_I2C,
+             .fields = {from | u8, count | u8},
+             .reply = bytesFrom(3),
+             .doc = "Reads from a chip."},
+            {.name = "I2C_write",
+             .checks = {isInt(to), isList(data)},
+             .sends = WRITE_I2C,
+             .fields = {to | u8, data | length, data | bytes},
+             .doc = "Writes to a chip."},
+            {.name = "I2C_close", .sends = CLOSE_I2C, .doc = "Closes a port and frees its lines."},
+            {.name = "I2C_reset", .sends = RESET_I2C, .doc = "Puts a port back to its settings of the start."},
+            {.name = "I2C_setAddressSize",
+             .checks = {checkI2CAddressSize(sizeMode)},
+             .sends = SET_I2C_ADDR_SIZE,
+             .fields = {sizeMode | u8},
+             .doc = "Sets the size of addresses."},
+        });
 }
 
 }  // namespace zvr::python

@@ -185,7 +185,6 @@ void defineStreaming(Feature& uart) {
 void defineUart(Package& package) {
     const Parameter& port = busPort;
     const Definition checkUARTPort = portCheck(uartPorts), checkUARTPinState = lineCheck(uartPorts);
-    const std::vector<Check> checks{checkUARTPort(port)};
     const Raises portRaises{checkUARTPort};
     const Parameter count{"bytes_to_read", "int", "most bytes to take"};
     const Parameter delay{"delay", "float", "seconds to wait for that many, once; the awaitable form never waits",
@@ -193,11 +192,7 @@ void defineUart(Package& package) {
     const auto setting = [&](const char* name, const char* doc, const Definition& check, Command command,
                              const char* summary) {
         const Parameter mode{"mode", "int", doc};
-        return Request{.name = name,
-                       .checks = {checks[0], check(mode)},
-                       .sends = command,
-                       .fields = {port | u8, mode | u8},
-                       .doc = summary};
+        return Request{.name = name, .checks = {check(mode)}, .sends = command, .fields = {mode | u8}, .doc = summary};
     };
 
     Feature uart(package, "UART", "UART ports of the device, as a bridge.");
@@ -262,28 +257,23 @@ void defineUart(Package& package) {
                          .returns = {"bytes", "fewer, or none, where no more have come", "the queue of the port"},
                          .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
                          .body = readBytes});
-    uart.operations(
-        {{.name = "_UART_stopReading",
-          .checks = checks,
-          .sends = STOP_UART_READING,
-          .fields = {port | u8},
-          .doc = "Stops the stream."},
-         {.name = "UART_reset",
-          .checks = checks,
-          .sends = RESET_UART,
-          .fields = {port | u8},
-          .doc = "Puts a port back to its settings of the start."},
-         {.name = "UART_setBaudRate",
-          .checks = {checks[0], checkUARTBaudRate(Parameter{"baud_rate"})},
-          .sends = SET_UART_BAUD_RATE,
-          .fields = {port | u8, Parameter{"baud_rate", "int", "speed in bits per second, 0 to 400000"} | u32},
-          .doc = "Sets the speed."},
-         setting("UART_setDataBit", "0 or 1 in the device's numbering", checkUARTDataBit, SET_UART_DATA_SIZE,
-                 "Sets the number of data bits."),
-         setting("UART_setParity", "0 to 3 in the device's numbering", checkUARTParityMode, SET_UART_PARITY,
-                 "Sets the parity."),
-         setting("UART_setNumStopBit", "0 to 3 in the device's numbering", checkUARTNumStopBitMode,
-                 SET_UART_NUM_STOP_BITS, "Sets the number of stop bits.")});
+    const Parameter baudRate{"baud_rate", "int", "speed in bits per second, 0 to 400000"};
+    uart.sharing({.checks = {checkUARTPort(port)}, .fields = {port | u8}})
+        .operations({
+            {.name = "_UART_stopReading", .sends = STOP_UART_READING, .doc = "Stops the stream."},
+            {.name = "UART_reset", .sends = RESET_UART, .doc = "Puts a port back to its settings of the start."},
+            {.name = "UART_setBaudRate",
+             .checks = {checkUARTBaudRate(baudRate)},
+             .sends = SET_UART_BAUD_RATE,
+             .fields = {baudRate | u32},
+             .doc = "Sets the speed."},
+            setting("UART_setDataBit", "0 or 1 in the device's numbering", checkUARTDataBit, SET_UART_DATA_SIZE,
+                    "Sets the number of data bits."),
+            setting("UART_setParity", "0 to 3 in the device's numbering", checkUARTParityMode, SET_UART_PARITY,
+                    "Sets the parity."),
+            setting("UART_setNumStopBit", "0 to 3 in the device's numbering", checkUARTNumStopBitMode,
+                    SET_UART_NUM_STOP_BITS, "Sets the number of stop bits."),
+        });
 }
 
 }  // namespace zvr::python

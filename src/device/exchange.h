@@ -141,6 +141,13 @@ struct Request {
     operator Definition() const;  // NOLINT: a request is a definition, written shorter
 };
 
+/// What the requests of a list have in common, before what each has of its own.
+struct Common {
+    std::vector<Check> checks = {};
+    std::vector<Field> fields = {};
+    Adapt adapt = nullptr;
+};
+
 /// One exchange with the device, in the form of the operation; gives the reply's data.
 inline Awaiter exchange(const Op& op, int command, const py::list& data) {
     return op.requestBy("_echoPacketWithRetry", py::int_(command), data);

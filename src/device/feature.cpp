@@ -84,6 +84,15 @@ Feature& Feature::operations(const std::vector<Request>& requests) {
     return *this;
 }
 
+Feature& Feature::Group::operations(std::vector<Request> requests) {
+    for (Request& request : requests) {
+        request.checks.insert(request.checks.begin(), common_.checks.begin(), common_.checks.end());
+        request.fields.insert(request.fields.begin(), common_.fields.begin(), common_.fields.end());
+        if (request.adapt == nullptr) request.adapt = common_.adapt;
+    }
+    return feature_.operations(requests);
+}
+
 Feature& Feature::add(const Definition& definition, Form blockingForm) {
     const Definition& kept = keep(definition);
     blocking_.addKept(kept, blockingForm);

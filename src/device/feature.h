@@ -37,6 +37,19 @@ public:
     /// An operation, in both forms.
     Feature& operation(const Definition& definition) { return add(definition, Form::blocking); }
     Feature& operations(const std::vector<Request>& requests);
+
+    /// Requests that have checks, fields or the rest in common.
+    class Group {
+    public:
+        Group(Feature& feature, Common common) : feature_(feature), common_(std::move(common)) {}
+        Feature& operations(std::vector<Request> requests);
+
+    private:
+        Feature& feature_;
+        Common common_;
+    };
+    Group sharing(Common common) { return {*this, std::move(common)}; }
+
     /// The same for an operation whose blocking form takes no timeout.
     Feature& withoutTimeout(const Definition& definition) { return add(definition, Form::method); }
 

@@ -58,38 +58,21 @@ constexpr Kind encoderKind{.prefix = "Encoder",
 void defineCommon(Feature& feature, const Kind& kind, const Parameter& channel, const Definition& check, Reply reading,
                   const char* counts) {
     const std::string prefix = kind.prefix, read = "_" + prefix + "_read";
-    const std::vector<Check> checks{check(channel)};
-    feature.operations({{.name = prefix + "_open",
-                         .checks = checks,
-                         .sends = kind.open,
-                         .fields = {channel | u8},
-                         .doc = "Claims a channel."},
-                        {.name = prefix + "_start",
-                         .checks = checks,
-                         .sends = kind.start,
-                         .fields = {channel | u8},
-                         .doc = "Starts counting."},
-                        {.name = prefix + "_stop",
-                         .checks = checks,
-                         .sends = kind.stop,
-                         .fields = {channel | u8},
-                         .doc = "Stops counting."},
-                        {.name = prefix + "_close",
-                         .checks = checks,
-                         .sends = kind.close,
-                         .fields = {channel | u8},
-                         .doc = "Releases a channel."},
-                        {.name = prefix + "_setFreqWindow",
-                         .checks = checks,
-                         .sends = kind.setWindow,
-                         .fields = {channel | u8, window | f32},
-                         .doc = "Sets the window over which the frequency is measured."},
-                        {.name = "_" + prefix + "_read",
-                         .checks = checks,
-                         .sends = kind.read,
-                         .fields = {channel | u8},
-                         .reply = std::move(reading),
-                         .doc = "Reads position and frequency of one moment."}});
+    const Common onChannel{.checks = {check(channel)}, .fields = {channel | u8}};
+    feature.sharing(onChannel).operations({
+        {.name = prefix + "_open", .sends = kind.open, .doc = "Claims a channel."},
+        {.name = prefix + "_start", .sends = kind.start, .doc = "Starts counting."},
+        {.name = prefix + "_stop", .sends = kind.stop, .doc = "Stops counting."},
+        {.name = prefix + "_close", .sends = kind.close, .doc = "Releases a channel."},
+        {.name = prefix + "_setFreqWindow",
+         .sends = kind.setWindow,
+         .fields = {window | f32},
+         .doc = "Sets the window over which the frequency is measured."},
+        {.name = "_" + prefix + "_read",
+         .sends = kind.read,
+         .reply = std::move(reading),
+         .doc = "Reads position and frequency of one moment."},
+    });
     // One exchange each: two readings are of two moments.
     const auto defineReading = [&](const std::string& ending, Returns returns, Py_ssize_t entry) {
         feature.operation({.name = prefix + ending,
@@ -165,27 +148,25 @@ void defineEncoder(Package& package) {
                                 .body = [](py::handle, const Object& index) {
                                     if (!isOneOf(index, {0})) throw Failure(FailureId::EncoderChannelNotAvaliableError);
                                 }};
-    const std::vector<Check> checks{checkIndex(channel)};
+    const Common onChannel{.checks = {checkIndex(channel)}, .fields = {channel | u8}};
     Feature encoder(package, "Encoder", "The quadrature encoder.");
     encoder.shared(checkIndex);
     defineCommon(encoder, encoderKind, channel, checkIndex, reading<std::int64_t>(),
                  "counts, -140737488355328 to 140737488355327");
-    encoder.operations({{.name = "Encoder_setPosition",
-                         .checks = checks,
-                         .sends = ENCODER_SET_VALUE,
-                         .fields = {channel | u8, position | low48<std::int64_t>},
-                         .doc = "Sets the position."},
-                        {.name = "Encoder_setDirection",
-                         .checks = checks,
-                         .sends = ENCODER_SET_DIR,
-                         .fields = {channel | u8, direction | Encoding{"flag", appendFlag}},
-                         .doc = "Sets the counting direction."},
-                        {.name = "Encoder_getDirection",
-                         .checks = checks,
-                         .sends = ENCODER_GET_DIR,
-                         .fields = {channel | u8},
-                         .reply = byteAt(1, "the direction; it is not checked for a refusal"),
-                         .doc = "Reads the counting direction."}});
+    encoder.sharing(onChannel).operations({
+        {.name = "Encoder_setPosition",
+         .sends = ENCODER_SET_VALUE,
+         .fields = {position | low48<std::int64_t>},
+         .doc = "Sets the position."},
+        {.name = "Encoder_setDirection",
+         .sends = ENCODER_SET_DIR,
+         .fields = {direction | Encoding{"flag", appendFlag}},
+         .doc = "Sets the counting direction."},
+        {.name = "Encoder_getDirection",
+         .sends = ENCODER_GET_DIR,
+         .reply = byteAt(1, "the direction; it is not checked for a refusal"),
+         .doc = "Reads the counting direction."},
+    });
 }
 
 }  // namespace zvr::python

@@ -20,38 +20,22 @@ void definePwm(Package& package) {
                                       if (!isOneOf(channel, {0, 1}))
                                           throw Failure(FailureId::CounterChannelNotAvaliableError);
                                   }};
-    const std::vector<Check> checks{checkChannel(channel)};
     pwm.shared(checkChannel);
-    pwm.operations({{.name = "PWM_open",
-                     .checks = checks,
-                     .sends = OPEN_PWM,
-                     .fields = {channel | u8},
-                     .doc = "Claims a channel."},
-                    {.name = "PWM_start",
-                     .checks = checks,
-                     .sends = START_PWM,
-                     .fields = {channel | u8},
-                     .doc = "Starts the waveform."},
-                    {.name = "PWM_stop",
-                     .checks = checks,
-                     .sends = STOP_PWM,
-                     .fields = {channel | u8},
-                     .doc = "Stops the waveform."},
-                    {.name = "PWM_close",
-                     .checks = checks,
-                     .sends = CLOSE_PWM,
-                     .fields = {channel | u8},
-                     .doc = "Releases a channel."},
-                    {.name = "PWM_setFrequency",
-                     .checks = checks,
-                     .sends = SET_PWM_FREQUENCY,
-                     .fields = {channel | u8, frequency | f32},
-                     .doc = "Sets the frequency."},
-                    {.name = "PWM_setDutyCycle",
-                     .checks = checks,
-                     .sends = SET_PWM_DUTY_CYCLE,
-                     .fields = {channel | u8, dutyCycle | f32},
-                     .doc = "Sets the duty cycle."}});
+    pwm.sharing({.checks = {checkChannel(channel)}, .fields = {channel | u8}})
+        .operations({
+            {.name = "PWM_open", .sends = OPEN_PWM, .doc = "Claims a channel."},
+            {.name = "PWM_start", .sends = START_PWM, .doc = "Starts the waveform."},
+            {.name = "PWM_stop", .sends = STOP_PWM, .doc = "Stops the waveform."},
+            {.name = "PWM_close", .sends = CLOSE_PWM, .doc = "Releases a channel."},
+            {.name = "PWM_setFrequency",
+             .sends = SET_PWM_FREQUENCY,
+             .fields = {frequency | f32},
+             .doc = "Sets the frequency."},
+            {.name = "PWM_setDutyCycle",
+             .sends = SET_PWM_DUTY_CYCLE,
+             .fields = {dutyCycle | f32},
+             .doc = "Sets the duty cycle."},
+        });
 }
 
 }  // namespace zvr::python

@@ -234,21 +234,23 @@ void defineRegisters(Feature& drive) {
                          }};
     const Reply everything{
         nullptr, {"bytes", "the whole reply", "the device"}, [](py::handle, const Object& reply) { return reply; }};
-    drive.operations({{.name = "_Motion_read",
-                       .sends = MOTION_READ_REG,
-                       .fields = {port | u8, address | u8},
-                       .reply = contents,
-                       .doc = "Reads a register, and keeps the chip's status."},
-                      {.name = "_Motion_write",
-                       .sends = MOTION_WRITE_REG,
-                       .fields = {port | u8, address | u8, constant(0), integer("data", "0 to 4294967295") | u32},
-                       .reply = byteAt(6, writeStatus.doc),
-                       .doc = "Writes a register."},
-                      {.name = "_Motion_readDI",
-                       .sends = READ_AND_GET_DI,
-                       .fields = {integer("port", "digital port") | u8, constant(0), constant(lines)},
-                       .reply = everything,
-                       .doc = "Reads the digital inputs."}});
+    drive.operations({
+        {.name = "_Motion_read",
+         .sends = MOTION_READ_REG,
+         .fields = {port | u8, address | u8},
+         .reply = contents,
+         .doc = "Reads a register, and keeps the chip's status."},
+        {.name = "_Motion_write",
+         .sends = MOTION_WRITE_REG,
+         .fields = {port | u8, address | u8, constant(0), integer("data", "0 to 4294967295") | u32},
+         .reply = byteAt(6, writeStatus.doc),
+         .doc = "Writes a register."},
+        {.name = "_Motion_readDI",
+         .sends = READ_AND_GET_DI,
+         .fields = {integer("port", "digital port") | u8, constant(0), constant(lines)},
+         .reply = everything,
+         .doc = "Reads the digital inputs."},
+    });
     drive
         .operation(
             {.name = "_Motion_writeDO",

@@ -45,11 +45,10 @@ Reply roundedFrom(std::size_t place, std::size_t inDegrees, const std::string& d
         {"list[float]", doc + ", rounded to 4 decimals", "the device"}};
 }
 
-Request estimateRow(const char* name, Group group, std::size_t inDegrees, const char* doc, const char* summary) {
+Request estimates(const char* name, Group group, std::size_t inDegrees, const char* doc, const char* summary) {
     return {.name = name,
-            .checks = {checkPort(port)},
             .sends = AHRS_GET_ESTIMATES,
-            .fields = {port | u8, constant(group)},
+            .fields = {constant(group)},
             .reply = roundedFrom(estimatesPlace, inDegrees, doc),
             .doc = summary};
 }
@@ -94,10 +93,6 @@ void defineAttitude(Package& package) {
         offset{"z_offset", "float", "in the device's unit"},
         accelerator{"accelerator_decay_time", "float", "in seconds"},
         magnetometer{"magnetometer_decay_time", "float", "in seconds"};
-    const auto portRow = [](const char* name, Command command, const char* summary) {
-        return Request{
-            .name = name, .checks = {checkPort(port)}, .sends = command, .fields = {port | u8}, .doc = summary};
-    };
     const auto numbers = [](std::initializer_list<Parameter> parameters) {
         std::vector<Check> checks;  // not of the port: the device judges it
         for (const Parameter& parameter : parameters) checks.push_back(isNumber(parameter));
@@ -151,22 +146,27 @@ void defineAttitude(Package& package) {
                              .sends = AHRS_SET_GNRL,
                              .fields = {port | u8, gravity | f32, step | f32, offset | f32},
                              .doc = "Sets up the unit."};
-    ahrs.operations(
-        {portRow("AHRS_stop", AHRS_STOP, "Stops the filter."),
-         portRow("AHRS_close", AHRS_CLOSE, "Closes the unit."),
-         portRow("AHRS_reset", AHRS_RESET, "Starts the filter anew."),
-         estimateRow("AHRS_getOrientation", orientation, all, "three angles in degrees", "Reads the orientation."),
-         estimateRow("AHRS_getOrientation_rad", orientation, 0, "three angles in radians", "Reads the orientation."),
-         estimateRow("AHRS_getAcceleration_rad", acceleration, 0, "three values in the device's unit",
-                     "Reads the acceleration."),
-         estimateRow("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
-                     "Reads the angular velocity."),
-         {.name = "_AHRS_getRawdata",
-          .sends = AHRS_GET_RAW_DATA,
-          .fields = {port | u8, constant(1)},
-          .reply = roundedFrom(rawPlace, 0, "what the sensors measure, in the device's units"),
-          .doc = "Reads the sensors."},
-         setGeneral});
+    ahrs.sharing({.checks = {checkPort(port)}, .fields = {port | u8}})
+        .operations({
+            {.name = "AHRS_stop", .sends = AHRS_STOP, .doc = "Stops the filter."},
+            {.name = "AHRS_close", .sends = AHRS_CLOSE, .doc = "Closes the unit."},
+            {.name = "AHRS_reset", .sends = AHRS_RESET, .doc = "Starts the filter anew."},
+            estimates("AHRS_getOrientation", orientation, all, "three angles in degrees", "Reads the orientation."),
+            estimates("AHRS_getOrientation_rad", orientation, 0, "three angles in radians", "Reads the orientation."),
+            estimates("AHRS_getAcceleration_rad", acceleration, 0, "three values in the device's unit",
+                      "Reads the acceleration."),
+            estimates("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
+                      "Reads the angular velocity."),
+        });
+    // These look at no port: the device judges it.
+    ahrs.operations({
+        {.name = "_AHRS_getRawdata",
+         .sends = AHRS_GET_RAW_DATA,
+         .fields = {port | u8, constant(1)},
+         .reply = roundedFrom(rawPlace, 0, "what the sensors measure, in the device's units"),
+         .doc = "Reads the sensors."},
+        setGeneral,
+    });
     ahrs.operation({.name = "_AHRS_setSamplingPeriod",
                     .parameters = {port, period},
                     .doc = "Sets the step of the filter, with a gravity of 9.81 and an offset of 0.001.",

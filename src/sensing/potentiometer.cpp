@@ -44,7 +44,6 @@ void definePotentiometer(Package& package) {
                                          throw Failure(FailureId::DPOTChannelNotAvaliableError);
                                  }};
     const Returns done{"int", "0"};
-    const std::vector<Check> checks{checkDPOTPort(port), checkAmount(channel)};
     Feature resistors(package, "DPOT", "Variable resistors.");
     resistors.shared(checkDPOTPort)
         .shared(checkAmount)
@@ -60,17 +59,17 @@ void definePotentiometer(Package& package) {
                     .returns = done,
                     .raises = {checkDPOTPort},
                     .body = checkOnly})
-        .operations({{.name = "DPOT_readByChannel",
-                      .checks = checks,
-                      .sends = POT_READ,
-                      .fields = {port | u8, channel | u8},
-                      .reply = numberAt<std::uint32_t>(2, "resistance in the device's unit"),
-                      .doc = "Reads the value of a resistor."},
-                     {.name = "DPOT_writeByChannel",
-                      .checks = checks,
-                      .sends = POT_WRITE_BY_CS,
-                      .fields = {port | u8, channel | u8, value | f32},
-                      .doc = "Sets a resistor."}})
+        .sharing({.checks = {checkDPOTPort(port), checkAmount(channel)}, .fields = {port | u8, channel | u8}})
+        .operations({
+            {.name = "DPOT_readByChannel",
+             .sends = POT_READ,
+             .reply = numberAt<std::uint32_t>(2, "resistance in the device's unit"),
+             .doc = "Reads the value of a resistor."},
+            {.name = "DPOT_writeByChannel",
+             .sends = POT_WRITE_BY_CS,
+             .fields = {value | f32},
+             .doc = "Sets a resistor."},
+        })
         .operation({.name = "DPOT_writeAllChannel",
                     .parameters = {port,
                                    {"value_list", "Sequence[float]",

@@ -68,15 +68,9 @@ const Definition checkFilterMode = upTo("_checkThermalFilterMode", {"mode", "int
 // Asked for, and not looked at.
 const Definition deviceName{.name = "_getDeviceName"};
 
-std::vector<Check> sensorChecks(std::vector<Check> more = {}) {
-    more.insert(more.begin(), {checkThermalPort(port), checkChipSelect(channel)});
-    return more;
-}
-
-std::vector<Field> sensorThen(std::vector<Field> more = {}) {
-    more.insert(more.begin(), {port | u8, channel | u8});
-    return more;
-}
+// What requests to one sensor have in common.
+const Common ofSensor{.checks = {checkThermalPort(port), checkChipSelect(channel)},
+                      .fields = {port | u8, channel | u8}};
 
 Task open(Op op, Object port) {
     op.call("_checkThermalPort", port);
@@ -102,9 +96,9 @@ Task getStatus(Op op, Object port, Object channel) {
 Request setType(const Definition& check, const char* codes) {
     const Parameter type{"type_", "int", codes};
     return {.name = "Thermal_setType",
-            .checks = sensorChecks({check(type), deviceName()}),
+            .checks = {check(type), deviceName()},
             .sends = SET_THERMAL_TYPE,
-            .fields = sensorThen({type | u8}),
+            .fields = {type | u8},
             .reply = statusByte(2),
             .doc = "Tells the device what its sensor is."};
 }
@@ -137,80 +131,75 @@ void defineThermal(Package& package) {
                     .raises = {checkThermalPort, checkChipSelect},
                     .body = getStatus});
     const Parameter filter{"mode", "int", "0 or 1"};
-    const std::vector<Check> isDegrees = sensorChecks({isNumber(temperature)});
-    thermal.operations({{.name = "Thermal_close",
-                         .checks = {checkThermalPort(port)},
-                         .sends = CLOSE_THERMAL,
-                         .fields = {port | u8},
-                         .reply = statusByte(1),
-                         .doc = "Closes a port."},
-                        {.name = "Thermal_readSensor",
-                         .checks = sensorChecks(),
-                         .sends = READ_THERMAL_COUPLE,
-                         .fields = sensorThen(),
-                         .reply = degreesRounded(),
-                         .doc = "Reads the temperature of a sensor."},
-                        {.name = "_Thermal_setNoiseFilter",
-                         .checks = sensorChecks({checkFilterMode(filter)}),
-                         .sends = SET_THERMAL_NOISE_FILTER,
-                         .fields = sensorThen({filter | u8}),
-                         .reply = statusByte(2),
-                         .doc = "Chooses the noise filter of a sensor."},
-                        {.name = "_Thermal_readOffset",
-                         .checks = sensorChecks(),
-                         .sends = READ_THERMAL_OFFSET,
-                         .fields = sensorThen(),
-                         .reply = degrees(),
-                         .doc = "Reads the offset in use."},
-                        {.name = "_Thermal_loadOffset",
-                         .checks = sensorChecks(),
-                         .sends = LOAD_THERMAL_OFFSET,
-                         .fields = sensorThen(),
-                         .reply = degrees(),
-                         .doc = "Reads the saved offset."},
-                        {.name = "_Thermal_writeOffset",
-                         .checks = isDegrees,
-                         .sends = WRITE_THERMAL_OFFSET,
-                         .fields = sensorThen({temperature | f32}),
-                         .reply = statusByte(2),
-                         .doc = "Sets the offset in use."},
-                        {.name = "_Thermal_saveOffset",
-                         .checks = isDegrees,
-                         .sends = SAVE_THERMAL_OFFSET,
-                         .fields = sensorThen({temperature | f32}),
-                         .reply = statusByte(2),
-                         .doc = "Saves an offset."}});
+    const std::vector<Check> isDegrees{isNumber(temperature)};
+    thermal.operation(Request{.name = "Thermal_close",
+                              .checks = {checkThermalPort(port)},
+                              .sends = CLOSE_THERMAL,
+                              .fields = {port | u8},
+                              .reply = statusByte(1),
+                              .doc = "Closes a port."});
+    thermal.sharing(ofSensor).operations({
+        {.name = "Thermal_readSensor",
+         .sends = READ_THERMAL_COUPLE,
+         .reply = degreesRounded(),
+         .doc = "Reads the temperature of a sensor."},
+        {.name = "_Thermal_setNoiseFilter",
+         .checks = {checkFilterMode(filter)},
+         .sends = SET_THERMAL_NOISE_FILTER,
+         .fields = {filter | u8},
+         .reply = statusByte(2),
+         .doc = "Chooses the noise filter of a sensor."},
+        {.name = "_Thermal_readOffset",
+         .sends = READ_THERMAL_OFFSET,
+         .reply = degrees(),
+         .doc = "Reads the offset in use."},
+        {.name = "_Thermal_loadOffset",
+         .sends = LOAD_THERMAL_OFFSET,
+         .reply = degrees(),
+         .doc = "Reads the saved offset."},
+        {.name = "_Thermal_writeOffset",
+         .checks = isDegrees,
+         .sends = WRITE_THERMAL_OFFSET,
+         .fields = {temperature | f32},
+         .reply = statusByte(2),
+         .doc = "Sets the offset in use."},
+        {.name = "_Thermal_saveOffset",
+         .checks = isDegrees,
+         .sends = SAVE_THERMAL_OFFSET,
+         .fields = {temperature | f32},
+         .reply = statusByte(2),
+         .doc = "Saves an offset."},
+    });
 }
 
 void defineThermocouple(Package& package) {
     Feature couple(package, "ThermocoupleModule", {"ThermalModule", "ThermalBased"}, "Thermocouples.");
     const Parameter samples{"mode", "int", "number of samples of a reading, 0 to 4, in the device's numbering"};
     const Parameter measured{"status", "bool", "whether the device measures it"};
-    couple.operations({setType(checkCoupleType, "type of the thermocouple, 0 to 7, in the device's numbering"),
-                       {.name = "Thermal_setOverSampling",
-                        .checks = sensorChecks({checkSamplingMode(samples)}),
-                        .sends = SET_THERMAL_OVER_SAMPLING,
-                        .fields = sensorThen({samples | u8}),
-                        .reply = statusByte(2),
-                        .doc = "Chooses how many samples make a reading."},
-                       {.name = "_Thermal_readJunction",
-                        .checks = sensorChecks(),
-                        .sends = READ_THERMAL_JUNCTION,
-                        .fields = sensorThen(),
-                        .reply = degrees(),
-                        .doc = "Reads the temperature of the cold junction."},
-                       {.name = "_Thermal_setJunctionOn",
-                        .checks = sensorChecks({check(checkIsBool, measured)}),
-                        .sends = SET_THERMAL_JUNCTION_ON,
-                        .fields = sensorThen({measured | asInt}),
-                        .reply = statusByte(2),
-                        .doc = "Chooses where the temperature of the cold junction comes from."},
-                       {.name = "_Thermal_writeJunction",
-                        .checks = sensorChecks(),
-                        .sends = WRITE_THERMAL_JUNCTION,
-                        .fields = sensorThen({temperature | f32}),
-                        .reply = statusByte(2),
-                        .doc = "Sets the temperature of the cold junction."}});
+    couple.sharing(ofSensor).operations({
+        setType(checkCoupleType, "type of the thermocouple, 0 to 7, in the device's numbering"),
+        {.name = "Thermal_setOverSampling",
+         .checks = {checkSamplingMode(samples)},
+         .sends = SET_THERMAL_OVER_SAMPLING,
+         .fields = {samples | u8},
+         .reply = statusByte(2),
+         .doc = "Chooses how many samples make a reading."},
+        {.name = "_Thermal_readJunction",
+         .sends = READ_THERMAL_JUNCTION,
+         .reply = degrees(),
+         .doc = "Reads the temperature of the cold junction."},
+        {.name = "_Thermal_setJunctionOn",
+         .checks = {check(checkIsBool, measured)},
+         .sends = SET_THERMAL_JUNCTION_ON,
+         .fields = {measured | asInt},
+         .reply = statusByte(2),
+         .doc = "Chooses where the temperature of the cold junction comes from."},
+        {.name = "_Thermal_writeJunction",
+         .sends = WRITE_THERMAL_JUNCTION,
+         .fields = {temperature | f32},
+         .reply = statusByte(2),
+         .doc = "Sets the temperature of the cold junction."},
+    });
 }
 
 }  // namespace
@@ -219,7 +208,8 @@ void defineTemperature(Package& package) {
     defineThermal(package);
     defineThermocouple(package);
     Feature resistor(package, "ThermalResistanceModule", {"ThermalModule", "ThermalBased"}, "Resistance thermometers.");
-    resistor.operation(setType(checkResistorType, "type of the resistor, 0 or 1, in the device's numbering"));
+    resistor.sharing(ofSensor).operations(
+        {setType(checkResistorType, "type of the resistor, 0 or 1, in the device's numbering")});
 }
 
 }  // namespace zvr::python

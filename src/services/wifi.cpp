@@ -65,11 +65,15 @@ void defineWifiSettings(Package& package) {
                               }};
     Feature wifi(package, "Wifi", "Lights, power status and radio of a Wi-Fi device.", Feature::Base::none);
     wifi.field({"bandwidth", "int", "last bandwidth read"}).field({"rssi", "int", "last signal strength read, in dBm"});
-    wifi.operations({setLed("Red", 0, bitIfPositive("u16 of bit 0 for positive", 0)),
-                     setLed("Green", 1, bitIfPositive("u16 of bit 1 for positive", 1)),
-                     setLed("Blue", 2, bitIfPositive("u16 of bit 2 for positive", 2))});
-    wifi.operations({readPower("Wifi_getPowerGoodStatus", 0, "the line of the power supply: 0 or 1"),
-                     readPower("Wifi_getChargeStatus", 1, "the line of the charger: 0 or 1")});
+    wifi.operations({
+        setLed("Red", 0, bitIfPositive("u16 of bit 0 for positive", 0)),
+        setLed("Green", 1, bitIfPositive("u16 of bit 1 for positive", 1)),
+        setLed("Blue", 2, bitIfPositive("u16 of bit 2 for positive", 2)),
+    });
+    wifi.operations({
+        readPower("Wifi_getPowerGoodStatus", 0, "the line of the power supply: 0 or 1"),
+        readPower("Wifi_getChargeStatus", 1, "the line of the charger: 0 or 1"),
+    });
     wifi.operations(
         {{.name = "Wifi_resetLED",
           .sends = SET_AND_WRITE_DO,
@@ -113,18 +117,20 @@ void defineSystemAnalog(Package& package) {
                 .doc = "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."};
     acceleration.asyncName = "_Wifi_readAccleration_async";  // Compat 4
     sensors.operation(acceleration);
-    sensors.operations({{.name = "Wifi_readBattery",
-                         .sends = GET_BATTERY,
-                         .reply = kept("battery", numberAt<std::uint16_t>(0, "battery word, in the device's unit")),
-                         .doc = "Reads the battery."},
-                        {.name = "_Wifi_readThermo",
-                         .sends = GET_THERMOMETER,
-                         .reply = kept("thermo", thermometerReply()),
-                         .doc = "Reads the temperature."},
-                        {.name = "_Wifi_resetAIBuffer",
-                         .sends = AI_RESET_BUFFER,
-                         .fields = {constant(0)},
-                         .doc = "Empties the device's buffer of samples."}});
+    sensors.operations({
+        {.name = "Wifi_readBattery",
+         .sends = GET_BATTERY,
+         .reply = kept("battery", numberAt<std::uint16_t>(0, "battery word, in the device's unit")),
+         .doc = "Reads the battery."},
+        {.name = "_Wifi_readThermo",
+         .sends = GET_THERMOMETER,
+         .reply = kept("thermo", thermometerReply()),
+         .doc = "Reads the temperature."},
+        {.name = "_Wifi_resetAIBuffer",
+         .sends = AI_RESET_BUFFER,
+         .fields = {constant(0)},
+         .doc = "Empties the device's buffer of samples."},
+    });
 }
 
 }  // namespace zvr::python
