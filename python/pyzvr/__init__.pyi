@@ -6443,13 +6443,6 @@ class AIBased(AIUnion):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
-    def _AI_getCounter(self, port: int, timeout: float = 3) -> list[int]:
-        """Reads the device's counters.
-
-        Args:
-            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            timeout: seconds in which the device must answer, above 0.
-        """
     def _AI_readBufferStatus(self, port: int, timeout: float = 3) -> list[int]:
         """Reads the state of the device's buffer.
 
@@ -6459,6 +6452,13 @@ class AIBased(AIUnion):
         """
     def _AI_clearBufferStatus(self, port: int, timeout: float = 3) -> int:
         """Clears the counters of the device's buffer.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            timeout: seconds in which the device must answer, above 0.
+        """
+    def _AI_getCounter(self, port: int, timeout: float = 3) -> list[int]:
+        """Reads the device's counters.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6535,12 +6535,6 @@ class AIBased_async(AIUnion_async):
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
-    async def _AI_getCounter_async(self, port: int) -> list[int]:
-        """Reads the device's counters.
-
-        Args:
-            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-        """
     async def _AI_readBufferStatus_async(self, port: int) -> list[int]:
         """Reads the state of the device's buffer.
 
@@ -6549,6 +6543,12 @@ class AIBased_async(AIUnion_async):
         """
     async def _AI_clearBufferStatus_async(self, port: int) -> int:
         """Clears the counters of the device's buffer.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+        """
+    async def _AI_getCounter_async(self, port: int) -> list[int]:
+        """Reads the device's counters.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
