@@ -161,6 +161,9 @@ void closeLogger(py::handle self, const Object& /*verbose*/) {
                });
 }
 
+// After Ctrl-C, for the rows that a thread is at.
+constexpr std::chrono::milliseconds lastRows{500};
+
 void tellLost(LogThread& logger) noexcept {
     try {
         const Object name = logger.fileName();
@@ -272,6 +275,12 @@ void drainLoggers() {
         for (const LogThreadPointer& logger : all) {
             if (!logger->isForeign()) tellLost(*logger);
         }
+        // What is in the file's buffer reaches the disk when the thread closes it.
+        blocking([&](const InterruptCheck&) {
+            for (const Deadline late = Clock::now() + lastRows; const LogThreadPointer& logger : all) {
+                if (!logger->isForeign()) logger->awaitEnd(late, {});
+            }
+        });
     }
     for (const LogThreadPointer& logger : all) {
         if (!logger->isForeign()) logger->end();
