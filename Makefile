@@ -51,23 +51,32 @@ bench: ## Measures beside what a user would pick instead
 soak: build ## Streams from sixteen devices for SOAK_SECONDS and compares every row
 	$(PYTHON) bench/soak.py $(SOAK_SECONDS)
 
+# Tests of what several threads, loops and processes do at once: the sanitizers run them LONGER times.
+LONGER ?= 3
+RACES = clients decoder_threads event_loop_endings event_loops exit forks gates hostile link_failures logger \
+	logger_endings logger_replaced queues replaced_threads
+races = $(RACES:%=tests/python/test_%.py)
+
 asan: ## Runs engine and Python tests under the address, leak and undefined-behaviour sanitizers
 	$(call setup,build asan)
 	$(call configure,asan)
 	$(CMAKE) --build build/asan
-	cd build/asan && ctest --output-on-failure --no-tests=error
+	cd build/asan && ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
 	$(CXX) -shared -fPIC -o build/asan/fork.so tests/sanitizers/fork.cpp
-	PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim PYTHONMALLOC=malloc \
+	export PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim PYTHONMALLOC=malloc \
 	ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=print_stacktrace=1 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/leaks.supp:print_suppressions=0 \
-	LD_PRELOAD="$(CURDIR)/build/asan/fork.so $$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
-	$(PYTHON) -X faulthandler -m pytest -q -p no:cacheprovider tests/python
+	LD_PRELOAD="$(CURDIR)/build/asan/fork.so $$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)"; \
+	$(PYTHON) -X faulthandler -m pytest -q -p no:cacheprovider tests/python || exit 1; \
+	for round in $$(seq 2 $(LONGER)); do \
+		$(PYTHON) -X faulthandler -m pytest -q -p no:cacheprovider $(races) || exit 1; \
+	done
 
 tsan: ## Runs the engine's tests under the thread sanitizer
 	$(call setup,build tsan)
 	$(call configure,tsan)
 	$(CMAKE) --build build/tsan
-	cd build/tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure --no-tests=error
+	cd build/tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
 
 fuzz: ## Fuzzes for FUZZ_SECONDS each
 	$(call setup,build fuzz)
