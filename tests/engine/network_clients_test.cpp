@@ -9,20 +9,8 @@
 #include "core/wire/constants.h"
 #include "network_peer.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using asio::ip::tcp;
-using testing::endsSoon;
-using testing::failureOf;
-using testing::loopback;
-using testing::openDescriptors;
-using testing::patience;
-using testing::Peer;
-using testing::readAll;
-using testing::reset;
-using testing::socketOf;
-using testing::startRead;
 
 // Runs in a forked child; tells whether it answered true.
 template <class Body>
@@ -154,4 +142,4 @@ TEST(NetworkClient, ConnectingAgainAndAgainLeaksNoDescriptor) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

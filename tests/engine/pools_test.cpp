@@ -7,13 +7,8 @@
 
 #include "support.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using testing::endsSoon;
-using testing::Interrupted;
-using testing::Milestone;
-using testing::patience;
 
 struct IdleListener : Listener {
     void onArrival() noexcept override {}
@@ -295,4 +290,4 @@ TEST(Pools, FilingAndLookingFromManyThreadsIsSafe) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

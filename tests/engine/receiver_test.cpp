@@ -9,13 +9,10 @@
 #include "support.h"
 #include "transport/network.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
 
 using asio::ip::tcp;
-using testing::endsSoon;
-using testing::Milestone;
-using testing::patience;
 
 // What a receiver delivered and reported.
 class Delivery {
@@ -415,4 +412,4 @@ TEST(Threads, AwaitAllReturnsOnlyWhenEveryBodyIsGoneWithAllItHolds) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

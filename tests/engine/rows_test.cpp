@@ -8,11 +8,8 @@
 #include "core/engine/stream_reader.h"
 #include "support.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using testing::Milestone;
-using testing::patience;
 
 constexpr double ratio = 10.0 / 32768;
 
@@ -129,7 +126,7 @@ TEST(RowQueue, WakesEveryWaiterAtTheNumberThatItWaitsFor) {
     EXPECT_EQ(queue.waitForSize(1, Clock::now() + std::chrono::milliseconds(1)), 0U);  // gives up, and holds up nobody
     for (int row = 0; row < 1000; ++row) ASSERT_EQ(queue.put(RowLayout::octets(1), Bytes(1)), 0U);
     for (std::size_t i = 0; i < wanted.size(); ++i) {
-        ASSERT_TRUE(testing::endsSoon(waiting[i])) << wanted[i];
+        ASSERT_TRUE(endsSoon(waiting[i])) << wanted[i];
         EXPECT_GE(waiting[i].get(), wanted[i]);
     }
 }
@@ -225,4 +222,4 @@ TEST_F(StreamReaderTest, EndsWithAReportAtABrokenFrame) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

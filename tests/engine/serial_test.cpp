@@ -12,11 +12,8 @@
 #include "support.h"
 #include "transport/usb.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using testing::openDescriptors;
-using testing::patience;
 
 template <class Action>
 std::optional<FailureId> failureOf(Action action) {
@@ -110,4 +107,4 @@ TEST(UsbWithoutLibrary, FindsNothingAndConnectsToNothing) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

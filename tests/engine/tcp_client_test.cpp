@@ -10,21 +10,8 @@
 #include "core/wire/failures.h"
 #include "network_peer.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using asio::ip::tcp;
-using testing::endsSoon;
-using testing::failureOf;
-using testing::Interrupted;
-using testing::loopback;
-using testing::openDescriptors;
-using testing::patience;
-using testing::Peer;
-using testing::readAll;
-using testing::reset;
-using testing::socketOf;
-using testing::startRead;
 
 // Sends until the peer's buffer and this side's one are full to the last byte; tells how many bytes fit.
 std::size_t fill(NetworkClient& client) {
@@ -337,4 +324,4 @@ TEST(TcpClient, ManyReadersAndLookersShareOneStream) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

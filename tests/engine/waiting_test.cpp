@@ -10,13 +10,8 @@
 #include "core/wire/bytes.h"
 #include "support.h"
 
-namespace zvr {
+namespace zvr::testing {
 namespace {
-
-using testing::endsSoon;
-using testing::Interrupted;
-using testing::Milestone;
-using testing::patience;
 
 TEST(Fifo, FullQueueRefusesAtOnceAndAtTheDeadlineAndKeepsItsItems) {
     Fifo<int> fifo(2);
@@ -253,4 +248,4 @@ TEST(Waiting, TimesTooFarAwayAreForeverAndPastOnesArePast) {
 }
 
 }  // namespace
-}  // namespace zvr
+}  // namespace zvr::testing

@@ -17,13 +17,6 @@ import pyzvr
 
 
 @pytest.fixture
-def peer():
-    peer = Peer(answer_serial)
-    yield peer
-    peer.close()
-
-
-@pytest.fixture
 def box():
     product = pyzvr.TarnDio()
     yield product

@@ -3,12 +3,11 @@
 import contextlib
 import json
 import queue
-import subprocess
-import sys
 import threading
 from unittest import mock
 
 import pytest
+from own_process import run_apart
 from replacement import PATIENCE, SERIAL, factory_of, on_fake_client, on_opened, on_peers, rows_pass, serial
 from queue_support import SAMPLES
 
@@ -81,11 +80,7 @@ def wrongs_of(model):
 @pytest.mark.parametrize("model", FIELD_MODELS)
 def test_fields_are_plain(model):
     code = f"import sys, json, warnings; warnings.simplefilter('ignore'); import test_fields as t; wrongs = t.wrongs_of({model!r}); print(json.dumps(wrongs))"
-    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
-                         capture_output=True,
-                         text=True,
-                         timeout=60,
-                         cwd=__file__.rpartition("/")[0])
+    run = run_apart(code)
     assert run.returncode == 0, run.stderr
     assert json.loads(run.stdout.splitlines()[-1]) == []
 

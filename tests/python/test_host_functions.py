@@ -4,12 +4,12 @@ import asyncio
 import contextlib
 import inspect
 import io
-import subprocess
 import sys
 import warnings
 from unittest import mock
 
 import pytest
+from own_process import run_apart
 from replacement import on_fake_client, slept
 
 import pyzvr
@@ -79,11 +79,7 @@ HOST = {  # by name: a substitute, what the action gives with it, the action, wh
 @pytest.mark.parametrize("name", HOST)
 def test_a_function_of_the_host_is_the_one_of_now(name):
     code = f"import test_host_functions as t, warnings; warnings.simplefilter('ignore'); t.look_up({name!r})"
-    run = subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
-                         capture_output=True,
-                         text=True,
-                         timeout=60,
-                         cwd=__file__.rpartition("/")[0])
+    run = run_apart(code)
     assert run.returncode == 0, run.stderr
 
 

@@ -11,6 +11,7 @@ from pathlib import Path
 
 import pytest
 from fake_client import fake_device
+from own_process import run_apart
 
 import pyzvr
 
@@ -98,11 +99,7 @@ def single(name):
     code = "import hostile_lab, pyzvr, warnings\nhostile_lab.limit_memory()\nwarnings.simplefilter('ignore')\n" + SURVIVED[
         name]
     try:
-        return subprocess.run([sys.executable, "-X", "faulthandler", "-c", code],
-                              capture_output=True,
-                              text=True,
-                              timeout=15,
-                              cwd=Path(LAB).parent)
+        return run_apart(code, folder=Path(LAB).parent, patience=15)
     except subprocess.TimeoutExpired:
         return None
 
@@ -226,12 +223,7 @@ def test_no_object_crashes_when_it_is_pickled_or_copied():
     names = list(kinds())
     parts = [names[begin::8] for begin in range(8)]
     with concurrent.futures.ThreadPoolExecutor(2) as executor:
-        runs = list(
-            executor.map(
-                lambda part: subprocess.run([sys.executable, "-X", "faulthandler", "-c", PICKLED, *part],
-                                            capture_output=True,
-                                            text=True,
-                                            timeout=60), parts))
+        runs = list(executor.map(lambda part: run_apart(PICKLED, *part), parts))
     crashed = [(run.returncode, run.stderr.splitlines()[-12:]) for run in runs if run.returncode]
     assert crashed == []
     assert [run.stdout for run in runs] == ["[]"] * 8
