@@ -122,7 +122,8 @@ void defineMaxRate(Feature& output) {
     output.property(
         {"ao_max_rate", "int", "Highest rate in Hz: `ao_rate`."},
         [](py::handle self) { return attribute(self, "ao_rate"); },
-        [](py::handle self, const Object& rate) { setAttribute(self, "ao_rate", rate); });
+        [](py::handle self, const Object& rate) { setAttribute(self, "ao_rate", rate); },
+        [](py::handle self) { callMethod(self, "__delattr__", interned("ao_rate")); });
 }
 
 }  // namespace

@@ -151,26 +151,6 @@ void set(py::handle self, Slot slot, PyObject* value) {
     Py_XDECREF(before);
 }
 
-Object makeProperty(Slot slot, const FieldDoc& doc) {
-    const auto accessor = [&](Parameters parameters, Returns returns, Body body) {
-        return makeOperation(keep({.name = doc.name,
-                                   .parameters = std::move(parameters),
-                                   .doc = doc.doc,
-                                   .returns = std::move(returns),
-                                   .body = std::move(body)}),
-                             Form::method, "CANFrame");
-    };
-    const Object getter = accessor({}, {doc.type, doc.doc}, [slot](py::handle self) { return get(self, slot); });
-    const Object setter = accessor({{"value", doc.type}}, {},
-                                   [slot](py::handle self, const Object& value) { set(self, slot, value.ptr()); });
-    const Object deleter = accessor({}, {}, [slot](py::handle self) {
-        get(self, slot);
-        set(self, slot, nullptr);
-    });
-    return callObject(py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type)), getter, setter, deleter,
-                      py::str(doc.doc));
-}
-
 py::list regularize(const Object& values) {
     py::list list;
     eachOf(values, "data", [&](const Object& value) {
@@ -394,7 +374,14 @@ void defineCanFrame(Package& package) {
         {"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
         {"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."}};
     for (std::size_t i = 0; i < fieldNames.size(); ++i) {
-        py::setattr(cls, fieldNames[i], makeProperty(static_cast<Slot>(i), fields[i]));
+        const auto slot = static_cast<Slot>(i);
+        frame.property(
+            fields[i], [slot](py::handle self) { return get(self, slot); },
+            [slot](py::handle self, const Object& value) { set(self, slot, value.ptr()); },
+            [slot](py::handle self) {
+                get(self, slot);
+                set(self, slot, nullptr);
+            });
     }
     addClassMethod(cls, {.name = "fromU8List",
                          .parameters = {{"u8_list", "Sequence[int]",

@@ -74,8 +74,8 @@ Feature& Feature::field(const FieldDoc& field) {
     return *this;
 }
 
-Feature& Feature::property(const FieldDoc& field, const Body& get, const Body& set) {
-    for (ClassMaker* form : {&blocking_, &async_}) form->property(field, get, set);
+Feature& Feature::property(const FieldDoc& field, const Body& get, const Body& set, const std::optional<Body>& erase) {
+    for (ClassMaker* form : {&blocking_, &async_}) form->property(field, get, set, erase);
     return *this;
 }
 

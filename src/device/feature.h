@@ -32,7 +32,7 @@ public:
 
     Feature& field(const FieldDoc& field);
     /// A property over the object's C++ state, in both forms.
-    Feature& property(const FieldDoc& field, const Body& get, const Body& set);
+    Feature& property(const FieldDoc& field, const Body& get, const Body& set, const std::optional<Body>& erase = {});
 
     /// An operation, in both forms.
     Feature& operation(const Definition& definition) { return add(definition, Form::blocking); }

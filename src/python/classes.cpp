@@ -24,17 +24,21 @@ std::string nameOf(py::handle type) { return py::cast<std::string>(attribute(typ
 
 }  // namespace
 
-ClassMaker& ClassMaker::addProperty(const FieldDoc& field, Body get, const Body* set) {
-    const auto accessor = [&](Definition definition) {
-        return makeOperation(keep(std::move(definition)), Form::method, nameOf(type_));
+ClassMaker& ClassMaker::property(const FieldDoc& field, Body get, std::optional<Body> set, std::optional<Body> erase) {
+    const auto accessor = [&](std::optional<Body> body, Parameters parameters, Returns returns) -> Object {
+        if (!body) return py::none();
+        return makeOperation(keep({.name = field.name,
+                                   .parameters = std::move(parameters),
+                                   .doc = field.doc,
+                                   .returns = std::move(returns),
+                                   .body = *std::move(body)}),
+                             Form::method, nameOf(type_));
     };
-    const Object getter =
-        accessor({.name = field.name, .doc = field.doc, .returns = {field.type, field.doc}, .body = std::move(get)});
-    const Object setter =
-        set ? accessor({.name = field.name, .parameters = {{"value", field.type}}, .doc = field.doc, .body = *set})
-            : Object(py::none());
+    const Object getter = accessor(std::move(get), {}, {field.type, field.doc});
+    const Object setter = accessor(std::move(set), {{"value", field.type}}, {});
+    const Object deleter = accessor(std::move(erase), {}, {});
     py::setattr(type_, field.name.c_str(),
-                callObject(pythonObject("builtins", "property"), getter, setter, py::none(), py::str(field.doc)));
+                callObject(pythonObject("builtins", "property"), getter, setter, deleter, py::str(field.doc)));
     return *this;
 }
 

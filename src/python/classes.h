@@ -5,6 +5,8 @@
 // pybind11; their methods are made here too, so that each callable of the package has a signature and a docstring.
 #pragma once
 
+#include <optional>
+
 #include "python/documentation.h"
 #include "python/operation.h"
 #include "python/values.h"
@@ -32,11 +34,8 @@ public:
     /// An operation that has the blocking form only.
     ClassMaker& operation(Definition definition) { return add(std::move(definition), Form::blocking); }
 
-    /// A property over the object's C++ state, from bodies without an argument and with the new value.
-    ClassMaker& property(const FieldDoc& field, Body get) { return addProperty(field, std::move(get), nullptr); }
-    ClassMaker& property(const FieldDoc& field, Body get, const Body& set) {
-        return addProperty(field, std::move(get), &set);
-    }
+    /// A property over the object's C++ state; the body that sets has the new value. What has no body is refused.
+    ClassMaker& property(const FieldDoc& field, Body get, std::optional<Body> set = {}, std::optional<Body> erase = {});
     /// A plain attribute.
     ClassMaker& field(const FieldDoc& field);
 
@@ -47,8 +46,6 @@ public:
     const Object& type() const { return type_; }
 
 private:
-    ClassMaker& addProperty(const FieldDoc& field, Body get, const Body* set);
-
     Object type_;
 };
 

@@ -174,7 +174,7 @@ def test_exchanges(case):
             assert box.client_cmd.sent == [(getattr(pyzvr, case.command), bytes(case.sent))]
 
 
-@pytest.mark.parametrize("model, operation, arguments, failure",
+@pytest.mark.parametrize("model, operation, arguments, error",
                          [("TarnAnalog", "AI_setMode", (0, 3), pyzvr.AIModeNotAvaliableError),
                           ("TarnAnalog", "AI_setMode", (1, 0), pyzvr.AIPortNotAvaliableError),
                           ("TarnAnalog", "AI_setMode", ("0", 0), pyzvr.InputTypeNotCorrectError),
@@ -213,9 +213,9 @@ def test_exchanges(case):
                           ("TarnOut", "_AO_pushToBuffer", (0, 14, [0] * 14), pyzvr.InputDataNotInRangeError),
                           ("TarnOut", "_AO_pushToBuffer", (0, 3, [0]), pyzvr.InputDataNotInRangeError),
                           ("Lattice", "AO_writeAllChannels", (3, [0]), pyzvr.AOPortNotAvaliableError)])
-def test_bad_arguments_fail_by_name_before_anything_is_sent(call, model, operation, arguments, failure):
+def test_bad_arguments_fail_by_name_before_anything_is_sent(call, model, operation, arguments, error):
     with fake_device(model) as box:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(box, operation, *arguments)
         assert box.client_cmd.sent == []
 
@@ -276,3 +276,6 @@ def test_the_highest_rate_of_an_output_has_two_names():
         with pytest.raises(pyzvr.AORateNotVaildError):
             box.AO_setSamplingRate(0, 101)
         assert box.ao_rate == 100
+        del box.ao_max_rate
+        assert not hasattr(box, "ao_rate")
+        assert not hasattr(box, "ao_max_rate")
