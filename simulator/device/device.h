@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/wire/commands.h"
+#include "core/wire/constants.h"
 #include "core/wire/frame.h"
 #include "device/interfaces.h"
 #include "device/models.h"
@@ -50,6 +51,9 @@ enum class Status : std::uint8_t {
 
 /// Text filled with zeros to a width, or cut to it.
 Bytes padded(std::string_view text, std::size_t width);
+
+/// Of every simulated device; that of the interface, whose commands it knows.
+inline constexpr std::string_view firmwareVersion = LIBRARY_VERSION;
 
 struct Identity {
     std::string serial = "SIM00001";

@@ -72,8 +72,7 @@ private:
 void addIdentity(Device& device) {
     device.onPort(DRONE_GET_SERIAL_NUMBER,
                   [&device](std::uint8_t port, Request) { return reply(port, device.identity.serial); });
-    device.onPort(DRONE_GET_FIRMWARE_VERSION,
-                  [](std::uint8_t port, Request) { return reply(port, std::string_view("3.2.6")); });
+    device.onPort(DRONE_GET_FIRMWARE_VERSION, [](std::uint8_t port, Request) { return reply(port, firmwareVersion); });
 }
 
 void addStatus(const Controller& controller) {

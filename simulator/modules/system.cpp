@@ -126,8 +126,8 @@ void addEeprom(Device& device, const std::shared_ptr<SystemState>& state) {
 
 void addIdentity(Device& device) {
     device.on(GET_DRIVER_INFO, [&device](Request r) {
-        const std::string_view kind = r.u8() == 0 ? "_3.2.6_simulator" : "_3.2.6_simulator_development";
-        return reply(device.model().displayName, kind);
+        const std::string_view kind = r.u8() == 0 ? "_simulator" : "_simulator_development";
+        return reply(device.model().displayName, std::string_view("_"), firmwareVersion, kind);
     });
     device.on(GET_DEV_ALIAS, [&device](Request) { return reply(device.identity.alias, std::string_view("\r\n")); });
     device.on(SET_DEV_ALIAS, [&device](Request r) {

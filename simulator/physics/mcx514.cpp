@@ -50,7 +50,7 @@ void MCX514::reset() {
     words_.fill(0);
     queue_.clear();
     decelerates_ = false;
-    calculated_ = -forever;
+    calculated_ = -infinity;
 }
 
 std::optional<std::uint32_t> MCX514::run(std::uint8_t code, std::uint8_t mask, std::uint32_t data, double now) {

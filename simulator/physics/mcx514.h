@@ -45,7 +45,7 @@ private:
         std::int64_t position = 0;                              ///< on its track, while it stands
         std::int64_t logicalBase = 0, realBase = 0;
         std::shared_ptr<Drive> drive;
-        double stopped = -forever;
+        double stopped = -infinity;
         bool held = false;
         std::uint8_t pending = 0;  ///< the drive command that is held
         std::uint16_t events = 0, errors = 0;
@@ -122,7 +122,7 @@ private:
     std::deque<Drive> queue_;                                // interpolations that follow the present one
     std::deque<Cause> causes_;                               // that have not been followed yet
     bool decelerates_ = false;                               // at the end of an interpolation
-    double calculated_ = -forever;                           // when the calculation of a helix ends
+    double calculated_ = -infinity;                          // when the calculation of a helix ends
     double clock_ = 0;
 };
 

@@ -102,9 +102,9 @@ bool MCX514::begin(Drive drive, double speed) {
 
 bool MCX514::startMove(std::size_t axis, std::uint8_t code) {
     const Axis& state = axes_[axis];
-    Drive drive{1U << axis, axis, freePath(), forever, rampOf(state)};
+    Drive drive{1U << axis, axis, freePath(), infinity, rampOf(state)};
     if (code == MOTION_52_DRVVP || code == MOTION_53_DRVVM) {
-        if (code == MOTION_53_DRVVM) drive.target = -forever;
+        if (code == MOTION_53_DRVVM) drive.target = -infinity;
     } else {
         if (code == MOTION_51_DRVNR) drive.pointSign = -1;
         if (code == MOTION_54_DRVAB) drive.zero = static_cast<double>(logical(axis));

@@ -15,7 +15,7 @@ using Offsets = std::array<double, axisCount>;
 /// From where the axes stand, in pulses.
 struct Path {
     std::function<double(std::size_t axis, double length)> at;
-    double length = forever;
+    double length = infinity;
     double turn = 0;    ///< length of a full turn; 0 is none
     double corner = 0;  ///< the first length, of four in a turn, at which an axis turns round
 

@@ -48,7 +48,7 @@ std::optional<double> firstCrossing(const std::vector<double>& times, const std:
             return begin;
         }
         const double last = greatest(begin, end, [&](double time) { return isBefore(value(time)); });
-        return std::min(std::nextafter(last, forever), end);
+        return std::min(std::nextafter(last, infinity), end);
     }
     return std::nullopt;
 }
@@ -64,7 +64,7 @@ void Profile::add(double seconds, double acceleration, double jerk) {
     if (!(seconds > 0)) return;
     pieces_.push_back({duration_, {end_.position, end_.speed, acceleration}, jerk});
     duration_ += seconds;
-    if (duration_ < forever) end_ = pieces_.back().at(duration_);
+    if (duration_ < infinity) end_ = pieces_.back().at(duration_);
 }
 
 void Profile::hold(double seconds) { add(seconds, 0, 0); }
@@ -92,7 +92,7 @@ void Profile::run(double direction, const Ramp& ramp) {
     const bool faster = ramp.speed > std::abs(end_.speed);
     changeSpeed(direction * ramp.speed, faster ? ramp.acceleration : ramp.deceleration,
                 faster ? ramp.jerk : ramp.decelerationJerk);
-    hold(forever);
+    hold(infinity);
 }
 
 void Profile::moveTo(double target, const Ramp& ramp, bool stops) {

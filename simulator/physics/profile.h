@@ -8,7 +8,7 @@
 
 namespace zvr::sim {
 
-constexpr double forever = std::numeric_limits<double>::infinity();
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 struct Movement {
     double position = 0, speed = 0, acceleration = 0;
@@ -36,7 +36,7 @@ public:
 
     /// Goes on with another speed, in the direction of its sign, which is the present one.
     void changeSpeed(double speed, double rate, double jerk);
-    /// Goes on as it is; `forever` is a time.
+    /// Goes on as it is; `infinity` is a time.
     void hold(double seconds);
     /// Goes on in a direction, for ever.
     void run(double direction, const Ramp& ramp);

@@ -104,7 +104,7 @@ void TMC5240::plan() {
         case upwards: profile_.run(1, ramp()); break;
         case downwards: profile_.run(-1, ramp()); break;
         default:
-            if (now.speed != 0) profile_.hold(forever);
+            if (now.speed != 0) profile_.hold(infinity);
     }
 }
 

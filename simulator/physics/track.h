@@ -18,12 +18,12 @@ struct Zone {
 struct Track {
     double homeAt = -20000;  ///< the switch is closed here and some way behind
     double reverseAt = -1e6, forwardAt = 1e6;
-    double revolution = 4000;  ///< pulses from index to index
-    double alarmAt = forever;  ///< the motor jams at this distance to either side
+    double revolution = 4000;   ///< pulses from index to index
+    double alarmAt = infinity;  ///< the motor jams at this distance to either side
 
     Zone home() const { return {homeAt - 100000, homeAt}; }
-    Zone reverse() const { return {-forever, reverseAt}; }
-    Zone forward() const { return {forwardAt, forever}; }
+    Zone reverse() const { return {-infinity, reverseAt}; }
+    Zone forward() const { return {forwardAt, infinity}; }
     /// The next index in a direction.
     double indexBehind(double position, int direction) const;
 };

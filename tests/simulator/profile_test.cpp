@@ -77,7 +77,7 @@ TEST(Profile, RunsUntilItIsCutAndStopped) {
     const Ramp ramp{10, 100, 100, 200};
     Profile profile;
     profile.run(-1, ramp);
-    EXPECT_EQ(profile.duration(), forever);
+    EXPECT_EQ(profile.duration(), infinity);
     EXPECT_NEAR(profile.at(1000.9).position - profile.at(1000).position, -90, 1e-6);
     profile.cut(*profile.timeOf(-500));
     profile.stop(ramp);
@@ -96,7 +96,7 @@ TEST(Track, SearchMeetsTheEdgeInItsLastDirection) {
     }
     Profile lost(-2000);
     seek(lost, {-1000, -20}, -1, -1, ramp, 50, 0);
-    EXPECT_EQ(lost.duration(), forever);
+    EXPECT_EQ(lost.duration(), infinity);
 }
 
 TEST(Track, OptionsSetWhatTheyName) {
