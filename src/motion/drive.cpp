@@ -202,6 +202,11 @@ Task sendAll(Op op, Object port) {
     co_return status.value();
 }
 
+Task touch(Op op, Object port) {
+    op.call("_checkTMC5240Port", port);
+    co_return py::int_(0);
+}
+
 void defineBased(Package& package) {
     const Parameter acceleration{"acceleration", "int", "pulses per second squared", "100000"};
     const Parameter deceleration{"deceleration", "int", "pulses per second squared", "100000"};
@@ -298,10 +303,7 @@ void defineRegisters(Feature& drive) {
                     .doc = "Has no effect; nothing is sent.",
                     .returns = zero,
                     .raises = portRaises,
-                    .body = [](Op op, Object port) -> Task {
-                        op.call("_checkTMC5240Port", port);
-                        co_return py::int_(0);
-                    }})
+                    .body = touch})
         .operation(
             {.name = "_Motion_getInpositionStatus",
              .parameters = {port},
@@ -315,11 +317,6 @@ void defineRegisters(Feature& drive) {
 Task switchServo(Op op, Object port, int level) {
     op.call("_checkTMC5240Port", port);
     co_return co_await op.request("_Motion_writeDO", py::int_(2), py::int_(0), py::int_(level));
-}
-
-Task touch(Op op, Object port) {
-    op.call("_checkTMC5240Port", port);
-    co_return py::int_(0);
 }
 
 void defineControl(Feature& drive) {
