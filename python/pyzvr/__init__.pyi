@@ -786,13 +786,13 @@ SPYDER: str
 NOTICE: str
 NOTICE_DRONE: str
 def printGenericError(err: BaseException) -> None:
-    """Prints the class and the text of a failure on one line.
+    """Prints the class and the text of an error or warning on one line.
 
     Args:
-        err: the failure.
+        err: the error or warning.
     """
 def checkFirmwareError(error_code: int) -> None:
-    """Raises the failure that a status byte stands for.
+    """Raises the error that a status byte stands for.
 
     Args:
         error_code: status byte of a device's reply.
@@ -1027,7 +1027,7 @@ def checkEachItemInRange(int_list: Iterable[float], low: float = 0, high: float 
         int_list: the values.
         low: least allowed value.
         high: greatest allowed value.
-        msg: message of the failure; None for its own.
+        msg: message of the error; None for its own.
     """
 def checkFuncPinMap(cell: Sequence[int], pinmap_list: Sequence[str], allow_state_list: Sequence[str]) -> bool:
     """Tells whether a pin has an allowed use.
@@ -1056,7 +1056,7 @@ class Error(Exception):
         """Takes a code and a message.
 
         Args:
-            code: number of the failure.
+            code: number of the error or warning.
             msg: what happened.
             *args: ignored.
         """
@@ -1071,7 +1071,7 @@ class ZVRWarning(UserWarning):
         """Takes a code and a message, and reports them.
 
         Args:
-            code: number of the failure.
+            code: number of the error or warning.
             msg: what happened.
             *args: ignored.
             **kwargs: silent=True makes the construction report nothing.
@@ -2922,7 +2922,7 @@ class USBLibrary:
         """Refuses: threads of this process use it."""
 
 class USBError(OSError):
-    """A failure of the USB layer, with the system's error number."""
+    """An error of the USB layer, with the system's error number."""
 
 class USBTimeoutError(USBError):
     """A USB transfer did not come about within its time."""
@@ -3382,7 +3382,7 @@ class BroadcastModule(Packet):
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     def Bcst_checkMACAndSetIP(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure (compatibility note 7).
+        """Gives one device an address. Equal answers count as one, so a lone device leads to the error (compatibility note 7).
 
         Args:
             ip_addr: dotted IPv4 address that the device takes.
@@ -3410,7 +3410,7 @@ class BroadcastModule_async(Packet_async):
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     async def Bcst_checkMACAndSetIP_async(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the failure (compatibility note 7).
+        """Gives one device an address. Equal answers count as one, so a lone device leads to the error (compatibility note 7).
 
         Args:
             ip_addr: dotted IPv4 address that the device takes.
@@ -5686,7 +5686,7 @@ class UARTBased:
     def __init__(self) -> None:
         """Sets the fields that both forms share."""
     def _UARTStreamThread(self, lock: Gate, data_queue: Fifo, signal_queue: RowFifo) -> None:
-        """Body of a feeding thread: turns frames into bytes until `_UART_free`.
+        """Body of a decoder thread: turns frames into bytes until `_UART_free`.
 
         Args:
             lock: gate that each round passes.
@@ -5694,7 +5694,7 @@ class UARTBased:
             signal_queue: queue of bytes.
         """
     def _UART_free(self) -> None:
-        """Ends the feeding threads for good."""
+        """Ends the decoder threads for good."""
 
 class UARTModule(Packet, UARTBased):
     """UART ports of the device, as a bridge."""
@@ -6002,13 +6002,13 @@ class CANBased:
     def __init__(self) -> None:
         """Sets the fields that both forms share."""
     def _CANStreamThread(self, queue_: Fifo) -> None:
-        """Body of the feeding thread: turns records into frames until `_CAN_free`.
+        """Body of the decoder thread: turns records into frames until `_CAN_free`.
 
         Args:
             queue_: queue of records.
         """
     def _CAN_free(self) -> None:
-        """Ends the feeding thread for good."""
+        """Ends the decoder thread for good."""
     @staticmethod
     def _checkCANTXIndex(mode: int) -> None:
         """Raises CANTXNotVaildError unless `mode` is 0, 1 or 2.

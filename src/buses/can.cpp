@@ -158,19 +158,19 @@ void defineChecks(Feature& can) {
 void defineStreaming(Feature& can) {
     watchStream(canFunction);
     can.basedConstructor({}, constructBased)
-        .field({"can_killed", "bool", "set once, by `_CAN_free`; ends the feeding thread"})
+        .field({"can_killed", "bool", "set once, by `_CAN_free`; ends the decoder thread"})
         .field({"can_open_flag", "bool", "whether the port is open"})
         .field({"can_data_queue", "Fifo", "records as they came"})
         .field({"can_frame_queue", "RowFifo", "frames that wait to be read"})
-        .field({"can_lock", "Gate", "gate of the feeding thread, shut while the port is closed"})
-        .field({"can_stream_thread", "DeviceThread", "the feeding thread"})
+        .field({"can_lock", "Gate", "gate of the decoder thread, shut while the port is closed"})
+        .field({"can_stream_thread", "DeviceThread", "the decoder thread"})
         .shared({.name = "_CANStreamThread",
                  .parameters = {{"queue_", "Fifo", "queue of records"}},
-                 .doc = "Body of the feeding thread: turns records into frames until `_CAN_free`.",
+                 .doc = "Body of the decoder thread: turns records into frames until `_CAN_free`.",
                  .raises = {"ValueError: what came is no whole number of records"},
                  .body = [](py::handle self,
                             const Object& frames) { runDecoderBody(self, canFunction, {.frames = frames}); }})
-        .shared({.name = "_CAN_free", .doc = "Ends the feeding thread for good.", .body = [](py::handle self) {
+        .shared({.name = "_CAN_free", .doc = "Ends the decoder thread for good.", .body = [](py::handle self) {
                      freeStream(self, canFunction);
                  }});
 }

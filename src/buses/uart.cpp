@@ -157,25 +157,25 @@ void defineChecks(Feature& uart) {
 void defineStreaming(Feature& uart) {
     watchStream(uartFunction);
     uart.basedConstructor({}, constructBased)
-        .field({"uart_killed", "bool", "set once, by `_UART_free`; ends the feeding threads"})
+        .field({"uart_killed", "bool", "set once, by `_UART_free`; ends the decoder threads"})
         .field({"uart_open_flag", "bool", "whether reading is on; both ports share it"});
     for (std::size_t i = 0; i < decoders.size(); ++i) {
         const std::string port = std::to_string(i + 1);
         uart.field({decoders[i].frames, "Fifo", "frames of port " + port + " as they came"})
             .field({decoders[i].items, "RowFifo", "bytes of port " + port})
-            .field({decoders[i].lock, "Gate", "gate of its feeding thread, shut while nothing is open"})
-            .field({decoders[i].thread, "DeviceThread", "its feeding thread"});
+            .field({decoders[i].lock, "Gate", "gate of its decoder thread, shut while nothing is open"})
+            .field({decoders[i].thread, "DeviceThread", "its decoder thread"});
     }
     uart.shared({.name = "_UARTStreamThread",
                  .parameters = {{"lock", "Gate", "gate that each round passes"},
                                 {"data_queue", "Fifo", "queue of frames"},
                                 {"signal_queue", "RowFifo", "queue of bytes"}},
-                 .doc = "Body of a feeding thread: turns frames into bytes until `_UART_free`.",
+                 .doc = "Body of a decoder thread: turns frames into bytes until `_UART_free`.",
                  .body =
                      [](py::handle self, const Object& lock, const Object& frames, const Object& bytes) {
                          runDecoderBody(self, uartFunction, {lock, frames, bytes});
                      }})
-        .shared({.name = "_UART_free", .doc = "Ends the feeding threads for good.", .body = [](py::handle self) {
+        .shared({.name = "_UART_free", .doc = "Ends the decoder threads for good.", .body = [](py::handle self) {
                      freeStream(self, uartFunction);
                  }});
 }

@@ -120,7 +120,7 @@ void defineBroadcast(Package& package) {
         .withoutTimeout(
             {.name = "Bcst_checkMACAndSetIP",
              .parameters = {ipParameter, macParameter, gatewayParameter, maskParameter},
-             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the failure "
+             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the error "
                     "(compatibility note 7).",
              .returns = status,
              .raises = {typeRaises, "IndexError: fewer than two different answers came within 5 seconds"},

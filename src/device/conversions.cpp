@@ -193,7 +193,7 @@ void defineChecks(Package& package) {
                       .parameters = {{"int_list", "Iterable[float]", "the values"},
                                      {"low", "float", "least allowed value", "0"},
                                      {"high", "float", "greatest allowed value", "255"},
-                                     {"msg", "str | None", "message of the failure; None for its own", "None"}},
+                                     {"msg", "str | None", "message of the error; None for its own", "None"}},
                       .doc = "Refuses a list with a value out of range.",
                       .raises = {"InputDataNotInRangeError: a value is out of range"},
                       .body = [](py::handle, const Object& values, const Object& low, const Object& high,

@@ -68,7 +68,7 @@ Check isNumber(const Parameter& parameter);
 Check isList(const Parameter& parameter);
 Check isText(const Parameter& parameter);
 
-/// A check method that accepts a few integers and raises the failure for others.
+/// A check method that accepts a few integers and raises the error for others.
 Definition accepting(std::string name, Parameter parameter, FailureId failure, std::vector<int> accepted);
 
 /// How a reply becomes the result. `cut` is for results that are a part of the reply as it is, of its own type.
@@ -89,7 +89,7 @@ Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
 /// The part of a sequence from a place on, in the sequence's own type.
 Object restOfSequence(const Object& sequence, Py_ssize_t from);
-/// One item of a sequence; an index failure where it ends before.
+/// One item of a sequence; an IndexError where it ends before.
 Object itemOf(const Object& sequence, Py_ssize_t place);
 /// The reply's bytes from a place on.
 Reply bytesFrom(std::size_t place, std::string doc);

@@ -81,10 +81,10 @@ void reportWarning(py::handle self) {
 }  // namespace
 
 void defineFailures(Package& package) {
-    const Parameter code{"code", "int", "number of the failure"};
+    const Parameter code{"code", "int", "number of the error or warning"};
     const Parameter message{"msg", "str", "what happened"};
     package.makeClass("Error", {"Exception"}, "Root of the library's errors.")
-        .field({"code", "int", "number of the failure, fixed by the class"})
+        .field({"code", "int", "number of the error or warning, fixed by the class"})
         .field({"msg", "str", "what happened"})
         .method({.name = "__init__",
                  .parameters = {code, message, anyMore, anyNamed},
@@ -122,15 +122,15 @@ void defineFailures(Package& package) {
     for (std::size_t i = 0; i < failureTable().size(); ++i) defineFailure(package, FailureId(i));
 
     package.function({.name = "printGenericError",
-                      .parameters = {{"err", "BaseException", "the failure"}},
-                      .doc = "Prints the class and the text of a failure on one line.",
+                      .parameters = {{"err", "BaseException", "the error or warning"}},
+                      .doc = "Prints the class and the text of an error or warning on one line.",
                       .body = [](py::handle, const Object& error) {
                           const Object name = attribute(py::type::of(error), "__name__");
                           say(py::str("{}:{}").format(name, py::str(error)));
                       }});
     package.function({.name = "checkFirmwareError",
                       .parameters = {{"error_code", "int", "status byte of a device's reply"}},
-                      .doc = "Raises the failure that a status byte stands for.",
+                      .doc = "Raises the error that a status byte stands for.",
                       .raises = {"Error: the class of the status; FirmwareOtherError for an unknown one"},
                       .body = [](py::handle, const Object& status) {
                           int overflow = 0;

@@ -10,8 +10,8 @@
 
 namespace zvr::python {
 
-[[noreturn]] inline void raiseQueue(const char* failure) {
-    PyErr_SetNone(pythonObject("queue", failure).ptr());
+[[noreturn]] inline void raiseQueue(const char* error) {
+    PyErr_SetNone(pythonObject("queue", error).ptr());
     throw py::error_already_set();
 }
 

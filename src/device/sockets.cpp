@@ -14,9 +14,9 @@ const Parameter bytesParameter{"data", "Sequence[int]", "byte values"};
 const Parameter level{"level", "int", "level of the option"};
 const Parameter option{"optname", "int", "number of the option"};
 
-// A time-out of a read, or a system's failure; other failures of Python are not the link's.
-bool isTimeOut(const py::error_already_set& failure) {
-    return failure.matches(PyExc_TimeoutError) || failure.matches(PyExc_BlockingIOError);
+// A time-out of a read, or an error of the system; other exceptions of Python are not the link's.
+bool isTimeOut(const py::error_already_set& error) {
+    return error.matches(PyExc_TimeoutError) || error.matches(PyExc_BlockingIOError);
 }
 
 // An object in place of the socket. It is kept in the client's own dictionary, where the collector sees it, and found
@@ -33,7 +33,7 @@ public:
         return found == nullptr ? Object() : borrow(found);
     }
 
-    ReadStatus read(Bytes& buffer, const InterruptCheck& /*attend*/) override {
+    ReadStatus read(Bytes& buffer, const InterruptCheck& /*onWait*/) override {
         const WithGil acquired;
         const Object held = present();
         buffer = bytesOf(callMethod(held, steps_.receive, py::int_(buffer.size())));
@@ -48,7 +48,7 @@ public:
         return reading;
     }
 
-    bool send(ByteView bytes, Deadline /*deadline*/, const InterruptCheck& /*attend*/) override {
+    bool send(ByteView bytes, Deadline /*deadline*/, const InterruptCheck& /*onWait*/) override {
         const WithGil acquired;
         callMethod(present(), steps_.send, toBytes(bytes));
         return true;
@@ -69,8 +69,8 @@ public:
         try {
             if (steps_.setTimeout != nullptr) callMethod(held, "shutdown", py::int_(int{SHUT_RDWR}));
             callMethod(held, "close");
-        } catch (const py::error_already_set& failure) {
-            if (!failure.matches(PyExc_OSError)) throw;
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_OSError)) throw;
             throw std::system_error(std::make_error_code(std::errc::io_error));
         }
         ended_ = true;
@@ -95,7 +95,7 @@ private:
         return held;
     }
 
-    // On the receive thread, which nobody asked for the failures of Python.
+    // On the receive thread, which nobody asked for exceptions of Python.
     ReadStatus readQuietly(Bytes& buffer) {
         ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
@@ -104,8 +104,8 @@ private:
                     buffer = bytesOf(callMethod(held, steps_.receive, py::int_(buffer.size())));
                     if (!buffer.empty()) reading = ReadStatus::data;
                 }
-            } catch (const py::error_already_set& failure) {
-                reading = isTimeOut(failure) ? ReadStatus::idle : ReadStatus::failed;
+            } catch (const py::error_already_set& error) {
+                reading = isTimeOut(error) ? ReadStatus::idle : ReadStatus::failed;
             } catch (const std::exception&) {
                 reading = ReadStatus::failed;
             }
@@ -144,7 +144,7 @@ void defineSocket(Package& package) {
     const auto type = py::class_<SystemSocket, std::shared_ptr<SystemSocket>>(
         package.module(), "Socket", "The socket of a client, or its line; made by its connect or bind.");
     const Returns address{"tuple[str, int]"};
-    const Raises failure{"OSError: the socket's failure"};
+    const Raises socketRaises{"OSError: the socket's error"};
     ClassMaker(type)
         .property({"family", "socket.AddressFamily", "Its family of addresses."},
                   [](py::handle self) { return enumeration("AddressFamily", native<SystemSocket>(self)->family()); })
@@ -168,25 +168,25 @@ void defineSocket(Package& package) {
         .method({.name = "getsockname",
                  .doc = "Address and port of this end.",
                  .returns = address,
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body = [](py::handle self) { return nameOf(native<SystemSocket>(self)->localName()); }})
         .method({.name = "getpeername",
                  .doc = "Address and port of the other end.",
                  .returns = address,
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body = [](py::handle self) { return nameOf(native<SystemSocket>(self)->peerName()); }})
         .method(
             {.name = "recv",
              .parameters = {{"bufsize", "int", "most bytes to read"}},
              .doc = "Reads once.",
              .returns = {"bytes", "what came; nothing at the end of the stream", "the device"},
-             .raises = failure,
+             .raises = socketRaises,
              .body = [](py::handle self, const Object& most) { return receiveOnce(native<SystemSocket>(self), most); }})
         .method({.name = "send",
                  .parameters = {bytesParameter},
                  .doc = "Sends what there is room for.",
                  .returns = {"int", "how many bytes went", "the system"},
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body =
                      [](py::handle self, const Object& data) {
                          const auto socket = native<SystemSocket>(self);
@@ -196,7 +196,7 @@ void defineSocket(Package& package) {
         .method({.name = "sendall",
                  .parameters = {bytesParameter},
                  .doc = "Sends all bytes.",
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body =
                      [](py::handle self, const Object& data) {
                          const auto socket = native<SystemSocket>(self);
@@ -209,7 +209,7 @@ void defineSocket(Package& package) {
                  .parameters = {level, option, {"buflen", "int", "bytes of the value; 0 for a number", "0"}},
                  .doc = "Reads an option.",
                  .returns = {"int | bytes", "its value", "the system"},
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body = [](py::handle self, const Object& at, const Object& name, const Object& size) -> Object {
                      const auto wanted = argument<int>(size, "buflen");
                      if (wanted < 0 || wanted > 1024) throw std::invalid_argument("buflen is 0 to 1024");
@@ -224,7 +224,7 @@ void defineSocket(Package& package) {
         .method({.name = "setsockopt",
                  .parameters = {level, option, {"value", "int | bytes", "the new value"}},
                  .doc = "Sets an option.",
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body =
                      [](py::handle self, const Object& at, const Object& name, const Object& value) {
                          Bytes bytes;
@@ -241,7 +241,7 @@ void defineSocket(Package& package) {
         .method({.name = "shutdown",
                  .parameters = {{"how", "int", "0 for reads, 1 for sends, 2 for both"}},
                  .doc = "Ends the reads or the sends of all threads.",
-                 .raises = failure,
+                 .raises = socketRaises,
                  .body = [](py::handle self,
                             const Object& how) { native<SystemSocket>(self)->shutDown(argument<int>(how, "how")); }})
         .method({.name = "close",

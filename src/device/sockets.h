@@ -26,8 +26,8 @@ void requireField(py::handle self, const char* field);
 void restoreField(py::handle self, const char* field);
 void addDeleter(py::handle type, const char* field);
 
-/// Bytes that one read may ask for; a read takes what is there, so a larger number asks for no more. Throws a value
-/// failure for a negative one.
+/// Bytes that one read may ask for; a read takes what is there, so a larger number asks for no more. Throws a
+/// ValueError for a negative one.
 std::size_t lengthOf(py::handle most, const char* name);
 
 py::dict dictionaryOf(py::handle self);

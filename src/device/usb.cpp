@@ -39,7 +39,7 @@ void defineUsbLibrary(Package& package) {
         py::class_<UsbLibrary, std::shared_ptr<UsbLibrary>>(package.module(), "USBLibrary", "A loaded libusb-1.0.");
     ClassMaker(type).property({"path", "str", "Where it was found."},
                               [](py::handle self) { return native<UsbLibrary>(self)->path(); });
-    package.makeClass("USBError", {"OSError"}, "A failure of the USB layer, with the system's error number.");
+    package.makeClass("USBError", {"OSError"}, "An error of the USB layer, with the system's error number.");
     package.makeClass("USBTimeoutError", {"USBError"}, "A USB transfer did not come about within its time.");
     package.function({.name = "getLibUSB1",
                       .doc = "Looks for libusb-1.0 beside the package.",

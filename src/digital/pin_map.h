@@ -18,7 +18,7 @@ struct PinnedPorts {
 /// The digital ports that the entries name, each once.
 py::list digitalPortsOf(py::handle entries);
 
-/// Reads the modes of a port's lines, and throws the failure if one is not in an allowed mode.
+/// Reads the modes of a port's lines, and throws the error if one is not in an allowed mode.
 Task checkLines(Op op, PinnedPorts ports, Object port, Object allowed);
 
 inline Object entriesOf(py::handle self, const PinnedPorts& ports, const Object& port) {

@@ -15,7 +15,7 @@ const Parameter axisParameter{"axis", "int",
 /// What public operations begin with: the chassis's count of ports, and the checks of port and axis.
 Object enter(const Op& op, const Object& port);
 Object enter(const Op& op, const Object& port, const Object& axis);
-/// The failures of that, and more.
+/// What that raises, and more.
 Raises enteringRaises(std::initializer_list<Raises::Entry> more = {}, bool hasAxis = true);
 
 void checkPortAndAxis(const Op& op, const Object& port, const Object& axis);

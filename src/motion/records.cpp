@@ -17,7 +17,7 @@ constexpr Texts pulses{"Step/Dir(One Pulse)", "CW/CCW(Two Pulse)"}, truth{"FALSE
 
 struct Setting {
     const char* key;
-    int standard;
+    int defaultValue;
     const Texts& texts;
 };
 const Setting settings[] = {
@@ -45,17 +45,18 @@ const Setting settings[] = {
     {"Inposition Polarity", 0, level},
 };
 
-Object standardSettings() {
+Object defaultSettings() {
     py::dict map;
-    for (const auto& [key, standard, texts] : settings) {
-        map[key] = &texts == &decimal ? Object(py::float_(static_cast<double>(standard))) : Object(py::int_(standard));
+    for (const auto& [key, defaultValue, texts] : settings) {
+        map[key] =
+            &texts == &decimal ? Object(py::float_(static_cast<double>(defaultValue))) : Object(py::int_(defaultValue));
     }
     return map;
 }
 
 struct RecordField {
     const char* name;
-    int standard;
+    int defaultValue;
     const char* doc;
 };
 
@@ -148,7 +149,7 @@ void construct(const Record& record, py::handle self, Arguments given) {
         const auto& [name, value, doc] = record.fields[i];
         setAttribute(self, name, i < record.given ? given[i] : Object(py::int_(value)));
     }
-    if (record.hasSettings) setAttribute(self, "motion_dict", standardSettings());
+    if (record.hasSettings) setAttribute(self, "motion_dict", defaultSettings());
 }
 
 // An object that only inherits from a record is told of as any other.
@@ -196,7 +197,7 @@ void defineMotionRecords(Package& package) {
         .field({"ini_in_dict", "dict[str, dict[str, int]]", "value of each text, by setting"})
         .method({.name = "__init__", .doc = "Makes both maps.", .body = [](py::handle self) {
                      py::dict out, in;
-                     for (const auto& [key, standard, texts] : settings) {
+                     for (const auto& [key, defaultValue, texts] : settings) {
                          if (texts.zero == nullptr) continue;
                          py::dict names, values;
                          names[py::int_(0)] = texts.zero;

@@ -1,5 +1,5 @@
-// What a caller gave, made what a body wants of it: one checked conversion for all callables. A wrong type is a type
-// failure that names the argument, what came, and what is wanted.
+// What a caller gave, made what a body wants of it: one checked conversion for all callables. A wrong type is a
+// TypeError that names the argument, what came, and what is wanted.
 #pragma once
 
 #include <concepts>
@@ -18,7 +18,7 @@ struct Seconds {
 
 [[noreturn]] void refuseType(py::handle value, std::string_view name, std::string_view wanted);
 
-/// An integer, as an index is one; throws an overflow failure beyond these limits.
+/// An integer, as an index is one; throws an OverflowError beyond these limits.
 std::int64_t integerArgument(py::handle value, std::string_view name, std::int64_t least, std::uint64_t most);
 double realArgument(py::handle value, std::string_view name);
 Seconds secondsArgument(py::handle value, std::string_view name);
@@ -53,7 +53,7 @@ std::shared_ptr<T> nativeOrNothing(py::handle object) {
     return py::cast<std::shared_ptr<T>>(object);
 }
 
-/// The same; a type failure if it has none.
+/// The same; a TypeError if it has none.
 template <class T>
 std::shared_ptr<T> native(py::handle object, std::string_view name = "self") {
     auto held = nativeOrNothing<T>(object);

@@ -48,15 +48,15 @@ bool isOfType(py::handle value, py::handle type) {
     return result != 0;
 }
 
-// The failure says in a note, where the host has them, what came: another library's integers look like plain ones.
+// The error says in a note, where the host has them, what came: another library's integers look like plain ones.
 [[noreturn]] void refuseInput(py::handle value, const std::string& wanted) {
-    const Object failure = callObject(failureClass(FailureId::InputTypeNotCorrectError));
-    if (attributeOrNothing(failure, "add_note")) {
+    const Object error = callObject(failureClass(FailureId::InputTypeNotCorrectError));
+    if (attributeOrNothing(error, "add_note")) {
         std::string note = std::string(Py_TYPE(value.ptr())->tp_name) + " came, " + wanted + " is wanted";
         if (PyIndex_Check(value.ptr()) != 0) note += "; int(value) makes a plain integer of it";
-        callMethod(failure, "add_note", py::str(note));
+        callMethod(error, "add_note", py::str(note));
     }
-    PyErr_SetObject(py::type::handle_of(failure).ptr(), failure.ptr());
+    PyErr_SetObject(py::type::handle_of(error).ptr(), error.ptr());
     throw py::error_already_set();
 }
 

@@ -37,7 +37,7 @@ auto entering(Call&& call) {
 }
 #endif
 
-/// Takes a new reference that a C call returned; throws the Python failure if there is none.
+/// Takes a new reference that a C call returned; throws the Python error if there is none.
 inline Object own(PyObject* result) {
     if (result == nullptr) throw py::error_already_set();
     return py::reinterpret_steal<Object>(result);
@@ -126,7 +126,7 @@ private:
 };
 
 /// Runs `wait` without the interpreter lock. On the main thread its InterruptCheck lets the host's signal handlers run,
-/// whose failures (KeyboardInterrupt first of all) end the wait.
+/// whose exceptions (KeyboardInterrupt first of all) end the wait.
 InterruptCheck signalCheck();
 
 template <class Wait>
@@ -136,17 +136,17 @@ auto blocking(Wait&& wait) {
     return wait(onWait);
 }
 
-/// Runs what must happen even if the step before it failed, and lets the failure through after it.
+/// Runs what must happen even if the step before it failed, and lets its exception through after it.
 template <class Step, class Rest>
 void thenAlways(Step step, Rest rest) {
-    std::exception_ptr failure;
+    std::exception_ptr error;
     try {
         step();
     } catch (...) {
-        failure = std::current_exception();
+        error = std::current_exception();
     }
     rest();
-    if (failure) std::rethrow_exception(failure);
+    if (error) std::rethrow_exception(error);
 }
 
 /// Whether this thread may still take the interpreter lock.
@@ -156,7 +156,7 @@ bool interpreterAlive();
 void reportUnraisable() noexcept;
 
 /// Runs `action` under the interpreter lock on a thread of the library; does nothing once the interpreter is going
-/// away. A failure of `action` is reported as unraisable.
+/// away. An exception of `action` is reported as unraisable.
 template <class Action>
 void onInterpreter(Action&& action) noexcept {
     if (!interpreterAlive()) return;

@@ -23,7 +23,7 @@ void raiseFailure(const Failure& failure) {
     setError(type, failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type));
 }
 
-// A reply that ends too early is an index failure, and where it is unpacked the failure of that as well.
+// A reply that ends too early is an IndexError, and where it is unpacked a struct.error as well.
 py::handle shortReply() {
     static auto& made = neverDestroyed<Object>();
     if (!made) {
@@ -37,8 +37,8 @@ py::handle shortReply() {
 
 // Of OSError itself the host picks the subclass by the number.
 void raiseSystemError(py::handle type, const std::system_error& error) {
-    const Object failure = callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
-    setError(py::type::of(failure), failure);
+    const Object raised = callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
+    setError(py::type::of(raised), raised);
 }
 
 }  // namespace
@@ -81,7 +81,7 @@ void raiseCurrent() noexcept {
     } catch (py::error_already_set& error) {
         error.restore();
     } catch (...) {
-        setError(PyExc_RuntimeError, "an unknown failure");
+        setError(PyExc_RuntimeError, "an unknown error");
     }
 }
 
@@ -91,9 +91,9 @@ void reportUnraisable() noexcept {
 }
 
 void prepareRaising() {
-    py::register_local_exception_translator([](std::exception_ptr failure) {
+    py::register_local_exception_translator([](std::exception_ptr error) {
         try {
-            std::rethrow_exception(std::move(failure));
+            std::rethrow_exception(std::move(error));
         } catch (...) {
             raiseCurrent();
         }
@@ -108,17 +108,17 @@ void setFailureClass(FailureId id, Object failureClass) {
 
 bool isFailure(const py::error_already_set& error, FailureId id) { return error.matches(failureClass(id)); }
 
-void reportThreadFailure(const std::string& threadName, std::exception_ptr failure) noexcept {
+void reportThreadFailure(const std::string& threadName, std::exception_ptr error) noexcept {
     onInterpreter([&] {
         try {
-            std::rethrow_exception(failure);
+            std::rethrow_exception(error);
         } catch (...) {
             raiseCurrent();
         }
-        const py::error_already_set error;
+        const py::error_already_set raised;
         const Object thread = pythonObject("types", "SimpleNamespace")(py::arg("name") = threadName);
         const py::tuple fields =
-            py::make_tuple(error.type(), error.value(), error.trace() ? error.trace() : Object(py::none()), thread);
+            py::make_tuple(raised.type(), raised.value(), raised.trace() ? raised.trace() : Object(py::none()), thread);
         pythonObject("threading", "excepthook")(pythonObject("threading", "ExceptHookArgs")(fields));
     });
 }

@@ -1,4 +1,4 @@
-// How failures of C++ become failures of Python.
+// How exceptions of C++ become exceptions of Python.
 #pragma once
 
 #include "core/wire/failures.h"
@@ -6,7 +6,7 @@
 
 namespace zvr::python {
 
-/// Sets the exception that is being handled as the Python failure; to be called in a catch block.
+/// Sets the exception that is being handled as Python's; to be called in a catch block.
 void raiseCurrent() noexcept;
 
 /// Lets the constructors that pybind11 calls fail in the same way.
@@ -16,10 +16,10 @@ void prepareRaising();
 py::handle failureClass(FailureId id);
 void setFailureClass(FailureId id, Object failureClass);
 
-/// Whether a Python failure is one of this class.
+/// Whether a Python exception is one of this class.
 bool isFailure(const py::error_already_set& error, FailureId id);
 
-/// Reports a failure that ends a thread of the library through the host's threading.excepthook.
-void reportThreadFailure(const std::string& threadName, std::exception_ptr failure) noexcept;
+/// Reports an error that ends a thread of the library through the host's threading.excepthook.
+void reportThreadFailure(const std::string& threadName, std::exception_ptr error) noexcept;
 
 }  // namespace zvr::python

@@ -237,7 +237,7 @@ py::list macBytes(py::handle address, const char* name) {
 
 namespace {
 
-// A short list of bytes is the format's own failure.
+// A short list of bytes is the format's own error.
 py::str formatted(const std::string& format, ByteView bytes) {
     return py::str(format).format(*py::tuple(toList(bytes)));
 }

@@ -10,11 +10,11 @@
 
 namespace zvr::python {
 
-/// A type failure in the library's words: "NAME: WANTED is wanted, not TYPE". `name` may be null.
+/// A TypeError in the library's words: "NAME: WANTED is wanted, not TYPE". `name` may be null.
 [[noreturn]] void refuseType(const char* name, const char* wanted, py::handle given);
 
 /// The bytes of a byte string or of an iterable of integers, which are read one by one whatever their memory looks
-/// like. Throws a value failure for a number outside 0 to 255, a type failure for what is no integer. `name` is that
+/// like. Throws a ValueError for a number outside 0 to 255, a TypeError for what is no integer. `name` is that
 /// of the argument.
 Bytes bytesOf(py::handle sequence, const char* name = nullptr);
 
@@ -23,14 +23,14 @@ bool truthOf(py::handle value);
 
 /// A plain integer of what stands for one, by `__index__`.
 Object integerOf(py::handle value, const char* name);
-/// The same as a number of C++; throws an overflow failure for one that is not between the two.
+/// The same as a number of C++; throws an OverflowError for one that is not between the two.
 std::int64_t wholeNumber(py::handle value, const char* name, std::int64_t low, std::int64_t high);
 
 /// What a caller asks to be counted or shifted: beyond these limits it is a mistake, and would only eat memory.
 constexpr std::int64_t mostBits = 65536, mostItems = 1000000;
-/// The position of a bit; a value failure for a negative one.
+/// The position of a bit; a ValueError for a negative one.
 Object bitPosition(py::handle index, const char* name);
-/// How many items a caller wants; a value failure for a negative number.
+/// How many items a caller wants; a ValueError for a negative number.
 Py_ssize_t itemCount(py::handle count, const char* name);
 
 /// Gives each item to `take`, which tells whether to go on. An iterable may be long: signals are looked at.
@@ -61,7 +61,7 @@ Object callByName(py::handle self, PyObject* method, std::initializer_list<py::h
 py::bytes toBytes(ByteView bytes);
 py::list toList(ByteView bytes);
 
-/// A number coerced to a fixed width: a float for an integer is cut toward zero. Throws an overflow failure for a
+/// A number coerced to a fixed width: a float for an integer is cut toward zero. Throws an OverflowError for a
 /// number that does not fit. Defined for the unsigned and signed integers of 16 to 64 bits, float and double. `name` is
 /// that of the argument.
 template <class Number>
@@ -98,7 +98,7 @@ py::list codePoints(py::handle text, const char* name = nullptr);
 py::list addressBytes(py::handle address, const char* name = nullptr);
 py::list macBytes(py::handle address, const char* name = nullptr);
 
-/// The same as text, from as many bytes or more; throws an index failure for fewer.
+/// The same as text, from as many bytes or more; throws an IndexError for fewer.
 py::str addressText(ByteView bytes);
 py::str macText(ByteView bytes, const char* digits);
 
@@ -148,7 +148,7 @@ py::list clipped(py::handle values, py::handle lower, py::handle upper, const ch
 /// when they are all in the module.
 void rememberChecks(py::handle module);
 
-/// The code of the failure that `checkFirmwareError` raises for a status; nothing if it raises none.
+/// The code of the error that `checkFirmwareError` raises for a status; nothing if it raises none.
 Object refusalOf(const Object& status);
 /// The status itself, or that code.
 inline Object checkedStatus(const Object& status) {
@@ -156,7 +156,7 @@ inline Object checkedStatus(const Object& status) {
     return refusal ? refusal : status;
 }
 
-// Input checks; they throw the named failure.
+// Input checks; they throw the named error.
 void checkInputType(py::handle value, py::handle type);
 void checkEachItemInRange(py::handle values, py::handle low, py::handle high, py::handle message);
 bool checkInputTypeConsistent(py::handle first, py::handle second);

@@ -62,8 +62,8 @@ py::list listOf(const Names& names) {
 
 Object decimal(const Object& number) { return callObject(pythonObject("decimal", "Decimal"), number); }
 
-Object itemOr(py::handle map, const Object& key, const Object& standard) {
-    return callMethod(map, "get", key, standard);
+Object itemOr(py::handle map, const Object& key, const Object& defaultValue) {
+    return callMethod(map, "get", key, defaultValue);
 }
 
 Object ascii(ByteView bytes) { return callMethod(toBytes(bytes), "decode", py::str("ascii")); }

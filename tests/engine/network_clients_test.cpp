@@ -39,13 +39,13 @@ TEST(ForkedChild, HasNoLinkOfItsParentAndLeavesItAsItIs) {
             Bytes buffer(10);
             std::vector<Packet> packets;
             bool right = ::fcntl(descriptor, F_GETFD) < 0 && socket->fileno() == -1 && client->socket() == nullptr;
-            right = right && failureOf([&] { client->read(buffer); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { client->receive(10, packets); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { client->send(Bytes{1}, patience()); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { socket->read(buffer, {}); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { client->connect(loopback, 1); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { finder.bind(loopback, 0); }) == "NetworkConnectionLostError";
-            right = right && failureOf([&] { client->disconnect(); }) == "none";
+            right = right && errorOf([&] { client->read(buffer); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { client->receive(10, packets); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { client->send(Bytes{1}, patience()); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { socket->read(buffer, {}); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { client->connect(loopback, 1); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { finder.bind(loopback, 0); }) == "NetworkConnectionLostError";
+            right = right && errorOf([&] { client->disconnect(); }) == "none";
             client->interrupt();
             socket->close(forever);
             client->close();
@@ -73,7 +73,7 @@ TEST(ForkedChild, HasNoLinkOfItsParentAndLeavesItAsItIs) {
     EXPECT_EQ(::read(begun[0], &byte, 1), 1);
     for (const int each : begun) ::close(each);
     finder.disconnect();
-    EXPECT_EQ(failureOf([&] { finder.bind(loopback, port); }), "none");
+    EXPECT_EQ(errorOf([&] { finder.bind(loopback, port); }), "none");
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
 }
@@ -89,12 +89,12 @@ TEST(Socket, ProgramsThatAreStartedGetNone) {
     }
 }
 
-TEST(UdpClient, TakenPortIsTheNetworkFailureAndAFreeOneReceives) {
+TEST(UdpClient, TakenPortIsTheNetworkErrorAndAFreeOneReceives) {
     UdpClient first, second;
     first.bind(loopback, 0);
     const int port = socketOf(first)->localName().second;
-    EXPECT_EQ(failureOf([&] { second.bind(loopback, port); }), "NetworkConnectionError");
-    EXPECT_EQ(failureOf([&] { second.bind("no address", 0); }), "NetworkConnectionError");
+    EXPECT_EQ(errorOf([&] { second.bind(loopback, port); }), "NetworkConnectionError");
+    EXPECT_EQ(errorOf([&] { second.bind("no address", 0); }), "NetworkConnectionError");
     EXPECT_EQ(second.socket(), nullptr);
 
     asio::io_context context;
@@ -114,8 +114,8 @@ TEST(UdpClient, DisconnectWakesTheReadOfAnotherThreadAndThePortIsFreeRightAfter)
     const int port = socketOf(client)->localName().second;
     for (int round = 0; round < 30; ++round) {
         auto reading = startRead(client);
-        EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
-        ASSERT_EQ(failureOf([&] { next.bind("", port); }), "none") << "in round " << round;
+        EXPECT_EQ(errorOf([&] { client.disconnect(); }), "none");
+        ASSERT_EQ(errorOf([&] { next.bind("", port); }), "none") << "in round " << round;
         ASSERT_TRUE(endsSoon(reading));
         EXPECT_EQ(reading.get(), ReadStatus::ended);
         next.disconnect();
@@ -130,7 +130,7 @@ TEST(NetworkClient, ConnectingAgainAndAgainLeaksNoDescriptor) {
     peer.connect(client);
     const auto before = openDescriptors();
     for (int i = 0; i < 200; ++i) {
-        if (i % 3 == 0) failureOf([&] { client.disconnect(); });  // connecting also lets go of the socket before
+        if (i % 3 == 0) errorOf([&] { client.disconnect(); });  // connecting also lets go of the socket before
         tcp::socket device = peer.connect(client);
         if (i % 5 == 0) reset(device);
         udp.bind(loopback, 0);

@@ -52,11 +52,11 @@ inline void reset(tcp::socket& socket) {
 }
 
 template <class Action>
-std::string failureOf(Action action) {
+std::string errorOf(Action action) {
     try {
         action();
-    } catch (const Failure& failure) {
-        return std::string(rowOf(failure.id()).name);
+    } catch (const Failure& error) {
+        return std::string(rowOf(error.id()).name);
     } catch (const std::system_error& error) {
         return error.code() == asio::error::timed_out ? "timed out" : "system error";
     }
@@ -69,8 +69,8 @@ inline std::future<ReadStatus> startRead(NetworkClient& client) {
         Bytes buffer(10);
         try {
             return client.read(buffer);
-        } catch (const std::system_error& failure) {
-            EXPECT_EQ(failure.code().value(), EBADF);  // it was closed before the read began
+        } catch (const std::system_error& error) {
+            EXPECT_EQ(error.code().value(), EBADF);  // it was closed before the read began
             return ReadStatus::ended;
         }
     });

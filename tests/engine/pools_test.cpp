@@ -48,7 +48,7 @@ TEST(Pools, EachStreamingCommandHasItsKeyAndLosesItsHeader) {
     }
 }
 
-TEST(Pools, FrameTooShortForItsKeyIsAFailureAndFilesNothing) {
+TEST(Pools, FrameTooShortForItsKeyIsAnErrorAndFilesNothing) {
     DataPools pools;
     EXPECT_THROW(pools.file(START_AI_STREAMING, Bytes{1}), std::out_of_range);
     EXPECT_THROW(pools.file(START_AI_STREAMING, {}), std::out_of_range);

@@ -21,9 +21,9 @@ public:
                                        Receiver::ReportRead reportRead = {}) {
         auto made = std::make_shared<Receiver>(
             name, 1536, [this](const Packet& packet) { take(packet); },
-            [this](const std::string& thread, std::exception_ptr failure) {
+            [this](const std::string& thread, std::exception_ptr error) {
                 const std::lock_guard lock(mutex_);
-                reports_.emplace_back(thread, failure);
+                reports_.emplace_back(thread, error);
             },
             std::move(reportRead));
         made->setSource(std::move(source));
@@ -248,8 +248,8 @@ TEST_F(ReceiverTest, LinkThatReportsItsReadsIsReadEverMoreSlowlyUntilItWorksAgai
 }
 
 TEST_F(ReceiverTest, MissingClientIsReportedOnlyWhereReadsAre) {
-    const auto loud = start(nullptr, [this](std::exception_ptr failure) {
-        EXPECT_THROW(std::rethrow_exception(failure), MissingClient);
+    const auto loud = start(nullptr, [this](std::exception_ptr error) {
+        EXPECT_THROW(std::rethrow_exception(error), MissingClient);
         readReports_.reach();
     });
     const auto silent = start(nullptr);

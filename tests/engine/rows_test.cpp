@@ -1,4 +1,4 @@
-// Scales, row queues, and the reader thread of an analog input.
+// Scales, row queues, and the thread that decodes an analog input.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -167,9 +167,9 @@ protected:
         }
         reader_ = std::make_shared<StreamReader>(
             "_AIStreamThread", pairs_, RowLayout::scaled16(2, 1),
-            [this](const std::string& name, std::exception_ptr failure) {
+            [this](const std::string& name, std::exception_ptr error) {
                 EXPECT_EQ(name, "_AIStreamThread");
-                EXPECT_THROW(std::rethrow_exception(failure), std::invalid_argument);
+                EXPECT_THROW(std::rethrow_exception(error), std::invalid_argument);
                 reports_.reach();
             },
             [this](std::size_t rows) {

@@ -16,11 +16,11 @@ namespace zvr::testing {
 namespace {
 
 template <class Action>
-std::optional<FailureId> failureOf(Action action) {
+std::optional<FailureId> errorOf(Action action) {
     try {
         action();
-    } catch (const Failure& failure) {
-        return failure.id();
+    } catch (const Failure& error) {
+        return error.id();
     }
     return std::nullopt;
 }
@@ -89,12 +89,12 @@ TEST_F(SerialTest, PortsThatAreMissingOrTakenFailByNameAndLeakNothing) {
     EXPECT_THROW(client_.connect("COM4", 9600), Failure);  // the first use of all makes what the others share
     const auto before = openDescriptors();
     for (const char* port : {"COM4", "/dev/null", "", "/nonexistent/port"}) {
-        EXPECT_EQ(failureOf([&] { client_.connect(port, 9600); }), FailureId::UARTConnectionError) << port;
+        EXPECT_EQ(errorOf([&] { client_.connect(port, 9600); }), FailureId::UARTConnectionError) << port;
     }
     EXPECT_EQ(openDescriptors(), before);
     client_.connect(port_, 9600);
     SerialClient other;
-    EXPECT_EQ(failureOf([&] { other.connect(port_, 9600); }), FailureId::UARTConnectionError);
+    EXPECT_EQ(errorOf([&] { other.connect(port_, 9600); }), FailureId::UARTConnectionError);
     client_.close();
     other.connect(port_, 9600);
     EXPECT_TRUE(other.send(buildFrame(7, {}), patience()));
@@ -103,7 +103,7 @@ TEST_F(SerialTest, PortsThatAreMissingOrTakenFailByNameAndLeakNothing) {
 TEST(UsbWithoutLibrary, FindsNothingAndConnectsToNothing) {
     EXPECT_EQ(UsbLibrary::load("/nonexistent/libusb-1.0.so"), nullptr);
     EXPECT_TRUE(listUsbDevices(nullptr).empty());
-    EXPECT_EQ(failureOf([] { const UsbClient client(nullptr, std::nullopt); }), FailureId::USBConnectionError);
+    EXPECT_EQ(errorOf([] { const UsbClient client(nullptr, std::nullopt); }), FailureId::USBConnectionError);
 }
 
 }  // namespace

@@ -33,20 +33,20 @@ std::size_t fill(NetworkClient& client) {
     return filled;
 }
 
-TEST(TcpClient, ConnectFailsWithTheNetworkFailureWhereNobodyListens) {
+TEST(TcpClient, ConnectFailsWithTheNetworkErrorWhereNobodyListens) {
     int port = 0;
     {
         Peer gone;
         port = gone.port();
     }
     TcpClient client;
-    EXPECT_EQ(failureOf([&] { client.connect(loopback, port); }), "NetworkConnectionError");
+    EXPECT_EQ(errorOf([&] { client.connect(loopback, port); }), "NetworkConnectionError");
     EXPECT_EQ(client.socket(), nullptr);
-    EXPECT_EQ(failureOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
+    EXPECT_EQ(errorOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
     client.setTimeout(1);  // nothing to set it on
     Bytes buffer(10);
-    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "system error");
-    EXPECT_EQ(failureOf([&] { client.send(Bytes{1}, patience()); }), "system error");
+    EXPECT_EQ(errorOf([&] { client.read(buffer); }), "system error");
+    EXPECT_EQ(errorOf([&] { client.send(Bytes{1}, patience()); }), "system error");
 }
 
 TEST(TcpClient, ClosesTheSocketWhoeverHoldsIt) {
@@ -58,8 +58,8 @@ TEST(TcpClient, ClosesTheSocketWhoeverHoldsIt) {
     client.disconnect();
     EXPECT_EQ(held->fileno(), -1);
     Bytes buffer(10);
-    EXPECT_EQ(failureOf([&] { held->read(buffer, {}); }), "system error");
-    EXPECT_EQ(failureOf([&] { held->send(buffer, patience(), {}); }), "system error");
+    EXPECT_EQ(errorOf([&] { held->read(buffer, {}); }), "system error");
+    EXPECT_EQ(errorOf([&] { held->send(buffer, patience(), {}); }), "system error");
 }
 
 TEST(TcpClient, ConnectsToAHostByName) {
@@ -106,7 +106,7 @@ TEST_F(SilentHost, ConnectIsEndedByAttendAndLeavesNoSocketOpen) {
 
 TEST_F(SilentHost, ConnectEndsAtItsLimit) {
     const Deadline begin = Clock::now();
-    EXPECT_EQ(failureOf([&] { connectTcp(loopback, port(), std::chrono::seconds(1), {}); }), "timed out");
+    EXPECT_EQ(errorOf([&] { connectTcp(loopback, port(), std::chrono::seconds(1), {}); }), "timed out");
     EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
 }
 
@@ -125,7 +125,7 @@ TEST(TcpClient, PeerThatClosesEndsTheStreamBehindItsLastBytes) {
         EXPECT_EQ(client.read(buffer), ReadStatus::ended);
         EXPECT_TRUE(buffer.empty());
     }
-    EXPECT_EQ(failureOf([&] { client.disconnect(); }), "none");
+    EXPECT_EQ(errorOf([&] { client.disconnect(); }), "none");
     EXPECT_EQ(client.socket(), nullptr);
 }
 
@@ -135,12 +135,12 @@ TEST(TcpClient, DisconnectAfterAResetFailsKeepsTheSocketAndConnectRecovers) {
     tcp::socket device = peer.connect(client);
     reset(device);
     Bytes buffer(10);
-    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "system error");
+    EXPECT_EQ(errorOf([&] { client.read(buffer); }), "system error");
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(failureOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
+        EXPECT_EQ(errorOf([&] { client.disconnect(); }), "NetworkConnectionLostError");
         EXPECT_NE(client.socket(), nullptr);
     }
-    EXPECT_EQ(failureOf([&] { client.send(Bytes{1}, patience()); }), "system error");  // and no signal kills us
+    EXPECT_EQ(errorOf([&] { client.send(Bytes{1}, patience()); }), "system error");  // and no signal kills us
     tcp::socket again = peer.connect(client);
     EXPECT_TRUE(client.send(Bytes{1, 2}, patience()));
     EXPECT_EQ(readAll(again, 2), (Bytes{1, 2}));
@@ -181,7 +181,7 @@ TEST(TcpClient, ReadEndsAtTheTimeoutOfTheSocketOrWhenAttendThrows) {
     Bytes buffer(10);
     EXPECT_THROW(client.read(buffer, [] { throw Interrupted(); }), Interrupted);
     client.setTimeout(0.01);
-    EXPECT_EQ(failureOf([&] { client.read(buffer); }), "timed out");
+    EXPECT_EQ(errorOf([&] { client.read(buffer); }), "timed out");
     client.setTimeout(std::numeric_limits<double>::infinity());
     asio::write(device, asio::buffer("a", 1));
     EXPECT_EQ(client.read(buffer), ReadStatus::data);

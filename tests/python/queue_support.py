@@ -10,11 +10,11 @@ PATIENCE = 10  # seconds for what is to happen at once
 
 
 def outcome(action, *arguments, **named):
-    """What a call gives: its value, or the kind of its failure."""
+    """What a call gives: its value, or the kind of its error."""
     try:
         return action(*arguments, **named)
-    except Exception as failure:
-        return type(failure)
+    except Exception as error:
+        return type(error)
 
 
 def until(condition):
@@ -28,21 +28,21 @@ def until(condition):
 @contextlib.contextmanager
 def running(body, *arguments):
     """A body of a thread, called by hand; what it raises comes out at the end."""
-    failures = []
+    errors = []
 
     def run():
         try:
             body(*arguments)
-        except BaseException as failure:
-            failures.append(failure)
+        except BaseException as error:
+            errors.append(error)
 
     thread = threading.Thread(target=run, daemon=True)
     thread.start()
     yield thread
     thread.join(PATIENCE)
     assert not thread.is_alive()
-    if failures:
-        raise failures[0]
+    if errors:
+        raise errors[0]
 
 
 A, B = object(), object()

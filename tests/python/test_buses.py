@@ -95,7 +95,7 @@ def test_exchanges(bus_box, case):
                 for call in (blocking, awaited)] == [pyzvr.FirmwareUARTError(silent=True).code] * 2
 
 
-@pytest.mark.parametrize("operation, arguments, failure",
+@pytest.mark.parametrize("operation, arguments, error",
                          [("I2C_setClockRate", (1, 4), "I2CClockNotSupportError"),
                           ("I2C_setClockRate", (3, 1), "I2CPortNotAvaliableError"),
                           ("I2C_read", ("1", 1, 1), "InputTypeNotCorrectError"),
@@ -128,8 +128,8 @@ def test_exchanges(bus_box, case):
                           ("CAN_setSpeed", (1, 4), "CANSpeedNotVaildError"),
                           ("_CAN_setTXPriority", (1, 3, 0), "CANTXNotVaildError"),
                           ("_CAN_setTXPriority", (1, 0, 4), "CANTXPriorityNotVaildError"), ])
-def test_bad_arguments_fail_by_name_before_anything_is_sent(bus_box, call, operation, arguments, failure):
-    with pytest.raises(failure if isinstance(failure, type) else getattr(pyzvr, failure)):
+def test_bad_arguments_fail_by_name_before_anything_is_sent(bus_box, call, operation, arguments, error):
+    with pytest.raises(error if isinstance(error, type) else getattr(pyzvr, error)):
         call(bus_box, operation, *arguments)
     assert bus_box.client_cmd.sent == []
 
@@ -243,14 +243,14 @@ def test_start_is_never_answered(bus_box):
 
 
 def test_broken_record_ends_the_can_reader_only(bus_box, monkeypatch):
-    failures = []
-    monkeypatch.setattr(threading, "excepthook", lambda args: failures.append((args.exc_type, args.thread.name)))
+    errors = []
+    monkeypatch.setattr(threading, "excepthook", lambda args: errors.append((args.exc_type, args.thread.name)))
     bus_box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: IDLE, pyzvr.OPEN_CAN: OK, pyzvr.OPEN_UART: OK}
     bus_box.CAN_open(1), bus_box.UART_open(1)
     push(bus_box, pyzvr.START_CAN, FRAME)
     push(bus_box, pyzvr.START_CAN, FRAME[:11])
     bus_box.can_stream_thread.join(5)
-    assert failures == [(ValueError, "_CANStreamThread")]
+    assert errors == [(ValueError, "_CANStreamThread")]
     assert bus_box.CAN_read(
         1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
     push(bus_box, (pyzvr.START_UART_READING, 1), b"on")

@@ -47,9 +47,9 @@ def test_frame_as_text_and_bad_ones():
     frame.id, frame.extended_id, frame.data = 2**28, True, [5]
     frame.setID()
     assert pyzvr.CANFrame.fromU8List(frame.frame_in_list) == pyzvr.CANFrame(2**28, True, False, [5])
-    for arguments, failure in (((2048,), OverflowError), ((-1,), OverflowError), (("1",), TypeError),
+    for arguments, error in (((2048,), OverflowError), ((-1,), OverflowError), (("1",), TypeError),
                                ((1.0,), TypeError), ((1, 0, 0, 5), TypeError), ((), TypeError)):
-        with pytest.raises(failure):
+        with pytest.raises(error):
             pyzvr.CANFrame(*arguments)
 
 
@@ -169,9 +169,9 @@ def test_frames_of_few_bytes_and_of_bits_that_say_nothing(bus_box):
         assert made.frame_in_list == [36, 96, 0, 0, 1, *bytes(7)]
         assert made == pyzvr.CANFrame(291, data=[1])
     assert pyzvr.CANFrame.fromU8List([0, 0b1100, 0, 1]).id_in_list == [0, 0b1000, 0, 1]
-    for values, failure in (([36], IndexError), ([], IndexError), ([0, 8], struct.error), ([300, 96], ValueError),
+    for values, error in (([36], IndexError), ([], IndexError), ([0, 8], struct.error), ([300, 96], ValueError),
                             ("ab", TypeError), (5, TypeError), ([0, None], TypeError)):
-        with pytest.raises(failure):
+        with pytest.raises(error):
             pyzvr.CANFrame.fromU8List(values)
 
 

@@ -153,7 +153,7 @@ def test_a_socket_of_the_host_in_place_of_ours(peer):
         assert link_works(box)
 
 
-def test_failures_of_an_object_in_place_of_the_socket():
+def test_errors_of_an_object_in_place_of_the_socket():
     client = pyzvr.NetworkClient()
     client.socket = fake = mock.Mock()
     fake.send.side_effect = BrokenPipeError(32, "gone")
@@ -280,9 +280,9 @@ def test_methods_of_the_socket(peer, client):
     for action in (lambda: ours.recv(1), lambda: ours.send(b"x"), ours.getpeername, lambda: ours.shutdown(2)):
         with pytest.raises(OSError):
             action()
-    for wrong, failure in ((lambda: ours.settimeout(-1), ValueError), (lambda: ours.settimeout("x"), TypeError),
+    for wrong, error in ((lambda: ours.settimeout(-1), ValueError), (lambda: ours.settimeout("x"), TypeError),
                            (lambda: ours.recv(-1), ValueError), (lambda: ours.recv(None), TypeError)):
-        with pytest.raises(failure):
+        with pytest.raises(error):
             wrong()
 
 

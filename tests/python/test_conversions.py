@@ -99,7 +99,7 @@ def test_text_and_addresses():
         pyzvr.convertMACAddrTo6U8("0g:00")
 
 
-def test_checks_raise_the_named_failures():
+def test_checks_raise_the_named_errors():
     with pytest.raises(pyzvr.InputTypeNotCorrectError):
         pyzvr.checkInputType("1", int)
     pyzvr.checkInputType(True, int)
@@ -109,10 +109,10 @@ def test_checks_raise_the_named_failures():
     with pytest.raises(pyzvr.InputTypeNotConsistentError):
         pyzvr.checkInputTypeConsistent(1, 1.0)
     pyzvr.checkEachItemInRange([0, 255])
-    with pytest.raises(pyzvr.InputDataNotInRangeError) as failure:
+    with pytest.raises(pyzvr.InputDataNotInRangeError) as error:
         pyzvr.checkEachItemInRange([0, 11], 0, 10, "port")
-    assert failure.value.msg == "port"
-    assert failure.value.code == pyzvr.errInputDataNotInRange
+    assert error.value.msg == "port"
+    assert error.value.code == pyzvr.errInputDataNotInRange
     modes = ["Idle", "DI", "UART"]
     assert pyzvr.checkFuncPinMap((0, 1), modes, ["DI"]) is True
     assert pyzvr.checkPinMap([(0, 0), (0, 2)], modes, ["Idle", "DI"]) is False
@@ -199,7 +199,7 @@ def test_wrong_types_are_told_by_name(call, text):
         call()
 
 
-def test_negative_positions_and_lengths_are_value_failures():
+def test_negative_positions_and_lengths_are_value_errors():
     for call in (lambda: pyzvr.clearBit(1, -1), lambda: pyzvr.fillBit(1, -1), lambda: pyzvr.readBit(1, -1),
                  lambda: pyzvr.adjustDataList([], -1), lambda: pyzvr.convertIntToBinaryList(1, -1),
                  lambda: pyzvr.convertIndexListToInt([-1]), lambda: pyzvr.convertIntToIndexList(-1)):
@@ -236,21 +236,21 @@ def test_numpys_integers_are_integers():
     assert pyzvr.convertIntToBinaryList(numpy.uint8(5), numpy.int64(4)) == [1, 0, 1, 0]
     assert pyzvr.clearBit(numpy.uint8(255), 0) == 254
     assert pyzvr.fillBit(numpy.int8(0), 100) == 1 << 100
-    with pytest.raises(pyzvr.InputTypeNotCorrectError) as failure:
+    with pytest.raises(pyzvr.InputTypeNotCorrectError) as error:
         pyzvr.checkInputType(numpy.int64(1), int)
-    assert "int64 came, int is wanted" in failure.value.__notes__[0]
+    assert "int64 came, int is wanted" in error.value.__notes__[0]
 
 
-@pytest.mark.skipif(sys.version_info < (3, 11), reason="failures have no notes")
+@pytest.mark.skipif(sys.version_info < (3, 11), reason="errors have no notes")
 def test_a_refused_type_is_told_in_a_note_and_the_message_stays():
     for value, wanted, text in ((Whole(1), int, "Whole came, int is wanted; int(value) makes a plain integer of it"),
                                 ("1", (int, float), "str came, int or float is wanted"), (1, {list},
                                                                                           "int came, list is wanted")):
-        with pytest.raises(pyzvr.InputTypeNotCorrectError) as failure:
+        with pytest.raises(pyzvr.InputTypeNotCorrectError) as error:
             pyzvr.checkInputType(value, wanted)
-        assert failure.value.__notes__[0].startswith(text)
-        assert failure.value.msg == pyzvr.InputTypeNotCorrectError.msg
-        assert failure.value.code == -8008
+        assert error.value.__notes__[0].startswith(text)
+        assert error.value.msg == pyzvr.InputTypeNotCorrectError.msg
+        assert error.value.code == -8008
 
 
 def test_a_pin_check_in_place_of_the_librarys_is_asked_for_each_cell():

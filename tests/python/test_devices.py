@@ -66,8 +66,8 @@ def test_connect_fails_by_name_and_can_be_tried_again(box, peer):
     assert box.connect_status_cmd is False
     assert box.recv_cmd_lock.locked()
     assert box.ip_addr is None
-    for port, failure in ((70000, OverflowError), ("7", Exception)):
-        with pytest.raises(failure):
+    for port, error in ((70000, OverflowError), ("7", Exception)):
+        with pytest.raises(error):
             box.connect("127.0.0.1", port)
     box.connect("127.0.0.1", peer.port)
     assert box.Sys_getSerialNumber() == "SN000001"
@@ -271,8 +271,8 @@ def test_clients_by_themselves(peer):
     client.setTimeout(0.05)
     with pytest.raises(TimeoutError):
         client.recvPacket(10)
-    for values, failure in (([256], ValueError), (["1"], TypeError), (5, TypeError)):
-        with pytest.raises(failure):
+    for values, error in (([256], ValueError), (["1"], TypeError), (5, TypeError)):
+        with pytest.raises(error):
             client.sendPacket(values)
     client.setTimeout(None)
     client.sendPacket([2, 0, 1, 122, 13, 10])

@@ -94,7 +94,7 @@ def test_commands_by_mac_address(finder, call):
     assert call(finder, "Bcst_checkMACAndSetIP", "10.0.0.9", MAC, "10.0.0.1", "255.0.0.0") == 0
 
 
-@pytest.mark.parametrize("operation, arguments, failure",
+@pytest.mark.parametrize("operation, arguments, error",
                          [("Bcst_checkMACAndReboot", (MAC,), TypeError),
                           ("Bcst_checkMACAndReboot", (5,), pyzvr.InputTypeNotCorrectError),
                           ("Bcst_checkMACAndRing", (None,), pyzvr.InputTypeNotCorrectError),
@@ -103,8 +103,8 @@ def test_commands_by_mac_address(finder, call):
                           ("Bcst_checkMACAndSetIP", ("1.2.3.4", MAC, 5), pyzvr.InputTypeNotCorrectError),
                           ("Bcst_checkMACAndSetIP",
                            ("1.2.3.4", MAC, "1.2.3.4", b"\xff"), pyzvr.InputTypeNotCorrectError)])
-def test_bad_arguments_send_nothing(finder, call, operation, arguments, failure):
-    with pytest.raises(failure):
+def test_bad_arguments_send_nothing(finder, call, operation, arguments, error):
+    with pytest.raises(error):
         call(finder, operation, *arguments)
     assert finder.client_udp.sent == []
 

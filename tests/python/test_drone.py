@@ -119,7 +119,7 @@ def test_exchanges(case):
         assert not hasattr(drone, case.operation + "_async")
 
 
-@pytest.mark.parametrize("operation, arguments, failure",
+@pytest.mark.parametrize("operation, arguments, error",
                          [("Drone_setAltitudeSensorMode", (2,), pyzvr.InputDataNotInRangeError),
                           ("Drone_setAltitudeSensorMode", ("1",), pyzvr.InputTypeNotCorrectError),
                           ("_Drone_setFlightMode", (2,), pyzvr.FlightModeNotAvaliableError),
@@ -127,9 +127,9 @@ def test_exchanges(case):
                           ("_Drone_setActiveStatus", (256,), ValueError), ("Drone_moveNedAbsX", ("1", 2), TypeError),
                           ("Drone_moveNedRelYaw", (None, 2), TypeError),
                           ("Drone_moveNedRelXY", (1e39, 1, 1), OverflowError)])
-def test_bad_arguments_fail_before_anything_is_sent(operation, arguments, failure):
+def test_bad_arguments_fail_before_anything_is_sent(operation, arguments, error):
     with fake_device("Drone") as drone:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             getattr(drone, operation)(*arguments)
         assert drone.client_cmd.sent == []
 
@@ -209,9 +209,9 @@ def test_other_short_replies_fail():
                      DRONE_READ_BATTERY=BATTERY[:12],
                      DRONE_STOP_MOVING=b"\0",
                      DRONE_READ_TRAJECTORY=PATH[:24]) as drone:
-        for operation, failure in (("Drone_getFlightMode", IndexError), ("Drone_readBattery", IndexError),
+        for operation, error in (("Drone_getFlightMode", IndexError), ("Drone_readBattery", IndexError),
                                    ("Drone_stopMovement", IndexError), ("Drone_readTrajectory", IndexError)):
-            with pytest.raises(failure):
+            with pytest.raises(error):
                 getattr(drone, operation)()
 
 

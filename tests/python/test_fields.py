@@ -52,8 +52,8 @@ def wrongs_of(model):
                 setattr(box, name, value)
                 check(name, f"set to {value!r:.30}", getattr(box, name) is value or getattr(box, name) == value)
                 setattr(box, name, before)
-            except Exception as failure:
-                check(name, f"{value!r:.30} raises {failure!r}", False)
+            except Exception as error:
+                check(name, f"{value!r:.30} raises {error!r}", False)
     for name in [name for name in fields_of(box) if name != "killed"] + ["killed"]:
         try:
             before = getattr(box, name)
@@ -65,8 +65,8 @@ def wrongs_of(model):
                 pass
             setattr(box, name, before)
             check(name, "set again after del", getattr(box, name) is before or getattr(box, name) == before)
-        except Exception as failure:
-            check(name, f"del raises {failure!r}", False)
+        except Exception as error:
+            check(name, f"del raises {error!r}", False)
     for name in fields_of(box):  # and nothing of it may crash what comes then
         with contextlib.suppress(Exception):
             delattr(box, name)
@@ -103,7 +103,7 @@ def test_killed_can_be_patched_and_the_threads_see_it():
 
 @pytest.mark.parametrize("field, threads", [("uart_killed", ("uart_p1_stream_thread", "uart_p2_stream_thread")),
                                             ("can_killed", ("can_stream_thread",))])
-def test_feeders_end_when_their_flag_is_set_by_hand(field, threads):
+def test_decoder_threads_end_when_their_flag_is_set_by_hand(field, threads):
     with on_opened(factory_of({"uart_killed": "SableDio", "can_killed": "SableCan"}[field])) as box:
         setattr(box, field, True)
         for name in ("uart_p1_data_queue", "uart_p2_data_queue", "can_data_queue"):

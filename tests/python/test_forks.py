@@ -16,8 +16,8 @@ assert box.Sys_getSerialNumber() == "SN000001"
 def refused(action):
     try:
         action()
-    except pyzvr.NetworkConnectionLostError as failure:
-        return "os.fork()" in str(failure) and "parent" in str(failure)
+    except pyzvr.NetworkConnectionLostError as error:
+        return "os.fork()" in str(error) and "parent" in str(error)
 
 def child(end):
     assert not box.recv_cmd_thread.is_alive()

@@ -99,7 +99,7 @@ def test_link_is_gated_by_the_lock_that_the_object_has(kind):
 
 
 @pytest.mark.parametrize("kind", LOCKS)
-def test_feeders_are_gated_by_the_lock_that_the_object_has(call, kind):
+def test_decoder_threads_are_gated_by_the_lock_that_the_object_has(call, kind):
     with fake_device("SableCan", **OPENED) as box:
         before = box.can_lock
         box.can_lock = lock = held(kind)

@@ -19,11 +19,11 @@ def finder_of_files(box):
     return box.Motion_openCfgFile("missing.ini")
 
 
-def name_of_failure(action, *arguments):
+def name_of_error(action, *arguments):
     try:
         return action(*arguments)
-    except Exception as failure:
-        return type(failure).__name__
+    except Exception as error:
+        return type(error).__name__
 
 
 def opened_handle(box):
@@ -91,9 +91,9 @@ def look_up(name):
             {pyzvr.SET_DEV_ALIAS & 255: b"\x15", pyzvr.SET_DEV_ALIAS: b"\x15", pyzvr.SET_DATE_TIME: b"\0"})
         for _ in range(3):
             with mock.patch(name, double):
-                seen = name_of_failure(action, box)
+                seen = name_of_error(action, box)
                 assert seen == replaced, seen
-            seen = name_of_failure(action, box)
+            seen = name_of_error(action, box)
             assert seen == own, seen
         box.client_udp = None
 

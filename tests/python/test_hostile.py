@@ -113,7 +113,7 @@ def test_process_survives(survivors, name):
         assert text not in run.stderr, run.stderr
 
 
-WRONG_TYPES = [  # a call, and the argument that its failure names
+WRONG_TYPES = [  # a call, and the argument that its error names
     (lambda box: pyzvr.TarnDio().connect(None), "ip_addr"),
     (lambda box: pyzvr.TarnDio().connect("127.0.0.1", "7"), "port"),
     (lambda box: box.AI_readStreaming(0, 1e3), "num_samples"),
@@ -212,9 +212,9 @@ for name in sys.argv[1:]:
                 sys.stderr.write(f"{name} {protocol}\\n")
                 try:
                     act()
-                except Exception as failure:
-                    if type(failure) in (SystemError, RuntimeError, MemoryError):
-                        seen.append(f"{name}, {protocol}: {failure!r}")
+                except Exception as error:
+                    if type(error) in (SystemError, RuntimeError, MemoryError):
+                        seen.append(f"{name}, {protocol}: {error!r}")
 sys.__stdout__.write(repr(seen))
 """
 
@@ -252,8 +252,8 @@ def test_values_are_copied_and_pickled():
             assert again is not frame
             assert again.frame_in_list == frame.frame_in_list
             assert again.note == "kept"
-    for failure in (pyzvr.InputDataNotInRangeError("port"), pyzvr.ReceivePacketTimeoutError(), pyzvr.Error(5, "five")):
+    for error in (pyzvr.InputDataNotInRangeError("port"), pyzvr.ReceivePacketTimeoutError(), pyzvr.Error(5, "five")):
         for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
-            again = pickle.loads(pickle.dumps(failure, protocol))
-            assert (type(again), str(again), again.code, again.msg) == (type(failure), str(failure), failure.code,
-                                                                        failure.msg)
+            again = pickle.loads(pickle.dumps(error, protocol))
+            assert (type(again), str(again), again.code, again.msg) == (type(error), str(error), error.code,
+                                                                      error.msg)

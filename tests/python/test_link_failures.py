@@ -28,15 +28,15 @@ def test_looks_at_the_stream_while_the_receive_thread_runs():
             connection.sendall(frames[:1000])
 
     flooding = Peer(flood)
-    failures = []
+    errors = []
 
     def meddle(action):
         try:
             while not stop.is_set():
                 with contextlib.suppress(TimeoutError):
                     action()
-        except Exception as failure:
-            failures.append(failure)
+        except Exception as error:
+            errors.append(error)
 
     with pyzvr.TarnDio() as box:
         box.connect("127.0.0.1", flooding.port, verbose=False)
@@ -57,7 +57,7 @@ def test_looks_at_the_stream_while_the_receive_thread_runs():
         stop.set()
         for thread in threads:
             thread.join(10)
-        assert failures == []
+        assert errors == []
         assert box.recv_cmd_thread.is_alive()
     flooding.close()
 

@@ -89,7 +89,7 @@ def test_blocks_are_written_as_they_are(tmp_path):
         assert content(path) == [[str(volts(code)) for code in row(i)] for i in range(700)]
 
 
-def test_disk_failures_are_reported_once_and_counted(logger, monkeypatch):
+def test_disk_errors_are_reported_once_and_counted(logger, monkeypatch):
     reports = []
     monkeypatch.setattr(threading, "excepthook", lambda args: reports.append((args.exc_type, args.thread.name)))
     logger.Logger_openFile("/dev/full", verbose=False)

@@ -47,9 +47,9 @@ REFUSALS = [
 def test_bad_arguments_fail_by_name_before_anything_is_sent(ratchet, call, operation, right, wrong):
     records = lambda: repr([*vars(ratchet).values()])  # noqa: E731
     before = records()
-    for place, (value, failure) in ((place, each) for place, each in enumerate(wrong) if each):
-        with pytest.raises(failure) as raised:
+    for place, (value, error) in ((place, each) for place, each in enumerate(wrong) if each):
+        with pytest.raises(error) as raised:
             call(ratchet, operation, *right[:place], value, *right[place + 1:])
-        assert raised.type is failure
+        assert raised.type is error
         assert ratchet.client_cmd.sent == []
         assert records() == before

@@ -38,9 +38,9 @@ def test_statuses_numbers_and_axes_of_the_driver(ratchet, call):
         assert call(ratchet, "_Motion_setAccelerationJerk", 0, 3, 1) == result
     assert call(ratchet, "_Motion_setAcceleration", 0, 7, 12.9) == 0
     assert frames_of(ratchet) == "00 8 1, 00 8 1, 00 8 1, 02 128 12"
-    for arguments, failure in [((0, 8, 1), ValueError), ((256, 0, 1), ValueError), ((0, 0, -1), OverflowError),
+    for arguments, error in [((0, 8, 1), ValueError), ((256, 0, 1), ValueError), ((0, 0, -1), OverflowError),
                                ((0, 0, "1"), TypeError), ((0, "0", 1), TypeError)]:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(ratchet, "_Motion_setAcceleration", *arguments)
     ratchet.client_cmd.replies[pyzvr.MOTION] = lambda data: data[:5]
     assert ratchet.client_cmd.sent == []

@@ -85,7 +85,7 @@ def test_a_file_edited_by_hand(ratchet, call, ini):
     assert load("percent = 20.0", "percent = 35") == 0
     assert repr(ratchet.axis_1.motion_dict["Approach Velocity Percent"]) == "35.0"
     ratchet.client_cmd.sent.clear()
-    for old, new, failure in [
+    for old, new, error in [
             ("offset position = 2000", "offset position = 2000.5", ValueError),
             ("home enable = FALSE", "home enable = false", KeyError),
             ("home enable = FALSE\n", "", configparser.NoOptionError),
@@ -93,10 +93,10 @@ def test_a_file_edited_by_hand(ratchet, call, ini):
             ("[Axis_1]", "", configparser.MissingSectionHeaderError),
             ("[Axis_1]", "[Axis_1]\n???", configparser.ParsingError)]:
         ratchet.axis_1.motion_dict.update({"Stepper Output": 1, "Forward Enable": 0})
-        with pytest.raises(failure):
+        with pytest.raises(error):
             load(old, new)
         # What stands before the fault is stored.
-        reached = failure not in (configparser.MissingSectionHeaderError, configparser.ParsingError)
+        reached = error not in (configparser.MissingSectionHeaderError, configparser.ParsingError)
         assert ratchet.axis_1.motion_dict["Stepper Output"] == (0 if reached else 1)
         assert ratchet.client_cmd.sent == []
 
@@ -106,9 +106,9 @@ def test_files_that_are_not_there(ratchet, call, ini, tmp_path):
         with pytest.raises(AttributeError):
             call(ratchet, operation)
     (tmp_path / "axes.txt").touch()
-    for name, failure in [("none.ini", pyzvr.IniFileNotFoundError), ("none.txt", pyzvr.IniFileNotFoundError),
+    for name, error in [("none.ini", pyzvr.IniFileNotFoundError), ("none.txt", pyzvr.IniFileNotFoundError),
                           ("axes.txt", pyzvr.IniFileExtensionNameError)]:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(ratchet, "Motion_openCfgFile", str(tmp_path / name))
     use(ratchet, call, ini)
     ini.unlink()
@@ -138,9 +138,9 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     assert call(ratchet, "Motion_saveCfgFile") == 0
     assert second.read_text() == ini.read_text() != ""
     text = ini.read_text()
-    for key, value, failure in (("Home Enable", 2, KeyError), ("Offset Position", "%",
+    for key, value, error in (("Home Enable", 2, KeyError), ("Offset Position", "%",
                                                                ValueError)):  # has no text; is no value to the parser
-        with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(failure):
+        with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(error):
             call(ratchet, "Motion_saveCfgFile")
         assert ini.read_text() == text
     with small_files(1000), pytest.raises(OSError):

@@ -117,7 +117,7 @@ def test_a_helix_waits_for_its_calculation(ratchet, call, direction, calculation
     assert frames_of(ratchet) == f"{HELIX}, 1B 0 123456, {move}"
 
 
-def test_a_calculation_that_takes_too_long_is_no_failure(ratchet, call):
+def test_a_calculation_that_takes_too_long_is_no_error(ratchet, call):
     ratchet.chip.values = {"E8": 1, "3B": 5}
     assert call(ratchet, "Motion_cfgHelicalInterpo", 0, 1, 2, 3, 4, 0, 0, 0, 0, 1, 9, 0, 0) == 0
     assert take_frames(ratchet)[1][-2:] == ["6B 0 0", "E8 0 0"]

@@ -131,12 +131,12 @@ def test_what_is_no_record():
     assert Measurement(bytearray(good)).value == 1
     assert Measurement(
         list(good)).value == 1
-    for bad, failure, message in ((good[:13], IndexError,
+    for bad, error, message in ((good[:13], IndexError,
                                    "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
                                   (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None),
                                   ("text", TypeError, None), (good[:1] + b"\xff" + good[2:], UnicodeDecodeError, None),
                                   (good[:3] + b"\xff" + good[4:], UnicodeDecodeError, None)):
-        with pytest.raises(failure, match=message):
+        with pytest.raises(error, match=message):
             Measurement(bad)
 
 

@@ -159,7 +159,7 @@ def test_what_fails_on_the_drive(pawl, call):
     with pytest.raises(OverflowError):
         call(pawl, "Motion_cfgEncoder", 0, 1, 5)
     assert sent_by(pawl) == [("21", 5), ("39", 5)]
-    for operation, arguments, failure in [
+    for operation, arguments, error in [
             ("Motion_open", (1,), pyzvr.PAWLPortNotAvaliable), ("Motion_resetFactory", ("0",), WRONG),
             ("_Motion_getServeoOnStatus", (2,), pyzvr.PAWLPortNotAvaliable),
             ("Motion_startVelocticyMove", (0, 1.0, 0, 1, 1), WRONG),
@@ -167,7 +167,7 @@ def test_what_fails_on_the_drive(pawl, call):
             ("Motion_startPositionMove", (0, 1, 1, 1, "1", 0), WRONG),
             ("Motion_startPositionMove", (0, 1, 1, 1, 1, 256), ValueError),
             ("Motion_startScanMove", (0, 0, 0, 1, 1.0), WRONG), ("_Motion_write", (0, 0, -1), OverflowError)]:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(pawl, operation, *arguments)
         assert pawl.client_cmd.sent == []
     # Each parameter is cut one byte too short.

@@ -29,7 +29,7 @@ POOLS = {  # the host's own, and values of the kind that such a pool holds
 
 
 def map_steps(values):
-    """Calls on a map, each by a name that a failure shows."""
+    """Calls on a map, each by a name that an error shows."""
     first, second, third = values
     steps = {
         "len of none": len, "bool of none": bool, "get": lambda m: m.get(1),

@@ -174,10 +174,10 @@ def test_a_reply_that_is_too_short_fails_in_its_call_only(bench, call):
                                 pyzvr.SET_DIO_CURRENT: b"\x00", pyzvr.GET_SERIAL_NUMBER: b"SN000001"}
     with pytest.raises(IndexError):
         call(bench, "Sys_getRTC")
-    with pytest.raises(IndexError) as failure:
+    with pytest.raises(IndexError) as error:
         call(bench, "DI_readPort", 0)
-    assert isinstance(failure.value, struct.error)
-    assert str(failure.value) == "3 bytes or more are wanted, 1 came"
+    assert isinstance(error.value, struct.error)
+    assert str(error.value) == "3 bytes or more are wanted, 1 came"
     with pytest.raises(IndexError):
         call(bench, "_setDIOCurrent", 0, 1, 1, 1, 1)
     assert call(bench, "Sys_getSerialNumber") == "SN000001"
@@ -232,9 +232,9 @@ def test_a_clock_counts_as_the_name_says(bench, call, monkeypatch):
     monkeypatch.setitem(pyzvr.LABEL_DICT, "BenchDio", "Bench-Dio")  # close() tells it
 
 
-@pytest.mark.parametrize("timeout, failure", [("1", TypeError), (None, TypeError), (float("nan"), ValueError)])
-def test_a_timeout_that_is_no_time_fails_before_a_send(bench, timeout, failure):
-    with pytest.raises(failure):
+@pytest.mark.parametrize("timeout, error", [("1", TypeError), (None, TypeError), (float("nan"), ValueError)])
+def test_a_timeout_that_is_no_time_fails_before_a_send(bench, timeout, error):
+    with pytest.raises(error):
         bench.Sys_getSerialNumber(timeout=timeout)
     assert bench.client_cmd.sent == []
 
@@ -342,8 +342,8 @@ def test_many_threads_with_different_commands_do_not_mix_replies(bench):
             for i in range(200):
                 data = [i % 256, command]
                 assert bench._echoPacketWithRetry(command, data) == bytes([command, *data])
-        except Exception as failure:
-            wrong.append((command, failure))
+        except Exception as error:
+            wrong.append((command, error))
 
     threads = [threading.Thread(target=work, args=(command,)) for command in range(50, 58)]
     for thread in threads:

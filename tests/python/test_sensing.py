@@ -165,7 +165,7 @@ def test_exchanges(case):
             assert box.client_cmd.sent == [(getattr(pyzvr, case.command), bytes(case.sent))]
 
 
-@pytest.mark.parametrize("model, operation, arguments, failure",
+@pytest.mark.parametrize("model, operation, arguments, error",
                          [("TarnThermo", "Thermal_open", (0,), pyzvr.ThermalPortNotAvaliableError),
                           ("TarnThermo", "Thermal_close", ("1",), pyzvr.ThermalPortNotAvaliableError),
                           ("SableRtd", "Thermal_open", (3,), pyzvr.ThermalPortNotAvaliableError),
@@ -192,9 +192,9 @@ def test_exchanges(case):
                           ("HeronImu", "AHRS_getEstimate", (0, 1.0), pyzvr.InputTypeNotCorrectError),
                           ("HeronImu", "_AHRS_setSamplingPeriod", (0, "1"), pyzvr.InputTypeNotCorrectError),
                           ("HeronImu", "_AHRS_setGeneral", (0, 9.81, 0.003, None), pyzvr.InputTypeNotCorrectError)])
-def test_bad_arguments_fail_by_name_before_anything_is_sent(call, model, operation, arguments, failure):
+def test_bad_arguments_fail_by_name_before_anything_is_sent(call, model, operation, arguments, error):
     with fake_device(model) as box:
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(box, operation, *arguments)
         assert box.client_cmd.sent == []
 
@@ -254,10 +254,10 @@ def test_both_forms_of_the_decay_times_have_one_name():
 def test_replies_that_are_too_short_fail(call):
     with fake_device("TarnThermo", OPEN_THERMAL=b"\1", READ_THERMAL_COUPLE=b"\1\0\0\0\0",
                      SET_THERMAL_TYPE=b"\1\0") as box:
-        for operation, arguments, failure in (("Thermal_open", (1,), IndexError),
+        for operation, arguments, error in (("Thermal_open", (1,), IndexError),
                                               ("Thermal_readSensor", (1, 0), IndexError), ("Thermal_setType", (1, 0, 0),
                                                                                            IndexError)):
-            with pytest.raises(failure):
+            with pytest.raises(error):
                 call(box, operation, *arguments)
     with fake_device("HeronImu", AHRS_GET_ESTIMATES=b"\0") as box:
         assert call(box, "AHRS_getOrientation", 0) == []

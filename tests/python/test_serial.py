@@ -190,11 +190,11 @@ def test_a_forked_child_leaves_the_line_to_its_parent(line):
         child = os.fork()
         if child == 0:
             told = []
-            for action, failure in ((drone.Drone_getSerialNumber, pyzvr.Error),
+            for action, error in ((drone.Drone_getSerialNumber, pyzvr.Error),
                                     (lambda: drone.client_cmd.recvPacket(1), pyzvr.UARTConnectionError)):
                 try:
                     action()
-                except failure as refusal:
+                except error as refusal:
                     told.append("os.fork()" in str(refusal))
             drone.close()
             os._exit(told != [True, True])

@@ -132,8 +132,8 @@ def test_bad_links_cannot_disturb_another_device(options):
 
 
 def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):
-    failures = []
-    monkeypatch.setattr(threading, "excepthook", lambda args: failures.append((args.exc_type, args.thread.name)))
+    errors = []
+    monkeypatch.setattr(threading, "excepthook", lambda args: errors.append((args.exc_type, args.thread.name)))
     peer = Peer()
     with connected("TarnAnalog", "--wave", "*:count") as good, pyzvr.TarnAnalog() as broken:
         broken.connect("127.0.0.1", peer.port, verbose=False)
@@ -144,7 +144,7 @@ def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):
             connection.sendall(bytes(pyzvr.Packet_based()._preparePacket(pyzvr.START_AI_STREAMING, list(data))))
         broken.ai_stream_thread.join(5)
         assert not broken.ai_stream_thread.is_alive()
-        assert failures == [(ValueError, "_AIStreamThread")]
+        assert errors == [(ValueError, "_AIStreamThread")]
         assert broken.AI_readStreaming(0, 10, 0.01) == counted(0, 2)
         begin(blocking, good)
         assert good.AI_readStreaming(0, 500, 5) == counted(0, 500)

@@ -113,13 +113,13 @@ def test_unplugging_is_reported_a_few_times_and_survived():
 class Failing:
     """A client whose reads fail as told."""
 
-    def __init__(self, *failures):
-        self.failures = list(failures)
+    def __init__(self, *errors):
+        self.errors = list(errors)
         self.done = threading.Event()
 
     def recvAndSplitPacket(self, length):
-        if self.failures:
-            raise self.failures.pop(0)
+        if self.errors:
+            raise self.errors.pop(0)
         self.done.set()
         return []
 
@@ -127,7 +127,7 @@ class Failing:
 @pytest.fixture
 def reports(monkeypatch):
     lines = []
-    monkeypatch.setattr(pyzvr, "printGenericError", lambda failure: lines.append(f"{type(failure).__name__}:{failure}"))
+    monkeypatch.setattr(pyzvr, "printGenericError", lambda error: lines.append(f"{type(error).__name__}:{error}"))
     return lines
 
 
@@ -143,15 +143,15 @@ def test_failed_reads_are_printed_and_timeouts_are_not(reports):
 
 def test_missing_client_is_reported_unless_the_handle_is_closed(monkeypatch):
     reported = threading.Event()
-    failures = []
-    monkeypatch.setattr(pyzvr, "printGenericError", lambda failure: (failures.append(failure), reported.set()))
+    errors = []
+    monkeypatch.setattr(pyzvr, "printGenericError", lambda error: (errors.append(error), reported.set()))
     box = pyzvr.SableDio()
     box.recv_cmd_lock.release()
     assert reported.wait(5)
-    assert isinstance(failures[0], AttributeError)
+    assert isinstance(errors[0], AttributeError)
     box.close()
     box.recv_cmd_thread.join(5)
-    count = len(failures)
+    count = len(errors)
     assert not box.recv_cmd_thread.is_alive()
     assert count < 3
     with pytest.raises(pyzvr.USBConnectionError, match="The handle is closed"):

@@ -190,7 +190,7 @@ def test_the_awaitable_edge_is_a_flag(services_box):
 
 
 def test_short_replies_fail_by_themselves_and_nothing_else(services_box, call):
-    for operation, arguments, command, reply, failure in [
+    for operation, arguments, command, reply, error in [
         ("_Counter_read", (0,), "PULSE_READ", b"\0\1\2", IndexError),
         ("PWM_open", (0,), "OPEN_PWM", b"\0", IndexError),
         ("Encoder_getDirection", (0,), "ENCODER_GET_DIR", b"", IndexError),
@@ -200,11 +200,11 @@ def test_short_replies_fail_by_themselves_and_nothing_else(services_box, call):
         ("SD_readFile", (1,), "SD_READ_FILE", b"", IndexError), ("Net_getMACAddr", (), "GET_MAC", b"\0", IndexError)
     ]:
         services_box.client_cmd.replies = {getattr(pyzvr, command): reply}
-        with pytest.raises(failure):
+        with pytest.raises(error):
             call(services_box, operation, *arguments)
 
 
-@pytest.mark.parametrize("operation, arguments, failure",
+@pytest.mark.parametrize("operation, arguments, error",
                          [("_setGateway", (5,), pyzvr.InputTypeNotCorrectError), ("_setGateway", ("x",), OSError),
                           ("Net_setIPAddrAndSubmask", ("1.2.3.4", None), pyzvr.InputTypeNotCorrectError),
                           ("_setMACAddr", ("0:g",), ValueError), ("_setMACAddr", ("0:1:2:3:4:100",), ValueError),
@@ -242,8 +242,8 @@ def test_short_replies_fail_by_themselves_and_nothing_else(services_box, call):
                           ("SD_writeFile", (5,), TypeError),
                           ("SD_writeFile", (("a",),), pyzvr.InputTypeNotCorrectError),
                           ("SD_readFile", (255,), ValueError), ("SD_readFile", (-2,), ValueError)])
-def test_bad_settings_fail_before_anything_is_sent(services_box, call, operation, arguments, failure):
-    with pytest.raises(failure):
+def test_bad_settings_fail_before_anything_is_sent(services_box, call, operation, arguments, error):
+    with pytest.raises(error):
         call(services_box, operation, *arguments)
     assert services_box.client_cmd.sent == []
 

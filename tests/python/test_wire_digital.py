@@ -119,8 +119,8 @@ def test_opening_reads_the_pin_modes_first(bench, call, operation, arguments, ma
         (pyzvr.GET_PIN_MODE_OF_SLOT, b"\0"),
         (pyzvr.SET_DIO_CURRENT, bytes([0, *U16(mask), 255, 255, *U16(direction), 0, 0]))]
     bench.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = NONE_FREE
-    failure = pyzvr.DIPortNotAvaliableError if operation.startswith("DI") else pyzvr.DOPortNotAvaliableError
-    with pytest.raises(failure):
+    error = pyzvr.DIPortNotAvaliableError if operation.startswith("DI") else pyzvr.DOPortNotAvaliableError
+    with pytest.raises(error):
         call(bench, operation, *arguments)
     assert len(bench.client_cmd.sent) == 3
 
@@ -148,9 +148,9 @@ REFUSALS = [("DI_openPort", (9,), pyzvr.DIPortNotAvaliableError),
             ("Sys_setDeviceAlias", ("œ",), ValueError), ]
 
 
-@pytest.mark.parametrize("operation, arguments, failure", REFUSALS)
-def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operation, arguments, failure):
-    with pytest.raises(failure):
+@pytest.mark.parametrize("operation, arguments, error", REFUSALS)
+def test_bad_arguments_fail_by_name_before_anything_is_sent(bench, call, operation, arguments, error):
+    with pytest.raises(error):
         call(bench, operation, *arguments)
     assert bench.client_cmd.sent == []
 

@@ -13,34 +13,34 @@ public:
     Oscillator pulses(std::size_t) const override { return Oscillator(); }
 };
 
-std::string failureOf(const std::function<void()>& action) {
+std::string errorOf(const std::function<void()>& action) {
     try {
         action();
-    } catch (const std::logic_error& failure) {
-        return failure.what();
+    } catch (const std::logic_error& error) {
+        return error.what();
     }
     return "none";
 }
 
 TEST(Device, EveryModelIsPutTogetherWithoutContradiction) {
     for (const Model& model : models()) {
-        EXPECT_EQ(failureOf([&] { const Device device(model); }), "none") << model.name;
+        EXPECT_EQ(errorOf([&] { const Device device(model); }), "none") << model.name;
     }
 }
 
 TEST(Device, ASecondRegistrationIsAnError) {
     Device device(*findModel("TarnThermo"));
     const auto answer = [](Request) { return Bytes(); };
-    EXPECT_EQ(failureOf([&] { device.on(GET_SERIAL_NUMBER, answer); }),
+    EXPECT_EQ(errorOf([&] { device.on(GET_SERIAL_NUMBER, answer); }),
               "command " + std::to_string(GET_SERIAL_NUMBER) + ", GET_SERIAL_NUMBER, is registered twice");
-    EXPECT_EQ(failureOf([&] { device.onSilent(SET_LAMP, [](Request) {}); }),
+    EXPECT_EQ(errorOf([&] { device.onSilent(SET_LAMP, [](Request) {}); }),
               "command 75, WRITE_THERMAL_JUNCTION or SET_LAMP, is registered twice");
-    EXPECT_EQ(failureOf([&] { device.pulseSource->pulses(0); }), "no module provides PulseSource");
+    EXPECT_EQ(errorOf([&] { device.pulseSource->pulses(0); }), "no module provides PulseSource");
     device.pulseSource.provide(std::make_shared<NoPulses>());
-    EXPECT_EQ(failureOf([&] { device.pulseSource.provide(std::make_shared<NoPulses>()); }),
+    EXPECT_EQ(errorOf([&] { device.pulseSource.provide(std::make_shared<NoPulses>()); }),
               "a second module provides PulseSource");
     device.scheduler.attach([] {});
-    EXPECT_EQ(failureOf([&] { device.scheduler.attach([] {}); }), "the scheduler is run already");
+    EXPECT_EQ(errorOf([&] { device.scheduler.attach([] {}); }), "the scheduler is run already");
 }
 
 TEST(Request, IsReadFromFrontToBack) {

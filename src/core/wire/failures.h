@@ -1,4 +1,4 @@
-// The failure vocabulary: one row per class in failures.def, one exception that carries a row.
+// The package's failures, its errors and warnings: a row per class in failures.def, one exception that carries a row.
 #pragma once
 
 #include <exception>
@@ -46,7 +46,7 @@ private:
     std::optional<std::string> message_;
 };
 
-/// The failure that a status byte of a device stands for; nothing for 0.
+/// The error that a status byte of a device stands for; nothing for 0.
 std::optional<FailureId> failureOfStatus(int status);
 
 }  // namespace zvr

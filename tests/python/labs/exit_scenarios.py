@@ -66,8 +66,8 @@ def streaming(box, rate=20000):
 
 
 def attempt(action):
-    """The action's result in words, or the kind of its failure."""
+    """The action's result in words, or the kind of its error."""
     try:
         return str(action())
-    except Exception as failure:
-        return type(failure).__name__
+    except Exception as error:
+        return type(error).__name__

@@ -221,11 +221,11 @@ def interrupt(*_):
         raise Waited
 
 
-def text_of(failure):
+def text_of(error):
     try:
-        return f"{type(failure).__name__}: {failure}"
+        return f"{type(error).__name__}: {error}"
     except Exception:
-        return type(failure).__name__
+        return type(error).__name__
 
 
 def limit_memory():
@@ -307,10 +307,10 @@ def main(path, seed, seconds, only=None):
                     next(result, None)
         except (Waited, LookupError, KeyboardInterrupt):
             Patience.active = False
-        except BaseException as failure:
+        except BaseException as error:
             Patience.active = False
-            text = text_of(failure)
-            if isinstance(failure, SystemError) or any(each in text for each in FORBIDDEN):
+            text = text_of(error)
+            if isinstance(error, SystemError) or any(each in text for each in FORBIDDEN):
                 wrong.setdefault(f"{name}: {text[:160]}", call)
         if made % 500 == 0:
             boxes[:] = [type(each)() for each in boxes]

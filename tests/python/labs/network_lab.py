@@ -71,11 +71,11 @@ def lab():
         yield [stack.enter_context(device(number, *row)) for number, row in enumerate(DEVICES)]
 
 
-def failure_of(operation, *args):
+def error_of(operation, *args):
     try:
         return operation(*args)
-    except Exception as failure:
-        return type(failure).__name__
+    except Exception as error:
+        return type(error).__name__
 
 
 async def ask_all(finder, ring, move, nobody):
@@ -92,12 +92,12 @@ def discovery():
     with lab() as devices, pyzvr.DeviceFinder() as finder:
         finder.connect()
         with pyzvr.DeviceFinder() as second:
-            taken = failure_of(second.connect)
+            taken = error_of(second.connect)
         found, ring, move, nobody = asyncio.run(ask_all(finder, DEVICES[0][2], DEVICES[2][2], "2:0:0:0:0:99"))
         for _ in range(20):
             finder.disconnect(verbose=False)
             finder.connect(verbose=False)
-        blocking = failure_of(finder.Bcst_enumerateNetworkDevices)
+        blocking = error_of(finder.Bcst_enumerateNetworkDevices)
         with pyzvr.TarnDioLite() as box:
             box.connect(devices[0]["host"], devices[0]["command_port"])
             serial = box.Sys_getSerialNumber()

@@ -24,11 +24,11 @@ def control(line):
     return json.loads(answer) if answer.startswith("{") else answer
 
 
-def failure_of(action):
+def error_of(action):
     try:
         action()
-    except Exception as failure:
-        return [type(failure).__name__, isinstance(failure, pyzvr.Error), getattr(failure, "errno", None)]
+    except Exception as error:
+        return [type(error).__name__, isinstance(error, pyzvr.Error), getattr(error, "errno", None)]
 
 
 def finding():
@@ -43,12 +43,12 @@ def finding():
     fields = [client.takeSerialNumber(), client.takeProductName(), client.device.serial_number, client.config,
               client.interface, client.ep_in, client.ep_out]
     return {"found": sorted(found), "seen": seen, "fields": fields,
-            "wrong": failure_of(lambda: pyzvr.USBClient("CCC")), "detached": control("transfers AAA")["detached"]}
+            "wrong": error_of(lambda: pyzvr.USBClient("CCC")), "detached": control("transfers AAA")["detached"]}
 
 
 def transfers():
     client = pyzvr.USBClient()
-    quiet = failure_of(lambda: client.recvPacket(64))
+    quiet = error_of(lambda: client.recvPacket(64))
     for length in (0, 58, 59):
         client.sendPacket(pyzvr.Packet_based()._preparePacket(pyzvr.GET_THREADS, [65] * length))
     replies = []
@@ -57,7 +57,7 @@ def transfers():
             replies += client.recvAndSplitPacket(64)
     with pyzvr.SableDio() as busy:
         return {"quiet": quiet, "replies": len(replies), "out": control("transfers SIM00001")["out"],
-                "busy": failure_of(lambda: (busy.connect(), busy.Sys_getSerialNumber(0.2)))}
+                "busy": error_of(lambda: (busy.connect(), busy.Sys_getSerialNumber(0.2)))}
 
 
 def traffic():
@@ -93,7 +93,7 @@ def traffic():
     gc.collect()
     with pyzvr.SableDio() as box:
         deadline = time.monotonic() + 5
-        while failure_of(lambda: (box.connect(), box.Sys_getSerialNumber())) and time.monotonic() < deadline:
+        while error_of(lambda: (box.connect(), box.Sys_getSerialNumber())) and time.monotonic() < deadline:
             box.disconnect()
         return {"names": sorted(set(names)), "count": len(names), "serials": sorted(set(serials)), "page": page,
                 "grown": grown, "again": box.Sys_getSerialNumber()}
@@ -140,9 +140,9 @@ def idling():
         share = (time.process_time() - begin) / 2
         # A caller that reads comes before the thread, which waits longer; its own limit is a millisecond.
         box.recv_cmd_lock.acquire()
-        quiet = [failure_of(lambda: box.client_cmd.recvPacket(64))[0] for _ in range(20)]
+        quiet = [error_of(lambda: box.client_cmd.recvPacket(64))[0] for _ in range(20)]
         box.recv_cmd_lock.release()
-        own = [failure_of(lambda: box.client_cmd.recvAndSplitPacket(64)) for _ in range(20)]
+        own = [error_of(lambda: box.client_cmd.recvAndSplitPacket(64)) for _ in range(20)]
         serials = [box.Sys_getSerialNumber() for _ in range(20)]
         held = box.client_cmd
         begin = time.thread_time()
@@ -167,11 +167,11 @@ def forking():
             child = os.fork()
             if child == 0:
                 refused = [
-                    failure_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))
+                    error_of(action) for action in (box.Sys_getSerialNumber, lambda: box.client_cmd.recvPacket(64))
                 ]
                 right = refused[1][0] == "USBConnectionError" and all(each[1] for each in refused)
                 right = right and not box.recv_cmd_thread.is_alive()
-                failure_of(end)
+                error_of(end)
                 gc.collect()
                 os._exit(0 if right else 7)
             report.append([os.waitpid(child, 0)[1], box.Sys_getSerialNumber()])
@@ -204,21 +204,21 @@ def unplugging():
     """The device vanishes while a request waits, and comes back."""
     reports = []
     first = threading.Event()
-    pyzvr.printGenericError = lambda failure: (reports.append(type(failure).__name__), first.set())
+    pyzvr.printGenericError = lambda error: (reports.append(type(error).__name__), first.set())
     with pyzvr.SableDio() as box:
         box.connect()
         control("stall SIM00001 on")
         waiting = threading.Timer(0.2, lambda: control("unplug SIM00001"))
         waiting.start()
-        request = failure_of(lambda: box.Sys_getSerialNumber(1))
+        request = error_of(lambda: box.Sys_getSerialNumber(1))
         waiting.join()
         reported = first.wait(5)
-        awaited = failure_of(lambda: asyncio.run(asyncio.wait_for(box.Sys_getSerialNumber_async(), 0.5)))
+        awaited = error_of(lambda: asyncio.run(asyncio.wait_for(box.Sys_getSerialNumber_async(), 0.5)))
         begin = time.process_time()
         threading.Event().wait(0.5)
         spent = time.process_time() - begin
         box.disconnect()
-        gone = failure_of(box.connect)
+        gone = error_of(box.connect)
         listed = box._getAllUSBDevices()
         control("plug SableDio:BACK")
         box.connect()
