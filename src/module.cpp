@@ -26,7 +26,7 @@ void prepare(pybind11::module_& module) {
     ::pthread_atfork(nullptr, nullptr, [] { rememberMainThread(PyThread_get_thread_ident()); });
 #endif
     prepareCoroutineType(module);
-    prepareWakerType();
+    prepareLoopWakerType();
     prepareOperationType(module);
     prepareRaising();
     pybind11::module_::import("atexit").attr("register")(pybind11::cpp_function([] {

@@ -79,7 +79,7 @@ int changeAttribute(PyObject* self, PyObject* name, PyObject* value) noexcept {
 }
 
 void defineClient(Package& package) {
-    Watch::watchNames({"recvPacket", "recvAndSplitPacket", "_splitPacket"});
+    Watch::watchNames({"sendPacket", "recvPacket", "recvAndSplitPacket", "_splitPacket"});
     const auto type =
         py::class_<Client, std::shared_ptr<Client>>(
             package.module(), "Client",

@@ -3,8 +3,8 @@
 #include "core/wire/failures.h"
 #include "core/wire/frame.h"
 #include "device/protocol.h"
+#include "device/request_path.h"
 #include "device/row_fifo.h"
-#include "device/runtime.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -22,11 +22,17 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 // Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
 
-/// The object's pool of replies: ours, or whatever mapping somebody put there.
+/// The object's pool of replies: ours, or whatever mapping somebody put there; and who brings the replies, if ours.
 struct ReplyPool {
     explicit ReplyPool(py::handle self)
-        : object(attribute(self, "data_pool_echo")), ours(nativeOrNothing<EchoPool>(object)) {
-        requireOwn(self);
+        : object(attribute(self, "data_pool_echo")),
+          ours(nativeOrNothing<EchoPool>(object)),
+          runtime(ownRuntime(self)) {}
+
+    /// Without the interpreter lock.
+    std::optional<Bytes> await(EchoPool::Key key, Deadline deadline, const InterruptCheck& onWait) const {
+        if (runtime && runtime->commands()) return runtime->commands()->await(*ours, key, deadline, onWait);
+        return ours->await(key, deadline, onWait);
     }
 
     /// Takes a reply out of a mapping that is not ours; nothing if there is none.
@@ -38,57 +44,81 @@ struct ReplyPool {
 
     const Object object;
     const std::shared_ptr<EchoPool> ours;
+    const std::shared_ptr<DeviceRuntime> runtime;
+
+private:
+    static std::shared_ptr<DeviceRuntime> ownRuntime(py::handle self) {
+        auto runtime = runtimeOrNothing(self);
+        if (runtime) runtime->requireOwn();
+        return runtime;
+    }
 };
 
-// Sends and waits without a step in Python between the two. After a moment the interpreter lock is asked for again, be
-// the reply there or not: where another Python thread computes, that takes milliseconds, and the reply comes meanwhile.
-Object exchangeOnce(Client& client, EchoPool& pool, int command, const Bytes& data, double timeout) {
+// Whether other threads of Python compute, so that the interpreter lock is not to be had for milliseconds. Who finds it
+// so asks for the lock as soon as the request is sent, and leaves the reply to the receive thread meanwhile.
+class LockQueue {
+public:
+    bool isLong() { return left_ > 0 && left_-- > 0; }
+    void note(Clock::duration waited) {
+        if (waited > std::chrono::milliseconds(1)) left_ = mostUnseen;
+    }
+
+private:
+    static constexpr int mostUnseen = 16;
+    int left_ = 0;
+};
+LockQueue lockQueue;  // under the interpreter lock
+
+// Sends and waits without a step in Python between the two.
+Object exchangeOnce(const RequestPath& path, int command, const Bytes& data, double timeout) {
     const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
     const Bytes frame = buildFrame(command, data);
-    constexpr std::chrono::microseconds moment{100};
     const Deadline deadline = deadlineIn(timeout);
+    const bool queues = lockQueue.isLong();
     bool sent = false;
+    Deadline asked;
     auto received = blocking([&](const InterruptCheck& onWait) {
-        sent = client.send(frame, deadline, onWait);
-        return sent ? pool.await(key, std::min(deadline, Clock::now() + moment)) : std::nullopt;
+        sent = path.client->send(frame, deadline, onWait);
+        auto reply = sent && !queues ? path.await(key, deadline, onWait) : std::nullopt;
+        asked = Clock::now();
+        return reply;
     });
-    if (sent && !received) received = pool.take(key);
-    if (sent && !received) {
-        received = blocking([&](const InterruptCheck& onWait) { return pool.await(key, deadline, onWait); });
+    lockQueue.note(Clock::now() - asked);
+    if (sent && queues) {
+        received = path.pool->take(key);
+        if (!received) {
+            received = blocking([&](const InterruptCheck& onWait) { return path.await(key, deadline, onWait); });
+        }
     }
     if (!received) timedOut();
     return toBytes(*received);
 }
 
-bool stepsAreOurs(py::handle self, py::handle client) {
-    return hasOwnMethod(client, "sendPacket") && hasOwnMethod(self, "_preparePacket") &&
-           hasOwnMethod(self, "_getReplyFromPool");
-}
-
-Object clientOf(py::handle self) {
-    Object client = attribute(self, "client_cmd");
-    return client;
-}
-
 Object echoPacket(py::handle self, int command, const Object& data, Seconds timeout) {
-    const Object client = clientOf(self);
-    if (const auto link = nativeOrNothing<Client>(client); link && timeout > 0 && stepsAreOurs(self, client)) {
-        if (const ReplyPool pool(self); pool.ours) {
-            return exchangeOnce(*link, *pool.ours, command, bytesOf(data), timeout);
+    if (timeout > 0) {
+        if (const auto path = RequestPath::of(self); path && path->blocking) {
+            return exchangeOnce(*path, command, bytesOf(data), timeout);
         }
     }
     const Object frame = callMethod(self, "_preparePacket", py::int_(command), data);
-    callMethod(client, "sendPacket", frame);
+    callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
     return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
 }
 
 // Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
 Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
-    const py::float_ quickTry(QUICK_TRY);
+    const auto attempt = [&] {
+        if (const auto path = RequestPath::of(self); path && path->blocking) {
+            return exchangeOnce(*path, argument<int>(command, "cmd"), bytesOf(data), QUICK_TRY);
+        }
+        return callMethod(self, "_echoPacket", command, data, py::float_(QUICK_TRY));
+    };
     double timer = 0.0;
     for (int count = 0; count < NUM_RETRIES && timer < limit; ++count, timer += QUICK_TRY) {
         try {
-            return callMethod(self, "_echoPacket", command, data, quickTry);
+            return attempt();
+        } catch (const Failure& failure) {
+            if (failure.id() != FailureId::ReceivePacketTimeoutError) throw;
         } catch (const py::error_already_set& error) {
             if (!isFailure(error, FailureId::ReceivePacketTimeoutError)) throw;
         }
@@ -116,8 +146,7 @@ Object getReplyFromPool(py::handle self, const Object& key, Seconds limit) {
     const auto number = argument<EchoPool::Key>(key, "cmd");
     auto data = pool.ours->take(number);
     if (!data) {
-        data =
-            blocking([&](const InterruptCheck& onWait) { return pool.ours->await(number, deadlineIn(limit), onWait); });
+        data = blocking([&](const InterruptCheck& onWait) { return pool.await(number, deadlineIn(limit), onWait); });
     }
     if (!data) timedOut();
     return toBytes(*data);
@@ -164,9 +193,8 @@ py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted
     return takeStreaming(queue, wanted);
 }
 
-// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment. A near
-// device's reply is there on return, which spares the way through the loop's selector.
-bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> expected = {}) {
+// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
+bool sendNow(py::handle self, const Object& frame) {
     const Object client = attribute(self, "client_cmd");
     const auto link = nativeOrNothing<Client>(client);
     if (!link || !hasOwnMethod(client, "sendPacket")) {
@@ -174,11 +202,8 @@ bool sendNow(py::handle self, const Object& frame, std::optional<EchoPool::Key> 
         return true;
     }
     const Bytes bytes = bytesOf(frame);
-    const auto pool = expected ? ReplyPool(self).ours : nullptr;
     const WithoutGil released;
-    const bool sent = link->send(bytes, Clock::now());
-    if (sent && pool) pool->yieldFor(*expected);
-    return sent;
+    return link->send(bytes, Clock::now());
 }
 
 Task sendWithoutReplySteps(Op op, Object command, Object data) {
@@ -191,21 +216,57 @@ Task sendWithoutReplySteps(Op op, Object command, Object data) {
     co_return py::none();
 }
 
-// A peer that takes no more bytes is one that does not answer in time.
-Task echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
-    const Object frame = op.call("_preparePacket", py::int_(command), data);
-    const EchoPool::Key key = keyOf(command, data);
-    const Deadline deadline = deadlineIn(timeout);
-    while (!sendNow(op.self(), frame, key)) {
-        if (Clock::now() >= deadline) co_return py::none();
-        co_await op.sleep(ECHO_DELAY);
+// The part of an awaited request that needs no turn of the loop: it is sent, and a near device has answered by then.
+struct Begun {
+    bool sent = false;
+    Object reply;
+};
+
+Begun begin(py::handle self, int command, const Object& data) {
+    const auto path = RequestPath::of(self);
+    if (!path || !path->awaitable) return {};
+    const Bytes payload = bytesOf(data);
+    const EchoPool::Key key = command == MOTION ? motionKey(payload) : command;
+    const Bytes frame = buildFrame(command, payload);
+    Begun begun;
+    {
+        const WithoutGil released;
+        begun.sent = path->client->send(frame, Clock::now());
+        if (begun.sent && path->receiver) path->receiver->awaitBriefly(*path->pool, key);
     }
+    if (!begun.sent) return begun;
+    if (const auto reply = path->pool->take(key)) begun.reply = toBytes(*reply);
+    return begun;
+}
+
+// The loop gets a turn now and then, however fast the device is.
+Awaiter giveLoopItsTurn(const Op& op) { return LoopWakers::loopIsDue() ? op.sleep(0) : Awaiter::done(py::none()); }
+
+Task awaitReplySteps(Op op, EchoPool::Key key, Deadline deadline) {
     try {
         co_return co_await within(deadline, op.call("_getReplyFromPool_async", py::int_(key)));
     } catch (const py::error_already_set& error) {
         if (!error.matches(pythonObject("asyncio", "TimeoutError"))) throw;
     }
     co_return py::none();
+}
+
+// A peer that takes no more bytes is one that does not answer in time.
+Task echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
+    const Deadline deadline = deadlineIn(timeout);
+    Begun begun = begin(op.self(), command, data);
+    if (begun.reply) {
+        co_await giveLoopItsTurn(op);
+        co_return begun.reply;
+    }
+    if (!begun.sent) {
+        const Object frame = op.call("_preparePacket", py::int_(command), data);
+        while (!sendNow(op.self(), frame)) {
+            if (Clock::now() >= deadline) co_return py::none();
+            co_await op.sleep(ECHO_DELAY);
+        }
+    }
+    co_return co_await op.run(awaitReplySteps(op, keyOf(command, data), deadline));
 }
 
 Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
@@ -216,7 +277,19 @@ Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seco
         return Awaiter::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
     };
     for (int count = 0; count < most; ++count) {
-        const Object value = co_await attempt();
+        const Deadline deadline = deadlineIn(RETRY_TIMEOUT);
+        const int code = argument<int>(command, "cmd");
+        Begun begun = begin(op.self(), code, data);
+        if (begun.reply) {
+            co_await giveLoopItsTurn(op);
+            co_return begun.reply;
+        }
+        Object value;
+        if (begun.sent) {
+            value = co_await op.run(awaitReplySteps(op, keyOf(code, data), deadline));
+        } else {
+            value = co_await attempt();
+        }
         if (!value.is_none()) co_return value;
     }
     const double left = std::max(timeout - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
@@ -225,7 +298,7 @@ Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seco
 
 Task getReplySteps(Op op, Object key) {
     const ReplyPool pool(op.self());
-    const auto runtime = runtimeOrNothing(op.self());
+    const auto& runtime = pool.runtime;
     while (!pool.ours || !runtime) {
         if (Object data = pool.takeForeign(key)) co_return data;
         co_await op.sleep(ECHO_DELAY);
@@ -234,10 +307,10 @@ Task getReplySteps(Op op, Object key) {
     for (;;) {
         const auto data = pool.ours->take(number);
         if (!data) {
-            co_await ArrivalPending(runtime->wakers, pool.ours, number);
+            co_await ReplyAwaiter(runtime->wakers, pool.ours, number);
             continue;
         }
-        if (runtime->wakers.loopIsDue()) co_await op.sleep(0);
+        co_await giveLoopItsTurn(op);
         co_return toBytes(*data);
     }
 }
@@ -255,6 +328,8 @@ Task broadcastSteps(Op op, Object command, Object data) {
 }  // namespace
 
 void definePacket(Package& package) {
+    Watch::watchNames(
+        {"_preparePacket", "_echoPacket", "_getReplyFromPool", "_echoPacket_async", "_getReplyFromPool_async"});
     const Parameter queue{"queue_", "Fifo", "queue of samples"};
     const Parameter count{"num_samples", "int", "most items to take; -1 for all that are there"};
     const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};

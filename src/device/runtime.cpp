@@ -98,7 +98,7 @@ private:
         if (killed && isTrue(killed)) return Next::end;
         setGate(receiver, attributeOrNothing(object, link_.lock));
         receiver.setSource(sourceOf(attributeOrNothing(object, link_.client)));
-        receiver.setSink(sinkOf(object));
+        setSink(receiver, object);
         return Next::goOn;
     }
 
@@ -140,16 +140,19 @@ private:
         return foreign_;
     }
 
-    Receiver::Sink sinkOf(const Object& object) {
+    void setSink(Receiver& receiver, const Object& object) {
         const auto echo = nativeOrNothing<EchoPool>(attributeOrNothing(object, "data_pool_echo"));
         const auto stream = nativeOrNothing<StreamPool>(attributeOrNothing(object, "data_pool_strm"));
         const auto broadcast = nativeOrNothing<BroadcastPool>(attributeOrNothing(object, "data_pool_bcst"));
         if (echo && stream && broadcast && hasOwnMethod(object, "_putToDataPool") &&
             hasOwnMethod(object, "_checkCommandType")) {
             pools_ = {echo, stream, broadcast};
-            return [pools = pools_](Packet packet) mutable { pools.file(packet.command, std::move(packet.data)); };
+            receiver.setSink(
+                [pools = pools_](Packet packet) mutable { pools.file(packet.command, std::move(packet.data)); },
+                [stream, broadcast] { return !stream->holdsForeign() && !broadcast->holdsForeign(); });
+            return;
         }
-        return [self = self_](const Packet& packet) {
+        const auto callSteps = [self = self_](const Packet& packet) {
             if (!interpreterAlive()) return;
             const WithGil acquired;
             const Object object = callObject(self.get());
@@ -157,6 +160,7 @@ private:
                 callMethod(object, "_putToDataPool", py::int_(packet.command), toBytes(packet.data));
             }
         };
+        receiver.setSink(callSteps, [] { return false; });
     }
 
     const DeviceLink& link_;
@@ -186,6 +190,7 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
                                                std::make_shared<ReceiverSupervisor>(self, link, watch, pools));
     if (link.anybodySends) receiver->ignoreUnfiled();
     receivers_.push_back(receiver);
+    if (std::string_view(link.client) == "client_cmd") wakers.receiver = receiver;
     watch->onChange(receiver);
     endAtExit(receiver);
     receiver->start();
@@ -205,13 +210,17 @@ std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self) {
     return runtime;
 }
 
+void DeviceRuntime::requireOwn() const {
+    if (mark.foreign()) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The handle"));
+}
+
 bool isForeign(py::handle self) {
     const auto runtime = runtimeOrNothing(self);
     return runtime && runtime->mark.foreign();
 }
 
 void requireOwn(py::handle self) {
-    if (isForeign(self)) throw Failure(FailureId::NetworkConnectionLostError, foreignMessage("The handle"));
+    if (const auto runtime = runtimeOrNothing(self)) runtime->requireOwn();
 }
 
 bool isKilled(py::handle self) { return isTrue(attribute(self, "killed")); }

@@ -34,8 +34,15 @@ public:
     const ProcessMark mark;
     /// The pools that the object begins with.
     DataPools pools;
-    Wakers wakers;
+    LoopWakers wakers;
+    /// Who brings the replies to requests; nothing where there is no such link.
+    const std::shared_ptr<Receiver>& commands() const { return wakers.receiver; }
     const std::shared_ptr<Watch> watch;
+    /// Kept by the requests, under the interpreter lock.
+    std::shared_ptr<const class RequestPath> requestPath;
+
+    /// Throws Failure NetworkConnectionLostError in a forked child.
+    void requireOwn() const;
 
     /// Makes and starts the receive thread of a connection, gate shut.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);

@@ -49,7 +49,14 @@ struct IsOptional<std::optional<T>> : std::true_type {
 /// The native part of an object; nothing if it has none of this kind, or its constructor has not run.
 template <class T>
 std::shared_ptr<T> nativeOrNothing(py::handle object) {
-    if (!object || !py::isinstance<T>(object) || !detail::isConstructed(object)) return nullptr;
+    if (!object) return nullptr;
+    // One of exactly this class is recognised without a search for its type.
+    static const py::detail::type_info* const bound = py::detail::get_type_info(typeid(T));
+    if (bound != nullptr && Py_TYPE(object.ptr()) == bound->type) {
+        const auto held = reinterpret_cast<py::detail::instance*>(object.ptr())->get_value_and_holder(bound);
+        return held.holder_constructed() ? held.template holder<std::shared_ptr<T>>() : nullptr;
+    }
+    if (!py::isinstance<T>(object) || !detail::isConstructed(object)) return nullptr;
     return py::cast<std::shared_ptr<T>>(object);
 }
 

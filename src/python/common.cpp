@@ -1,6 +1,7 @@
 #include "python/common.h"
 
 #include <atomic>
+#include <cstring>
 #include <map>
 #include <thread>
 #include <unordered_map>
@@ -31,9 +32,18 @@ PyObject* internedWith(Names& names, std::string_view name, const char* ending) 
 
 }  // namespace
 
+// Names are literals nearly always, so the place of one tells which it is; what stands there is compared all the same.
 PyObject* interned(const char* name) {
+    struct Known {
+        const char* place = nullptr;
+        PyObject* text = nullptr;
+    };
     static auto& names = neverDestroyed<Names>();
-    return internedWith(names, name, "");
+    static auto& known = neverDestroyed<std::array<Known, 1024>>();
+    Known& entry = known[(reinterpret_cast<std::uintptr_t>(name) >> 2) % known.size()];
+    if (entry.place == name && std::strcmp(name, PyUnicode_AsUTF8(entry.text)) == 0) return entry.text;
+    entry = {name, internedWith(names, name, "")};
+    return entry.text;
 }
 
 PyObject* internedAsyncName(const char* name) {

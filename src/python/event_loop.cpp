@@ -1,7 +1,6 @@
 #include "python/event_loop.h"
 
-#include "python/event_descriptor.h"
-
+#include "python/loop_descriptor.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -49,16 +48,16 @@ void resolve(const std::vector<Object>& futures) {
 }  // namespace
 
 /// One wait of one awaited step.
-class Arrival final : public Listener, public std::enable_shared_from_this<Arrival> {
+class LoopWait final : public ReplySubscriber, public std::enable_shared_from_this<LoopWait> {
 public:
-    Arrival(std::shared_ptr<Waker> waker, Object future, Deadline limit)
+    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit)
         : waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
 
-    /// Any thread. Only the first arrival counts.
-    void onArrival() noexcept override;
+    /// Any thread. Only the first reply counts.
+    void onReply() noexcept override;
 
     // All the rest happens under the interpreter lock. The future is gone once the wait is over, so that whichever
-    // thread holds the arrival last holds nothing of the interpreter.
+    // thread holds the wait last holds nothing of the interpreter.
     const Object& future() const { return future_; }
     Object takeFuture() { return std::move(future_); }
     Deadline limit() const { return limit_; }
@@ -68,11 +67,12 @@ public:
         expired_ = !arrived_;
     }
     bool over() const { return over_; }
+    bool arrived() const { return arrived_; }
     bool expired() const { return expired_; }
-    const std::shared_ptr<Waker>& waker() const { return waker_; }
+    const std::shared_ptr<LoopWaker>& waker() const { return waker_; }
 
 private:
-    const std::shared_ptr<Waker> waker_;
+    const std::shared_ptr<LoopWaker> waker_;
     Object future_;
     const Deadline limit_;
     std::atomic<bool> arrived_{false};
@@ -81,47 +81,63 @@ private:
 };
 
 /// Belongs to one object and one loop.
-class Waker : public std::enable_shared_from_this<Waker> {
+class LoopWaker final : public ReadingRight::Waiter, public std::enable_shared_from_this<LoopWaker> {
 public:
+    explicit LoopWaker(std::shared_ptr<Receiver> receiver) : Waiter(true), receiver_(std::move(receiver)) {}
+    ~LoopWaker() override { leaveRight(); }
+    LoopWaker(const LoopWaker&) = delete;
+    LoopWaker& operator=(const LoopWaker&) = delete;
+
     /// Makes the callbacks of a waker and lets the loop watch. The caller is the only one to keep them where the loop
     /// has nothing to watch.
-    static Object attach(py::handle loop);
+    static Object attach(py::handle loop, std::shared_ptr<Receiver> receiver);
 
     /// Any thread.
-    void signal(std::shared_ptr<Arrival> arrival) noexcept;
+    void signal(std::shared_ptr<LoopWait> wait) noexcept;
+    /// The link is to be read by the loop, which hears of bytes from now on.
+    void onTurn() noexcept override;
 
     // On the loop's thread.
-    void enter(Arrival& arrival);
+    void enter(LoopWait& wait);
     void deliver();
     void expire();
     void unwatch();
 
     // On any thread, under the interpreter lock.
-    void leave(Arrival& arrival);
+    void leave(LoopWait& wait);
     /// The object is gone: the loop stops watching once nobody waits any more.
     void dismiss();
     /// The loop has let go of the callbacks. Who waits still is never told.
-    void abandon();
+    void close();
 
     /// The callbacks, as long as the loop has them.
     py::handle callbacks() const { return callbacks_; }
-    const std::vector<Arrival*>& waiting() const { return waiting_; }
+    const std::vector<LoopWait*>& waiting() const { return waiting_; }
 
 private:
     friend struct Callbacks;
     void schedule();
     void stopWatching();
+    void deliver(bool bytes);
+    bool isWatching() const;
+    void enterRight();
+    void leaveRight() noexcept;
+    void readLink();
+
+    const std::shared_ptr<Receiver> receiver_;
+    bool isIdle_ = false;             // under the interpreter lock
+    std::atomic<bool> armed_{false};  // the descriptor tells of bytes
 
     // Under the mutex.
     std::mutex mutex_;
-    std::vector<std::shared_ptr<Arrival>> arrived_;
-    std::shared_ptr<const Descriptor> descriptor_;
+    std::vector<std::shared_ptr<LoopWait>> arrived_;
+    std::shared_ptr<const LoopDescriptor> descriptor_;
     bool signalled_ = false;
-    bool abandoned_ = false;
+    bool closed_ = false;
 
     // Under the interpreter lock.
     PyObject* callbacks_ = nullptr;  // not ours
-    std::vector<Arrival*> waiting_;
+    std::vector<LoopWait*> waiting_;
     Deadline timer_ = forever;
     bool dismissed_ = false;
 };
@@ -129,11 +145,11 @@ private:
 // What a loop holds of a waker: an object of the host with the callbacks as methods. It shows the collector the futures
 // that are waited for, and its end is the news that the loop has let go.
 struct Callbacks {
-    std::shared_ptr<Waker> waker;
+    std::shared_ptr<LoopWaker> waker;
     Object loop;  // weak reference
-    std::shared_ptr<const Descriptor> descriptor;
+    std::shared_ptr<const LoopDescriptor> descriptor;
 
-    static Object make(const std::shared_ptr<Waker>& waker, py::handle loop);
+    static Object make(const std::shared_ptr<LoopWaker>& waker, py::handle loop);
     /// Nothing once the loop is gone.
     Object livingLoop() const {
         Object living = callObject(loop);
@@ -152,7 +168,7 @@ PyTypeObject callbacksType{};
 Callbacks& contentOf(py::handle callbacks) { return *reinterpret_cast<CallbacksObject*>(callbacks.ptr())->content; }
 
 // A method that does something with the waker, whatever becomes of the object meanwhile.
-template <void (Waker::*action)()>
+template <void (LoopWaker::*action)()>
 PyObject* method(PyObject* self, PyObject* /*unused*/) {
     try {
         const auto waker = contentOf(self).waker;
@@ -165,22 +181,22 @@ PyObject* method(PyObject* self, PyObject* /*unused*/) {
 }
 
 PyMethodDef callbackMethods[] = {
-    {"deliver", method<&Waker::deliver>, METH_NOARGS, "Lets go on what waited for something that has arrived."},
-    {"expire", method<&Waker::expire>, METH_NOARGS, "Ends the waits whose limit has struck."},
-    {"unwatch", method<&Waker::unwatch>, METH_NOARGS, "Ends the watch of the loop."},
+    {"deliver", method<&LoopWaker::deliver>, METH_NOARGS, "Lets go on what waited for something that has arrived."},
+    {"expire", method<&LoopWaker::expire>, METH_NOARGS, "Ends the waits whose limit has struck."},
+    {"unwatch", method<&LoopWaker::unwatch>, METH_NOARGS, "Ends the watch of the loop."},
     {nullptr, nullptr, 0, nullptr},
 };
 
 int traverseCallbacks(PyObject* self, visitproc visit, void* arg) {
     const Callbacks& content = contentOf(self);
     Py_VISIT(content.loop.ptr());
-    for (const Arrival* arrival : content.waker->waiting()) Py_VISIT(arrival->future().ptr());
+    for (const LoopWait* wait : content.waker->waiting()) Py_VISIT(wait->future().ptr());
     return 0;
 }
 
 int clearCallbacks(PyObject* self) {
     const auto waker = contentOf(self).waker;
-    waker->abandon();
+    waker->close();
     return 0;
 }
 
@@ -188,13 +204,13 @@ void deallocateCallbacks(PyObject* self) {
     PyObject_GC_UnTrack(self);
     const py::error_scope keepError;
     const std::unique_ptr<Callbacks> content(&contentOf(self));
-    content->waker->abandon();
+    content->waker->close();
     PyObject_GC_Del(self);
 }
 
 }  // namespace
 
-void prepareWakerType() {
+void prepareLoopWakerType() {
     callbacksType.tp_name = "pyzvr.waker";
     callbacksType.tp_doc = "What an event loop calls for the requests that are awaited on it.";
     callbacksType.tp_basicsize = sizeof(CallbacksObject);
@@ -207,7 +223,7 @@ void prepareWakerType() {
     if (PyType_Ready(&callbacksType) != 0) throw py::error_already_set();
 }
 
-Object Callbacks::make(const std::shared_ptr<Waker>& waker, py::handle loop) {
+Object Callbacks::make(const std::shared_ptr<LoopWaker>& waker, py::handle loop) {
     auto content = std::make_unique<Callbacks>(Callbacks{waker, own(PyWeakref_NewRef(loop.ptr(), nullptr)), nullptr});
     auto* self = PyObject_GC_New(CallbacksObject, &callbacksType);
     if (self == nullptr) throw py::error_already_set();
@@ -218,14 +234,14 @@ Object Callbacks::make(const std::shared_ptr<Waker>& waker, py::handle loop) {
     return made;
 }
 
-void Arrival::onArrival() noexcept {
+void LoopWait::onReply() noexcept {
     if (!arrived_.exchange(true)) waker_->signal(shared_from_this());
 }
 
-Object Waker::attach(py::handle loop) {
-    const auto waker = std::make_shared<Waker>();
+Object LoopWaker::attach(py::handle loop, std::shared_ptr<Receiver> receiver) {
+    const auto waker = std::make_shared<LoopWaker>(std::move(receiver));
     Object callbacks = Callbacks::make(waker, loop);
-    const auto descriptor = Descriptor::make();
+    const auto descriptor = LoopDescriptor::make();
     if (!descriptor) return callbacks;
     try {
         const Object deliver = attribute(callbacks, "deliver");
@@ -235,16 +251,16 @@ Object Waker::attach(py::handle loop) {
         return callbacks;
     }
     const std::lock_guard lock(waker->mutex_);
-    if (!waker->abandoned_) contentOf(callbacks).descriptor = waker->descriptor_ = descriptor;
+    if (!waker->closed_) contentOf(callbacks).descriptor = waker->descriptor_ = descriptor;
     return callbacks;
 }
 
-void Waker::signal(std::shared_ptr<Arrival> arrival) noexcept {
-    std::shared_ptr<const Descriptor> descriptor;
+void LoopWaker::signal(std::shared_ptr<LoopWait> wait) noexcept {
+    std::shared_ptr<const LoopDescriptor> descriptor;
     {
         const std::lock_guard lock(mutex_);
-        if (abandoned_) return;
-        arrived_.push_back(std::move(arrival));
+        if (closed_) return;
+        arrived_.push_back(std::move(wait));
         if (std::exchange(signalled_, true)) return;
         descriptor = descriptor_;
     }
@@ -268,58 +284,111 @@ void Waker::signal(std::shared_ptr<Arrival> arrival) noexcept {
     });
 }
 
-// Silence comes first: who signals after it rings anew, and who signalled before it is among those that are taken.
-void Waker::deliver() {
+void LoopWaker::onTurn() noexcept {
+    std::shared_ptr<const LoopDescriptor> descriptor;
+    {
+        const std::lock_guard lock(mutex_);
+        descriptor = descriptor_;
+    }
+    if (descriptor) armed_ = receiver_->watchOnce(descriptor->number());
+}
+
+bool LoopWaker::isWatching() const { return callbacks_ != nullptr && contentOf(callbacks_).descriptor; }
+
+// A loop that cannot watch the link leaves it to its thread, which is not to wait for others then.
+void LoopWaker::enterRight() {
+    if (!receiver_ || receiver_->isForeign()) return;
+    if (!isWatching() || !receiver_->canBeWatched()) {
+        if (!std::exchange(isIdle_, true)) receiver_->right().noteIdle();
+        return;
+    }
+    receiver_->right().enter(*this);
+    if (hasTurn() && !armed_) onTurn();
+}
+
+void LoopWaker::leaveRight() noexcept {
+    if (!receiver_ || receiver_->isForeign()) return;
+    if (std::exchange(isIdle_, false)) receiver_->right().forgetIdle();
+    receiver_->right().leave(*this);
+}
+
+// In the place of the receive thread. What that files for this loop is delivered by who calls, without a ring.
+void LoopWaker::readLink() {
+    if (!receiver_ || waiting_.empty()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        signalled_ = true;
+    }
+    const WithoutGil released;
+    ReadingRight& right = receiver_->right();
+    if (!right.begin(*this)) return;
+    receiver_->readFor(*this, nullptr, Clock::now());
+    right.end(*this);
+}
+
+// Listening comes first: who rings after it rings anew, and who rang before it is among those that are taken.
+void LoopWaker::deliver() {
     const auto descriptor = callbacks_ != nullptr ? contentOf(callbacks_).descriptor : nullptr;
-    if (descriptor) descriptor->silence();
-    std::vector<std::shared_ptr<Arrival>> arrived;
+    const bool bytes = descriptor && descriptor->listen().link;
+    if (bytes) armed_ = false;
+    deliver(bytes);
+}
+
+void LoopWaker::deliver(bool bytes) {
+    if (bytes) readLink();
+    std::vector<std::shared_ptr<LoopWait>> arrived;
     {
         const std::lock_guard lock(mutex_);
         signalled_ = false;
         arrived.swap(arrived_);
     }
+    const auto waitsOn = [](const LoopWait* wait) { return !wait->arrived() && !wait->over(); };
+    if (hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
     std::vector<Object> futures;
     futures.reserve(arrived.size());
-    for (const auto& arrival : arrived) {
-        if (arrival->future()) futures.push_back(arrival->future());
+    for (const auto& wait : arrived) {
+        if (wait->future()) futures.push_back(wait->future());
     }
     resolve(futures);
 }
 
-// What has arrived counts as in time, even if the loop was too busy to deliver it yet.
-void Waker::expire() {
+// What has come counts as in time, even if the loop was too busy to read or deliver it yet.
+void LoopWaker::expire() {
     timer_ = forever;
+    deliver(hasTurn());
     const Deadline now = Clock::now();
     std::vector<Object> futures;
-    for (Arrival* arrival : waiting_) {
-        if (arrival->over() || arrival->limit() > now) continue;
-        arrival->end();
-        futures.push_back(arrival->future());
+    for (LoopWait* wait : waiting_) {
+        if (wait->over() || wait->limit() > now) continue;
+        wait->end();
+        futures.push_back(wait->future());
     }
     thenAlways([&] { resolve(futures); }, [&] { schedule(); });
 }
 
-void Waker::enter(Arrival& arrival) {
-    waiting_.push_back(&arrival);
+void LoopWaker::enter(LoopWait& wait) {
+    waiting_.push_back(&wait);
+    enterRight();
     schedule();
 }
 
-void Waker::leave(Arrival& arrival) {
-    std::erase(waiting_, &arrival);
-    const Object future = arrival.takeFuture();
+void LoopWaker::leave(LoopWait& wait) {
+    std::erase(waiting_, &wait);
+    if (waiting_.empty()) leaveRight();
+    const Object future = wait.takeFuture();
     if (dismissed_ && waiting_.empty()) stopWatching();
 }
 
 // The timer of an earlier, already finished wait stays: limits come in order nearly always, so one timer serves many.
 // Where the loop watches nothing, the timer is also what keeps the callbacks while somebody waits.
-void Waker::schedule() {
+void LoopWaker::schedule() {
     constexpr std::chrono::seconds longest{60};
     const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
     if (!callbacks || waiting_.empty()) return;
     const Callbacks& content = contentOf(callbacks);
     Deadline next = content.descriptor ? forever : Clock::now() + longest;
-    for (const Arrival* arrival : waiting_) {
-        if (!arrival->over()) next = std::min(next, arrival->limit());
+    for (const LoopWait* wait : waiting_) {
+        if (!wait->over()) next = std::min(next, wait->limit());
     }
     if (next >= timer_) return;
     const Object loop = content.livingLoop();
@@ -335,13 +404,13 @@ void Waker::schedule() {
     }
 }
 
-void Waker::dismiss() {
+void LoopWaker::dismiss() {
     dismissed_ = true;
     if (waiting_.empty()) stopWatching();
 }
 
 // A watch ends on the thread that runs the loop, if one does.
-void Waker::stopWatching() {
+void LoopWaker::stopWatching() {
     const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
     if (!callbacks) return;
     const Callbacks& content = contentOf(callbacks);
@@ -350,7 +419,7 @@ void Waker::stopWatching() {
     try {
         loop = content.livingLoop();
         if (!loop || !content.descriptor || !content.descriptor->isOurs() || isClosed(loop)) {
-            abandon();
+            close();
         } else if (callMethod(loop, "is_running").cast<bool>() &&
                    !callObject(pythonObject("asyncio", "_get_running_loop")).is(loop)) {
             callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "unwatch"));
@@ -362,37 +431,38 @@ void Waker::stopWatching() {
     }
 }
 
-void Waker::unwatch() {
+void LoopWaker::unwatch() {
     const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
     if (!callbacks) return;
     const auto descriptor = contentOf(callbacks).descriptor;
     const Object loop = contentOf(callbacks).livingLoop();
     if (loop && descriptor) callMethod(loop, "remove_reader", py::int_(descriptor->number()));
-    abandon();
+    close();
 }
 
-void Waker::abandon() {
+void LoopWaker::close() {
+    leaveRight();
     if (callbacks_ != nullptr) contentOf(callbacks_).descriptor.reset();
     callbacks_ = nullptr;
     std::vector<Object> futures;
-    for (Arrival* arrival : waiting_) futures.push_back(arrival->takeFuture());
+    for (LoopWait* wait : waiting_) futures.push_back(wait->takeFuture());
     waiting_.clear();
-    std::vector<std::shared_ptr<Arrival>> arrived;
-    std::shared_ptr<const Descriptor> descriptor;
+    std::vector<std::shared_ptr<LoopWait>> arrived;
+    std::shared_ptr<const LoopDescriptor> descriptor;
     const std::lock_guard lock(mutex_);
-    abandoned_ = true;
+    closed_ = true;
     arrived.swap(arrived_);
     descriptor.swap(descriptor_);
 }
 
-Wakers::~Wakers() {
+LoopWakers::~LoopWakers() {
     if (wakers_.empty()) return;
     onInterpreter([this] {
         for (const auto& waker : std::exchange(wakers_, {})) waker->dismiss();
     });
 }
 
-std::shared_ptr<Waker> Wakers::find(py::handle loop) const {
+std::shared_ptr<LoopWaker> LoopWakers::find(py::handle loop) const {
     for (const auto& waker : wakers_) {
         if (waker->callbacks() && contentOf(waker->callbacks()).livingLoop().is(loop)) return waker;
     }
@@ -401,13 +471,13 @@ std::shared_ptr<Waker> Wakers::find(py::handle loop) const {
 
 // Most loops let go of their callbacks when they are closed; the others are asked. That may run any code, so it is done
 // on a copy.
-void Wakers::forgetClosed() {
+void LoopWakers::forgetClosed() {
     const auto wakers = wakers_;
     for (const auto& waker : wakers) {
         const Object callbacks = py::reinterpret_borrow<Object>(waker->callbacks());
         try {
             const Object loop = callbacks ? contentOf(callbacks).livingLoop() : Object();
-            if (!loop || isClosed(loop)) waker->abandon();
+            if (!loop || isClosed(loop)) waker->close();
         } catch (py::error_already_set& error) {
             error.discard_as_unraisable("pyzvr");
         }
@@ -415,29 +485,29 @@ void Wakers::forgetClosed() {
     std::erase_if(wakers_, [](const auto& waker) { return !waker->callbacks(); });
 }
 
-Object Wakers::callbacksOf(py::handle loop) {
+Object LoopWakers::callbacksOf(py::handle loop) {
     if (const auto waker = find(loop)) return borrow(waker->callbacks().ptr());
     forgetClosed();
-    Object made = Waker::attach(loop);
+    Object made = LoopWaker::attach(loop, receiver);
     const auto& waker = contentOf(made).waker;
     if (waker->callbacks()) wakers_.push_back(waker);
     return made;
 }
 
-std::shared_ptr<Arrival> Wakers::wait(Deadline limit) {
+std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit) {
     const Object loop = pythonObject("asyncio", "get_running_loop")();
     Object future = callMethod(loop, "create_future");
     const Object callbacks = callbacksOf(loop);
     const auto waker = contentOf(callbacks).waker;
     if (!waker->callbacks()) throw loopIsClosed();
-    const auto arrival = std::make_shared<Arrival>(waker, std::move(future), limit);
+    const auto wait = std::make_shared<LoopWait>(waker, std::move(future), limit);
     try {
-        waker->enter(*arrival);
+        waker->enter(*wait);
     } catch (...) {
-        waker->leave(*arrival);
+        waker->leave(*wait);
         throw;
     }
-    return arrival;
+    return wait;
 }
 
 namespace {
@@ -447,7 +517,7 @@ thread_local Deadline lastTurn{};
 
 }  // namespace
 
-bool Wakers::loopIsDue() {
+bool LoopWakers::loopIsDue() {
     constexpr std::chrono::microseconds longest{500};
     const Deadline now = Clock::now();
     if (now - lastTurn < longest) return false;
@@ -455,18 +525,18 @@ bool Wakers::loopIsDue() {
     return true;
 }
 
-ArrivalPending::~ArrivalPending() {
-    listening_.reset();
-    if (arrival_) arrival_->waker()->leave(*arrival_);
+ReplyAwaiter::~ReplyAwaiter() {
+    subscription_.reset();
+    if (wait_) wait_->waker()->leave(*wait_);
 }
 
-bool ArrivalPending::await_suspend(Task::Handle handle) {
+bool ReplyAwaiter::await_suspend(Task::Handle handle) {
     const Deadline limit = handle.promise().limit;
     if (limit <= Clock::now()) throw AwaitTimedOut();
-    arrival_ = wakers_.wait(limit);
-    listening_.emplace(pool_, key_, arrival_);
+    wait_ = wakers_.wait(limit);
+    subscription_.emplace(*pool_, key_, wait_);
     if (pool_->contains(key_)) return false;
-    const Object future = arrival_->future();
+    const Object future = wait_->future();
     if (!future) throw loopIsClosed();
     lastTurn = Clock::now();
     pending_.emplace(Awaiter::on(future));
@@ -474,9 +544,9 @@ bool ArrivalPending::await_suspend(Task::Handle handle) {
     return true;
 }
 
-void ArrivalPending::await_resume() {
+void ReplyAwaiter::await_resume() {
     if (pending_) pending_->await_resume();
-    if (arrival_->expired()) throw AwaitTimedOut();
+    if (wait_->expired()) throw AwaitTimedOut();
 }
 
 }  // namespace zvr::python

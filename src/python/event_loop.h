@@ -1,9 +1,9 @@
 // How a step of the awaitable form waits on its event loop for what other threads bring.
 //
-// An object has one waker for each loop that waits on it. Where the loop has `add_reader`, a thread that brings
-// something writes an event descriptor that the loop watches, which needs no interpreter lock; elsewhere it takes the
-// lock for one `call_soon_threadsafe`. Wake-ups are coalesced, and one timer per waker ends the waits whose limit has
-// struck.
+// An object has one waker for each loop that waits on it. Where the loop has `add_reader`, it watches a descriptor by
+// which a thread that brings something wakes it, which needs no interpreter lock; elsewhere that takes the lock for one
+// `call_soon_threadsafe`. While the loop has the right to read the link, the same descriptor tells of bytes there, and
+// the loop reads them itself. Wake-ups are coalesced, and one timer per waker ends the waits whose limit has struck.
 //
 // Who keeps what: the loop keeps its callbacks, these keep the futures that tasks wait for, and the tasks keep their
 // steps and the object. The waker keeps nothing of the interpreter. So a task that waits lives as long as its loop will
@@ -11,47 +11,49 @@
 // descriptor with them, and what the tasks held is left to the collector.
 #pragma once
 
-#include "core/engine/pools.h"
 #include "python/coroutine.h"
+#include "transport/receiver.h"
 
 namespace zvr::python {
 
-class Arrival;
-class Waker;
+class LoopWait;
+class LoopWaker;
 
 /// The wakers of one object. All of it happens under the interpreter lock.
-class Wakers {
+class LoopWakers {
 public:
-    Wakers() = default;
+    LoopWakers() = default;
+    /// Who brings the replies; loops read in the place of its thread. Set before anybody waits.
+    std::shared_ptr<Receiver> receiver;
     /// The loops stop watching, each on the thread that runs it.
-    ~Wakers();
-    Wakers(const Wakers&) = delete;
-    Wakers& operator=(const Wakers&) = delete;
+    ~LoopWakers();
+    LoopWakers(const LoopWakers&) = delete;
+    LoopWakers& operator=(const LoopWakers&) = delete;
 
     /// A wait on the running loop that ends at `limit` at the latest.
-    std::shared_ptr<Arrival> wait(Deadline limit);
+    std::shared_ptr<LoopWait> wait(Deadline limit);
 
     /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a
     /// turn for so long that the step ought to; the answer counts as a turn.
-    bool loopIsDue();
+    static bool loopIsDue();
 
 private:
-    std::shared_ptr<Waker> find(py::handle loop) const;
+    std::shared_ptr<LoopWaker> find(py::handle loop) const;
     Object callbacksOf(py::handle loop);
     void forgetClosed();
 
-    std::vector<std::shared_ptr<Waker>> wakers_;
+    std::vector<std::shared_ptr<LoopWaker>> wakers_;
 };
 
 /// Waits on the running event loop until a reply with this key may be there. Whoever drops it, at whatever moment, ends
 /// its part in the loop.
-class ArrivalPending {
+class ReplyAwaiter {
 public:
-    ArrivalPending(Wakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
+    ReplyAwaiter(LoopWakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
         : wakers_(wakers), pool_(std::move(pool)), key_(key) {}
-    ~ArrivalPending();
-    ArrivalPending(const ArrivalPending&) = delete;
-    ArrivalPending& operator=(const ArrivalPending&) = delete;
+    ~ReplyAwaiter();
+    ReplyAwaiter(const ReplyAwaiter&) = delete;
+    ReplyAwaiter& operator=(const ReplyAwaiter&) = delete;
 
     bool await_ready() const noexcept { return false; }
     /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
@@ -60,15 +62,15 @@ public:
     void await_resume();
 
 private:
-    Wakers& wakers_;
+    LoopWakers& wakers_;
     std::shared_ptr<EchoPool> pool_;
     EchoPool::Key key_;
-    std::shared_ptr<Arrival> arrival_;
-    std::optional<Listening> listening_;
+    std::shared_ptr<LoopWait> wait_;
+    std::optional<Subscription> subscription_;
     std::optional<Awaiter> pending_;
 };
 
 /// Called once, when the module is made.
-void prepareWakerType();
+void prepareLoopWakerType();
 
 }  // namespace zvr::python

@@ -20,6 +20,8 @@ struct Shape {
     std::size_t positional = 0;    // parameters that are not left-overs
     bool restPositional = false;
     bool restNamed = false;
+
+    std::size_t size() const { return positional + (restPositional ? 1 : 0) + (restNamed ? 1 : 0); }
 };
 
 struct OperationObject {
@@ -44,6 +46,22 @@ OperationObject* cast(PyObject* object) { return reinterpret_cast<OperationObjec
 
 std::string quoted(py::handle name) { return "'" + py::cast<std::string>(name) + "'"; }
 
+// The arguments of a call, as many as there are parameters.
+class Bound {
+public:
+    explicit Bound(std::size_t count) : count_(count) { std::uninitialized_value_construct_n(data(), count_); }
+    ~Bound() { std::destroy_n(data(), count_); }
+    Bound(const Bound&) = delete;
+    Bound& operator=(const Bound&) = delete;
+
+    Object* data() const { return reinterpret_cast<Object*>(memory_); }
+    Object& operator[](std::size_t i) const { return data()[i]; }
+
+private:
+    const std::size_t count_;
+    alignas(Object) mutable std::byte memory_[mostParameters * sizeof(Object)];
+};
+
 // Puts the arguments of a call in the order of the parameters.
 void bind(const OperationObject* operation, PyObject* const* given, std::size_t count, PyObject* names, Object* bound) {
     const Shape& shape = *operation->shape;
@@ -53,7 +71,8 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
         refuse(operation, "takes at most " + std::to_string(shape.positional) + " arguments but " +
                               std::to_string(count) + " were given");
     }
-    py::dict restNamed;
+    Object restNamed;
+    if (shape.restNamed) restNamed = py::dict();
     const std::size_t named = names != nullptr ? static_cast<std::size_t>(PyTuple_GET_SIZE(names)) : 0;
     for (std::size_t i = 0; i < named; ++i) {
         const py::handle name = PyTuple_GET_ITEM(names, static_cast<Py_ssize_t>(i));
@@ -93,7 +112,7 @@ PyObject* call(PyObject* callable, PyObject* const* given, std::size_t flaggedCo
             ++given;
             --count;
         }
-        std::array<Object, mostParameters> bound;
+        const Bound bound(shape.size());
         bind(operation, given, count, names, bound.data());
         if (const auto* body = std::get_if<PlainBody>(&definition.body)) {
             return (*body)(definition, self, bound.data()).release().ptr();

@@ -4,6 +4,13 @@
 
 namespace zvr {
 
+std::optional<ReadStatus> PacketSource::receiveFor(const Wake* /*wake*/, Deadline /*until*/, std::size_t /*length*/,
+                                                   std::vector<Packet>& /*packets*/) {
+    return std::nullopt;
+}
+
+bool PacketSource::watchOnce(int /*epoll*/) const { return false; }
+
 void PacketSource::tellChanges(const std::shared_ptr<Gate>& gate) {
     const std::lock_guard lock(listening_);
     std::erase_if(gates_, [&](const std::weak_ptr<Gate>& each) { return each.expired() || each.lock() == gate; });

@@ -4,10 +4,12 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "core/engine/gate.h"
 #include "core/engine/process.h"
 #include "core/engine/waiting.h"
+#include "core/engine/wake.h"
 #include "core/wire/failures.h"
 #include "core/wire/splitter.h"
 
@@ -24,15 +26,31 @@ enum class ReadStatus {
 /// Who reads: a caller waits as the link's reads wait; the receive thread may wait longer, and `interrupt` ends that.
 enum class Reader { caller, thread };
 
-/// A source of packets for a receive loop. `receive` is called by one thread at a time.
+/// A source of packets for a receive loop. One at a time reads, the receive thread or another in its place.
 class PacketSource {
 public:
     virtual ~PacketSource() = default;
     /// Reads at most `length` bytes and adds the frames that are complete now to `packets`.
     virtual ReadStatus receive(std::size_t length, std::vector<Packet>& packets) = 0;
 
-    /// Ends a `receive` that waits, or else the next one, with nothing lost. Sources that never wait long need none.
+    /// Ends a wait of the receive thread, or else its next one, with nothing lost. Sources that never wait long need
+    /// none.
     virtual void interrupt() noexcept {}
+
+    /// Whether others than the receive thread may read.
+    virtual bool isShared() const { return waitsApart(); }
+    /// `receive` for another: waits until `until` at most, and not beyond a ring of `wake` where that can be heard.
+    /// Without a wake it waits no longer than a link's one call does that cannot be woken, which is some milliseconds.
+    /// Nothing if it is the receive thread that must read.
+    virtual std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                                 std::vector<Packet>& packets);
+
+    /// Whether the receive thread can wait for bytes without reading them. Then it waits in `awaitBytes`, which tells
+    /// whether there is something to read, the end or a failure included, and `receive` does not wait.
+    virtual bool waitsApart() const { return false; }
+    virtual bool awaitBytes() { return true; }
+    /// Lets an epoll tell once when there is something to read; false where nothing can be watched.
+    virtual bool watchOnce(int epoll) const;
 
     /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
     std::uint64_t steps() const noexcept { return steps_; }

@@ -39,19 +39,33 @@ void Receiver::start() {
 }
 
 void Receiver::run() {
+    const struct Leaving {
+        ReadingRight& right;
+        ~Leaving() { right.give(false); }
+    } leaving{right_};
     Pause silent = silentPause, reporting = reportPause;
+    std::uint64_t turn = 0;
     while (!killed_) {
-        if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
-            supervisor_->renew(*this);
+        const bool holds = right_.take() == ReadingRight::Turn::own;
+        if (holds && !prepareTurn(turn)) continue;
+        const Deadline begin = Clock::now();
+        const std::shared_ptr<PacketSource> read = source();
+        if (read && read->waitsApart() && !(holds && trouble_)) {
+            if (holds) right_.give(othersMayRead());
+            if (!awaitBytes(*read)) continue;
+        } else if (!holds) {
+            right_.hurry();  // what an event loop watches is not what is to be read
+            continue;
+        } else if (read && othersMayRead() && read->isShared() && (readsLong_ = true, right_.isWanted())) {
+            right_.give(true);
             continue;
         }
-        if (!filePending()) continue;
-        if (foreignPass_ && !foreignPass_()) continue;
-        const std::uint64_t turn = gateNow_->pass(passed_, [this] { return changed(); });
-        if (changed()) continue;
-        const Deadline begin = Clock::now();
-        const ReadStatus reading = cycle();
-        if (!filePending()) continue;
+        const ReadStatus reading = cycle(read.get());
+        if (!filePending()) {
+            right_.give(false);
+            continue;
+        }
+        right_.give(othersMayRead());
         switch (reading) {
             case ReadStatus::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
             case ReadStatus::failed:
@@ -62,6 +76,41 @@ void Receiver::run() {
         }
         silent.reset();
         reporting.reset();
+    }
+}
+
+// What comes before each read. Without the right again where it tells to begin anew.
+bool Receiver::prepareTurn(std::uint64_t& turn) {
+    if (unfiled_) std::rethrow_exception(std::exchange(unfiled_, nullptr));
+    if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
+        supervisor_->renew(*this);
+    } else if (filePending() && (!foreignPass_ || foreignPass_())) {
+        const auto passed = gateNow_->tryPass(passed_);
+        if (passed && !changed()) {
+            turn = *passed;
+            return true;
+        }
+        right_.give(false);
+        if (!passed) gateNow_->awaitPassable(passed_, [this] { return changed(); });
+        return false;
+    }
+    right_.give(false);
+    return false;
+}
+
+// Without the right: waits for something to read and for the turn to read it.
+bool Receiver::awaitBytes(PacketSource& source) {
+    for (;;) {
+        try {
+            if (!source.awaitBytes()) return false;
+        } catch (const std::exception&) {
+            // The read will tell.
+        }
+        if (changed()) return false;
+        if (right_.take(true) == ReadingRight::Turn::others) continue;
+        if (!changed()) return true;
+        right_.give(false);
+        return false;
     }
 }
 
@@ -82,16 +131,111 @@ bool Receiver::filePending() {
     return pending_.empty();
 }
 
-ReadStatus Receiver::cycle() {
-    const std::shared_ptr<PacketSource> read = source();
-    try {
-        if (read) return read->receive(readLength_, pending_);
-        if (!reportRead_) return ReadStatus::ended;
-        throw MissingClient();
-    } catch (const std::exception&) {
-        if (reportRead_ && !killed_) reportRead_(std::current_exception());
-        return ReadStatus::failed;
+ReadStatus Receiver::cycle(PacketSource* source) {
+    const struct Reading {
+        std::atomic<bool>& readsLong;
+        ~Reading() { readsLong = false; }
+    } reading{readsLong_};
+    std::exception_ptr failure = std::exchange(failure_, nullptr);
+    const auto trouble = std::exchange(trouble_, std::nullopt);
+    if (trouble && !failure) return *trouble;
+    if (!failure) {
+        try {
+            if (source != nullptr) return source->receive(readLength_, pending_);
+            if (!reportRead_) return ReadStatus::ended;
+            throw MissingClient();
+        } catch (const std::exception&) {
+            failure = std::current_exception();
+        }
     }
+    if (reportRead_ && !killed_) reportRead_(failure);
+    return ReadStatus::failed;
+}
+
+bool Receiver::readFor(ReadingRight::Waiter& reader, const Wake* wake, Deadline until) {
+    const bool mayGoOn = [&] {
+        if (changed() || !sinkNeverWaits_() || gateNow_->locked()) return false;
+        const std::shared_ptr<PacketSource> read = source();
+        try {
+            const auto reading = read ? read->receiveFor(wake, until, readLength_, pending_) : std::nullopt;
+            if (!reading) return false;
+            if (*reading == ReadStatus::ended) trouble_ = reading;
+        } catch (const std::exception&) {
+            trouble_ = ReadStatus::failed;
+            failure_ = std::current_exception();
+        }
+        if (!pending_.empty()) right_.noteRead();
+        try {
+            return filePending() && !trouble_;
+        } catch (...) {
+            unfiled_ = std::current_exception();
+            return false;
+        }
+    }();
+    if (mayGoOn) return true;
+    right_.leaveToThread(reader);
+    if (const auto read = source()) read->interrupt();
+    return false;
+}
+
+std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline deadline,
+                                     const InterruptCheck& onWait) {
+    if (auto data = pool.take(key)) return data;
+    const auto waiter = ThreadWaiter::ofThisThread();
+    struct Stay {
+        Receiver& receiver;
+        ThreadWaiter& waiter;
+        const InterruptCheck& onWait;
+
+        void enter() {
+            receiver.right_.enter(waiter);
+            if (waiter.hasTurn() || !receiver.readsLong_) return;
+            if (const auto read = receiver.source()) read->interrupt();
+        }
+        ~Stay() { receiver.right_.leave(waiter); }
+    } stay{*this, *waiter, onWait};
+    stay.enter();
+    if (waiter->hasTurn()) {
+        // Most replies come at once, and to who reads; the rest is needed where others bring it, or nobody.
+        readFor(*waiter, nullptr, deadline);
+        if (Clock::now() >= deadline) return std::nullopt;
+        if (auto data = pool.take(key)) return data;
+    }
+    InterruptCheck check;
+    if (onWait) {
+        check = [&stay] {  // it may do anything, also wait for a reply
+            stay.receiver.right_.leave(stay.waiter);
+            stay.onWait();
+            stay.enter();
+        };
+    }
+    return pool.awaitWith(*waiter, key, deadline, check, [this](ThreadWaiter& held, Deadline until) {
+        if (!held.hasTurn()) return held.park(until);
+        readFor(held, &held.wake(), until);
+        return held.takeReply();
+    });
+}
+
+void Receiver::awaitBriefly(EchoPool& pool, EchoPool::Key key) {
+    if (!canBeWatched()) return;
+    const auto waiter = ThreadWaiter::ofThisThread();
+    right_.enter(*waiter);
+    if (waiter->hasTurn()) {
+        pool.yieldFor(key, [&] {
+            if (waiter->hasTurn()) readFor(*waiter, nullptr, Clock::now());
+        });
+    }
+    right_.leave(*waiter);
+}
+
+bool Receiver::canBeWatched() const {
+    const auto read = source();
+    return read && read->waitsApart();
+}
+
+bool Receiver::watchOnce(int epoll) const {
+    const auto read = source();
+    return read && read->watchOnce(epoll);
 }
 
 void Receiver::end() {
@@ -109,6 +253,7 @@ void Receiver::closeLink() noexcept {
 
 void Receiver::lookAgain() noexcept {
     if (isForeign()) return;
+    right_.hurry();
     gate->wake();
     if (const auto passed = gateNow(); passed != gate) passed->wake();
     if (const auto read = source()) read->interrupt();
@@ -136,6 +281,7 @@ void Receiver::setSource(std::shared_ptr<PacketSource> source) {
         source_.swap(source);
     }
     if (source) source->interrupt();
+    right_.hurry();
     gateOfTurns->wake();
 }
 

@@ -4,6 +4,10 @@
 // source, cuts frames and files them through the sink. The user's side only turns the gate, replaces the source and
 // ends the thread. Nobody joins the thread: it holds all it needs.
 //
+// Who waits for a reply reads in the thread's place (reading_right.h), as long as that is the same to everybody: the
+// gate is open, source and sink are the library's own, and nothing has been replaced. Whatever else a read brings (a
+// failure, the end of the link, a frame that cannot be filed) is left to the thread.
+//
 // A read that fails or brings the end is one turn lost. The next turn comes after a pause, which grows while that goes
 // on, and at once when the gate is turned, the source is replaced, or the source tells of a change of its link.
 #pragma once
@@ -13,6 +17,7 @@
 #include <thread>
 
 #include "core/engine/gate.h"
+#include "core/engine/pools.h"
 #include "core/engine/supervisor.h"
 #include "core/engine/threads.h"
 #include "transport/client.h"
@@ -44,6 +49,20 @@ public:
     /// The body of the thread; also runs on the caller's thread, until `end`.
     void run();
 
+    /// Waits for a reply, and reads meanwhile. Otherwise as EchoPool::await.
+    std::optional<Bytes> await(EchoPool& pool, EchoPool::Key key, Deadline deadline, const InterruptCheck& onWait = {});
+
+    /// Looks for the reply of a near device for some microseconds, and takes nothing. For who must not wait.
+    void awaitBriefly(EchoPool& pool, EchoPool::Key key);
+
+    /// On behalf of one that has the right: reads once, waiting until `until` at most and not beyond a ring of `wake`,
+    /// and files what came. False if only the thread can go on; it has the right then.
+    bool readFor(ReadingRight::Waiter& reader, const Wake* wake, Deadline until);
+    /// Lets an epoll tell once when there is something to read; false if that cannot be told.
+    bool watchOnce(int epoll) const;
+    bool canBeWatched() const;
+    ReadingRight& right() { return right_; }
+
     /// Ends the thread soon, out of its read.
     void end() override;
 
@@ -62,7 +81,11 @@ public:
     /// On the thread itself. No gate stands for the thread's own; a foreign one tells whether it has been passed.
     void setGate(std::shared_ptr<Gate> gate);
     void setForeignGate(std::function<bool()> pass) { foreignPass_ = std::move(pass); }
-    void setSink(Sink sink) { sink_ = std::move(sink); }
+    /// Who waits may file through a sink that never makes it wait, which is asked each time.
+    void setSink(Sink sink, std::function<bool()> neverWaits) {
+        sink_ = std::move(sink);
+        sinkNeverWaits_ = std::move(neverWaits);
+    }
     /// Waits until it is to look again.
     void rest(std::chrono::milliseconds most);
 
@@ -72,7 +95,10 @@ private:
     bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
     bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
-    ReadStatus cycle();
+    bool prepareTurn(std::uint64_t& turn);
+    bool awaitBytes(PacketSource& source);
+    ReadStatus cycle(PacketSource* source);
+    bool othersMayRead() const { return sinkNeverWaits_() && !foreignPass_ && !trouble_ && !unfiled_; }
     std::shared_ptr<PacketSource> source() const;
     std::shared_ptr<Gate> gateNow() const;
 
@@ -83,8 +109,15 @@ private:
     std::shared_ptr<Gate> gateNow_ = gate;
     Gate::Passed passed_ = 0;
     std::function<bool()> foreignPass_;
+    // The holder's of the right.
     std::vector<Packet> pending_;  // received, and not filed yet
-    std::atomic<bool> killed_{false}, ignoresUnfiled_{false};
+    std::function<bool()> sinkNeverWaits_ = [] { return true; };
+    // What another's read brought that is the thread's to deal with: its status and failure, or that of the sink.
+    std::optional<ReadStatus> trouble_;
+    std::exception_ptr failure_, unfiled_;
+    ReadingRight right_;
+
+    std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};
     mutable std::mutex mutex_;
     std::shared_ptr<PacketSource> source_;
 };

@@ -17,7 +17,7 @@ public:
     explicit SerialLine(int descriptor) : SystemSocket(descriptor, FailureId::UARTConnectionError) {}
 
 protected:
-    ssize_t receiveNow(int descriptor, Bytes& buffer) override {
+    ssize_t receiveNow(int descriptor, std::span<std::uint8_t> buffer) override {
         const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
         if (count == 0) errno = EIO;  // it is hung up
         return count == 0 ? -1 : count;

@@ -1,7 +1,6 @@
 #include "transport/socket.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -9,9 +8,10 @@
 #include <optional>
 
 #ifdef __linux__
-#include <sys/eventfd.h>
+#include <sys/epoll.h>
 #endif
 
+#include "core/engine/polling.h"
 #include "transport/names.h"
 
 namespace zvr {
@@ -34,54 +34,53 @@ bool isTransient(int number) { return number == EAGAIN || number == EWOULDBLOCK 
 // Bytes that a busy link's second read takes.
 constexpr std::size_t mostWaiting = 65536;
 // How often a thread looks whether its line was closed, where closing does not wake it.
-constexpr std::int64_t lookMilliseconds = 50;
+constexpr std::chrono::milliseconds lookEvery{50};
 // A peer that is gone is a failure of the send, not a signal.
 #ifdef MSG_NOSIGNAL
 constexpr int quietly = MSG_NOSIGNAL;
 #else
 constexpr int quietly = 0;
 #endif
-// What awaitEvent tells besides the events of poll.
-constexpr short interrupted = -1;
-
-// A descriptor that is readable while something has been written to it and not been read.
-int makeWake() {
 #ifdef __linux__
-    const int made = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    check(made);
-    return made;
-#else
-    // A socket that talks to itself: one descriptor, as everywhere else.
-    const int made = ::socket(AF_INET, SOCK_DGRAM, 0);
-    check(made);
-    sockaddr_in self{};
-    self.sin_family = AF_INET;
-    self.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof self;
-    auto* const address = reinterpret_cast<sockaddr*>(&self);
-    if (::bind(made, address, size) < 0 || ::getsockname(made, address, &size) < 0 ||
-        ::connect(made, address, size) < 0 || ::fcntl(made, F_SETFL, O_NONBLOCK) < 0) {
-        const int number = errno;
-        ::close(made);
-        throw std::system_error(number, std::system_category());
-    }
-    closeOnExec(made);
-    return made;
-#endif
+// The system's own step of time.
+Clock::duration tick() {
+    static const Clock::duration step = [] {
+        timespec resolution{};
+        check(::clock_getres(CLOCK_MONOTONIC_COARSE, &resolution));
+        return std::chrono::nanoseconds(resolution.tv_nsec);
+    }();
+    return step;
 }
+#endif
 
 template <class Protocol>
 class SocketOf final : public SystemSocket {
 public:
-    explicit SocketOf(int descriptor) : SystemSocket(descriptor, FailureId::NetworkConnectionLostError) {}
-
-protected:
-    ssize_t receiveNow(int descriptor, Bytes& buffer) override {
-        return ::recv(descriptor, buffer.data(), buffer.size(), 0);
+    explicit SocketOf(int descriptor) : SystemSocket(descriptor, FailureId::NetworkConnectionLostError) {
+#ifdef __linux__
+        // The descriptor itself may wait, a little, and each call says whether it does: one call that waits and
+        // receives costs less than two. The system counts such a time in ticks, and ends it within one more.
+        const auto time = std::chrono::duration_cast<std::chrono::microseconds>(tick());
+        const timeval limit{0, time.count()};
+        check(::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit));
+        check(::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK));
+#endif
     }
 
+protected:
+    ssize_t receiveNow(int descriptor, std::span<std::uint8_t> buffer) override {
+        return ::recv(descriptor, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    }
+
+#ifdef __linux__
+    ssize_t receiveSoon(int descriptor, std::span<std::uint8_t> buffer) override {
+        return ::recv(descriptor, buffer.data(), buffer.size(), 0);
+    }
+    Clock::duration shortWait() const override { return 2 * tick(); }
+#endif
+
     ssize_t sendNow(int descriptor, ByteView bytes) override {
-        return ::send(descriptor, bytes.data(), bytes.size(), quietly);
+        return ::send(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT | quietly);
     }
 
     bool endsWithNothing() const override { return std::is_same_v<Protocol, asio::ip::tcp>; }
@@ -140,8 +139,15 @@ private:
     SystemSocket& socket_;
 };
 
+std::optional<ReadStatus> Socket::receiveFor(const Wake* /*wake*/, Deadline /*until*/, std::size_t /*length*/,
+                                             SharedSplitter& /*splitter*/, std::vector<Packet>& /*packets*/) {
+    return std::nullopt;
+}
+
+bool Socket::watchOnce(int /*epoll*/) { return false; }
+
 SystemSocket::SystemSocket(int descriptor, FailureId foreignFailure)
-    : foreignFailure_(foreignFailure), descriptor_(descriptor), wakes_(makeWake()) {
+    : foreignFailure_(foreignFailure), descriptor_(descriptor) {
     check(::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK));
 }
 
@@ -151,40 +157,51 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
-short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, Reader reader) {
-    std::array<pollfd, 2> entries{{{descriptor_.get(), events, 0}, {wakes_.get(), POLLIN, 0}}};
-    const bool isThread = reader == Reader::thread;
-    const bool isWoken = isThread || isWokenByShutdown();
+short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, const Wake* wake) {
+    std::array<pollfd, 2> entries{{{descriptor_.get(), events, 0}, {wake == nullptr ? -1 : wake->number(), POLLIN, 0}}};
+    const std::span polled = std::span(entries).first(wake == nullptr ? 1 : 2);
+    const bool isWoken = wake == &threadWake_ || isWokenByShutdown();
     waitInterruptibly(deadline, onWait, [&](Deadline until) {
         requireOwn();  // who attends may have forked
-        int milliseconds = -1;
-        if (until != forever || !isWoken) {
-            const auto left = until == forever
-                                  ? lookMilliseconds
-                                  : std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-            milliseconds = static_cast<int>(std::clamp<std::int64_t>(left, 0, isWoken ? 60'000 : lookMilliseconds));
-        }
-        return ::poll(entries.data(), isThread ? 2 : 1, milliseconds) > 0 || closing_;
+        if (!isWoken) until = std::min(until, Clock::now() + lookEvery);
+        return pollUntil(polled, until) || closing_;
     });
-    if (entries[1].revents == 0) return closing_ && entries[0].revents == 0 ? interrupted : entries[0].revents;
-    std::uint64_t count = 0;
-    while (::read(wakes_.get(), &count, sizeof count) > 0) continue;
-    return interrupted;
+    if (entries[1].revents != 0) wake->silence();
+    return closing_ && entries[0].revents == 0 ? POLLHUP : entries[0].revents;
 }
 
-// What is there; nothing if there is nothing yet.
-std::optional<ReadStatus> SystemSocket::takeNow(Bytes& buffer) {
-    const ssize_t count = receiveNow(descriptor_.get(), buffer);
+std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer, bool waits) {
+    const int descriptor = descriptor_.get();
+    const ssize_t count = waits ? receiveSoon(descriptor, buffer) : receiveNow(descriptor, buffer);
     if (count < 0) {
         if (isTransient(errno)) return std::nullopt;
         failWithErrno();
     }
-    buffer.resize(static_cast<std::size_t>(count));
+    buffer = buffer.first(static_cast<std::size_t>(count));
     return count != 0 ? ReadStatus::data : endsWithNothing() ? ReadStatus::ended : ReadStatus::idle;
 }
 
+std::optional<ReadStatus> SystemSocket::takeInto(SharedSplitter& splitter, std::size_t length,
+                                                 std::vector<Packet>& packets, bool waits) {
+    const std::lock_guard lock(receiving_);
+    if (buffer_.size() < length) buffer_.resize(length);
+    std::span taken = std::span(buffer_).first(length);
+    const std::optional<ReadStatus> reading = takeNow(taken, waits);
+    if (reading != ReadStatus::data) return reading;
+    splitter.with([&](Splitter& shared) {
+        shared.append(taken);
+        if (taken.size() == length) {
+            if (buffer_.size() < mostWaiting) buffer_.resize(mostWaiting);
+            const ssize_t more = receiveNow(descriptor_.get(), buffer_);  // a failure shows in the next read
+            if (more > 0) shared.append(ByteView(buffer_).first(static_cast<std::size_t>(more)));
+        }
+        packets = shared.split();
+    });
+    return reading;
+}
+
 template <class Take>
-ReadStatus SystemSocket::readWith(Take&& take, const InterruptCheck& onWait, Reader reader) {
+ReadStatus SystemSocket::readWith(Take&& take, const InterruptCheck& onWait) {
     const Use use(*this);
     const double limit = timeout_;
     const Deadline deadline = deadlineIn(limit);
@@ -192,36 +209,57 @@ ReadStatus SystemSocket::readWith(Take&& take, const InterruptCheck& onWait, Rea
         if (const std::optional<ReadStatus> reading = take()) return *reading;
         // A datagram socket that is shut down has nothing to read, and says so for ever.
         if (closing_ || (events & POLLHUP) != 0) return ReadStatus::ended;
-        events = limit > 0 ? awaitEvent(POLLIN, deadline, onWait, reader) : short{0};
-        if (events == interrupted) return closing_ ? ReadStatus::ended : ReadStatus::idle;
-        if (events == 0 && reader == Reader::thread) return ReadStatus::idle;
+        events = limit > 0 ? awaitEvent(POLLIN, deadline, onWait) : short{0};
         if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);
     }
 }
 
 ReadStatus SystemSocket::read(Bytes& buffer, const InterruptCheck& onWait) {
-    const ReadStatus reading = readWith([&] { return takeNow(buffer); }, onWait, Reader::caller);
-    if (reading != ReadStatus::data) buffer.clear();
+    std::span taken(buffer);
+    const ReadStatus reading = readWith([&] { return takeNow(taken); }, onWait);
+    buffer.resize(reading == ReadStatus::data ? taken.size() : 0);
     return reading;
 }
 
-// Taking the bytes and putting them into the splitter is one step for other readers.
 ReadStatus SystemSocket::receive(Reader reader, std::size_t length, SharedSplitter& splitter,
                                  std::vector<Packet>& packets, const InterruptCheck& onWait) {
-    Bytes buffer(length);
-    const auto take = [&](Splitter& shared) {
-        const std::optional<ReadStatus> reading = takeNow(buffer);
-        if (reading != ReadStatus::data) return reading;
-        shared.append(buffer);
-        if (reader == Reader::thread && buffer.size() == length) {
-            buffer.resize(mostWaiting);
-            const ssize_t more = receiveNow(descriptor_.get(), buffer);  // a failure shows in the next read
-            if (more > 0) shared.append(ByteView(buffer).first(static_cast<std::size_t>(more)));
-        }
-        packets = shared.split();
-        return reading;
-    };
-    return readWith([&] { return splitter.with(take); }, onWait, reader);
+    const auto take = [&] { return takeInto(splitter, length, packets); };
+    if (reader == Reader::caller) return readWith(take, onWait);
+    const Use use(*this);
+    const std::optional<ReadStatus> reading = take();
+    return closing_ && !reading ? ReadStatus::ended : reading.value_or(ReadStatus::idle);
+}
+
+std::optional<ReadStatus> SystemSocket::receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                                   SharedSplitter& splitter, std::vector<Packet>& packets) {
+    const Use use(*this);
+    const Clock::duration left = until - Clock::now(), brief = shortWait();
+    const bool waits = wake == nullptr && left > left.zero();
+    if (waits && (brief == brief.zero() || left <= brief)) return ReadStatus::idle;
+    const short events = wake == nullptr ? POLLIN : awaitEvent(POLLIN, until, {}, wake);
+    if (events == 0) return ReadStatus::idle;
+    const auto reading = takeInto(splitter, length, packets, waits);
+    if (!reading && (closing_ || (events & POLLHUP) != 0)) return ReadStatus::ended;
+    return reading.value_or(ReadStatus::idle);
+}
+
+bool SystemSocket::awaitBytes() {
+    const Use use(*this);
+    const double limit = timeout_;
+    return limit <= 0 || awaitEvent(POLLIN, deadlineIn(limit), {}, &threadWake_) != 0;
+}
+
+bool SystemSocket::watchOnce([[maybe_unused]] int epoll) {
+#ifdef __linux__
+    const Use use(*this);
+    epoll_event event{};
+    event.events = EPOLLIN | EPOLLONESHOT;
+    event.data.u64 = 0;
+    if (::epoll_ctl(epoll, EPOLL_CTL_MOD, descriptor_.get(), &event) == 0) return true;
+    return errno == ENOENT && ::epoll_ctl(epoll, EPOLL_CTL_ADD, descriptor_.get(), &event) == 0;
+#else
+    return false;
+#endif
 }
 
 bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
@@ -237,7 +275,7 @@ bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck&
             partly = true;
         } else if (!isTransient(errno)) {
             failWithErrno();
-        } else if (awaitEvent(POLLOUT, deadline, onWait, Reader::caller) == 0) {
+        } else if (awaitEvent(POLLOUT, deadline, onWait) == 0) {
             return false;
         }
         if (closing_) throw std::system_error(EBADF, std::system_category());
@@ -252,15 +290,13 @@ std::size_t SystemSocket::sendSome(ByteView bytes, const InterruptCheck& onWait)
         if (sent >= 0) return static_cast<std::size_t>(sent);
         if (!isTransient(errno)) failWithErrno();
         if (limit <= 0) fail(asio::error::would_block);
-        if (awaitEvent(POLLOUT, deadline, onWait, Reader::caller) == 0) fail(asio::error::timed_out);
+        if (awaitEvent(POLLOUT, deadline, onWait) == 0) fail(asio::error::timed_out);
         if (closing_) throw std::system_error(EBADF, std::system_category());
     }
 }
 
 void SystemSocket::interrupt() noexcept {
-    if (mark_.foreign()) return;
-    constexpr std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(wakes_.get(), &one, sizeof one);
+    if (!mark_.foreign()) threadWake_.ring();
 }
 
 void SystemSocket::close(Deadline deadline) noexcept {

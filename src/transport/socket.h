@@ -14,14 +14,22 @@ public:
 
     /// Waits until there is something to read, end of stream included, and reads it.
     virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait) = 0;
-    /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn.
+    /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn; where it waits
+    /// apart, it does not wait here.
     virtual ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter,
                                std::vector<Packet>& packets, const InterruptCheck& onWait) = 0;
     virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) = 0;
 
+    /// As a PacketSource has them. Other sockets than the system's are for the receive thread alone.
+    virtual std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                                 SharedSplitter& splitter, std::vector<Packet>& packets);
+    virtual bool waitsApart() const { return false; }
+    virtual bool awaitBytes() { return true; }
+    virtual bool watchOnce(int epoll);
+
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
-    /// Ends a `receive` of the receive thread, or else its next one, as an idle turn.
+    /// Ends a wait of the receive thread, or else its next one, as an idle turn.
     virtual void interrupt() noexcept = 0;
     /// Shuts it down. Throws std::system_error, and leaves it open then.
     virtual void shutDown() = 0;
@@ -47,6 +55,11 @@ public:
     ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter, std::vector<Packet>& packets,
                        const InterruptCheck& onWait) override;
     bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) override;
+    std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length, SharedSplitter& splitter,
+                                         std::vector<Packet>& packets) override;
+    bool waitsApart() const override { return true; }
+    bool awaitBytes() override;
+    bool watchOnce(int epoll) override;
     /// Sends once, as much as there is room for; tells how much.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
@@ -70,8 +83,13 @@ public:
 
 protected:
     /// Never wait; negative with errno set where they fail.
-    virtual ssize_t receiveNow(int descriptor, Bytes& buffer) = 0;
+    virtual ssize_t receiveNow(int descriptor, std::span<std::uint8_t> buffer) = 0;
     virtual ssize_t sendNow(int descriptor, ByteView bytes) = 0;
+    /// Waits `shortWait` at most, where the system can wait and receive in one call; else that is 0.
+    virtual ssize_t receiveSoon(int descriptor, std::span<std::uint8_t> buffer) {
+        return receiveNow(descriptor, buffer);
+    }
+    virtual Clock::duration shortWait() const { return Clock::duration::zero(); }
     /// Whether zero bytes received mean the end of the stream.
     virtual bool endsWithNothing() const = 0;
     /// Whether a shutdown wakes the threads that wait.
@@ -81,16 +99,23 @@ private:
     class Use;
 
     void requireOwn() const;
-    std::optional<ReadStatus> takeNow(Bytes& buffer);
+    /// What is there, cutting the buffer; nothing if there is nothing yet.
+    std::optional<ReadStatus> takeNow(std::span<std::uint8_t>& buffer, bool waits = false);
+    std::optional<ReadStatus> takeInto(SharedSplitter& splitter, std::size_t length, std::vector<Packet>& packets,
+                                       bool waits = false);
     template <class Take>
-    ReadStatus readWith(Take&& take, const InterruptCheck& onWait, Reader reader);
-    /// What came, as poll tells it; 0 if nothing came in time.
-    short awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, Reader reader);
+    ReadStatus readWith(Take&& take, const InterruptCheck& onWait);
+    /// What came, as poll tells it; 0 if nothing came in time, or a ring of `wake` came first.
+    short awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, const Wake* wake = nullptr);
 
     const FailureId foreignFailure_;
     const ProcessMark mark_;
     std::atomic<double> timeout_{std::numeric_limits<double>::infinity()};
-    OwnDescriptor descriptor_, wakes_;  // what ends the wait of the receive thread is written to the second
+    OwnDescriptor descriptor_;
+    const Wake threadWake_;
+    // Taking the bytes and putting them into the splitter is one step for other readers.
+    std::mutex receiving_;
+    Bytes buffer_;
     std::mutex mutex_;
     std::condition_variable left_;
     int users_ = 0;

@@ -26,6 +26,26 @@ void SocketClient::interrupt() noexcept {
     if (const auto held = socket()) held->interrupt();
 }
 
+std::optional<ReadStatus> SocketClient::receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                                   std::vector<Packet>& packets) {
+    return connectedSocket()->receiveFor(wake, until, length, splitter, packets);
+}
+
+bool SocketClient::waitsApart() const {
+    const auto held = socket();
+    return held && held->waitsApart();
+}
+
+bool SocketClient::awaitBytes() { return connectedSocket()->awaitBytes(); }
+
+bool SocketClient::watchOnce(int epoll) const {
+    try {
+        return connectedSocket()->watchOnce(epoll);
+    } catch (const std::exception&) {
+        return false;  // it is closed
+    }
+}
+
 void SocketClient::close() noexcept {
     if (isForeign()) return;
     std::shared_ptr<Socket> held;

@@ -12,6 +12,11 @@ public:
     ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
     bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) override;
     void interrupt() noexcept override;
+    std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                         std::vector<Packet>& packets) override;
+    bool waitsApart() const override;
+    bool awaitBytes() override;
+    bool watchOnce(int epoll) const override;
 
     /// Waits briefly for the threads that are in a read or a send to leave.
     void close() noexcept override;

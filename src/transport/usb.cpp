@@ -144,12 +144,12 @@ public:
     // One read, one at a time, since bytes are filed in the order in which they came. What has come when the time is
     // over, or the read is interrupted, counts; no bytes are no failure.
     template <class File>
-    std::size_t receive(Reader reader, Bytes& buffer, File&& file) {
+    std::size_t receive(Reader reader, unsigned milliseconds, Bytes& buffer, File&& file) {
         claim();
         if (reader == Reader::thread && callers_ > 0) std::this_thread::sleep_for(turnOfCallers);
         const Caller caller(*this, reader);
         const std::lock_guard lock(reading_);
-        buffer.resize(transferIn(reader, buffer));
+        buffer.resize(transferIn(reader, milliseconds, buffer));
         file(buffer);
         return buffer.size();
     }
@@ -190,14 +190,14 @@ private:
 
     static void LIBUSB_CALL onCompleted(libusb_transfer* transfer) { *static_cast<int*>(transfer->user_data) = 1; }
 
-    std::size_t transferIn(Reader reader, Bytes& buffer) {
+    std::size_t transferIn(Reader reader, unsigned milliseconds, Bytes& buffer) {
         const auto release = [this](libusb_transfer* transfer) { library().free_transfer(transfer); };
         const std::unique_ptr<libusb_transfer, decltype(release)> transfer(library().alloc_transfer(0), release);
         if (!transfer) throw std::bad_alloc();
         const bool patient = reader == Reader::thread;
         int completed = 0;
         libusb_fill_bulk_transfer(transfer.get(), handle_, USB_EP_IN, buffer.data(), static_cast<int>(buffer.size()),
-                                  onCompleted, &completed, patient ? patientMilliseconds : readMilliseconds);
+                                  onCompleted, &completed, milliseconds);
         {
             const std::lock_guard lock(mutex_);
             if (patient && std::exchange(interrupted_, false)) return 0;
@@ -297,16 +297,30 @@ std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
 }
 
 ReadStatus UsbClient::read(Bytes& buffer, const InterruptCheck& /*attend*/) {
-    return opened()->receive(Reader::caller, buffer, [](const Bytes&) {}) == 0 ? ReadStatus::idle : ReadStatus::data;
+    const std::size_t count = opened()->receive(Reader::caller, readMilliseconds, buffer, [](const Bytes&) {});
+    return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
 ReadStatus UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                                 const InterruptCheck& /*attend*/) {
+    const bool isThread = reader == Reader::thread;
+    const ReadStatus reading = readInto(reader, isThread ? patientMilliseconds : readMilliseconds, length, packets);
+    if (reading == ReadStatus::idle && !isThread) throw UsbError(LIBUSB_ERROR_TIMEOUT);
+    return reading;
+}
+
+std::optional<ReadStatus> UsbClient::receiveFor(const Wake* /*wake*/, Deadline until, std::size_t length,
+                                                std::vector<Packet>& packets) {
+    const Deadline longest = Clock::now() + std::chrono::milliseconds(patientMilliseconds);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(std::min(until, longest) - Clock::now()).count();
+    return readInto(Reader::thread, static_cast<unsigned>(std::max<std::int64_t>(left, 1)), length, packets);
+}
+
+ReadStatus UsbClient::readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets) {
     Bytes buffer(length);
-    const std::size_t count = opened()->receive(reader, buffer, [&](const Bytes& bytes) {
+    const std::size_t count = opened()->receive(reader, milliseconds, buffer, [&](const Bytes& bytes) {
         if (!bytes.empty()) packets = splitter.take(bytes);
     });
-    if (count == 0 && reader == Reader::caller) throw UsbError(LIBUSB_ERROR_TIMEOUT);
     return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 

@@ -37,6 +37,10 @@ public:
     /// caller's read comes before it. Throws UsbError, of a caller also where nothing came.
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                          const InterruptCheck& onWait) override;
+    bool isShared() const override { return true; }
+    /// As the receive thread's read.
+    std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
+                                         std::vector<Packet>& packets) override;
     void interrupt() noexcept override;
     /// One transfer of at least 64 bytes: zeros follow a shorter frame, which the device drops as noise. Throws
     /// UsbError.
@@ -50,6 +54,7 @@ protected:
 
 private:
     std::shared_ptr<Handle> opened() const;
+    ReadStatus readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets);
 
     UsbIdentity identity_;
     int configuration_ = 0, interface_ = 0;

@@ -10,8 +10,8 @@
 namespace zvr::testing {
 namespace {
 
-struct IdleListener : Listener {
-    void onArrival() noexcept override {}
+struct IdleSubscriber : ReplySubscriber {
+    void onReply() noexcept override {}
 };
 
 TEST(Pools, EachStreamingCommandHasItsKeyAndLosesItsHeader) {
@@ -187,8 +187,8 @@ TEST(EchoPool, ThousandsOfHandOversBetweenManyThreadsLoseNoWakeUp) {
 TEST(EchoPool, ReplyThatIsFiledWhileTheCallerGetsReadyToParkIsNotMissed) {
     constexpr int rounds = 1000;
     EchoPool pool;
-    const auto idle = std::make_shared<IdleListener>();
-    for (int i = 0; i < 2000; ++i) pool.listen(1, idle);
+    const auto idle = std::make_shared<IdleSubscriber>();
+    for (int i = 0; i < 2000; ++i) pool.subscribe(1, idle);
     std::atomic<int> asked{0};
     std::atomic<Deadline> answerAt{Deadline()};
     std::jthread device([&](const std::stop_token& stop) {
@@ -225,7 +225,7 @@ TEST(EchoPool, TwoCallersOfOneKeyGetOneReplyEach) {
 
 TEST(EchoPool, ListenerThatLeavesTheReplyDoesNotKeepItFromTheCallerBehindIt) {
     const auto pool = std::make_shared<EchoPool>();
-    const Listening stay(pool, 1, std::make_shared<IdleListener>());
+    const Subscription stay(*pool, 1, std::make_shared<IdleSubscriber>());
     Milestone waiting;
     auto reply = std::async(std::launch::async, [&] { return pool->await(1, patience(), [&] { waiting.reach(); }); });
     ASSERT_TRUE(waiting.awaitCount(1));
@@ -235,9 +235,9 @@ TEST(EchoPool, ListenerThatLeavesTheReplyDoesNotKeepItFromTheCallerBehindIt) {
 }
 
 TEST(EchoPool, ListenerHearsOfItsKeyAloneWithNoLockHeldUntilItIsForgotten) {
-    struct Taker : Listener {
+    struct Taker : ReplySubscriber {
         explicit Taker(EchoPool& from) : pool(from) {}
-        void onArrival() noexcept override {
+        void onReply() noexcept override {
             if (auto data = pool.take(1)) taken.push_back(std::move(*data));
         }
         EchoPool& pool;
@@ -246,7 +246,7 @@ TEST(EchoPool, ListenerHearsOfItsKeyAloneWithNoLockHeldUntilItIsForgotten) {
     const auto pool = std::make_shared<EchoPool>();
     const auto taker = std::make_shared<Taker>(*pool);
     {
-        const Listening stay(pool, 1, taker);
+        const Subscription stay(*pool, 1, taker);
         pool->put(2, {1});
         pool->put(1, {2});
         pool->put(1, {3});

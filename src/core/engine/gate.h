@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
 #include "core/engine/process.h"
 #include "core/engine/waiting.h"
@@ -58,6 +59,20 @@ public:
 
     std::uint64_t pass(Passed& passed) {
         return pass(passed, [] { return false; });
+    }
+
+    /// Passes if that needs no wait; gives the generation counter.
+    std::optional<std::uint64_t> tryPass(Passed& passed) {
+        const std::lock_guard lock(mutex_);
+        if (shut_ && opened_ == passed) return std::nullopt;
+        passed = opened_;
+        return turn_;
+    }
+
+    /// Waits as `pass` does, and passes nothing.
+    template <class Otherwise>
+    void awaitPassable(Passed passed, Otherwise otherwise) {
+        pass(passed, otherwise);
     }
 
     /// Waits until the gate is open, at most until `deadline`; tells whether it is.

@@ -2,56 +2,54 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <thread>
+
+#include "core/engine/polling.h"
 
 namespace zvr {
 
-namespace {
+std::shared_ptr<ThreadWaiter> ThreadWaiter::ofThisThread() {
+    thread_local std::shared_ptr<ThreadWaiter> own;
+    if (!own || own->mark_.foreign()) own = std::make_shared<ThreadWaiter>();
+    return own;
+}
 
-// A caller gives way to other threads for this long before it parks: on one core the device's answer and the receive
-// thread's work happen meanwhile, and parking and waking cost as much as an exchange over loopback.
-constexpr std::chrono::microseconds longestYield{20};
-constexpr int mostSkips = 6;  // as a power of two
+void ThreadWaiter::onReply() noexcept {
+    replied_ = true;
+    if (std::this_thread::get_id() != thread_) wake_.ring();
+}
 
-// Lets one thread sleep until it is told of an arrival.
-class Parker final : public Listener {
-public:
-    void onArrival() noexcept override {
-        {
-            const std::lock_guard lock(mutex_);
-            arrived_ = true;
-        }
-        condition_.notify_one();
-    }
+void ThreadWaiter::onTurn() noexcept {
+    if (std::this_thread::get_id() != thread_) wake_.ring();
+}
 
-    bool park(Deadline until) {
-        std::unique_lock lock(mutex_);
-        const bool arrived = waitOn(condition_, lock, until, [this] { return arrived_; });
-        arrived_ = false;
-        return arrived;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable condition_;
-    bool arrived_ = false;
-};
-
-}  // namespace
+bool ThreadWaiter::park(Deadline until) {
+    if (replied_ || hasTurn()) return takeReply();
+    pollfd entry{wake_.number(), POLLIN, 0};
+    if (pollUntil({&entry, 1}, until) && entry.revents != 0) wake_.silence();
+    return takeReply();
+}
 
 void EchoPool::put(Key key, Bytes data) {
-    std::vector<std::shared_ptr<Listener>> told;
+    std::vector<std::shared_ptr<ReplySubscriber>> told;
     {
         const std::lock_guard lock(mutex_);
-        const auto [place, fresh] = replies_.try_emplace(key);
-        if (fresh) place->second.order = ++filed_;
+        auto place = replies_.find(key);
+        if (place == replies_.end()) {
+            if (spare_) {
+                spare_.key() = key;
+                place = replies_.insert(std::move(spare_)).position;
+            } else {
+                place = replies_.try_emplace(key).first;
+            }
+            place->second.order = ++filed_;
+        }
         place->second.data = std::move(data);
-        for (const auto& [wanted, listener] : listeners_) {
-            if (wanted == key) told.push_back(listener);
+        for (const auto& [wanted, subscriber] : subscribers_) {
+            if (wanted == key) told.push_back(subscriber);
         }
     }
     arrivals_.fetch_add(1, std::memory_order_release);
-    for (const auto& listener : told) listener->onArrival();
+    for (const auto& subscriber : told) subscriber->onReply();
 }
 
 std::optional<Bytes> EchoPool::take(Key key) {
@@ -59,59 +57,28 @@ std::optional<Bytes> EchoPool::take(Key key) {
     const auto found = replies_.find(key);
     if (found == replies_.end()) return std::nullopt;
     std::optional<Bytes> data(std::move(found->second.data));
-    replies_.erase(found);
+    spare_ = replies_.extract(found);
     return data;
-}
-
-void EchoPool::yieldFor(Key key, Deadline deadline) {
-    if (callsToSkip_ > 0) {
-        --callsToSkip_;
-        return;
-    }
-    std::uint64_t seen = arrivals_.load(std::memory_order_acquire);
-    if (contains(key)) return;
-    const Deadline until = std::min(deadline, Clock::now() + longestYield);
-    do {
-        std::this_thread::yield();
-        const std::uint64_t now = arrivals_.load(std::memory_order_acquire);
-        if (now != seen && contains(key)) {
-            missesInARow_ = 0;
-            return;
-        }
-        seen = now;
-    } while (Clock::now() < until);
-    missesInARow_ = std::min(missesInARow_ + 1, mostSkips);
-    callsToSkip_ = (1 << missesInARow_) - 1;
 }
 
 std::optional<Bytes> EchoPool::await(Key key, Deadline deadline, const InterruptCheck& onWait) {
-    yieldFor(key, deadline);
-    if (auto data = take(key)) return data;
-    const auto parker = std::make_shared<Parker>();
-    listen(key, parker);
-    struct Forget {
-        EchoPool& pool;
-        const Listener& listener;
-        ~Forget() { pool.forget(listener); }
-    } const forget{*this, *parker};
-    std::optional<Bytes> data = Clock::now() < deadline ? take(key) : std::nullopt;
-    if (data) return data;
-    waitInterruptibly(deadline, onWait, [&](Deadline until) {
-        if (!parker->park(until)) return false;
-        data = take(key);
-        return data.has_value();
-    });
-    return data;
+    return awaitWith(*ThreadWaiter::ofThisThread(), key, deadline, onWait,
+                     [](ThreadWaiter& waiter, Deadline until) { return waiter.park(until); });
 }
 
-void EchoPool::listen(Key key, std::shared_ptr<Listener> listener) {
+void EchoPool::subscribe(Key key, std::shared_ptr<ReplySubscriber> subscriber) {
     const std::lock_guard lock(mutex_);
-    listeners_.emplace_back(key, std::move(listener));
+    subscribers_.emplace_back(key, std::move(subscriber));
 }
 
-void EchoPool::forget(const Listener& listener) {
+void EchoPool::unsubscribe(Key key, const ReplySubscriber& subscriber) {
+    std::shared_ptr<ReplySubscriber> gone;  // it goes without the lock
     const std::lock_guard lock(mutex_);
-    std::erase_if(listeners_, [&](const auto& entry) { return entry.second.get() == &listener; });
+    const auto found = std::ranges::find_if(
+        subscribers_, [&](const auto& each) { return each.first == key && each.second.get() == &subscriber; });
+    if (found == subscribers_.end()) return;
+    gone = std::move(found->second);
+    subscribers_.erase(found);
 }
 
 bool EchoPool::contains(Key key) const {

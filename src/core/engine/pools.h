@@ -1,7 +1,7 @@
-// The three data pools of a device: the only meeting point between receive threads and callers.
+// The three data pools of a device: the only meeting point between those who read and those who wait.
 //
-// Receive threads file what they received (DataPools::file); callers take it. Every member of every pool may be called
-// from any thread. A listener is told of an arrival on the receive thread, with no lock held.
+// Whoever reads a link files what came (DataPools::file); callers take it. Every member of every pool may be called
+// from any thread. A subscriber is told of a reply on the thread that files it, with no lock held.
 #pragma once
 
 #include <algorithm>
@@ -9,21 +9,26 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
 #include "core/engine/fifo.h"
+#include "core/engine/reading_right.h"
+#include "core/engine/wake.h"
 #include "core/wire/commands.h"
 #include "core/wire/frame.h"
 
 namespace zvr {
 
-/// Notified on arrival; the reply may already be taken.
-class Listener {
+/// Notified of a reply; it may already be taken.
+class ReplySubscriber {
 public:
-    virtual ~Listener() = default;
-    virtual void onArrival() noexcept = 0;
+    virtual ~ReplySubscriber() = default;
+    virtual void onReply() noexcept = 0;
 };
+
+class ThreadWaiter;
 
 /// Latest unclaimed reply per key: the command code, or the composite key of a MOTION command.
 class EchoPool {
@@ -34,15 +39,22 @@ public:
     void put(Key key, Bytes data);
     /// Removes and returns the reply.
     std::optional<Bytes> take(Key key);
-    /// Gives way to other threads for some microseconds, in case the reply is one of a near device. After a miss this
-    /// does nothing for a growing number of calls, so that a slow device costs no processor time.
-    void yieldFor(Key key, Deadline deadline = forever);
+    /// Gives way to other threads for some microseconds, in case the reply is one of a near device, and has `read` look
+    /// for it each time. After a miss this does nothing for a growing number of calls, so that a slow device costs no
+    /// processor time.
+    template <class Read>
+    void yieldFor(Key key, Read&& read);
     /// Waits for a reply until `deadline` and takes it. A reply that is there only at the deadline is left.
     std::optional<Bytes> await(Key key, Deadline deadline, const InterruptCheck& onWait = {});
+    /// The same with a wait of the caller's own: `wait(waiter, until)` tells whether the waiter has been told of a
+    /// reply.
+    template <class Wait>
+    std::optional<Bytes> awaitWith(ThreadWaiter& waiter, Key key, Deadline deadline, const InterruptCheck& onWait,
+                                   Wait&& wait);
 
-    /// From now on the listener hears of every reply with this key, until `forget`.
-    void listen(Key key, std::shared_ptr<Listener> listener);
-    void forget(const Listener& listener);
+    /// From now on the subscriber hears of every reply with this key, until `unsubscribe`.
+    void subscribe(Key key, std::shared_ptr<ReplySubscriber> subscriber);
+    void unsubscribe(Key key, const ReplySubscriber& subscriber);
 
     bool contains(Key key) const;
     std::optional<Bytes> peek(Key key) const;
@@ -55,27 +67,95 @@ private:
         Bytes data;
     };
     std::unordered_map<Key, Reply> replies_;
+    std::unordered_map<Key, Reply>::node_type spare_;  // of the reply that was taken last
+    // How long to give way: on one core the device's answer and the way to it happen meanwhile, and parking and waking
+    // cost as much as an exchange over loopback.
+    static constexpr std::chrono::microseconds longestYield{20};
+    static constexpr int mostSkips = 6;  // as a power of two
+
     std::uint64_t filed_ = 0;
-    std::vector<std::pair<Key, std::shared_ptr<Listener>>> listeners_;
+    std::vector<std::pair<Key, std::shared_ptr<ReplySubscriber>>> subscribers_;
     std::atomic<std::uint64_t> arrivals_{0};
     std::atomic<int> missesInARow_{0}, callsToSkip_{0};
 };
 
-/// A listener's stay in a pool.
-class Listening {
+/// A subscriber's stay in a pool.
+class Subscription {
 public:
-    Listening(std::shared_ptr<EchoPool> pool, EchoPool::Key key, std::shared_ptr<Listener> listener)
-        : pool_(std::move(pool)), listener_(std::move(listener)) {
-        pool_->listen(key, listener_);
+    Subscription(EchoPool& pool, EchoPool::Key key, std::shared_ptr<ReplySubscriber> subscriber)
+        : pool_(pool), key_(key), subscriber_(std::move(subscriber)) {
+        pool_.subscribe(key_, subscriber_);
     }
-    ~Listening() { pool_->forget(*listener_); }
-    Listening(const Listening&) = delete;
-    Listening& operator=(const Listening&) = delete;
+    ~Subscription() { pool_.unsubscribe(key_, *subscriber_); }
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
 
 private:
-    std::shared_ptr<EchoPool> pool_;
-    std::shared_ptr<Listener> listener_;
+    EchoPool& pool_;
+    const EchoPool::Key key_;
+    const std::shared_ptr<ReplySubscriber> subscriber_;
 };
+
+/// How the calling thread waits for a reply: in a poll of its own descriptor, beside which it may poll a link.
+class ThreadWaiter final : public ReplySubscriber,
+                           public ReadingRight::Waiter,
+                           public std::enable_shared_from_this<ThreadWaiter> {
+public:
+    /// That of this thread, made once. Waits may be nested; each may be told of what is meant for another.
+    static std::shared_ptr<ThreadWaiter> ofThisThread();
+
+    void onReply() noexcept override;
+    void onTurn() noexcept override;
+    const Wake& wake() const { return wake_; }
+
+    /// Whether it has been told of a reply since the last question.
+    bool takeReply() noexcept { return replied_.exchange(false); }
+    /// Waits until it is told of anything, at most until `until`; tells whether of a reply.
+    bool park(Deadline until);
+
+private:
+    const std::thread::id thread_ = std::this_thread::get_id();
+    const ProcessMark mark_;
+    const Wake wake_;
+    std::atomic<bool> replied_{false};
+};
+
+template <class Read>
+void EchoPool::yieldFor(Key key, Read&& read) {
+    if (callsToSkip_ > 0) {
+        --callsToSkip_;
+        return;
+    }
+    std::uint64_t seen = arrivals_.load(std::memory_order_acquire);
+    if (contains(key)) return;
+    const Deadline until = Clock::now() + longestYield;
+    do {
+        std::this_thread::yield();
+        read();
+        const std::uint64_t now = arrivals_.load(std::memory_order_acquire);
+        if (now != seen && contains(key)) {
+            missesInARow_ = 0;
+            return;
+        }
+        seen = now;
+    } while (Clock::now() < until);
+    missesInARow_ = std::min(missesInARow_ + 1, mostSkips);
+    callsToSkip_ = (1 << missesInARow_) - 1;
+}
+
+template <class Wait>
+std::optional<Bytes> EchoPool::awaitWith(ThreadWaiter& waiter, Key key, Deadline deadline, const InterruptCheck& onWait,
+                                         Wait&& wait) {
+    const Subscription stay(*this, key, waiter.shared_from_this());
+    std::optional<Bytes> data = Clock::now() < deadline ? take(key) : std::nullopt;
+    if (data) return data;
+    waitInterruptibly(deadline, onWait, [&](Deadline until) {
+        if (!wait(waiter, until)) return false;
+        data = take(key);
+        return data.has_value();
+    });
+    return data;
+}
 
 /// Streamed frames wait under the command alone, under command and port, or under command, port and chip select.
 struct StreamKey {
@@ -144,6 +224,7 @@ public:
 
     void put(const Key& key, std::shared_ptr<Thing> own, std::shared_ptr<void> foreign = nullptr) {
         const std::lock_guard lock(mutex_);
+        if (foreign) holdsForeign_ = true;
         Entry& entry = entryOf(key);
         entry.own.swap(own);
         entry.foreign.swap(foreign);
@@ -160,6 +241,9 @@ public:
         const std::lock_guard lock(mutex_);
         return entries_.contains(key);
     }
+
+    /// Whether there has ever been a foreign thing.
+    bool holdsForeign() const noexcept { return holdsForeign_; }
 
     /// In the order in which they came.
     std::vector<Key> keys() const {
@@ -187,6 +271,7 @@ private:
     mutable std::mutex mutex_;
     std::map<Key, Entry> entries_;
     std::uint64_t made_ = 0;
+    std::atomic<bool> holdsForeign_{false};
 };
 
 using StreamPool = MakingPool<StreamKey, StreamFifo>;

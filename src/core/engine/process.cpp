@@ -48,7 +48,6 @@ struct DescriptorsOfProcess {
 namespace {
 
 struct Process {
-    std::atomic<std::uint64_t> generation{0};
     DescriptorsOfProcess descriptors;
 };
 
@@ -60,7 +59,7 @@ Process& process() {
     static const int watched =
         ::pthread_atfork([] { process().descriptors.mutex.lock(); }, [] { process().descriptors.mutex.unlock(); },
                          [] {
-                             ++process().generation;
+                             ++detail::processGeneration;
                              process().descriptors.closeAll();
                              process().descriptors.mutex.unlock();
                          });
@@ -70,9 +69,10 @@ Process& process() {
 
 }  // namespace
 
-ProcessMark::ProcessMark() : generation_(process().generation) {}
-
-bool ProcessMark::foreign() const noexcept { return process().generation != generation_; }
+ProcessMark::ProcessMark() {
+    process();  // counts from now on
+    generation_ = detail::processGeneration;
+}
 
 std::string foreignMessage(const std::string& what) {
     return what + " was made before os.fork() and belongs to the parent process. Make a new one in the child.";

@@ -11,12 +11,17 @@
 
 namespace zvr {
 
+namespace detail {
+/// Grows in each forked child.
+inline std::atomic<std::uint64_t> processGeneration{0};
+}  // namespace detail
+
 /// Remembers the process that it was made in.
 class ProcessMark {
 public:
     ProcessMark();
     /// Whether this is a forked child of that process.
-    bool foreign() const noexcept;
+    bool foreign() const noexcept { return detail::processGeneration.load(std::memory_order_relaxed) != generation_; }
 
 private:
     std::uint64_t generation_;

@@ -1,0 +1,135 @@
+#include "core/engine/reading_right.h"
+
+#include <algorithm>
+
+namespace zvr {
+
+void ReadingRight::enter(Waiter& waiter) {
+    const std::lock_guard lock(mutex_);
+    if (std::ranges::find(waiters_, &waiter) == waiters_.end()) waiters_.push_back(&waiter);
+    waiter.absent_ = false;
+    pass();
+}
+
+void ReadingRight::leave(Waiter& waiter) noexcept {
+    const std::lock_guard lock(mutex_);
+    remove(waiter);
+    pass();
+}
+
+void ReadingRight::leaveToThread(Waiter& waiter) noexcept {
+    const std::lock_guard lock(mutex_);
+    mayRead_ = false;
+    hurried_ = true;
+    remove(waiter);
+    changed_.notify_all();
+}
+
+void ReadingRight::remove(Waiter& waiter) noexcept {
+    std::erase(waiters_, &waiter);
+    waiter.turn_ = false;
+    if (holder_ != &waiter) return;
+    holder_ = nullptr;
+    loopReads_ = false;
+    lastUse_ = Clock::now();
+    if (threadSleeps_) changed_.notify_all();
+}
+
+void ReadingRight::pass() noexcept {
+    if (!mayRead_ || threadHolds_ || holder_ != nullptr) return;
+    const auto next = std::ranges::find_if(waiters_, [](const Waiter* waiter) { return !waiter->absent_; });
+    if (next == waiters_.end()) return;
+    holder_ = *next;
+    holder_->turn_ = true;
+    lastUse_ = Clock::now();
+    holder_->onTurn();
+}
+
+bool ReadingRight::begin(Waiter& waiter) {
+    const std::lock_guard lock(mutex_);
+    waiter.absent_ = false;
+    pass();
+    if (holder_ != &waiter) return false;
+    loopReads_ = true;
+    return true;
+}
+
+void ReadingRight::end(Waiter& waiter) noexcept {
+    const std::lock_guard lock(mutex_);
+    if (holder_ != &waiter) return;
+    loopReads_ = false;
+    lastUse_ = Clock::now();
+}
+
+void ReadingRight::noteIdle() {
+    const std::lock_guard lock(mutex_);
+    ++idle_;
+    changed_.notify_all();
+}
+
+void ReadingRight::forgetIdle() noexcept {
+    const std::lock_guard lock(mutex_);
+    --idle_;
+}
+
+void ReadingRight::awaitChange(std::unique_lock<std::mutex>& lock, Deadline until) {
+    if (until != forever) {
+        changed_.wait_until(lock, until);
+        return;
+    }
+    threadSleeps_ = true;
+    changed_.wait(lock);
+    threadSleeps_ = false;
+}
+
+ReadingRight::Turn ReadingRight::take(bool watched) {
+    const std::uint64_t seen = reads_;
+    const Deadline lost = watched ? Clock::now() + longestUnread : forever;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        const Deadline now = Clock::now(), rested = lastUse_ + lease;
+        const bool due = now >= rested || hurried_ || idle_ > 0;
+        if (holder_ == nullptr) {
+            if (!due) {
+                awaitChange(lock, rested);
+                continue;
+            }
+            if (watched && !hurried_ && reads_ != seen) return Turn::others;
+            threadHolds_ = true;
+            hurried_ = false;
+            return Turn::own;
+        }
+        if (!holder_->isLoop_) {
+            awaitChange(lock, now < rested ? rested : forever);
+        } else if (!loopReads_ && (hurried_ || now >= lost)) {
+            holder_->turn_ = false;
+            holder_->absent_ = !hurried_;
+            holder_ = nullptr;
+        } else if (due && (!watched || reads_ != seen)) {
+            return Turn::others;
+        } else {
+            awaitChange(lock, due ? lost : std::min(rested, lost));
+        }
+    }
+}
+
+void ReadingRight::give(bool mayRead) noexcept {
+    const std::lock_guard lock(mutex_);
+    threadHolds_ = false;
+    mayRead_ = mayRead;
+    pass();
+}
+
+void ReadingRight::hurry() noexcept {
+    const std::lock_guard lock(mutex_);
+    hurried_ = true;
+    if (holder_ != nullptr) holder_->onTurn();
+    changed_.notify_all();
+}
+
+bool ReadingRight::isWanted() const {
+    const std::lock_guard lock(mutex_);
+    return !waiters_.empty();
+}
+
+}  // namespace zvr
