@@ -107,6 +107,21 @@ TEST(RowQueue, KeepsOrderOverSmallAndLargeFramesAndLayoutsHoweverItIsRead) {
 TEST(RowQueue, DropsTheNewestRowsWhenFullAndRefusesBrokenFrames) {
     RowQueue queue(5);
     const RowLayout layout = RowLayout::scaled16(2, 1);
+TEST(RowQueue, TakesRowsOfOneWidthAtATimeHoweverFewAreWanted) {
+    const std::array queues{std::make_shared<RowQueue>(100), std::make_shared<RowQueue>(100)};
+    for (const int columns : {2, 2, 3}) queues[0]->put(RowLayout::octets(columns), Bytes(12, 1));
+    for (int i = 0; i < 4; ++i) queues[1]->put(RowLayout::octets(4), Bytes(20, 2));
+    EXPECT_EQ(RowQueue::takeUniform(queues, 0).columns, 6U);
+    std::vector<std::pair<std::size_t, std::size_t>> taken;
+    for (const std::size_t count : {1, 7, 100, 1, 100, 100}) {
+        const RowsTaken rows = RowQueue::takeUniform(queues, count);
+        taken.emplace_back(rows.rows, rows.columns);
+    }
+    using Pairs = std::vector<std::pair<std::size_t, std::size_t>>;
+    EXPECT_EQ(taken, (Pairs{{1, 6}, {7, 6}, {4, 6}, {1, 7}, {3, 7}, {0, 4}}));
+    EXPECT_EQ(queues[1]->size(), 4U);
+}
+
     EXPECT_EQ(queue.put(layout, counting(0, 6)), 0U);
     EXPECT_EQ(queue.put(layout, counting(6, 8)), 2U);
     EXPECT_EQ(queue.put(layout, counting(90, 2)), 1U);
