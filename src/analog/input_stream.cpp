@@ -1,6 +1,7 @@
 #include "analog/input.h"
 
 #include "analog/analog.h"
+#include "core/engine/sample_memory.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "device/decoder_thread.h"
@@ -194,7 +195,7 @@ Task readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
     }
     {
         const WithoutGil released;
-        block->values = std::make_unique_for_overwrite<double[]>(block->rows * block->columns);
+        block->values = sampleMemory(block->rows * block->columns);
         writeRows(taken, block->values.get());
     }
     co_return py::cast(block);
