@@ -1,8 +1,10 @@
 """Acquisition: how fast a stream is taken, what it costs, and whether many at once lose anything.
 
-All contenders take the same runs of eight 16-bit channels from one simulator, which sends as fast as the socket takes,
-in frames of the size that a device at 20 kHz sends; in turns, in a new order every round. Each gives volts, rounded to
-4 decimals: in memory (the C++ client, the library's queue and its blocks, NumPy) or as lists (the library, plain Python).
+All contenders take runs of eight 16-bit channels from one feeder, which sends frames that it has made before, and
+costs next to nothing itself; in turns, in a new order every round. Flat out, frames have 600 rows; paced, the 100 rows
+of 5 ms at 20 kHz, which are taken one frame at a time. Each gives volts, rounded to 4 decimals: as doubles (the C++
+client into memory that is there, the library in blocks, NumPy in arrays) or as rows that are lists. "Kept" means that
+all of a run stays until its end, so that there is always new memory; else every piece is dropped before the next.
 """
 
 from __future__ import annotations
@@ -20,12 +22,14 @@ import time
 from collections.abc import Callable
 
 import numpy
-from devices import BIN, opened, resident
+from devices import BIN, Feeder, opened, resident
 
 import pyzvr
 
 RATIO = 10 / 32768
 CHANNELS = 8
+FRAME_ROWS = 600
+PACED_ROWS, PACED_RATE = 100, 20000
 HEAD, TAIL = 6, 2  # bytes of a frame before and behind its samples: start, length, command, port, chip select; trailer
 Run = Callable[[tuple[str, int], int], tuple[float, float]]
 
@@ -73,24 +77,23 @@ def plain_frames(address: tuple[str, int], rows: int, take: Callable[[bytes], in
     return result
 
 
-def with_numpy(address: tuple[str, int], rows: int) -> tuple[float, float]:
-    blocks = []
+def with_numpy(hand_over: Callable[[numpy.ndarray, list], object]) -> Run:
+    def run(address: tuple[str, int], rows: int) -> tuple[float, float]:
+        kept: list[numpy.ndarray] = []
 
-    def take(samples: bytes) -> int:
-        codes = numpy.frombuffer(samples, ">i2").reshape(-1, CHANNELS)
-        blocks.append(numpy.round(codes * RATIO, 4))
-        return len(codes)
+        def take(samples: bytes) -> int:
+            codes = numpy.frombuffer(samples, ">i2").reshape(-1, CHANNELS)
+            hand_over(numpy.round(codes * RATIO, 4), kept)
+            return len(codes)
 
-    return plain_frames(address, rows, take)
+        return plain_frames(address, rows, take)
+
+    return run
 
 
 def with_plain_python(address: tuple[str, int], rows: int) -> tuple[float, float]:
-    result: list[list[float]] = []
-
     def take(samples: bytes) -> int:
-        some = [[round(code * RATIO, 4) for code in codes] for codes in struct.iter_unpack(f">{CHANNELS}h", samples)]
-        result.extend(some)
-        return len(some)
+        return len([[round(code * RATIO, 4) for code in codes] for codes in struct.iter_unpack(f">{CHANNELS}h", samples)])
 
     return plain_frames(address, rows, take)
 
@@ -124,26 +127,33 @@ def into_queue(box: pyzvr.TarnAnalog, rows: int) -> None:
         time.sleep(0.001)
 
 
-def as_blocks(box: pyzvr.TarnAnalog, rows: int) -> None:
-    blocks = []
-    while rows > 0:
-        blocks.append(numpy.asarray(box.AI_readStreamingBlock(0, min(rows, 20000), 1)))
-        rows -= len(blocks[-1])
+def reading(name: str, count: int, keeps: bool = False) -> Run:
+    def take(box: pyzvr.TarnAnalog, rows: int) -> None:
+        kept = []
+        read = getattr(box, name)
+        while rows > 0:
+            some = read(0, min(rows, count), 1)
+            rows -= len(some)
+            if keeps:
+                kept.append(some)
+
+    return with_library(take)
 
 
-def as_lists(box: pyzvr.TarnAnalog, rows: int) -> None:
-    result: list[list[float]] = []
-    while len(result) < rows:
-        result += box.AI_readStreaming(0, min(rows - len(result), 20000), 1)
-
-
+CPP, NUMPY, NUMPY_LISTS, PLAIN = "C++ client", "NumPy client", "NumPy client, lists", "plain Python client, lists"
+QUEUE, BLOCKS, LISTS = "pyzvr, into the queue", "pyzvr, blocks of a frame", "pyzvr, lists"
 CONTENDERS: dict[str, tuple[Run, int]] = {  # with rows of a run
-    "C++ client": (native, 400_000),
-    "pyzvr, into the queue": (with_library(into_queue), 400_000),
-    "pyzvr, blocks": (with_library(as_blocks), 400_000),
-    "NumPy client": (with_numpy, 400_000),
-    "pyzvr, lists": (with_library(as_lists), 200_000),
-    "plain Python client": (with_plain_python, 40_000),
+    CPP: (native, 900_000),
+    QUEUE: (with_library(into_queue), 900_000),
+    BLOCKS: (reading("AI_readStreamingBlock", FRAME_ROWS), 900_000),
+    "pyzvr, blocks of 20,000": (reading("AI_readStreamingBlock", 20000), 900_000),
+    "pyzvr, the same, kept": (reading("AI_readStreamingBlock", 20000, keeps=True), 900_000),
+    NUMPY: (with_numpy(lambda values, kept: None), 900_000),
+    "NumPy client, kept": (with_numpy(lambda values, kept: kept.append(values)), 900_000),
+    LISTS: (reading("AI_readStreaming", FRAME_ROWS), 300_000),
+    "pyzvr, lists, kept": (reading("AI_readStreaming", FRAME_ROWS, keeps=True), 300_000),
+    NUMPY_LISTS: (with_numpy(lambda values, kept: values.tolist()), 150_000),
+    PLAIN: (with_plain_python, 30_000),
 }
 
 
@@ -152,6 +162,7 @@ def ingest(address: tuple[str, int], rounds: int) -> list[tuple[str, float, floa
     for _ in range(rounds):
         for name in random.sample(list(CONTENDERS), len(CONTENDERS)):
             run, rows = CONTENDERS[name]
+            rows -= rows % FRAME_ROWS
             seconds, spent = run(address, rows)
             millions = rows * CHANNELS / 1e6
             times[name].append((millions / seconds, spent / millions))
@@ -159,11 +170,29 @@ def ingest(address: tuple[str, int], rounds: int) -> list[tuple[str, float, floa
     cost = {name: statistics.median(each for _, each in seen) for name, seen in times.items()}
     print(f"\nTaking a stream as fast as it comes\n{'':26}{'Msamples/s':>12}{'CPU ms/Msample':>16}{'of C++ rate':>12}")
     for name in CONTENDERS:
-        print(f"{name:26}{rate[name]:12.1f}{1000 * cost[name]:16.2f}{rate[name] / rate['C++ client']:12.2f}")
+        print(f"{name:26}{rate[name]:12.1f}{1000 * cost[name]:16.2f}{rate[name] / rate[CPP]:12.2f}")
     print()
-    return [("C++ client's rate / that into the queue", rate["C++ client"] / rate["pyzvr, into the queue"], 1 / 0.6),
-            ("NumPy client's rate / that of blocks", rate["NumPy client"] / rate["pyzvr, blocks"], 1 / 2),
-            ("plain Python's rate / that of lists", rate["plain Python client"] / rate["pyzvr, lists"], 1 / 10)]
+    return [("C++ client's rate / that of blocks", rate[CPP] / rate[BLOCKS], 1 / 0.8),
+            ("NumPy's rate of rows as lists / that of lists", rate[NUMPY_LISTS] / rate[LISTS], 1 / 7),
+            ("plain Python's rate / that of lists", rate[PLAIN] / rate[LISTS], 1 / 80)]
+
+
+def paced(address: tuple[str, int], rounds: int, rows: int) -> list[tuple[str, float, float]]:
+    """Parts of a core that a stream of 160,000 samples a second takes, taken frame by frame."""
+    runs = {CPP: native, BLOCKS: reading("AI_readStreamingBlock", PACED_ROWS),
+            LISTS: reading("AI_readStreaming", PACED_ROWS), NUMPY: with_numpy(lambda values, kept: None)}
+    parts: dict[str, list[float]] = {name: [] for name in runs}
+    for _ in range(rounds):
+        for name in random.sample(list(runs), len(runs)):
+            seconds, spent = runs[name](address, rows)
+            parts[name].append(100 * spent / seconds)
+    percent = {name: statistics.median(seen) for name, seen in parts.items()}
+    print(f"A stream of 160 kS/s, frame by frame\n{'':26}{'% of a core':>12}")
+    for name, value in percent.items():
+        print(f"{name:26}{value:12.2f}")
+    print()
+    return [("% of a core for blocks at 160 kS/s", percent[BLOCKS], 1.5),
+            ("% of a core for lists at 160 kS/s", percent[LISTS], 3)]
 
 
 def memory(address: tuple[str, int]) -> list[tuple[str, float, float]]:
@@ -207,8 +236,12 @@ def cost_of(addresses: list[tuple[str, int]], seconds: float) -> tuple[float, in
 
 def report(start: Callable[..., object], rounds: int) -> list[tuple[str, float, float]]:
     """Gives what is to be reached: text, value and limit. `start` makes a simulator of TarnAnalog."""
+    with Feeder(FRAME_ROWS, 0) as feeder:
+        goals = ingest(feeder.address, rounds)
+    with Feeder(PACED_ROWS, PACED_RATE) as feeder:
+        goals += paced(feeder.address, max(rounds, 5), 2 * PACED_RATE)
     with start("--fast", "--frame-rows", "86") as simulator:
-        goals = ingest(simulator.address, rounds) + memory(simulator.address)
+        goals += memory(simulator.address)
     simulators = [start() for _ in range(16)]
     addresses = [each.address for each in simulators]
     for each in simulators:

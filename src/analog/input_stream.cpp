@@ -1,6 +1,7 @@
 #include "analog/input.h"
 
 #include "analog/analog.h"
+#include "core/engine/sample_memory.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "device/decoder_thread.h"
@@ -90,12 +91,14 @@ Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipS
 struct Selection {
     std::vector<Object> objects;
     std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
+    bool haveOwnSizes = true;                       ///< all of them are ours, and so is what tells their size
 
     bool ours() const { return queues.size() == objects.size(); }
     std::size_t size() const {
         std::size_t least = 2147483648;
-        for (const Object& queue : objects) {
-            least = std::min(least, argument<std::size_t>(callMethod(queue, "qsize"), "qsize"));
+        for (std::size_t i = 0; i < objects.size(); ++i) {
+            least = std::min(least, haveOwnSizes ? queues[i]->size()
+                                                 : argument<std::size_t>(callMethod(objects[i], "qsize"), "qsize"));
         }
         return least;
     }
@@ -104,12 +107,15 @@ struct Selection {
 Selection select(py::handle self, const Object& port) {
     Selection selection;
     const Object all = attribute(self, "ai_signal_queue_list");
+    const bool hasOwnIndex = hasOwnMethod(self, "_AI_changePortToIndex");
     for (const py::handle chipSelect : chipSelectsOf(self, port)) {
-        const Object index = callMethod(self, "_AI_changePortToIndex", port, chipSelect);
+        const Object index = hasOwnIndex ? indexOfQueue(self, port, borrow(chipSelect.ptr()))
+                                         : callMethod(self, "_AI_changePortToIndex", port, chipSelect);
         const Object queue = own(PyObject_GetItem(all.ptr(), index.ptr()));
         selection.objects.push_back(queue);
         const auto ours = nativeOrNothing<RowFifo>(queue);
         if (ours && &ours->kind == &floatRows && hasOwnMethod(queue, "get")) selection.queues.push_back(ours);
+        selection.haveOwnSizes = selection.haveOwnSizes && selection.ours() && hasOwnMethod(queue, "qsize");
     }
     return selection;
 }
@@ -194,7 +200,7 @@ Task readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
     }
     {
         const WithoutGil released;
-        block->values = std::make_unique_for_overwrite<double[]>(block->rows * block->columns);
+        block->values = sampleMemory(block->rows * block->columns);
         writeRows(taken, block->values.get());
     }
     co_return py::cast(block);

@@ -50,69 +50,60 @@ private:
     std::vector<PyObject*> objects_;
 };
 
-/// Makes rows of one layout.
-class RowMaker {
-public:
-    explicit RowMaker(const RowLayout& layout) : layout_(layout) {
-        if (layout.sample == RowLayout::Sample::scaled16) floats_ = Floats::of(layout.scale);
-    }
-
-    // Fills items of a new list.
-    void fill(PyObject* list, Py_ssize_t place, const std::uint8_t* bytes) const {
-        if (floats_ != nullptr) {
-            for (int column = 0; column < layout_.columns; ++column, bytes += 2) {
-                PyList_SET_ITEM(list, place + column, (*floats_)(read16(bytes)));
-            }
-            return;
-        }
-        values_.resize(static_cast<std::size_t>(layout_.columns));
-        convertRows(layout_, bytes, 1, values_.data(), values_.size());
-        for (const double value : values_) {
-            PyObject* const object = PyFloat_FromDouble(value);
-            if (object == nullptr) throw py::error_already_set();
-            PyList_SET_ITEM(list, place++, object);
-        }
-    }
-
-private:
-    const RowLayout& layout_;
-    std::shared_ptr<Floats> floats_;
-    mutable std::vector<double> values_;
-};
-
 /// Goes through the runs of one chip select row by row.
 class Cursor {
 public:
     explicit Cursor(const std::vector<RowRun>& runs) : next_(runs.begin()), end_(runs.end()) { enter(); }
 
-    int columns() const { return maker_ ? next_->layout.columns : 0; }
-    void fill(PyObject* list, Py_ssize_t place) const { maker_->fill(list, place, bytes_); }
-    void step() {
-        if (!maker_) return;
+    /// Rows that are left of the run, which all have as many columns.
+    std::size_t rows() const { return left_; }
+    Py_ssize_t columns() const { return next_ == end_ ? 0 : next_->layout.columns; }
+
+    /// Puts the next row into the items of a new list; gives the item behind it.
+    PyObject** fill(PyObject** item) {
+        if (next_ == end_) return item;
+        PyObject** const behind = item + next_->layout.columns;
+        if (floats_ != nullptr) {
+            for (Floats& floats = *floats_; item != behind; bytes_ += 2) *item++ = floats(read16(bytes_));
+            return behind;
+        }
+        convertRows(next_->layout, bytes_, 1, values_.data(), values_.size());
         bytes_ += next_->layout.rowBytes();
-        if (--left_ != 0) return;
+        for (const double value : values_) {
+            *item = PyFloat_FromDouble(value);
+            if (*item++ == nullptr) throw py::error_already_set();
+        }
+        return behind;
+    }
+
+    /// As many rows have been taken.
+    void advance(std::size_t rows) {
+        if (next_ == end_ || (left_ -= rows) != 0) return;
         ++next_;
         enter();
     }
 
 private:
     void enter() {
-        maker_.reset();
+        floats_ = nullptr;
+        left_ = RowQueue::noLimit;
         if (next_ == end_) return;
         bytes_ = next_->bytes;
         left_ = next_->rows;
-        maker_.emplace(next_->layout);
+        const RowLayout& layout = next_->layout;
+        if (layout.sample == RowLayout::Sample::scaled16) {
+            floats_ = Floats::of(layout.scale);
+        } else {
+            values_.resize(static_cast<std::size_t>(layout.columns));
+        }
     }
 
     std::vector<RowRun>::const_iterator next_, end_;
     const std::uint8_t* bytes_ = nullptr;
     std::size_t left_ = 0;
-    std::optional<RowMaker> maker_;
+    std::shared_ptr<Floats> floats_;
+    std::vector<double> values_;
 };
-
-}  // namespace
-
-namespace {
 
 // Rows that somebody put are spread out, whatever they are.
 py::list spreadOut(const RowRuns& runs, std::size_t rows) {
@@ -141,17 +132,21 @@ py::list toLists(const RowRuns& runs, std::size_t rows) {
     const CollectorPause pause;
     py::list result(rows);
     std::vector<Cursor> cursors(runs.begin(), runs.end());
-    for (std::size_t row = 0; row < rows; ++row) {
+    for (std::size_t row = 0; row < rows;) {
+        std::size_t count = rows - row;
         Py_ssize_t columns = 0;
-        for (const Cursor& cursor : cursors) columns += cursor.columns();
-        const Object list = own(PyList_New(columns));
-        Py_ssize_t place = 0;
-        for (Cursor& cursor : cursors) {
-            cursor.fill(list.ptr(), place);
-            place += cursor.columns();
-            cursor.step();
+        for (const Cursor& cursor : cursors) {
+            count = std::min(count, cursor.rows());
+            columns += cursor.columns();
         }
-        PyList_SET_ITEM(result.ptr(), static_cast<Py_ssize_t>(row), Py_NewRef(list.ptr()));
+        for (const std::size_t end = row + count; row < end; ++row) {
+            PyObject* const list = PyList_New(columns);
+            if (list == nullptr) throw py::error_already_set();
+            PyList_SET_ITEM(result.ptr(), static_cast<Py_ssize_t>(row), list);
+            PyObject** item = PySequence_Fast_ITEMS(list);
+            for (Cursor& cursor : cursors) item = cursor.fill(item);
+        }
+        for (Cursor& cursor : cursors) cursor.advance(count);
     }
     return result;
 }

@@ -15,7 +15,7 @@ py::list toLists(const RowRuns& runs, std::size_t rows);
 /// Rows and columns of doubles in one piece of memory, which the buffer protocol hands over without a copy.
 struct SampleBlock {
     std::size_t rows = 0, columns = 0;
-    std::unique_ptr<double[]> values;
+    std::shared_ptr<double> values;
 };
 
 /// Writes rows of one width in each queue behind each other; needs no interpreter lock.

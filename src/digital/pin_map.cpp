@@ -32,7 +32,9 @@ Definition portCheck(const PinnedPorts& ports) {
                        std::string(rowOf(ports.failure).name) + ": the model has no such port"},
             .body = [ports](py::handle self, const Object& port) {
                 checkIsInt(port);
-                if (!attribute(self, ports.field).contains(port)) throw Failure(ports.failure);
+                const int known = PySequence_Contains(attribute(self, ports.field).ptr(), port.ptr());
+                if (known < 0) throw py::error_already_set();
+                if (known == 0) throw Failure(ports.failure);
             }};
 }
 

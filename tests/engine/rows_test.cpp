@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <deque>
 #include <random>
+#include <set>
 #include <thread>
 
+#include "core/engine/sample_memory.h"
 #include "core/engine/stream_reader.h"
 #include "support.h"
 
@@ -101,6 +104,21 @@ TEST(RowQueue, KeepsOrderOverSmallAndLargeFramesAndLayoutsHoweverItIsRead) {
     EXPECT_EQ(got, expected);
 }
 
+TEST(RowQueue, TakesRowsOfOneWidthAtATimeHoweverFewAreWanted) {
+    const std::array queues{std::make_shared<RowQueue>(100), std::make_shared<RowQueue>(100)};
+    for (const int columns : {2, 2, 3}) queues[0]->put(RowLayout::octets(columns), Bytes(12, 1));
+    for (int i = 0; i < 4; ++i) queues[1]->put(RowLayout::octets(4), Bytes(20, 2));
+    EXPECT_EQ(RowQueue::takeUniform(queues, 0).columns, 6U);
+    std::vector<std::pair<std::size_t, std::size_t>> taken;
+    for (const std::size_t count : {1, 7, 100, 1, 100, 100}) {
+        const RowsTaken rows = RowQueue::takeUniform(queues, count);
+        taken.emplace_back(rows.rows, rows.columns);
+    }
+    using Pairs = std::vector<std::pair<std::size_t, std::size_t>>;
+    EXPECT_EQ(taken, (Pairs{{1, 6}, {7, 6}, {4, 6}, {1, 7}, {3, 7}, {0, 4}}));
+    EXPECT_EQ(queues[1]->size(), 4U);
+}
+
 TEST(RowQueue, DropsTheNewestRowsWhenFullAndRefusesBrokenFrames) {
     RowQueue queue(5);
     const RowLayout layout = RowLayout::scaled16(2, 1);
@@ -157,6 +175,37 @@ TEST(RowQueue, RunsStayAsTheyAreWhileOthersWriteAndRead) {
     }
     writer.join();
     EXPECT_EQ(queue.size(), 0U);
+}
+
+TEST(SampleMemory, IsNobodyElsesAsLongAsItIsHeld) {
+    const auto work = [](unsigned seed) {
+        std::mt19937 random(seed);
+        std::deque<std::pair<std::shared_ptr<double>, std::size_t>> held;
+        for (int i = 0; i < 400; ++i) {
+            const std::size_t count = random() % (i % 50 == 0 ? 600'000 : 40'000);
+            held.emplace_back(sampleMemory(count), count);
+            std::fill_n(held.back().first.get(), count, seed + count);
+            for (std::size_t drop = random() % 3; drop != 0 && held.size() > 4; --drop) {
+                const auto [memory, size] = held.front();
+                held.pop_front();
+                ASSERT_EQ(std::count(memory.get(), memory.get() + size, static_cast<double>(seed + size)),
+                          static_cast<std::ptrdiff_t>(size));
+            }
+        }
+    };
+    std::thread one(work, 1), other(work, 2);
+    work(3);
+    one.join();
+    other.join();
+}
+
+TEST(SampleMemory, IsUsedAgain) {
+    std::set<double*> places;
+    for (int i = 0; i < 1000; ++i) {
+        const auto first = sampleMemory(10'000), second = sampleMemory(20'000);
+        places.insert({first.get(), second.get()});
+    }
+    EXPECT_EQ(places.size(), 2U);
 }
 
 class StreamReaderTest : public ::testing::Test {

@@ -141,6 +141,49 @@ def test_own_steps_and_queues_of_a_subclass_are_used():
         assert box.taken == 2
 
 
+def test_replaced_places_and_sizes_of_queues_are_used(call):
+    class Exaggerating(pyzvr.RowFifo):
+        asked = 0
+
+        def qsize(self):
+            self.asked += 1
+            return super().qsize() + 7
+
+    with fake_device("TarnAnalog") as box:
+        call(box, "AI_open", 0)
+        other = pyzvr.RowFifo()
+        other.put([3.5] * 8)
+        box.ai_signal_queue_list.append(other)
+        with mock.patch.object(box, "_AI_changePortToIndex", return_value=len(box.ai_signal_queue_list) - 1):
+            assert call(box, "AI_readStreamingBlock", 0, 1, 5).tolist() == [[3.5] * 8]
+            assert call(box, "AI_readStreaming", 0, 1, 0.001) == []
+        own = box.ai_signal_queue_list[0] = Exaggerating()
+        own.put([1.5] * 8)
+        assert box.AI_getBacklog(0) == 8
+        assert own.asked == 1
+        assert call(box, "AI_readStreaming", 0, 8, 5) == [[1.5] * 8]
+        assert own.asked > 1
+
+
+def test_blocks_stay_as_they_are_while_others_come_and_go(call):
+    with fake_device("TarnAnalog") as box:
+        call(box, "AI_open", 0)
+        held = []
+        for number, rows in enumerate([1, 300, 600, 40, 3000, 40000, 257, 600] * 6):
+            frames(box, *[row(number)] * rows)
+            assert box.ai_signal_queue_list[0].get(timeout=5)
+            frames(box, row(number))
+            block = call(box, "AI_readStreamingBlock", 0, rows, 5)
+            assert len(block) == rows
+            held.append((memoryview(block), [volts(code) for code in row(number)], rows))
+            del block
+            if number % 3 != 0:
+                view, values, count = held.pop(number % len(held))
+                assert view.tolist() == [values] * count
+        for view, values, count in held:
+            assert view.tolist() == [values] * count
+
+
 def test_broken_frame_ends_the_reader_with_a_report_and_nothing_else(monkeypatch):
     reported = threading.Event()
     reports = []

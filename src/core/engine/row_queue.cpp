@@ -132,7 +132,7 @@ RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queue
     RowsTaken taken;
     if (queues.empty()) count = 0;
     for (const auto& queue : queues) {
-        const auto [columns, rows] = queue->uniformRows();
+        const auto [columns, rows] = queue->uniformRows(count);
         taken.columns += columns;
         count = std::min(count, rows);
     }
@@ -142,9 +142,10 @@ RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queue
     return taken;
 }
 
-std::pair<std::size_t, std::size_t> RowQueue::uniformRows() const {
+std::pair<std::size_t, std::size_t> RowQueue::uniformRows(std::size_t enough) const {
     std::size_t columns = 0, rows = 0;
     for (const Chunk& chunk : chunks_) {
+        if (rows >= enough && rows != 0) break;
         if (chunk.rows() == 0) continue;
         if (rows != 0 && static_cast<std::size_t>(chunk.layout.columns) != columns) break;
         columns = static_cast<std::size_t>(chunk.layout.columns);

@@ -95,8 +95,8 @@ private:
     /// Counts rows that were appended; tells whether who waits for rows is to be woken.
     bool count(std::size_t rows);
     std::vector<RowRun> takeLocked(std::size_t count);
-    /// Number of values in each of the oldest rows, and how many rows have that many.
-    std::pair<std::size_t, std::size_t> uniformRows() const;
+    /// Number of values in each of the oldest rows, and how many rows have that many; looks no further than `enough`.
+    std::pair<std::size_t, std::size_t> uniformRows(std::size_t enough) const;
 
     const std::size_t capacity_;
     const ProcessMark mark_;
