@@ -102,6 +102,14 @@ void changeField(py::handle self, const Object& name, Change change) {
     if (const auto runtime = runtimeOrNothing(self)) runtime->watch->touch(self);
 }
 
+void onConnectionLost(py::handle self, const Object& callback, const Object& loop) {
+    if (PyCallable_Check(callback.ptr()) == 0) refuseType("callback", "a function", callback);
+    const auto runtime = runtimeOf(self);
+    runtime->requireOwn();
+    runtime->lossCallbacks->add(callback, loop);
+    if (runtime->commands() && runtime->commands()->loss()) runtime->lossCallbacks->call(runtime->commands());
+}
+
 }  // namespace
 
 void defineDevice(Package& package) {
@@ -120,6 +128,15 @@ void defineDevice(Package& package) {
         .field({"data_pool_echo", "EchoPool", "latest unclaimed reply per key"})
         .field({"data_pool_strm", "StreamPool", "queues of streamed frames"})
         .field({"data_pool_bcst", "BroadcastPool", "sets of replies to broadcasts"})
+        .field({"serialize", "bool",
+                "whether requests with the same key take turns, each with a reply of its own; False unless set"})
+        .method({.name = "onConnectionLost",
+                 .parameters = {{"callback", "Callable[[Exception], object]", "called with the reason, an error"},
+                                {"loop", "asyncio.AbstractEventLoop | None",
+                                 "event loop to call it on; None for a thread of the library", "None"}},
+                 .doc = "Has a function called once, when the device or the system has ended the connection; at once "
+                        "if that has happened. Closing and disconnecting are no such end.",
+                 .body = onConnectionLost})
         .method({.name = "__init__",
                  .doc = "Makes the data pools.",
                  .body =

@@ -60,8 +60,53 @@ void connectDevice(py::handle self, const DeviceClass& device, Arguments given) 
     if (device.base == nullptr && isConnected(self, device.link)) return;
     const Object place = device.join(self, device.link, given);
     openGate(self, device.link);
+    py::tuple places(device.connectParameters.size());
+    for (std::size_t i = 0; i < places.size(); ++i) places[i] = i + 1 < places.size() ? given[i] : py::bool_(false);
+    runtimeOf(self)->connectedWith = shared(places);
     const Object& verbose = given[device.connectParameters.size() - 1];
     printPlace(verbose, place ? "Connected" : "Binded", "to", self, place);
+}
+
+bool isConnected(py::handle self, const DeviceClass& device) {
+    if (device.base != nullptr && !isConnected(self, *device.base)) return false;
+    if (!isConnected(self, device.link)) return false;
+    const auto client = nativeOrNothing<Client>(attribute(self, device.link.client));
+    return !client || !client->loss();
+}
+
+void dropLink(py::handle self, const DeviceClass& device) {
+    const DeviceLink& link = device.link;
+    callMethod(attribute(self, link.lock), "acquire");
+    const Object client = attribute(self, link.client);
+    if (const auto ours = nativeOrNothing<Client>(client)) {
+        const WithoutGil released;
+        ours->close();
+        ours->splitter.with([](Splitter& splitter) { splitter.setStream({}); });
+    } else if (!client.is_none()) {
+        callMethod(client, "disconnect");
+    }
+    if (link.connectsAnew) setAttribute(self, link.client, py::none());
+    setDisconnected(self, device);
+    if (device.base != nullptr) dropLink(self, *device.base);
+}
+
+void reconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
+    const auto runtime = runtimeOf(self);
+    runtime->requireOwn();
+    if (isKilled(self)) throw Failure(runtime->linkFailure, "The handle is closed.");
+    if (!runtime->connectedWith) throw Failure(runtime->linkFailure, notConnected);
+    const py::tuple places = borrow(runtime->connectedWith.get());
+    dropLink(self, device);
+    callMethod(attribute(self, "data_pool_echo"), "clear");
+    callOf(device.name, "connect", self, *places);
+    if (isTrue(verbose)) printLine(py::str("Reconnected {}").format(callMethod(self, "_getDeviceName")));
+}
+
+Task awaitInThread(Op op, const char* method, std::vector<Object> given) {
+    py::tuple values(given.size());
+    for (std::size_t i = 0; i < given.size(); ++i) values[i] = given[i];
+    const Object call = attribute(op.self(), method);
+    co_return co_await Awaiter::on(pythonObject("asyncio", "to_thread")(call, *values));
 }
 
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose) {

@@ -36,8 +36,32 @@ void connectClient(py::handle self, const DeviceLink& link, const Object& place,
 void startDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 void connectDevice(py::handle self, const DeviceClass& device, Arguments given);
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
+/// Whether the device has a connection that has not been lost.
+bool isConnected(py::handle self, const DeviceClass& device);
+/// Lets go of what is left of the connection and makes it anew, with what it was made with.
+void reconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
+/// Awaits a method that blocks, on a thread of the event loop's own.
+Task awaitInThread(Op op, const char* method, std::vector<Object> given);
 /// Disconnects, ends what the object has and says so, each even if the step before failed.
 void closeDevice(py::handle self, const DeviceClass& device, const Object& verbose);
+
+inline Raises reconnectErrors(const DeviceClass& device) {
+    Raises raises = device.connect.raises;
+    raises.add({std::string(rowOf(device.link.failure).name) + ": the handle is closed, or has never been connected"});
+    return raises;
+}
+
+/// The awaitable form of a method that blocks. It never stops the event loop; a cancelled one ends in its thread.
+inline Definition inThreadOf(const char* method, Parameters parameters, const MethodText& text) {
+    const std::size_t count = parameters.size();
+    return {.name = method,
+            .parameters = std::move(parameters),
+            .doc = text.summary,
+            .raises = text.raises,
+            .body = [method, count](const Definition&, Op op, Arguments given) -> Task {
+                return awaitInThread(std::move(op), method, {given, given + count});
+            }};
+}
 
 /// The row is there for good.
 inline void defineDeviceClass(Package& package, const DeviceClass& device) {
@@ -73,6 +97,20 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
              .doc = device.disconnect.summary,
              .raises = device.disconnect.raises,
              .body = [&device](py::handle self, const Object& verbose) { disconnectDevice(self, device, verbose); }})
+        .method({.name = "isConnected",
+                 .doc = "Whether there is a connection, and the device has not ended it.",
+                 .returns = {"bool", "", "host record"},
+                 .body = [&device](py::handle self) { return isConnected(self, device); }})
+        .method({.name = "reconnect",
+                 .parameters = {verboseParameter},
+                 .doc = "Gives the handle a new connection to where it was connected last, whatever became of that "
+                        "one. Replies that nobody took are dropped; nothing is set or opened again on the device.",
+                 .raises = reconnectErrors(device),
+                 .body = [&device](py::handle self, const Object& verbose) { reconnectDevice(self, device, verbose); }})
+        .awaitable(inThreadOf("connect", device.connectParameters, device.connect))
+        .awaitable(inThreadOf("disconnect", {verboseParameter}, device.disconnect))
+        .awaitable(inThreadOf("reconnect", {verboseParameter}, {"Gives the handle a new connection."}))
+        .awaitable(inThreadOf("close", {verboseParameter}, device.close))
         .method({.name = "close",
                  .parameters = {verboseParameter},
                  .doc = device.close.summary,

@@ -12,13 +12,14 @@ namespace {
 constexpr std::chrono::milliseconds linger{75};
 
 // The link of commands has the same fields in all classes. A client that comes and goes is one that fails to read, too.
-DeviceLink commandLink(const char* clientClass, int readLength, bool comesAndGoes = false) {
+DeviceLink commandLink(const char* clientClass, FailureId failure, int readLength, bool comesAndGoes = false) {
     return {.client = "client_cmd",
             .status = "connect_status_cmd",
             .lock = "recv_cmd_lock",
             .thread = "recv_cmd_thread",
             .body = "_recvCMDThread",
             .clientClass = clientClass,
+            .failure = failure,
             .readLength = readLength,
             .connectsAnew = comesAndGoes,
             .reportsReads = comesAndGoes};
@@ -89,7 +90,7 @@ void defineDeviceClasses(Package& package) {
     static const DeviceClass network{
         .name = "NetworkDevice",
         .doc = "A device behind one TCP connection.",
-        .link = commandLink("TCPClient", TCP_PKT_LENGTH_MAX),
+        .link = commandLink("TCPClient", FailureId::NetworkConnectionLostError, TCP_PKT_LENGTH_MAX),
         .places = {{"ip_addr", "str | None", "address of the device; None until connected"}},
         .dropsClient = true,
         .start = {"Starts the receive thread, which waits for a connection."},
@@ -126,7 +127,7 @@ void defineDeviceClasses(Package& package) {
     static const DeviceClass serial{
         .name = "UARTDevice",
         .doc = "A device on a serial line.",
-        .link = commandLink("UARTClient", UART_PKT_LENGTH_MAX),
+        .link = commandLink("UARTClient", FailureId::UARTConnectionError, UART_PKT_LENGTH_MAX),
         .places = {{"port", "str | None", "name of the serial port; None until connected"},
                    {"baudrate", "int | None", "speed in bits per second; None until connected"}},
         .dropsClient = true,
@@ -142,7 +143,7 @@ void defineDeviceClasses(Package& package) {
     static const DeviceClass usb{
         .name = "USBDevice",
         .doc = "A device on USB.",
-        .link = commandLink("USBClient", USB_PKT_SIZE, true),
+        .link = commandLink("USBClient", FailureId::USBConnectionError, USB_PKT_SIZE, true),
         .places = {{"serial_num", "str | None", "serial number of the device; None until connected"}},
         .start = {"Starts the receive thread, which waits for a connection."},
         .connectParameters = {{"serial_num", "str", "serial number of the device; \"default\" takes the first one",

@@ -101,12 +101,61 @@ Object echoPacket(py::handle self, int command, const Object& data, Seconds time
         }
     }
     const Object frame = callMethod(self, "_preparePacket", py::int_(command), data);
-    callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
+    callMethod(clientOf(self), "sendPacket", frame);
     return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
 }
 
+// The turn of a request where an object lets those with the same key go one after the other. What lies under the key
+// when the turn comes is an answer to a request of before.
+class RequestTurn {
+public:
+    /// Nothing where requests take no turns.
+    static std::shared_ptr<RequestTurn> of(py::handle self, EchoPool::Key key) {
+        const Object serialize = attributeOrNothing(self, "serialize");
+        const auto runtime = serialize && isTrue(serialize) ? runtimeOrNothing(self) : nullptr;
+        if (!runtime) return nullptr;
+        runtime->requireOwn();
+        if (runtime->turnsMade.insert(key).second) runtime->turns->put(key, {});
+        return std::make_shared<RequestTurn>(runtime, key);
+    }
+
+    RequestTurn(std::shared_ptr<DeviceRuntime> runtime, EchoPool::Key key)
+        : runtime_(std::move(runtime)), turns_(runtime_->turns), key_(key) {}
+    ~RequestTurn() {
+        if (mine_) turns_->put(key_, {});
+    }
+    RequestTurn(const RequestTurn&) = delete;
+    RequestTurn& operator=(const RequestTurn&) = delete;
+
+    bool tryBegin(py::handle self) {
+        if (!turns_->take(key_)) return false;
+        mine_ = true;
+        if (const ReplyPool pool(self); pool.ours) pool.ours->take(key_);
+        return true;
+    }
+    void begin(py::handle self) {
+        while (!tryBegin(self)) {
+            blocking([&](const InterruptCheck& onWait) {
+                if (auto token = turns_->await(key_, forever, onWait)) turns_->put(key_, std::move(*token));
+            });
+        }
+    }
+    ReplyAwaiter wait() const { return {runtime_->wakers, turns_, key_}; }
+
+private:
+    const std::shared_ptr<DeviceRuntime> runtime_;
+    const std::shared_ptr<EchoPool> turns_;
+    const EchoPool::Key key_;
+    bool mine_ = false;
+};
+
 // Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
 Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
+    std::shared_ptr<RequestTurn> turn;
+    if (const auto path = RequestPath::of(self); !path || path->serialize) {
+        turn = RequestTurn::of(self, keyOf(argument<int>(command, "cmd"), data));
+        if (turn) turn->begin(self);
+    }
     const auto attempt = [&] {
         if (const auto path = RequestPath::of(self); path && path->blocking) {
             return exchangeOnce(*path, argument<int>(command, "cmd"), bytesOf(data), QUICK_TRY);
@@ -195,7 +244,7 @@ py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted
 
 // Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
 bool sendNow(py::handle self, const Object& frame) {
-    const Object client = attribute(self, "client_cmd");
+    const Object client = clientOf(self);
     const auto link = nativeOrNothing<Client>(client);
     if (!link || !hasOwnMethod(client, "sendPacket")) {
         callMethod(client, "sendPacket", frame);
@@ -276,9 +325,11 @@ Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seco
         const py::int_ seconds(RETRY_TIMEOUT);
         return Awaiter::on(callNamedBy(byTimeout, op.self(), interned("_echoPacket_async"), command, data, seconds));
     };
+    const int code = argument<int>(command, "cmd");
+    const auto turn = RequestTurn::of(op.self(), keyOf(code, data));
+    while (turn && !turn->tryBegin(op.self())) co_await turn->wait();
     for (int count = 0; count < most; ++count) {
         const Deadline deadline = deadlineIn(RETRY_TIMEOUT);
-        const int code = argument<int>(command, "cmd");
         Begun begun = begin(op.self(), code, data);
         if (begun.reply) {
             co_await giveLoopItsTurn(op);
@@ -383,7 +434,7 @@ void definePacket(Package& package) {
                  .body =
                      [](py::handle self, const Object& code, const Object& bytes) {
                          const Object frame = callMethod(self, "_preparePacket", code, bytes);
-                         callMethod(attribute(self, "client_cmd"), "sendPacket", frame);
+                         callMethod(clientOf(self), "sendPacket", frame);
                      }})
         .method(broadcast);
 

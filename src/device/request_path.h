@@ -13,6 +13,7 @@ public:
 
     /// Whether the steps of a form are the library's own, so that what they do may be done at once.
     bool blocking = false, awaitable = false;
+    bool serialize = false;  ///< requests with the same key take turns
     std::shared_ptr<Client> client;
     std::shared_ptr<EchoPool> pool;
     std::shared_ptr<Receiver> receiver;  ///< who brings the replies; may be nothing

@@ -175,6 +175,52 @@ private:
 
 }  // namespace
 
+void LossCallbacks::add(py::handle callback, py::handle loop) {
+    const std::lock_guard lock(mutex_);
+    callbacks_.push_back({shared(callback), loop.is_none() ? nullptr : shared(loop)});
+}
+
+void LossCallbacks::call(const std::shared_ptr<Receiver>& receiver) {
+    std::vector<Callback> told;
+    {
+        const std::lock_guard lock(mutex_);
+        told.swap(callbacks_);
+    }
+    if (told.empty()) return;
+    const std::string name = "_connectionLost";
+    startThread(name, [told = std::move(told), receiver, name] {
+        onInterpreter([&] {
+            Object reason = py::none();
+            try {
+                receiver->requireLink();
+            } catch (...) {
+                raiseCurrent();
+                reason = py::error_already_set().value();
+            }
+            for (const Callback& each : told) {
+                try {
+                    if (each.loop) {
+                        callMethod(each.loop.get(), "call_soon_threadsafe", py::handle(each.function.get()), reason);
+                    } else {
+                        callObject(each.function.get(), reason);
+                    }
+                } catch (...) {
+                    reportThreadFailure(name, std::current_exception());
+                }
+            }
+        });
+    });
+}
+
+Object clientOf(py::handle self) {
+    Object client = attribute(self, "client_cmd");
+    if (!client.is_none()) return client;
+    const auto runtime = runtimeOrNothing(self);
+    if (runtime) runtime->requireOwn();
+    throw Failure(runtime ? runtime->linkFailure : FailureId::NetworkConnectionLostError,
+                  isTrue(attribute(self, "killed")) ? "The handle is closed." : notConnected);
+}
+
 void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
     for (const auto& receiver : receivers_) {
@@ -190,7 +236,13 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
                                                std::make_shared<ReceiverSupervisor>(self, link, watch, pools));
     if (link.anybodySends) receiver->ignoreUnfiled();
     receivers_.push_back(receiver);
-    if (std::string_view(link.client) == "client_cmd") wakers.receiver = receiver;
+    if (std::string_view(link.client) == "client_cmd") {
+        wakers.receiver = receiver;
+        linkFailure = link.failure;
+    }
+    receiver->onLoss([callbacks = lossCallbacks, weak = std::weak_ptr(receiver)] {
+        if (const auto lost = weak.lock()) callbacks->call(lost);
+    });
     watch->onChange(receiver);
     endAtExit(receiver);
     receiver->start();

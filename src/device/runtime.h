@@ -16,10 +16,27 @@ struct DeviceLink {
     const char* thread;
     const char* body;  ///< method that is the thread's body; also the thread's name
     const char* clientClass = nullptr;
+    FailureId failure = FailureId::NetworkConnectionLostError;  ///< what requests without a connection raise
     int readLength = 0;
     bool connectsAnew = false;  ///< connecting makes another client; there is none before
     bool reportsReads = false;  ///< a failed read is printed and tried again
     bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
+};
+
+/// Who wants to hear of the end of a connection: each is called once, on a thread of ours or on an event loop.
+class LossCallbacks {
+public:
+    /// Under the interpreter lock. A null loop stands for a thread.
+    void add(py::handle callback, py::handle loop);
+    /// Any thread; does not wait. `receiver` tells the reason.
+    void call(const std::shared_ptr<Receiver>& receiver);
+
+private:
+    struct Callback {
+        SharedObject function, loop;
+    };
+    std::mutex mutex_;
+    std::vector<Callback> callbacks_;
 };
 
 /// Lives in the object's `_runtime`. It never refers back to the object, so that dropping the object ends its threads.
@@ -40,6 +57,15 @@ public:
     const std::shared_ptr<Watch> watch;
     /// Kept by the requests, under the interpreter lock.
     std::shared_ptr<const class RequestPath> requestPath;
+
+    /// The class of errors of the link that carries requests.
+    FailureId linkFailure = FailureId::NetworkConnectionLostError;
+    const std::shared_ptr<LossCallbacks> lossCallbacks = std::make_shared<LossCallbacks>();
+    /// What the object was connected with last, a tuple.
+    SharedObject connectedWith;
+    /// Whose turn it is to send a request with a key, where requests take turns: one token for each key.
+    const std::shared_ptr<EchoPool> turns = std::make_shared<EchoPool>();
+    std::set<EchoPool::Key> turnsMade;
 
     /// Throws Failure NetworkConnectionLostError in a forked child.
     void requireOwn() const;
@@ -65,6 +91,9 @@ std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self);
 
 /// Whether a method of the object has been replaced, or is not the library's; looks at what the object has now.
 bool isKilled(py::handle self);
+
+/// The object's client of requests. Throws the link's Failure if there is none.
+Object clientOf(py::handle self);
 
 /// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
 void runReceiverBody(py::handle self, const DeviceLink& link);

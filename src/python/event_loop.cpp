@@ -66,6 +66,9 @@ public:
         over_ = true;
         expired_ = !arrived_;
     }
+    /// What it waits for can no longer come.
+    void lose() { over_ = lost_ = true; }
+    bool lost() const { return lost_; }
     bool over() const { return over_; }
     bool arrived() const { return arrived_; }
     bool expired() const { return expired_; }
@@ -78,6 +81,7 @@ private:
     std::atomic<bool> arrived_{false};
     bool over_ = false;
     bool expired_ = false;
+    bool lost_ = false;
 };
 
 /// Belongs to one object and one loop.
@@ -125,7 +129,6 @@ private:
     void readLink();
 
     const std::shared_ptr<Receiver> receiver_;
-    bool isIdle_ = false;             // under the interpreter lock
     std::atomic<bool> armed_{false};  // the descriptor tells of bytes
 
     // Under the mutex.
@@ -290,7 +293,9 @@ void LoopWaker::onTurn() noexcept {
         const std::lock_guard lock(mutex_);
         descriptor = descriptor_;
     }
-    if (descriptor) armed_ = receiver_->watchOnce(descriptor->number());
+    if (!descriptor) return;
+    armed_ = hasTurn() && receiver_->watchOnce(descriptor->number());
+    if (!armed_) descriptor->ring();  // the loop is to look around
 }
 
 bool LoopWaker::isWatching() const { return callbacks_ != nullptr && contentOf(callbacks_).descriptor; }
@@ -298,17 +303,12 @@ bool LoopWaker::isWatching() const { return callbacks_ != nullptr && contentOf(c
 // A loop that cannot watch the link leaves it to its thread, which is not to wait for others then.
 void LoopWaker::enterRight() {
     if (!receiver_ || receiver_->isForeign()) return;
-    if (!isWatching() || !receiver_->canBeWatched()) {
-        if (!std::exchange(isIdle_, true)) receiver_->right().noteIdle();
-        return;
-    }
-    receiver_->right().enter(*this);
+    receiver_->right().enter(*this, isWatching() && receiver_->canBeWatched());
     if (hasTurn() && !armed_) onTurn();
 }
 
 void LoopWaker::leaveRight() noexcept {
     if (!receiver_ || receiver_->isForeign()) return;
-    if (std::exchange(isIdle_, false)) receiver_->right().forgetIdle();
     receiver_->right().leave(*this);
 }
 
@@ -342,12 +342,18 @@ void LoopWaker::deliver(bool bytes) {
         signalled_ = false;
         arrived.swap(arrived_);
     }
+    const bool isOver = receiver_ && !receiver_->isForeign() && receiver_->loss().has_value();
     const auto waitsOn = [](const LoopWait* wait) { return !wait->arrived() && !wait->over(); };
-    if (hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
+    if (!isOver && hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
     std::vector<Object> futures;
     futures.reserve(arrived.size());
     for (const auto& wait : arrived) {
         if (wait->future()) futures.push_back(wait->future());
+    }
+    for (LoopWait* const wait : waiting_) {
+        if (!isOver || !wait->future() || !waitsOn(wait)) continue;
+        wait->lose();
+        futures.push_back(wait->future());
     }
     resolve(futures);
 }
@@ -535,7 +541,9 @@ bool ReplyAwaiter::await_suspend(Task::Handle handle) {
     if (limit <= Clock::now()) throw AwaitTimedOut();
     wait_ = wakers_.wait(limit);
     subscription_.emplace(*pool_, key_, wait_);
+    const bool isLost = wakers_.receiver && wakers_.receiver->loss();  // behind what the link brought last
     if (pool_->contains(key_)) return false;
+    if (isLost) wakers_.receiver->requireLink();
     const Object future = wait_->future();
     if (!future) throw loopIsClosed();
     lastTurn = Clock::now();
@@ -546,6 +554,7 @@ bool ReplyAwaiter::await_suspend(Task::Handle handle) {
 
 void ReplyAwaiter::await_resume() {
     if (pending_) pending_->await_resume();
+    if (wait_->lost()) wakers_.receiver->requireLink();
     if (wait_->expired()) throw AwaitTimedOut();
 }
 

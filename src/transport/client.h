@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <system_error>
 
 #include "core/engine/gate.h"
 #include "core/engine/process.h"
@@ -25,6 +26,9 @@ enum class ReadStatus {
 
 /// Who reads: a caller waits as the link's reads wait; the receive thread may wait longer, and `interrupt` ends that.
 enum class Reader { caller, thread };
+
+/// What an error says of a request that has no link to go over.
+inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
 
 /// A source of packets for a receive loop. One at a time reads, the receive thread or another in its place.
 class PacketSource {
@@ -51,6 +55,12 @@ public:
     virtual bool awaitBytes() { return true; }
     /// Lets an epoll tell once when there is something to read; false where nothing can be watched.
     virtual bool watchOnce(int epoll) const;
+
+    /// Why there is no link, if there has been one that the device or the system ended, or none at all
+    /// (`not_connected`). Sources that cannot tell have none.
+    virtual std::optional<std::error_code> loss() const { return std::nullopt; }
+    /// The class of the errors of this kind of link.
+    virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
 
     /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
     std::uint64_t steps() const noexcept { return steps_; }
@@ -101,11 +111,8 @@ public:
     bool isForeign() const noexcept { return mark_.foreign(); }
     /// Throws the link's failure in a forked child of the process that made the client.
     void requireOwn() const {
-        if (isForeign()) throw Failure(foreignFailure(), foreignMessage("The client"));
+        if (isForeign()) throw Failure(failure(), foreignMessage("The client"));
     }
-
-protected:
-    virtual FailureId foreignFailure() const { return FailureId::NetworkConnectionLostError; }
 
 private:
     const ProcessMark mark_;

@@ -65,6 +65,7 @@ void Receiver::run() {
             right_.give(false);
             continue;
         }
+        tellLoss();
         right_.give(othersMayRead());
         switch (reading) {
             case ReadStatus::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
@@ -178,6 +179,26 @@ bool Receiver::readFor(ReadingRight::Waiter& reader, const Wake* wake, Deadline 
     return false;
 }
 
+std::optional<std::error_code> Receiver::loss() const {
+    const auto read = source();
+    const auto why = read ? read->loss() : std::nullopt;
+    return why && *why != std::errc::not_connected ? why : std::nullopt;
+}
+
+void Receiver::requireLink() const {
+    if (!loss()) return;
+    const auto read = source();
+    throw Failure(read ? read->failure() : FailureId::NetworkConnectionLostError);
+}
+
+// Behind the last of what has come.
+void Receiver::tellLoss() {
+    const bool isLost = loss().has_value();
+    if (std::exchange(lossTold_, isLost) || !isLost) return;
+    right_.tellAll();
+    if (onLoss_) onLoss_();
+}
+
 std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline deadline,
                                      const InterruptCheck& onWait) {
     if (auto data = pool.take(key)) return data;
@@ -198,8 +219,10 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
     if (waiter->hasTurn()) {
         // Most replies come at once, and to who reads; the rest is needed where others bring it, or nobody.
         readFor(*waiter, nullptr, deadline);
+        const bool isLost = loss().has_value();  // behind what it brought last
         if (Clock::now() >= deadline) return std::nullopt;
         if (auto data = pool.take(key)) return data;
+        if (isLost) requireLink();
     }
     InterruptCheck check;
     if (onWait) {
@@ -210,9 +233,16 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
         };
     }
     return pool.awaitWith(*waiter, key, deadline, check, [this](ThreadWaiter& held, Deadline until) {
-        if (!held.hasTurn()) return held.park(until);
-        readFor(held, &held.wake(), until);
-        return held.takeReply();
+        if (!held.hasTurn()) {
+            if (held.park(until)) return true;
+        } else {
+            readFor(held, &held.wake(), until);
+            if (held.takeReply()) return true;
+        }
+        const bool isLost = loss().has_value();
+        if (held.takeReply()) return true;
+        if (isLost) requireLink();
+        return false;
     });
 }
 

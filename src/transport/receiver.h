@@ -63,6 +63,13 @@ public:
     bool canBeWatched() const;
     ReadingRight& right() { return right_; }
 
+    /// Why the link has ended, if it was open once and the device or the system has ended it.
+    std::optional<std::error_code> loss() const;
+    /// Throws the link's Failure then.
+    void requireLink() const;
+    /// Told once of each such end, on a thread that reads; it must not wait. Set before the start.
+    void onLoss(std::function<void()> told) { onLoss_ = std::move(told); }
+
     /// Ends the thread soon, out of its read.
     void end() override;
 
@@ -95,6 +102,7 @@ private:
     bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
     bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
+    void tellLoss();
     bool prepareTurn(std::uint64_t& turn);
     bool awaitBytes(PacketSource& source);
     ReadStatus cycle(PacketSource* source);
@@ -115,6 +123,8 @@ private:
     // What another's read brought that is the thread's to deal with: its status and failure, or that of the sink.
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
+    bool lossTold_ = false;
+    std::function<void()> onLoss_;
     ReadingRight right_;
 
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};

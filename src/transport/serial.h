@@ -25,8 +25,7 @@ public:
     double readTimeout() const { return readTimeout_; }
     void setReadTimeout(double seconds);
 
-protected:
-    FailureId foreignFailure() const override { return FailureId::UARTConnectionError; }
+    FailureId failure() const override { return FailureId::UARTConnectionError; }
 
 private:
     std::atomic<double> readTimeout_;

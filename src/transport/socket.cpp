@@ -157,6 +157,20 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
+// A failed read or send of a stream is its end; a datagram socket lives on.
+void SystemSocket::failAndNote() {
+    const int number = errno;
+    if (endsWithNothing() && !closing_) loss_ = number;
+    throw std::system_error(number, std::system_category());
+}
+
+std::optional<std::error_code> SystemSocket::loss() const {
+    const int number = loss_;
+    if (number == 0) return std::nullopt;
+    if (number < 0) return asio::error::make_error_code(asio::error::eof);
+    return std::error_code(number, std::system_category());
+}
+
 short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, const Wake* wake) {
     std::array<pollfd, 2> entries{{{descriptor_.get(), events, 0}, {wake == nullptr ? -1 : wake->number(), POLLIN, 0}}};
     const std::span polled = std::span(entries).first(wake == nullptr ? 1 : 2);
@@ -175,9 +189,10 @@ std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer,
     const ssize_t count = waits ? receiveSoon(descriptor, buffer) : receiveNow(descriptor, buffer);
     if (count < 0) {
         if (isTransient(errno)) return std::nullopt;
-        failWithErrno();
+        failAndNote();
     }
     buffer = buffer.first(static_cast<std::size_t>(count));
+    if (count == 0 && endsWithNothing() && !closing_) loss_ = -1;
     return count != 0 ? ReadStatus::data : endsWithNothing() ? ReadStatus::ended : ReadStatus::idle;
 }
 
@@ -274,7 +289,7 @@ bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck&
             if (!partly) deadline = std::max(deadline, Clock::now() + Client::finishWithin);
             partly = true;
         } else if (!isTransient(errno)) {
-            failWithErrno();
+            failAndNote();
         } else if (awaitEvent(POLLOUT, deadline, onWait) == 0) {
             return false;
         }

@@ -26,6 +26,8 @@ public:
     virtual bool waitsApart() const { return false; }
     virtual bool awaitBytes() { return true; }
     virtual bool watchOnce(int epoll);
+    /// Why it has ended, if the peer or the system ended it.
+    virtual std::optional<std::error_code> loss() const { return std::nullopt; }
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
@@ -60,6 +62,7 @@ public:
     bool waitsApart() const override { return true; }
     bool awaitBytes() override;
     bool watchOnce(int epoll) override;
+    std::optional<std::error_code> loss() const override;
     /// Sends once, as much as there is room for; tells how much.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
@@ -99,6 +102,7 @@ private:
     class Use;
 
     void requireOwn() const;
+    [[noreturn]] void failAndNote();
     /// What is there, cutting the buffer; nothing if there is nothing yet.
     std::optional<ReadStatus> takeNow(std::span<std::uint8_t>& buffer, bool waits = false);
     std::optional<ReadStatus> takeInto(SharedSplitter& splitter, std::size_t length, std::vector<Packet>& packets,
@@ -120,6 +124,7 @@ private:
     std::condition_variable left_;
     int users_ = 0;
     std::atomic<bool> closing_{false};
+    std::atomic<int> loss_{0};  // number of the system's error; -1 for an orderly end
 };
 
 /// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.

@@ -46,6 +46,11 @@ bool SocketClient::watchOnce(int epoll) const {
     }
 }
 
+std::optional<std::error_code> SocketClient::loss() const {
+    const auto held = socket();
+    return held ? held->loss() : std::make_error_code(std::errc::not_connected);
+}
+
 void SocketClient::close() noexcept {
     if (isForeign()) return;
     std::shared_ptr<Socket> held;
@@ -78,7 +83,7 @@ void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
 std::shared_ptr<Socket> SocketClient::connectedSocket() const {
     requireOwn();
     auto held = socket();
-    if (!held) throw std::system_error(std::make_error_code(std::errc::not_connected));
+    if (!held) throw Failure(failure(), notConnected);
     return held;
 }
 

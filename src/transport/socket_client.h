@@ -17,6 +17,7 @@ public:
     bool waitsApart() const override;
     bool awaitBytes() override;
     bool watchOnce(int epoll) const override;
+    std::optional<std::error_code> loss() const override;
 
     /// Waits briefly for the threads that are in a read or a send to leave.
     void close() noexcept override;
@@ -27,7 +28,7 @@ public:
     void replaceSocket(std::shared_ptr<Socket> socket);
 
 protected:
-    /// Throws std::system_error while there is no socket.
+    /// Throws the link's Failure while there is no socket.
     std::shared_ptr<Socket> connectedSocket() const;
 
 private:

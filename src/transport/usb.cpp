@@ -318,10 +318,21 @@ std::optional<ReadStatus> UsbClient::receiveFor(const Wake* /*wake*/, Deadline u
 
 ReadStatus UsbClient::readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets) {
     Bytes buffer(length);
-    const std::size_t count = opened()->receive(reader, milliseconds, buffer, [&](const Bytes& bytes) {
-        if (!bytes.empty()) packets = splitter.take(bytes);
-    });
+    std::size_t count = 0;
+    try {
+        count = opened()->receive(reader, milliseconds, buffer, [&](const Bytes& bytes) {
+            if (!bytes.empty()) packets = splitter.take(bytes);
+        });
+    } catch (const UsbError& error) {
+        if (error.code() == std::errc::no_such_device) gone_ = true;
+        throw;
+    }
     return count == 0 ? ReadStatus::idle : ReadStatus::data;
+}
+
+std::optional<std::error_code> UsbClient::loss() const {
+    if (gone_) return std::make_error_code(std::errc::no_such_device);
+    return std::nullopt;
 }
 
 void UsbClient::interrupt() noexcept {

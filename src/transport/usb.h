@@ -38,6 +38,7 @@ public:
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                          const InterruptCheck& onWait) override;
     bool isShared() const override { return true; }
+    std::optional<std::error_code> loss() const override;
     /// As the receive thread's read.
     std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
                                          std::vector<Packet>& packets) override;
@@ -49,8 +50,7 @@ public:
 
     class Handle;
 
-protected:
-    FailureId foreignFailure() const override { return FailureId::USBConnectionError; }
+    FailureId failure() const override { return FailureId::USBConnectionError; }
 
 private:
     std::shared_ptr<Handle> opened() const;
@@ -61,6 +61,7 @@ private:
     std::shared_future<void> closed_;
     mutable std::mutex mutex_;
     std::shared_ptr<Handle> handle_;
+    std::atomic<bool> gone_{false};
 };
 
 }  // namespace zvr

@@ -1,19 +1,28 @@
 #include "core/engine/reading_right.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zvr {
 
-void ReadingRight::enter(Waiter& waiter) {
+void ReadingRight::enter(Waiter& waiter, bool canRead) {
     const std::lock_guard lock(mutex_);
-    if (std::ranges::find(waiters_, &waiter) == waiters_.end()) waiters_.push_back(&waiter);
-    waiter.absent_ = false;
+    const bool fresh = std::ranges::find(waiters_, &waiter) == waiters_.end();
+    if (fresh) waiters_.push_back(&waiter);
+    waiter.absent_ = !canRead;
+    if (fresh && !canRead) {
+        waiter.idle_ = true;
+        ++idle_;
+        changed_.notify_all();
+    }
     pass();
 }
 
 void ReadingRight::leave(Waiter& waiter) noexcept {
     const std::lock_guard lock(mutex_);
-    remove(waiter);
+    std::erase(waiters_, &waiter);
+    if (std::exchange(waiter.idle_, false)) --idle_;
+    takeFrom(waiter);
     pass();
 }
 
@@ -21,12 +30,12 @@ void ReadingRight::leaveToThread(Waiter& waiter) noexcept {
     const std::lock_guard lock(mutex_);
     mayRead_ = false;
     hurried_ = true;
-    remove(waiter);
+    waiter.absent_ = true;
+    takeFrom(waiter);
     changed_.notify_all();
 }
 
-void ReadingRight::remove(Waiter& waiter) noexcept {
-    std::erase(waiters_, &waiter);
+void ReadingRight::takeFrom(Waiter& waiter) noexcept {
     waiter.turn_ = false;
     if (holder_ != &waiter) return;
     holder_ = nullptr;
@@ -47,7 +56,7 @@ void ReadingRight::pass() noexcept {
 
 bool ReadingRight::begin(Waiter& waiter) {
     const std::lock_guard lock(mutex_);
-    waiter.absent_ = false;
+    waiter.absent_ = waiter.idle_;
     pass();
     if (holder_ != &waiter) return false;
     loopReads_ = true;
@@ -61,15 +70,9 @@ void ReadingRight::end(Waiter& waiter) noexcept {
     lastUse_ = Clock::now();
 }
 
-void ReadingRight::noteIdle() {
+void ReadingRight::tellAll() noexcept {
     const std::lock_guard lock(mutex_);
-    ++idle_;
-    changed_.notify_all();
-}
-
-void ReadingRight::forgetIdle() noexcept {
-    const std::lock_guard lock(mutex_);
-    --idle_;
+    for (Waiter* const waiter : waiters_) waiter->onTurn();
 }
 
 void ReadingRight::awaitChange(std::unique_lock<std::mutex>& lock, Deadline until) {
@@ -129,7 +132,7 @@ void ReadingRight::hurry() noexcept {
 
 bool ReadingRight::isWanted() const {
     const std::lock_guard lock(mutex_);
-    return !waiters_.empty();
+    return std::ranges::any_of(waiters_, [](const Waiter* waiter) { return !waiter->absent_; });
 }
 
 }  // namespace zvr

@@ -41,23 +41,25 @@ public:
         friend class ReadingRight;
         const bool isLoop_;
         std::atomic<bool> turn_{false};
-        bool absent_ = false;  // it has not come to read, and gets no turn before it comes
+        bool absent_ = false;  // it does not come to read, and gets no turn before it comes
+        bool idle_ = false;    // it cannot read
     };
 
-    /// Adds a waiter that is not there yet; it may have the right at once.
-    void enter(Waiter& waiter);
+    /// Adds a waiter that is not there yet; it may have the right at once. While one waits that cannot read, the thread
+    /// reads on without a pause for the others.
+    void enter(Waiter& waiter, bool canRead = true);
     /// Removes it; what it had goes to the next one. Nothing happens if it is not there.
     void leave(Waiter& waiter) noexcept;
-    /// Removes a waiter that had the right, which goes to the thread, at once: there is something that only it can do.
+    /// Takes the right from a waiter that has it, until it enters again, and gives it to the thread: there is something
+    /// that only that can do.
     void leaveToThread(Waiter& waiter) noexcept;
     /// Brackets a read of an event loop; nothing is begun while the right is another's.
     bool begin(Waiter& waiter);
     void end(Waiter& waiter) noexcept;
     /// The holder has read.
     void noteRead() noexcept { ++reads_; }
-    /// Somebody waits who cannot read: until `forgetIdle` the thread reads on at once.
-    void noteIdle();
-    void forgetIdle() noexcept;
+    /// Lets all that wait look around.
+    void tellAll() noexcept;
 
     /// What the thread has come to: the right, or others that still have it, beside whom it may only watch.
     enum class Turn { own, others };
@@ -73,7 +75,7 @@ public:
 
 private:
     void pass() noexcept;
-    void remove(Waiter& waiter) noexcept;
+    void takeFrom(Waiter& waiter) noexcept;
     void awaitChange(std::unique_lock<std::mutex>& lock, Deadline until);
 
     mutable std::mutex mutex_;
@@ -82,7 +84,7 @@ private:
     Waiter* holder_ = nullptr;
     bool threadHolds_ = false, mayRead_ = false, hurried_ = false, loopReads_ = false;
     bool threadSleeps_ = false;  // until it is told
-    int idle_ = 0;
+    int idle_ = 0;               // how many cannot read
     Deadline lastUse_{};
     std::atomic<std::uint64_t> reads_{0};
 };
