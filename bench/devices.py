@@ -1,31 +1,15 @@
-"""What the measurements stand on: simulated devices, and devices of the library that are ready to stream."""
+"""What the measurements stand on: programs of the build, and devices of the library that are ready to stream."""
 
 from __future__ import annotations
 
-import json
 import os
-import subprocess
 from pathlib import Path
+
+import zvrkit.sim
 
 import pyzvr
 
-ROOT = Path(__file__).resolve().parent.parent
-BIN = Path(os.environ.get("ZVR_SIM", ROOT / "build/default/bin/zvr-sim")).parent
-
-
-class Simulator:
-    def __init__(self, *options: str, model: str = "TarnDio") -> None:
-        command = [str(BIN / "zvr-sim"), model, "--port", "0", "--stdin-stop", *options]
-        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        said = json.loads(self.process.stdout.readline())
-        self.address = said["host"], said["command_port"]
-
-    def __enter__(self) -> Simulator:
-        return self
-
-    def __exit__(self, *_: object) -> None:
-        self.process.stdin.close()
-        self.process.wait()
+BIN = Path(zvrkit.sim.program()).parent
 
 
 def opened(address: tuple[str, int], mode: int, rows: int) -> pyzvr.TarnAnalog:

@@ -29,7 +29,8 @@ import buses
 import many
 import motion
 import streams
-from devices import BIN, Simulator
+import zvrkit.sim
+from devices import BIN
 
 import pyzvr
 
@@ -176,7 +177,7 @@ def goal(text: str, value: float, limit: float) -> None:
 def round_trips(rounds: int, count: int, pinned: bool) -> None:
     if pinned:
         os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-    with Simulator() as simulator:
+    with zvrkit.sim.device("TarnDio") as simulator:
         kinds = [BareSocket, Streams, NativeClient, Blocking, Awaited]
         times = measure(kinds, simulator.address, rounds, count)
     medians = report("Round trips, " + ("everything on one core" if pinned else "unpinned"), times)
@@ -195,7 +196,7 @@ def beside_a_computing_thread(rounds: int) -> None:
             sum(range(1000))
 
     thread = threading.Thread(target=compute)
-    with Simulator("--delay", "0.0003") as simulator:
+    with zvrkit.sim.device("TarnDio", "--delay", "0.0003") as simulator:
         thread.start()
         times = measure([BareSocket, Blocking], simulator.address, rounds, 20)
         stop.set()
@@ -206,7 +207,7 @@ def beside_a_computing_thread(rounds: int) -> None:
 
 
 def many_devices() -> None:
-    with Simulator() as simulator:
+    with zvrkit.sim.device("TarnDio") as simulator:
         for text, value, limit in many.report(simulator.address):
             goal(text, value, limit)
 
@@ -261,12 +262,12 @@ def main() -> None:
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
     elif arguments.part == "streams":
-        quietly(streams.report, functools.partial(Simulator, model="TarnAnalog"), arguments.rounds // 4)
+        quietly(streams.report, functools.partial(zvrkit.sim.device, "TarnAnalog"), arguments.rounds // 4)
     elif arguments.part == "buses":
         quietly(buses.report, arguments.rounds // 10)
     elif arguments.part == "motion":
         os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-        quietly(motion.report, functools.partial(Simulator, model="Ratchet"), measure, arguments.rounds)
+        quietly(motion.report, functools.partial(zvrkit.sim.device, "Ratchet"), measure, arguments.rounds)
     elif arguments.part:
         {"many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:
