@@ -1,0 +1,15 @@
+"""What `make shell` begins with."""
+
+import asyncio  # noqa: F401
+
+import zvrkit.sim
+
+import pyzvr
+
+print(f"""pyzvr {pyzvr.__version__}, zvrkit.sim and asyncio are imported. A device without hardware:
+
+    place = zvrkit.sim.device("TarnAnalog")
+    box = pyzvr.TarnAnalog()
+    box.connect(*place.address)
+    box.AI_readOnDemand(0)
+""")
