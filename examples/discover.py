@@ -10,6 +10,8 @@ import contextlib
 import io
 import warnings
 
+import _simulated  # noqa: F401  first: it finds a build
+
 import pyzvr
 
 COLUMNS = ("Address", "Mask", "MAC", "Model", "Serial", "Alias", "Application", "Gateway")
