@@ -18,7 +18,7 @@ from collections.abc import Iterator
 from pathlib import Path
 from typing import Any, NamedTuple
 
-import _simulated  # noqa: F401  first: it finds a build
+from _simulated import arguments  # first: it finds a build
 
 import pyzvr
 import zvrkit.sim
@@ -108,7 +108,7 @@ def plot(columns: list[tuple[float, ...]], rate: float, path: Path) -> None:
 
 @contextlib.contextmanager
 def connected(model: str) -> Iterator[Any]:
-    address: tuple[Any, ...] = tuple(int(word) if word.isdigit() else word for word in sys.argv[2:])
+    address: tuple[Any, ...] = tuple(int(word) if word.isdigit() else word for word in arguments()[1:])
     with contextlib.ExitStack() as stack:
         if not address and not model.startswith("Sable"):
             address = stack.enter_context(zvrkit.sim.device(model)).address
@@ -118,11 +118,11 @@ def connected(model: str) -> Iterator[Any]:
 
 
 def main() -> None:
-    models = sys.argv[1:2] or SHOWN
+    models = arguments()[:1] or SHOWN
     if models[0] not in SETUPS:
         sys.exit(f"demo.py: {models[0]} is none of the models that stream: {', '.join(SETUPS)}")
     if models[0].startswith("Sable"):
-        if len(sys.argv) == 2:
+        if len(arguments()) == 1:
             zvrkit.sim.restart_beside_usb(models[0])
         # Where no libusb lies beside the package, the system's own is used, with a warning.
         warnings.simplefilter("ignore", UserWarning)

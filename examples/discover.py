@@ -6,11 +6,8 @@
 from __future__ import annotations
 
 import asyncio
-import contextlib
-import io
-import warnings
 
-import _simulated  # noqa: F401  first: it finds a build
+from _simulated import without_advice_on_libusb  # first: it finds a build
 
 import pyzvr
 
@@ -33,9 +30,7 @@ def main() -> None:
             print("No network:", failure)
             devices = []
         table(sorted(devices), COLUMNS)
-        # Where no libusb lies beside the package, the system's own is used, with a warning and where it came from.
-        with warnings.catch_warnings(), contextlib.redirect_stdout(io.StringIO()):
-            warnings.simplefilter("ignore", UserWarning)
+        with without_advice_on_libusb():
             attached = finder.Bcst_enumerateUSBDevices()
         print(f"\n{len(devices)} on the network, {len(attached)} on USB")
         table(sorted(attached), ("Serial", "Product"))

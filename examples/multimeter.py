@@ -6,9 +6,7 @@
 
 from __future__ import annotations
 
-import sys
-
-import _simulated  # noqa: F401  first: it finds a build
+from _simulated import arguments  # first: it finds a build
 
 import pyzvr
 
@@ -31,7 +29,7 @@ def describe(meter: pyzvr.Measurement) -> str:
 
 
 def main() -> None:
-    records = [bytes.fromhex(text) for text in sys.argv[1:] or SESSION]
+    records = [bytes.fromhex(text) for text in arguments() or SESSION]
     meters = [pyzvr.Measurement(record) for record in records]
     for meter in meters:
         print(describe(meter))

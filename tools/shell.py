@@ -1,10 +1,12 @@
 """What `make shell` begins with."""
 
-import asyncio  # noqa: F401
+import asyncio
 
 import zvrkit.sim
 
 import pyzvr
+
+__all__ = ["asyncio", "pyzvr", "zvrkit"]
 
 print(f"""pyzvr {pyzvr.__version__}, zvrkit.sim and asyncio are imported. A device without hardware:
 

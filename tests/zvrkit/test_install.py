@@ -1,11 +1,14 @@
 """What a newcomer does before the first program: install, run an example, and meet another Python."""
 
+import importlib
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
 import sysconfig
+import textwrap
 import venv
 from pathlib import Path
 
@@ -65,6 +68,34 @@ def test_another_python_is_told_which_one_the_build_is_for(tmp_path):
     here = ".".join(map(str, sys.version_info[:2]))
     assert said.startswith(f"ImportError: this pyzvr is built for Python {here} (cpython-")
     assert "not for CPython " + ".".join(map(str, sys.version_info[:3])) in said
+
+
+def test_the_shell_has_what_its_greeting_names():
+    greeting = (ROOT / "tools/shell.py").read_text()
+    typed = "\n".join(line for line in greeting.splitlines() if line.startswith("    "))
+    done = subprocess.run([sys.executable, "-i", str(ROOT / "tools/shell.py")], input=textwrap.dedent(typed) + "\nbox.close()\n",
+                          capture_output=True, text=True)
+    assert "Connected to Tarn-Analog (127.0.0.1)" in done.stdout and "Closed handle (Tarn-Analog)" in done.stdout
+    values = re.search(r"\[(.*)]", done.stdout)
+    assert values and len(values[1].split(",")) == 8, done.stderr
+
+
+def test_packages_go_where_this_python_looks_for_them(tmp_path):
+    version = f"lib/python{sys.version_info.major}.{sys.version_info.minor}"
+    for own in (f"{version}/dist-packages", f"{version}/site-packages"):
+        run = [sys.executable, str(ROOT / "tools/install_dir.py"), str(tmp_path)]
+        environment = {**CLEAN, "PYTHONPATH": str(tmp_path / own)}
+        done = [subprocess.run([*run, *more], env=environment, capture_output=True, text=True) for more in ([], ["--advice"])]
+        assert [each.stdout.strip() for each in done] == [own, ""]
+    advice = subprocess.run([*run, "--advice"], env=CLEAN, capture_output=True, text=True).stdout
+    assert f"export PYTHONPATH={tmp_path / own}" in advice
+
+
+def test_the_entry_point_for_pytest_is_there():
+    text = (ROOT / "pyproject.toml").read_text()
+    name, target = re.search(r"\[project.entry-points.pytest11]\n(\w+) = \"(.*)\"", text).groups()
+    assert name == "zvrkit"
+    assert hasattr(importlib.import_module(target), "simulated_device")
 
 
 PROGRAMS = ["sh", "dirname", "sed", "grep", "cat"]
