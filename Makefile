@@ -15,7 +15,7 @@ export PYTHONDONTWRITEBYTECODE = 1
 configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) $(2) >/dev/null
 setup = @tools/setup.sh $(1)
 
-.PHONY: help build shell demo install venv check tests test bench soak asan tsan fuzz lint stubs docs clean
+.PHONY: help build shell demo install venv check build-tests test bench soak asan tsan fuzz lint stubs docs clean
 
 help: ## Lists the targets
 	@sed -n 's/^\([a-z]*\):.*## /\1\t/p' Makefile | expand -t 10
@@ -47,12 +47,12 @@ check: ## Checks the format of C++ code, that no layer includes a higher one, an
 	$(PYTHON) tools/layers.py
 	$(PYTHON) -m pyflakes examples bench python tests tools
 
-tests:
+build-tests:
 	$(call setup,build usb test)
 	$(call configure,default,-DZVR_TESTS=ON -DZVR_INSTALL_DIR=)
 	$(CMAKE) --build $(BUILD)
 
-test: tests ## Runs all tests
+test: build-tests ## Runs all tests
 	$(PYTHON) -m mypy.stubtest pyzvr --allowlist tests/stubtest_allowlist.txt
 	$(PYTHON) -m mypy --strict python/zvrkit
 	$(PYTHON) -m mypy --strict examples

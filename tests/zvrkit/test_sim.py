@@ -1,6 +1,8 @@
 """The simulator's starter: what it gives, how it ends, and what can be changed of a device while it runs."""
 
 import contextlib
+import fcntl
+import json
 import os
 import select
 import shutil
@@ -191,6 +193,35 @@ def test_what_cannot_be_done_is_refused_and_harms_nothing(box, place, words, rea
         place.request(*words)
     place.stall(False)
     assert box.Sys_getSerialNumber() == "SIM00001"
+
+
+def test_a_terminal_steers_it_and_stays_as_it_is():
+    keyboard, terminal = os.openpty()
+    process = subprocess.Popen([zvrkit.sim.program(), "TarnDio"], stdin=terminal, stdout=subprocess.PIPE, text=True)
+    process.stdout.readline()
+    for line, ok in (("stall on", True), ("sit down", False)):
+        os.write(keyboard, line.encode() + b"\n")
+        assert json.loads(process.stdout.readline())["ok"] == ok
+    assert not fcntl.fcntl(terminal, fcntl.F_GETFL) & os.O_NONBLOCK
+    process.terminate()
+    assert process.wait(10) == 0
+    process.stdout.close()
+    os.close(keyboard)
+    os.close(terminal)
+
+
+@pytest.mark.parametrize("end", ["</dev/null", "<&-"])
+def test_a_simulator_without_input_serves_unless_it_is_to_end_with_it(end):
+    command = f"exec {zvrkit.sim.program()} TarnDio"
+    process = subprocess.Popen(["sh", "-c", f"{command} {end}"], stdout=subprocess.PIPE, text=True)
+    said = json.loads(process.stdout.readline())
+    with pyzvr.TarnDio() as box:
+        box.connect(said["host"], said["command_port"], verbose=False)
+        assert box.Sys_getSerialNumber() == said["serial"]
+    process.terminate()
+    assert process.wait(10) == 0
+    process.stdout.close()
+    assert subprocess.run(["sh", "-c", f"{command} --stdin-stop {end}"], capture_output=True, timeout=10).returncode == 0
 
 
 USB_PROGRAM = """
