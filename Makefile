@@ -32,7 +32,7 @@ shell: build ## Opens Python with the packages imported and the simulator at han
 	PATH="$(CURDIR)/$(BUILD)/bin:$$PATH" $(PYTHON) -i tools/shell.py
 
 install: build ## Installs packages and simulator below PREFIX (/usr/local)
-	$(call configure,default,-DZVR_INSTALL_DIR=$$($(PYTHON) tools/install_dir.py $(PREFIX)))
+	$(call configure,default,-DZVR_TESTS=OFF -DZVR_INSTALL_DIR=$$($(PYTHON) tools/install_dir.py $(PREFIX)))
 	$(CMAKE) --install $(BUILD) --prefix $(PREFIX) --component python
 	@$(PYTHON) tools/install_dir.py $(PREFIX) --advice
 
