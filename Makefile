@@ -2,7 +2,8 @@
 PYTHON ?= /usr/bin/python3
 CMAKE ?= $(or $(wildcard /usr/bin/cmake),cmake)
 BUILD = build/default
-SIM = $(CURDIR)/$(BUILD)/bin/zvr-sim
+PREFIX ?= /usr/local
+VENV ?= build/venv
 PYTHONPATH := $(CURDIR)/build
 SOURCES = src simulator tests bench fuzz
 FUZZ_SECONDS ?= 60
@@ -10,40 +11,57 @@ SOAK_SECONDS ?= 600
 
 export PYTHONPATH
 export PYTHONDONTWRITEBYTECODE = 1
-# The tests, the examples and the benchmarks start the simulator from here.
-export ZVR_SIM = $(SIM)
 
-configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) >/dev/null
+configure = $(CMAKE) --preset $(1) -DPython_EXECUTABLE=$(PYTHON) $(2) >/dev/null
 setup = @tools/setup.sh $(1)
 
-.PHONY: help build demo check test bench soak asan tsan fuzz lint stubs docs clean
+.PHONY: help build shell demo install venv check build-tests test bench soak asan tsan fuzz lint stubs docs clean
 
 help: ## Lists the targets
 	@sed -n 's/^\([a-z]*\):.*## /\1\t/p' Makefile | expand -t 10
 
-build: ## Builds the importable package build/pyzvr/ and the simulator
-	$(call setup,build test)
-	$(call configure,default)
+build: ## Builds the importable packages, in build/, and the simulator
+	$(call setup,build --wanted usb)
+	$(call configure,default,-DZVR_TESTS=OFF -DZVR_INSTALL_DIR=)
 	$(CMAKE) --build $(BUILD)
 
 demo: build ## Runs the main job against the simulator
 	$(PYTHON) examples/demo.py
 
+shell: build ## Opens Python with the packages imported and the simulator at hand
+	PATH="$(CURDIR)/$(BUILD)/bin:$$PATH" $(PYTHON) -i tools/shell.py
+
+install: build ## Installs packages and simulator below PREFIX (/usr/local)
+	$(call configure,default,-DZVR_TESTS=OFF -DZVR_INSTALL_DIR=$$($(PYTHON) tools/install_dir.py $(PREFIX)))
+	$(CMAKE) --install $(BUILD) --prefix $(PREFIX) --component python
+	@$(PYTHON) tools/install_dir.py $(PREFIX) --advice
+
+venv: build ## Makes a virtual environment with packages and simulator, VENV (build/venv)
+	@$(PYTHON) -c 'import ensurepip' 2>/dev/null || echo "Without pip: python3-venv is not installed"
+	$(PYTHON) -m venv $$($(PYTHON) -c 'import ensurepip' 2>/dev/null || echo --without-pip) $(VENV)
+	$(MAKE) --no-print-directory install PREFIX=$(VENV)
+
 check: ## Checks the format of C++ code, that no layer includes a higher one, and names in Python code
 	$(call setup,check)
 	find $(SOURCES) -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
 	$(PYTHON) tools/layers.py
-	$(PYTHON) -m pyflakes examples bench tests tools
+	$(PYTHON) -m pyflakes examples bench python tests tools
 
-test: build ## Runs all tests
+build-tests:
+	$(call setup,build usb test)
+	$(call configure,default,-DZVR_TESTS=ON -DZVR_INSTALL_DIR=)
+	$(CMAKE) --build $(BUILD)
+
+test: build-tests ## Runs all tests
 	$(PYTHON) -m mypy.stubtest pyzvr --allowlist tests/stubtest_allowlist.txt
-	$(PYTHON) -m mypy examples
+	$(PYTHON) -m mypy --strict python/zvrkit
+	$(PYTHON) -m mypy --strict examples
 	$(PYTHON) tools/generate.py --check
 	cd $(BUILD) && ctest --output-on-failure --no-tests=error
-	$(PYTHON) -m pytest -q tests/python
+	$(PYTHON) -m pytest -q tests/python tests/zvrkit
 
 bench: ## Measures beside what a user would pick instead
-	$(call setup,build test bench)
+	$(call setup,build usb bench)
 	$(call configure,bench)
 	$(CMAKE) --build $(BUILD)
 	$(PYTHON) bench/run.py
@@ -59,12 +77,12 @@ races = $(RACES:%=tests/python/test_%.py)
 
 # The sanitizer keeps what is freed for a while, so tests of memory say nothing here.
 asan: ## Runs engine and Python tests under the address, leak and undefined-behaviour sanitizers
-	$(call setup,build asan)
+	$(call setup,build usb asan)
 	$(call configure,asan)
 	$(CMAKE) --build build/asan
 	cd build/asan && ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
 	$(CXX) -shared -fPIC -o build/asan/fork.so tests/sanitizers/fork.cpp
-	export PYTHONPATH=$(CURDIR)/build/asan/package ZVR_SIM=$(CURDIR)/build/asan/bin/zvr-sim PYTHONMALLOC=malloc \
+	export PYTHONPATH=$(CURDIR)/build/asan/package PYTHONMALLOC=malloc \
 	ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=print_stacktrace=1 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/leaks.supp:print_suppressions=0 \
 	LD_PRELOAD="$(CURDIR)/build/asan/fork.so $$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)"; \

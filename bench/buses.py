@@ -16,7 +16,8 @@ import time
 import warnings
 from collections.abc import Callable
 
-from devices import Simulator, resident
+import zvrkit.sim
+from devices import resident
 
 import pyzvr
 
@@ -130,7 +131,7 @@ def memory(box: Box) -> tuple[float, float]:
 
 def stream_cost(seconds: float = 5) -> tuple[float, int]:
     """Part of a core that 8,000 CAN frames a second take, and how many of them are missing."""
-    with Simulator("--tcp", "--peer", "cyclic@can:1:8000:0x123:3", model="SableCan") as simulator:
+    with zvrkit.sim.device("SableCan", "--tcp", "--peer", "cyclic@can:1:8000:0x123:3") as simulator:
         box = Box()
         box.connect(*simulator.address, verbose=False)
         box.CAN_setSpeed(1, 3)

@@ -1,4 +1,4 @@
-"""What the measurements stand on: simulated devices, and devices of the library that are ready to stream."""
+"""What the measurements stand on: programs of the build, and devices of the library that are ready to stream."""
 
 from __future__ import annotations
 
@@ -7,38 +7,28 @@ import os
 import subprocess
 from pathlib import Path
 
+import zvrkit.sim
+
 import pyzvr
 
-ROOT = Path(__file__).resolve().parent.parent
-BIN = Path(os.environ.get("ZVR_SIM", ROOT / "build/default/bin/zvr-sim")).parent
+BIN = Path(zvrkit.sim.program()).parent
 
 
-class Served:
-    """A program that says where it listens and ends with its standard input."""
+class Feeder:
+    """Streams what is ready before it is asked for; with `rate` 0 as fast as it is taken."""
 
-    def __init__(self, *command: str) -> None:
+    def __init__(self, frame_rows: int, rate: int) -> None:
+        command = [str(BIN / "stream_feeder"), str(frame_rows), str(rate)]
         self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         said = json.loads(self.process.stdout.readline())
         self.address = said["host"], said["command_port"]
 
-    def __enter__(self) -> Served:
+    def __enter__(self) -> Feeder:
         return self
 
     def __exit__(self, *_: object) -> None:
         self.process.stdin.close()
         self.process.wait()
-
-
-class Simulator(Served):
-    def __init__(self, *options: str, model: str = "TarnDio") -> None:
-        super().__init__(str(BIN / "zvr-sim"), model, "--port", "0", "--stdin-stop", *options)
-
-
-class Feeder(Served):
-    """Streams what is ready before it is asked for; with `rate` 0 as fast as it is taken."""
-
-    def __init__(self, frame_rows: int, rate: int) -> None:
-        super().__init__(str(BIN / "stream_feeder"), str(frame_rows), str(rate))
 
 
 def opened(address: tuple[str, int], mode: int, rows: int) -> pyzvr.TarnAnalog:

@@ -30,7 +30,8 @@ import callers
 import many
 import motion
 import streams
-from devices import BIN, Simulator
+import zvrkit.sim
+from devices import BIN
 
 import pyzvr
 
@@ -196,7 +197,7 @@ def goal(text: str, value: float, limit: float) -> None:
 def round_trips(rounds: int, count: int, pinned: bool) -> None:
     if pinned:
         os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-    with Simulator() as simulator:
+    with zvrkit.sim.device("TarnDio") as simulator:
         kinds = [BareSocket, Streams, NativeClient, Blocking, Awaited, *UVLOOP]
         times = measure(kinds, simulator.address, rounds, count)
     medians = report("Round trips, " + ("everything on one core" if pinned else "unpinned"), times)
@@ -218,7 +219,7 @@ def beside_a_computing_thread(rounds: int) -> None:
 
     thread = threading.Thread(target=compute)
     results = {}
-    with Simulator("--delay", "0.0003") as simulator:
+    with zvrkit.sim.device("TarnDio", "--delay", "0.0003") as simulator:
         thread.start()
         for place, others in (("", 0), (", the other core busy", 1)):
             busy = [subprocess.Popen([sys.executable, "-c", "while True: pass"]) for _ in range(others)]
@@ -238,13 +239,13 @@ def beside_a_computing_thread(rounds: int) -> None:
 
 
 def many_callers() -> None:
-    with Simulator("--delay", "0.0003", model="Ratchet") as simulator:
+    with zvrkit.sim.device("Ratchet", "--delay", "0.0003") as simulator:
         for text, value, limit in callers.report(simulator.address):
             goal(text, value, limit)
 
 
 def many_devices() -> None:
-    with Simulator() as simulator:
+    with zvrkit.sim.device("TarnDio") as simulator:
         for text, value, limit in many.report(simulator.address):
             goal(text, value, limit)
 
@@ -299,12 +300,12 @@ def main() -> None:
     elif arguments.part == "computing":
         beside_a_computing_thread(arguments.rounds)
     elif arguments.part == "streams":
-        quietly(streams.report, functools.partial(Simulator, model="TarnAnalog"), arguments.rounds // 4)
+        quietly(streams.report, functools.partial(zvrkit.sim.device, "TarnAnalog"), arguments.rounds // 4)
     elif arguments.part == "buses":
         quietly(buses.report, arguments.rounds // 10)
     elif arguments.part == "motion":
         os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-        quietly(motion.report, functools.partial(Simulator, model="Ratchet"), measure, arguments.rounds)
+        quietly(motion.report, functools.partial(zvrkit.sim.device, "Ratchet"), measure, arguments.rounds)
     elif arguments.part:
         {"callers": many_callers, "many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:

@@ -16,7 +16,8 @@ import sys
 import threading
 import time
 
-from devices import Simulator, opened, resident
+import zvrkit.sim
+from devices import opened, resident
 
 import pyzvr
 
@@ -57,7 +58,7 @@ class Follower(threading.Thread):
 def soak(seconds: float) -> bool:
     expected = expected_rows()
     with contextlib.ExitStack() as stack:
-        simulators = [stack.enter_context(Simulator("--wave", "*:count", model="TarnAnalog")) for _ in range(STREAMS)]
+        simulators = [stack.enter_context(zvrkit.sim.device("TarnAnalog", "--wave", "*:count")) for _ in range(STREAMS)]
         with contextlib.redirect_stdout(io.StringIO()):
             boxes = [opened(each.address, 2, 0) for each in simulators]
         begin = time.monotonic()

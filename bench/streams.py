@@ -22,6 +22,7 @@ import time
 from collections.abc import Callable
 
 import numpy
+import zvrkit.sim
 from devices import BIN, Feeder, opened, resident
 
 import pyzvr
@@ -234,7 +235,7 @@ def cost_of(addresses: list[tuple[str, int]], seconds: float) -> tuple[float, in
     return spent / elapsed, lost
 
 
-def report(start: Callable[..., object], rounds: int) -> list[tuple[str, float, float]]:
+def report(start: Callable[..., zvrkit.sim.Place], rounds: int) -> list[tuple[str, float, float]]:
     """Gives what is to be reached: text, value and limit. `start` makes a simulator of TarnAnalog."""
     with Feeder(FRAME_ROWS, 0) as feeder:
         goals = ingest(feeder.address, rounds)
@@ -244,11 +245,9 @@ def report(start: Callable[..., object], rounds: int) -> list[tuple[str, float, 
         goals += memory(simulator.address)
     simulators = [start() for _ in range(16)]
     addresses = [each.address for each in simulators]
-    for each in simulators:
-        each.__enter__()
     one, lost_of_one = cost_of(addresses[:1], 5)
     all_, lost_of_all = cost_of(addresses, 5)
     for each in simulators:
-        each.__exit__()
+        each.close()
     print(f"20 kHz x {CHANNELS}: one stream takes {100 * one:.1f} % of a core, 16 together {100 * all_:.1f} %\n")
     return [*goals, ("% of a core for one stream", 100 * one, 5), ("rows lost", lost_of_one + lost_of_all, 0)]

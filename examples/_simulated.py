@@ -1,46 +1,48 @@
-"""Where the examples find their device: the command line names it, or else a simulator is started for them."""
+"""Where the examples find the library, beside a build, and their device: the command line names it, or else a simulator
+is started for them."""
 
 from __future__ import annotations
 
 import contextlib
-import json
-import os
-import shutil
-import subprocess
+import importlib.util
+import io
 import sys
+import warnings
 from collections.abc import Iterator
+from pathlib import Path
 from typing import Any
 
+if importlib.util.find_spec("pyzvr") is None:
+    sys.path.insert(1, str(Path(__file__).resolve().parent.parent / "build"))
 
-def program(name: str) -> str:
-    """Path of one of the simulator's programs."""
-    built = os.path.join(os.path.dirname(os.environ.get("ZVR_SIM", "")), name)
-    found = built if os.path.exists(built) else shutil.which(name)
-    if found is None:
-        sys.exit(f"{name} is not found: build it with `make build`, or name zvr-sim in ZVR_SIM")
-    return found
+import zvrkit.sim  # noqa: E402
+
+
+def arguments() -> list[str]:
+    """The words of the command line behind the program's name."""
+    return sys.argv[1:]
 
 
 @contextlib.contextmanager
-def device(model: str, *options: str, anew: bool = False) -> Iterator[tuple[Any, ...]]:
-    """What `connect` takes to reach the device: the arguments of the command line, or, and always if `anew`, a
-    simulator's address."""
-    if len(sys.argv) > 1 and not anew:
-        yield tuple(int(word) if word.isdigit() else word for word in sys.argv[1:])
+def device(model: str, *options: str) -> Iterator[tuple[Any, ...]]:
+    """What `connect` takes to reach the device: the arguments of the command line, or a simulator's address."""
+    if arguments():
+        yield tuple(int(word) if word.isdigit() else word for word in arguments())
         return
-    process = subprocess.Popen(
-        [program("zvr-sim"), model, "--stdin-stop", *options], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True
-    )
-    assert process.stdout is not None
-    try:
-        place = json.loads(process.stdout.readline())
-        print("Simulator:", place)
-        yield tuple(place[key] for key in ("serial_port", "host", "data_port", "command_port") if key in place)
-    finally:
-        process.communicate()  # it ends when its standard input closes
+    with zvrkit.sim.device(model, *options) as place:
+        print("Simulator:", *place.address)
+        yield place.address
 
 
-def run_beside_usb(model: str, *options: str) -> None:
-    """Starts the program once more with a simulated device on USB, unless it has one or is told of a real one."""
-    if len(sys.argv) == 1 and "UMOCKDEV_DIR" not in os.environ:
-        os.execv(program("zvr-sim-usb"), ["zvr-sim-usb", model, *options, "--", sys.executable, *sys.orig_argv[1:]])
+@contextlib.contextmanager
+def without_advice_on_libusb() -> Iterator[None]:
+    """Where no libusb lies beside the package, the system's own is used, with a warning and where it came from."""
+    with warnings.catch_warnings(), contextlib.redirect_stdout(io.StringIO()):
+        warnings.simplefilter("ignore", UserWarning)
+        yield
+
+
+def run_beside_usb(*devices: str) -> None:
+    """Starts the program once more beside simulated devices on USB, unless it is told of a real one."""
+    if not arguments():
+        zvrkit.sim.restart_beside_usb(*devices)

@@ -11,8 +11,9 @@ import sys
 import time
 import warnings
 
+from _simulated import run_beside_usb  # first: it finds a build
+
 import pyzvr
-from _simulated import run_beside_usb
 
 I2C, SPI, ECHO, TALKER = 1, 2, 1, 2  # ports
 MEMORY, THERMOMETER = 0x50, 0x48  # addresses

@@ -6,8 +6,9 @@
 
 from __future__ import annotations
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 
 def main() -> None:

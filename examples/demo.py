@@ -1,7 +1,7 @@
 """The main job: connect, identify, read on demand, stream, log to CSV, and see what came.
 
     python3 examples/demo.py                    acquires from four simulated devices in turn
-    python3 examples/demo.py TarnAnalog         from one of them
+    python3 examples/demo.py HeronAnalog        from a simulated device of this model
     python3 examples/demo.py HeronFast ADDRESS  from a device; behind ADDRESS its ports, if they are unusual
 """
 
@@ -13,12 +13,15 @@ import math
 import sys
 import tempfile
 import time
+import warnings
 from collections.abc import Iterator
 from pathlib import Path
 from typing import Any, NamedTuple
 
+from _simulated import arguments  # first: it finds a build
+
 import pyzvr
-from _simulated import device
+import zvrkit.sim
 
 
 class Setup(NamedTuple):
@@ -34,7 +37,14 @@ SETUPS = {
     "TarnAnalog24": Setup("24 bits", 10000, 1),
     "HeronFast": Setup("Wi-Fi, streaming over its data connection", 20000, 1),
     "Lattice": Setup("a slot of the chassis with three chip selects", 4000, 1, port=1, chip_selects=(0, 1, 2)),
+    "LatticeLite": Setup("the same", 4000, 1, port=1, chip_selects=(0, 1, 2)),
+    "HeronAnalog": Setup("Wi-Fi", 10000, 1),
+    "HeronImu": Setup("Wi-Fi", 10000, 1),
+    "HeronMixed": Setup("Wi-Fi", 10000, 1),
+    "SableAnalog": Setup("eight channels over USB", 500, 1),
+    "SableMixed": Setup("eight channels over USB", 500, 1),
 }
+SHOWN = ("TarnAnalog", "TarnAnalog24", "HeronFast", "Lattice")
 
 
 def prepare(box: Any, setup: Setup) -> None:
@@ -98,15 +108,25 @@ def plot(columns: list[tuple[float, ...]], rate: float, path: Path) -> None:
 
 @contextlib.contextmanager
 def connected(model: str) -> Iterator[Any]:
-    place: tuple[Any, ...] = tuple(int(word) if word.isdigit() else word for word in sys.argv[2:])
+    address: tuple[Any, ...] = tuple(int(word) if word.isdigit() else word for word in arguments()[1:])
     with contextlib.ExitStack() as stack:
+        if not address and not model.startswith("Sable"):
+            address = stack.enter_context(zvrkit.sim.device(model)).address
         box = stack.enter_context(getattr(pyzvr, model)())
-        box.connect(*(place or stack.enter_context(device(model, anew=True))))
+        box.connect(*address)
         yield box
 
 
 def main() -> None:
-    for model in sys.argv[1:2] or SETUPS:
+    models = arguments()[:1] or SHOWN
+    if models[0] not in SETUPS:
+        sys.exit(f"demo.py: {models[0]} is none of the models that stream: {', '.join(SETUPS)}")
+    if models[0].startswith("Sable"):
+        if len(arguments()) == 1:
+            zvrkit.sim.restart_beside_usb(models[0])
+        # Where no libusb lies beside the package, the system's own is used, with a warning.
+        warnings.simplefilter("ignore", UserWarning)
+    for model in models:
         setup = SETUPS[model]
         path = Path(tempfile.gettempdir()) / f"pyzvr-{model}.csv"
         print(f"\n{model}: {setup.about}")

@@ -12,8 +12,9 @@ import tempfile
 import time
 from pathlib import Path
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 SAMPLES = 200
 

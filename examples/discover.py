@@ -6,9 +6,8 @@
 from __future__ import annotations
 
 import asyncio
-import contextlib
-import io
-import warnings
+
+from _simulated import without_advice_on_libusb  # first: it finds a build
 
 import pyzvr
 
@@ -31,9 +30,7 @@ def main() -> None:
             print("No network:", failure)
             devices = []
         table(sorted(devices), COLUMNS)
-        # Where no libusb lies beside the package, the system's own is used, with a warning and where it came from.
-        with warnings.catch_warnings(), contextlib.redirect_stdout(io.StringIO()):
-            warnings.simplefilter("ignore", UserWarning)
+        with without_advice_on_libusb():
             attached = finder.Bcst_enumerateUSBDevices()
         print(f"\n{len(devices)} on the network, {len(attached)} on USB")
         table(sorted(attached), ("Serial", "Product"))

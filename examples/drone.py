@@ -8,8 +8,9 @@ from __future__ import annotations
 
 import time
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 SIDE, SPEED, HEIGHT = 3.0, 2.0, -2.0  # metres and metres per second; z is down
 NORTH, EAST, DOWN = 3, 4, 5  # places in a state

@@ -15,10 +15,13 @@ import time
 from pathlib import Path
 from typing import Any
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 AXES = range(4)
+COLUMNS = [f"axis {axis}" for axis in AXES]
+DRIVE_COLUMNS = ["motor", "encoder"]
 RUNNING = 1  # state of a drive that moves
 SWITCHES = ("--axis", "*:-3000")  # the simulated home switches are not far
 Sample = tuple[float, list[int]]
@@ -102,13 +105,14 @@ async def run_drive(pawl: pyzvr.Pawl) -> dict[str, list[Sample]]:
 
 def tell(paths: dict[str, list[Sample]]) -> None:
     for name, samples in paths.items():
-        print(f"{name:>8}{'seconds':>10}" + "".join(f"{f'axis {axis}':>9}" for axis in range(len(samples[0][1]))))
+        columns = COLUMNS if len(samples[0][1]) == len(COLUMNS) else DRIVE_COLUMNS
+        print(f"{name:>8}{'seconds':>10}" + "".join(f"{column:>9}" for column in columns))
         for seconds, positions in samples[:: len(samples) // 6 + 1] + samples[-1:]:
             print(f"{seconds:18.3f}" + "".join(f"{position:9}" for position in positions))
 
 
 def draw(paths: dict[str, list[Sample]], path: Path) -> None:
-    """A picture of axes 0 to 2, or of one axis over time; tables where matplotlib is not installed."""
+    """A picture of axes 0 to 2, or of the drive's motor over time; tables where matplotlib is not installed."""
     try:
         matplotlib: Any = importlib.import_module("matplotlib")
         matplotlib.use("Agg")
@@ -123,7 +127,7 @@ def draw(paths: dict[str, list[Sample]], path: Path) -> None:
             room.plot(*zip(*(positions[:3] for _, positions in samples)), label=name)
         room.set(xlabel="axis 0", ylabel="axis 1", zlabel="axis 2")
     else:
-        room = picture.add_subplot(xlabel="seconds", ylabel="motor")
+        room = picture.add_subplot(xlabel="seconds", ylabel="pulses of the motor")
         for name, samples in paths.items():
             room.plot(*zip(*((seconds, positions[0]) for seconds, positions in samples)), label=name)
     room.legend()

@@ -6,7 +6,7 @@
 
 from __future__ import annotations
 
-import sys
+from _simulated import arguments  # first: it finds a build
 
 import pyzvr
 
@@ -29,14 +29,13 @@ def describe(meter: pyzvr.Measurement) -> str:
 
 
 def main() -> None:
-    for text in sys.argv[1:] or SESSION:
-        record = bytes.fromhex(text)
-        assert sys.argv[1:] or len(record) == pyzvr.USB_61E_RECEIVE_TOTAL_BYTES
-        meter = pyzvr.Measurement(record)
+    records = [bytes.fromhex(text) for text in arguments() or SESSION]
+    meters = [pyzvr.Measurement(record) for record in records]
+    for meter in meters:
         print(describe(meter))
-    print(meter)
+    print(meters[-1])
     try:
-        pyzvr.Measurement(record[:9])
+        pyzvr.Measurement(records[-1][:9])
     except IndexError as failure:
         print("Refused:", failure)
 

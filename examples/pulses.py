@@ -10,8 +10,9 @@ import sys
 import time
 import warnings
 
+from _simulated import run_beside_usb  # first: it finds a build
+
 import pyzvr
-from _simulated import run_beside_usb
 
 
 def count_own_pulses(box: pyzvr.SableDio) -> None:

@@ -6,8 +6,9 @@
 
 from __future__ import annotations
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 RELAYS, CONTACTS = 0, 1  # ports of the outputs and of the inputs
 COUNTERS, ALL = 0, -1

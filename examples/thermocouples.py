@@ -8,8 +8,9 @@ from __future__ import annotations
 
 import time
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 PORT, CHANNELS = 1, range(7)
 SCANS = 6

@@ -10,8 +10,9 @@ import asyncio
 import math
 import time
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 PORT = 0
 SINE, SQUARE, TRIANGLE = 1, 2, 3

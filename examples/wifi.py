@@ -8,8 +8,9 @@ from __future__ import annotations
 
 import asyncio
 
+from _simulated import device  # first: it finds a build
+
 import pyzvr
-from _simulated import device
 
 READ, WRITE = 0, 1
 

@@ -7,6 +7,8 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "links/steering.h"
+
 namespace zvr::sim {
 
 namespace {
@@ -61,11 +63,6 @@ void setHost(Options& options, std::string_view text) {
     const auto address = addressOf(text);
     options.host = address.to_string();
     options.network.ip = address.to_bytes();
-}
-
-int commandOf(std::string_view text) {
-    const auto found = std::ranges::find(commandTable(), text, &CommandName::name);
-    return found != commandTable().end() ? found->code : numberOf(text, 0, 0xFFFF);
 }
 
 void addFaults(OptionGroup& group, FaultOptions& faults) {
@@ -145,6 +142,9 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
         "address and serves until SIGTERM or SIGINT.",
         "zvr-sim");
     Options options;
+    app.footer(std::string("Lines on standard input change what there is; each is answered by a line of JSON:\n") +
+               "  cut                      end all connections; a serial line falls silent until its next client\n" +
+               steeringHelp);
     std::string model;
     bool list = false, table = false;
     app.add_option("MODEL", model, "--list tells which there are")->type_name("");

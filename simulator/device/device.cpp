@@ -54,13 +54,22 @@ Bytes Device::replyFrame(int command, ByteView data) {
 std::optional<Bytes> Device::handle(const Packet& request) {
     const auto found = handlers_.find(request.command);
     if (found == handlers_.end()) return std::nullopt;
-    try {
-        Bytes data = found->second.handler(Request(request.data));
-        return found->second.isSilent ? std::nullopt : std::optional(std::move(data));
-    } catch (const WrongLength&) {
-        if (!found->second.selectsPort) return reply(Status::parser);
-        return reply(request.data.empty() ? std::uint8_t{0} : request.data[0], Status::parser);
+    const Entry& entry = found->second;
+    const auto refused = [&](std::uint8_t status) {
+        if (!entry.selectsPort) return reply(status);
+        return reply(request.data.empty() ? std::uint8_t{0} : request.data[0], status);
+    };
+    Bytes data;
+    if (const auto refusal = steered.refusals.find(request.command); refusal != steered.refusals.end()) {
+        data = refused(refusal->second);
+    } else {
+        try {
+            data = entry.handler(Request(request.data));
+        } catch (const WrongLength&) {
+            data = refused(static_cast<std::uint8_t>(Status::parser));
+        }
     }
+    return entry.isSilent || steered.stalled ? std::nullopt : std::optional(std::move(data));
 }
 
 }  // namespace zvr::sim

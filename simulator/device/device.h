@@ -67,6 +67,18 @@ struct NetworkSettings {
     std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
 };
 
+/// What comes to the digital inputs of a port from outside: pins by a mask, and their levels.
+struct OutsideLevels {
+    std::uint16_t mask = 0, levels = 0;
+};
+
+/// What is changed of a device while it runs.
+struct Steered {
+    bool stalled = false;
+    std::map<int, OutsideLevels> levels;   // by port
+    std::map<int, std::uint8_t> refusals;  // a status by command
+};
+
 /// Serves any number of connections from one thread.
 class Device {
 public:
@@ -104,8 +116,15 @@ public:
         return stream(command, std::make_shared<const Bytes>(buildFrame(command, data)));
     }
     /// The same with a frame that is built already.
-    bool stream(int command, const Frame& frame) { return sink && sink->sendUnsolicited(command, frame); }
-    bool hasRoom() const { return sink && sink->hasRoom(); }
+    bool stream(int command, const Frame& frame) {
+        return !steered.stalled && sink && sink->sendUnsolicited(command, frame);
+    }
+    bool hasRoom() const { return !steered.stalled && sink && sink->hasRoom(); }
+    /// Handles requests and answers none, and sends nothing.
+    void stall(bool stalled) {
+        steered.stalled = stalled;
+        tellRoom();
+    }
 
     /// What a module does when there may be room again. It must not send at once.
     void onRoom(std::function<void()> action) { roomActions_.push_back(std::move(action)); }
@@ -114,6 +133,7 @@ public:
     }
 
     Scheduler scheduler;
+    Steered steered;
     Signals signals;  ///< at the analog inputs
     Tracks tracks;    ///< along the axes
 
@@ -125,7 +145,7 @@ public:
     Provided<Sampler> sampler;
     Provided<FrameSink> sink;  ///< provided by what links the device to its clients
 
-    /// The data of the reply; nothing to a command that the device does not know, or never answers.
+    /// The data of the reply; nothing to a command that the device does not know, or never answers, or while it stalls.
     std::optional<Bytes> handle(const Packet& request);
 
     /// A request as it was meant: a first byte of 48, OPEN_CAN, reads as half of a two-byte code.

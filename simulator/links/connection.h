@@ -36,6 +36,8 @@ public:
     bool hasRoom() const override { return queue_.size() < fewWaiting; }
     /// Forgets what came and what waits, for another client on the same line, or as long as there is none.
     void restart(bool hasClient);
+    /// Ends it; a line falls silent until its next client.
+    void end();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -57,7 +59,6 @@ private:
     void pump();
     bool write();
     void giveUp();
-    void end();
 
     asio::posix::stream_descriptor stream_;
     asio::steady_timer timer_;

@@ -108,6 +108,11 @@ void SerialLine::restart() {
     tcflush(slave_.native_handle(), TCIFLUSH);  // what has arrived
 }
 
+void SerialLine::cut() {
+    followClients();
+    connection_->end();
+}
+
 std::string SerialLine::description() const { return R"("serial_port": ")" + path_ + '"'; }
 
 }  // namespace zvr::sim

@@ -28,6 +28,8 @@ public:
 
     /// Where it is reached, as members of a JSON object.
     std::string description() const;
+    /// Falls silent until its next client.
+    void cut();
 
 private:
     void watch();

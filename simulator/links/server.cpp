@@ -1,5 +1,7 @@
 #include "links/server.h"
 
+#include <utility>
+
 namespace zvr::sim {
 
 namespace {
@@ -38,6 +40,16 @@ void Listener::accept() {
     });
 }
 
+void Listener::acceptWaiting() {
+    acceptor_.non_blocking(true);
+    while (true) {
+        std::error_code none;
+        tcp::socket socket = acceptor_.accept(none);
+        if (none) return;
+        onClient_(std::move(socket));
+    }
+}
+
 Server::Server(asio::io_context& context, Device& device, const Options& options)
     : device_(device),
       options_(options),
@@ -59,9 +71,19 @@ void Server::serve(tcp::socket socket, bool answers) {
         std::move(stream), device_, options_,
         Connection::Rules{
             .answers = answers, .isLine = false, .onArrival = {}, .onRoom = [this] { device_.tellRoom(); }});
+    std::erase_if(connections_, [](const auto& each) { return each.expired(); });
+    connections_.push_back(connection);
     if (answers != data_.has_value()) subscribers_->add(connection);
     connection->read();
     device_.tellRoom();
+}
+
+void Server::cut() {
+    commands_.acceptWaiting();
+    if (data_) data_->acceptWaiting();
+    for (const auto& each : std::exchange(connections_, {})) {
+        if (const auto connection = each.lock()) connection->end();
+    }
 }
 
 std::string Server::description() const {

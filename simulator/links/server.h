@@ -13,6 +13,8 @@ public:
              std::function<void(asio::ip::tcp::socket)> onClient);
 
     int port() const { return acceptor_.local_endpoint().port(); }
+    /// Accepts whoever waits for it.
+    void acceptWaiting();
 
 private:
     void accept();
@@ -35,6 +37,8 @@ public:
 
     /// Where it is reached, as members of a JSON object.
     std::string description() const;
+    /// Ends all connections.
+    void cut();
 
 private:
     void serve(asio::ip::tcp::socket socket, bool answers);
@@ -42,6 +46,7 @@ private:
     Device& device_;
     const Options& options_;
     const std::shared_ptr<Subscribers> subscribers_ = std::make_shared<Subscribers>();
+    std::vector<std::weak_ptr<Connection>> connections_;
     Listener commands_;
     std::optional<Listener> data_;
 };

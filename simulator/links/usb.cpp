@@ -19,6 +19,7 @@
 #include <sstream>
 #include <variant>
 
+#include "links/steering.h"
 #include "links/usb_device.h"
 #include "options.h"
 
@@ -28,8 +29,8 @@ namespace {
 
 constexpr const char* preloadLibrary = "libumockdev-preload.so.0";
 
-struct BadRequest : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct BadRequest : std::invalid_argument {
+    using std::invalid_argument::invalid_argument;
 };
 
 // What ties a device to the objects of the testbed, which outlive the calls of this program.
@@ -266,27 +267,24 @@ struct UsbOptions {
     Outside outside;
 };
 
-void obey(Bus& bus, const std::string& verb, const std::string& what, const std::string& value) {
-    const bool isSwitch = value == "on" || value == "off";
-    if (verb == "plug" && value.empty()) return bus.plug(what);
-    if (verb == "unplug" && value.empty()) return bus.unplug(what);
-    if (verb == "stall" && isSwitch) return bus.find(what).setStalled(value == "on");
-    if (verb == "late" && isSwitch) return bus.find(what).setLate(value == "on");
-    throw BadRequest("no such request");
-}
-
-std::string answerLine(Bus& bus, const std::string& line) {
-    std::istringstream words(line);
-    std::string verb, what, value, more;
-    words >> verb >> what >> value >> more;
-    try {
-        if (!more.empty() || what.empty()) throw BadRequest("no such request");
-        if (verb == "transfers" && value.empty()) return bus.find(what).transfers();
-        obey(bus, verb, what, value);
-    } catch (const BadRequest& refusal) {
-        return std::string("error ") + refusal.what();
+// Does what the words of a line ask for; members of the answer.
+std::string obey(Bus& bus, Words words) {
+    if (words.size() < 2) throw BadRequest("no such request; --help lists them");
+    const std::string verb = words[0], what = words[1];
+    const std::string value = words.size() == 3 ? words[2] : "";
+    if (verb == "plug" && words.size() == 2) {
+        bus.plug(what);
+    } else if (verb == "unplug" && words.size() == 2) {
+        bus.unplug(what);
+    } else if (verb == "transfers" && words.size() == 2) {
+        return bus.find(what).transfers();
+    } else if (verb == "late" && words.size() == 3) {
+        bus.find(what).setLate(isOn(value));
+    } else {
+        words.erase(words.begin() + 1);
+        if (!bus.find(what).steer(words)) throw BadRequest("no such request; --help lists them");
     }
-    return "ok";
+    return {};
 }
 
 pid_t start(const UsbOptions& options, const sigset_t& restored) {
@@ -340,7 +338,8 @@ int run(Bus& bus, const UsbOptions& options, const sigset_t& signals, const sigs
             }
             input.append(buffer.data(), static_cast<std::size_t>(count));
             for (std::size_t end; (end = input.find('\n')) != std::string::npos; input.erase(0, end + 1)) {
-                std::cout << answerLine(bus, input.substr(0, end)) << std::endl;
+                const auto answer = [&](const Words& words) { return obey(bus, words); };
+                std::cout << answerTo(input.substr(0, end), answer) << std::endl;
             }
         }
     }
@@ -352,12 +351,13 @@ finds the devices on its bus, and ends with its exit status. Without one it prin
 program needs in its environment, and serves until SIGTERM or SIGINT.)";
 
 constexpr const char* controls =
-    R"(Without a COMMAND, lines on standard input change what there is; each is answered by a line:
+    R"(Without a COMMAND, lines on standard input change what there is; each is answered by a line of JSON:
   plug MODEL[:SERIAL]      connect another device
   unplug SERIAL            take one away
-  stall SERIAL on|off      answer nothing
   late SERIAL on|off       let replies come just as a read is given up
-  transfers SERIAL         tell as JSON what the device has got)";
+  transfers SERIAL         tell what the device has got
+With the serial number of a device behind the first word:
+)";
 
 // What the command line asks for, or an exit status.
 std::variant<UsbOptions, int> parseUsb(int argc, char** argv) {
@@ -366,7 +366,7 @@ std::variant<UsbOptions, int> parseUsb(int argc, char** argv) {
     char** const mark = std::find(argv, end, std::string_view("--"));
     if (mark != end) options.command.assign(mark + 1, end + 1);
     CLI::App app(about, "zvr-sim-usb");
-    app.footer(controls);
+    app.footer(std::string(controls) + steeringHelp);
     app.add_option("MODEL[:SERIAL]", options.devices, "the devices; behind -- the COMMAND and its arguments")
         ->type_name("");
     OptionGroup general(app, "Options");

@@ -226,9 +226,9 @@ void UsbDevice::unplug() {
     end(-ENODEV);
 }
 
-void UsbDevice::setStalled(bool stalled) {
+bool UsbDevice::steer(const Words& words) {
     const std::lock_guard lock(mutex_);
-    stalled_ = stalled;
+    return sim::steer(device_, words);
 }
 
 void UsbDevice::setLate(bool late) {
@@ -368,10 +368,10 @@ void UsbDevice::receive(ByteView bytes) {
     for (Packet& arrived : splitter_.split()) {
         const Packet request = Device::meant(std::move(arrived));
         const auto data = device_.handle(request);
-        if (data && !stalled_) {
+        if (data) {
             enqueue(Device::replyFrame(request.command, *data));
-        } else if (verbose_ && (data || !device_.knows(request.command))) {
-            std::cerr << serial_ << (data ? " ! stalled\n" : " ! unknown command\n");
+        } else if (verbose_ && !device_.knows(request.command)) {
+            std::cerr << serial_ << " ! unknown command\n";
         }
     }
 }
@@ -385,7 +385,7 @@ void UsbDevice::enqueue(ByteView frame) {
 }
 
 bool UsbDevice::sendUnsolicited(int /*command*/, const Frame& frame) {
-    if (stalled_ || gone_ || replies_.size() >= mostStreamed) return false;
+    if (gone_ || replies_.size() >= mostStreamed) return false;
     enqueue(*frame);
     return true;
 }
@@ -438,9 +438,9 @@ void UsbDevice::reset() {
 std::string UsbDevice::transfers() {
     const std::lock_guard lock(mutex_);
     std::ostringstream line;
-    line << R"({"count": )" << outCount_ << R"(, "out": )" << listOf(out_) << R"(, "detached": )"
+    line << R"("count": )" << outCount_ << R"(, "out": )" << listOf(out_) << R"(, "detached": )"
          << (hasDriver_ && !bound_ ? "true" : "false") << R"(, "claimed": )" << (claimer_ != nullptr ? "[0]" : "[]")
-         << R"(, "requests": )" << listOf(requests_) << "}";
+         << R"(, "requests": )" << listOf(requests_);
     return line.str();
 }
 

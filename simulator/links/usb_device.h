@@ -22,6 +22,7 @@
 
 #include "core/wire/splitter.h"
 #include "device/device.h"
+#include "links/steering.h"
 
 namespace zvr::sim {
 
@@ -117,11 +118,11 @@ public:
 
     /// Transfers under way end with the device; they can still be reaped.
     void unplug();
-    /// Answers nothing.
-    void setStalled(bool stalled);
+    /// Does what a line asks of the device; see links/steering.h.
+    bool steer(const Words& words);
     /// Lets each reply come in the moment in which the client gives up its read.
     void setLate(bool late);
-    /// What has come, as JSON.
+    /// What has come, as members of a JSON object.
     std::string transfers();
 
 private:
@@ -161,7 +162,7 @@ private:
     bool bound_;
     const bool verbose_;
     bool gone_ = false;
-    bool stalled_ = false, late_ = false;
+    bool late_ = false;
     UMockdevIoctlClient* claimer_ = nullptr;  // the only one that can have transfers pending
     Splitter splitter_;
     std::deque<Bytes> replies_;

@@ -83,6 +83,9 @@ public:
         for (const auto& [output, input] : model_.wires) {
             if (input == number) arriving |= ports_.at(output).driven;
         }
+        if (const auto outside = device_.steered.levels.find(number); outside != device_.steered.levels.end()) {
+            change(arriving, outside->second.mask, outside->second.levels);
+        }
         return static_cast<Word>(port.driven | (arriving & port.current.enabled & ~port.current.direction));
     }
 

@@ -30,13 +30,19 @@ SampleRun::SampleRun(Device& device, RunPlan plan, std::shared_ptr<SampleCounter
         : fast_                       ? fastFrameBytes / rowSize_
                 : std::min(static_cast<std::size_t>(std::lround(plan_.rate * frameSeconds)), frameBytes / rowSize_);
     frameRows_ = std::clamp<std::size_t>(wanted, 1, longestFrame / rowSize_);
+    takeSignals();
+    ++counters_->runs;
+}
+
+void SampleRun::takeSignals() {
+    changes_ = device_.signals.changes;
+    sources_.clear();
     for (const std::uint8_t chipSelect : plan_.chipSelects) {
         for (std::size_t channel = 0; channel < plan_.channels; ++channel) {
             const std::uint64_t stream = plan_.port * 16U + chipSelect;
-            sources_.emplace_back(device.signals, channel, stream, plan_.rate, plan_.coding);
+            sources_.emplace_back(device_.signals, channel, stream, plan_.rate, plan_.coding);
         }
     }
-    ++counters_->runs;
 }
 
 // Each from its number, so that nothing adds up.
@@ -59,6 +65,7 @@ void SampleRun::advance() {
     const std::uint64_t due = fast_ ? end : std::min(end, dueRows(now));
     if (!fast_ && due > made_ + 2 * frameRows_) counters_->lateRows += static_cast<std::uint32_t>(due - made_);
     waits_ = false;
+    if (changes_ != device_.signals.changes) takeSignals();
     for (std::size_t bytes = 0; made_ < due && bytes < turnBytes;) {
         if (fast_ && filled_ == 0 && !device_.hasRoom()) {
             waits_ = true;

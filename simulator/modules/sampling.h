@@ -54,6 +54,7 @@ private:
 
     std::uint64_t dueRows(Clock::time_point now) const;
     Clock::time_point timeOf(std::uint64_t row) const;
+    void takeSignals();
     void makeRows(std::size_t count);
     void writeChannel(std::size_t stream, std::size_t channel, std::size_t count, std::uint8_t* to) const;
     void sendFrames();
@@ -65,6 +66,7 @@ private:
     const std::size_t rowSize_;
     std::size_t frameRows_;
     std::vector<CodeSource> sources_;             // chip select by chip select
+    unsigned changes_ = 0;                        // of the signals, that these are made of
     std::vector<std::shared_ptr<Bytes>> frames_;  // of each chip select, with the rows so far
     std::uint64_t made_ = 0;
     std::size_t filled_ = 0;

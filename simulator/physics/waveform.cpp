@@ -81,13 +81,15 @@ void Signals::set(std::string_view text) {
     const auto kind = std::ranges::find(kindNames, parts[1]);
     if (kind == kindNames.end()) throw std::invalid_argument("\"" + std::string(parts[1]) + "\" is no kind of signal");
     for (const std::size_t channel : channels) {
-        Waveform& wave = waves[channel];
+        Waveform wave = waves[channel];
         wave.kind = static_cast<WaveKind>(kind - kindNames.begin());
         if (parts.size() > 2) wave.frequency = realOf(parts[2], most);
         if (parts.size() > 3) wave.amplitude = realOf(parts[3], most);
         if (parts.size() > 4) wave.offset = realOf(parts[4], most);
         if (wave.frequency < 0) throw std::invalid_argument("a frequency is not below 0");
+        waves[channel] = wave;
     }
+    ++changes;
 }
 
 CodeSource::CodeSource(const Signals& signals, std::size_t channel, std::uint64_t stream, double rate,

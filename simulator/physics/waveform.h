@@ -48,6 +48,7 @@ struct Signals {
     std::uint32_t seed = 1;
     bool fast = false;          ///< as fast as the clients take it
     std::size_t frameRows = 0;  ///< rows of a frame; 0 leaves it to the device
+    unsigned changes = 0;       ///< how often a signal has been set
 };
 
 /// The codes of one channel of a run with a constant rate, by row.

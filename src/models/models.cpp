@@ -73,9 +73,9 @@ struct ModuleKind {
 };
 
 const ModuleKind& kindOf(std::string_view prefix) {
-    static const std::vector<ModuleKind> kinds = {
+    static const ModuleKind kinds[] = {
         {"DIO",
-         [](const Model& model) {
+         [](const Model& model) -> py::tuple {  // newer versions of pybind11 make a tuple of a type of its own
              const DigitalLines& lines = model.digital;
              return py::make_tuple(toDict(lines.inputs), toDict(lines.outputs), lines.pinsPerPort);
          },
@@ -107,8 +107,8 @@ const ModuleKind& kindOf(std::string_view prefix) {
         {"DPOT", nothing, {"DPOT"}},
     };
     static const ModuleKind simple{"", nothing};
-    const auto found = std::ranges::find(kinds, prefix, &ModuleKind::prefix);
-    return found == kinds.end() ? simple : *found;
+    const auto* const found = std::ranges::find(kinds, prefix, &ModuleKind::prefix);
+    return found == std::end(kinds) ? simple : *found;
 }
 
 std::vector<std::string> basesOf(const Model& model) {

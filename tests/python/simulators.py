@@ -1,16 +1,19 @@
-"""The simulator as a process, and products that are connected to it."""
+"""Products that are connected to a simulator of their own."""
 
 import contextlib
-import json
-import os
 import subprocess
+
+import zvrkit.sim
 
 import pyzvr
 
 
 def simulator_program(name="zvr-sim"):
-    """Path of one of the simulator's programs."""
-    return os.path.join(os.path.dirname(os.environ["ZVR_SIM"]), name)
+    """Path of one of the simulator's programs, whether it is built or not."""
+    try:
+        return zvrkit.sim.program(name)
+    except zvrkit.sim.SimulatorError:
+        return name
 
 
 def can_make_networks():
@@ -22,18 +25,8 @@ def can_make_networks():
 @contextlib.contextmanager
 def running_simulator(model, *options):
     """A simulator process; yields what it says of itself."""
-    process = subprocess.Popen(
-        [simulator_program(), model, "--stdin-stop", *options],
-        stdin=subprocess.PIPE,
-        stdout=subprocess.PIPE,
-        text=True,
-    )
-    try:
-        yield json.loads(process.stdout.readline())
-    finally:
-        process.stdin.close()
-        process.stdout.close()
-        assert process.wait(10) == 0
+    with zvrkit.sim.device(model, *options) as place:
+        yield place.said
 
 
 def address_of(simulator):
@@ -46,6 +39,6 @@ def address_of(simulator):
 @contextlib.contextmanager
 def connected(model, *options):
     """A product object on a simulator of its own."""
-    with running_simulator(model, *options) as simulator, getattr(pyzvr, model)() as product:
-        product.connect(*address_of(simulator), verbose=False)
+    with zvrkit.sim.device(model, *options) as place, getattr(pyzvr, model)() as product:
+        product.connect(*place.address, verbose=False)
         yield product

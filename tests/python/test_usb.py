@@ -2,12 +2,12 @@
 
 import json
 import os
-import subprocess
 import sys
 import threading
 from pathlib import Path
 
 import pytest
+import zvrkit.sim
 from simulators import simulator_program
 
 import pyzvr
@@ -17,25 +17,14 @@ PRODUCT = "Sable-Dio"
 
 
 def seen_in(scenario, *devices):
-    program = simulator_program("zvr-sim-usb")
-    if not os.path.exists(program):
+    if not os.path.exists(simulator_program("zvr-sim-usb")):
         pytest.skip("zvr-sim-usb is not built: it needs libumockdev")
-    simulator = subprocess.Popen([program, *devices, "--stdin-stop"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-    try:
-        bus = json.loads(simulator.stdout.readline())
-        child = {
-            **os.environ, "LD_PRELOAD": " ".join(filter(None, [os.environ.get("LD_PRELOAD"), bus["preload"]])),
-            "UMOCKDEV_DIR": bus["root"]
-        }
-        control = simulator.stdin.fileno()
-        run = subprocess.run([sys.executable, LAB, scenario, str(control)], stdin=simulator.stdout, env=child,
-                             pass_fds=[control], capture_output=True, text=True, timeout=60)
-        assert run.returncode == 0, run.stderr
-        return json.loads(run.stdout)
-    finally:
-        simulator.stdin.close()
-        simulator.stdout.close()
-        assert simulator.wait(10) == 0
+    with zvrkit.sim.usb(*devices) as bus:
+        control = bus.process.stdin.fileno()
+        run = bus.run([sys.executable, LAB, scenario, str(control)], stdin=bus.process.stdout, pass_fds=[control],
+                      capture_output=True, text=True, timeout=60)
+    assert run.returncode == 0, run.stderr
+    return json.loads(run.stdout)
 
 
 def test_finding_devices_and_taking_one_from_the_kernel():

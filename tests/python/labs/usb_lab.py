@@ -20,8 +20,9 @@ import pyzvr
 
 def control(line):
     os.write(int(sys.argv[2]), (line + "\n").encode())
-    answer = sys.stdin.readline().strip()
-    return json.loads(answer) if answer.startswith("{") else answer
+    answer = json.loads(sys.stdin.readline())
+    assert answer["ok"], answer
+    return answer
 
 
 def error_of(action):

@@ -8,7 +8,7 @@ import socket
 import subprocess
 
 import pytest
-from simulators import connected, running_simulator
+from simulators import connected, running_simulator, simulator_program
 
 import pyzvr
 
@@ -203,7 +203,7 @@ def test_connections_share_the_device_and_survive_each_other():
 
 
 def test_the_program_by_itself():
-    program = os.environ["ZVR_SIM"]
+    program = simulator_program()
     listed = subprocess.run([program, "--list"], capture_output=True, text=True).stdout.splitlines()
     rows = json.loads(subprocess.run([program, "--table"], capture_output=True, text=True).stdout)
     assert "TarnDioLite\tTarn-Dio-Lite" in listed and listed == [f"{row['model']}\t{row['name']}" for row in rows]

@@ -1,0 +1,9 @@
+"""What users of `pyzvr` need around it: simulated devices, fixtures for tests, and the examples.
+
+Each part is imported by its name, `import zvrkit.sim`; none needs another one.
+"""
+
+from pathlib import Path
+
+#: The folder of the examples. The names in `pyzvr.EXAMPLE_CONSOLE_DICT` count from its parent.
+EXAMPLES = Path(__file__).parent / "examples"

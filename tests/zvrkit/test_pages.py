@@ -1,0 +1,73 @@
+"""The pages' programs do what the pages say, as a reader types them."""
+
+import contextlib
+import doctest
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+import zvrkit.sim
+from page_lab import blocks_of
+from simulators import can_make_networks
+
+ROOT = Path(__file__).parents[2]
+HERE = Path(__file__).parent
+PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+ON_USB = ("SableDio", "SableCan")
+
+
+def runs(page):
+    return any(block.runs for block in blocks_of(page.read_text()))
+
+
+@pytest.mark.parametrize("page", filter(runs, PAGES), ids=lambda page: page.name)
+def test_the_programs_of_a_page_print_what_it_says(page):
+    command = [sys.executable, str(HERE / "page_lab.py"), str(page)]
+    with contextlib.ExitStack() as stack:
+        run = subprocess.run
+        if re.search(r"pyzvr\.Sable", page.read_text()):
+            try:
+                bus = zvrkit.sim.usb(*(f"{model}:{model}" for model in ON_USB))
+            except zvrkit.sim.SimulatorError as missing:
+                pytest.skip(str(missing))
+            run = stack.enter_context(bus).run
+        if page.name == "discovery.md":
+            if not can_make_networks():
+                pytest.skip("network namespaces are not allowed here")
+            lab = ROOT / "tests/python/labs/network_lab.py"
+            command = ["unshare", "--net", sys.executable, str(lab), *command]
+        done = run(command, capture_output=True, text=True, timeout=60)
+    assert done.returncode == 0, done.stderr
+
+
+def test_blocks_have_a_language_and_few_programs_are_left_out():
+    blocks = [(page.name, block) for page in PAGES for block in blocks_of(page.read_text())]
+    assert all(block.language for _, block in blocks), [page for page, block in blocks if not block.language]
+    programs = [block for _, block in blocks if block.language == "python"]
+    assert sum(not block.runs for block in programs) <= 2
+    assert len(programs) > 15
+
+
+@pytest.mark.parametrize(("text", "wrong"), [
+    ("```python\nprint(1 + 1)  # 2\nprint('a b')  # a ...\n```\n", []),
+    ("```python\nprint(1 + 1)  # 3\n```\n", ["prints '2', and the page says '3'"]),
+    ("```python\nif False:\n    print(2)  # 2\n```\n", ["prints '', and"]),
+    ("```python\nx = 1  # \"Opened handle\"\n```\n", ["is not printed"]),
+    ("```python\n1 / 0\n```\n\n```python\nprint(1)  # 2\n```\n", ["ZeroDivisionError", "prints '1'"]),
+    ("```python\n>>> 1 + 1\n3\n```\n", ["Expected:"]),
+    ("<!-- not run: it would take off -->\n```python\n1 / 0\n```\n", []),
+])
+def test_a_page_that_says_something_else_fails(tmp_path, text, wrong):
+    page = tmp_path / "page.md"
+    page.write_text(text)
+    done = subprocess.run([sys.executable, str(HERE / "page_lab.py"), str(page)], capture_output=True, text=True)
+    assert done.returncode == bool(wrong)
+    assert all(each in done.stderr for each in wrong), done.stderr
+
+
+def test_the_programs_in_docstrings_print_what_they_say():
+    tested = doctest.testmod(zvrkit.sim)
+    assert tested.attempted > 1 and tested.failed == 0
+    assert ">>>" not in (ROOT / "python/pyzvr/__init__.pyi").read_text()  # there are none to be run
