@@ -72,7 +72,7 @@ soak: build ## Streams from sixteen devices for SOAK_SECONDS and compares every 
 # Tests of what several threads, loops and processes do at once: the sanitizers run them LONGER times.
 LONGER ?= 3
 RACES = clients decoder_threads event_loop_endings event_loops exit forks gates hostile link_failures logger \
-	logger_endings logger_replaced queues replaced_threads
+	logger_endings logger_replaced queues reading_right replaced_threads
 races = $(RACES:%=tests/python/test_%.py)
 
 # The sanitizer keeps what is freed for a while, so tests of memory say nothing here.
@@ -95,7 +95,7 @@ tsan: ## Runs the engine's tests under the thread sanitizer
 	$(call setup,build tsan)
 	$(call configure,tsan)
 	$(CMAKE) --build build/tsan
-	cd build/tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
+	cd build/tsan && TSAN_OPTIONS=halt_on_error=1 ZVR_TRIPS=1000000 ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
 
 fuzz: ## Fuzzes for FUZZ_SECONDS each
 	$(call setup,build fuzz)

@@ -215,6 +215,7 @@ void defineDevice(Package& package) {
                     .parameters = {{"*failure", "object"}},
                     .doc = "Closes the object.",
                     .body = [](Op op, Object) -> Task { co_return op.call("close"); }});
+    setAttribute(classNamed("Device"), "serialize", py::bool_(false));
 }
 
 }  // namespace zvr::python

@@ -98,7 +98,7 @@ void reconnectDevice(py::handle self, const DeviceClass& device, const Object& v
     const py::tuple places = borrow(runtime->connectedWith.get());
     dropLink(self, device);
     callMethod(attribute(self, "data_pool_echo"), "clear");
-    callOf(device.name, "connect", self, *places);
+    attribute(classNamed(device.name), "connect")(self, *places);
     if (isTrue(verbose)) printLine(py::str("Reconnected {}").format(callMethod(self, "_getDeviceName")));
 }
 

@@ -78,7 +78,7 @@ Object exchangeOnce(const RequestPath& path, int command, const Bytes& data, dou
     bool sent = false;
     Deadline asked;
     auto received = blocking([&](const InterruptCheck& onWait) {
-        sent = path.client->send(frame, deadline, onWait);
+        sent = path.client->sendRequest(frame, deadline, onWait);
         auto reply = sent && !queues ? path.await(key, deadline, onWait) : std::nullopt;
         asked = Clock::now();
         return reply;
@@ -252,7 +252,7 @@ bool sendNow(py::handle self, const Object& frame) {
     }
     const Bytes bytes = bytesOf(frame);
     const WithoutGil released;
-    return link->send(bytes, Clock::now());
+    return link->sendRequest(bytes, Clock::now());
 }
 
 Task sendWithoutReplySteps(Op op, Object command, Object data) {
@@ -280,7 +280,7 @@ Begun begin(py::handle self, int command, const Object& data) {
     Begun begun;
     {
         const WithoutGil released;
-        begun.sent = path->client->send(frame, Clock::now());
+        begun.sent = path->client->sendRequest(frame, Clock::now());
         if (begun.sent && path->receiver) path->receiver->awaitBriefly(*path->pool, key);
     }
     if (!begun.sent) return begun;

@@ -2,6 +2,7 @@
 
 #include "python/loop_descriptor.h"
 #include "python/raising.h"
+#include "transport/receiver.h"
 
 namespace zvr::python {
 

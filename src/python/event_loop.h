@@ -11,8 +11,12 @@
 // descriptor with them, and what the tasks held is left to the collector.
 #pragma once
 
+#include "core/engine/pools.h"
 #include "python/coroutine.h"
-#include "transport/receiver.h"
+
+namespace zvr {
+class Receiver;
+}
 
 namespace zvr::python {
 

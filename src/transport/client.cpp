@@ -43,6 +43,20 @@ ReadStatus Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<
     return reading;
 }
 
+bool Client::sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
+    const auto isLost = [this] {
+        const auto why = loss();
+        return why && *why != std::errc::not_connected;
+    };
+    if (isLost()) throw Failure(failure());
+    try {
+        return send(bytes, deadline, onWait);
+    } catch (const std::system_error&) {
+        if (isLost()) throw Failure(failure());
+        throw;
+    }
+}
+
 ReadStatus BareClient::read(Bytes& /*buffer*/, const InterruptCheck& /*attend*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }

@@ -104,6 +104,9 @@ public:
 
     static constexpr std::chrono::seconds finishWithin{5};
 
+    /// The same for a request: a link that has been lost is its Failure.
+    bool sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {});
+
     /// Closes the link, whatever state it is in; never throws. Does nothing in a forked child: the link is the
     /// parent's.
     virtual void close() noexcept = 0;

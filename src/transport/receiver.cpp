@@ -83,6 +83,13 @@ void Receiver::run() {
 // What comes before each read. Without the right again where it tells to begin anew.
 bool Receiver::prepareTurn(std::uint64_t& turn) {
     if (unfiled_) std::rethrow_exception(std::exchange(unfiled_, nullptr));
+    const struct Look {
+        Receiver& self;
+        const std::uint64_t asked = self.looksAsked_;
+        ~Look() {
+            if (self.looksDone_.exchange(asked) != asked && self.lossTold_) self.right_.tellAll();
+        }
+    } look{*this};
     if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
         supervisor_->renew(*this);
     } else if (filePending() && (!foreignPass_ || foreignPass_())) {
@@ -180,6 +187,7 @@ bool Receiver::readFor(ReadingRight::Waiter& reader, const Wake* wake, Deadline 
 }
 
 std::optional<std::error_code> Receiver::loss() const {
+    if (looksAsked_ != looksDone_) return std::nullopt;
     const auto read = source();
     const auto why = read ? read->loss() : std::nullopt;
     return why && *why != std::errc::not_connected ? why : std::nullopt;
@@ -283,6 +291,7 @@ void Receiver::closeLink() noexcept {
 
 void Receiver::lookAgain() noexcept {
     if (isForeign()) return;
+    ++looksAsked_;
     right_.hurry();
     gate->wake();
     if (const auto passed = gateNow(); passed != gate) passed->wake();

@@ -124,6 +124,7 @@ private:
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
     bool lossTold_ = false;
+    std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // what has been replaced is not known before a look
     std::function<void()> onLoss_;
     ReadingRight right_;
 

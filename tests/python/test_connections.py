@@ -1,0 +1,308 @@
+"""The life of a connection: before it, its loss under whoever waits, and the next one."""
+
+import asyncio
+import gc
+import socket
+import threading
+import time
+import weakref
+
+import pytest
+from forms import awaited, blocking
+from links import box, peer
+from loops import KEYS
+from peer import Peer, finish, reset
+
+import pyzvr
+
+__all__ = ["box", "peer"]
+
+ENDS = [pytest.param(finish, id="orderly"), pytest.param(reset, id="reset")]
+
+
+@pytest.fixture
+def silent():
+    """A device that never answers."""
+    silent = Peer()
+    yield silent
+    silent.close()
+
+
+@pytest.fixture
+def waiting_box(silent):
+    product = pyzvr.TarnDio()
+    product.connect("127.0.0.1", silent.port, verbose=False)
+    yield product
+    try:
+        product.close(verbose=False)
+    except pyzvr.NetworkConnectionLostError:
+        pass
+
+
+# Without a connection.
+
+
+@pytest.mark.parametrize(("model", "error"), [
+    ("TarnDio", pyzvr.NetworkConnectionLostError),
+    ("HeronAnalog", pyzvr.NetworkConnectionLostError),
+    ("SableDio", pyzvr.USBConnectionError),
+    ("Drone", pyzvr.UARTConnectionError),
+])
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_a_request_without_a_connection_says_so(model, error, form):
+    product = getattr(pyzvr, model)()
+    request, arguments = "_echoPacketWithRetry", [KEYS[0], [1]]
+    if model == "Drone":
+        form = blocking  # it has no other
+    with pytest.raises(error, match="connect"):
+        form(product, request, *arguments)
+    product.close(verbose=False)
+    with pytest.raises(error, match="closed|connect"):
+        form(product, request, *arguments)
+    assert not product.isConnected()
+
+
+def test_disconnected_is_not_connected(box, peer):
+    assert box.isConnected()
+    box.disconnect(verbose=False)
+    assert not box.isConnected()
+    with pytest.raises(pyzvr.NetworkConnectionLostError, match="connect"):
+        box.Sys_getSerialNumber()
+    box.connect("127.0.0.1", peer.port, verbose=False)
+    assert box.isConnected() and box.Sys_getSerialNumber() == "SN000001"
+
+
+# A loss.
+
+
+@pytest.mark.parametrize("end", ENDS)
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_a_request_hears_of_the_end_at_once_and_so_do_those_behind_it(waiting_box, silent, form, end):
+    connection = silent.connection()
+    threading.Timer(0.1, end, [connection]).start()
+    begin = time.monotonic()
+    with pytest.raises(pyzvr.NetworkConnectionLostError):
+        form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
+    assert time.monotonic() - begin < 2  # the limit is 5 seconds
+    assert not waiting_box.isConnected()
+    with pytest.raises(pyzvr.NetworkConnectionLostError):
+        form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
+
+
+def test_all_who_wait_hear_of_the_end(waiting_box, silent):
+    connection = silent.connection()
+    heard = []
+
+    def wait(key):
+        try:
+            waiting_box._getReplyFromPool(key, 20)
+        except pyzvr.NetworkConnectionLostError:
+            heard.append(key)
+
+    async def tasks():
+        waits = [waiting_box._getReplyFromPool_async(key) for key in KEYS[10:20]]
+        for error in await asyncio.gather(*waits, return_exceptions=True):
+            assert isinstance(error, pyzvr.NetworkConnectionLostError)
+            heard.append(None)
+
+    threads = [threading.Thread(target=wait, args=(key,)) for key in KEYS[:10]]
+    threads += [threading.Thread(target=asyncio.run, args=(tasks(),)) for _ in range(2)]
+    for thread in threads:
+        thread.start()
+    time.sleep(0.05)
+    finish(connection)
+    for thread in threads:
+        thread.join(10)
+    assert len(heard) == 30
+
+
+def test_what_had_arrived_before_the_end_is_read(waiting_box, silent):
+    frame = bytes([2, 0, 2, KEYS[0], 7, 13, 10])
+    for _ in range(50):
+        connection = silent.connection()
+        threading.Thread(target=lambda c=connection: (c.sendall(frame), finish(c))).start()
+        assert waiting_box._getReplyFromPool(KEYS[0], 5) == b"\x07"
+        waiting_box.reconnect(verbose=False)
+
+
+@pytest.mark.parametrize("end", ENDS)
+def test_reconnect_gives_the_same_handle_a_fresh_link(box, peer, end):
+    peer.connection().sendall(b"\x02\x00\x09half a frame")
+    for _ in range(20):
+        assert box.Sys_getSerialNumber(timeout=5) == "SN000001"
+        box._putToDataPool(KEYS[0], b"stale")
+        box.reconnect(verbose=False)
+        assert KEYS[0] not in box.data_pool_echo
+        connection = peer.connection()
+        end(connection)
+        with pytest.raises((pyzvr.NetworkConnectionLostError, OSError)):
+            for _ in range(3):
+                box.Sys_getSerialNumber(timeout=1)
+        asyncio.run(box.reconnect_async(verbose=False))
+        assert box.isConnected()
+        peer.connection()
+
+
+def test_reconnect_refuses_without_a_place_and_fails_as_connect_does():
+    product = pyzvr.TarnDio()
+    with pytest.raises(pyzvr.NetworkConnectionLostError, match="connect"):
+        product.reconnect()
+    closing = Peer()
+    product.connect("127.0.0.1", closing.port, verbose=False)
+    finish(closing.connection())
+    closing.close()
+    with pytest.raises(pyzvr.NetworkConnectionError):
+        product.reconnect()
+    assert not product.isConnected()
+    product.close(verbose=False)
+    with pytest.raises(pyzvr.NetworkConnectionLostError, match="closed"):
+        product.reconnect()
+
+
+# Who is told.
+
+
+def test_callbacks_are_called_once_on_a_thread_or_a_loop(box, peer):
+    calls = []
+    done = threading.Event()
+
+    async def main():
+        on_loop = asyncio.get_running_loop().create_future()
+        box.onConnectionLost(on_loop.set_result, asyncio.get_running_loop())
+        box.onConnectionLost(lambda reason: (calls.append((reason, threading.current_thread())), done.set()))
+        finish(peer.connection())
+        return await asyncio.wait_for(on_loop, 5)
+
+    reason = asyncio.run(main())
+    assert done.wait(5)
+    assert isinstance(reason, pyzvr.NetworkConnectionLostError)
+    assert calls[0][1] is not threading.main_thread()
+    box.onConnectionLost(lambda _: done.set())  # registered behind the loss: called at once
+    done.clear()
+    assert done.wait(5) or done.is_set()
+    box.reconnect(verbose=False)
+    finish(peer.connection())
+    with pytest.raises(pyzvr.NetworkConnectionLostError):
+        box.Sys_getSerialNumber()
+    assert len(calls) == 1
+
+
+def test_closing_is_no_loss_and_a_callback_keeps_nothing_alive(peer):
+    calls = []
+
+    class Listener:
+        def __call__(self, reason):
+            calls.append(reason)
+
+    listener = Listener()
+    gone = weakref.ref(listener)
+    for end in ("disconnect", "close"):
+        product = pyzvr.TarnDio()
+        product.connect("127.0.0.1", peer.port, verbose=False)
+        product.onConnectionLost(listener)
+        getattr(product, end)(verbose=False)
+        time.sleep(0.05)
+        product.close(verbose=False)
+    del product, listener
+    gc.collect()
+    assert calls == [] and gone() is None
+
+
+@pytest.mark.parametrize("bad", [None, 5, "x"])
+def test_what_cannot_be_called_is_refused(box, bad):
+    with pytest.raises(TypeError, match="callback"):
+        box.onConnectionLost(bad)
+
+
+# An event loop is never stopped.
+
+
+@pytest.fixture
+def crowded():
+    """A place that takes no more connections, and refuses none."""
+    with socket.create_server(("127.0.0.1", 0), backlog=0) as listener:
+        waiting = [socket.socket() for _ in range(4)]
+        for each in waiting:
+            each.setblocking(False)
+            each.connect_ex(listener.getsockname())
+        yield listener.getsockname()
+        for each in waiting:
+            each.close()
+
+
+def test_connecting_disconnecting_and_closing_leave_the_loop_running(peer, crowded):
+    async def main():
+        ticks = 0
+
+        async def tick():
+            nonlocal ticks
+            while True:
+                await asyncio.sleep(0.005)
+                ticks += 1
+
+        ticking = asyncio.create_task(tick())
+        product = pyzvr.TarnDio()
+        await product.connect_async("127.0.0.1", peer.port, verbose=False)
+        assert await product.Sys_getSerialNumber_async() == "SN000001"
+        await product.disconnect_async(verbose=False)
+        with socket.socket() as nobody:  # bound, and not listening
+            nobody.bind(("127.0.0.1", 0))
+            with pytest.raises(pyzvr.NetworkConnectionError):
+                await product.connect_async("127.0.0.1", nobody.getsockname()[1], verbose=False)
+        before = ticks
+        with pytest.raises(asyncio.TimeoutError):
+            await asyncio.wait_for(product.connect_async(*crowded, verbose=False), 0.3)
+        assert ticks - before > 10
+        await product.close_async(verbose=False)
+        ticking.cancel()
+
+    asyncio.run(main())
+
+
+# Equal requests take turns.
+
+
+class Doubling:
+    """Answers each request with its count, many of them twice."""
+
+    def __init__(self):
+        self.count = 0
+
+    def __call__(self, connection, data):
+        answers = b""
+        for _ in range(data.count(b"\r\n")):
+            self.count += 1
+            answers += bytes([2, 0, 2, KEYS[0], self.count % 256, 13, 10]) * (2 if self.count % 3 == 0 else 1)
+        connection.sendall(answers)
+
+
+@pytest.mark.parametrize("form", ["threads", "tasks"])
+def test_equal_requests_take_turns_and_stale_replies_are_dropped(form):
+    peer = Peer(Doubling())
+    with pyzvr.TarnDio() as product:
+        product.connect("127.0.0.1", peer.port, verbose=False)
+        assert product.serialize is False
+        product.serialize = True
+        got = []
+
+        def ask():
+            for _ in range(20):
+                got.append(product._echoPacketWithRetry(KEYS[0], [1])[0])
+
+        async def ask_awaited():
+            for _ in range(20):
+                got.append((await product._echoPacketWithRetry_async(KEYS[0], [1]))[0])
+
+        if form == "threads":
+            threads = [threading.Thread(target=ask) for _ in range(10)]
+            for thread in threads:
+                thread.start()
+            for thread in threads:
+                thread.join()
+        else:
+            async def main():
+                await asyncio.gather(*(ask_awaited() for _ in range(10)))
+            asyncio.run(main())
+        assert len(got) == 200
+        assert len(set(got)) == 200  # none is the answer to another one
+    peer.close()
