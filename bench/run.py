@@ -27,6 +27,7 @@ from collections.abc import Callable
 
 import buses
 import callers
+import growth
 import many
 import motion
 import streams
@@ -37,7 +38,7 @@ import pyzvr
 
 REQUEST = bytes([2, 0, 1, pyzvr.GET_SERIAL_NUMBER, 13, 10])
 REPLY_LENGTH = 14
-PARTS = ["pinned", "unpinned", "computing", "callers", "many", "streams", "buses", "motion", "usb", "splitter"]
+PARTS = ["pinned", "unpinned", "computing", "callers", "growth", "many", "streams", "buses", "motion", "usb", "splitter"]
 now = time.perf_counter_ns
 
 
@@ -244,6 +245,11 @@ def many_callers() -> None:
             goal(text, value, limit)
 
 
+def growing() -> None:
+    with zvrkit.sim.device("TarnDio") as simulator, contextlib.redirect_stderr(io.StringIO()):
+        growth.report(simulator.address)
+
+
 def many_devices() -> None:
     with zvrkit.sim.device("TarnDio") as simulator:
         for text, value, limit in many.report(simulator.address):
@@ -307,7 +313,7 @@ def main() -> None:
         os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
         quietly(motion.report, functools.partial(zvrkit.sim.device, "Ratchet"), measure, arguments.rounds)
     elif arguments.part:
-        {"callers": many_callers, "many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
+        {"callers": many_callers, "growth": growing, "many": many_devices, "usb": usb, "splitter": splitter}[arguments.part]()
     else:
         # Each part in a process of its own: pinning is for good.
         for part in PARTS:

@@ -11,6 +11,11 @@ std::optional<ReadStatus> PacketSource::receiveFor(const Wake* /*wake*/, Deadlin
 
 bool PacketSource::watchOnce(int /*epoll*/) const { return false; }
 
+Failure PacketSource::lossFailure() const {
+    constexpr FailureId lost = FailureId::NetworkConnectionLostError;
+    return failure() == lost ? Failure(lost) : Failure(lost, "The connection to the device is lost.");
+}
+
 void PacketSource::tellChanges(const std::shared_ptr<Gate>& gate) {
     const std::lock_guard lock(listening_);
     std::erase_if(gates_, [&](const std::weak_ptr<Gate>& each) { return each.expired() || each.lock() == gate; });
@@ -44,15 +49,16 @@ ReadStatus Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<
 }
 
 bool Client::sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
-    const auto isLost = [this] {
+    const auto requireLink = [this] {
         const auto why = loss();
-        return why && *why != std::errc::not_connected;
+        if (why == std::errc::not_connected) throw Failure(failure(), notConnected);
+        if (why) throw lossFailure();
     };
-    if (isLost()) throw Failure(failure());
+    requireLink();
     try {
         return send(bytes, deadline, onWait);
     } catch (const std::system_error&) {
-        if (isLost()) throw Failure(failure());
+        requireLink();
         throw;
     }
 }

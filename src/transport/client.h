@@ -61,6 +61,8 @@ public:
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
+    /// What is told of a link that has ended.
+    Failure lossFailure() const;
 
     /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
     std::uint64_t steps() const noexcept { return steps_; }
@@ -104,7 +106,7 @@ public:
 
     static constexpr std::chrono::seconds finishWithin{5};
 
-    /// The same for a request: a link that has been lost is its Failure.
+    /// The same for a request: a link that is not there, or has ended, is its Failure.
     bool sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {});
 
     /// Closes the link, whatever state it is in; never throws. Does nothing in a forked child: the link is the

@@ -195,8 +195,7 @@ std::optional<std::error_code> Receiver::loss() const {
 
 void Receiver::requireLink() const {
     if (!loss()) return;
-    const auto read = source();
-    throw Failure(read ? read->failure() : FailureId::NetworkConnectionLostError);
+    if (const auto read = source()) throw read->lossFailure();
 }
 
 // Behind the last of what has come.

@@ -83,7 +83,7 @@ void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
 std::shared_ptr<Socket> SocketClient::connectedSocket() const {
     requireOwn();
     auto held = socket();
-    if (!held) throw Failure(failure(), notConnected);
+    if (!held) throw std::system_error(std::make_error_code(std::errc::not_connected));
     return held;
 }
 

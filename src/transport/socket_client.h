@@ -28,7 +28,7 @@ public:
     void replaceSocket(std::shared_ptr<Socket> socket);
 
 protected:
-    /// Throws the link's Failure while there is no socket.
+    /// Throws std::system_error while there is no socket.
     std::shared_ptr<Socket> connectedSocket() const;
 
 private:

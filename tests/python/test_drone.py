@@ -292,8 +292,8 @@ def test_reconnecting_after_the_line_has_gone(tmp_path):
                 assert drone.Drone_getSerialNumber() == number
                 assert drone.Drone_getPositionWithNED() == [0] * 6
             assert not os.path.exists(port)
-            with pytest.raises((pyzvr.ReceivePacketTimeoutError, OSError)):
-                drone.Drone_getPositionWithNED(timeout=0.1)
+            with pytest.raises(pyzvr.NetworkConnectionLostError):
+                drone.Drone_getPositionWithNED(timeout=5)
             assert drone.current_posi_list == []
             with pytest.raises(pyzvr.UARTConnectionError):
                 drone.disconnect(verbose=False), drone.connect(port)
