@@ -44,7 +44,7 @@ def test_runs_do_not_share_a_block(call):
         begin(call, box, mode=1, samples=50)
         while box.AI_getBacklog(0) < 120:
             call(box, "_AI_getCounter", 0)
-        blocks = [call(box, "AI_readStreamingBlock", 0, 120, 5) for _ in range(2)]
+        blocks = [call(box, "AI_readStreamingBlock", 0, 120, 0.05) for _ in range(2)]
         assert [(len(block), block.first_row) for block in blocks] == [(70, 0), (50, 0)]
 
 
