@@ -37,6 +37,7 @@ from typing_extensions import Self
 
 '''
 OPERATION = type(pyzvr.checkFirmwareError)
+BUFFERS = (pyzvr.SampleBlock,)  # have the buffer protocol, which no member shows before Python 3.12
 
 
 def members(cls):
@@ -131,6 +132,8 @@ def stub_of_class(cls):
                 line = line.replace("(self", "(cls", 1)
             lines += callable_stub(line, value, "    ", override_mark(cls, name, value))
     lines += bound_constructor(cls)
+    if cls in BUFFERS:
+        lines.append("    def __buffer__(self, flags: int, /) -> memoryview: ...")
     if not lines:
         lines = ["    ..."]
     head = f"class {cls.__name__}({', '.join(bases)}):" if bases else f"class {cls.__name__}:"

@@ -6290,10 +6290,93 @@ class SampleBlock:
         """Numbers of rows and columns."""
     def __len__(self) -> int:
         """Number of rows."""
+    def __getitem__(self, key: Any) -> Any:
+        """A row as a list of floats, rows as a block that shares the memory, or one value.
+
+        Args:
+            key: a row, a slice of consecutive rows, or a row and a column.
+        """
+    def __iter__(self) -> Iterator[list[float]]:
+        """The rows as lists of floats, one after the other."""
     def tolist(self) -> list[list[float]]:
         """The rows as lists of floats."""
-    def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Any:
+        """The rows as an array of NumPy, which is imported only here.
+
+        Args:
+            dtype: numbers of the array, doubles for None.
+            copy: whether to copy; None for only if need be.
+        """
+    def __repr__(self) -> str:
+        """Shape, rate and place in the stream."""
+    def _repr_html_(self) -> str:
+        """The first and last rows as a table, for notebooks."""
+    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
+        """For the modules copy and pickle.
+
+        Args:
+            protocol: as the modules copy and pickle give it.
+        """
+    @property
+    def rate(self) -> float:
+        """Rows per second, as the device told when its streaming was opened; not-a-number before that."""
+    @property
+    def start(self) -> float:
+        """Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's clock when the first frame was decoded, less the time that its rows took, and never before AI_startStreaming: the device sends no time. Not-a-number as long as nothing came."""
+    @property
+    def first_row(self) -> int:
+        """Number of the first row since AI_startStreaming; rows that were dropped count. Over several chip selects that of the foremost."""
+    @property
+    def dropped_before(self) -> int:
+        """Rows between the block before and this one that were dropped because a queue was full. Over several chip selects the most of any."""
+    @property
+    def units(self) -> str:
+        """Unit of the values, "V"."""
+    @property
+    def channels(self) -> tuple[int, ...]:
+        """Channel of each column; on the chassis those of chip select n begin at n times their number."""
+    def __buffer__(self, flags: int, /) -> memoryview: ...
+
+class SampleStream:
+    """Blocks of a stream one after the other, of AI_stream."""
+    def __init__(self, box: Any, port: int, rows: int) -> None:
+        """Asks the device for nothing yet.
+
+        Args:
+            box: device object.
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            rows: rows of a block, 1 to 1000000.
+        """
+    def __iter__(self) -> Self:
+        """Itself."""
+    def __aiter__(self) -> Self:
+        """Itself."""
+    def __del__(self) -> None:
+        """Closes it."""
+    def __next__(self) -> SampleBlock:
+        """Waits for the next block."""
+    async def __anext__(self) -> SampleBlock:
+        """Waits for the next block."""
+    def close(self) -> None:
+        """Ends the stream; a second call does nothing."""
+    async def aclose(self) -> None:
+        """Ends the stream; a second call does nothing."""
+    def __enter__(self) -> Self:
+        """Itself."""
+    async def __aenter__(self) -> Self:
+        """Itself."""
+    def __exit__(self, *failure: object) -> None:
+        """Ends the stream.
+
+        Args:
+            *failure: error that ends the block of statements.
+        """
+    async def __aexit__(self, *failure: object) -> None:
+        """Ends the stream.
+
+        Args:
+            *failure: error that ends the block of statements.
+        """
 
 class AIUnion:
     """What every analog input has."""
@@ -6311,14 +6394,14 @@ class AIUnion:
             mode: trigger mode, 0 to 6.
         """
     def AI_open(self, port: int, timeout: float = 3) -> int:
-        """Opens a port, and lets the reader thread run.
+        """Opens a port, and lets the decoder thread run.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_close(self, port: int, timeout: float = 3) -> int:
-        """Closes a port, and holds the reader thread. Rows already read stay.
+        """Closes a port, and holds the decoder thread. Rows already read stay.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6340,13 +6423,13 @@ class AIUnion_async:
             mode: trigger mode, 0 to 6.
         """
     async def AI_open_async(self, port: int) -> int:
-        """Opens a port, and lets the reader thread run.
+        """Opens a port, and lets the decoder thread run.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     async def AI_close_async(self, port: int) -> int:
-        """Closes a port, and holds the reader thread. Rows already read stay.
+        """Closes a port, and holds the decoder thread. Rows already read stay.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6411,17 +6494,17 @@ class AIBased(AIUnion):
 
         Args:
             port: 0, 1 or 3.
-            cs: chip select, 0 to 2.
+            cs: chip select.
         """
     def _AIStreamThread(self, data_queue_list: list[Fifo], signal_queue_list: list[RowFifo]) -> None:
-        """Body of the reader thread: turns frames into rows until `_AI_free`.
+        """Body of the decoder thread: turns frames into rows until `_AI_free`.
 
         Args:
             data_queue_list: queues of frames.
             signal_queue_list: queues of rows.
         """
     def _AI_free(self) -> None:
-        """Ends the reader thread for good."""
+        """Ends the decoder thread for good."""
     def AI_openStreaming(self, port: int, timeout: float = 3) -> list[int | float]:
         """Prepares streaming. The port is not counted from 1 here (compatibility note 19).
 
@@ -6506,17 +6589,17 @@ class AIBased_async(AIUnion_async):
 
         Args:
             port: 0, 1 or 3.
-            cs: chip select, 0 to 2.
+            cs: chip select.
         """
     def _AIStreamThread(self, data_queue_list: list[Fifo], signal_queue_list: list[RowFifo]) -> None:
-        """Body of the reader thread: turns frames into rows until `_AI_free`.
+        """Body of the decoder thread: turns frames into rows until `_AI_free`.
 
         Args:
             data_queue_list: queues of frames.
             signal_queue_list: queues of rows.
         """
     def _AI_free(self) -> None:
-        """Ends the reader thread for good."""
+        """Ends the decoder thread for good."""
     async def AI_openStreaming_async(self, port: int) -> list[int | float]:
         """Prepares streaming. The port is not counted from 1 here (compatibility note 19).
 
@@ -6610,7 +6693,7 @@ class AIModule(Packet, AIBased):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            channel: number of channels, 1 to 8, counted from channel 0.
+            channel: number of channels, 1 to the model's, counted from channel 0.
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_enableCS(self, slot: int, chip_select: list[int], timeout: float = 3) -> int:
@@ -6659,6 +6742,13 @@ class AIModule(Packet, AIBased):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
             delay: seconds to wait at most for that many rows; with 0 nothing is read.
+        """
+    def AI_stream(self, port: int, rows: int) -> SampleStream:
+        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
         """Tells how many rows wait to be read.
@@ -6727,7 +6817,7 @@ class AIModule_async(Packet_async, AIBased_async):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            channel: number of channels, 1 to 8, counted from channel 0.
+            channel: number of channels, 1 to the model's, counted from channel 0.
         """
     async def AI_enableCS_async(self, slot: int, chip_select: list[int]) -> int:
         """Chooses the chip selects of a slot.
@@ -6772,6 +6862,13 @@ class AIModule_async(Packet_async, AIBased_async):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
             delay: seconds to wait at most for that many rows; with 0 nothing is read.
+        """
+    def AI_stream(self, port: int, rows: int) -> SampleStream:
+        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
         """Tells how many rows wait to be read.
@@ -6828,6 +6925,13 @@ class AI24BitStreamingModule(Packet, AIBased):
             buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
             delay: seconds to wait at most for that many rows; with 0 nothing is read.
         """
+    def AI_stream(self, port: int, rows: int) -> SampleStream:
+        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            rows: rows of a block, 1 to 1000000.
+        """
     def AI_getBacklog(self, port: int) -> int:
         """Tells how many rows wait to be read.
 
@@ -6881,6 +6985,13 @@ class AI24BitStreamingModule_async(Packet_async, AIBased_async):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
             delay: seconds to wait at most for that many rows; with 0 nothing is read.
+        """
+    def AI_stream(self, port: int, rows: int) -> SampleStream:
+        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+
+        Args:
+            port: port of the analog input; on the chassis the slot, 1, 2 or 4.
+            rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
         """Tells how many rows wait to be read.
@@ -7021,7 +7132,7 @@ class AOBased:
         """Raises AOChannelNotAvaliableError unless the model has the channel.
 
         Args:
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
         """
     def _checkAOForm(self, form: int) -> None:
         """Raises AOFormNotAvaliableError unless `form` is 1, 2 or 3.
@@ -7097,7 +7208,7 @@ class AOModule(Packet, AOBased):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             value: voltage, between `ao_volt_min` and `ao_volt_max`; 32-bit float.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -7148,7 +7259,7 @@ class AOModule_async(Packet_async, AOBased):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             value: voltage, between `ao_volt_min` and `ao_volt_max`; 32-bit float.
         """
     async def AO_writeAllChannels_async(self, port: int, value_list: list[float]) -> int:
@@ -7237,7 +7348,7 @@ class AOStreamingModule(AOModule):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             form: form of the wave, 1, 2 or 3.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -7246,7 +7357,7 @@ class AOStreamingModule(AOModule):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             amplitude: in volts.
             offset: in volts.
             frequency: in Hz.
@@ -7297,7 +7408,7 @@ class AOStreamingModule(AOModule):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel_list: channels, 0 to 7.
+            channel_list: channels, counted from 0.
             timeout: seconds in which the device must answer, above 0.
         """
     def _AO_pushToBuffer(self, port: int, num_of_val: int, value_list: Sequence[float], timeout: float = 3) -> int:
@@ -7375,7 +7486,7 @@ class AOStreamingModule_async(AOModule_async):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             form: form of the wave, 1, 2 or 3.
         """
     async def AO_setFormParam_async(self, port: int, channel: int, amplitude: float, offset: float, frequency: float, phase: float = 0, duty_cycle: float = 0.5) -> int:
@@ -7383,7 +7494,7 @@ class AOStreamingModule_async(AOModule_async):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel: channel, 0 to 7.
+            channel: channel, counted from 0.
             amplitude: in volts.
             offset: in volts.
             frequency: in Hz.
@@ -7429,7 +7540,7 @@ class AOStreamingModule_async(AOModule_async):
 
         Args:
             port: port of the analog output; on the chassis the slot, 1, 2 or 4.
-            channel_list: channels, 0 to 7.
+            channel_list: channels, counted from 0.
         """
     async def _AO_pushToBuffer_async(self, port: int, num_of_val: int, value_list: Sequence[float]) -> int:
         """Pushes samples to the device's buffer.

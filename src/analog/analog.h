@@ -7,6 +7,7 @@ namespace zvr::python {
 
 void completeRowFifo(Package& package);
 void defineSampleBlock(Package& package);
+void defineSampleStream(Package& package);
 void defineAnalogInput(Package& package);
 void defineAnalogInput24(Package& package);
 void defineAnalogOutput(Package& package);
@@ -16,6 +17,7 @@ void defineLogger(Package& package);
 inline void defineAnalog(Package& package) {
     completeRowFifo(package);
     defineSampleBlock(package);
+    defineSampleStream(package);
     defineAnalogInput(package);
     defineAnalogInput24(package);
     defineAnalogOutput(package);

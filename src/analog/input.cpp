@@ -65,13 +65,13 @@ void defineUnion(Package& package) {
                  }})
         .operation({.name = "AI_open",
                     .parameters = {port},
-                    .doc = "Opens a port, and lets the reader thread run.",
+                    .doc = "Opens a port, and lets the decoder thread run.",
                     .returns = status(1).returns,
                     .raises = portRaises,
                     .body = [](Op op, Object port) { return openOrClose(std::move(op), port, OPEN_AI, openFlag); }})
         .operation({.name = "AI_close",
                     .parameters = {port},
-                    .doc = "Closes a port, and holds the reader thread. Rows already read stay.",
+                    .doc = "Closes a port, and holds the decoder thread. Rows already read stay.",
                     .returns = status(1).returns,
                     .raises = portRaises,
                     .body = [](Op op, Object port) { return openOrClose(std::move(op), port, CLOSE_AI, closeFlag); }});
@@ -110,7 +110,7 @@ Task setMode(Op op, Object port, Object mode) {
 
 }  // namespace
 
-void adaptCurrentPort(py::handle self, std::vector<Object>& arguments) {
+void adaptConfiguredPort(py::handle self, std::vector<Object>& arguments) {
     arguments[0] = configuredPort(self, arguments[0]);
 }
 
@@ -136,36 +136,49 @@ void defineInputConfiguration(Feature& feature) {
                            .checks = {isInt(count), checkAIPort(port)},
                            .sends = SET_AI_NUM_SAMPLES,
                            .fields = {port | u8, count | u32},
-                           .adapt = adaptCurrentPort,
+                           .adapt = adaptConfiguredPort,
                            .doc = "Sets how many rows an acquisition of mode 1 has."})
         .operation(Request{.name = "AI_setSamplingRate",
                            .checks = {checkAIPort(port), checkSamplingRate(port, rate)},
                            .sends = SET_AI_SAMPLING_RATE,
                            .fields = {port | u8, rate | f32},
-                           .adapt = adaptCurrentPort,
+                           .adapt = adaptConfiguredPort,
                            .doc = "Sets the rate."});
 }
 
 namespace {
 
-void adaptWifiPort(py::handle self, std::vector<Object>& arguments) {
+void adaptStreamedPort(py::handle self, std::vector<Object>& arguments) {
     if (traitsOfInput(self).streamsPort0) arguments[0] = py::int_(0);
 }
 
 Reply streamingSettings() {
-    return {[](py::handle, const Bytes& data) -> Object {
+    return {[](py::handle self, const Bytes& data) -> Object {
                 py::list settings;
                 settings.append(readBigEndian<std::uint32_t>(slice(data, 2, 4)));
-                settings.append(readBigEndian<float>(slice(data, 6, 4)));
+                const auto rate = readBigEndian<float>(slice(data, 6, 4));
+                settings.append(rate);
                 settings.append(byteOf(data, 10));
+                noteRate(self, data[0], rate);
                 return settings;
             },
             {"list[int | float]", "number of samples, sampling rate in Hz, and mode", "the device"}};
 }
 
+Reply endOfStreaming() {
+    Reply reply = status(1);
+    reply.decode = [decode = std::move(reply.decode)](py::handle self, const Bytes& data) -> Object {
+        Object result = decode(self, data);
+        if (!data.empty()) noteEnd(self, data[0]);
+        return result;
+    };
+    return reply;
+}
+
 Task startStreaming(Op op, Object port) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
+    noteStart(op.self(), port);
     co_await op.callSameForm("_sendPacketWithoutReply", attribute(op.self(), "ai_strm_cmd"), payload(port));
     co_return py::int_(0);
 }
@@ -187,7 +200,7 @@ void defineBased(Package& package) {
                             .sends = OPEN_AI_STREAMING,
                             .fields = {port | u8},
                             .reply = streamingSettings(),
-                            .adapt = adaptWifiPort,
+                            .adapt = adaptStreamedPort,
                             .doc = "Prepares streaming. The port is not counted from 1 here (compatibility note 19)."});
     based.operation({.name = "AI_startStreaming",
                      .parameters = {port},
@@ -199,6 +212,7 @@ void defineBased(Package& package) {
         .operations({
             {.name = "AI_closeStreaming",
              .sends = CLOSE_AI_STREAMING,
+             .reply = endOfStreaming(),
              .doc = "Stops streaming. Rows already received stay readable."},
             {.name = "_AI_readBufferStatus",
              .sends = CHECK_BUFFER_STATUS,
@@ -332,12 +346,13 @@ void defineModule(Package& package) {
                          "the device"},
              .raises = portRaises,
              .body = readOnDemand})
-        .operation({.name = "AI_enableChannel",
-                    .parameters = {port, {"channel", "int", "number of channels, 1 to 8, counted from channel 0"}},
-                    .doc = "Chooses how many channels are read.",
-                    .returns = status(1).returns,
-                    .raises = {checkAIPort, checkAIChannel, "APINotSupportError: the model's number is fixed"},
-                    .body = enableChannels})
+        .operation(
+            {.name = "AI_enableChannel",
+             .parameters = {port, {"channel", "int", "number of channels, 1 to the model's, counted from channel 0"}},
+             .doc = "Chooses how many channels are read.",
+             .returns = status(1).returns,
+             .raises = {checkAIPort, checkAIChannel, "APINotSupportError: the model's number is fixed"},
+             .body = enableChannels})
         .operation({.name = "AI_enableCS",
                     .parameters = {{"slot", "int", "slot of the chassis, 1, 2 or 4"},
                                    {"chip_select", "list[int]", "chip selects, 0 to 2"}},

@@ -1,4 +1,4 @@
-// What the files of the analog inputs share. Their streaming side is a reader thread, its queues, and the fields that
+// What the files of the analog inputs share. Their streaming side is a decoder thread, its queues, and the fields that
 // the thread reads.
 #pragma once
 
@@ -18,7 +18,7 @@ struct InputOffer {
     Command streamCommand = START_AI_STREAMING;
 };
 
-/// Sets the fields of the object, and starts its one reader thread if it does not run yet.
+/// Sets the fields of the object, and starts its one decoder thread if it does not run yet.
 void constructInput(py::handle self, const InputOffer& offer);
 
 /// Mode, number of samples and rate, which those without streaming have too.
@@ -28,6 +28,33 @@ void defineInputConfiguration(Feature& feature);
 void defineInputStreaming(Feature& based);
 /// Reading what has been streamed.
 void defineInputReading(Feature& module);
+
+/// The row queues of a port's chip selects.
+struct Selection {
+    std::vector<Object> objects;
+    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
+    bool haveOwnSizes = true;                       ///< all of them are ours, and so is what tells their size
+
+    bool ours() const { return queues.size() == objects.size(); }
+    std::size_t size() const;
+};
+
+/// Those of a port as the device counts it.
+Selection select(py::handle self, const Object& port);
+/// Waits until each queue has this many rows, at most until `deadline`; gives the number that all have, at most
+/// `count`.
+Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, Deadline deadline);
+/// Takes consecutive rows as a block, `count` of them at the most.
+std::shared_ptr<SampleBlock> takeBlock(py::handle self, const Object& port, const Selection& selection,
+                                       std::size_t count);
+
+// What the row queues are told of a stream. Queues that are not ours are told nothing.
+void noteRate(py::handle self, int port, double rate);
+void noteStart(py::handle self, const Object& port);
+void noteEnd(py::handle self, int port);
+
+/// Blocks of a stream one after the other.
+extern const Definition streamOfBlocks;
 
 /// The list of chip selects that are enabled on a port.
 Object chipSelectsOf(py::handle self, const Object& port);

@@ -87,57 +87,141 @@ Object indexOfQueue(py::handle /*self*/, const Object& port, const Object& chipS
     throw py::error_already_set();
 }
 
-/// The row queues of a port's chip selects.
-struct Selection {
-    std::vector<Object> objects;
-    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
-    bool haveOwnSizes = true;                       ///< all of them are ours, and so is what tells their size
-
-    bool ours() const { return queues.size() == objects.size(); }
-    std::size_t size() const {
-        std::size_t least = 2147483648;
-        for (std::size_t i = 0; i < objects.size(); ++i) {
-            least = std::min(least, haveOwnSizes ? queues[i]->size()
-                                                 : argument<std::size_t>(callMethod(objects[i], "qsize"), "qsize"));
-        }
-        return least;
+// Looks up the queues of each chip select of a port.
+template <class Take>
+void eachPair(py::handle self, const Object& port, Take take) {
+    const bool hasOwnIndex = hasOwnMethod(self, "_AI_changePortToIndex");
+    for (const py::handle chipSelect : chipSelectsOf(self, port)) {
+        take(hasOwnIndex ? indexOfQueue(self, port, borrow(chipSelect.ptr()))
+                         : callMethod(self, "_AI_changePortToIndex", port, chipSelect));
     }
-};
+}
+
+Object queueAt(const Object& queues, const Object& index) { return own(PyObject_GetItem(queues.ptr(), index.ptr())); }
+
+std::shared_ptr<RowFifo> ownRows(const Object& queue) {
+    auto rows = nativeOrNothing<RowFifo>(queue);
+    return rows && &rows->kind == &floatRows && !rows->isForeign() ? rows : nullptr;
+}
+
+// Shows the row queues of a port, each with its place in the lists; an object that has none is left alone.
+template <class Tell>
+void tellQueues(py::handle self, const Object& port, Tell tell) {
+    try {
+        const Object all = attribute(self, "ai_signal_queue_list");
+        eachPair(self, port, [&](const Object& index) {
+            if (const auto rows = ownRows(queueAt(all, index))) tell(*rows, index);
+        });
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_Exception)) throw;
+    }
+}
+
+void requireOurs(const Selection& selection) {
+    if (!selection.ours()) throw py::type_error("the object's signal queues are not the library's own");
+}
+
+// Takes rows of one width under the lock of their queues, without the interpreter's.
+RowsTaken takeUniform(const Selection& selection, const RowsWanted& wanted) {
+    requireOurs(selection);
+    const WithoutGil released;
+    return RowQueue::takeUniform(selection.queues, wanted);
+}
+
+}  // namespace
+
+std::size_t Selection::size() const {
+    std::size_t least = 2147483648;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        least = std::min(
+            least, haveOwnSizes ? queues[i]->size() : argument<std::size_t>(callMethod(objects[i], "qsize"), "qsize"));
+    }
+    return least;
+}
 
 Selection select(py::handle self, const Object& port) {
     Selection selection;
     const Object all = attribute(self, "ai_signal_queue_list");
-    const bool hasOwnIndex = hasOwnMethod(self, "_AI_changePortToIndex");
-    for (const py::handle chipSelect : chipSelectsOf(self, port)) {
-        const Object index = hasOwnIndex ? indexOfQueue(self, port, borrow(chipSelect.ptr()))
-                                         : callMethod(self, "_AI_changePortToIndex", port, chipSelect);
-        const Object queue = own(PyObject_GetItem(all.ptr(), index.ptr()));
+    eachPair(self, port, [&](const Object& index) {
+        const Object queue = queueAt(all, index);
         selection.objects.push_back(queue);
         const auto ours = nativeOrNothing<RowFifo>(queue);
         if (ours && &ours->kind == &floatRows && hasOwnMethod(queue, "get")) selection.queues.push_back(ours);
         selection.haveOwnSizes = selection.haveOwnSizes && selection.ours() && hasOwnMethod(queue, "qsize");
-    }
+    });
     return selection;
 }
 
-// Waits until each queue has this many rows, for `delay` seconds at most; gives the number that all have.
-Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, double delay) {
-    const Deadline deadline = deadlineIn(delay);
-    if (delay <= 0) co_return py::int_(0);
-    constexpr double look = 0.001;
-    while (selection->size() < count && Clock::now() < deadline) {
+Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, Deadline deadline) {
+    constexpr double pause = 0.001;
+    constexpr std::chrono::milliseconds look{50};
+    const auto runtime = runtimeOrNothing(op.self());
+    const bool wasCut = runtime && runtime->isCut();
+    int looksCut = 0;  // at the second one what had come is decoded
+    while (selection->size() < count && Clock::now() < deadline && looksCut < 2) {
+        const Deadline until = std::min(deadline, Clock::now() + look);
+        if (runtime && !wasCut && runtime->isCut()) ++looksCut;
         if (!op.awaitable() && selection->ours()) {
             blocking([&](const InterruptCheck& onWait) {
-                for (const auto& queue : selection->queues) queue->waitForSize(count, deadline, onWait);
+                for (const auto& queue : selection->queues) queue->waitForSize(count, until, onWait);
                 return true;
             });
-            break;
+            continue;
+        }
+        if (op.awaitable() && selection->haveOwnSizes && runtime) {
+            const auto lacks = [&](const auto& queue) { return queue->size() < count; };
+            const auto queue = std::ranges::find_if(selection->queues, lacks);
+            if (queue != selection->queues.end()) co_await RowsAwaiter(runtime->wakers, *queue, count, until);
+            continue;
         }
         const double left = std::chrono::duration<double>(deadline - Clock::now()).count();
-        co_await op.sleep(std::clamp(left, 0.0, look));
+        co_await op.sleep(std::clamp(left, 0.0, pause));
     }
-    co_return py::int_(std::min(selection->size(), count));
+    const std::size_t found = selection->size();
+    if (found == 0 && count > 0 && runtime) runtime->requireLinks();
+    co_return py::int_(std::min(found, count));
 }
+
+std::shared_ptr<SampleBlock> takeBlock(py::handle self, const Object& port, const Selection& selection,
+                                       std::size_t count) {
+    auto block = std::make_shared<SampleBlock>();
+    if (traitsOf(self).analogInput.enables == Enables::chipSelects) {
+        for (const py::handle each : chipSelectsOf(self, port)) {
+            if (block->chipSelectCount == block->chipSelects.size()) break;
+            block->chipSelects[block->chipSelectCount++] = argument<std::uint8_t>(each, "chip_select");
+        }
+    }
+    const RowsTaken taken = takeUniform(selection, {.rows = count, .consecutive = true});
+    block->rows = taken.rows;
+    block->columns = taken.columns;
+    block->place = taken.place;
+    if (taken.rows == 0) {
+        const auto width = argument<std::size_t>(attribute(self, "ai_num_channels"), "ai_num_channels");
+        block->columns = width * selection.queues.size();
+    }
+    const WithoutGil released;
+    block->values = sampleMemory(block->rows * block->columns);
+    writeRows(taken, block->values.get());
+    return block;
+}
+
+void noteRate(py::handle self, int port, double rate) {
+    tellQueues(self, py::int_(port), [&](RowFifo& rows, const Object&) { rows.setRate(rate); });
+}
+
+// Frames that wait to be decoded are of the run before.
+void noteStart(py::handle self, const Object& port) {
+    tellQueues(self, port, [&](RowFifo& rows, const Object& index) {
+        const auto frames = nativeOrNothing<StreamFifo>(queueAt(attribute(self, "ai_data_queue_list"), index));
+        rows.beginRun(frames ? frames->size() : 0);
+    });
+}
+
+void noteEnd(py::handle self, int port) {
+    tellQueues(self, py::int_(port), [](RowFifo& rows, const Object&) { rows.endRun(); });
+}
+
+namespace {
 
 // The steps for queues or ways to read them that are not ours: row by row through the object.
 Task readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows, Object delay) {
@@ -158,7 +242,8 @@ Task beginReading(Op op, Object port, double delay, std::shared_ptr<Selection> s
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
     *selection = select(op.self(), port);
-    co_return co_await op.run(awaitRows(op, selection, count, delay));
+    if (delay <= 0) co_return py::int_(0);
+    co_return co_await op.run(awaitRows(op, selection, count, deadlineIn(delay)));
 }
 
 std::size_t atLeastNone(Py_ssize_t count) { return static_cast<std::size_t>(std::max(count, Py_ssize_t{0})); }
@@ -176,34 +261,10 @@ Task readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
     co_return toLists(taken.runs, taken.rows);
 }
 
-void requireOurs(const Selection& selection) {
-    if (!selection.ours()) throw py::type_error("the object's signal queues are not the library's own");
-}
-
-// Takes rows of one width under the lock of their queues, without the interpreter's.
-RowsTaken takeUniform(const Selection& selection, std::size_t count, std::size_t mostValues = RowQueue::noLimit) {
-    requireOurs(selection);
-    const WithoutGil released;
-    return RowQueue::takeUniform(selection.queues, count, mostValues);
-}
-
 Task readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {
     const auto selection = std::make_shared<Selection>();
     const Object found = co_await op.run(beginReading(op, port, delay, selection, atLeastNone(count)));
-    const RowsTaken taken = takeUniform(*selection, py::cast<std::size_t>(found));
-    auto block = std::make_shared<SampleBlock>();
-    block->rows = taken.rows;
-    block->columns = taken.columns;
-    if (taken.rows == 0) {
-        const auto width = argument<std::size_t>(attribute(op.self(), "ai_num_channels"), "ai_num_channels");
-        block->columns = width * selection->queues.size();
-    }
-    {
-        const WithoutGil released;
-        block->values = sampleMemory(block->rows * block->columns);
-        writeRows(taken, block->values.get());
-    }
-    co_return py::cast(block);
+    co_return py::cast(takeBlock(op.self(), devicePort(op.self(), port), *selection, py::cast<std::size_t>(found)));
 }
 
 /// A caller's memory for doubles.
@@ -225,6 +286,21 @@ public:
 
     double* data() const { return static_cast<double*>(view_.buf); }
     std::size_t size() const { return static_cast<std::size_t>(view_.len) / sizeof(double); }
+    /// Its last dimension; 0 for memory that has one dimension only.
+    std::size_t columns() const { return view_.ndim < 2 ? 0 : static_cast<std::size_t>(view_.shape[view_.ndim - 1]); }
+
+    /// Throws Failure InputDataNotInRangeError if it does not take rows of this width.
+    void requireRows(std::size_t width) const {
+        const std::string wanted = std::to_string(width) + " is wanted";
+        if (columns() != 0 && columns() != width) {
+            throw Failure(FailureId::InputDataNotInRangeError,
+                          "buffer: its last dimension is " + std::to_string(columns()) + ", the row's width " + wanted);
+        }
+        if (size() < width) {
+            throw Failure(FailureId::InputDataNotInRangeError,
+                          "buffer: it holds " + std::to_string(size()) + " doubles, at least a row of " + wanted);
+        }
+    }
 
 private:
     Py_buffer view_{};
@@ -233,11 +309,18 @@ private:
 Task readInto(Op op, Object port, Object buffer, Seconds delay) {
     const auto memory = std::make_shared<WritableDoubles>(buffer);
     const auto selection = std::make_shared<Selection>();
-    // How many rows fit shows when they are there: their width may be an older one.
-    const auto columns = argument<int>(attribute(op.self(), "ai_num_channels"), "ai_num_channels");
-    const std::size_t about = memory->size() / static_cast<std::size_t>(std::max(columns, 1));
-    const Object found = co_await op.run(beginReading(op, port, delay, selection, about));
-    const RowsTaken taken = takeUniform(*selection, py::cast<std::size_t>(found), memory->size());
+    co_await op.run(beginReading(op, port, 0, selection, 0));
+    // Rows that wait may have an older width.
+    std::size_t width =
+        argument<std::uint32_t>(attribute(op.self(), "ai_num_channels"), "ai_num_channels") * selection->objects.size();
+    if (selection->size() > 0) width = takeUniform(*selection, {.rows = 0}).columns;
+    memory->requireRows(width);
+    if (delay <= 0) co_return py::int_(0);
+    const std::size_t most = memory->size() / std::max(width, std::size_t{1});
+    const Object found = co_await op.run(awaitRows(op, selection, most, deadlineIn(delay)));
+    const RowsWanted wanted{py::cast<std::size_t>(found), memory->size(), memory->columns()};
+    const RowsTaken taken = takeUniform(*selection, wanted);
+    if (wanted.rows != 0 && taken.rows == 0 && most != 0) memory->requireRows(taken.columns);
     {
         const WithoutGil released;
         writeRows(taken, memory->data());
@@ -282,28 +365,28 @@ void defineInputStreaming(Feature& based) {
     Watch::watchNames({"ai_num_channels", "ai_ratio"});
     based.field({"ai_num_channels", "int", "channels of a row of each chip select"})
         .field({"ai_ratio", "float", "volts per count"})
-        .field({"ai_killed", "bool", "set once, by `_AI_free`; ends the reader thread"})
+        .field({"ai_killed", "bool", "set once, by `_AI_free`; ends the decoder thread"})
         .field({"ai_data_queue_list", "list[Fifo]", "frames as they came, a queue per port and chip select"})
         .field({"ai_signal_queue_list", "list[RowFifo]", "rows of samples, in the same order"})
-        .field({"ai_lock", "Gate", "gate of the reader thread, shut while the port is closed"})
-        .field({"ai_stream_thread", "DeviceThread", "the reader thread"})
+        .field({"ai_lock", "Gate", "gate of the decoder thread, shut while the port is closed"})
+        .field({"ai_stream_thread", "DeviceThread", "the decoder thread"})
         .field({"ai_open_flag", "bool", "whether the port is open"})
         .shared({.name = "_AI_changePortToIndex",
-                 .parameters = {{"port", "int", "0, 1 or 3"}, {"cs", "int", "chip select, 0 to 2"}},
+                 .parameters = {{"port", "int", "0, 1 or 3"}, {"cs", "int", "chip select"}},
                  .doc = "Place of a pair of queues in the lists.",
-                 .returns = {"int", "0 to 8"},
+                 .returns = {"int", "counted from 0"},
                  .raises = {"UnboundLocalError: another port"},
                  .body = indexOfQueue})
         .shared({.name = "_AIStreamThread",
                  .parameters = {{"data_queue_list", "list[Fifo]", "queues of frames"},
                                 {"signal_queue_list", "list[RowFifo]", "queues of rows"}},
-                 .doc = "Body of the reader thread: turns frames into rows until `_AI_free`.",
+                 .doc = "Body of the decoder thread: turns frames into rows until `_AI_free`.",
                  .raises = {"ValueError: a frame is no whole number of rows"},
                  .body =
                      [](py::handle self, const Object& frames, const Object& rows) {
                          runDecoderBody(self, inputFunction, {.frames = frames, .items = rows});
                      }})
-        .shared({.name = "_AI_free", .doc = "Ends the reader thread for good.", .body = [](py::handle self) {
+        .shared({.name = "_AI_free", .doc = "Ends the decoder thread for good.", .body = [](py::handle self) {
                      freeStream(self, inputFunction);
                  }});
 }
@@ -320,15 +403,16 @@ void defineInputReading(Feature& module) {
                                      "the row queues"},
                          .raises = portRaises,
                          .body = readStreaming})
-        .withoutTimeout(
-            {.name = "AI_readStreamingBlock",
-             .parameters = {inputPortParameter, countParameter, delayParameter},
-             .doc = "Takes rows that have been streamed as one block of doubles.",
-             .returns = {"SampleBlock",
-                         "volts, (rows, columns); rows of another width than the first are left for the next call",
-                         "the row queues"},
-             .raises = portRaises,
-             .body = readBlock})
+        .withoutTimeout({.name = "AI_readStreamingBlock",
+                         .parameters = {inputPortParameter, countParameter, delayParameter},
+                         .doc = "Takes rows that have been streamed as one block of doubles.",
+                         .returns = {"SampleBlock",
+                                     "volts, (rows, columns); rows of another width than the first, of another run or "
+                                     "behind a gap are left "
+                                     "for the next call",
+                                     "the row queues"},
+                         .raises = portRaises,
+                         .body = readBlock})
         .withoutTimeout(
             {.name = "AI_readStreamingInto",
              .parameters = {inputPortParameter,
@@ -337,8 +421,11 @@ void defineInputReading(Feature& module) {
                             delayParameter},
              .doc = "Writes rows that have been streamed into the caller's memory, as many as fit.",
              .returns = {"int", "number of rows written, from the beginning of the buffer on", "the row queues"},
-             .raises = {checkAIPort, "TypeError: the buffer is not one of doubles", "BufferError: it is not writable"},
+             .raises = {checkAIPort, "TypeError: the buffer is not one of doubles", "BufferError: it is not writable",
+                        "InputDataNotInRangeError: its last dimension is not the row's width, or it holds less than a "
+                        "row"},
              .body = readInto})
+        .shared(streamOfBlocks)
         .shared({.name = "AI_getBacklog",
                  .parameters = {inputPortParameter},
                  .doc = "Tells how many rows wait to be read.",

@@ -64,7 +64,7 @@ public:
         LogThread& thread_;
     };
 
-    /// The body for any queue, on this thread, until the object is killed; failures are the caller's.
+    /// The body for any queue, on this thread, until the object is killed; errors are the caller's.
     void runFor(py::handle owner, const Object& queue);
 
     /// Name of the file that is open, for a message.

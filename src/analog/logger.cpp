@@ -239,11 +239,11 @@ void defineLogger(Package& package) {
              .doc = "Waits until everything queued is in the file, and the file on its way to the disk.",
              .raises = {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
              .body = flush})
-        .method({.name = "Logger_getLostWrites",
-                 .doc = "Tells how many queued matrices could not be written.",
-                 .returns = {"int", "count since construction; the first failure of each file is reported",
-                             "a host record"},
-                 .body = [](py::handle self) { return loggerOf(self)->lost(); }})
+        .method(
+            {.name = "Logger_getLostWrites",
+             .doc = "Tells how many queued matrices could not be written.",
+             .returns = {"int", "count since construction; the first error of each file is reported", "a host record"},
+             .body = [](py::handle self) { return loggerOf(self)->lost(); }})
         .method(
             {.name = "_saveStreamingDataThread",
              .parameters = {{"queue_", "Any", "the queue to take matrices from"}},

@@ -10,14 +10,14 @@ namespace zvr::python {
 namespace {
 
 const Parameter port{"port", "int", "port of the analog output; on the chassis the slot, 1, 2 or 4"};
-const Parameter channel{"channel", "int", "channel, 0 to 7"};
+const Parameter channel{"channel", "int", "channel, counted from 0"};
 const Parameter form{"form", "int", "form of the wave, 1, 2 or 3"}, mode{"mode", "int", "0, 1 or 2"},
     span{"span", "int", "0 to 4"}, rate{"sampling_rate", "float", "in Hz, at most `ao_rate`"};
 constexpr PinnedPorts outputPorts{"AO", "ao_dict", "ao_port", FailureId::AOPortNotAvaliableError};
 
 const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineCheck(outputPorts),
                  checkAOChannel{.name = "_checkAOChannel",
-                                .parameters = {{"channel", "int", "channel, 0 to 7"}},
+                                .parameters = {{"channel", "int", "channel, counted from 0"}},
                                 .doc = "Raises AOChannelNotAvaliableError unless the model has the channel.",
                                 .raises = {"InputTypeNotCorrectError: `channel` is no integer",
                                            "AOChannelNotAvaliableError: the model has no such channel"},
@@ -315,7 +315,7 @@ void defineAnalogOutputStreaming(Package& package) {
                              co_return py::int_(0);
                          }})
         .operation({.name = "AO_setEnableChannels",
-                    .parameters = {port, {"channel_list", "list[int]", "channels, 0 to 7"}},
+                    .parameters = {port, {"channel_list", "list[int]", "channels, counted from 0"}},
                     .doc = "Chooses the channels that generate.",
                     .returns = status(1).returns,
                     .raises = {checkAOPort, checkAOChannel, "InputTypeNotCorrectError: it is no list"},

@@ -1,12 +1,15 @@
 #include "analog/rows.h"
 
 #include <algorithm>
+#include <cstring>
 #include <deque>
 
 #include "analog/analog.h"
 #include "core/engine/never_destroyed.h"
+#include "core/engine/sample_memory.h"
 #include "device/queue_face.h"
 #include "device/row_fifo.h"
+#include "python/values.h"
 
 namespace zvr::python {
 
@@ -162,33 +165,233 @@ void writeRows(const RowsTaken& taken, double* out) {
     }
 }
 
-void defineSampleBlock(Package& package) {
-    auto type = py::class_<SampleBlock, std::shared_ptr<SampleBlock>>(
-                    package.module(), "SampleBlock", py::buffer_protocol(),
-                    "Rows of samples in volts as one contiguous block of doubles, (rows, columns).\n\nIt has "
-                    "the buffer protocol: memoryview(block) and numpy.asarray(block) see it without a copy.")
-                    .def_buffer([](SampleBlock& block) {
-                        const auto width = static_cast<py::ssize_t>(sizeof(double));
-                        const auto rows = static_cast<py::ssize_t>(block.rows),
-                                   columns = static_cast<py::ssize_t>(block.columns);
-                        return py::buffer_info(block.values.get(), width, py::format_descriptor<double>::format(), 2,
-                                               {rows, columns}, {columns * width, width});
-                    });
-    ClassMaker(type)
-        .property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
+namespace {
+
+using HeldBlock = std::shared_ptr<SampleBlock>;
+
+Object viewOf(py::handle block) { return own(PyMemoryView_FromObject(block.ptr())); }
+
+Object listOf(py::handle block) {
+    native<SampleBlock>(block);
+    return callMethod(viewOf(block), "tolist");
+}
+
+py::tuple channelsOf(const SampleBlock& block) {
+    const std::size_t count = block.chipSelectCount;
+    const std::size_t width = count == 0 ? block.columns : block.columns / count;
+    py::tuple channels(block.columns);
+    for (std::size_t i = 0; i < block.columns; ++i) {
+        const std::size_t first = count == 0 ? 0 : block.chipSelects[std::min(i / width, count - 1)] * width;
+        channels[i] = py::int_(count == 0 ? i : first + i % width);
+    }
+    return channels;
+}
+
+std::string textOf(const SampleBlock& block) {
+    std::string result = py::str("({}, {}), ").format(block.rows, block.columns);
+    result += block.place.rate > 0 ? std::string(py::str("{:g} Hz").format(block.place.rate)) : "rate unknown";
+    result += ", first row " + std::to_string(block.place.first);
+    if (block.place.droppedBefore != 0) result += ", " + std::to_string(block.place.droppedBefore) + " dropped before";
+    return result + ", V";
+}
+
+std::string htmlOf(const SampleBlock& block) {
+    constexpr std::size_t shown = 5;  // rows at the beginning, and as many at the end
+    std::string html = "<table><caption>SampleBlock " + textOf(block) + "</caption><thead><tr><th>row</th>";
+    for (const py::handle channel : channelsOf(block)) html += "<th>" + std::string(py::str(channel)) + "</th>";
+    html += "</tr></thead><tbody>";
+    for (std::size_t row = 0; row < block.rows; ++row) {
+        if (row == shown && block.rows > 2 * shown) {
+            row = block.rows - shown;
+            html += "<tr><td colspan=\"" + std::to_string(block.columns + 1) + "\">...</td></tr>";
+        }
+        html += "<tr><th>" + std::to_string(block.place.first + row) + "</th>";
+        for (std::size_t i = 0; i < block.columns; ++i) {
+            const py::float_ value(block.values.get()[row * block.columns + i]);
+            html += "<td>" + std::string(py::str("{:g}").format(value)) + "</td>";
+        }
+        html += "</tr>";
+    }
+    return html + "</tbody></table>";
+}
+
+HeldBlock rowsOf(const HeldBlock& block, py::handle slice) {
+    Py_ssize_t start = 0, stop = 0, step = 0;
+    if (PySlice_Unpack(slice.ptr(), &start, &stop, &step) != 0) throw py::error_already_set();
+    if (step != 1) {
+        throw py::value_error("a block has slices of consecutive rows only, not a step of " + std::to_string(step) +
+                              "; numpy.asarray(block) has all others");
+    }
+    const Py_ssize_t count = PySlice_AdjustIndices(static_cast<Py_ssize_t>(block->rows), &start, &stop, step);
+    auto part = std::make_shared<SampleBlock>(*block);
+    part->rows = static_cast<std::size_t>(count);
+    part->values = {block->values, block->values.get() + static_cast<std::size_t>(start) * block->columns};
+    part->place.first += static_cast<std::uint64_t>(start);
+    if (start != 0) part->place.droppedBefore = 0;
+    return part;
+}
+
+Object itemOf(py::handle self, const Object& key) {
+    const auto block = native<SampleBlock>(self);
+    if (PySlice_Check(key.ptr())) return py::cast(rowsOf(block, key));
+    if (PyTuple_Check(key.ptr())) {
+        const bool isPlace = PyTuple_GET_SIZE(key.ptr()) == 2 && PyIndex_Check(PyTuple_GET_ITEM(key.ptr(), 0)) != 0 &&
+                             PyIndex_Check(PyTuple_GET_ITEM(key.ptr(), 1)) != 0;
+        if (isPlace) return own(PyObject_GetItem(viewOf(self).ptr(), key.ptr()));
+    } else if (PyIndex_Check(key.ptr()) != 0) {
+        Py_ssize_t row = PyNumber_AsSsize_t(key.ptr(), PyExc_IndexError);
+        if (row == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+        const auto rows = static_cast<Py_ssize_t>(block->rows);
+        if (row < 0) row += rows;
+        if (row < 0 || row >= rows) {
+            throw py::index_error("row " + std::string(py::str(key)) + " of a block of " + std::to_string(rows));
+        }
+        py::list values(block->columns);
+        const double* from = block->values.get() + static_cast<std::size_t>(row) * block->columns;
+        for (std::size_t i = 0; i < block->columns; ++i) values[i] = py::float_(from[i]);
+        return values;
+    }
+    throw py::type_error("a block is indexed by a row, a slice of rows, or a row and a column, not by " +
+                         std::string(py::repr(key)) + "; numpy.asarray(block) has all others");
+}
+
+// An array shares the memory unless it is to have other numbers or a copy of its own.
+Object arrayOf(py::handle self, const Object& type, const Object& copy) {
+    native<SampleBlock>(self);
+    const Object view = pythonObject("numpy", "asarray")(viewOf(self));
+    const bool converts = !type.is_none() && !pythonObject("numpy", "dtype")(type).equal(attribute(view, "dtype"));
+    if (converts && !copy.is_none() && !isTrue(copy)) {
+        throw py::value_error("copy: doubles become other numbers in a copy only");
+    }
+    if (converts) return callMethod(view, "astype", type);
+    return !copy.is_none() && isTrue(copy) ? callMethod(view, "copy") : view;
+}
+
+py::tuple stateOf(const SampleBlock& block) {
+    const auto* const bytes = reinterpret_cast<const char*>(block.values.get());
+    return py::make_tuple(block.rows, block.columns, py::bytes(bytes, block.rows * block.columns * sizeof(double)),
+                          block.place.rate, block.place.start, block.place.run, block.place.first,
+                          block.place.droppedBefore,
+                          py::bytes(reinterpret_cast<const char*>(block.chipSelects.data()), block.chipSelectCount));
+}
+
+HeldBlock fromState(const py::tuple& state) {
+    constexpr std::size_t members = 9;
+    if (state.size() != members) throw py::value_error("this is no state of a SampleBlock");
+    auto block = std::make_shared<SampleBlock>();
+    block->rows = argument<std::size_t>(state[0], "rows");
+    block->columns = argument<std::size_t>(state[1], "columns");
+    const std::string bytes = py::cast<py::bytes>(state[2]), chipSelects = py::cast<py::bytes>(state[8]);
+    const std::size_t values = bytes.size() / sizeof(double);
+    const bool fits =
+        block->columns == 0 ? values == 0 : values % block->columns == 0 && values / block->columns == block->rows;
+    if (!fits || bytes.size() % sizeof(double) != 0 || chipSelects.size() > block->chipSelects.size()) {
+        throw py::value_error("this is no state of a SampleBlock");
+    }
+    block->values = sampleMemory(values);
+    if (values != 0) std::memcpy(block->values.get(), bytes.data(), bytes.size());
+    block->place = {argument<double>(state[3], "rate"), argument<double>(state[4], "start"),
+                    argument<std::uint64_t>(state[5], "run"), argument<std::uint64_t>(state[6], "first_row"),
+                    argument<std::uint64_t>(state[7], "dropped_before")};
+    std::ranges::copy(chipSelects, block->chipSelects.begin());
+    block->chipSelectCount = static_cast<std::uint8_t>(chipSelects.size());
+    return block;
+}
+
+void defineContent(ClassMaker& type) {
+    const Parameter dtype{"dtype", "Any", "numbers of the array, doubles for None", "None"};
+    const Parameter copy{"copy", "bool | None", "whether to copy; None for only if need be", "None"};
+    type.property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
                   [](const SampleBlock& block) -> Object { return py::make_tuple(block.rows, block.columns); })
         .method({.name = "__len__",
                  .doc = "Number of rows.",
                  .returns = {"int"},
                  .body = [](const SampleBlock& block) { return block.rows; }})
-        .method({.name = "tolist",
-                 .doc = "The rows as lists of floats.",
-                 .returns = {"list[list[float]]"},
-                 .body = [](py::handle self) {
-                     native<SampleBlock>(self);
-                     return callMethod(own(PyMemoryView_FromObject(self.ptr())), "tolist");
+        .method({.name = "__getitem__",
+                 .parameters = {{"key", "Any", "a row, a slice of consecutive rows, or a row and a column"}},
+                 .doc = "A row as a list of floats, rows as a block that shares the memory, or one value.",
+                 .returns = {"Any"},
+                 .raises = {"IndexError: there is no such row or column", "ValueError: a slice with a step",
+                            "TypeError: anything else"},
+                 .body = itemOf})
+        .method({.name = "__iter__",
+                 .doc = "The rows as lists of floats, one after the other.",
+                 .returns = {"Iterator[list[float]]"},
+                 .body = [](py::handle self) { return own(PyObject_GetIter(listOf(self).ptr())); }})
+        .method(
+            {.name = "tolist", .doc = "The rows as lists of floats.", .returns = {"list[list[float]]"}, .body = listOf})
+        .method({.name = "__array__",
+                 .parameters = {dtype, copy},
+                 .doc = "The rows as an array of NumPy, which is imported only here.",
+                 .returns = {"Any", "an array; it shares the memory if it has doubles and no copy is asked for"},
+                 .raises = {"ImportError: NumPy is not installed", "ValueError: what is asked for needs a copy"},
+                 .body = arrayOf})
+        .method({.name = "__repr__",
+                 .doc = "Shape, rate and place in the stream.",
+                 .returns = {"str"},
+                 .body = [](const SampleBlock& block) { return "<SampleBlock " + textOf(block) + ">"; }})
+        .method({.name = "_repr_html_",
+                 .doc = "The first and last rows as a table, for notebooks.",
+                 .returns = {"str"},
+                 .body = htmlOf})
+        .method({.name = "__reduce_ex__",
+                 .parameters = {{"protocol", "Any", "as the modules copy and pickle give it"}},
+                 .doc = "For the modules copy and pickle.",
+                 .returns = {"tuple[Any, ...]"},
+                 .body = [](py::handle self, const Object&) -> Object {
+                     return py::make_tuple(pythonObject("copyreg", "__newobj__"),
+                                           py::make_tuple(py::type::of(borrow(self.ptr()))),
+                                           stateOf(*native<SampleBlock>(self)));
                  }});
-    refusePickling(type);
+}
+
+// A row i of the block was taken at start + (first_row + i) / rate.
+void definePlace(ClassMaker& type) {
+    type.property({"rate", "float",
+                   "Rows per second, as the device told when its streaming was opened; not-a-number before that."},
+                  [](const SampleBlock& block) { return block.place.rate; })
+        .property(
+            {"start", "float",
+             "Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's clock "
+             "when the first frame was decoded, less the time that its rows took, and never before "
+             "AI_startStreaming: the device sends no time. Not-a-number as long as nothing came."},
+            [](const SampleBlock& block) { return block.place.start; })
+        .property({"first_row", "int",
+                   "Number of the first row since AI_startStreaming; rows that were dropped count. Over several chip "
+                   "selects that of the foremost."},
+                  [](const SampleBlock& block) { return block.place.first; })
+        .property(
+            {"dropped_before", "int",
+             "Rows between the block before and this one that were dropped because a queue was full. Over several "
+             "chip selects the most of any."},
+            [](const SampleBlock& block) { return block.place.droppedBefore; })
+        .property({"units", "str", "Unit of the values, \"V\"."}, [](const SampleBlock&) { return "V"; })
+        .property({"channels", "tuple[int, ...]",
+                   "Channel of each column; on the chassis those of chip select n begin at n times their number."},
+                  [](const SampleBlock& block) { return channelsOf(block); });
+}
+
+}  // namespace
+
+void defineSampleBlock(Package& package) {
+    auto type =
+        py::class_<SampleBlock, HeldBlock>(
+            package.module(), "SampleBlock", py::buffer_protocol(),
+            "Rows of samples in volts as one contiguous block of doubles, (rows, columns).\n\nIt has "
+            "the buffer protocol: memoryview(block) and numpy.asarray(block) see it without a copy. Its rows follow "
+            "each other without a gap: row i was taken at start + (first_row + i) / rate.")
+            .def_buffer([](SampleBlock& block) {
+                const auto width = static_cast<py::ssize_t>(sizeof(double));
+                const auto rows = static_cast<py::ssize_t>(block.rows),
+                           columns = static_cast<py::ssize_t>(block.columns);
+                return py::buffer_info(block.values.get(), width, py::format_descriptor<double>::format(), 2,
+                                       {rows, columns}, {columns * width, width});
+            })
+            .def(py::pickle([](const SampleBlock& block) { return stateOf(block); },
+                            [](const py::tuple& state) { return fromState(state); }));
+    ClassMaker maker(type);
+    defineContent(maker);
+    definePlace(maker);
     // A block whose constructor has not run has no memory to show.
     reinterpret_cast<PyHeapTypeObject*>(type.ptr())->as_buffer.bf_getbuffer = [](PyObject* self, Py_buffer* view,
                                                                                  int flags) {

@@ -1,6 +1,8 @@
 // Rows of samples as Python sees them: lists of floats, or one block of doubles.
 #pragma once
 
+#include <array>
+
 #include "core/engine/row_queue.h"
 #include "device/feature.h"
 
@@ -16,6 +18,10 @@ py::list toLists(const RowRuns& runs, std::size_t rows);
 struct SampleBlock {
     std::size_t rows = 0, columns = 0;
     std::shared_ptr<double> values;
+    RowPlace place = {};
+    /// The chip selects whose channels lie behind each other; none where channels are counted through.
+    std::array<std::uint8_t, 3> chipSelects{};
+    std::uint8_t chipSelectCount = 0;
 };
 
 /// Writes rows of one width in each queue behind each other; needs no interpreter lock.

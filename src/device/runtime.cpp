@@ -175,6 +175,14 @@ private:
 
 }  // namespace
 
+bool DeviceRuntime::isCut() const {
+    return std::ranges::any_of(receivers_, [](const auto& receiver) { return receiver->isCut(); });
+}
+
+void DeviceRuntime::requireLinks() const {
+    for (const auto& receiver : receivers_) receiver->requireLink();
+}
+
 void LossCallbacks::add(py::handle callback, py::handle loop) {
     const std::lock_guard lock(mutex_);
     callbacks_.push_back({shared(callback), loop.is_none() ? nullptr : shared(loop)});

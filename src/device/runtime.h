@@ -69,6 +69,9 @@ public:
 
     /// Throws Failure NetworkConnectionLostError in a forked child.
     void requireOwn() const;
+    /// Whether a link is missing or has ended; and its Failure, if it was ended by the device or the system.
+    bool isCut() const;
+    void requireLinks() const;
 
     /// Makes and starts the receive thread of a connection, gate shut.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);

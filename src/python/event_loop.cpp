@@ -1,5 +1,6 @@
 #include "python/event_loop.h"
 
+#include "core/engine/row_queue.h"
 #include "python/loop_descriptor.h"
 #include "python/raising.h"
 #include "transport/receiver.h"
@@ -51,8 +52,11 @@ void resolve(const std::vector<Object>& futures) {
 /// One wait of one awaited step.
 class LoopWait final : public ReplySubscriber, public std::enable_shared_from_this<LoopWait> {
 public:
-    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit)
-        : waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
+    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit, bool readsLink)
+        : readsLink(readsLink), waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
+
+    /// Whether the loop reads the link for it.
+    const bool readsLink;
 
     /// Any thread. Only the first reply counts.
     void onReply() noexcept override;
@@ -125,6 +129,9 @@ private:
     void stopWatching();
     void deliver(bool bytes);
     bool isWatching() const;
+    bool readsForAny() const {
+        return std::ranges::any_of(waiting_, [](const LoopWait* wait) { return wait->readsLink; });
+    }
     void enterRight();
     void leaveRight() noexcept;
     void readLink();
@@ -315,7 +322,7 @@ void LoopWaker::leaveRight() noexcept {
 
 // In the place of the receive thread. What that files for this loop is delivered by who calls, without a ring.
 void LoopWaker::readLink() {
-    if (!receiver_ || waiting_.empty()) return;
+    if (!receiver_ || !readsForAny()) return;
     {
         const std::lock_guard lock(mutex_);
         signalled_ = true;
@@ -344,7 +351,7 @@ void LoopWaker::deliver(bool bytes) {
         arrived.swap(arrived_);
     }
     const bool isOver = receiver_ && !receiver_->isForeign() && receiver_->loss().has_value();
-    const auto waitsOn = [](const LoopWait* wait) { return !wait->arrived() && !wait->over(); };
+    const auto waitsOn = [](const LoopWait* wait) { return wait->readsLink && !wait->arrived() && !wait->over(); };
     if (!isOver && hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
     std::vector<Object> futures;
     futures.reserve(arrived.size());
@@ -375,13 +382,13 @@ void LoopWaker::expire() {
 
 void LoopWaker::enter(LoopWait& wait) {
     waiting_.push_back(&wait);
-    enterRight();
+    if (wait.readsLink) enterRight();
     schedule();
 }
 
 void LoopWaker::leave(LoopWait& wait) {
     std::erase(waiting_, &wait);
-    if (waiting_.empty()) leaveRight();
+    if (wait.readsLink && !readsForAny()) leaveRight();
     const Object future = wait.takeFuture();
     if (dismissed_ && waiting_.empty()) stopWatching();
 }
@@ -501,13 +508,13 @@ Object LoopWakers::callbacksOf(py::handle loop) {
     return made;
 }
 
-std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit) {
+std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit, bool readsLink) {
     const Object loop = pythonObject("asyncio", "get_running_loop")();
     Object future = callMethod(loop, "create_future");
     const Object callbacks = callbacksOf(loop);
     const auto waker = contentOf(callbacks).waker;
     if (!waker->callbacks()) throw loopIsClosed();
-    const auto wait = std::make_shared<LoopWait>(waker, std::move(future), limit);
+    const auto wait = std::make_shared<LoopWait>(waker, std::move(future), limit, readsLink);
     try {
         waker->enter(*wait);
     } catch (...) {
@@ -557,6 +564,28 @@ void ReplyAwaiter::await_resume() {
     if (pending_) pending_->await_resume();
     if (wait_->lost()) wakers_.receiver->requireLink();
     if (wait_->expired()) throw AwaitTimedOut();
+}
+
+RowsAwaiter::~RowsAwaiter() {
+    if (!wait_) return;
+    queue_->forget(*wait_);
+    wait_->waker()->leave(*wait_);
+}
+
+bool RowsAwaiter::await_suspend(Task::Handle handle) {
+    if (limit_ <= Clock::now()) return false;
+    wait_ = wakers_.wait(limit_, false);
+    if (!queue_->tellAt(count_, wait_)) return false;
+    const Object future = wait_->future();
+    if (!future) throw loopIsClosed();
+    lastTurn = Clock::now();
+    pending_.emplace(Awaiter::on(future));
+    pending_->await_suspend(handle);
+    return true;
+}
+
+void RowsAwaiter::await_resume() {
+    if (pending_) pending_->await_resume();
 }
 
 }  // namespace zvr::python

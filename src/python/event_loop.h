@@ -18,6 +18,10 @@ namespace zvr {
 class Receiver;
 }
 
+namespace zvr {
+class RowQueue;
+}
+
 namespace zvr::python {
 
 class LoopWait;
@@ -34,8 +38,9 @@ public:
     LoopWakers(const LoopWakers&) = delete;
     LoopWakers& operator=(const LoopWakers&) = delete;
 
-    /// A wait on the running loop that ends at `limit` at the latest.
-    std::shared_ptr<LoopWait> wait(Deadline limit);
+    /// A wait on the running loop that ends at `limit` at the latest. The loop reads the link for one that waits for a
+    /// reply; what threads make of frames is theirs to bring.
+    std::shared_ptr<LoopWait> wait(Deadline limit, bool readsLink = true);
 
     /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a
     /// turn for so long that the step ought to; the answer counts as a turn.
@@ -71,6 +76,29 @@ private:
     EchoPool::Key key_;
     std::shared_ptr<LoopWait> wait_;
     std::optional<Subscription> subscription_;
+    std::optional<Awaiter> pending_;
+};
+
+/// Waits on the running event loop until a queue may have this many rows, or until `limit`.
+class RowsAwaiter {
+public:
+    RowsAwaiter(LoopWakers& wakers, std::shared_ptr<RowQueue> queue, std::size_t count, Deadline limit)
+        : wakers_(wakers), queue_(std::move(queue)), count_(count), limit_(limit) {}
+    ~RowsAwaiter();
+    RowsAwaiter(const RowsAwaiter&) = delete;
+    RowsAwaiter& operator=(const RowsAwaiter&) = delete;
+
+    bool await_ready() const noexcept { return false; }
+    bool await_suspend(Task::Handle handle);
+    /// Throws what the loop brought instead of a result.
+    void await_resume();
+
+private:
+    LoopWakers& wakers_;
+    std::shared_ptr<RowQueue> queue_;
+    std::size_t count_;
+    Deadline limit_;
+    std::shared_ptr<LoopWait> wait_;
     std::optional<Awaiter> pending_;
 };
 

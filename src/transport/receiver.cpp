@@ -193,6 +193,11 @@ std::optional<std::error_code> Receiver::loss() const {
     return why && *why != std::errc::not_connected ? why : std::nullopt;
 }
 
+bool Receiver::isCut() const {
+    const auto read = source();
+    return killed_ || !read || read->loss();
+}
+
 void Receiver::requireLink() const {
     if (!loss()) return;
     if (const auto read = source()) throw read->lossFailure();

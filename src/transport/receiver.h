@@ -67,6 +67,8 @@ public:
     std::optional<std::error_code> loss() const;
     /// Throws the link's Failure then.
     void requireLink() const;
+    /// Whether nothing can come at all: there is no link, or it has ended.
+    bool isCut() const;
     /// Told once of each such end, on a thread that reads; it must not wait. Set before the start.
     void onLoss(std::function<void()> told) { onLoss_ = std::move(told); }
 

@@ -93,7 +93,8 @@ TEST(RowQueue, KeepsOrderOverSmallAndLargeFramesAndLayoutsHoweverItIsRead) {
     const std::size_t left = queue->size();
     std::size_t uniform = 0;
     while (queue->size() != 0) {
-        const auto [runs, rows, columns] = RowQueue::takeUniform(std::array{queue}, RowQueue::noLimit);
+        const auto [runs, rows, columns, place] = RowQueue::takeUniform(std::array{queue}, {.rows = RowQueue::noLimit});
+        EXPECT_EQ(place.run, 0U);
         EXPECT_TRUE(columns == 4 || columns == 3);
         uniform += rows;
         const auto values = valuesOf(runs[0]);
@@ -108,15 +109,61 @@ TEST(RowQueue, TakesRowsOfOneWidthAtATimeHoweverFewAreWanted) {
     const std::array queues{std::make_shared<RowQueue>(100), std::make_shared<RowQueue>(100)};
     for (const int columns : {2, 2, 3}) queues[0]->put(RowLayout::octets(columns), Bytes(12, 1));
     for (int i = 0; i < 4; ++i) queues[1]->put(RowLayout::octets(4), Bytes(20, 2));
-    EXPECT_EQ(RowQueue::takeUniform(queues, 0).columns, 6U);
+    EXPECT_EQ(RowQueue::takeUniform(queues, {.rows = 0}).columns, 6U);
     std::vector<std::pair<std::size_t, std::size_t>> taken;
     for (const std::size_t count : {1, 7, 100, 1, 100, 100}) {
-        const RowsTaken rows = RowQueue::takeUniform(queues, count);
+        const RowsTaken rows = RowQueue::takeUniform(queues, {.rows = count});
         taken.emplace_back(rows.rows, rows.columns);
     }
     using Pairs = std::vector<std::pair<std::size_t, std::size_t>>;
     EXPECT_EQ(taken, (Pairs{{1, 6}, {7, 6}, {4, 6}, {1, 7}, {3, 7}, {0, 4}}));
     EXPECT_EQ(queues[1]->size(), 4U);
+}
+
+TEST(RowQueue, KnowsWhereConsecutiveRowsStandInTheirRun) {
+    const auto queue = std::make_shared<RowQueue>(10);
+    const auto put = [&](std::size_t rows) { return queue->put(RowLayout::octets(2), Bytes(2 * rows, 1)); };
+    using Taken = std::array<std::uint64_t, 4>;  // rows, run, number of the first, dropped before it
+    const auto take = [&](std::size_t count) -> Taken {
+        const RowsTaken taken = RowQueue::takeUniform(std::array{queue}, {.rows = count, .consecutive = true});
+        return {taken.rows, taken.place.run, taken.place.first, taken.place.droppedBefore};
+    };
+    put(2);
+    queue->setRate(1000);
+    EXPECT_EQ(queue->beginRun(1), 1U);
+    EXPECT_EQ(queue->run().rows, 0U);
+    put(1);                 // was under way when the run began
+    EXPECT_EQ(put(9), 2U);  // there is room for seven
+    EXPECT_EQ(put(5), 5U);
+    EXPECT_EQ(queue->run().rows, 14U);
+    EXPECT_EQ(take(100), (Taken{3, 0, 0, 0}));
+    EXPECT_EQ(take(3), (Taken{3, 1, 0, 0}));
+    EXPECT_EQ(put(4), 0U);
+    EXPECT_EQ(take(100), (Taken{4, 1, 3, 0}));
+    EXPECT_EQ(take(1), (Taken{1, 1, 14, 7}));
+    EXPECT_EQ(take(100), (Taken{3, 1, 15, 0}));
+    queue->beginRun(0);
+    put(1);
+    EXPECT_EQ(take(100), (Taken{1, 2, 0, 0}));
+}
+
+TEST(RowQueue, TimeOfARunIsThatOfItsFirstRow) {
+    const auto now = [] {
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    };
+    const std::array queue{std::make_shared<RowQueue>(1000)};
+    queue[0]->setRate(4);
+    const double before = now();
+    queue[0]->put(RowLayout::octets(1), Bytes(9, 1));
+    RowPlace place = RowQueue::takeUniform(queue, {.rows = 9}).place;
+    EXPECT_GE(place.start, before - 2);
+    EXPECT_LE(place.start, now() - 2);
+    EXPECT_EQ(place.rate, 4);
+    const double begun = now();
+    queue[0]->beginRun(0);
+    queue[0]->put(RowLayout::octets(1), Bytes(9, 1));  // sooner than such rows can be taken
+    place = RowQueue::takeUniform(queue, {.rows = 9}).place;
+    EXPECT_GE(place.start, begun);
 }
 
 TEST(RowQueue, DropsTheNewestRowsWhenFullAndRefusesBrokenFrames) {

@@ -1,6 +1,9 @@
 #include "core/engine/row_queue.h"
 
 #include <algorithm>
+#include <cmath>
+
+#include "core/engine/pools.h"
 
 namespace zvr {
 
@@ -9,6 +12,10 @@ namespace {
 // Small frames share a chunk of this size; larger ones are kept as they came.
 constexpr std::size_t chunkBytes = 32768;
 constexpr std::size_t largeFrame = 4096;
+
+double secondsSince1970() {
+    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
 
 }  // namespace
 
@@ -24,15 +31,18 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
     bool enough = false;
     {
         const std::lock_guard lock(mutex_);
+        enterRun(rows);
         kept = std::min(rows, room());
         dropped_ += rows - kept;
         if (kept != 0) {
             frame.resize(kept * rowBytes);
             append(layout, std::move(frame));
         }
+        now_.first += rows;
+        now_.droppedBefore += rows - kept;
         enough = count(kept);
     }
-    if (enough) arrived_.notify_all();
+    if (enough) wake();
     return rows - kept;
 }
 
@@ -45,10 +55,12 @@ bool RowQueue::putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr
         {
             std::unique_lock lock(mutex_);
             if (!waitOn(left_, lock, until, [&] { return room() != 0; })) return false;
-            chunks_.push_back({layout, {holder, holder->data()}, row.size(), row.size(), 0, std::move(object)});
+            chunks_.push_back(
+                {layout, {holder, holder->data()}, row.size(), row.size(), 0, std::move(object), placeOfNext()});
+            ++now_.first;
             enough = count(1);
         }
-        if (enough) arrived_.notify_all();
+        if (enough) wake();
         return true;
     });
 }
@@ -65,16 +77,95 @@ void RowQueue::append(const RowLayout& layout, Bytes&& frame) {
     const std::size_t size = frame.size();
     if (size >= largeFrame) {
         const auto holder = std::make_shared<Bytes>(std::move(frame));
-        chunks_.push_back({layout, {holder, holder->data()}, size, size, 0});
+        chunks_.push_back({layout, {holder, holder->data()}, size, size, 0, {}, placeOfNext()});
         return;
     }
-    if (chunks_.empty() || chunks_.back().room - chunks_.back().used < size || chunks_.back().layout != layout) {
+    const bool continues = !startsChunk_ && now_.droppedBefore == 0;
+    if (!continues || chunks_.empty() || chunks_.back().room - chunks_.back().used < size ||
+        chunks_.back().layout != layout) {
         const std::shared_ptr<std::uint8_t[]> bytes = std::make_unique_for_overwrite<std::uint8_t[]>(chunkBytes);
-        chunks_.push_back({layout, {bytes, bytes.get()}, chunkBytes, 0, 0});
+        chunks_.push_back({layout, {bytes, bytes.get()}, chunkBytes, 0, 0, {}, placeOfNext()});
     }
     Chunk& last = chunks_.back();
     std::memcpy(last.bytes.get() + last.used, frame.data(), size);
     last.used += size;
+}
+
+void RowQueue::enterRun(std::size_t rows) {
+    if (beginning_ && beginning_->framesBefore-- == 0) {
+        now_ = {.rate = beginning_->rate, .run = beginning_->run};
+        startsChunk_ = true;
+    }
+    if (std::isnan(now_.start)) {
+        const double taken = now_.rate > 0 ? static_cast<double>(rows - std::min(rows, std::size_t{1})) / now_.rate : 0;
+        now_.start = secondsSince1970() - taken;
+        if (startsChunk_ && beginning_) now_.start = std::max(now_.start, beginning_->since);
+    }
+    if (beginning_ && now_.run == beginning_->run) beginning_.reset();
+}
+
+RowPlace RowQueue::placeOfNext() {
+    const RowPlace place = now_;
+    now_.droppedBefore = 0;
+    startsChunk_ = false;
+    return place;
+}
+
+RowPlace RowQueue::placeOfOldest() const {
+    for (const Chunk& chunk : chunks_) {
+        if (chunk.rows() == 0) continue;
+        RowPlace place = chunk.place;
+        place.first += chunk.taken / chunk.layout.rowBytes();
+        if (chunk.taken != 0) place.droppedBefore = 0;
+        return place;
+    }
+    return now_;
+}
+
+std::uint64_t RowQueue::beginRun(std::size_t framesBefore) {
+    const std::lock_guard lock(mutex_);
+    ended_ = false;
+    beginning_ = {++runs_, framesBefore, toldRate_, secondsSince1970()};
+    return runs_;
+}
+
+void RowQueue::endRun() {
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+}
+
+void RowQueue::setRate(double rate) {
+    const std::lock_guard lock(mutex_);
+    toldRate_ = rate;
+    if (runs_ == 0) now_.rate = rate;
+}
+
+RowQueue::Run RowQueue::run() const {
+    const std::lock_guard lock(mutex_);
+    return {runs_, beginning_ ? 0 : now_.first, ended_};
+}
+
+bool RowQueue::tellAt(std::size_t count, std::shared_ptr<ReplySubscriber> listener) {
+    const std::lock_guard lock(mutex_);
+    if (rows_ >= count) return false;
+    wanted_ = std::min(wanted_, count);
+    listeners_.push_back(std::move(listener));
+    return true;
+}
+
+void RowQueue::forget(const ReplySubscriber& listener) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(listeners_, [&](const auto& each) { return each.get() == &listener; });
+}
+
+void RowQueue::wake() {
+    arrived_.notify_all();
+    std::vector<std::shared_ptr<ReplySubscriber>> listeners;
+    {
+        const std::lock_guard lock(mutex_);
+        listeners.swap(listeners_);
+    }
+    for (const auto& listener : listeners) listener->onReply();
 }
 
 std::vector<RowRun> RowQueue::take(std::size_t count) {
@@ -124,31 +215,37 @@ RowsTaken RowQueue::takeTogether(std::span<const std::shared_ptr<RowQueue>> queu
     return taken;
 }
 
-RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count,
-                                std::size_t mostValues) {
+RowsTaken RowQueue::takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, const RowsWanted& wanted) {
     std::vector<std::mutex*> mutexes;
     for (const auto& queue : queues) mutexes.push_back(&queue->mutex_);
     const auto locked = lockAll(std::move(mutexes));
     RowsTaken taken;
-    if (queues.empty()) count = 0;
+    taken.rows = queues.empty() ? 0 : wanted.rows;
     for (const auto& queue : queues) {
-        const auto [columns, rows] = queue->uniformRows(count);
+        const auto [columns, rows] = queue->uniformRows(wanted);
         taken.columns += columns;
-        count = std::min(count, rows);
+        taken.rows = std::min(taken.rows, rows);
     }
-    if (taken.columns != 0) count = std::min(count, mostValues / taken.columns);
-    for (const auto& queue : queues) taken.runs.push_back(queue->takeLocked(count));
-    taken.rows = count;
+    if (wanted.columns != 0 && taken.columns != wanted.columns) taken.rows = 0;
+    if (taken.columns != 0) taken.rows = std::min(taken.rows, wanted.mostValues / taken.columns);
+    for (const auto& queue : queues) {
+        const RowPlace place = queue->placeOfOldest();
+        if (queue == queues.front()) taken.place = place;
+        taken.place.first = std::max(taken.place.first, place.first);
+        taken.place.droppedBefore = std::max(taken.place.droppedBefore, place.droppedBefore);
+        taken.runs.push_back(queue->takeLocked(taken.rows));
+    }
     return taken;
 }
 
-std::pair<std::size_t, std::size_t> RowQueue::uniformRows(std::size_t enough) const {
+std::pair<std::size_t, std::size_t> RowQueue::uniformRows(const RowsWanted& wanted) const {
     std::size_t columns = 0, rows = 0;
     for (const Chunk& chunk : chunks_) {
-        if (rows >= enough && rows != 0) break;
+        if (rows >= wanted.rows && rows != 0) break;
         if (chunk.rows() == 0) continue;
-        if (rows != 0 && static_cast<std::size_t>(chunk.layout.columns) != columns) break;
-        columns = static_cast<std::size_t>(chunk.layout.columns);
+        const auto width = static_cast<std::size_t>(chunk.layout.columns);
+        if (rows != 0 && (width != columns || (wanted.consecutive && chunk.breaks()))) break;
+        columns = width;
         rows += chunk.rows();
     }
     return {columns, rows};

@@ -1,14 +1,28 @@
-// Rows of samples between a stream's reader thread and the caller, kept as the bytes that the device sent.
+// Rows of samples between a stream's decoder thread and the caller, kept as the bytes that the device sent.
 #pragma once
 
 #include <deque>
-
+#include <limits>
 #include <span>
 
 #include "core/engine/fifo.h"
 #include "core/engine/scale.h"
 
 namespace zvr {
+
+class ReplySubscriber;
+
+/// Where rows stand in their stream. A run is what one start of streaming brings; rows that came without one are the
+/// run 0.
+struct RowPlace {
+    static constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+    double rate = unknown;   ///< rows per second
+    double start = unknown;  ///< of the run's first row, in seconds since 1970
+    std::uint64_t run = 0;
+    std::uint64_t first = 0;          ///< number of the first row in its run; rows that were dropped count
+    std::uint64_t droppedBefore = 0;  ///< rows of the run that were dropped right before
+};
 
 /// Consecutive rows of one layout. They stay valid as long as the run is held.
 struct RowRun {
@@ -24,6 +38,15 @@ struct RowsTaken {
     std::vector<std::vector<RowRun>> runs;
     std::size_t rows = 0;
     std::size_t columns = 0;  ///< values of a row over all queues, where all rows of a queue have the same number
+    RowPlace place = {};      ///< over several queues that of the foremost
+};
+
+/// Which rows are taken together, besides that those of a queue are of one width.
+struct RowsWanted {
+    std::size_t rows;
+    std::size_t mostValues = static_cast<std::size_t>(-1);
+    std::size_t columns = 0;   ///< values of a row over all queues; none are taken of another width. 0 is any
+    bool consecutive = false;  ///< only rows of one run without a gap between them
 };
 
 /// Any thread may use any member.
@@ -47,9 +70,26 @@ public:
 
     /// Takes the same number of rows from each queue in one step, as many as all of them have and at most `count`.
     static RowsTaken takeTogether(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count);
-    /// The same for rows of one width in each queue, with `mostValues` values in all at the most.
-    static RowsTaken takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count,
-                                 std::size_t mostValues = noLimit);
+    /// The same for rows of one width in each queue. Where none are taken, `columns` is that of the oldest rows.
+    static RowsTaken takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, const RowsWanted& wanted);
+
+    /// The next frame but `framesBefore` is the first one of a run, whose number is returned.
+    std::uint64_t beginRun(std::size_t framesBefore);
+    /// The device sends no more of the run.
+    void endRun();
+    /// Rows per second of the run that begins next.
+    void setRate(double rate);
+    struct Run {
+        std::uint64_t number = 0;
+        std::uint64_t rows = 0;  ///< that have come, dropped ones with them
+        bool ended = false;
+    };
+    /// The run that began last.
+    Run run() const;
+
+    /// The listener hears once that there may be this many rows; it does not if there are already, which is told.
+    bool tellAt(std::size_t count, std::shared_ptr<ReplySubscriber> listener);
+    void forget(const ReplySubscriber& listener);
 
     /// Waits until at least `count` rows are there, at most until `deadline`; tells how many there are then.
     std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) const;
@@ -87,16 +127,24 @@ private:
         std::shared_ptr<std::uint8_t> bytes;
         std::size_t room, used, taken;
         std::shared_ptr<void> object = {};
+        RowPlace place = {};
         std::size_t rows() const { return (used - taken) / layout.rowBytes(); }
+        /// Whether the next row does not continue the one before it.
+        bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
     std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
     void append(const RowLayout& layout, Bytes&& frame);
+    /// Looks whether a run begins with the frame of so many rows that has come.
+    void enterRun(std::size_t rows);
+    RowPlace placeOfNext();
+    void wake();
     /// Counts rows that were appended; tells whether who waits for rows is to be woken.
     bool count(std::size_t rows);
     std::vector<RowRun> takeLocked(std::size_t count);
-    /// Number of values in each of the oldest rows, and how many rows have that many; looks no further than `enough`.
-    std::pair<std::size_t, std::size_t> uniformRows(std::size_t enough) const;
+    /// Number of values in each of the oldest rows, and how many rows have that many; looks no further than wanted.
+    std::pair<std::size_t, std::size_t> uniformRows(const RowsWanted& wanted) const;
+    RowPlace placeOfOldest() const;
 
     const std::size_t capacity_;
     const ProcessMark mark_;
@@ -106,6 +154,19 @@ private:
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
     mutable std::size_t wanted_ = nobody;  // who waits is woken when this many rows are there
+    std::vector<std::shared_ptr<ReplySubscriber>> listeners_;
+
+    RowPlace now_;  // of the row that comes next
+    bool startsChunk_ = false;
+    double toldRate_ = RowPlace::unknown;
+    std::uint64_t runs_ = 0;
+    struct Beginning {
+        std::uint64_t run;
+        std::size_t framesBefore;
+        double rate, since;
+    };
+    std::optional<Beginning> beginning_;
+    bool ended_ = false;
 };
 
 }  // namespace zvr
