@@ -28,8 +28,9 @@ WIRE = ROOT / "docs" / "wire.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
+import asyncio
 import socket
-from collections.abc import Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
 from decimal import Decimal
 from typing import Any
 

@@ -1,6 +1,7 @@
 # Written by `make stubs`; do not edit.
+import asyncio
 import socket
-from collections.abc import Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, MutableMapping, MutableSet, Sequence
 from decimal import Decimal
 from typing import Any
 
@@ -3170,6 +3171,14 @@ class Device:
     data_pool_echo: EchoPool
     data_pool_strm: StreamPool
     data_pool_bcst: BroadcastPool
+    serialize: bool
+    def onConnectionLost(self, callback: Callable[[Exception], object], loop: asyncio.AbstractEventLoop | None = None) -> None:
+        """Has a function called once, when the device or the system has ended the connection; at once if that has happened. Closing and disconnecting are no such end.
+
+        Args:
+            callback: called with the reason, an error.
+            loop: event loop to call it on; None for a thread of the library.
+        """
     def __init__(self) -> None:
         """Makes the data pools."""
     def __setattr__(self, name: str, value: Any) -> None:
@@ -3247,6 +3256,40 @@ class NetworkDevice(Device):
         Args:
             verbose: whether to print a line.
         """
+    def isConnected(self) -> bool:
+        """Whether there is a connection, and the device has not ended it."""
+    def reconnect(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def connect_async(self, ip_addr: str = "192.168.1.110", port: int = 7, verbose: bool = True) -> None:
+        """Connects to the device; does nothing if it is connected.
+
+        Args:
+            ip_addr: IPv4 address or host name.
+            port: TCP port of the commands.
+            verbose: whether to print a line.
+        """
+    async def disconnect_async(self, verbose: bool = True) -> None:
+        """Ends the connection; does nothing if there is none.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def reconnect_async(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def close_async(self, verbose: bool = True) -> None:
+        """Ends connection and threads for good; a second call does nothing.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection and threads for good; a second call does nothing.
 
@@ -3286,6 +3329,41 @@ class WifiDevice(NetworkDevice):
         Args:
             verbose: whether to print a line.
         """
+    def isConnected(self) -> bool:
+        """Whether there is a connection, and the device has not ended it."""
+    def reconnect(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def connect_async(self, ip: str = "192.168.5.79", port1: int = 1336, port2: int = 7, verbose: bool = True) -> None:  # type: ignore[override]
+        """Connects commands and data. A second call opens another data connection in place of the first.
+
+        Args:
+            ip: IPv4 address or host name.
+            port1: TCP port of the streamed data.
+            port2: TCP port of the commands.
+            verbose: whether to print a line.
+        """
+    async def disconnect_async(self, verbose: bool = True) -> None:
+        """Ends both connections, as far as there are any.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def reconnect_async(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def close_async(self, verbose: bool = True) -> None:
+        """Ends connections and threads for good; a second call does nothing.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connections and threads for good; a second call does nothing.
 
@@ -3317,6 +3395,39 @@ class USBDevice(Device):
         """
     def disconnect(self, verbose: bool = True) -> None:
         """Lets go of the device; does nothing if it is not open.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    def isConnected(self) -> bool:
+        """Whether there is a connection, and the device has not ended it."""
+    def reconnect(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def connect_async(self, serial_num: str = "default", verbose: bool = True) -> None:
+        """Opens the device; does nothing if it is open.
+
+        Args:
+            serial_num: serial number of the device; "default" takes the first one.
+            verbose: whether to print a line.
+        """
+    async def disconnect_async(self, verbose: bool = True) -> None:
+        """Lets go of the device; does nothing if it is not open.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def reconnect_async(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def close_async(self, verbose: bool = True) -> None:
+        """Ends connection and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3354,6 +3465,40 @@ class UARTDevice(Device):
         """
     def disconnect(self, verbose: bool = True) -> None:
         """Closes the line; does nothing if it is not open.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    def isConnected(self) -> bool:
+        """Whether there is a connection, and the device has not ended it."""
+    def reconnect(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def connect_async(self, port: str = "COM4", baudrate: int = 91600, verbose: bool = True) -> None:
+        """Opens the line; does nothing if it is open.
+
+        Args:
+            port: name of the serial port, "COM4" or "/dev/ttyUSB0".
+            baudrate: speed in bits per second.
+            verbose: whether to print a line.
+        """
+    async def disconnect_async(self, verbose: bool = True) -> None:
+        """Closes the line; does nothing if it is not open.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def reconnect_async(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def close_async(self, verbose: bool = True) -> None:
+        """Ends line and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3443,6 +3588,38 @@ class BroadcastDevice(Device):
         """
     def disconnect(self, verbose: bool = True) -> None:
         """Lets go of the port; does nothing if it has none.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    def isConnected(self) -> bool:
+        """Whether there is a connection, and the device has not ended it."""
+    def reconnect(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def connect_async(self, verbose: bool = True) -> None:
+        """Takes UDP port 6667, on which the devices answer; does nothing if it has it.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def disconnect_async(self, verbose: bool = True) -> None:
+        """Lets go of the port; does nothing if it has none.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def reconnect_async(self, verbose: bool = True) -> None:
+        """Gives the handle a new connection.
+
+        Args:
+            verbose: whether to print a line.
+        """
+    async def close_async(self, verbose: bool = True) -> None:
+        """Ends port and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.

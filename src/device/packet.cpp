@@ -224,19 +224,30 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
     return items;
 }
 
+// Waits for so many items; not beyond the end of the object's link.
 template <class Queue>
-bool awaitSize(py::handle queue, Py_ssize_t count, double seconds) {
+bool awaitSize(py::handle self, py::handle queue, Py_ssize_t count, double seconds) {
+    constexpr std::chrono::milliseconds look{50};
     const auto ours = nativeOrNothing<Queue>(queue);
     if (!ours) return false;
+    const auto runtime = runtimeOrNothing(self);
+    const auto wanted = static_cast<std::size_t>(count);
+    const bool wasCut = !runtime || runtime->isCut();
     blocking([&](const InterruptCheck& onWait) {
-        return ours->waitForSize(static_cast<std::size_t>(count), deadlineIn(seconds), onWait);
+        const Deadline deadline = deadlineIn(seconds);
+        for (Deadline now = Clock::now(); now < deadline; now = Clock::now()) {
+            const std::size_t size = ours->waitForSize(wanted, std::min(deadline, now + look), onWait);
+            if (size >= wanted) break;
+            if (!wasCut && runtime->isCut()) break;
+        }
+        return true;
     });
     return true;
 }
 
-py::list getStreamingFromPool(py::handle, const Object& queue, Py_ssize_t wanted, Seconds delay) {
-    if (wanted > -1 && sizeOf(queue) < wanted && !awaitSize<StreamFifo>(queue, wanted, delay) &&
-        !awaitSize<RowFifo>(queue, wanted, delay)) {
+py::list getStreamingFromPool(py::handle self, const Object& queue, Py_ssize_t wanted, Seconds delay) {
+    if (wanted > -1 && sizeOf(queue) < wanted && !awaitSize<StreamFifo>(self, queue, wanted, delay) &&
+        !awaitSize<RowFifo>(self, queue, wanted, delay)) {
         sleepBlocking(delay);
     }
     return takeStreaming(queue, wanted);

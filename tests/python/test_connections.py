@@ -1,6 +1,7 @@
 """The life of a connection: before it, its loss under whoever waits, and the next one."""
 
 import asyncio
+import contextlib
 import gc
 import socket
 import threading
@@ -33,10 +34,8 @@ def waiting_box(silent):
     product = pyzvr.TarnDio()
     product.connect("127.0.0.1", silent.port, verbose=False)
     yield product
-    try:
+    with contextlib.suppress(pyzvr.NetworkConnectionLostError):
         product.close(verbose=False)
-    except pyzvr.NetworkConnectionLostError:
-        pass
 
 
 # Without a connection.

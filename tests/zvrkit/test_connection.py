@@ -1,0 +1,91 @@
+"""A box that is kept connected: it comes back after a loss, with growing pauses, and nothing is done unasked."""
+
+import queue
+import time
+
+import pytest
+import zvrkit
+import zvrkit.sim
+
+import pyzvr
+
+
+class Telling:
+    """Takes what a watched box's callback is told."""
+
+    def __init__(self):
+        self.told = queue.Queue()
+
+    def __call__(self, connected, reason):
+        self.told.put((connected, reason))
+
+    def next(self):
+        return self.told.get(timeout=20)
+
+
+@pytest.mark.parametrize("model", ["TarnDio", "HeronAnalog"])
+def test_a_box_comes_back_after_each_loss(model):
+    telling = Telling()
+    with zvrkit.sim.device(model) as place, getattr(pyzvr, model)() as box:
+        box.connect(*place.address, verbose=False)
+        with zvrkit.reconnecting(box, callback=telling):
+            for _ in range(3):
+                assert box.Sys_getSerialNumber() == "SIM00001"
+                place.cut()
+                connected, reason = telling.next()
+                assert connected is False and isinstance(reason, pyzvr.NetworkConnectionLostError)
+                assert telling.next() == (True, None)
+        place.cut()
+        with pytest.raises(pyzvr.NetworkConnectionLostError):
+            for _ in range(50):
+                box.Sys_getSerialNumber(timeout=1)
+        assert telling.told.empty()
+        box.reconnect(verbose=False)
+
+
+class Unreachable:
+    """A box whose tries to reconnect fail as often as told."""
+
+    killed = False
+
+    def __init__(self, failures):
+        self.failures = failures
+        self.tries = []
+
+    def isConnected(self):
+        return False
+
+    def reconnect(self, verbose=True):
+        self.tries.append(time.monotonic())
+        if len(self.tries) <= self.failures:
+            raise pyzvr.NetworkConnectionError()
+
+    def onConnectionLost(self, callback):
+        self.lose = callback
+
+
+def test_pauses_grow_up_to_the_longest_and_stop_ends_them():
+    box, telling = Unreachable(5), Telling()
+    with zvrkit.reconnecting(box, first=0.02, most=0.1, callback=telling):
+        box.lose(pyzvr.NetworkConnectionLostError())
+        assert [telling.next()[0] for _ in range(2)] == [False, True]
+    pauses = [after - before for before, after in zip(box.tries, box.tries[1:])]
+    assert all(pause >= least for pause, least in zip(pauses, [0.02, 0.04, 0.08, 0.1, 0.1]))
+    dead = Unreachable(10**6)
+    with zvrkit.reconnecting(dead, first=30):
+        dead.lose(pyzvr.NetworkConnectionLostError())
+        while not dead.tries:
+            time.sleep(0.001)
+    assert len(dead.tries) == 1  # the pause ended with the block
+
+
+def test_a_closed_box_is_left_alone_and_bad_pauses_are_refused(caplog):
+    box = Unreachable(10**6)
+    with zvrkit.reconnecting(box, first=0.01) as keeping:
+        box.killed = True
+        box.lose(pyzvr.NetworkConnectionLostError())
+        keeping._thread.join(10)
+        assert not keeping._thread.is_alive()
+    for first, most in ((0, 1), (2, 1), (-1, 5)):
+        with pytest.raises(ValueError, match="first"):
+            zvrkit.reconnecting(box, first, most)
