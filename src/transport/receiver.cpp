@@ -87,7 +87,12 @@ bool Receiver::prepareTurn(std::uint64_t& turn) {
         Receiver& self;
         const std::uint64_t asked = self.looksAsked_;
         ~Look() {
-            if (self.looksDone_.exchange(asked) != asked && self.lossTold_) self.right_.tellAll();
+            const bool isNew = self.looksDone_.exchange(asked) != asked;
+            if (!self.loss()) {
+                self.lossTold_ = false;
+            } else if (isNew && self.lossTold_) {
+                self.right_.tellAll();
+            }
         }
     } look{*this};
     if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask

@@ -160,7 +160,7 @@ void SystemSocket::requireOwn() const {
 // A failed read or send of a stream is its end; a datagram socket lives on.
 void SystemSocket::failAndNote() {
     const int number = errno;
-    if (endsWithNothing() && !closing_) loss_ = number;
+    if (endsWithNothing() && !closing_ && !shut_) loss_ = number;
     throw std::system_error(number, std::system_category());
 }
 
@@ -192,7 +192,7 @@ std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer,
         failAndNote();
     }
     buffer = buffer.first(static_cast<std::size_t>(count));
-    if (count == 0 && endsWithNothing() && !closing_) loss_ = -1;
+    if (count == 0 && endsWithNothing() && !closing_ && !shut_) loss_ = -1;
     return count != 0 ? ReadStatus::data : endsWithNothing() ? ReadStatus::ended : ReadStatus::idle;
 }
 
@@ -330,7 +330,9 @@ void SystemSocket::close(Deadline deadline) noexcept {
 void SystemSocket::shutDown(int direction) {
     const Use use(*this);
     if (!isWokenByShutdown()) return;
+    shut_ = true;
     if (::shutdown(descriptor_.get(), direction) == 0) return;
+    shut_ = false;
     // A socket that only receives datagrams is woken by this, although it has no peer to disconnect from.
     if (endsWithNothing() || errno != ENOTCONN) failWithErrno();
 }

@@ -123,7 +123,7 @@ private:
     std::mutex mutex_;
     std::condition_variable left_;
     int users_ = 0;
-    std::atomic<bool> closing_{false};
+    std::atomic<bool> closing_{false}, shut_{false};  // by this side
     std::atomic<int> loss_{0};  // number of the system's error; -1 for an orderly end
 };
 
