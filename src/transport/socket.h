@@ -124,7 +124,7 @@ private:
     std::condition_variable left_;
     int users_ = 0;
     std::atomic<bool> closing_{false}, shut_{false};  // by this side
-    std::atomic<int> loss_{0};  // number of the system's error; -1 for an orderly end
+    std::atomic<int> loss_{0};                        // number of the system's error; -1 for an orderly end
 };
 
 /// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.

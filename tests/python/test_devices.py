@@ -10,7 +10,6 @@ import time
 import weakref
 
 import pytest
-from forms import blocking
 from peer import SERIAL_REPLY, Peer, answer_serial, finish, reset
 
 import pyzvr

@@ -1,0 +1,369 @@
+#include "python/loop_waker.h"
+
+#include "python/raising.h"
+
+namespace zvr::python {
+
+std::runtime_error loopIsClosed() { return std::runtime_error("the event loop is closed"); }
+
+bool isClosed(py::handle loop) { return callMethod(loop, "is_closed").cast<bool>(); }
+
+namespace {
+
+// Registers a callback with a loop, in an empty context: the one of the moment belongs to some task, and the loop would
+// keep what it holds for as long as the callback.
+template <class Call>
+void inEmptyContext(Call&& call) {
+    struct Entered {
+        Object context = own(PyContext_New());
+        Entered() {
+            if (PyContext_Enter(context.ptr()) != 0) throw py::error_already_set();
+        }
+        ~Entered() {
+            if (PyContext_Exit(context.ptr()) != 0) PyErr_WriteUnraisable(context.ptr());
+        }
+    } const entered;
+    call();
+}
+
+// Lets the tasks go on that wait for these futures. Each of them may run any code of Python and let other threads run,
+// so nothing is walked here that others may change. The first failure is thrown once all have had their turn.
+void resolve(const std::vector<Object>& futures) {
+    std::exception_ptr failure;
+    for (const Object& future : futures) {
+        try {
+            if (!callMethod(future, "done").cast<bool>()) callMethod(future, "set_result", py::none());
+        } catch (...) {
+            if (failure) {
+                reportUnraisable();
+            } else {
+                failure = std::current_exception();
+            }
+        }
+    }
+    if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace
+
+// What a loop holds of a waker: an object of the host with the callbacks as methods. It shows the collector the futures
+// that are waited for, and its end is the news that the loop has let go.
+struct Callbacks {
+    std::shared_ptr<LoopWaker> waker;
+    Object loop;  // weak reference
+    std::shared_ptr<const LoopDescriptor> descriptor;
+
+    static Object make(const std::shared_ptr<LoopWaker>& waker, py::handle loop);
+    /// Nothing once the loop is gone.
+    Object livingLoop() const {
+        Object living = callObject(loop);
+        return living.is_none() ? Object() : living;
+    }
+};
+
+namespace {
+
+struct CallbacksObject {
+    PyObject_HEAD Callbacks* content;
+};
+
+PyTypeObject callbacksType{};
+
+Callbacks& contentOf(py::handle callbacks) { return *reinterpret_cast<CallbacksObject*>(callbacks.ptr())->content; }
+
+// A method that does something with the waker, whatever becomes of the object meanwhile.
+template <void (LoopWaker::*action)()>
+PyObject* method(PyObject* self, PyObject* /*unused*/) {
+    try {
+        const auto waker = contentOf(self).waker;
+        ((*waker).*action)();
+    } catch (...) {
+        raiseCurrent();
+        return nullptr;
+    }
+    Py_RETURN_NONE;
+}
+
+PyMethodDef callbackMethods[] = {
+    {"deliver", method<&LoopWaker::deliver>, METH_NOARGS, "Lets go on what waited for something that has arrived."},
+    {"expire", method<&LoopWaker::expire>, METH_NOARGS, "Ends the waits whose limit has struck."},
+    {"unwatch", method<&LoopWaker::unwatch>, METH_NOARGS, "Ends the watch of the loop."},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+int traverseCallbacks(PyObject* self, visitproc visit, void* arg) {
+    const Callbacks& content = contentOf(self);
+    Py_VISIT(content.loop.ptr());
+    for (const LoopWait* wait : content.waker->waiting()) Py_VISIT(wait->future().ptr());
+    return 0;
+}
+
+int clearCallbacks(PyObject* self) {
+    const auto waker = contentOf(self).waker;
+    waker->close();
+    return 0;
+}
+
+void deallocateCallbacks(PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    const py::error_scope keepError;
+    const std::unique_ptr<Callbacks> content(&contentOf(self));
+    content->waker->close();
+    PyObject_GC_Del(self);
+}
+
+}  // namespace
+
+void prepareLoopWakerType() {
+    callbacksType.tp_name = "pyzvr.waker";
+    callbacksType.tp_doc = "What an event loop calls for the requests that are awaited on it.";
+    callbacksType.tp_basicsize = sizeof(CallbacksObject);
+    callbacksType.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC | Py_TPFLAGS_DISALLOW_INSTANTIATION;
+    callbacksType.tp_dealloc = deallocateCallbacks;
+    callbacksType.tp_traverse = traverseCallbacks;
+    callbacksType.tp_clear = clearCallbacks;
+    callbacksType.tp_methods = callbackMethods;
+    Py_SET_REFCNT(&callbacksType, 1);
+    if (PyType_Ready(&callbacksType) != 0) throw py::error_already_set();
+}
+
+Object Callbacks::make(const std::shared_ptr<LoopWaker>& waker, py::handle loop) {
+    auto content = std::make_unique<Callbacks>(Callbacks{waker, own(PyWeakref_NewRef(loop.ptr(), nullptr)), nullptr});
+    auto* self = PyObject_GC_New(CallbacksObject, &callbacksType);
+    if (self == nullptr) throw py::error_already_set();
+    self->content = content.release();
+    auto made = py::reinterpret_steal<Object>(reinterpret_cast<PyObject*>(self));
+    waker->callbacks_ = made.ptr();
+    PyObject_GC_Track(self);
+    return made;
+}
+
+void LoopWait::onReply() noexcept {
+    if (!arrived_.exchange(true)) waker_->signal(shared_from_this());
+}
+
+Object LoopWaker::attach(py::handle loop, std::shared_ptr<Receiver> receiver) {
+    const auto waker = std::make_shared<LoopWaker>(std::move(receiver));
+    Object callbacks = Callbacks::make(waker, loop);
+    const auto descriptor = LoopDescriptor::make();
+    if (!descriptor) return callbacks;
+    try {
+        const Object deliver = attribute(callbacks, "deliver");
+        inEmptyContext([&] { callMethod(loop, "add_reader", py::int_(descriptor->number()), deliver); });
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_NotImplementedError) && !error.matches(PyExc_AttributeError)) throw;
+        return callbacks;
+    }
+    const std::lock_guard lock(waker->mutex_);
+    if (!waker->closed_) contentOf(callbacks).descriptor = waker->descriptor_ = descriptor;
+    return callbacks;
+}
+
+void LoopWaker::signal(std::shared_ptr<LoopWait> wait) noexcept {
+    std::shared_ptr<const LoopDescriptor> descriptor;
+    {
+        const std::lock_guard lock(mutex_);
+        if (closed_) return;
+        arrived_.push_back(std::move(wait));
+        if (std::exchange(signalled_, true)) return;
+        descriptor = descriptor_;
+    }
+    if (descriptor) {
+        descriptor->ring();
+        return;
+    }
+    onInterpreter([this] {
+        const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+        const Object loop = callbacks ? contentOf(callbacks).livingLoop() : Object();
+        if (!loop) return;
+        try {
+            callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "deliver"));
+        } catch (const py::error_already_set&) {
+            {
+                const std::lock_guard lock(mutex_);
+                signalled_ = false;
+            }
+            if (!isClosed(loop)) throw;
+        }
+    });
+}
+
+void LoopWaker::onTurn() noexcept {
+    std::shared_ptr<const LoopDescriptor> descriptor;
+    {
+        const std::lock_guard lock(mutex_);
+        descriptor = descriptor_;
+    }
+    if (!descriptor) return;
+    armed_ = hasTurn() && receiver_->watchOnce(descriptor->number());
+    if (!armed_) descriptor->ring();  // the loop is to look around
+}
+
+bool LoopWaker::isWatching() const { return callbacks_ != nullptr && contentOf(callbacks_).descriptor; }
+
+// A loop that cannot watch the link leaves it to its thread, which is not to wait for others then.
+void LoopWaker::enterRight() {
+    if (!receiver_ || receiver_->isForeign()) return;
+    receiver_->right().enter(*this, isWatching() && receiver_->canBeWatched());
+    if (hasTurn() && !armed_) onTurn();
+}
+
+void LoopWaker::leaveRight() noexcept {
+    if (!receiver_ || receiver_->isForeign()) return;
+    receiver_->right().leave(*this);
+}
+
+// In the place of the receive thread. What that files for this loop is delivered by who calls, without a ring.
+void LoopWaker::readLink() {
+    if (!receiver_ || !readsForAny()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        signalled_ = true;
+    }
+    const WithoutGil released;
+    ReadingRight& right = receiver_->right();
+    if (!right.begin(*this)) return;
+    receiver_->readFor(*this, nullptr, Clock::now());
+    right.end(*this);
+}
+
+// Listening comes first: who rings after it rings anew, and who rang before it is among those that are taken.
+void LoopWaker::deliver() {
+    const auto descriptor = callbacks_ != nullptr ? contentOf(callbacks_).descriptor : nullptr;
+    const bool bytes = descriptor && descriptor->listen().link;
+    if (bytes) armed_ = false;
+    deliver(bytes);
+}
+
+void LoopWaker::deliver(bool bytes) {
+    if (bytes) readLink();
+    std::vector<std::shared_ptr<LoopWait>> arrived;
+    {
+        const std::lock_guard lock(mutex_);
+        signalled_ = false;
+        arrived.swap(arrived_);
+    }
+    const bool isOver = receiver_ && !receiver_->isForeign() && receiver_->loss().has_value();
+    const auto waitsOn = [](const LoopWait* wait) { return wait->readsLink && !wait->arrived() && !wait->over(); };
+    if (!isOver && hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
+    std::vector<Object> futures;
+    futures.reserve(arrived.size());
+    for (const auto& wait : arrived) {
+        if (wait->future()) futures.push_back(wait->future());
+    }
+    for (LoopWait* const wait : waiting_) {
+        if (!isOver || !wait->future() || !waitsOn(wait)) continue;
+        wait->lose();
+        futures.push_back(wait->future());
+    }
+    resolve(futures);
+}
+
+// What has come counts as in time, even if the loop was too busy to read or deliver it yet.
+void LoopWaker::expire() {
+    timer_ = forever;
+    deliver(hasTurn());
+    const Deadline now = Clock::now();
+    std::vector<Object> futures;
+    for (LoopWait* wait : waiting_) {
+        if (wait->over() || wait->limit() > now) continue;
+        wait->end();
+        futures.push_back(wait->future());
+    }
+    thenAlways([&] { resolve(futures); }, [&] { schedule(); });
+}
+
+void LoopWaker::enter(LoopWait& wait) {
+    waiting_.push_back(&wait);
+    if (wait.readsLink) enterRight();
+    schedule();
+}
+
+void LoopWaker::leave(LoopWait& wait) {
+    std::erase(waiting_, &wait);
+    if (wait.readsLink && !readsForAny()) leaveRight();
+    const Object future = wait.takeFuture();
+    if (dismissed_ && waiting_.empty()) stopWatching();
+}
+
+// The timer of an earlier, already finished wait stays: limits come in order nearly always, so one timer serves many.
+// Where the loop watches nothing, the timer is also what keeps the callbacks while somebody waits.
+void LoopWaker::schedule() {
+    constexpr std::chrono::seconds longest{60};
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks || waiting_.empty()) return;
+    const Callbacks& content = contentOf(callbacks);
+    Deadline next = content.descriptor ? forever : Clock::now() + longest;
+    for (const LoopWait* wait : waiting_) {
+        if (!wait->over()) next = std::min(next, wait->limit());
+    }
+    if (next >= timer_) return;
+    const Object loop = content.livingLoop();
+    if (!loop) return;
+    const Deadline before = std::exchange(timer_, next);
+    const double seconds = std::chrono::duration<double>(next - Clock::now()).count();
+    try {
+        const Object expire = attribute(callbacks, "expire");
+        inEmptyContext([&] { callMethod(loop, "call_later", py::float_(std::max(seconds, 0.0)), expire); });
+    } catch (...) {
+        timer_ = before;
+        throw;
+    }
+}
+
+void LoopWaker::dismiss() {
+    dismissed_ = true;
+    if (waiting_.empty()) stopWatching();
+}
+
+// A watch ends on the thread that runs the loop, if one does.
+void LoopWaker::stopWatching() {
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks) return;
+    const Callbacks& content = contentOf(callbacks);
+    const py::error_scope keepError;
+    Object loop;
+    try {
+        loop = content.livingLoop();
+        if (!loop || !content.descriptor || !content.descriptor->isOurs() || isClosed(loop)) {
+            close();
+        } else if (callMethod(loop, "is_running").cast<bool>() &&
+                   !callObject(pythonObject("asyncio", "_get_running_loop")).is(loop)) {
+            callMethod(loop, "call_soon_threadsafe", attribute(callbacks, "unwatch"));
+        } else {
+            unwatch();
+        }
+    } catch (py::error_already_set& error) {
+        error.discard_as_unraisable("pyzvr");
+    }
+}
+
+void LoopWaker::unwatch() {
+    const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
+    if (!callbacks) return;
+    const auto descriptor = contentOf(callbacks).descriptor;
+    const Object loop = contentOf(callbacks).livingLoop();
+    if (loop && descriptor) callMethod(loop, "remove_reader", py::int_(descriptor->number()));
+    close();
+}
+
+void LoopWaker::close() {
+    leaveRight();
+    if (callbacks_ != nullptr) contentOf(callbacks_).descriptor.reset();
+    callbacks_ = nullptr;
+    std::vector<Object> futures;
+    for (LoopWait* wait : waiting_) futures.push_back(wait->takeFuture());
+    waiting_.clear();
+    std::vector<std::shared_ptr<LoopWait>> arrived;
+    std::shared_ptr<const LoopDescriptor> descriptor;
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    arrived.swap(arrived_);
+    descriptor.swap(descriptor_);
+}
+
+const std::shared_ptr<LoopWaker>& wakerOf(py::handle callbacks) { return contentOf(callbacks).waker; }
+
+Object loopOf(py::handle callbacks) { return contentOf(callbacks).livingLoop(); }
+
+}  // namespace zvr::python

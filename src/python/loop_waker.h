@@ -1,0 +1,122 @@
+// One event loop that waits for what threads bring to one object: its waits, and what wakes it (event_loop.h).
+#pragma once
+
+#include "python/event_loop.h"
+#include "python/loop_descriptor.h"
+#include "transport/receiver.h"
+
+namespace zvr::python {
+
+bool isClosed(py::handle loop);
+std::runtime_error loopIsClosed();
+
+/// One wait of one awaited step.
+class LoopWait final : public ReplySubscriber, public std::enable_shared_from_this<LoopWait> {
+public:
+    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit, bool readsLink)
+        : readsLink(readsLink), waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
+
+    /// Whether the loop reads the link for it.
+    const bool readsLink;
+
+    /// Any thread. Only the first reply counts.
+    void onReply() noexcept override;
+
+    // All the rest happens under the interpreter lock. The future is gone once the wait is over, so that whichever
+    // thread holds the wait last holds nothing of the interpreter.
+    const Object& future() const { return future_; }
+    Object takeFuture() { return std::move(future_); }
+    Deadline limit() const { return limit_; }
+    /// Its limit has struck: the wait is over, as one in time if something has arrived by now.
+    void end() {
+        over_ = true;
+        expired_ = !arrived_;
+    }
+    /// What it waits for can no longer come.
+    void lose() { over_ = lost_ = true; }
+    bool lost() const { return lost_; }
+    bool over() const { return over_; }
+    bool arrived() const { return arrived_; }
+    bool expired() const { return expired_; }
+    const std::shared_ptr<LoopWaker>& waker() const { return waker_; }
+
+private:
+    const std::shared_ptr<LoopWaker> waker_;
+    Object future_;
+    const Deadline limit_;
+    std::atomic<bool> arrived_{false};
+    bool over_ = false;
+    bool expired_ = false;
+    bool lost_ = false;
+};
+
+/// Belongs to one object and one loop.
+class LoopWaker final : public ReadingRight::Waiter, public std::enable_shared_from_this<LoopWaker> {
+public:
+    explicit LoopWaker(std::shared_ptr<Receiver> receiver) : Waiter(true), receiver_(std::move(receiver)) {}
+    ~LoopWaker() override { leaveRight(); }
+    LoopWaker(const LoopWaker&) = delete;
+    LoopWaker& operator=(const LoopWaker&) = delete;
+
+    /// Makes the callbacks of a waker and lets the loop watch. The caller is the only one to keep them where the loop
+    /// has nothing to watch.
+    static Object attach(py::handle loop, std::shared_ptr<Receiver> receiver);
+
+    /// Any thread.
+    void signal(std::shared_ptr<LoopWait> wait) noexcept;
+    /// The link is to be read by the loop, which hears of bytes from now on.
+    void onTurn() noexcept override;
+
+    // On the loop's thread.
+    void enter(LoopWait& wait);
+    void deliver();
+    void expire();
+    void unwatch();
+
+    // On any thread, under the interpreter lock.
+    void leave(LoopWait& wait);
+    /// The object is gone: the loop stops watching once nobody waits any more.
+    void dismiss();
+    /// The loop has let go of the callbacks. Who waits still is never told.
+    void close();
+
+    /// The callbacks, as long as the loop has them.
+    py::handle callbacks() const { return callbacks_; }
+    const std::vector<LoopWait*>& waiting() const { return waiting_; }
+
+private:
+    friend struct Callbacks;
+    void schedule();
+    void stopWatching();
+    void deliver(bool bytes);
+    bool isWatching() const;
+    bool readsForAny() const {
+        return std::ranges::any_of(waiting_, [](const LoopWait* wait) { return wait->readsLink; });
+    }
+    void enterRight();
+    void leaveRight() noexcept;
+    void readLink();
+
+    const std::shared_ptr<Receiver> receiver_;
+    std::atomic<bool> armed_{false};  // the descriptor tells of bytes
+
+    // Under the mutex.
+    std::mutex mutex_;
+    std::vector<std::shared_ptr<LoopWait>> arrived_;
+    std::shared_ptr<const LoopDescriptor> descriptor_;
+    bool signalled_ = false;
+    bool closed_ = false;
+
+    // Under the interpreter lock.
+    PyObject* callbacks_ = nullptr;  // not ours
+    std::vector<LoopWait*> waiting_;
+    Deadline timer_ = forever;
+    bool dismissed_ = false;
+};
+
+/// The waker of such callbacks.
+const std::shared_ptr<LoopWaker>& wakerOf(py::handle callbacks);
+/// Their loop; nothing once it is gone.
+Object loopOf(py::handle callbacks);
+
+}  // namespace zvr::python
