@@ -99,7 +99,10 @@ template <class Change>
 void changeField(py::handle self, const Object& name, Change change) {
     if (change() != 0) throw py::error_already_set();
     if (!Watch::watches(name)) return;
-    if (const auto runtime = runtimeOrNothing(self)) runtime->watch->touch(self);
+    const auto runtime = runtimeOrNothing(self);
+    if (!runtime) return;
+    runtime->requestPath = nullptr;  // it would keep a client that has been let go of
+    runtime->watch->touch(self);
 }
 
 void onConnectionLost(py::handle self, const Object& callback, const Object& loop) {

@@ -305,3 +305,11 @@ def test_equal_requests_take_turns_and_stale_replies_are_dropped(form):
         assert len(got) == 200
         assert len(set(got)) == 200  # none is the answer to another one
     peer.close()
+
+
+def test_a_client_that_is_let_go_of_is_gone(box):
+    assert box.Sys_getSerialNumber() == "SN000001"
+    gone = weakref.ref(box.client_cmd)
+    box.client_cmd = None
+    gc.collect()
+    assert gone() is None
