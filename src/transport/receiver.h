@@ -88,7 +88,7 @@ public:
     void ignoreUnfiled() { ignoresUnfiled_ = true; }
 
     /// On the thread itself. No gate stands for the thread's own; a foreign one tells whether it has been passed.
-    void setGate(std::shared_ptr<Gate> gate);
+    void setGate(std::shared_ptr<Gate> passes);
     void setForeignGate(std::function<bool()> pass) { foreignPass_ = std::move(pass); }
     /// Who waits may file through a sink that never makes it wait, which is asked each time.
     void setSink(Sink sink, std::function<bool()> neverWaits) {

@@ -181,7 +181,7 @@ short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptC
         return pollUntil(polled, until) || closing_;
     });
     if (entries[1].revents != 0) wake->silence();
-    return closing_ && entries[0].revents == 0 ? POLLHUP : entries[0].revents;
+    return closing_ && entries[0].revents == 0 ? short{POLLHUP} : entries[0].revents;
 }
 
 std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer, bool waits) {
@@ -249,9 +249,9 @@ std::optional<ReadStatus> SystemSocket::receiveFor(const Wake* wake, Deadline un
                                                    SharedSplitter& splitter, std::vector<Packet>& packets) {
     const Use use(*this);
     const Clock::duration left = until - Clock::now(), brief = shortWait();
-    const bool waits = wake == nullptr && left > left.zero();
-    if (waits && (brief == brief.zero() || left <= brief)) return ReadStatus::idle;
-    const short events = wake == nullptr ? POLLIN : awaitEvent(POLLIN, until, {}, wake);
+    const bool waits = wake == nullptr && left > Clock::duration::zero();
+    if (waits && (brief == Clock::duration::zero() || left <= brief)) return ReadStatus::idle;
+    const short events = wake == nullptr ? short{POLLIN} : awaitEvent(POLLIN, until, {}, wake);
     if (events == 0) return ReadStatus::idle;
     const auto reading = takeInto(splitter, length, packets, waits);
     if (!reading && (closing_ || (events & POLLHUP) != 0)) return ReadStatus::ended;

@@ -99,8 +99,8 @@ std::vector<EchoPool::Key> EchoPool::keys() const {
         for (const auto& [key, reply] : replies_) ordered.emplace_back(reply.order, key);
     }
     std::ranges::sort(ordered);
-    std::vector<Key> keys;
-    for (const auto& [order, key] : ordered) keys.push_back(key);
+    std::vector<Key> keys(ordered.size());
+    std::ranges::transform(ordered, keys.begin(), [](const auto& entry) { return entry.second; });
     return keys;
 }
 
