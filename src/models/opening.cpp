@@ -1,6 +1,5 @@
 // pyzvr.open: finds a device by what a user knows of it, asks it what it is, and connects a handle of its class.
 #include <algorithm>
-#include <regex>
 
 #include "core/wire/commands.h"
 #include "core/wire/constants.h"
@@ -26,11 +25,14 @@ struct Connection {
     Object portOr(int usual) const { return port.is_none() ? Object(py::int_(usual)) : port; }
 };
 
+// Closing alone would tell of the end of the connection.
 void closeQuietly(py::handle handle) {
-    try {
-        callMethod(handle, "close", py::bool_(false));
-    } catch (const py::error_already_set& error) {
-        if (!error.matches(PyExc_Exception)) throw;
+    for (const char* step : {"disconnect", "close"}) {
+        try {
+            callMethod(handle, step, py::bool_(false));
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_Exception)) throw;
+        }
     }
 }
 
@@ -180,12 +182,15 @@ Object openNamed(const std::string& name, const Connection& how) {
     return openOnNetwork(name, fits, false, how);
 }
 
+// What a pattern finds in a text that it fits whole, else None. A text may be of any length, which is beyond
+// std::regex.
+Object matched(const char* pattern, const std::string& text) {
+    return callObject(pythonObject("re", "fullmatch"), py::str(pattern), py::str(text));
+}
+
 Object open(const std::string& where, const Connection& how) {
-    static const std::regex mac("([0-9A-Fa-f]{1,2}[:-]){5}[0-9A-Fa-f]{1,2}"), line("/.*|COM[0-9]+|\\\\\\\\.*"),
-        addressWithPort("([^:]+):([0-9]{1,5})");
-    std::smatch parts;
     if (where.empty()) throw py::value_error("where: an address, a line, a serial number, an alias or a MAC is wanted");
-    if (std::regex_match(where, mac)) {
+    if (!matched("([0-9A-Fa-f]{1,2}[:-]){5}[0-9A-Fa-f]{1,2}", where).is_none()) {
         const auto number = [](std::string text) {
             std::ranges::replace(text, '-', ':');
             return macBytes(py::str(text));
@@ -194,12 +199,13 @@ Object open(const std::string& where, const Connection& how) {
         return openOnNetwork(
             where, [&](const Answer& answer) { return wanted.equal(number(answer.mac)); }, true, how);
     }
-    if (std::regex_match(where, line)) return openLine(where, how);
-    if (std::regex_match(where, parts, addressWithPort)) {
+    if (!matched(R"((?s)/.*|COM[0-9]+|\\\\.*)", where).is_none()) return openLine(where, how);
+    if (const Object parts = matched("([^:]+):([0-9]{1,5})", where); !parts.is_none()) {
         if (!how.port.is_none()) throw py::value_error("port: 'where' names a port too");
+        const Object host = callMethod(parts, "group", py::int_(1)), port = callMethod(parts, "group", py::int_(2));
         Connection withPort = how;
-        withPort.port = py::int_(std::stoi(parts[2]));
-        return openAddress(parts[1], withPort);
+        withPort.port = py::int_(port);
+        return openAddress(py::str(host), withPort);
     }
     const bool isAddress = where == "localhost" || where.find('.') != std::string::npos;
     return isAddress ? openAddress(where, how) : openNamed(where, how);

@@ -52,15 +52,22 @@ def fake_packet(command, data):
         return box._preparePacket(command, data)
 
 
+def test_a_name_may_have_any_length():
+    for where in ("a." * 10**6, "1:" * 10**6 + ".", "a" * 10**6 + ":7", "/" + "a\n" * 10**6):
+        with pytest.raises((pyzvr.Error, OSError, UnicodeError)):
+            pyzvr.open(where, verbose=False)
+
+
 def test_nothing_of_the_question_is_left(capsys):
-    """The handle that asks is closed, also where the device is not reached."""
+    """The handle that asks is closed without a word, also where the device is not reached."""
     before = len(os.listdir("/proc/self/fd"))
     with connected("TarnDio") as box:
         place = "{}:{}".format(*box.client_cmd.socket.getpeername())
         for _ in range(20):
-            with pyzvr.open(place, verbose=False):
-                pass
+            pyzvr.open(place, verbose=False).disconnect(verbose=False)
+        assert "onnected" not in capsys.readouterr().out
+    capsys.readouterr()
     with pytest.raises(pyzvr.NetworkConnectionError):
         pyzvr.open(place, verbose=False)
     assert len(os.listdir("/proc/self/fd")) == before
-    assert "Connected" not in capsys.readouterr().out
+    assert "onnected" not in capsys.readouterr().out
