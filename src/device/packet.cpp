@@ -419,8 +419,8 @@ Task broadcastSteps(Op op, Object command, Object data) {
 }  // namespace
 
 void definePacket(Package& package) {
-    Watch::watchNames(
-        {"_preparePacket", "_echoPacket", "_getReplyFromPool", "_echoPacket_async", "_getReplyFromPool_async"});
+    Watch::watchNames({"_preparePacket", "_echoPacket", "_getReplyFromPool", "_echoPacket_async",
+                       "_getReplyFromPool_async", "serialize"});
     const Parameter queue{"queue_", "Fifo", "queue of samples"};
     const Parameter count{"num_samples", "int", "most items to take; -1 for all that are there"};
     const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};
