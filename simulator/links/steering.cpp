@@ -1,6 +1,7 @@
 #include "links/steering.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <sstream>
 #include <stdexcept>
@@ -74,7 +75,10 @@ bool isOn(const std::string& word) {
 
 int commandOf(std::string_view text) {
     const auto found = std::ranges::find(commandTable(), text, &CommandName::name);
-    return found != commandTable().end() ? found->code : numberUpTo(std::string(text), 0xFFFF);
+    if (found != commandTable().end()) return found->code;
+    const bool isNumber = !text.empty() && std::isdigit(static_cast<unsigned char>(text.front())) != 0;
+    if (!isNumber) throw std::invalid_argument("no command has the name \"" + std::string(text) + "\"");
+    return numberUpTo(std::string(text), 0xFFFF);
 }
 
 bool steer(Device& device, const Words& words) {

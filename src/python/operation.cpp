@@ -102,9 +102,9 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
 // A refused argument is told with all that were given, and with what the definition says of the refusal.
 void noteArguments(const OperationObject* operation, const Failure& failure, const Bound& given) {
     const FailureRow& row = rowOf(failure.id());
-    if (row.hostBase != "TypeError" && row.hostBase != "ValueError") return;
-    py::error_already_set raised;
     const Shape& shape = *operation->shape;
+    if (shape.positional == 0 || (row.hostBase != "TypeError" && row.hostBase != "ValueError")) return;
+    py::error_already_set raised;
     std::string text;
     for (std::size_t i = 0; i < shape.positional; ++i) {
         if (!given[i]) continue;

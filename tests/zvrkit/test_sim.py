@@ -187,7 +187,8 @@ def test_a_stream_goes_on_with_another_signal():
 @pytest.mark.parametrize(("words", "reason"), [
     (("stall", "maybe"), "neither on nor off"), (("wave", "9:sine"), "channels are 0 to 7"),
     (("wave", "0:sine:-1"), "below 0"), (("level", 1, 9, 1), "no pin 9"), (("level", 7, 0, 1), "no pin 0 on port 7"),
-    (("level", 1, 0, 2), "0 to 1"), (("refuse", "NOTHING", 1), "NOTHING"), (("refuse", "SET_DEV_ALIAS", 256), "255"),
+    (("level", 1, 0, 2), "0 to 1"), (("refuse", "NOTHING", 1), "no command has the name"),
+    (("refuse", "SET_DEV_ALIAS", 256), "255"),
     (("refuse", "OPEN_CAN", 1), "does not know"), (("dance",), "no such request"), (("cut", "now"), "no such request"),
     (('"\\',), "no such request"), ((), "no such request"),
 ])
