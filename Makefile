@@ -82,7 +82,7 @@ asan: ## Runs engine and Python tests under the address, leak and undefined-beha
 	$(CMAKE) --build build/asan
 	cd build/asan && ctest --output-on-failure --no-tests=error --repeat until-fail:$(LONGER)
 	$(CXX) -shared -fPIC -o build/asan/fork.so tests/sanitizers/fork.cpp
-	export PYTHONPATH=$(CURDIR)/build/asan/package PYTHONMALLOC=malloc \
+	export PYTHONPATH=$(CURDIR)/build/asan/package:$(CURDIR)/tests/sanitizers/without PYTHONMALLOC=malloc \
 	ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=print_stacktrace=1 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/leaks.supp:print_suppressions=0 \
 	LD_PRELOAD="$(CURDIR)/build/asan/fork.so $$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)"; \
