@@ -176,7 +176,7 @@ short SystemSocket::awaitEvent(short events, Deadline deadline, const InterruptC
     const std::span polled = std::span(entries).first(wake == nullptr ? 1 : 2);
     const bool isWoken = wake == &threadWake_ || isWokenByShutdown();
     waitInterruptibly(deadline, onWait, [&](Deadline until) {
-        requireOwn();  // who attends may have forked
+        requireOwn();  // the check may have forked
         if (!isWoken) until = std::min(until, Clock::now() + lookEvery);
         return pollUntil(polled, until) || closing_;
     });
@@ -199,19 +199,12 @@ std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer,
 std::optional<ReadStatus> SystemSocket::takeInto(SharedSplitter& splitter, std::size_t length,
                                                  std::vector<Packet>& packets, bool waits) {
     const std::lock_guard lock(receiving_);
+    // Of a stream of bytes all that waits is taken in one call; a datagram is cut at the length.
+    if (endsWithNothing()) length = std::max(length, mostWaiting);
     if (buffer_.size() < length) buffer_.resize(length);
     std::span taken = std::span(buffer_).first(length);
     const std::optional<ReadStatus> reading = takeNow(taken, waits);
-    if (reading != ReadStatus::data) return reading;
-    splitter.with([&](Splitter& shared) {
-        shared.append(taken);
-        if (taken.size() == length) {
-            if (buffer_.size() < mostWaiting) buffer_.resize(mostWaiting);
-            const ssize_t more = receiveNow(descriptor_.get(), buffer_);  // a failure shows in the next read
-            if (more > 0) shared.append(ByteView(buffer_).first(static_cast<std::size_t>(more)));
-        }
-        packets = shared.split();
-    });
+    if (reading == ReadStatus::data) packets = splitter.take(taken);
     return reading;
 }
 

@@ -302,6 +302,36 @@ TEST_F(StreamReaderTest, WaitsAtItsGateAndThenFilesEveryQueueInOrder) {
     EXPECT_EQ(pairs_[1].rows->take(1).at(0).layout.columns, 4);
 }
 
+// The one who brings a frame files it itself where it can, and the thread the rest: none overtakes another.
+TEST_F(StreamReaderTest, KeepsTheOrderWhoeverFiles) {
+    constexpr int frames = 20000;
+    std::atomic<bool> over = false;
+    std::thread turner([&] {
+        while (!over) {
+            reader_->gate->release();
+            std::this_thread::yield();
+            reader_->gate->acquireOpen(Clock::now());
+            reader_->lookAgain();
+        }
+        reader_->gate->release();
+    });
+    std::thread bringer([&] {
+        for (int frame = 0; frame < frames; ++frame) {
+            pairs_[0].frames->tryPut(counting(frame % 15000 * 2, 2));
+            if (frame % 7 == 0) std::this_thread::yield();
+        }
+    });
+    for (int taken = 0; taken < 2 * frames;) {
+        ASSERT_NE(pairs_[0].rows->waitForSize(1, patience()), 0U);
+        for (const double value : valuesOf(pairs_[0].rows->take(1000))) ASSERT_EQ(value, taken++ % 30000);
+    }
+    bringer.join();
+    over = true;
+    turner.join();
+    EXPECT_EQ(pairs_[0].frames->size(), 0U);
+    EXPECT_EQ(pairs_[0].frames->tasks.count(), static_cast<std::size_t>(frames));
+}
+
 TEST_F(StreamReaderTest, TellsOfEachDroppedRowAndGoesOn) {
     reader_->gate->release();
     for (int i = 0; i < 50; ++i) pairs_[2].frames->tryPut(counting(0, 2));

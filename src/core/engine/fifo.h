@@ -72,6 +72,18 @@ private:
     std::size_t count_ = 0;
 };
 
+template <class Item>
+class Fifo;
+
+/// Who takes from a queue, and may take an item at once, on the thread that brings it.
+template <class Item>
+class DirectTaker {
+public:
+    virtual ~DirectTaker() = default;
+    /// Takes an item of an empty queue, or leaves it as it is. Never waits.
+    virtual bool tryTake(const Fifo<Item>& queue, Item& item) = 0;
+};
+
 /// Any thread may use any member. A capacity of 0 means no limit.
 template <class Item>
 class Fifo {
@@ -82,6 +94,10 @@ public:
 
     /// Adds an item if there is room; tells whether there was.
     bool tryPut(Item item) {
+        if (const auto taker = takerOfNext(); taker && taker->tryTake(*this, item)) {
+            tasks.add(1);
+            return true;
+        }
         return add([&](std::unique_lock<std::mutex>&) {
             if (capacity_ != 0 && items_.size() >= capacity_) return false;
             items_.push_back(std::move(item));
@@ -114,6 +130,11 @@ public:
     void setNotifier(std::shared_ptr<Notifier> notifier) {
         const std::lock_guard lock(mutex_);
         notifier_ = std::move(notifier);
+    }
+    /// Asked first about every item that finds the queue empty.
+    void setTaker(std::weak_ptr<DirectTaker<Item>> taker) {
+        const std::lock_guard lock(mutex_);
+        taker_ = std::move(taker);
     }
 
     std::optional<Item> tryGet() {
@@ -194,6 +215,11 @@ private:
         return true;
     }
 
+    std::shared_ptr<DirectTaker<Item>> takerOfNext() const {
+        const std::lock_guard lock(mutex_);
+        return items_.empty() ? taker_.lock() : nullptr;
+    }
+
     std::optional<Item> pop() {
         if (items_.empty()) return std::nullopt;
         std::optional<Item> item(std::move(items_.front()));
@@ -209,6 +235,7 @@ private:
     std::deque<Item> items_;
     std::atomic<std::uint64_t> ends_{0};
     std::shared_ptr<Notifier> notifier_;
+    std::weak_ptr<DirectTaker<Item>> taker_;
 };
 
 }  // namespace zvr

@@ -59,6 +59,10 @@ public:
     /// std::invalid_argument for a frame that is no whole number of rows.
     std::size_t put(const RowLayout& layout, Bytes frame, std::uint64_t number = newest);
 
+    /// The same if there is room for all of them, and a whole number of rows; else it does nothing, and leaves the
+    /// frame.
+    bool putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number);
+
     /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
     /// there was.
     bool putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
@@ -140,6 +144,7 @@ private:
         bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
+    std::size_t add(const RowLayout& layout, Bytes& frame, std::uint64_t number, std::size_t least = 0);
     std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
     void append(const RowLayout& layout, Bytes&& frame);
     /// Looks whether a run begins with the frame of so many rows that has come.

@@ -1,5 +1,6 @@
 #include "core/engine/stream_reader.h"
 
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -31,11 +32,18 @@ StreamReader::StreamReader(std::string name, std::vector<Pair> pairs, RowLayout 
 void StreamReader::rest(std::chrono::milliseconds most) { notifier_->await(notifier_->count(), Clock::now() + most); }
 
 void StreamReader::start() {
+    for (const Pair& pair : pairs_) pair.frames->setTaker(weak_from_this());
     startBody([self = shared_from_this()] { self->run(); });
 }
 
 void StreamReader::run() {
     Deadline lastFound{};
+    std::unique_lock route(route_);
+    const auto waiting = [&](auto wait) {
+        route.unlock();
+        wait();
+        route.lock();
+    };
     while (!ended_) {
         if (changed()) {
             supervisor_->renew(*this);
@@ -45,11 +53,23 @@ void StreamReader::run() {
         if (changed()) continue;
         const std::uint64_t notified = notifier_->count();
         if (!drainAll(all)) {
-            if (notifier_->await(notified, Clock::now() + lookAgainAfter) && waitsInQueue_) drainAll(1);
+            bool isNotified = false;
+            waiting([&] { isNotified = notifier_->await(notified, Clock::now() + lookAgainAfter); });
+            if (isNotified && waitsInQueue_) drainAll(1);
         } else if (const Deadline now = Clock::now(); now - std::exchange(lastFound, now) < dense) {
-            std::this_thread::sleep_for(gather);
+            waiting([] { std::this_thread::sleep_for(gather); });
         }
     }
+}
+
+bool StreamReader::tryTake(const StreamFifo& queue, StreamItem& item) {
+    const std::unique_lock route(route_, std::try_to_lock);
+    if (!route || ended_ || changed() || waitsInQueue_ || !item.isFrame || item.object || gateNow_->locked())
+        return false;
+    const auto pair = std::ranges::find(pairs_, &queue, [](const Pair& each) { return each.frames.get(); });
+    if (pair == pairs_.end()) return false;
+    const std::lock_guard lock(mutex_);
+    return pair->rows->putWhole(layout_, item.frame, item.number);
 }
 
 bool StreamReader::drainAll(std::size_t most) {
@@ -115,7 +135,10 @@ void StreamReader::setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> passe
     pairs_ = std::move(pairs);
     if (gateNow_ != passes) passed_ = passes->openings();
     gateNow_ = std::move(passes);
-    for (const Pair& pair : pairs_) pair.frames->setNotifier(notifier_);
+    for (const Pair& pair : pairs_) {
+        pair.frames->setNotifier(notifier_);
+        pair.frames->setTaker(weak_from_this());
+    }
 }
 
 }  // namespace zvr

@@ -3,6 +3,10 @@
 // Who runs what: the thread passes the gate, takes what the receive thread has filed in each data queue and puts it, as
 // rows, into the row queue beside it. The user's side turns the gate, sets the layout and ends the thread. What the
 // thread uses may be replaced while it runs: its supervisor then renews it, on the thread.
+//
+// While the thread waits, with nothing left to take, the receive thread may do its work: a frame that finds its queue
+// empty and room for its rows goes straight there, which saves a hand-over. The route belongs to one of the two: the
+// thread holds it but for its waits, and the other takes it only if it is free.
 #pragma once
 
 #include <functional>
@@ -17,7 +21,9 @@
 
 namespace zvr {
 
-class StreamReader final : public OwnedThread, public std::enable_shared_from_this<StreamReader> {
+class StreamReader final : public OwnedThread,
+                           public DirectTaker<StreamItem>,
+                           public std::enable_shared_from_this<StreamReader> {
 public:
     struct Pair {
         std::shared_ptr<StreamFifo> frames;
@@ -45,6 +51,8 @@ public:
     /// On the thread itself: waits until it is to look again.
     void rest(std::chrono::milliseconds most);
 
+    bool tryTake(const StreamFifo& queue, StreamItem& item) override;
+
     const std::shared_ptr<Gate> gate;
 
 private:
@@ -59,6 +67,7 @@ private:
         std::size_t count = 0;
     };
 
+    std::mutex route_;  // the thread's but for its waits
     std::vector<Pair> pairs_;
     std::shared_ptr<Gate> gateNow_ = gate;
     Gate::Passed passed_ = 0;
