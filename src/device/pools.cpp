@@ -251,7 +251,7 @@ Object objectOfEntry(const Entry& entry) {
 template <class Key, class Thing>
 void defineMakingPool(Package& package, const char* name, const char* doc, const char* thing, const char* items) {
     using Pool = MakingPool<Key, Thing>;
-    const Parameter standard{"default", "Any", "what is given where there is none", "None"};
+    const Parameter otherwise{"default", "Any", "what is given where there is none", "None"};
     ClassMaker type = py::class_<Pool, std::shared_ptr<Pool>>(package.module(), name, doc, py::dynamic_attr());
     static constexpr auto find = [](py::handle self, const Object& key) -> Object {
         const auto pool = native<Pool>(self);
@@ -332,35 +332,35 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
                  }});
     completeMapping(type, items);
     type.method({.name = "get",
-                 .parameters = {keyParameter, standard},
+                 .parameters = {keyParameter, otherwise},
                  .doc = "What is there under a key; nothing is made.",
                  .returns = {"Any"},
-                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                 .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
                      Object found = find(self, key);
-                     return found ? found : standard;
+                     return found ? found : otherwise;
                  }})
         .method({.name = "pop",
                  .parameters = {keyParameter, {"*args", "Any", "what is given where there is none"}},
                  .doc = "Takes an entry out.",
                  .returns = {"Any"},
                  .raises = {"KeyError: there is none, and no default"},
-                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                 .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
                      if (Object found = find(self, key)) {
                          erase(self, key);
                          return found;
                      }
-                     const py::tuple given = borrow(standard.ptr());
+                     const py::tuple given = borrow(otherwise.ptr());
                      if (given.empty()) missing(key);
                      return given[0];
                  }})
         .method({.name = "setdefault",
-                 .parameters = {keyParameter, standard},
+                 .parameters = {keyParameter, otherwise},
                  .doc = "What is there under a key, or else the default, put there.",
                  .returns = {"Any"},
-                 .body = [](py::handle self, const Object& key, const Object& standard) -> Object {
+                 .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
                      if (Object found = find(self, key)) return found;
-                     if (PyObject_SetItem(self.ptr(), key.ptr(), standard.ptr()) != 0) throw py::error_already_set();
-                     return standard;
+                     if (PyObject_SetItem(self.ptr(), key.ptr(), otherwise.ptr()) != 0) throw py::error_already_set();
+                     return otherwise;
                  }});
 }
 

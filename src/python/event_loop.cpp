@@ -75,9 +75,20 @@ bool LoopWakers::loopIsDue() {
     return true;
 }
 
-ReplyAwaiter::~ReplyAwaiter() {
-    subscription_.reset();
+LoopAwaiter::~LoopAwaiter() {
     if (wait_) wait_->waker()->leave(*wait_);
+}
+
+void LoopAwaiter::suspend(Task::Handle handle) {
+    const Object future = wait_->future();
+    if (!future) throw loopIsClosed();
+    lastTurn = Clock::now();
+    pending_.emplace(Awaiter::on(future));
+    pending_->await_suspend(handle);
+}
+
+void LoopAwaiter::resume() {
+    if (pending_) pending_->await_resume();
 }
 
 bool ReplyAwaiter::await_suspend(Task::Handle handle) {
@@ -88,40 +99,26 @@ bool ReplyAwaiter::await_suspend(Task::Handle handle) {
     const bool isLost = wakers_.receiver && wakers_.receiver->loss();  // behind what the link brought last
     if (pool_->contains(key_)) return false;
     if (isLost) wakers_.receiver->requireLink();
-    const Object future = wait_->future();
-    if (!future) throw loopIsClosed();
-    lastTurn = Clock::now();
-    pending_.emplace(Awaiter::on(future));
-    pending_->await_suspend(handle);
+    suspend(handle);
     return true;
 }
 
 void ReplyAwaiter::await_resume() {
-    if (pending_) pending_->await_resume();
+    resume();
     if (wait_->lost()) wakers_.receiver->requireLink();
     if (wait_->expired()) throw AwaitTimedOut();
 }
 
 RowsAwaiter::~RowsAwaiter() {
-    if (!wait_) return;
-    queue_->forget(*wait_);
-    wait_->waker()->leave(*wait_);
+    if (wait_) queue_->forget(*wait_);
 }
 
 bool RowsAwaiter::await_suspend(Task::Handle handle) {
     if (limit_ <= Clock::now()) return false;
     wait_ = wakers_.wait(limit_, false);
     if (!queue_->tellAt(count_, wait_)) return false;
-    const Object future = wait_->future();
-    if (!future) throw loopIsClosed();
-    lastTurn = Clock::now();
-    pending_.emplace(Awaiter::on(future));
-    pending_->await_suspend(handle);
+    suspend(handle);
     return true;
-}
-
-void RowsAwaiter::await_resume() {
-    if (pending_) pending_->await_resume();
 }
 
 }  // namespace zvr::python

@@ -54,52 +54,61 @@ private:
     std::vector<std::shared_ptr<LoopWaker>> wakers_;
 };
 
-/// Waits on the running event loop until a reply with this key may be there. Whoever drops it, at whatever moment, ends
-/// its part in the loop.
-class ReplyAwaiter {
+/// What waits on the running event loop. Whoever drops it, at whatever moment, ends its part in the loop.
+class LoopAwaiter {
 public:
-    ReplyAwaiter(LoopWakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
-        : wakers_(wakers), pool_(std::move(pool)), key_(key) {}
-    ~ReplyAwaiter();
-    ReplyAwaiter(const ReplyAwaiter&) = delete;
-    ReplyAwaiter& operator=(const ReplyAwaiter&) = delete;
+    LoopAwaiter(const LoopAwaiter&) = delete;
+    LoopAwaiter& operator=(const LoopAwaiter&) = delete;
 
     bool await_ready() const noexcept { return false; }
-    /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
-    bool await_suspend(Task::Handle handle);
-    /// Throws what the loop brought instead of a result, or AwaitTimedOut.
-    void await_resume();
+
+protected:
+    explicit LoopAwaiter(LoopWakers& wakers) : wakers_(wakers) {}
+    ~LoopAwaiter();
+    /// Suspends until the wait is over.
+    void suspend(Task::Handle handle);
+    /// Throws what the loop brought instead of a result.
+    void resume();
+
+    LoopWakers& wakers_;
+    std::shared_ptr<LoopWait> wait_;
 
 private:
-    LoopWakers& wakers_;
-    std::shared_ptr<EchoPool> pool_;
-    EchoPool::Key key_;
-    std::shared_ptr<LoopWait> wait_;
-    std::optional<Subscription> subscription_;
     std::optional<Awaiter> pending_;
 };
 
-/// Waits on the running event loop until a queue may have this many rows, or until `limit`.
-class RowsAwaiter {
+/// Waits until a reply with this key may be there.
+class ReplyAwaiter : public LoopAwaiter {
 public:
-    RowsAwaiter(LoopWakers& wakers, std::shared_ptr<RowQueue> queue, std::size_t count, Deadline limit)
-        : wakers_(wakers), queue_(std::move(queue)), count_(count), limit_(limit) {}
-    ~RowsAwaiter();
-    RowsAwaiter(const RowsAwaiter&) = delete;
-    RowsAwaiter& operator=(const RowsAwaiter&) = delete;
+    ReplyAwaiter(LoopWakers& wakers, std::shared_ptr<EchoPool> pool, EchoPool::Key key)
+        : LoopAwaiter(wakers), pool_(std::move(pool)), key_(key) {}
+    ~ReplyAwaiter() { subscription_.reset(); }
 
-    bool await_ready() const noexcept { return false; }
+    /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
     bool await_suspend(Task::Handle handle);
-    /// Throws what the loop brought instead of a result.
+    /// Throws AwaitTimedOut when the limit has struck.
     void await_resume();
 
 private:
-    LoopWakers& wakers_;
+    std::shared_ptr<EchoPool> pool_;
+    EchoPool::Key key_;
+    std::optional<Subscription> subscription_;
+};
+
+/// Waits until a queue may have this many rows, or until `limit`.
+class RowsAwaiter : public LoopAwaiter {
+public:
+    RowsAwaiter(LoopWakers& wakers, std::shared_ptr<RowQueue> queue, std::size_t count, Deadline limit)
+        : LoopAwaiter(wakers), queue_(std::move(queue)), count_(count), limit_(limit) {}
+    ~RowsAwaiter();
+
+    bool await_suspend(Task::Handle handle);
+    void await_resume() { resume(); }
+
+private:
     std::shared_ptr<RowQueue> queue_;
     std::size_t count_;
     Deadline limit_;
-    std::shared_ptr<LoopWait> wait_;
-    std::optional<Awaiter> pending_;
 };
 
 /// Called once, when the module is made.
