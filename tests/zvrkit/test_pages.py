@@ -14,7 +14,7 @@ from simulators import can_make_networks
 
 ROOT = Path(__file__).parents[2]
 HERE = Path(__file__).parent
-PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").rglob("*.md"))]
 ON_USB = ("SableDio", "SableCan")
 
 
