@@ -11,6 +11,8 @@ import subprocess
 import sys
 from pathlib import Path
 
+from reference import everything
+
 ROOT = Path(__file__).resolve().parent.parent
 LEFT_OUT = {"build", "dist", "docs", ".git"}
 
@@ -37,12 +39,6 @@ def pages_of_the_tree():
     return {path.relative_to(docs): path for path in docs.rglob("*") if path.is_file() and "__pycache__" not in path.parts}
 
 
-def generated():
-    """Texts of the reference by their path in docs/."""
-    from reference import modules
-    return {Path("reference") / name: text for name, text in modules.quietly(lambda: modules.Pages().all()).items()}
-
-
 def draw_figures(folder):
     folder.mkdir(parents=True, exist_ok=True)
     newest = max(path.stat().st_mtime for path in (ROOT / "docs/figures").glob("*.py"))
@@ -57,7 +53,9 @@ def main():
     for entry in ROOT.iterdir():
         if entry.name not in LEFT_OUT:
             link(tree / entry.name, entry)
-    pages, texts = pages_of_the_tree(), generated()
+    (docs / "figures/models").mkdir(parents=True, exist_ok=True)
+    texts = {Path("reference") / name: text for name, text in everything.pages(docs / "figures/models").items()}
+    pages = pages_of_the_tree()
     wanted = {docs / name for name in [*pages, *texts]}
     for name, path in pages.items():
         link(docs / name, path)
@@ -67,7 +65,7 @@ def main():
     for path in docs.rglob("*"):
         if path.is_dir() and not path.is_symlink():
             continue
-        if path not in wanted and path.parent != docs / "figures":
+        if path not in wanted and docs / "figures" not in path.parents:
             path.unlink()
 
 

@@ -3,6 +3,7 @@
 import re
 
 CODE = re.compile(r"`([^`]+)`")
+NOTE = re.compile(r"compatibility note \d+")
 
 
 class Targets:
@@ -41,7 +42,8 @@ def line(text, targets=None, prefer=""):
         # Markup must not touch letters.
         parts[place] = ("\\ " if re.search(r"[^\s(\[\"'/-]$", before) else "") + code + (
             "\\ " if re.match(r"[^\s.,:;!?)\]\"'/-]", after) else "")
-    return "".join(part if place % 2 else escaped(part) for place, part in enumerate(parts))
+    return "".join(part if place % 2 else NOTE.sub(r":doc:`\g<0> </reference/compatibility>`", escaped(part))
+                   for place, part in enumerate(parts))
 
 
 def paragraphs(text, targets=None, prefer=""):

@@ -1,8 +1,5 @@
 """A page for each module: its classes, and every operation in both forms."""
 
-import contextlib
-import io
-
 import pyzvr
 from reference import markup, package, wire
 
@@ -12,8 +9,8 @@ HIDDEN = ("Steps and single exchanges",
 
 class Pages:
 
-    def __init__(self):
-        self.targets = targets_of_everything()
+    def __init__(self, targets):
+        self.targets = targets
         self.wire = wire.of_all()
 
     def all(self):
@@ -29,7 +26,7 @@ class Pages:
         return pages
 
     def index(self):
-        lines = [":orphan:", ""] + markup.heading("Modules")
+        lines = markup.heading("Modules")
         lines += ["One page for each module. An operation whose name ends in ``_async`` is awaited in an event loop; the one without "
                   "blocks, and takes a ``timeout``.", ""]
         for chapter, pages in package.CHAPTERS.items():
@@ -85,6 +82,7 @@ class Pages:
         head = f".. {directive}:: "
         lines = [head + first, *(" " * len(head) + each for each in more)]
         lines += ["   :async:"] if operation.is_async else []
+        lines += ["   :staticmethod:"] if operation.is_static else []
         return lines + [""] + markup.indented(self.body(operation, f"pyzvr.{operation.cls}"))
 
     def body(self, operation, prefer):
@@ -138,7 +136,7 @@ def targets_of_everything():
     targets = markup.Targets()
     for name in package.public_classes():
         targets.add(name, "exc" if name in package.failures() else "class", f"pyzvr.{name}")
-        if name in package.failures() or name in package.models() or not page_has(name):
+        if name not in package.documented():
             continue
         for operation in package.operations_of(name):
             targets.add(operation.name, "meth", f"pyzvr.{operation.cls}.{operation.name}")
@@ -153,13 +151,3 @@ def targets_of_everything():
     for name in package.constants():
         targets.add(name, "data", f"pyzvr.{name}")
     return targets
-
-
-def page_has(name):
-    return any(name in names for _, names in package.PAGES.values())
-
-
-def quietly(function):
-    """Without what handles say when they open and close."""
-    with contextlib.redirect_stdout(io.StringIO()):
-        return function()

@@ -96,6 +96,11 @@ def page_of(name):
     raise LookupError(f"no page tells of pyzvr.{name}: name it in CHAPTERS of tools/reference/package.py")
 
 
+def documented():
+    """Classes with entries of their own on the pages of modules; awaitable classes stand with the blocking ones."""
+    return [name for _, names in PAGES.values() for name in names]
+
+
 def is_public(name):
     return not name.startswith("_")
 
@@ -138,13 +143,17 @@ class Operation:
         return [self.name] + ([self.other[1]] if self.other else [])
 
     def signature(self, cls, name, value):
-        parameters = re.sub(r"^(async )?def \w+\(self(, /)?,? ?", "(", value.__stub__).removesuffix(": ...")
+        parameters = re.sub(r"^(async )?def \w+\((self(, /)?(, )?)?", "(", value.__stub__).removesuffix(": ...")
         return f"{cls}.{name}{parameters}"
 
     @property
     def signatures(self):
         found = [self.signature(self.cls, self.name, self.value)]
         return found + ([self.signature(*self.other)] if self.other else [])
+
+    @property
+    def is_static(self):
+        return isinstance(vars(getattr(pyzvr, self.cls))[self.name], staticmethod)
 
     @property
     def is_async(self):
