@@ -1,4 +1,4 @@
-"""The page of what every operation sends and returns.
+"""What every operation sends and returns, as tables.
 
 Command and payload of an operation that is one exchange are in its definition. What an operation with steps sends is
 seen by letting it run on each model with a stand-in for the device, which records the requests and answers them. Checks
@@ -16,6 +16,7 @@ import os
 import tempfile
 
 import pyzvr
+from reference import markup, package
 
 OPERATION = type(pyzvr.checkFirmwareError)
 # Of names that share a number, the first one.
@@ -183,14 +184,12 @@ def result_of(value):
     return declared.removesuffix(".") or kind
 
 
-def row_of(name, value, products):
+def told(name, value, products):
+    """What an operation sends, and what it returns."""
     if value.__exchange__:
         command, payload, _ = value.__exchange__
-        sent = f"`{command}`" + (f": {payload}" if payload else "")
-    else:
-        sent = sent_by(name, value, products)
-    cells = [f"`{name}`", sent, result_of(value)]
-    return "| " + " | ".join(cell.replace("|", "\\|") for cell in cells) + " |"
+        return f"`{command}`" + (f": {payload}" if payload else ""), result_of(value)
+    return sent_by(name, value, products), result_of(value)
 
 
 @contextlib.contextmanager
@@ -204,19 +203,27 @@ def stand_ins():
         yield [stack.enter_context(stand_in(model)) for model in [*pyzvr.HANDLE_LIST, "DeviceFinder"]]
 
 
-def page():
-    lines = [
-        "# What is sent, and what comes back", "", "Written by `make stubs`; do not edit.", "",
-        "Payloads are bytes in their order. Where an operation is one exchange they are told by their arguments and, where",
-        "no argument gives them, as numbers. Of operations with steps it is the commands that they send, one after the",
-        "other, with the bytes that are always the same; `_` stands for a byte that depends on arguments, replies or the",
-        "model, and `...` for more of them. Some operations send other commands on another model or with other arguments,",
-        "or nothing. The asynchronous variants send the same. The arguments are explained in the type stub and in the",
-        "reference that `make docs` writes.", ""
-    ]
+def of_all():
+    """What each operation sends and returns, by its class and name."""
     with stand_ins() as products:
-        for cls in feature_classes():
-            lines += [f"## {cls.__name__}", "", "| Operation | Sends | Returns |", "| --- | --- | --- |"]
-            lines += [row_of(name, value, products) for name, value in operations_of(cls).items()]
-            lines.append("")
-    return "\n".join(lines).rstrip() + "\n"
+        return {(cls.__name__, name): told(name, value, products)
+                for cls in feature_classes() for name, value in operations_of(cls).items()}
+
+
+def pages(wire, targets):
+    """A page of tables for each chapter, by its name."""
+    found = {}
+    for chapter, modules in package.CHAPTERS.items():
+        lines = markup.heading(f"{chapter}: what is sent, and what comes back")
+        lines += [".. py:currentmodule:: pyzvr", "", ":doc:`index` tells how to read these tables.", ""]
+        empty = len(lines)
+        for title, names in modules.values():
+            for cls in names.split():
+                rows = [[targets.role(name, f"pyzvr.{cls}"), markup.line(sent, targets), markup.line(result, targets)]
+                        for (holder, name), (sent, result) in wire.items() if holder == cls]
+                if rows:
+                    lines += markup.heading(f"{title}: {cls}", "-")
+                    lines += markup.table(["Operation", "Sends", "Returns"], rows, (3, 5, 4))
+        if len(lines) > empty:
+            found[f"wire/{chapter.lower()}.rst"] = "\n".join(lines)
+    return found
