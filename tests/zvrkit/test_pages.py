@@ -15,7 +15,11 @@ from simulators import can_make_networks
 ROOT = Path(__file__).parents[2]
 HERE = Path(__file__).parent
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").rglob("*.md"))]
-ON_USB = ("SableDio", "SableCan")
+# What is on the buses of a page's simulated USB devices, where it is not what they have anyway.
+PEERS = {"can_filters.md": ("--peer", "cyclic@can:1:10:0x100", "--peer", "responder@can:1")}
+# The blocking forms of motion lose a reply that a busy machine holds back for 30 ms, as the pages say.
+BUSY = "ReceivePacketTimeoutError: Error -8004"
+TRIES = 3
 
 
 def runs(page):
@@ -27,9 +31,10 @@ def test_the_programs_of_a_page_print_what_it_says(page):
     command = [sys.executable, str(HERE / "page_lab.py"), str(page)]
     with contextlib.ExitStack() as stack:
         run = subprocess.run
-        if re.search(r"pyzvr\.Sable", page.read_text()):
+        models = sorted({*re.findall(r"pyzvr\.(Sable\w+)\(\) as|= pyzvr\.(Sable\w+)", page.read_text())})
+        if models:
             try:
-                bus = zvrkit.sim.usb(*(f"{model}:{model}" for model in ON_USB))
+                bus = zvrkit.sim.usb(*(f"{model}:{model[:8]}" for model in map("".join, models)), *PEERS.get(page.name, ()))
             except zvrkit.sim.SimulatorError as missing:
                 pytest.skip(str(missing))
             run = stack.enter_context(bus).run
@@ -38,7 +43,10 @@ def test_the_programs_of_a_page_print_what_it_says(page):
                 pytest.skip("network namespaces are not allowed here")
             lab = ROOT / "tests/python/labs/network_lab.py"
             command = ["unshare", "--net", sys.executable, str(lab), *command]
-        done = run(command, capture_output=True, text=True, timeout=60)
+        for _ in range(TRIES if "pyzvr.Ratchet" in page.read_text() else 1):
+            done = run(command, capture_output=True, text=True, timeout=60)
+            if BUSY not in done.stderr:
+                break
     assert done.returncode == 0, done.stderr
 
 
