@@ -58,10 +58,10 @@ def axis_profile(path):
     times, places = [], []
     with zvrkit.sim.device("Ratchet") as place, pyzvr.Ratchet() as controller:
         controller.connect(*place.address, verbose=False)
-        controller.Motion_open(0)
-        controller.Motion_cfgAxisMove(0, 0, 0, 2000, velo=4000, accel=10000, decel=10000)
 
         async def move():
+            await controller.Motion_open_async(0)
+            await controller.Motion_cfgAxisMove_async(0, 0, 0, 2000, velo=4000, accel=10000, decel=10000)
             await controller.Motion_startSingleAxisMove_async(0, 0)
             begin = time.monotonic()
             while not times or times[-1] < 1.0:
