@@ -1,7 +1,6 @@
 """Three boxes at once in one event loop: a stream, temperatures, and a door that is watched."""
 
 import asyncio
-import contextlib
 
 import pyzvr
 import zvrkit.sim
@@ -36,12 +35,14 @@ async def door(box: pyzvr.TarnDio) -> None:
 
 
 async def main() -> None:
-    with contextlib.ExitStack() as simulators:
-        places = [simulators.enter_context(zvrkit.sim.device(model)) for model in ("TarnAnalog", "TarnThermo", "TarnDio")]
+    simulate = zvrkit.sim.device
+    with simulate("TarnAnalog") as one, simulate("TarnThermo") as two, simulate("TarnDio") as three:
         async with pyzvr.TarnAnalog() as analog, pyzvr.TarnThermo() as thermo, pyzvr.TarnDio() as dio:
-            boxes = (analog, thermo, dio)
-            await asyncio.gather(*(box.connect_async(*place.address) for box, place in zip(boxes, places)))
-            asyncio.get_running_loop().call_later(0.5, places[2].level, 1, 3, True)  # somebody opens the door
+            await analog.connect_async(*one.address)
+            await thermo.connect_async(*two.address)
+            await dio.connect_async(*three.address)
+            # Somebody opens the door.
+            asyncio.get_running_loop().call_later(0.5, three.level, 1, 3, True)
             await asyncio.gather(stream(analog), temperatures(thermo), door(dio))
     print("all are done")
 
