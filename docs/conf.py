@@ -12,14 +12,17 @@ project = "pyzvr"
 author = copyright = "the authors of pyzvr"
 release = re.search(r"project\(pyzvr VERSION ([0-9.]+)", (HERE.parent / "CMakeLists.txt").read_text())[1]
 
-extensions = ["myst_parser", "sphinx_copybutton", "both_forms", "inline_svg", "links_of_the_tree"]
+extensions = ["myst_parser", "sphinx_copybutton", "entries", "inline_svg", "links_of_the_tree",
+              "theme_repairs", "contents_of_pages"]
 exclude_patterns = ["README.md", "figures/*.md", "_static", "_extensions"]  # what is for readers of the tree alone
 source_suffix = {".md": "markdown", ".rst": "restructuredtext"}
 root_doc = "index"
 primary_domain = "py"
 highlight_language = "python"
 add_module_names = False
-toc_object_entries = False
+toc_object_entries_show_parents = "hide"
+
+smartquotes = False  # two dashes are an option
 
 nitpicky = True
 # The host's own types: nothing is fetched, so there is no index of them.

@@ -131,7 +131,7 @@ def port_rows(each):
     for name, places in each.functions:
         lines = [f"port {port} pins {pictures.spans(sorted(pin for on, pin in places if on == port))}"
                  for port in sorted({port for port, _ in places})]
-        has.setdefault(name, []).append("on the lines " + ", ".join(lines))
+        has.setdefault(name, []).append("on " + ", ".join(lines))
     return rows + [[name, "; ".join(texts)] for name, texts in has.items()]
 
 
@@ -159,11 +159,14 @@ def page(name, words, targets):
     lines += markup.heading("Modules and operations", "-")
     lines += ["Every operation has an awaitable form of the same name with ``_async``, unless its entry shows one form only.", ""]
     for slug, (title, names) in package.PAGES.items():
-        had = [cls for cls in names if issubclass(each.cls, getattr(pyzvr, cls))]
-        found = [targets.role(operation.name, f"pyzvr.{operation.cls}") for cls in had for operation in package.operations_of(cls)
-                 if package.is_public(operation.name)]
+        found = {}
+        for cls in names:
+            if issubclass(each.cls, getattr(pyzvr, cls)):
+                for operation in package.operations_of(cls):
+                    if package.is_public(operation.name):
+                        found.setdefault(operation.name, targets.role(operation.name, f"pyzvr.{operation.cls}"))
         if found:
-            lines += [f":ref:`{title} <module-{slug}>`", "   " + ", ".join(found), ""]
+            lines += [f":ref:`{title} <module-{slug}>`", "   " + ", ".join(found.values()), ""]
     return "\n".join(lines)
 
 

@@ -1,5 +1,7 @@
 """A page for each module: its classes, and every operation in both forms."""
 
+import re
+
 import pyzvr
 from reference import markup, package, wire
 
@@ -39,19 +41,35 @@ class Pages:
         summary = package.Doc(getattr(pyzvr, names[0]).__doc__).text.split("\n\n")[0]
         lines += [markup.line(summary, self.targets), ""]
         lines += self.had_by(names[0])
-        for name in names:
-            lines += self.class_entry(name)
         operations = [each for name in names for each in package.operations_of(name)]
         public = [each for each in operations if package.is_public(each.name)]
         hidden = [each for each in operations if not package.is_public(each.name)]
         if public:
-            lines += markup.heading("Operations" if hidden else "Methods", "-")
-            lines += [each for operation in public for each in self.entry(operation)]
+            lines += self.overview(public)
+        distinct = len({each.name for each in public}) == len(public)
+        for cls in dict.fromkeys("" if distinct else each.cls for each in public):
+            title = ("Operations" if hidden else "Methods") + (f" of {cls}" if cls else "")
+            lines += markup.heading(title, "-")
+            lines += [each for operation in public if cls in ("", operation.cls) for each in self.entry(operation)]
         if hidden:
             title, text = HIDDEN
             lines += markup.heading(title, "-") + [text, ""]
             lines += [each for operation in hidden for each in self.entry(operation)]
+        lines += markup.heading("Classes", "-")
+        lines += [each for name in names for each in self.class_entry(name)]
         return "\n".join(lines)
+
+    def overview(self, operations):
+        """What there is, at a glance."""
+        rows = {}
+        for each in operations:
+            rows.setdefault(each.name, [self.targets.role(each.name, f"pyzvr.{each.cls}"), self.first_sentence(each)])
+        return markup.table(["Name", "What it does"], list(rows.values()), (2, 3))
+
+    def first_sentence(self, operation):
+        paragraph = " ".join(operation.doc.text.split("\n\n")[0].split())
+        sentence = re.match(r"(.*?\.)(?= [A-Z]|$)", paragraph)
+        return markup.line(sentence[1] if sentence else paragraph, self.targets, f"pyzvr.{operation.cls}")
 
     def had_by(self, name):
         models = [model for model in package.models() if issubclass(getattr(pyzvr, model), getattr(pyzvr, name))]
@@ -64,7 +82,7 @@ class Pages:
         doc = package.Doc(getattr(pyzvr, name).__doc__)
         bases = [base.__name__ for base in getattr(pyzvr, name).__bases__ if base.__name__ in package.public_classes()]
         both = hasattr(pyzvr, name + "_async")
-        lines = [f".. py:class:: {name}", *([f"              {name}_async"] if both else []), ""]
+        lines = [f".. py:class:: {name}", ""]
         body = markup.paragraphs(doc.text, self.targets, f"pyzvr.{name}")
         if bases:
             body += ["Derives from " + ", ".join(f":py:class:`{base}`" for base in bases) + ".", ""]
@@ -75,7 +93,10 @@ class Pages:
                 kind = value.fget.__stub__.split(" -> ")[1].removesuffix(": ...")
                 body += [f".. py:property:: {key}", f"   :type: {kind}", ""]
                 body += markup.indented(markup.paragraphs(package.Doc(value.__doc__).text, self.targets, f"pyzvr.{name}"))
-        return lines + markup.indented(body)
+        lines += markup.indented(body)
+        if both:
+            lines += [f".. py:class:: {name}_async", "", f"   The awaitable form of :py:class:`{name}`. A product has both.", ""]
+        return lines
 
     def entry(self, operation, directive="py:method"):
         first, *more = operation.signatures
@@ -134,6 +155,8 @@ class Pages:
 
 def targets_of_everything():
     targets = markup.Targets()
+    arguments = {argument for name in package.documented() for operation in package.operations_of(name)
+                 for argument, *_ in operation.doc.arguments}
     for name in package.public_classes():
         targets.add(name, "exc" if name in package.failures() else "class", f"pyzvr.{name}")
         if name not in package.documented():
@@ -144,7 +167,8 @@ def targets_of_everything():
                 cls, other, _ = operation.other
                 targets.add(other, "meth", f"pyzvr.{cls}.{other}")
         doc = package.Doc(getattr(pyzvr, name).__doc__)
-        for attribute in {each[0] for each in doc.attributes} | set(package.properties_of(name)):
+        # A name that arguments have, too, mostly means one of them.
+        for attribute in ({each[0] for each in doc.attributes} | set(package.properties_of(name))) - arguments:
             targets.add(attribute, "attr", f"pyzvr.{name}.{attribute}")
     for name in package.functions():
         targets.add(name, "func", f"pyzvr.{name}")

@@ -1,0 +1,220 @@
+"""The generated reference has everything that the module has; and the site that Sphinx makes of it is whole, and its search
+finds everything by name."""
+
+import functools
+import html
+import importlib.util
+import inspect
+import json
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+import site_links
+import zvrkit.sim
+from reference import companion, failures, markup, models, modules, package, pictures, simulator
+
+import pyzvr
+
+ROOT = Path(__file__).parents[2]
+ENTRY = re.compile(r"^ *(?:\.\. py:\w+::)? +(?:\w+\.)*(\w+)(?=\(|$)", re.MULTILINE)
+CHROMIUM = shutil.which("chromium")
+
+
+@functools.cache
+def targets():
+    return modules.targets_of_everything()
+
+
+@functools.cache
+def module_pages():
+    return modules.Pages(targets()).all()
+
+
+def entries(pages):
+    return {name for text in pages.values() for name in ENTRY.findall(text)}
+
+
+def names_of_the_module():
+    """Names of functions, classes, and all that classes define, as `dir` has them; apart from what the generator takes."""
+    found = set()
+    for name, value in vars(pyzvr).items():
+        if name.startswith("_") or inspect.ismodule(value):
+            continue
+        found.add(name)
+        if inspect.isclass(value) and name not in pyzvr.HANDLE_LIST and not issubclass(value, BaseException):
+            found |= {inner for inner, member in vars(value).items()
+                      if not inner.startswith("_") and (callable(member) or isinstance(member, (property, staticmethod, classmethod)))}
+    return found - {"annotations"}
+
+
+def test_everything_public_of_the_module_has_an_entry():
+    pages = {**module_pages(), **failures.pages(targets()), **{name: f".. py:class:: {name}()" for name in package.models()}}
+    assert names_of_the_module() - entries(pages) == set()
+
+
+def test_an_entry_has_both_forms_and_what_the_docstring_says():
+    (entry,) = re.findall(r"\.\. py:method:: DIOModule\.DI_readPort\(.*?(?=\n\.\. py:)", module_pages()["modules/dio.rst"], re.DOTALL)
+    assert "DIOModule.DI_readPort(port: int, timeout: float = 3) -> list[int]" in entry
+    assert "DIOModule_async.DI_readPort_async(port: int) -> list[int]" in entry
+    assert ":param timeout: seconds in which the device must answer, above 0. Only the blocking form has it." in entry
+    assert ":raises ReceivePacketTimeoutError: blocking form:" in entry and ":raises asyncio.TimeoutError: awaitable form:" in entry
+    assert ":raises DIPortNotAvaliableError: the model has no such port." in entry
+    assert "GET_AND_READ_DI" in entry or "READ_DI" in entry
+
+
+@pytest.mark.parametrize("form", ["blocking", "awaitable"])
+def test_no_argument_return_or_failure_of_an_operation_is_left_out(form):
+    pages = modules.Pages(targets())
+    for name in package.documented():
+        for operation in package.operations_of(name):
+            value = operation.value if form == "blocking" else operation.other and operation.other[2]
+            if value is None:
+                continue
+            said, text = value.__doc__ or "", "\n".join(pages.entry(operation))
+            for argument in re.findall(r"^    \*{0,2}(\w+) \(", said.partition("\nReturns:")[0], re.MULTILINE):
+                assert f"{argument}: " in text, operation.signatures
+            raised = said.partition("\nRaises:\n")[2]
+            for failure in re.findall(r"^    ([\w., ]+?):", raised, re.MULTILINE):
+                assert all(f":raises {each}: " in text for each in failure.split(", ")), operation.signatures
+            assert ("\nReturns:\n" in said) == (":returns: " in text), operation.signatures
+
+
+def test_every_failure_has_code_bases_and_what_to_do():
+    pages = failures.pages(targets())
+    for name, cls in package.failures().items():
+        (entry,) = re.findall(rf"\.\. py:exception:: {name}\n.*?(?=\n\.\. py:|\Z)", "\n".join(pages.values()), re.DOTALL)
+        assert ":What to do: " in entry and ":Derives from: " in entry
+        code = getattr(cls, "code", None)
+        assert code is None or f"``{code}``" in entry
+    assert "status 10;" in pages["failures/device.rst"]
+
+
+def test_what_is_new_and_told_of_nowhere_fails_the_build(monkeypatch):
+    monkeypatch.setattr(pyzvr, "NewModule", type("NewModule", (), {"__module__": "pyzvr"}), raising=False)
+    with pytest.raises(LookupError, match="no page tells of pyzvr.NewModule"):
+        modules.Pages(targets()).all()
+    with pytest.raises(LookupError, match="what to do about pyzvr.NewFailure"):
+        failures.remedy("NewFailure")
+
+
+def test_every_model_has_a_page_and_a_picture_of_its_pins(tmp_path):
+    words = models.draw(tmp_path)
+    pages = models.pages(words, targets())
+    table = json.loads(subprocess.run([zvrkit.sim.program(), "--table"], capture_output=True, text=True, check=True).stdout)
+    for row in table:
+        name = row["model"]
+        picture, page = (tmp_path / f"{name}.svg").read_text(), pages[f"models/{name}.rst"]
+        drawn = {(int(port), int(pin)): kind for port, pin, kind in re.findall(r"<title>port (\d+) pin (\d+): ([a-z ]+)</title>", picture)}
+        pins = {kind: {(int(port), pin) for port, numbers in row[f"digital_{kind}s"].items() for pin in numbers}
+                for kind in ("input", "output")}
+        for kind in pins:
+            assert {place for place, shown in drawn.items() if kind in shown} == pins[kind], name
+        for bus, ports in row["buses"].items():
+            for port in ports:
+                assert f">{bus.upper()} {port}</text>" in picture, name
+        assert len(re.findall(r">Analog input [^<]*</text>", picture)) == len(row["analog_inputs"])
+        assert f"   :alt: {row['name']}, " in page and f"../figures/models/{name}.svg"[2:] in page
+        # What is drawn stays inside, and is read on a telephone.
+        assert all(0 <= float(x) <= 440 for x in re.findall(r' x="([^"]*)"', picture))
+        assert min(int(size) for size in re.findall(r'font-size="(\d+)"', picture)) >= 11
+    assert len(table) == len(pages) - 1
+
+
+@pytest.mark.parametrize(("numbers", "text"), [([], ""), ([3], "3"), ([0, 1], "0, 1"), ([0, 1, 2, 6, 7], "0 to 2, 6, 7")])
+def test_runs_of_pins_are_told_as_such(numbers, text):
+    assert pictures.spans(numbers) == text
+
+
+@pytest.mark.parametrize(("text", "wanted"), [
+    ("`DI_readPort`s", ":py:meth:`DI_readPort <pyzvr.DIOModule.DI_readPort>`\\ s"),
+    ("a_ *b* |c|", r"a\_ \*b\* \|c\|"),
+    ("`timeout` above", "``timeout`` above"),
+    ("(compatibility note 12)", "(:doc:`compatibility note 12 </reference/compatibility>`)"),
+])
+def test_texts_of_docstrings_become_markup(text, wanted):
+    assert markup.line(text, targets()) == wanted
+
+
+def test_the_simulator_page_has_every_option_and_line():
+    page = simulator.pages()["simulator/zvr-sim.rst"]
+    shown = subprocess.run([zvrkit.sim.program(), "--help"], capture_output=True, text=True, check=True).stdout
+    assert set(re.findall(r"^  (--[\w-]+)", shown, re.MULTILINE)) == set(re.findall(r"^\.\. option:: (--[\w-]+)", page, re.MULTILINE))
+    assert {"cut", "stall", "wave", "level", "refuse"} <= set(re.findall(r"^\.\. option:: ([a-z]+)", page, re.MULTILINE))
+    assert {"plug", "unplug", "late", "transfers"} <= set(simulator.steering("zvr-sim-usb"))
+
+
+def test_the_companion_pages_have_what_is_public_of_it():
+    pages = companion.pages()
+    assert {"device", "usb", "Place", "Bus", "BusDevice", "SimulatorError", "restart_beside_usb", "cut", "stall", "wave", "level",
+            "refuse"} <= entries({"": pages["zvrkit/zvrkit.sim.rst"]})
+    assert "simulated_device" in pages["zvrkit/zvrkit.pytest_plugin.rst"] and "Reconnecting" in pages["zvrkit/zvrkit.connection.rst"]
+
+
+def test_broken_links_of_a_site_are_found(tmp_path):
+    (tmp_path / "other.html").write_text('<p id="here">')
+    (tmp_path / "index.html").write_text('<script src="https://cdn.example/x.js"></script><a href="other.html#here">1</a>'
+                                         '<a href="other.html#gone">2</a><a href="gone.html">3</a><a href="https://example/">4</a>')
+    found = list(site_links.faults(tmp_path))
+    assert len(found) == 3
+    assert "elsewhere" in found[2] and "other.html#gone has no such place" in found[0] and "nothing is at gone.html" in found[1]
+
+
+@pytest.fixture(scope="module")
+def site(tmp_path_factory):
+    for needed in ("sphinx", "furo", "myst_parser", "sphinx_copybutton", "matplotlib"):
+        if importlib.util.find_spec(needed) is None:
+            pytest.skip(f"{needed} is not installed")
+    folder = tmp_path_factory.mktemp("site")
+    steps = [[str(ROOT / "tools/site_tree.py"), str(folder / "tree")],
+             ["-m", "sphinx", "-b", "html", "-W", "--keep-going", "-n", "-q", "-j", "auto", "-c", str(ROOT / "docs"),
+              "-d", str(folder / "read"), str(folder / "tree/docs"), str(folder / "html")]]
+    for step in steps:
+        done = subprocess.run([sys.executable, *step], cwd=ROOT, capture_output=True, text=True)
+        assert done.returncode == 0, done.stdout + done.stderr
+    return folder / "html"
+
+
+def wanted_names():
+    """All that the search has to find by its name."""
+    operations = {each for name in package.documented() for operation in package.operations_of(name) for each in operation.names}
+    options = {each for program in simulator.PROGRAMS for each in simulator.options(program)}
+    return sorted({*operations, *package.failures(), *package.models(), *options})
+
+
+def test_the_site_is_built_without_warnings_and_its_links_lead_somewhere(site):
+    assert list(site_links.faults(site)) == []
+    page = (site / "reference/models/TarnDio.html").read_text()
+    assert 'role="img" aria-label="Tarn-Dio, Ethernet: port 0 has outputs 0 to 5' in page
+
+
+@pytest.mark.skipif(CHROMIUM is None, reason="chromium is not installed")
+def test_the_search_of_the_site_finds_everything_by_its_name(site):
+    names = wanted_names()
+    program = """
+    const found = {};
+    let best = [];
+    _displayNextItem = results => { best = results.slice(-3); };
+    for (const name of NAMES) {
+        Search.query(name);
+        found[name] = best.map(([page, title, anchor]) => title + anchor);
+    }
+    document.body.textContent = JSON.stringify(found);
+    """
+    # The search as the site has it, but that its results come here.
+    search = (site / "_static/searchtools.js").read_text().replace("const _displayNextItem", "let _displayNextItem", 1)
+    parts = [f"<script data-url_root='./' id='documentation_options' src='_static/{name}.js'></script>"
+             for name in ("documentation_options", "doctools", "language_data", "sphinx_highlight")]
+    parts += [f"<script>{search}</script>", "<script src='searchindex.js'></script>",
+              f"<script>const NAMES = {json.dumps(names)};\naddEventListener('load', () => {{{program}}});</script>"]
+    page = site / "search_test.html"
+    page.write_text("<html><body><div id='search-progress'></div>" + "\n".join(parts))
+    shown = subprocess.run([CHROMIUM, "--headless", "--no-sandbox", "--disable-gpu", "--allow-file-access-from-files", "--dump-dom",
+                            page.as_uri()], capture_output=True, text=True, timeout=300)
+    page.unlink()
+    found = json.loads(html.unescape(re.search(r"<body[^>]*>(.*)</body>", shown.stdout, re.DOTALL)[1]))
+    missed = [name for name in names if not any(name in result for result in found[name])]
+    assert missed == []
