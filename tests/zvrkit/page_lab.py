@@ -103,7 +103,18 @@ def run_program(page, block, names):
     return wrong
 
 
+class WithNotes:
+    """The host's module `traceback` for doctest, which shows an exception's notes as its own."""
+
+    def __getattr__(self, name):
+        return getattr(traceback, name)
+
+    def format_exception_only(self, *exception):
+        return ["".join(traceback.format_exception_only(*exception))]
+
+
 def run_dialogue(page, block, names):
+    doctest.traceback = WithNotes()
     test = doctest.DocTestParser().get_doctest(block.code, names, str(page), str(page), block.line)
     said = io.StringIO()
     runner = doctest.DocTestRunner(optionflags=OPTIONS, verbose=False)
