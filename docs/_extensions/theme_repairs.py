@@ -14,7 +14,7 @@ def mended(style):
         style = (NORMALIZE.read_text(encoding="utf-8") if NORMALIZE.exists() else "") + IMPORT.sub("", style)
     if "prefers-color-scheme" not in style:
         colours = DARK.search(style)[1]
-        style += f'@media not print and (prefers-color-scheme: dark) {{\n  body:not([data-theme="light"]) {colours}\n}}\n'
+        style += f'@media screen and (prefers-color-scheme: dark) {{\n  body:not([data-theme="light"]) {colours}\n}}\n'
     return style
 
 
