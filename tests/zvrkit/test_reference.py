@@ -8,7 +8,6 @@ import json
 import re
 import shutil
 import subprocess
-import sys
 from pathlib import Path
 
 import pytest
@@ -158,6 +157,8 @@ def test_broken_links_of_a_site_are_found(tmp_path):
     (tmp_path / "other.html").write_text('<p id="here">')
     (tmp_path / "index.html").write_text('<script src="https://cdn.example/x.js"></script><a href="other.html#here">1</a>'
                                          '<a href="other.html#gone">2</a><a href="gone.html">3</a><a href="https://example/">4</a>')
+    (tmp_path / "style.css").write_text("@import url(/elsewhere.css);")
+    assert list(site_links.imports(tmp_path)) == ["style.css: imports /elsewhere.css"]
     found = list(site_links.faults(tmp_path))
     assert len(found) == 3
     assert "elsewhere" in found[2] and "other.html#gone has no such place" in found[0] and "nothing is at gone.html" in found[1]
@@ -182,7 +183,7 @@ def wanted_names():
 
 
 def test_links_of_the_site_lead_somewhere_and_pictures_are_told_in_words(site):
-    assert list(site_links.faults(site)) == []
+    assert [*site_links.faults(site), *site_links.imports(site)] == []
     page = (site / "reference/models/TarnDio.html").read_text()
     assert 'role="img" aria-label="Tarn-Dio, Ethernet: port 0 has outputs 0 to 5' in page
 
