@@ -45,7 +45,7 @@ check: ## Checks the format of C++ code, that no layer includes a higher one, an
 	$(call setup,check)
 	find $(SOURCES) -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
 	$(PYTHON) tools/layers.py
-	$(PYTHON) -m pyflakes docs examples bench python tests tools
+	$(PYTHON) -m pyflakes examples bench docs python tests tools
 
 build-tests:
 	$(call setup,build usb test)

@@ -41,6 +41,7 @@ html_theme = "furo"
 html_title = f"pyzvr {release}"
 html_static_path = ["_static"]
 html_css_files = ["site.css"]
+html_search_scorer = str(HERE / "_extensions/scorer.js")
 html_copy_source = False
 html_show_sphinx = False
 html_theme_options = {

@@ -4,6 +4,7 @@ elsewhere. Links of the text to other sites are left alone.
     site_links.py FOLDER
 """
 
+import re
 import sys
 from html.parser import HTMLParser
 from pathlib import Path
@@ -51,11 +52,19 @@ def faults(site):
                 yield f"{here}: {target} has no such place"
 
 
+def imports(site):
+    """What style sheets and programs load: nothing that the site has not."""
+    for path in sorted([*site.rglob("*.css"), *site.rglob("*.js")]):
+        text = path.read_text(encoding="utf-8", errors="replace")
+        for target in re.findall(r"@import (?:url\()?[\"']?([^\"')]+)|^import .* from [\"'](.*)[\"']", text, re.MULTILINE):
+            yield f"{path.relative_to(site)}: imports {''.join(target)}"
+
+
 def main():
     site = Path(sys.argv[1]).resolve()
     if not (site / "index.html").exists():
         sys.exit(f"no site at {site}")
-    found = list(faults(site))
+    found = [*faults(site), *imports(site)]
     if found:
         sys.exit("\n".join(found))
 

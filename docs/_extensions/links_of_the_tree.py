@@ -7,7 +7,7 @@ from docutils import nodes
 
 
 def shown_as_text(app, env, node, content):
-    if node.get("reftype") not in ("myst", "doc"):
+    if node.get("reftype") not in ("any", "doc"):
         return None
     target = node["reftarget"].partition("#")[0]
     place = Path(os.path.normpath(Path(app.srcdir) / Path(node["refdoc"]).parent / target))

@@ -146,7 +146,7 @@ def page(name, words, targets):
               f":Connecting: :py:meth:`connect <pyzvr.{connecting(each)}.connect>` of :py:class:`{connecting(each)}`",
               f":Clock counts from: {each.traits['first_year']}"]
     if each.digital_ports:
-        fixed = "their kind is fixed, nothing has to be opened" if each.traits["fixed_function"] else "each is chosen by the program"
+        fixed = "in use for good, nothing has to be opened" if each.traits["fixed_function"] else "idle until the program opens them"
         lines += [f":Digital lines: {fixed}"]
     simulator = f"zvr-sim-usb {name} -- python3 program.py" if each.link == "USB" else f"zvr-sim {name}"
     lines += [f":Simulated by: ``{simulator}``", "", ".. code-block:: python", "", "   import pyzvr", "",

@@ -7,7 +7,7 @@
 //   ..      n      data, any bytes
 //   ..      2      trailer, 13 10
 //
-// docs/reference/wire says what each operation puts into one.
+// The reference of the site says what each operation puts into one.
 #pragma once
 
 #include "core/wire/bytes.h"
@@ -23,8 +23,6 @@ constexpr bool startsWide(std::uint8_t firstByte) { return firstByte <= 48; }
 /// Builds a whole frame. Throws std::overflow_error if the length does not fit its 16 bits or the command does not
 /// fit a code.
 Bytes buildFrame(int command, ByteView data);
-/// The command of a frame that this side has built; -1 of bytes that are no frame.
-int commandOf(ByteView frame);
 
 /// One received frame without its envelope.
 struct Packet {
