@@ -72,7 +72,8 @@ def test_links_lead_to_pages_files_and_drawings():
     drawings = (ROOT / "docs/figures/figures.py").read_text()
     lost = []
     for page in [*PAGES, ROOT / "CONTRIBUTING.md", ROOT / "simulator/README.md"]:
-        for target in re.findall(r"\]\(([^)#\s]+)[^)]*\)", re.sub(r"```.*?```", "", page.read_text(), flags=re.DOTALL)):
+        prose = re.sub(r"```.*?```|(?<!\[)`[^`\n]+`", "", page.read_text(), flags=re.DOTALL)
+        for target in re.findall(r"\]\(([^)#\s]+)[^)]*\)", prose):
             name = target.removeprefix("/figures/")
             if target.startswith("https:") or name != target and f"def {Path(name).stem}(" in drawings:
                 continue
