@@ -33,7 +33,7 @@ async def watch(box: pyzvr.HeronImu) -> None:
 
 
 async def use(box: pyzvr.HeronImu) -> None:
-    assert await box.AHRS_open_async(PORT) == 0
+    pyzvr.check(await box.AHRS_open_async(PORT))
     await box.AHRS_start_async(PORT)
     await watch(box)
     await box.AHRS_stop_async(PORT)

@@ -14,7 +14,8 @@ import pyzvr
 def main() -> None:
     with device("Lattice") as place, pyzvr.Lattice() as chassis:
         chassis.connect(*place)
-        assert chassis.Sys_setDOMode(1) == 0 and chassis.Sys_setDIMode(2) == 0
+        pyzvr.check(chassis.Sys_setDOMode(1))
+        pyzvr.check(chassis.Sys_setDIMode(2))
         print("Modes:", {slot: chassis.Sys_getMode(slot) for slot in (1, 2, 4)})
         chassis.DO_writePins(0, [0, 2, 11], [1, 1, 1])
         print("Lines:", chassis._getDIOState(0, 65535))

@@ -28,7 +28,8 @@ def identify(box: pyzvr.TarnDioLite) -> None:
 
 def read_and_write(box: pyzvr.TarnDioLite) -> None:
     """Output port 0 is wired to input port 2 in the simulator."""
-    assert box.DO_openPort(0) == 0 and box.DI_openPort(2) == 0
+    pyzvr.check(box.DO_openPort(0))
+    pyzvr.check(box.DI_openPort(2))
     for word in (0b00000000, 0b10100101, 0b11111111):
         box.DO_writePort(0, word)
         print(f"Wrote {word:08b} to port 0, read", box.DI_readPort(2), "from port 2")

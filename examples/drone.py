@@ -39,13 +39,13 @@ def finish(drone: pyzvr.Drone, what: str) -> None:
 
 
 def fly_square(drone: pyzvr.Drone) -> None:
-    assert drone.Drone_setPositionMode() == 0
+    pyzvr.check(drone.Drone_setPositionMode())
     drone._checkHeightWithNED(HEIGHT)
-    assert drone.Drone_moveNedAbsZ(HEIGHT, 1) == 0
+    pyzvr.check(drone.Drone_moveNedAbsZ(HEIGHT, 1))
     finish(drone, "Up")
     for north, east, heading in ((SIDE, 0, 0), (0, SIDE, 90), (-SIDE, 0, 180), (0, -SIDE, -90)):
-        assert drone.Drone_moveNedAbsYaw(heading, 180) == 0
-        assert drone.Drone_moveNedRelXY(north, east, SPEED) == 0
+        pyzvr.check(drone.Drone_moveNedAbsYaw(heading, 180))
+        pyzvr.check(drone.Drone_moveNedRelXY(north, east, SPEED))
         finish(drone, f"Heading {heading}")
 
 
@@ -54,14 +54,15 @@ def main() -> None:
         drone.connect(*place)
         identify(drone)
         print("Taking off while it is not active:", drone.Drone_startTakeOff())
-        assert drone.Drone_activate() == 0 and drone.Drone_startTakeOff() == 0
+        pyzvr.check(drone.Drone_activate())
+        pyzvr.check(drone.Drone_startTakeOff())
         finish(drone, "Taking off")
         try:
             fly_square(drone)
         finally:
             drone.Drone_startLanding()
         finish(drone, "Landing")
-        assert drone.Drone_deactivate() == 0
+        pyzvr.check(drone.Drone_deactivate())
 
 
 if __name__ == "__main__":

@@ -43,29 +43,29 @@ async def travel(mover: Mover, port: int) -> list[Sample]:
 
 async def home(mover: Mover, port: int, axis: int) -> None:
     """Configures an axis and starts its search; axes do not meet, so all do this at the same time."""
-    assert await mover.Motion_cfgAxis_async(port, axis, 0, 0, 0, 1) == 0
-    assert await mover.Motion_cfgLimit_async(port, axis, 1, 1, 1) == 0
-    assert await mover.Motion_cfgHome_async(port, axis, 1, 1) == 0
-    assert await mover.Motion_cfgFindRef_async(port, axis, 0, 1, 20000, 200000, 20, 1) == 0
-    assert await mover.Motion_findRef_async(port, axis) == 0
+    pyzvr.check(await mover.Motion_cfgAxis_async(port, axis, 0, 0, 0, 1))
+    pyzvr.check(await mover.Motion_cfgLimit_async(port, axis, 1, 1, 1))
+    pyzvr.check(await mover.Motion_cfgHome_async(port, axis, 1, 1))
+    pyzvr.check(await mover.Motion_cfgFindRef_async(port, axis, 0, 1, 20000, 200000, 20, 1))
+    pyzvr.check(await mover.Motion_findRef_async(port, axis))
 
 
 async def run(mover: Mover, port: int) -> dict[str, list[Sample]]:
     paths = {}
-    assert await mover.Motion_open_async(port) == 0
+    pyzvr.check(await mover.Motion_open_async(port))
     await asyncio.gather(*(home(mover, port, axis) for axis in AXES))
     paths["home"] = await travel(mover, port)
 
     await mover.Motion_cfg4AxisLinearInterpo_async(port, 0, 4000, 1, 3000, 2, 2000, 3, 1000, 8000, 40000, 40000)
-    assert await mover.Motion_startLinearInterpo_async(port) == 0
+    pyzvr.check(await mover.Motion_startLinearInterpo_async(port))
     paths["line"] = await travel(mover, port)
 
     await mover.Motion_cfgCircularInterpo_async(port, 0, 1, 2000, 0, 0, 0, 0, 12000, 60000, 60000)
-    assert await mover.Motion_startCircularInterpo_async(port) == 0
+    pyzvr.check(await mover.Motion_startCircularInterpo_async(port))
     paths["circle"] = await travel(mover, port)
 
     await mover.Motion_cfgHelicalInterpo_async(port, 0, 1000, 0, 0, 1, 500, 0, 0, 3, 16000, 1, 2000)
-    assert await mover.Motion_startHelicalInterpo_async(port) == 0
+    pyzvr.check(await mover.Motion_startHelicalInterpo_async(port))
     paths["helix"] = await travel(mover, port)
     return paths
 
@@ -90,16 +90,17 @@ def signed(position: int) -> int:
 
 async def run_drive(pawl: pyzvr.Pawl) -> dict[str, list[Sample]]:
     paths = {}
-    assert await pawl.Motion_cfgLimit_async(0, 1, 1, 1) == await pawl.Motion_enableServoOn_async(0) == 0
-    assert await pawl.Motion_startFindHome_async(0, 20000, 4000, 200000, 1, 1, 0, "true") == 0
+    pyzvr.check(await pawl.Motion_cfgLimit_async(0, 1, 1, 1))
+    pyzvr.check(await pawl.Motion_enableServoOn_async(0))
+    pyzvr.check(await pawl.Motion_startFindHome_async(0, 20000, 4000, 200000, 1, 1, 0, "true"))
     paths["home"] = await follow(pawl)
-    assert await pawl.Motion_startVelocticyMove_async(0, 8000, 0, 40000, 40000) == 0
+    pyzvr.check(await pawl.Motion_startVelocticyMove_async(0, 8000, 0, 40000, 40000))
     paths["velocity"] = await follow(pawl, 0.5)
-    assert await pawl.Motion_startPositionMove_async(0, -2000, 15000, 60000, 60000, 0) == 0
+    pyzvr.check(await pawl.Motion_startPositionMove_async(0, -2000, 15000, 60000, 60000, 0))
     paths["position"] = await follow(pawl)
-    assert await pawl.Motion_startScanMove_async(0, 1000, -1000, 20000, 100000) == 0
+    pyzvr.check(await pawl.Motion_startScanMove_async(0, 1000, -1000, 20000, 100000))
     paths["scan"] = await follow(pawl, 1)
-    assert await pawl.Motion_enableServoOff_async(0) == 0
+    pyzvr.check(await pawl.Motion_enableServoOff_async(0))
     return paths
 
 
@@ -150,7 +151,7 @@ def controller() -> None:
 def chassis() -> None:
     with device("Lattice", *SWITCHES) as place, pyzvr.Lattice() as lattice:
         lattice.connect(*place)
-        assert lattice.Sys_setMotionMode(1) == 0
+        pyzvr.check(lattice.Sys_setMotionMode(1))
         report(lattice, asyncio.run(run(lattice, 1)))
 
 

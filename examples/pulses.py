@@ -17,9 +17,11 @@ import pyzvr
 
 def count_own_pulses(box: pyzvr.SableDio) -> None:
     """In the simulated box each PWM output leads to the counter of the same number."""
-    assert box.PWM_open(0) == 0 and box.Counter_open(0) == 0
-    assert box.PWM_setFrequency(0, 5000) == 0 and box.PWM_setDutyCycle(0, 25) == 0
-    assert box.Counter_setPosition(0, 0) == 0
+    pyzvr.check(box.PWM_open(0))
+    pyzvr.check(box.Counter_open(0))
+    pyzvr.check(box.PWM_setFrequency(0, 5000))
+    pyzvr.check(box.PWM_setDutyCycle(0, 25))
+    pyzvr.check(box.Counter_setPosition(0, 0))
     box.PWM_start(0)
     box.Counter_start(0)
     for _ in range(3):
@@ -33,7 +35,8 @@ def count_own_pulses(box: pyzvr.SableDio) -> None:
 
 
 def follow_shaft(box: pyzvr.SableDio) -> None:
-    assert box.Encoder_open(0) == 0 and box.Encoder_setPosition(0, -5) == 0
+    pyzvr.check(box.Encoder_open(0))
+    pyzvr.check(box.Encoder_setPosition(0, -5))
     box.Encoder_start(0)
     time.sleep(0.1)
     print("Encoder:", box.Encoder_readPosition(0), "counts at", box.Encoder_readFrequency(0), "Hz")

@@ -17,7 +17,7 @@ COUNTERS, ALL = 0, -1
 def main() -> None:
     with device("TarnRelay") as place, pyzvr.TarnRelay() as box:
         box.connect(*place)
-        assert box.Relay_open(COUNTERS) == 0
+        pyzvr.check(box.Relay_open(COUNTERS))
         print("Counters:", box.Relay_read(COUNTERS, ALL))
         for step in range(1, 25):
             box.DO_writePort(RELAYS, step ^ step >> 1)  # one relay switches at a time

@@ -25,8 +25,9 @@ def main() -> None:
         show(box)
         server, period = box.SNTP_getServerIP(), box.SNTP_getPeriod()
         # Writes return 0, or the negative code of the device's refusal.
-        assert box.SNTP_setServerIP("192.168.1.1") == 0 and box.SNTP_setPeriod(600) == 0
-        assert box.Sys_setRTC(2020, 1, 1, 0, 0, 0) == 0
+        pyzvr.check(box.SNTP_setServerIP("192.168.1.1"))
+        pyzvr.check(box.SNTP_setPeriod(600))
+        pyzvr.check(box.Sys_setRTC(2020, 1, 1, 0, 0, 0))
         show(box)
         if box.SNTP_syncNow() == 0:
             print("Synchronised:", box.Sys_getRTC())

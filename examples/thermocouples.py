@@ -18,10 +18,10 @@ TYPE_K, MEAN_OF_16 = 3, 4
 
 
 def prepare(box: pyzvr.TarnThermo) -> None:
-    assert box.Thermal_open(PORT) == 0
+    pyzvr.check(box.Thermal_open(PORT))
     for channel in CHANNELS:
-        assert box.Thermal_setType(PORT, channel, TYPE_K) == 0
-        assert box.Thermal_setOverSampling(PORT, channel, MEAN_OF_16) == 0
+        pyzvr.check(box.Thermal_setType(PORT, channel, TYPE_K))
+        pyzvr.check(box.Thermal_setOverSampling(PORT, channel, MEAN_OF_16))
     print(f"Cold junction: {box._Thermal_readJunction(PORT, 0):.1f} degrees")
 
 

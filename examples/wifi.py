@@ -30,9 +30,9 @@ async def watch(box: pyzvr.HeronImu) -> None:
 
 
 async def keep_notes(box: pyzvr.HeronImu) -> None:
-    assert await box._SD_open_async() == 0
+    pyzvr.check(await box._SD_open_async())
     print("Card:", await box.SD_getStorage_async())
-    assert await box.SD_openFile_async("notes.txt", WRITE) == 0
+    pyzvr.check(await box.SD_openFile_async("notes.txt", WRITE))
     await box.SD_writeFile_async("read at " + await box.Sys_getRTC_async())
     await box.SD_closeFile_async()
     await box.SD_openFile_async("notes.txt", READ)
