@@ -10,7 +10,8 @@ import time
 from pathlib import Path
 
 import zvrkit.sim
-from style import BLUE, FILL, GREEN, MUTED, ORANGE, WIDTH, Drawing, axes, save
+from plots import axes, save
+from style import BLUE, FILL, GREEN, MUTED, ORANGE, WIDTH, Drawing
 
 import pyzvr
 

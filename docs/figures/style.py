@@ -1,15 +1,8 @@
 """How the figures look: one width, the page's letters, and colours by name that the site fills in.
 
-A colour is drawn as a number that nothing else has. `save` puts the site's variable in its place, with the colour of the
-light scheme for whoever shows the file by itself.
+A colour is drawn as a number that nothing else has. `coloured` puts the site's variable in its place, with the colour of
+the light scheme for whoever shows the file by itself.
 """
-
-import re
-
-import matplotlib
-
-matplotlib.use("svg")
-import matplotlib.pyplot as plt  # noqa: E402
 
 INK, MUTED, GRID, FILL = "#010203", "#020304", "#030405", "#040506"
 BLUE, ORANGE, GREEN, PURPLE, RED, TEAL = "#050607", "#060708", "#070809", "#08090a", "#090a0b", "#0a0b0c"
@@ -20,16 +13,6 @@ VARIABLES = {
     RED: ("--zvr-5", "#bb2f3b"), TEAL: ("--zvr-6", "#0d7480"),
 }  # fmt: skip
 WIDTH = 440  # units; a telephone's page is a little narrower
-POINTS = 72
-
-matplotlib.rcParams.update({
-    "svg.fonttype": "none", "font.size": 12, "axes.labelsize": 12, "xtick.labelsize": 11, "ytick.labelsize": 11,
-    "legend.fontsize": 11, "axes.edgecolor": MUTED, "axes.labelcolor": INK, "text.color": INK, "xtick.color": MUTED,
-    "ytick.color": MUTED, "xtick.labelcolor": INK, "ytick.labelcolor": INK, "axes.facecolor": "none",
-    "figure.facecolor": "none", "axes.grid": True, "grid.color": GRID, "axes.spines.top": False,
-    "axes.spines.right": False, "lines.linewidth": 1.8, "legend.frameon": False,
-    "axes.prop_cycle": matplotlib.cycler(color=[BLUE, ORANGE, GREEN, PURPLE, RED, TEAL]),
-})  # fmt: skip
 
 
 def coloured(text):
@@ -37,22 +20,6 @@ def coloured(text):
     for drawn, (variable, light) in VARIABLES.items():
         text = text.replace(drawn, f"var({variable}, {light})")
     return text
-
-
-def axes(height, rows=1, **options):
-    """A figure of this many units, and its axes."""
-    return plt.subplots(rows, figsize=(WIDTH / POINTS, height / POINTS), dpi=POINTS, layout="constrained", **options)
-
-
-def save(figure, path):
-    """Writes the same text for the same drawing, and names of its own for what a page may have twice."""
-    matplotlib.rcParams["svg.hashsalt"] = path.stem
-    figure.savefig(path, metadata={"Date": None, "Creator": None, "Format": None, "Type": None})
-    plt.close(figure)
-    text = re.sub(r"<(metadata|style)\b.*?</\1>", "", path.read_text(), flags=re.DOTALL)
-    text = re.sub(r"font: (\d+)px [^;\"]*", r"font-size: \1px", text)  # the page's letters
-    text = re.sub(r'(\bid="|href="#|url\(#)', rf"\g<1>{path.stem}-", text)
-    path.write_text(coloured(text))
 
 
 class Drawing:

@@ -139,8 +139,9 @@ class Pages:
         lines = markup.heading("Functions") + [".. py:currentmodule:: pyzvr", "", "Functions of the package.", ""]
         for name, value in package.functions().items():
             operation = package.Operation("", name, value)
-            signature = value.__stub__.removeprefix("def ").removesuffix(": ...")
-            lines += [f".. py:function:: {signature}", "", *markup.indented(self.body(operation, "pyzvr"))]
+            signature = value.__stub__.removeprefix("async ").removeprefix("def ").removesuffix(": ...")
+            lines += [f".. py:function:: {signature}", *(["   :async:"] if operation.is_async else []), "",
+                      *markup.indented(self.body(operation, "pyzvr"))]
         return "\n".join(lines)
 
     def constants(self):
