@@ -36,7 +36,9 @@ def write(place, text):
 def pages_of_the_tree():
     """Files of docs/ by their path in it."""
     docs = ROOT / "docs"
-    return {path.relative_to(docs): path for path in docs.rglob("*") if path.is_file() and "__pycache__" not in path.parts}
+    return {
+        path.relative_to(docs): path for path in docs.rglob("*") if path.is_file() and "__pycache__" not in path.parts
+    }
 
 
 def draw_figures(folder):
@@ -44,7 +46,9 @@ def draw_figures(folder):
     newest = max(path.stat().st_mtime for path in (ROOT / "docs/figures").glob("*.py"))
     drawn = list(folder.glob("*.svg"))
     if not drawn or min(path.stat().st_mtime for path in drawn) < newest:
-        subprocess.run([sys.executable, str(ROOT / "docs/figures/figures.py"), str(folder)], check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(
+            [sys.executable, str(ROOT / "docs/figures/figures.py"), str(folder)], check=True, stdout=subprocess.DEVNULL
+        )
 
 
 def main():
