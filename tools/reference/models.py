@@ -183,8 +183,9 @@ def page(name, words, targets):
         ":Display name: " + each.display_name,
         f":Link: {each.link}",
         f":Connecting: :py:meth:`connect <pyzvr.{connecting(each)}.connect>` of :py:class:`{connecting(each)}`",
-        f":Clock counts from: {each.traits['first_year']}",
     ]
+    if "SystemModule" in each.modules:
+        lines += [f":Clock: counts its years from {each.traits['first_year']}"]
     if each.digital_ports:
         fixed = (
             "in use for good, nothing has to be opened"
@@ -240,7 +241,7 @@ def pages(words, targets):
     for name in package.models():
         each = model(name)
         modules = ", ".join(markup.escaped(cls.removesuffix("Module")) for cls in each.modules)
-        rows.append([f":py:class:`{name}`", each.link, markup.escaped(each.what), modules])
+        rows.append([f":py:class:`{name}`", each.link, f"{markup.escaped(each.what)} Modules: {modules}."])
     lines = [
         ".. _models:",
         "",
@@ -250,7 +251,7 @@ def pages(words, targets):
         "Find your device here: what it has, how it is connected, and which modules of the library it offers.",
         "",
     ]
-    lines += markup.table(["Class", "Link", "What it is", "Modules"], rows, (3, 2, 5, 5)) + markup.toctree(
+    lines += markup.table(["Class", "Link", "What it is, and its modules"], rows, (4, 2, 10)) + markup.toctree(
         package.models()
     )
     return {**found, "models/index.rst": "\n".join(lines)}
