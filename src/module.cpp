@@ -55,6 +55,7 @@ void execute(pybind11::module_ module) {
     defineDrone(package);
     defineModels(package);
     defineCatalogue(package);
+    defineOpening(package);
     completeBoundTypes(package);
 }
 

@@ -9,6 +9,7 @@ are written only when they have changed, so that Sphinx reads no more than it mu
 import os
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 from reference import everything
@@ -44,11 +45,13 @@ def pages_of_the_tree():
 def draw_figures(folder):
     folder.mkdir(parents=True, exist_ok=True)
     newest = max(path.stat().st_mtime for path in (ROOT / "docs/figures").glob("*.py"))
-    drawn = list(folder.glob("*.svg"))
+    drawn = [path for path in folder.glob("*.svg") if not path.is_symlink()]  # links lead to those drawn by hand
     if not drawn or min(path.stat().st_mtime for path in drawn) < newest:
-        subprocess.run(
-            [sys.executable, str(ROOT / "docs/figures/figures.py"), str(folder)], check=True, stdout=subprocess.DEVNULL
-        )
+        with tempfile.TemporaryDirectory(dir=folder.parent) as made:  # all of them, or none
+            command = [sys.executable, str(ROOT / "docs/figures/figures.py"), made]
+            subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+            for path in Path(made).iterdir():
+                path.replace(folder / path.name)
 
 
 def main():

@@ -792,6 +792,12 @@ def printGenericError(err: BaseException) -> None:
     Args:
         err: the error or warning.
     """
+def check(result: Any) -> Any:
+    """Raises the failure that a negative code stands for; anything else is returned as it is. Lists and tuples are not looked into, since what they hold may be readings.
+
+    Args:
+        result: what an operation returned.
+    """
 def checkFirmwareError(error_code: int) -> None:
     """Raises the error that a status byte stands for.
 
@@ -1048,6 +1054,16 @@ def checkPinMap(cell_list: Iterable[Sequence[int]], pinmap_list: Sequence[str], 
     """
 def getLibUSB1() -> USBLibrary | None:
     """Looks for libusb-1.0 beside the package."""
+def open(where: str, port: int | None = None, data_port: int | None = None, baudrate: int | None = None, verbose: bool = True) -> Device:
+    """Asks a device what it is, and connects a handle of its class.
+
+    Args:
+        where: "192.168.1.110", "box.local:7007", "/dev/ttyUSB0", "COM4", a serial number, an alias or a MAC address.
+        port: TCP port of the commands, where `where` names none; 7 unless set.
+        data_port: TCP port of a Wi-Fi device's samples; 1336 unless set.
+        baudrate: speed of a serial line in bits per second.
+        verbose: whether to print a line.
+    """
 
 class Error(Exception):
     """Root of the library's errors."""
@@ -1080,7 +1096,7 @@ class ZVRWarning(UserWarning):
     def __str__(self) -> str:
         """Tells code and message."""
 
-class USBConnectionError(Error):
+class USBConnectionError(Error, ConnectionError):
     """Failed to connect to ZVR DAQ. Please check USB plugin status and serial number."""
     def __init__(self, msg: str = 'Failed to connect to ZVR DAQ. Please check USB plugin status and serial number.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1090,7 +1106,7 @@ class USBConnectionError(Error):
             *args: ignored.
         """
 
-class NetworkConnectionError(Error):
+class NetworkConnectionError(Error, ConnectionError):
     """Failed to connect to ZVR DAQ. Please check network status and IP address."""
     def __init__(self, msg: str = 'Failed to connect to ZVR DAQ. Please check network status and IP address.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1100,7 +1116,7 @@ class NetworkConnectionError(Error):
             *args: ignored.
         """
 
-class NetworkConnectionLostError(Error):
+class NetworkConnectionLostError(Error, ConnectionError):
     """Network DAQ connection lost."""
     def __init__(self, msg: str = 'Network DAQ connection lost.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1110,7 +1126,7 @@ class NetworkConnectionLostError(Error):
             *args: ignored.
         """
 
-class ReceivePacketTimeoutError(Error):
+class ReceivePacketTimeoutError(Error, TimeoutError):
     """Receive packet timeout."""
     def __init__(self, msg: str = 'Receive packet timeout.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1120,7 +1136,7 @@ class ReceivePacketTimeoutError(Error):
             *args: ignored.
         """
 
-class UARTConnectionError(Error):
+class UARTConnectionError(Error, ConnectionError):
     """Failed to connect to drone. Please check COM port."""
     def __init__(self, msg: str = 'Failed to connect to drone. Please check COM port.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1140,7 +1156,7 @@ class APINotSupportError(Error):
             *args: ignored.
         """
 
-class PinsNotExistError(Error):
+class PinsNotExistError(Error, ValueError):
     """The pin index is not valid or is not recognized."""
     def __init__(self, msg: str = 'The pin index is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1150,7 +1166,7 @@ class PinsNotExistError(Error):
             *args: ignored.
         """
 
-class PinsValueNotDefineError(Error):
+class PinsValueNotDefineError(Error, ValueError):
     """Inconsistency between the number of pins & the number of values."""
     def __init__(self, msg: str = 'Inconsistency between the number of pins & the number of values.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1160,7 +1176,7 @@ class PinsValueNotDefineError(Error):
             *args: ignored.
         """
 
-class InputTypeNotConsistentError(Error):
+class InputTypeNotConsistentError(Error, TypeError):
     """Inconsistency between the type of pins & the type of values."""
     def __init__(self, msg: str = 'Inconsistency between the type of pins & the type of values.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1170,7 +1186,7 @@ class InputTypeNotConsistentError(Error):
             *args: ignored.
         """
 
-class InputTypeNotCorrectError(Error):
+class InputTypeNotCorrectError(Error, TypeError):
     """The data type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The data type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1180,7 +1196,7 @@ class InputTypeNotCorrectError(Error):
             *args: ignored.
         """
 
-class InputDataNotInRangeError(Error):
+class InputDataNotInRangeError(Error, ValueError):
     """The input value is not the acceptable range."""
     def __init__(self, msg: str = 'The input value is not the acceptable range.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1190,7 +1206,7 @@ class InputDataNotInRangeError(Error):
             *args: ignored.
         """
 
-class IniFileExtensionNameError(Error):
+class IniFileExtensionNameError(Error, ValueError):
     """The Ini file extension name is not correct."""
     def __init__(self, msg: str = 'The Ini file extension name is not correct.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1200,7 +1216,7 @@ class IniFileExtensionNameError(Error):
             *args: ignored.
         """
 
-class IniFileNotFoundError(Error):
+class IniFileNotFoundError(Error, FileNotFoundError):
     """No such file or directory."""
     def __init__(self, msg: str = 'No such file or directory.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1210,7 +1226,7 @@ class IniFileNotFoundError(Error):
             *args: ignored.
         """
 
-class DIPortNotAvaliableError(Error):
+class DIPortNotAvaliableError(Error, ValueError):
     """The DI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1220,7 +1236,7 @@ class DIPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class DOPortNotAvaliableError(Error):
+class DOPortNotAvaliableError(Error, ValueError):
     """The DO port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DO port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1230,7 +1246,7 @@ class DOPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class PWMChannelNotAvaliableError(Error):
+class PWMChannelNotAvaliableError(Error, ValueError):
     """The PWM channel is not available."""
     def __init__(self, msg: str = 'The PWM channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1240,7 +1256,7 @@ class PWMChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class CounterChannelNotAvaliableError(Error):
+class CounterChannelNotAvaliableError(Error, ValueError):
     """The counter channel is not available."""
     def __init__(self, msg: str = 'The counter channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1250,7 +1266,7 @@ class CounterChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class RelayCounterIndexError(Error):
+class RelayCounterIndexError(Error, ValueError):
     """The relay counter index error is not valid or is not recognized."""
     def __init__(self, msg: str = 'The relay counter index error is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1260,7 +1276,7 @@ class RelayCounterIndexError(Error):
             *args: ignored.
         """
 
-class RelayPortNotAvaliableError(Error):
+class RelayPortNotAvaliableError(Error, ValueError):
     """The relay port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The relay port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1270,7 +1286,7 @@ class RelayPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class EncoderChannelNotAvaliableError(Error):
+class EncoderChannelNotAvaliableError(Error, ValueError):
     """The encoder channel is not available"""
     def __init__(self, msg: str = 'The encoder channel is not available', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1280,7 +1296,7 @@ class EncoderChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class DIChannelNotAvaliableError(Error):
+class DIChannelNotAvaliableError(Error, ValueError):
     """The DI channel is not available"""
     def __init__(self, msg: str = 'The DI channel is not available', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1290,7 +1306,7 @@ class DIChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class DOChannelNotAvaliableError(Error):
+class DOChannelNotAvaliableError(Error, ValueError):
     """The DO channel is not available"""
     def __init__(self, msg: str = 'The DO channel is not available', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1300,7 +1316,7 @@ class DOChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AIChannelNotAvaliableError(Error):
+class AIChannelNotAvaliableError(Error, ValueError):
     """The AI channel is not available."""
     def __init__(self, msg: str = 'The AI channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1310,7 +1326,7 @@ class AIChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AIPortNotAvaliableError(Error):
+class AIPortNotAvaliableError(Error, ValueError):
     """The AI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1320,7 +1336,7 @@ class AIPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AICSNotAvaliableError(Error):
+class AICSNotAvaliableError(Error, ValueError):
     """The AI chip is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI chip is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1330,7 +1346,7 @@ class AICSNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AIModeNotAvaliableError(Error):
+class AIModeNotAvaliableError(Error, ValueError):
     """The AI mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1340,7 +1356,7 @@ class AIModeNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AIRateNotVaildError(Error):
+class AIRateNotVaildError(Error, ValueError):
     """The AI sampling rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI sampling rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1350,7 +1366,7 @@ class AIRateNotVaildError(Error):
             *args: ignored.
         """
 
-class AITriggerModeNotAvaliableError(Error):
+class AITriggerModeNotAvaliableError(Error, ValueError):
     """The AI trigger mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI trigger mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1360,7 +1376,7 @@ class AITriggerModeNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AOPortNotAvaliableError(Error):
+class AOPortNotAvaliableError(Error, ValueError):
     """The AO port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AO port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1370,7 +1386,7 @@ class AOPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AOModeNotVaildError(Error):
+class AOModeNotVaildError(Error, ValueError):
     """The AO generation mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO generation mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1380,7 +1396,7 @@ class AOModeNotVaildError(Error):
             *args: ignored.
         """
 
-class AOSpanNotVaildError(Error):
+class AOSpanNotVaildError(Error, ValueError):
     """The AO span mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO span mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1390,7 +1406,7 @@ class AOSpanNotVaildError(Error):
             *args: ignored.
         """
 
-class AOChannelNotAvaliableError(Error):
+class AOChannelNotAvaliableError(Error, ValueError):
     """The AO channel is not available."""
     def __init__(self, msg: str = 'The AO channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1400,7 +1416,7 @@ class AOChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AOFormNotAvaliableError(Error):
+class AOFormNotAvaliableError(Error, ValueError):
     """The AO form is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO form is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1410,7 +1426,7 @@ class AOFormNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AORateNotVaildError(Error):
+class AORateNotVaildError(Error, ValueError):
     """The AO sampling rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO sampling rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1420,7 +1436,7 @@ class AORateNotVaildError(Error):
             *args: ignored.
         """
 
-class AHRSPortNotAvaliableError(Error):
+class AHRSPortNotAvaliableError(Error, ValueError):
     """The AHRS port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AHRS port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1430,7 +1446,7 @@ class AHRSPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AHRSModeNotAvaliableError(Error):
+class AHRSModeNotAvaliableError(Error, ValueError):
     """The AHRS mode is not available."""
     def __init__(self, msg: str = 'The AHRS mode is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1440,7 +1456,7 @@ class AHRSModeNotAvaliableError(Error):
             *args: ignored.
         """
 
-class ThermalPortNotAvaliableError(Error):
+class ThermalPortNotAvaliableError(Error, ValueError):
     """The thermal port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The thermal port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1450,7 +1466,7 @@ class ThermalPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class ThermalChipSelectNotAvaliableError(Error):
+class ThermalChipSelectNotAvaliableError(Error, ValueError):
     """The thermal channel is not available."""
     def __init__(self, msg: str = 'The thermal channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1460,7 +1476,7 @@ class ThermalChipSelectNotAvaliableError(Error):
             *args: ignored.
         """
 
-class ThermalModeNotVaildError(Error):
+class ThermalModeNotVaildError(Error, ValueError):
     """The thermal filter mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The thermal filter mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1470,7 +1486,7 @@ class ThermalModeNotVaildError(Error):
             *args: ignored.
         """
 
-class ThermalTypeNotVaildError(Error):
+class ThermalTypeNotVaildError(Error, ValueError):
     """The thermal type mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The thermal type mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1480,7 +1496,7 @@ class ThermalTypeNotVaildError(Error):
             *args: ignored.
         """
 
-class I2CPortNotAvaliableError(Error):
+class I2CPortNotAvaliableError(Error, ValueError):
     """The I2C port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The I2C port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1490,7 +1506,7 @@ class I2CPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class I2CClockNotSupportError(Error):
+class I2CClockNotSupportError(Error, ValueError):
     """The I2C clock mode is not available."""
     def __init__(self, msg: str = 'The I2C clock mode is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1500,7 +1516,7 @@ class I2CClockNotSupportError(Error):
             *args: ignored.
         """
 
-class I2CAddressSizeNotVaildError(Error):
+class I2CAddressSizeNotVaildError(Error, ValueError):
     """The I2C address mode is not available."""
     def __init__(self, msg: str = 'The I2C address mode is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1510,7 +1526,7 @@ class I2CAddressSizeNotVaildError(Error):
             *args: ignored.
         """
 
-class SPIPortNotAvaliableError(Error):
+class SPIPortNotAvaliableError(Error, ValueError):
     """The SPI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The SPI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1520,7 +1536,7 @@ class SPIPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class SPIDataLengthExceedMaxError(Error):
+class SPIDataLengthExceedMaxError(Error, ValueError):
     """The length of data exceeds maximum transfer length of SPI."""
     def __init__(self, msg: str = 'The length of data exceeds maximum transfer length of SPI.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1530,7 +1546,7 @@ class SPIDataLengthExceedMaxError(Error):
             *args: ignored.
         """
 
-class SPIDataSizeNotVaildError(Error):
+class SPIDataSizeNotVaildError(Error, ValueError):
     """The SPI data size mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI data size mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1540,7 +1556,7 @@ class SPIDataSizeNotVaildError(Error):
             *args: ignored.
         """
 
-class SPIFirstBitNotVaildError(Error):
+class SPIFirstBitNotVaildError(Error, ValueError):
     """The SPI first bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI first bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1550,7 +1566,7 @@ class SPIFirstBitNotVaildError(Error):
             *args: ignored.
         """
 
-class SPIPrescalerNotVaildError(Error):
+class SPIPrescalerNotVaildError(Error, ValueError):
     """The SPI prescaler mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI prescaler mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1560,7 +1576,7 @@ class SPIPrescalerNotVaildError(Error):
             *args: ignored.
         """
 
-class SPIModeNotVaildError(Error):
+class SPIModeNotVaildError(Error, ValueError):
     """The SPI mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1570,7 +1586,7 @@ class SPIModeNotVaildError(Error):
             *args: ignored.
         """
 
-class UARTPortNotAvaliableError(Error):
+class UARTPortNotAvaliableError(Error, ValueError):
     """The UART port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The UART port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1580,7 +1596,7 @@ class UARTPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class UARTExceedMaxLengthError(Error):
+class UARTExceedMaxLengthError(Error, ValueError):
     """The length of data exceeds maximum transfer length of UART."""
     def __init__(self, msg: str = 'The length of data exceeds maximum transfer length of UART.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1590,7 +1606,7 @@ class UARTExceedMaxLengthError(Error):
             *args: ignored.
         """
 
-class UARTBaudRateNotSupportError(Error):
+class UARTBaudRateNotSupportError(Error, ValueError):
     """The UART baud rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART baud rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1600,7 +1616,7 @@ class UARTBaudRateNotSupportError(Error):
             *args: ignored.
         """
 
-class UARTStopBitNotSupportError(Error):
+class UARTStopBitNotSupportError(Error, ValueError):
     """The UART stop bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART stop bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1610,7 +1626,7 @@ class UARTStopBitNotSupportError(Error):
             *args: ignored.
         """
 
-class UARTParityNotSupportError(Error):
+class UARTParityNotSupportError(Error, ValueError):
     """The UART parity mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART parity mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1620,7 +1636,7 @@ class UARTParityNotSupportError(Error):
             *args: ignored.
         """
 
-class UARTDataBitNotSupportError(Error):
+class UARTDataBitNotSupportError(Error, ValueError):
     """The UART data bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART data bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1630,7 +1646,7 @@ class UARTDataBitNotSupportError(Error):
             *args: ignored.
         """
 
-class PAWLPortNotAvaliable(Error):
+class PAWLPortNotAvaliable(Error, ValueError):
     """The drive port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The drive port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1640,7 +1656,7 @@ class PAWLPortNotAvaliable(Error):
             *args: ignored.
         """
 
-class CANPortNotAvaliableError(Error):
+class CANPortNotAvaliableError(Error, ValueError):
     """The CAN port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The CAN port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1650,7 +1666,7 @@ class CANPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class CANSpeedNotVaildError(Error):
+class CANSpeedNotVaildError(Error, ValueError):
     """The CAN speed mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The CAN speed mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1660,7 +1676,7 @@ class CANSpeedNotVaildError(Error):
             *args: ignored.
         """
 
-class CANDataLengthNotVaildError(Error):
+class CANDataLengthNotVaildError(Error, ValueError):
     """The length of the specified CAN data is invalid."""
     def __init__(self, msg: str = 'The length of the specified CAN data is invalid.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1670,7 +1686,7 @@ class CANDataLengthNotVaildError(Error):
             *args: ignored.
         """
 
-class CANTXNotVaildError(Error):
+class CANTXNotVaildError(Error, ValueError):
     """The CAN TX is not valid or is not recognized"""
     def __init__(self, msg: str = 'The CAN TX is not valid or is not recognized', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1680,7 +1696,7 @@ class CANTXNotVaildError(Error):
             *args: ignored.
         """
 
-class CANTXPriorityNotVaildError(Error):
+class CANTXPriorityNotVaildError(Error, ValueError):
     """The CAN TX priority is not valid or is not recognized."""
     def __init__(self, msg: str = 'The CAN TX priority is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1690,7 +1706,7 @@ class CANTXPriorityNotVaildError(Error):
             *args: ignored.
         """
 
-class MotionAxisError(ZVRWarning):
+class MotionAxisError(ZVRWarning, ValueError):
     """The motion axis is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion axis is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1701,7 +1717,7 @@ class MotionAxisError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionPortNotAvaliable(ZVRWarning):
+class MotionPortNotAvaliable(ZVRWarning, ValueError):
     """The motion port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The motion port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1712,7 +1728,7 @@ class MotionPortNotAvaliable(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionStopModeError(ZVRWarning):
+class MotionStopModeError(ZVRWarning, ValueError):
     """The motion stop mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion stop mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1723,7 +1739,7 @@ class MotionStopModeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionSearchTypeError(ZVRWarning):
+class MotionSearchTypeError(ZVRWarning, ValueError):
     """The motion search type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion search type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1734,7 +1750,7 @@ class MotionSearchTypeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionSearchDirectionError(ZVRWarning):
+class MotionSearchDirectionError(ZVRWarning, ValueError):
     """The motion search direction is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion search direction is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1745,7 +1761,7 @@ class MotionSearchDirectionError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionEnableError(ZVRWarning):
+class MotionEnableError(ZVRWarning, ValueError):
     """The motion enable is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion enable is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1756,7 +1772,7 @@ class MotionEnableError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionStepperOutputError(ZVRWarning):
+class MotionStepperOutputError(ZVRWarning, ValueError):
     """The motion stepper output is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion stepper output is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1767,7 +1783,7 @@ class MotionStepperOutputError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionDirectionError(ZVRWarning):
+class MotionDirectionError(ZVRWarning, ValueError):
     """The motion direction is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion direction is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1778,7 +1794,7 @@ class MotionDirectionError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionPolarityError(ZVRWarning):
+class MotionPolarityError(ZVRWarning, ValueError):
     """The motion polarity is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion polarity is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1789,7 +1805,7 @@ class MotionPolarityError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionCaptureTypeError(ZVRWarning):
+class MotionCaptureTypeError(ZVRWarning, ValueError):
     """The motion capture type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion capture type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1800,7 +1816,7 @@ class MotionCaptureTypeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionCaptureModeError(ZVRWarning):
+class MotionCaptureModeError(ZVRWarning, ValueError):
     """The motion capture mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion capture mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1811,7 +1827,7 @@ class MotionCaptureModeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionBreakPointModeError(ZVRWarning):
+class MotionBreakPointModeError(ZVRWarning, ValueError):
     """The motion breakpoint mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion breakpoint mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1822,7 +1838,7 @@ class MotionBreakPointModeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionOperationModeError(ZVRWarning):
+class MotionOperationModeError(ZVRWarning, ValueError):
     """The motion operation mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion operation mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1833,7 +1849,7 @@ class MotionOperationModeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class MotionAccelerationModeError(ZVRWarning):
+class MotionAccelerationModeError(ZVRWarning, ValueError):
     """The motion acceleration mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion acceleration mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1844,7 +1860,7 @@ class MotionAccelerationModeError(ZVRWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
 
-class LatticePortNotAvaliableError(Error):
+class LatticePortNotAvaliableError(Error, ValueError):
     """The Lattice slot is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The Lattice slot is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1854,7 +1870,7 @@ class LatticePortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class DPOTPortNotAvaliableError(Error):
+class DPOTPortNotAvaliableError(Error, ValueError):
     """The DPOT port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DPOT port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1864,7 +1880,7 @@ class DPOTPortNotAvaliableError(Error):
             *args: ignored.
         """
 
-class DPOTChannelNotAvaliableError(Error):
+class DPOTChannelNotAvaliableError(Error, ValueError):
     """The DPOT channel is not available."""
     def __init__(self, msg: str = 'The DPOT channel is not available.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1874,7 +1890,7 @@ class DPOTChannelNotAvaliableError(Error):
             *args: ignored.
         """
 
-class FlightModeNotAvaliableError(Error):
+class FlightModeNotAvaliableError(Error, ValueError):
     """The Drone flight mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The Drone flight mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1884,7 +1900,7 @@ class FlightModeNotAvaliableError(Error):
             *args: ignored.
         """
 
-class HeightNotAvaliableError(Error):
+class HeightNotAvaliableError(Error, ValueError):
     """Input value is out of the allowed range (-8 to 0) m."""
     def __init__(self, msg: str = 'Input value is out of the allowed range (-8 to 0) m.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -1894,7 +1910,7 @@ class HeightNotAvaliableError(Error):
             *args: ignored.
         """
 
-class AngleNotAvaliableError(Error):
+class AngleNotAvaliableError(Error, ValueError):
     """Input value is out of the allowed range (-15 to 15) degree."""
     def __init__(self, msg: str = 'Input value is out of the allowed range (-15 to 15) degree.', *args: object, **kwargs: object) -> None:
         """Takes a message.
@@ -3221,11 +3237,13 @@ class Device:
     def __enter__(self) -> Self:
         """The object itself."""
     def __exit__(self, *failure: object) -> None:
-        """Closes the object."""
+        """Closes the object. An exception of the block stays the one that is told: what closing raises then becomes a note of it."""
+    def __repr__(self) -> str:
+        """Tells the model, what it is connected to, the serial number if that is known, and the state."""
     async def __aenter__(self) -> Self:
         """The object itself."""
     async def __aexit__(self, *failure: object) -> None:
-        """Closes the object."""
+        """Closes the object, as leaving a plain `with` does, and never stops the event loop."""
 
 class NetworkDevice(Device):
     """A device behind one TCP connection."""
@@ -7773,6 +7791,8 @@ class DataLogger:
             value: the value.
         """
     def Logger_flush(self) -> None:
+        """Waits until everything queued is in the file, and the file on its way to the disk."""
+    async def Logger_flush_async(self) -> None:
         """Waits until everything queued is in the file, and the file on its way to the disk."""
     def Logger_getLostWrites(self) -> int:
         """Tells how many queued matrices could not be written."""
@@ -14069,8 +14089,12 @@ class DroneModule(Packet, DroneBased):
 
 class SableDio(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, SPIModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Dio: 26 channels of 3.3 V digital I/O."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14080,8 +14104,12 @@ class SableDio(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
 
 class SableAnalog(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIModule, AIModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, SPIModule_async, AIModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Analog: 20 digital channels, 8 analog inputs of 16 bits, 16 kHz."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14091,8 +14119,12 @@ class SableAnalog(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SP
 
 class SableThermo(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIModule, ThermocoupleModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, SPIModule_async, ThermocoupleModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Thermo: 21 digital channels, 2 thermocouple inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14102,8 +14134,12 @@ class SableThermo(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SP
 
 class SableCan(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIModule, CANModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, SPIModule_async, CANModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Can: 20 digital channels, CAN V2.0B."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14113,8 +14149,12 @@ class SableCan(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
 
 class SableRtd(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIModule, ThermalResistanceModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, SPIModule_async, ThermalResistanceModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Rtd: 21 digital channels, 2 RTD inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14124,8 +14164,12 @@ class SableRtd(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
 
 class SableSink(USBDevice, DataLogger, SystemModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Sink: 24 V digital I/O, 14 inputs and 12 outputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14135,8 +14179,12 @@ class SableSink(USBDevice, DataLogger, SystemModule, DIOModule, PWMModule, Count
 
 class SableMixed(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, AIModule, AOStreamingModule, DIOModule, PWMModule, CounterModule, EncoderModule, SystemModule_async, UARTModule_async, I2CModule_async, AIModule_async, AOStreamingModule_async, DIOModule_async, PWMModule_async, CounterModule_async, EncoderModule_async):
     """Sable-Mixed: 16 digital channels, 8 analog inputs, 8 analog outputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14146,8 +14194,12 @@ class SableMixed(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, AIM
 
 class HeronAnalog(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, NetworkModule, WifiModule, AIModule, SystemModule_async, SystemAnalogModule_async, NetworkModule_async, WifiModule_async, AIModule_async):
     """Heron-Analog: 8 analog inputs, 10 kHz."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14172,8 +14224,12 @@ class HeronAnalog(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Netw
 
 class HeronImu(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, NetworkModule, WifiModule, AIModule, AHRSModule, SDCardModule, SystemModule_async, SystemAnalogModule_async, NetworkModule_async, WifiModule_async, AIModule_async, AHRSModule_async, SDCardModule_async):  # type: ignore[misc]
     """Heron-Imu: 8 analog inputs, 10 kHz, and a 9-axis inertial sensor."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14198,8 +14254,12 @@ class HeronImu(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Network
 
 class HeronOut(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, NetworkModule, WifiModule, AOModule, AHRSModule, SDCardModule, SystemModule_async, SystemAnalogModule_async, NetworkModule_async, WifiModule_async, AOModule_async, AHRSModule_async, SDCardModule_async):  # type: ignore[misc]
     """Heron-Out: 8 analog outputs and a 9-axis inertial sensor."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14224,8 +14284,12 @@ class HeronOut(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Network
 
 class HeronMixed(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, NetworkModule, WifiModule, AIModule, AOModule, DIOModule, SDCardModule, SystemModule_async, SystemAnalogModule_async, NetworkModule_async, WifiModule_async, AIModule_async, AOModule_async, DIOModule_async, SDCardModule_async):
     """Heron-Mixed: Analog inputs and outputs, 8 digital inputs and 8 outputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14250,8 +14314,12 @@ class HeronMixed(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Netwo
 
 class HeronFast(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, NetworkModule, WifiModule, AIModule, SystemModule_async, SystemAnalogModule_async, NetworkModule_async, WifiModule_async, AIModule_async):
     """Heron-Fast: 8 analog inputs, 20 kHz."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14276,8 +14344,12 @@ class HeronFast(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Networ
 
 class TarnAnalog(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, SNTPModule, SystemModule_async, NetworkModule_async, AIModule_async, SNTPModule_async):
     """Tarn-Analog: 8 analog inputs, 16 bits, 20 kHz."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14287,8 +14359,12 @@ class TarnAnalog(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, S
 
 class TarnAnalog24(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitStreamingModule, SNTPModule, SystemModule_async, NetworkModule_async, AI24BitStreamingModule_async, SNTPModule_async):
     """Tarn-Analog24: 8 analog inputs, 24 bits, 10 kHz."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14298,8 +14374,12 @@ class TarnAnalog24(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitSt
 
 class TarnDio(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, PWMModule, SNTPModule, SystemModule_async, NetworkModule_async, DIOModule_async, PWMModule_async, SNTPModule_async):
     """Tarn-Dio: 24 V digital I/O with PWM, 8 inputs and 6 outputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14309,8 +14389,12 @@ class TarnDio(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, PWM
 
 class TarnDioLite(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, SNTPModule, SystemModule_async, NetworkModule_async, DIOModule_async, SNTPModule_async):
     """Tarn-Dio-Lite: 24 V digital I/O, 16 inputs and 16 outputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14320,8 +14404,12 @@ class TarnDioLite(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule,
 
 class TarnCurrent(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitModule, SNTPModule, SystemModule_async, NetworkModule_async, AI24BitModule_async, SNTPModule_async):
     """Tarn-Current: 8 current inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14331,8 +14419,12 @@ class TarnCurrent(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitMod
 
 class TarnCurrentVolt(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitModule, SNTPModule, SystemModule_async, NetworkModule_async, AI24BitModule_async, SNTPModule_async):
     """Tarn-Current-Volt: 8 current inputs and 8 voltage inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14342,8 +14434,12 @@ class TarnCurrentVolt(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24Bi
 
 class TarnRelay(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, RelayModule, SNTPModule, SystemModule_async, NetworkModule_async, DIOModule_async, RelayModule_async, SNTPModule_async):
     """Tarn-Relay: 6 relays and 6 inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14353,8 +14449,12 @@ class TarnRelay(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, R
 
 class TarnOut(ETHDevice, DataLogger, SystemModule, NetworkModule, AOStreamingModule, SNTPModule, SystemModule_async, NetworkModule_async, AOStreamingModule_async, SNTPModule_async):
     """Tarn-Out: 8 analog outputs, function generation."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14364,8 +14464,12 @@ class TarnOut(ETHDevice, DataLogger, SystemModule, NetworkModule, AOStreamingMod
 
 class TarnPot(ETHDevice, DataLogger, SystemModule, NetworkModule, DPOTModule, SNTPModule, SystemModule_async, NetworkModule_async, DPOTModule_async, SNTPModule_async):
     """Tarn-Pot: 4 variable resistors."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14375,8 +14479,12 @@ class TarnPot(ETHDevice, DataLogger, SystemModule, NetworkModule, DPOTModule, SN
 
 class TarnThermo(ETHDevice, DataLogger, SystemModule, NetworkModule, ThermocoupleModule, SNTPModule, SystemModule_async, NetworkModule_async, ThermocoupleModule_async, SNTPModule_async):
     """Tarn-Thermo: 7 thermocouple inputs."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14386,8 +14494,12 @@ class TarnThermo(ETHDevice, DataLogger, SystemModule, NetworkModule, Thermocoupl
 
 class Lattice(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, AOModule, DIOModule, MCX514Module, SystemModule_async, NetworkModule_async, AIModule_async, AOModule_async, DIOModule_async, MCX514Module_async):
     """Lattice: Chassis with four slots for exchangeable modules."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14397,8 +14509,12 @@ class Lattice(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, AOMo
 
 class Pawl(ETHDevice, SystemModule, NetworkModule, TMC5240Module, SNTPModule, SystemModule_async, NetworkModule_async, TMC5240Module_async, SNTPModule_async):
     """Pawl-Drive: Stepper drive."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14408,8 +14524,12 @@ class Pawl(ETHDevice, SystemModule, NetworkModule, TMC5240Module, SNTPModule, Sy
 
 class Ratchet(ETHDevice, DataLogger, SystemModule, MCX514Module, NetworkModule, SNTPModule, SystemModule_async, MCX514Module_async, NetworkModule_async, SNTPModule_async):
     """Ratchet: Motion controller."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 
@@ -14419,8 +14539,12 @@ class Ratchet(ETHDevice, DataLogger, SystemModule, MCX514Module, NetworkModule, 
 
 class Drone(UARTDevice, DroneModule):
     """Drone: Flight controller on a serial line."""
-    def __init__(self) -> None:
-        """Makes a handle and starts its threads."""
+    def __init__(self, verbose: bool = True) -> None:
+        """Makes a handle and starts its threads.
+
+        Args:
+            verbose: whether to print a line.
+        """
     def close(self, verbose: bool = True) -> None:
         """Ends connection, file and threads for good; a second call does nothing.
 

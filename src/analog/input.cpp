@@ -94,7 +94,7 @@ std::optional<double> rateLimit(py::handle self, const Object& port) {
 }
 
 void checkRate(py::handle self, const Object& port, const Object& rate) {
-    checkIsNumber(rate);
+    checkIsNumber(rate, "rate");
     const auto limit = rateLimit(self, port);
     if (limit && rate > py::float_(*limit)) throw Failure(FailureId::AIRateNotVaildError);
 }
@@ -303,7 +303,7 @@ void defineModule(Package& package) {
                                     .raises = {"InputTypeNotCorrectError: `channel` is no integer",
                                                "AIChannelNotAvaliableError: the model has not so many channels"},
                                     .body = [](py::handle self, const Object& count) {
-                                        checkIsInt(count);
+                                        checkIsInt(count, "channel");
                                         if (isOneFrom(count, 1, traitsOfInput(self).channels)) return;
                                         throw Failure(FailureId::AIChannelNotAvaliableError);
                                     }};
@@ -313,7 +313,7 @@ void defineModule(Package& package) {
         .doc = "Raises AICSNotAvaliableError unless the model has the chip select.",
         .raises = {"InputTypeNotCorrectError: `cs` is no integer", "AICSNotAvaliableError: another chip select"},
         .body = [](py::handle self, const Object& chipSelect) {
-            checkIsInt(chipSelect);
+            checkIsInt(chipSelect, "cs");
             if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
             throw Failure(FailureId::AICSNotAvaliableError);
         }};

@@ -110,7 +110,7 @@ void tellQueues(py::handle self, const Object& port, Tell tell) {
     try {
         const Object all = attribute(self, "ai_signal_queue_list");
         eachPair(self, port, [&](const Object& index) {
-            if (const auto rows = ownRows(queueAt(all, index))) tell(*rows, index);
+            if (const auto rows = ownRows(queueAt(all, index))) tell(*rows);
         });
     } catch (const py::error_already_set& error) {
         if (!error.matches(PyExc_Exception)) throw;
@@ -206,19 +206,17 @@ std::shared_ptr<SampleBlock> takeBlock(py::handle self, const Object& port, cons
 }
 
 void noteRate(py::handle self, int port, double rate) {
-    tellQueues(self, py::int_(port), [&](RowFifo& rows, const Object&) { rows.setRate(rate); });
+    tellQueues(self, py::int_(port), [&](RowFifo& rows) { rows.setRate(rate); });
 }
 
-// Frames that wait to be decoded are of the run before.
+// Frames that have come before are of earlier runs.
 void noteStart(py::handle self, const Object& port) {
-    tellQueues(self, port, [&](RowFifo& rows, const Object& index) {
-        const auto frames = nativeOrNothing<StreamFifo>(queueAt(attribute(self, "ai_data_queue_list"), index));
-        rows.beginRun(frames ? frames->size() : 0);
-    });
+    const std::uint64_t before = StreamItem::newest;
+    tellQueues(self, port, [&](RowFifo& rows) { rows.beginRun(before); });
 }
 
 void noteEnd(py::handle self, int port) {
-    tellQueues(self, py::int_(port), [](RowFifo& rows, const Object&) { rows.endRun(); });
+    tellQueues(self, py::int_(port), [](RowFifo& rows) { rows.endRun(); });
 }
 
 namespace {
@@ -272,12 +270,14 @@ class WritableDoubles {
 public:
     explicit WritableDoubles(py::handle object) {
         if (PyObject_GetBuffer(object.ptr(), &view_, PyBUF_WRITABLE | PyBUF_FORMAT | PyBUF_C_CONTIGUOUS) != 0) {
-            throw py::error_already_set();
+            if (PyErr_ExceptionMatches(PyExc_TypeError) == 0) throw py::error_already_set();
+            PyErr_Clear();
+            refuseType("buffer", "a writable buffer of doubles", object);
         }
         const std::string_view format = view_.format == nullptr ? "B" : view_.format;
         if (view_.itemsize != sizeof(double) || (format != "d" && format != "=d" && format != "@d")) {
             PyBuffer_Release(&view_);
-            throw py::type_error("a writable buffer of doubles is wanted");
+            refuseType("buffer", "a writable buffer of doubles", object);
         }
     }
     ~WritableDoubles() { PyBuffer_Release(&view_); }

@@ -1,12 +1,13 @@
 // The logger: rows go to a CSV file from a thread of its own, so that who reads never waits for the disk.
 #include "analog/logger.h"
-#include "device/queue_face.h"
 
 #include "analog/analog.h"
 #include "analog/log_fields.h"
 #include "analog/log_parts.h"
 #include "core/engine/fifo.h"
 #include "core/wire/constants.h"
+#include "device/devices.h"
+#include "device/queue_face.h"
 #include "python/operation.h"
 #include "python/raising.h"
 
@@ -189,6 +190,9 @@ Object alone(const Object& item) {
 
 void defineLogger(Package& package) {
     const Parameter verbose{"verbose", "bool", "whether to print a line", "True"};
+    const std::string flushText = "Waits until everything queued is in the file, and the file on its way to the disk.";
+    const Raises flushErrors{
+        "OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"};
     package
         .makeClass(
             "DataLogger", {},
@@ -234,11 +238,8 @@ void defineLogger(Package& package) {
              .parameters = {{"value", "object", "the value"}},
              .doc = "Queues a row of one value.",
              .body = [](py::handle self, const Object& value) { callMethod(self, "Logger_writeList", alone(value)); }})
-        .method(
-            {.name = "Logger_flush",
-             .doc = "Waits until everything queued is in the file, and the file on its way to the disk.",
-             .raises = {"OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"},
-             .body = flush})
+        .method({.name = "Logger_flush", .doc = flushText, .raises = flushErrors, .body = flush})
+        .awaitable(inThreadOf("Logger_flush", {}, flushText, flushErrors))
         .method(
             {.name = "Logger_getLostWrites",
              .doc = "Tells how many queued matrices could not be written.",

@@ -23,7 +23,7 @@ const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineChe
                                            "AOChannelNotAvaliableError: the model has no such channel"},
                                 .body =
                                     [](py::handle self, const Object&channel) {
-                                        checkIsInt(channel);
+                                        checkIsInt(channel, "channel");
                                         if (isOneFrom(channel, 0, traitsOf(self).analogOutput.channels)) return;
                                         throw Failure(FailureId::AOChannelNotAvaliableError);
                                     }},
@@ -37,7 +37,7 @@ const Definition checkRate{
     .doc = "Refuses a rate above the model's limit.",
     .raises = {"InputTypeNotCorrectError: it is no number", "AORateNotVaildError: it is above the limit"},
     .body = [](py::handle self, const Object& rate) {
-        checkIsNumber(rate);
+        checkIsNumber(rate, "rate");
         if (rate > attribute(self, "ao_rate")) throw Failure(FailureId::AORateNotVaildError);
     }};
 const Raises portRaises{checkAOPort};
@@ -70,7 +70,7 @@ Task writeOne(Op op, Object port, Object channel, Object value) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
     op.call("_checkAOChannel", channel);
-    checkIsNumber(value);
+    checkIsNumber(value, "value");
     py::list alone;
     alone.append(value);
     checkVolts(op.self(), alone);
@@ -81,7 +81,7 @@ Task writeOne(Op op, Object port, Object channel, Object value) {
 Task writeAll(Op op, Object port, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
-    checkIsList(values);
+    checkIsList(values, "value_list");
     checkVolts(op.self(), values);
     const Object adjust = attribute(py::module_::import("pyzvr"), "adjustDataList");
     Payload data;
@@ -104,7 +104,7 @@ void defineChecks(Feature& output) {
                  .doc = "Refuses more values than one push takes.",
                  .raises = {"InputTypeNotCorrectError: it is no integer", "InputDataNotInRangeError: another value"},
                  .body = [](py::handle, const Object& value) {
-                     checkIsInt(value);
+                     checkIsInt(value, "value");
                      if (value > py::int_(13)) throw Failure(FailureId::InputDataNotInRangeError);
                  }});
 }
@@ -199,7 +199,7 @@ Reply bufferReply() {
 }
 
 void checkChannels(py::handle self, py::handle channels) {
-    checkIsList(channels);
+    checkIsList(channels, "channels");
     for (const py::handle each : channels) callMethod(self, "_checkAOChannel", each);
 }
 

@@ -387,7 +387,7 @@ void defineSampleBlock(Package& package) {
                 return py::buffer_info(block.values.get(), width, py::format_descriptor<double>::format(), 2,
                                        {rows, columns}, {columns * width, width});
             })
-            .def(py::pickle([](const SampleBlock& block) { return stateOf(block); },
+            .def(py::pickle([](const Object& self) { return stateOf(*native<SampleBlock>(self, "self")); },
                             [](const py::tuple& state) { return fromState(state); }));
     ClassMaker maker(type);
     defineContent(maker);

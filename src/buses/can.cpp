@@ -112,11 +112,11 @@ py::int_ plainInt(const Object& value) { return py::int_(value); }
 
 Task write(Op op, Object port, Object id, Object data, Object remote, Object extended) {
     op.call("_checkCANPort", port);
-    checkIsInt(id);
-    checkIsBool(remote);
-    checkIsBool(extended);
+    checkIsInt(id, "id_");
+    checkIsBool(remote, "remote");
+    checkIsBool(extended, "extended_id");
     if (truthOf(remote)) data = toList(Bytes(CanFrame::dataBytes));
-    checkIsList(data);
+    checkIsList(data, "data");
     op.call("_checkCANDataRangeAndLength", data);
     Payload sent;
     sent.add(port).add(0).extend(wireOf(id, extended, remote, data));

@@ -96,7 +96,7 @@ Task write(Op op, Object port, Object text) {
 // Checks the arguments and gives the queue of the port.
 Object signalQueue(const Op& op, const Object& port, const Object& count) {
     op.call("_checkUARTPort", port);
-    checkIsInt(count);
+    checkIsInt(count, "bytes_to_read");
     return attribute(op.self(), decoders[port.equal(py::int_(1)) ? 0 : 1].items);
 }
 
@@ -126,7 +126,7 @@ const Definition checkUARTBaudRate{
     .doc = "Refuses a higher speed.",
     .raises = {"InputTypeNotCorrectError: it is no integer", "UARTBaudRateNotSupportError: it is above 400000"},
     .body = [](py::handle, const Object& rate) {
-        checkIsInt(rate);
+        checkIsInt(rate, "baud_rate");
         if (rate > py::int_(400000)) throw Failure(FailureId::UARTBaudRateNotSupportError);
     }};
 const Definition checkUARTDataLength{.name = "_checkUARTDataLength",
@@ -135,7 +135,7 @@ const Definition checkUARTDataLength{.name = "_checkUARTDataLength",
                                      .raises = {"InputTypeNotCorrectError: it is neither text nor a list",
                                                 "UARTExceedMaxLengthError: it has more than 50 entries"},
                                      .body = [](py::handle, const Object& data) {
-                                         checkIsTextOrList(data);
+                                         checkIsTextOrList(data, "data");
                                          if (py::len(data) > longestWrite)
                                              throw Failure(FailureId::UARTExceedMaxLengthError);
                                      }};

@@ -22,7 +22,6 @@ ByteView part(const Bytes& record, std::size_t from, std::size_t count) {
     return rest.first(std::min(count, rest.size()));
 }
 
-// Address, mask, MAC, model, serial number, alias, application, gateway.
 py::list describe(const Bytes& record, std::size_t gatewayBytes) {
     py::list fields;
     fields.append(addressText(part(record, 0, 4)));
@@ -56,7 +55,7 @@ Task enumerate(Op op) {
 }
 
 Task ring(Op op, Object mac) {
-    checkIsText(mac);
+    checkIsText(mac, "mac_addr");
     Payload data;
     data.add(0).extend(macBytes(mac)).add(1);
     const Object replies = co_await ask(op, NETCOM_CHECK_MAC_RINGING, data.list());
@@ -73,20 +72,24 @@ Task secondStatus(Op op, Command command, Payload data) {
 
 // Compat 6: the command's code is taken for a list of bytes, which it is not.
 Task reboot(Op op, Object mac) {
-    checkIsText(mac);
+    checkIsText(mac, "mac_addr");
     Payload data;
     data.add(0).extend(py::int_(int{CHECK_MAC_AND_REBOOT})).extend(macBytes(mac));
     co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_REBOOT, data));
 }
 
 Task setAddress(Op op, Object ip, Object mac, Object gateway, Object mask) {
-    for (const Object& text : {ip, mac, gateway, mask}) checkIsText(text);
+    for (const auto& [value, name] : {std::pair{ip, "ip_addr"}, std::pair{mac, "mac_addr"},
+                                      std::pair{gateway, "gateway"}, std::pair{mask, "subnet_mask"}})
+        checkIsText(value, name);
     Payload data;
     data.add(0).extend(addressBytes(ip)).extend(addressBytes(mask)).extend(macBytes(mac)).extend(addressBytes(gateway));
     co_return co_await op.run(secondStatus(op, CHECK_MAC_AND_SET_IP, data));
 }
 
 }  // namespace
+
+py::list describeRecord(const Bytes& record) { return describe(record, 4); }
 
 void defineBroadcast(Package& package) {
     const Raises typeRaises{"InputTypeNotCorrectError: an argument is not a string",

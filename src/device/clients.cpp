@@ -1,5 +1,6 @@
 #include "core/wire/constants.h"
 #include "device/devices.h"
+#include "device/frame_log.h"
 #include "device/sockets.h"
 #include "python/arguments.h"
 #include "python/operation.h"
@@ -129,8 +130,11 @@ void defineClient(Package& package) {
                      [](py::handle self, const Object& values) {
                          const auto client = native<Client>(self);
                          const Bytes bytes = bytesOf(values);
-                         const bool sent = blocking(
-                             [&](const InterruptCheck& onWait) { return client->send(bytes, sendDeadline(), onWait); });
+                         askForFrameLog();
+                         const bool sent = blocking([&](const InterruptCheck& onWait) {
+                             client->tellSending(bytes);
+                             return client->send(bytes, sendDeadline(), onWait);
+                         });
                          if (!sent) throw std::system_error(std::make_error_code(std::errc::timed_out));
                      }})
         .method({.name = "recvPacket",
@@ -231,9 +235,14 @@ void defineNetworkClients(Package& package) {
                  .doc = "Sends a frame to every device, on every interface that carries it.",
                  .raises = {"OSError: no interface carries it"},
                  .body = [](py::handle self, const Object& values) {
-                     native<UdpClient>(self)->requireOwn();
+                     const auto client = native<UdpClient>(self);
+                     client->requireOwn();
                      const Bytes bytes = bytesOf(values);
-                     blocking([&](const InterruptCheck& onWait) { UdpClient::sendBroadcast(bytes, onWait); });
+                     askForFrameLog();
+                     blocking([&](const InterruptCheck& onWait) {
+                         client->tellSending(bytes);
+                         UdpClient::sendBroadcast(bytes, onWait);
+                     });
                  }});
 }
 

@@ -232,7 +232,9 @@ void constructStream(py::handle self, const StreamedFunction& function) {
         py::list frames, items;
         for (const StreamKey& key : function.keysOf(self, i)) {
             frames.append(own(PyObject_GetItem(pool.ptr(), keyObject(key).ptr())));
-            items.append(py::cast(std::make_shared<RowFifo>(QUEUE_SIZE_MAX, function.items)));
+            const auto rows = std::make_shared<RowFifo>(QUEUE_SIZE_MAX, function.items);
+            if (const auto runtime = runtimeOrNothing(self)) runtime->addRows(rows);
+            items.append(py::cast(rows));
         }
         // The constructor of the other form may have run before.
         if (hasDecoder(self, fields.thread) && areSame(queuesIn(function, attribute(self, fields.frames)), frames)) {

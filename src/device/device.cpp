@@ -6,6 +6,7 @@
 #include "device/runtime.h"
 #include "python/raising.h"
 #include "python/values.h"
+#include "transport/network.h"
 
 namespace zvr::python {
 
@@ -109,11 +110,49 @@ void onConnectionLost(py::handle self, const Object& callback, const Object& loo
     if (PyCallable_Check(callback.ptr()) == 0) refuseType("callback", "a function", callback);
     const auto runtime = runtimeOf(self);
     runtime->requireOwn();
-    runtime->lossCallbacks->add(callback, loop);
-    if (runtime->commands() && runtime->commands()->loss()) runtime->lossCallbacks->call(runtime->commands());
+    callMethod(attribute(self, lossCallbacks), "append", py::make_tuple(callback, loop));
+    if (runtime->commands() && runtime->commands()->loss()) tellLoss(runtime->reference, runtime->commands(), false);
+}
+
+// What closing raises must not hide what the block has raised: it becomes a note of that.
+void noteClosing(const Object& failure, const py::error_already_set& error) {
+    const py::tuple ofBlock(failure);
+    if (ofBlock.size() < 2 || ofBlock[1].is_none() || !error.matches(PyExc_Exception)) throw;
+    const std::string name = Py_TYPE(error.value().ptr())->tp_name;
+    addNote(Object(ofBlock[1]), "closing failed too: " + name + ": " + std::string(py::str(error.value())));
+}
+
+std::string describe(py::handle self) {
+    std::string text = std::string("<") + Py_TYPE(self.ptr())->tp_name;
+    if (const std::string place = placeOf(self); !place.empty()) text += " at " + place;
+    if (const Object number = attributeOrNothing(self, "serial_number"); number && !number.is_none()) {
+        text += ", serial number " + std::string(py::str(number));
+    }
+    const Object killed = attributeOrNothing(self, "killed");
+    if (!killed) return text + ", not constructed>";
+    if (isTrue(killed)) return text + ", closed>";
+    if (isForeign(self)) return text + ", of the parent process>";
+    for (const char* status : {"connect_status_cmd", "connect_status_udp"}) {
+        const Object connected = attributeOrNothing(self, status);
+        if (connected) return text + (isTrue(connected) ? ", connected>" : ", not connected>");
+    }
+    return text + ">";
 }
 
 }  // namespace
+
+std::string placeOf(py::handle self) {
+    for (const char* field : {"client_cmd", "client_udp"}) {
+        const auto client = nativeOrNothing<Client>(attributeOrNothing(self, field));
+        if (std::string place = client ? client->place() : std::string(); !place.empty()) return place;
+    }
+    for (const char* field : {"serial_num", "port", "ip_addr"}) {
+        const Object place = attributeOrNothing(self, field);
+        if (!place || PyUnicode_Check(place.ptr()) == 0) continue;
+        return (field == std::string_view("serial_num") ? "USB " : "") + std::string(py::str(place));
+    }
+    return {};
+}
 
 void defineDevice(Package& package) {
     defineThread(package);
@@ -150,6 +189,7 @@ void defineDevice(Package& package) {
                          setAttribute(self, "data_pool_echo", py::cast(made->pools.echo));
                          setAttribute(self, "data_pool_strm", py::cast(made->pools.stream));
                          setAttribute(self, "data_pool_bcst", py::cast(made->pools.broadcast));
+                         setAttribute(self, lossCallbacks, py::list());
                      }})
         .method({.name = "__setattr__",
                  .parameters = {name, {"value", "Any", "what it becomes"}},
@@ -199,7 +239,9 @@ void defineDevice(Package& package) {
                      [](py::handle self, const Object& verbose) {
                          if (isKilled(self)) return;
                          setAttribute(self, "killed", py::bool_(true));
+                         setAttribute(self, lossCallbacks, py::list());
                          if (const auto runtime = runtimeOrNothing(self)) runtime->endAll();
+                         logOf(self, LogLevel::debug, [] { return "closed"; });
                          printMessage(verbose, "Closed handle", self);
                      }})
         .method({.name = "__enter__",
@@ -208,16 +250,35 @@ void defineDevice(Package& package) {
                  .body = [](py::handle self) { return borrow(self.ptr()); }})
         .method({.name = "__exit__",
                  .parameters = {{"*failure", "object", ""}},
-                 .doc = "Closes the object.",
-                 .body = [](py::handle self, const Object&) { callMethod(self, "close"); }})
+                 .doc = "Closes the object. An exception of the block stays the one that is told: what closing raises "
+                        "then becomes a note of it.",
+                 .body =
+                     [](py::handle self, const Object& failure) {
+                         try {
+                             callMethod(self, "close");
+                         } catch (const py::error_already_set& error) {
+                             noteClosing(failure, error);
+                         }
+                     }})
+        .method({.name = "__repr__",
+                 .doc = "Tells the model, what it is connected to, the serial number if that is known, and the state.",
+                 .returns = {"str"},
+                 .body = describe})
         .awaitable({.name = "__aenter__",
                     .doc = "The object itself.",
                     .returns = {"Self"},
                     .body = [](Op op) -> Task { co_return borrow(op.self().ptr()); }})
         .awaitable({.name = "__aexit__",
                     .parameters = {{"*failure", "object"}},
-                    .doc = "Closes the object.",
-                    .body = [](Op op, Object) -> Task { co_return op.call("close"); }});
+                    .doc = "Closes the object, as leaving a plain `with` does, and never stops the event loop.",
+                    .body = [](Op op, Object failure) -> Task {
+                        try {
+                            co_await op.run(awaitInThread(op, "close"));
+                        } catch (const py::error_already_set& error) {
+                            noteClosing(failure, error);
+                        }
+                        co_return py::none();
+                    }});
     setAttribute(classNamed("Device"), "serialize", py::bool_(false));
 }
 

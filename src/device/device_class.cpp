@@ -1,5 +1,6 @@
 #include "device/device_class.h"
 
+#include "device/frame_log.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -30,6 +31,23 @@ void callBase(const DeviceClass& device, const char* method, py::handle self, co
     callOf(device.base == nullptr ? "Device" : device.base->name, method, self, args...);
 }
 
+// A connection that is refused is told to the log as well.
+Object joinOrTell(py::handle self, const DeviceClass& device, Arguments given) {
+    const auto tell = [&](const std::string& why) {
+        logOf(self, LogLevel::warning, [&] { return "not connected: " + why; });
+    };
+    try {
+        return device.join(self, device.link, given);
+    } catch (const Failure& failure) {
+        tell(failure.what());
+        throw;
+    } catch (const py::error_already_set& error) {
+        const auto cause = py::reinterpret_steal<Object>(PyException_GetCause(error.value().ptr()));
+        tell(std::string(py::str(error.value())) + (cause ? " (" + std::string(py::str(cause)) + ")" : ""));
+        throw;
+    }
+}
+
 }  // namespace
 
 void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number) {
@@ -58,12 +76,14 @@ void startDevice(py::handle self, const DeviceClass& device, const Object& verbo
 
 void connectDevice(py::handle self, const DeviceClass& device, Arguments given) {
     if (device.base == nullptr && isConnected(self, device.link)) return;
-    const Object place = device.join(self, device.link, given);
+    const Object place = joinOrTell(self, device, given);
     openGate(self, device.link);
     py::tuple places(device.connectParameters.size());
     for (std::size_t i = 0; i < places.size(); ++i) places[i] = i + 1 < places.size() ? given[i] : py::bool_(false);
     runtimeOf(self)->connectedWith = shared(places);
     const Object& verbose = given[device.connectParameters.size() - 1];
+    askForFrameLog();
+    logOf(self, LogLevel::info, [] { return "connected"; });
     printPlace(verbose, place ? "Connected" : "Binded", "to", self, place);
 }
 
@@ -102,6 +122,17 @@ void reconnectDevice(py::handle self, const DeviceClass& device, const Object& v
     if (isTrue(verbose)) printLine(py::str("Reconnected {}").format(callMethod(self, "_getDeviceName")));
 }
 
+Definition inThreadOf(const char* method, Parameters parameters, std::string doc, Raises raises) {
+    const std::size_t count = parameters.size();
+    return {.name = method,
+            .parameters = std::move(parameters),
+            .doc = std::move(doc),
+            .raises = std::move(raises),
+            .body = [method, count](const Definition&, Op op, Arguments given) -> Task {
+                return awaitInThread(std::move(op), method, {given, given + count});
+            }};
+}
+
 Task awaitInThread(Op op, const char* method, std::vector<Object> given) {
     py::tuple values(given.size());
     for (std::size_t i = 0; i < given.size(); ++i) values[i] = given[i];
@@ -122,6 +153,8 @@ void disconnectDevice(py::handle self, const DeviceClass& device, const Object& 
         callMethod(attribute(self, link.client), "disconnect");
     }
     setDisconnected(self, device);
+    runtimeOf(self)->endWaits();
+    logOf(self, LogLevel::info, [] { return "disconnected"; });
     const DeviceClass& placed = device.base == nullptr ? device : *device.base;
     const Object place = placed.places.empty() ? Object() : attribute(self, placed.places[0].name.c_str());
     printPlace(verbose, "Disconnected", "from", self, place);

@@ -40,8 +40,6 @@ void disconnectDevice(py::handle self, const DeviceClass& device, const Object& 
 bool isConnected(py::handle self, const DeviceClass& device);
 /// Lets go of what is left of the connection and makes it anew, with what it was made with.
 void reconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
-/// Awaits a method that blocks, on a thread of the event loop's own.
-Task awaitInThread(Op op, const char* method, std::vector<Object> given);
 /// Disconnects, ends what the object has and says so, each even if the step before failed.
 void closeDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 
@@ -49,18 +47,6 @@ inline Raises reconnectErrors(const DeviceClass& device) {
     Raises raises = device.connect.raises;
     raises.add({std::string(rowOf(device.link.failure).name) + ": the handle is closed, or has never been connected"});
     return raises;
-}
-
-/// The awaitable form of a method that blocks. It never stops the event loop; a cancelled one ends in its thread.
-inline Definition inThreadOf(const char* method, Parameters parameters, const MethodText& text) {
-    const std::size_t count = parameters.size();
-    return {.name = method,
-            .parameters = std::move(parameters),
-            .doc = text.summary,
-            .raises = text.raises,
-            .body = [method, count](const Definition&, Op op, Arguments given) -> Task {
-                return awaitInThread(std::move(op), method, {given, given + count});
-            }};
 }
 
 /// The row is there for good.
@@ -107,10 +93,11 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
                         "one. Replies that nobody took are dropped; nothing is set or opened again on the device.",
                  .raises = reconnectErrors(device),
                  .body = [&device](py::handle self, const Object& verbose) { reconnectDevice(self, device, verbose); }})
-        .awaitable(inThreadOf("connect", device.connectParameters, device.connect))
-        .awaitable(inThreadOf("disconnect", {verboseParameter}, device.disconnect))
-        .awaitable(inThreadOf("reconnect", {verboseParameter}, {"Gives the handle a new connection."}))
-        .awaitable(inThreadOf("close", {verboseParameter}, device.close))
+        .awaitable(inThreadOf("connect", device.connectParameters, device.connect.summary, device.connect.raises))
+        .awaitable(inThreadOf("disconnect", {verboseParameter}, device.disconnect.summary, device.disconnect.raises))
+        .awaitable(
+            inThreadOf("reconnect", {verboseParameter}, "Gives the handle a new connection.", reconnectErrors(device)))
+        .awaitable(inThreadOf("close", {verboseParameter}, device.close.summary, device.close.raises))
         .method({.name = "close",
                  .parameters = {verboseParameter},
                  .doc = device.close.summary,

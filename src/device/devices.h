@@ -13,6 +13,8 @@ void defineDevice(Package& package);
 void defineUsbEnumeration(Package& package);
 void defineDeviceClasses(Package& package);
 void defineBroadcast(Package& package);
+/// What a device tells of itself: address, mask, MAC, model, serial number, alias, application, gateway.
+py::list describeRecord(const Bytes& record);
 
 inline void defineDevices(Package& package) {
     defineUsbLibrary(package);
@@ -34,6 +36,11 @@ void printMessage(const Object& verbose, const char* message, py::handle self);
 bool isTrue(py::handle self, const char* field);
 
 Object classNamed(const char* type);
+
+/// Awaits a method that blocks, on a thread of the event loop's own.
+Task awaitInThread(Op op, const char* method, std::vector<Object> given = {});
+/// The awaitable form of such a method. It never stops the event loop; a cancelled one ends in its thread.
+Definition inThreadOf(const char* method, Parameters parameters, std::string doc, Raises raises);
 
 /// Calls a method of one class on an object, whatever the object's own class makes of it.
 template <class... Args>

@@ -12,7 +12,8 @@ namespace {
 struct Plan {
     struct CheckStep {
         Object method;  // its name; nothing where a function does it
-        void (*test)(py::handle value);
+        void (*test)(py::handle value, const char* name);
+        std::string name;  // of the argument that it looks at
         std::vector<std::size_t> arguments;
     };
     struct FieldStep {
@@ -34,7 +35,7 @@ std::size_t indexOf(const Parameters& parameters, const std::string& name) {
 
 void run(const Plan::CheckStep& check, py::handle self, const std::vector<Object>& arguments) {
     if (check.test != nullptr) {
-        check.test(arguments[check.arguments[0]]);
+        check.test(arguments[check.arguments[0]], check.name.c_str());
         return;
     }
     std::vector<PyObject*> values{self.ptr()};
@@ -91,7 +92,7 @@ std::string textOf(const std::vector<Field>& fields) {
 
 std::string nameOf(const SentCommand& command) {
     if (!command.name.empty()) return std::string(command.name);
-    return std::string(std::ranges::find(commandTable(), command.code, &CommandName::code)->name);
+    return std::string(nameOfCommand(command.code));
 }
 
 Parameters parametersOf(const std::vector<Field>& fields) {
@@ -194,7 +195,7 @@ Definition accepting(std::string name, Parameter parameter, FailureId failure, s
             }};
 }
 
-Check check(void (*test)(py::handle value), const Parameter& parameter) {
+Check check(void (*test)(py::handle value, const char* name), const Parameter& parameter) {
     return {{}, test, {parameter.name}, {"InputTypeNotCorrectError: `" + parameter.name + "` has the wrong type"}};
 }
 Check isInt(const Parameter& parameter) { return check(checkIsInt, parameter); }
@@ -211,7 +212,10 @@ Request::operator Definition() const {
     auto plan = std::make_shared<Plan>(Plan{sends.code, {}, {}, reply, adapt});
     for (const Check& check : checks) {
         definition.raises.add({check.raises});
-        Plan::CheckStep step{check.test == nullptr ? Object(py::str(check.method)) : Object(), check.test, {}};
+        Plan::CheckStep step{check.test == nullptr ? Object(py::str(check.method)) : Object(),
+                             check.test,
+                             check.arguments.empty() ? std::string() : check.arguments[0],
+                             {}};
         for (const std::string& argument : check.arguments) {
             step.arguments.push_back(indexOf(definition.parameters, argument));
         }

@@ -62,7 +62,7 @@ Field constant(int value, const std::string& name = {});
 Field constantWord(int value);
 
 // Checks of one argument's type.
-Check check(void (*test)(py::handle value), const Parameter& parameter);
+Check check(void (*test)(py::handle value, const char* name), const Parameter& parameter);
 Check isInt(const Parameter& parameter);
 Check isNumber(const Parameter& parameter);
 Check isList(const Parameter& parameter);

@@ -2,6 +2,7 @@
 
 #include "core/engine/threads.h"
 #include "device/protocol.h"
+#include "python/log.h"
 #include "python/raising.h"
 #include "python/values.h"
 
@@ -18,12 +19,59 @@ py::str formatted(const char* format, py::handle self) {
     return py::str(format).format(attribute(self, "code"), attribute(self, "msg"));
 }
 
+PyTypeObject* asType(py::handle type) { return reinterpret_cast<PyTypeObject*>(type.ptr()); }
+
+// OSError makes an error number, a text and a file name of its arguments. Those of a failure are kept as every other
+// exception keeps them.
+PyObject* makeSystemFailure(PyObject* /*self*/, PyObject* arguments, PyObject* /*named*/) {
+    try {
+        const Object type = borrow(PyTuple_GetItem(arguments, 0));
+        if (!type) throw py::error_already_set();
+        Object made = callMethod(borrow(PyExc_OSError), "__new__", type);
+        setAttribute(made, "args", own(PyTuple_GetSlice(arguments, 1, PyTuple_GET_SIZE(arguments))));
+        return made.release().ptr();
+    } catch (...) {
+        raiseCurrent();
+        return nullptr;
+    }
+}
+
+PyMethodDef newSystemFailure{"__new__", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(makeSystemFailure)),
+                             METH_VARARGS | METH_KEYWORDS, "Makes the exception, without its message."};
+
+// What a status or a result stands for: itself, unless it is a negative integer.
+Object checkedResult(const Object& result) {
+    if (PyLong_Check(result.ptr()) == 0) return result;
+    int beyond = 0;
+    const long code = PyLong_AsLongAndOverflow(result.ptr(), &beyond);
+    if (beyond > 0 || (beyond == 0 && code >= 0)) return result;
+    const bool isCode = beyond == 0 && code >= std::numeric_limits<int>::min();
+    const auto failure = isCode ? failureOfCode(static_cast<int>(code)) : std::nullopt;
+    const py::handle type = failure ? failureClass(*failure) : py::handle();
+    if (!failure) {
+        const Object root = packageObject("Error");
+        PyErr_SetObject(root.ptr(), callObject(root, result, py::str("No failure has this code.")).ptr());
+    } else {
+        const py::dict silent(py::arg("silent") = true);
+        PyErr_SetObject(type.ptr(), type(**silent).ptr());
+    }
+    throw py::error_already_set();
+}
+
 // Every other failure class: the code is the class's, the message may be the caller's.
 void defineFailure(Package& package, FailureId id) {
     const FailureRow& row = rowOf(id);
     const std::string name(row.name);
-    ClassMaker type = package.makeClass(name, {std::string(row.base)},
-                                        std::string(row.message) + "\n\nIts code is " + std::to_string(row.code) + ".");
+    std::vector<std::string> bases{std::string(row.base)};
+    if (!row.hostBase.empty()) bases.emplace_back(row.hostBase);
+    const std::string doc = std::string(row.message) + "\n\nIts code is " + std::to_string(row.code) + ".";
+    // Where a class has its own __new__, the host reads the signature from this head of the documentation.
+    ClassMaker type =
+        package.makeClass(name, bases, name + "(msg=" + quoted(row.message) + ", *args, **kwargs)\n--\n\n" + doc);
+    setAttribute(type.type(), "__doc__", py::str(doc));
+    if (PyType_IsSubtype(asType(type.type()), asType(PyExc_OSError)) != 0) {
+        setAttribute(type.type(), "__new__", own(PyCFunction_New(&newSystemFailure, nullptr)));
+    }
     const Parameter message{"msg", "str", "text instead of the default", quoted(row.message)};
     Parameters parameters{message, anyMore, anyNamed};
     if (row.base == "ZVRWarning") {
@@ -33,8 +81,7 @@ void defineFailure(Package& package, FailureId id) {
                  .parameters = parameters,
                  .doc = "Takes a message.",
                  .body = [id](py::handle self, const Object& message, const Object& more, const Object& named) {
-                     PyTypeObject* const type = reinterpret_cast<PyTypeObject*>(failureClass(id).ptr());
-                     const Object base = borrow(reinterpret_cast<PyObject*>(type->tp_base));
+                     const Object base = borrow(PyTuple_GET_ITEM(asType(failureClass(id))->tp_bases, 0));
                      py::tuple head = py::make_tuple(self, rowOf(id).code, message);
                      attribute(base, "__init__")(*head, *py::tuple(more), **py::dict(named));
                  }});
@@ -63,6 +110,7 @@ bool isConstructorOf(const Object& frame, py::handle self) {
 // The stack of the line that makes the warning, and the warning itself, which names that line. A thread of the library
 // runs no lines: it is told by its name.
 void reportWarning(py::handle self) {
+    logEvent(LogLevel::warning, [&] { return std::string(py::str(self)); });
     Object frame = innermostFrame();
     int level = 1;
     for (; !frame.is_none() && isConstructorOf(frame, self); ++level) frame = attribute(frame, "f_back");
@@ -128,6 +176,14 @@ void defineFailures(Package& package) {
                           const Object name = attribute(py::type::of(error), "__name__");
                           say(py::str("{}:{}").format(name, py::str(error)));
                       }});
+    package.function({.name = "check",
+                      .parameters = {{"result", "Any", "what an operation returned"}},
+                      .doc = "Raises the failure that a negative code stands for; anything else is returned as it is. "
+                             "Lists and tuples are not looked into, since what they hold may be readings.",
+                      .returns = {"Any", "`result`"},
+                      .raises = {"Error: the class of the code; Error itself for a code that no failure has",
+                                 "ZVRWarning: the class of a code of the motion functions"},
+                      .body = [](py::handle, const Object& result) { return checkedResult(result); }});
     package.function({.name = "checkFirmwareError",
                       .parameters = {{"error_code", "int", "status byte of a device's reply"}},
                       .doc = "Raises the error that a status byte stands for.",

@@ -1,7 +1,10 @@
 // The request engine on the caller's side: frames out, replies from the pools, in both forms.
+#include "core/wire/commands.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
 #include "core/wire/frame.h"
+#include "device/attempts.h"
+#include "device/frame_log.h"
 #include "device/protocol.h"
 #include "device/request_path.h"
 #include "device/row_fifo.h"
@@ -75,6 +78,7 @@ Object exchangeOnce(const RequestPath& path, int command, const Bytes& data, dou
     const Bytes frame = buildFrame(command, data);
     const Deadline deadline = deadlineIn(timeout);
     const bool queues = lockQueue.isLong();
+    askForFrameLog();
     bool sent = false;
     Deadline asked;
     auto received = blocking([&](const InterruptCheck& onWait) {
@@ -156,15 +160,18 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
         turn = RequestTurn::of(self, keyOf(argument<int>(command, "cmd"), data));
         if (turn) turn->begin(self);
     }
+    Attempts attempts;
     const auto attempt = [&] {
         if (const auto path = RequestPath::of(self); path && path->blocking) {
+            attempts.look(*path);
             return exchangeOnce(*path, argument<int>(command, "cmd"), bytesOf(data), QUICK_TRY);
         }
         return callMethod(self, "_echoPacket", command, data, py::float_(QUICK_TRY));
     };
     double timer = 0.0;
-    for (int count = 0; count < NUM_RETRIES && timer < limit; ++count, timer += QUICK_TRY) {
+    for (; attempts.count() < NUM_RETRIES && timer < limit; timer += QUICK_TRY) {
         try {
+            attempts.add(self, command);
             return attempt();
         } catch (const Failure& failure) {
             if (failure.id() != FailureId::ReceivePacketTimeoutError) throw;
@@ -172,8 +179,18 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
             if (!isFailure(error, FailureId::ReceivePacketTimeoutError)) throw;
         }
     }
-    if (timer >= limit) timedOut();
-    return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
+    if (timer >= limit) {
+        Failure failure(FailureId::ReceivePacketTimeoutError);
+        for (std::string& note : attempts.notes(self, command)) std::move(failure).noting(std::move(note));
+        throw failure;
+    }
+    try {
+        return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
+    } catch (const py::error_already_set& error) {
+        if (isFailure(error, FailureId::ReceivePacketTimeoutError))
+            addNotes(error.value(), attempts.notes(self, command));
+        throw;
+    }
 }
 
 // The wait on a mapping that is not ours is a poll; its step is a thousandth of the limit.
@@ -262,6 +279,7 @@ bool sendNow(py::handle self, const Object& frame) {
         return true;
     }
     const Bytes bytes = bytesOf(frame);
+    askForFrameLog();
     const WithoutGil released;
     return link->sendRequest(bytes, Clock::now());
 }
@@ -282,13 +300,15 @@ struct Begun {
     Object reply;
 };
 
-Begun begin(py::handle self, int command, const Object& data) {
+Begun begin(py::handle self, int command, const Object& data, Attempts* attempts = nullptr) {
     const auto path = RequestPath::of(self);
     if (!path || !path->awaitable) return {};
+    if (attempts != nullptr) attempts->look(*path);
     const Bytes payload = bytesOf(data);
     const EchoPool::Key key = command == MOTION ? motionKey(payload) : command;
     const Bytes frame = buildFrame(command, payload);
     Begun begun;
+    askForFrameLog();
     {
         const WithoutGil released;
         begun.sent = path->client->sendRequest(frame, Clock::now());
@@ -302,11 +322,13 @@ Begun begin(py::handle self, int command, const Object& data) {
 // The loop gets a turn now and then, however fast the device is.
 Awaiter giveLoopItsTurn(const Op& op) { return LoopWakers::loopIsDue() ? op.sleep(0) : Awaiter::done(py::none()); }
 
+bool isTimeOver(const py::error_already_set& error) { return error.matches(pythonObject("asyncio", "TimeoutError")); }
+
 Task awaitReplySteps(Op op, EchoPool::Key key, Deadline deadline) {
     try {
         co_return co_await within(deadline, op.call("_getReplyFromPool_async", py::int_(key)));
     } catch (const py::error_already_set& error) {
-        if (!error.matches(pythonObject("asyncio", "TimeoutError"))) throw;
+        if (!isTimeOver(error)) throw;
     }
     co_return py::none();
 }
@@ -339,9 +361,11 @@ Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seco
     const int code = argument<int>(command, "cmd");
     const auto turn = RequestTurn::of(op.self(), keyOf(code, data));
     while (turn && !turn->tryBegin(op.self())) co_await turn->wait();
-    for (int count = 0; count < most; ++count) {
+    Attempts attempts;
+    while (attempts.count() < most) {
+        attempts.add(op.self(), command);
         const Deadline deadline = deadlineIn(RETRY_TIMEOUT);
-        Begun begun = begin(op.self(), code, data);
+        Begun begun = begin(op.self(), code, data, &attempts);
         if (begun.reply) {
             co_await giveLoopItsTurn(op);
             co_return begun.reply;
@@ -355,7 +379,12 @@ Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seco
         if (!value.is_none()) co_return value;
     }
     const double left = std::max(timeout - static_cast<double>(RETRY_TIMEOUT) * most, 0.0);
-    co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
+    try {
+        co_return co_await within(deadlineIn(left), op.call("_getReplyFromPool_async", command));
+    } catch (const py::error_already_set& error) {
+        if (isTimeOver(error)) addNotes(error.value(), attempts.notes(op.self(), command));
+        throw;
+    }
 }
 
 Task getReplySteps(Op op, Object key) {

@@ -37,11 +37,13 @@ void putInto(const std::shared_ptr<typename Access::Queue>& queue, const Object&
 template <class Access>
 Object takeFrom(const std::shared_ptr<typename Access::Queue>& queue, Deadline deadline) {
     requireOwnQueue(*queue);
+    const std::uint64_t ends = queue->ends();
     for (;;) {
         if (Object item = Access::take(queue)) return item;
         const bool came =
             blocking([&](const InterruptCheck& onWait) { return queue->waitForSize(1, deadline, onWait) > 0; });
-        if (!came && Clock::now() >= deadline) raiseQueue("Empty");  // else another taker was quicker
+        // Else another taker was quicker.
+        if (!came && (Clock::now() >= deadline || queue->ends() != ends)) raiseQueue("Empty");
     }
 }
 
@@ -63,7 +65,7 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                  .parameters = {waits, timeout},
                  .doc = "Takes the oldest item.",
                  .returns = taken,
-                 .raises = {"queue.Empty: nothing came in time"},
+                 .raises = {"queue.Empty: nothing came in time, or before the connection was closed"},
                  .body = [](const Held& queue, bool waits,
                             const Object& timeout) { return takeFrom<Access>(queue, queueDeadline(waits, timeout)); }})
         .method({.name = "put_nowait",

@@ -5,6 +5,7 @@
 #include "core/engine/never_destroyed.h"
 #include "core/engine/threads.h"
 #include "device/decoder_thread.h"
+#include "device/frame_log.h"
 #include "device/thread_body.h"
 #include "python/operation.h"
 #include "python/raising.h"
@@ -147,13 +148,18 @@ private:
         if (echo && stream && broadcast && hasOwnMethod(object, "_putToDataPool") &&
             hasOwnMethod(object, "_checkCommandType")) {
             pools_ = {echo, stream, broadcast};
-            receiver.setSink(
-                [pools = pools_](Packet packet) mutable { pools.file(packet.command, std::move(packet.data)); },
-                [stream, broadcast] { return !stream->holdsForeign() && !broadcast->holdsForeign(); });
+            const auto file = [pools = pools_, client = std::weak_ptr(ours_)](Packet packet) mutable {
+                if (framesAreLogged()) logReceived(client, packet);
+                pools.file(packet.command, std::move(packet.data));
+            };
+            receiver.setSink(file, [stream, broadcast] {
+                return !stream->holdsForeign() && !broadcast->holdsForeign() && !framesAreLogged();
+            });
             return;
         }
-        const auto callSteps = [self = self_](const Packet& packet) {
+        const auto callSteps = [self = self_, client = std::weak_ptr(ours_)](const Packet& packet) {
             if (!interpreterAlive()) return;
+            if (framesAreLogged()) logReceived(client, packet);
             const WithGil acquired;
             const Object object = callObject(self.get());
             if (!object.is_none()) {
@@ -183,21 +189,15 @@ void DeviceRuntime::requireLinks() const {
     for (const auto& receiver : receivers_) receiver->requireLink();
 }
 
-void LossCallbacks::add(py::handle callback, py::handle loop) {
-    const std::lock_guard lock(mutex_);
-    callbacks_.push_back({shared(callback), loop.is_none() ? nullptr : shared(loop)});
-}
+DeviceRuntime::DeviceRuntime(py::handle self)
+    : watch(std::make_shared<Watch>(self)), reference(shared(callObject(pythonObject("weakref", "ref"), self))) {}
 
-void LossCallbacks::call(const std::shared_ptr<Receiver>& receiver) {
-    std::vector<Callback> told;
-    {
-        const std::lock_guard lock(mutex_);
-        told.swap(callbacks_);
-    }
-    if (told.empty()) return;
+void tellLoss(const SharedObject& reference, const std::shared_ptr<Receiver>& receiver, bool isNew) {
     const std::string name = "_connectionLost";
-    startThread(name, [told = std::move(told), receiver, name] {
+    startThread(name, [reference, receiver, isNew, name] {
         onInterpreter([&] {
+            const Object self = callObject(reference.get());
+            if (self.is_none()) return;
             Object reason = py::none();
             try {
                 receiver->requireLink();
@@ -205,18 +205,29 @@ void LossCallbacks::call(const std::shared_ptr<Receiver>& receiver) {
                 raiseCurrent();
                 reason = py::error_already_set().value();
             }
-            for (const Callback& each : told) {
+            if (isNew) logOf(self, LogLevel::warning, [&] { return "lost: " + std::string(py::str(reason)); });
+            const py::list told = attribute(self, lossCallbacks);
+            setAttribute(self, lossCallbacks, py::list());
+            for (const py::handle each : told) {
+                const py::tuple callback = borrow(each.ptr());
                 try {
-                    if (each.loop) {
-                        callMethod(each.loop.get(), "call_soon_threadsafe", py::handle(each.function.get()), reason);
+                    if (callback[1].is_none()) {
+                        callObject(Object(callback[0]), reason);
                     } else {
-                        callObject(each.function.get(), reason);
+                        callMethod(Object(callback[1]), "call_soon_threadsafe", Object(callback[0]), reason);
                     }
                 } catch (...) {
                     reportThreadFailure(name, std::current_exception());
                 }
             }
         });
+    });
+}
+
+void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept {
+    logEvent(level, [&] {
+        const std::string place = placeOf(self);
+        return Py_TYPE(self.ptr())->tp_name + (place.empty() ? "" : " at " + place) + ": " + what();
     });
 }
 
@@ -229,12 +240,22 @@ Object clientOf(py::handle self) {
                   isTrue(attribute(self, "killed")) ? "The handle is closed." : notConnected);
 }
 
+void DeviceRuntime::endWaits() {
+    for (const StreamKey& key : pools.stream->keys()) {
+        if (const auto frames = pools.stream->find(key).own) frames->endWaits();
+    }
+    for (const auto& each : rows_) {
+        if (const auto rows = each.lock()) rows->endWaits();
+    }
+}
+
 void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
     for (const auto& receiver : receivers_) {
         receiver->end();
         receiver->closeLink();
     }
+    endWaits();
     watch->touch();
 }
 
@@ -248,8 +269,8 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
         wakers.receiver = receiver;
         linkFailure = link.failure;
     }
-    receiver->onLoss([callbacks = lossCallbacks, weak = std::weak_ptr(receiver)] {
-        if (const auto lost = weak.lock()) callbacks->call(lost);
+    receiver->onLoss([reference = reference, weak = std::weak_ptr(receiver)] {
+        if (const auto lost = weak.lock()) tellLoss(reference, lost, true);
     });
     watch->onChange(receiver);
     endAtExit(receiver);

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "core/engine/pools.h"
+#include "core/engine/row_queue.h"
 #include "device/watch.h"
 #include "python/event_loop.h"
+#include "python/log.h"
 #include "transport/receiver.h"
 
 namespace zvr::python {
@@ -23,26 +25,13 @@ struct DeviceLink {
     bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
 };
 
-/// Who wants to hear of the end of a connection: each is called once, on a thread of ours or on an event loop.
-class LossCallbacks {
-public:
-    /// Under the interpreter lock. A null loop stands for a thread.
-    void add(py::handle callback, py::handle loop);
-    /// Any thread; does not wait. `receiver` tells the reason.
-    void call(const std::shared_ptr<Receiver>& receiver);
-
-private:
-    struct Callback {
-        SharedObject function, loop;
-    };
-    std::mutex mutex_;
-    std::vector<Callback> callbacks_;
-};
+/// The field of those that want to hear of the end of the connection: pairs of function and event loop, or None.
+inline constexpr const char* lossCallbacks = "_loss_callbacks";
 
 /// Lives in the object's `_runtime`. It never refers back to the object, so that dropping the object ends its threads.
 class DeviceRuntime {
 public:
-    explicit DeviceRuntime(py::handle self) : watch(std::make_shared<Watch>(self)) {}
+    explicit DeviceRuntime(py::handle self);
     ~DeviceRuntime() { endAll(); }
     DeviceRuntime(const DeviceRuntime&) = delete;
     DeviceRuntime& operator=(const DeviceRuntime&) = delete;
@@ -60,7 +49,8 @@ public:
 
     /// The class of errors of the link that carries requests.
     FailureId linkFailure = FailureId::NetworkConnectionLostError;
-    const std::shared_ptr<LossCallbacks> lossCallbacks = std::make_shared<LossCallbacks>();
+    /// A weak one to the object.
+    const SharedObject reference;
     /// What the object was connected with last, a tuple.
     SharedObject connectedWith;
     /// Whose turn it is to send a request with a key, where requests take turns: one token for each key.
@@ -76,12 +66,22 @@ public:
     /// Makes and starts the receive thread of a connection, gate shut.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);
 
+    /// The rows of the object's streams, whose readers are told when nothing more comes.
+    void addRows(const std::shared_ptr<RowQueue>& rows) { rows_.push_back(rows); }
+    /// Ends the waits for what is streamed: the connection goes.
+    void endWaits();
+
     /// Ends the receive threads, and lets go of their links, for good.
     void endAll();
 
 private:
     std::vector<std::shared_ptr<Receiver>> receivers_;
+    std::vector<std::weak_ptr<RowQueue>> rows_;
 };
+
+/// Calls those that want to hear why a connection has ended, each once, on a thread of ours or on its event loop. Any
+/// thread; does not wait.
+void tellLoss(const SharedObject& reference, const std::shared_ptr<Receiver>& receiver, bool isNew);
 
 /// Whether the object was made before this process was forked off.
 bool isForeign(py::handle self);
@@ -92,11 +92,16 @@ void requireOwn(py::handle self);
 std::shared_ptr<DeviceRuntime> runtimeOrNothing(py::handle self);
 std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self);
 
-/// Whether a method of the object has been replaced, or is not the library's; looks at what the object has now.
+/// Whether the object has been closed for good.
 bool isKilled(py::handle self);
 
 /// The object's client of requests. Throws the link's Failure if there is none.
 Object clientOf(py::handle self);
+/// What the object is or was last connected to, as messages name it: host and port, line, or USB serial number. Empty
+/// if there is nothing of it.
+std::string placeOf(py::handle self);
+/// Tells the log something of an object.
+void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept;
 
 /// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
 void runReceiverBody(py::handle self, const DeviceLink& link);

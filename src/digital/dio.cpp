@@ -60,17 +60,17 @@ Object pinsOfPort(py::handle self, const Side& side, const Object& port) {
 }
 
 void checkPort(py::handle self, const Side& side, const Object& port) {
-    checkIsInt(port);
-    if (!attribute(self, side.map).contains(port)) throw Failure(side.portFailure);
+    checkIsInt(port, "port");
+    if (const Object here = attribute(self, side.map); !here.contains(port)) throw notAmong(side.portFailure, here);
 }
 
 void checkPortAndPins(py::handle self, const Side& side, const Object& port, const Object& pins) {
-    checkIsInt(port);
-    checkIsIntOrList(pins);
-    if (!attribute(self, side.map).contains(port)) throw Failure(side.portFailure);
+    checkIsInt(port, "port");
+    checkIsIntOrList(pins, "pin");
+    if (const Object here = attribute(self, side.map); !here.contains(port)) throw notAmong(side.portFailure, here);
     const Object wanted = own(PySet_New(pins.ptr()));
     if (!truthOf(callMethod(wanted, "issubset", pinsOfPort(self, side, port)))) {
-        throw Failure(FailureId::PinsNotExistError);
+        throw notAmong(FailureId::PinsNotExistError, pinsOfPort(self, side, port));
     }
 }
 
@@ -373,7 +373,7 @@ void defineOutputs(Feature& dio) {
                     .raises = {checkDOPort, "OverflowError: a number has more than 16 bits"},
                     .body = [](Op op, Object port, Object value) -> Task {
                         op.call("_checkDOPort", port);
-                        checkIsIntOrList(value);
+                        checkIsIntOrList(value, "value");
                         Object state = value;
                         if (PyList_Check(value.ptr()) != 0) {
                             const Object pins = callObject(pythonObject("builtins", "range"), py::int_(py::len(value)));
@@ -392,7 +392,7 @@ void defineOutputs(Feature& dio) {
              .raises = valueRaises,
              .body = [](Op op, Object port, Object pins, Object value) -> Task {
                  op.call("_checkDOPortAndPin", port, op.call("_getPinIndexInList", pins));
-                 checkIsIntOrList(value);
+                 checkIsIntOrList(value, "value");
                  checkSameType(pins, value);
                  Object state = value;
                  if (PyList_Check(pins.ptr()) != 0) {

@@ -31,10 +31,11 @@ Definition portCheck(const PinnedPorts& ports) {
             .raises = {"InputTypeNotCorrectError: `port` is no integer",
                        std::string(rowOf(ports.failure).name) + ": the model has no such port"},
             .body = [ports](py::handle self, const Object& port) {
-                checkIsInt(port);
-                const int known = PySequence_Contains(attribute(self, ports.field).ptr(), port.ptr());
+                checkIsInt(port, "port");
+                const Object here = attribute(self, ports.field);
+                const int known = PySequence_Contains(here.ptr(), port.ptr());
                 if (known < 0) throw py::error_already_set();
-                if (known == 0) throw Failure(ports.failure);
+                if (known == 0) throw notAmong(ports.failure, here);
             }};
 }
 

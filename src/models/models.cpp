@@ -130,9 +130,9 @@ void constructModules(const Model& model, py::handle self, const char* ending) {
 }
 
 // The bases are not chained: each constructor is called by class, the device's first, with what the model offers.
-void construct(const Model& model, py::handle self) {
+void construct(const Model& model, py::handle self, const Object& verbose) {
     const ModelFamily& family = *model.family;
-    callOf(family.device, "__init__", self);
+    callOf(family.device, "__init__", self, verbose);
     if (family.logger == ModelFamily::Logger::first) callOf("DataLogger", "__init__", self);
     if (family.hasAsync && family.asyncFirst) constructModules(model, self, "Module_async");
     constructModules(model, self, "Module");
@@ -218,8 +218,9 @@ py::dict describe(const Model& model) {
 // The rows are there for good.
 void defineOwnMethods(ClassMaker& type, const Model& model) {
     type.method({.name = "__init__",
+                 .parameters = {verboseParameter},
                  .doc = "Makes a handle and starts its threads.",
-                 .body = [&model](py::handle self) { construct(model, self); }})
+                 .body = [&model](py::handle self, const Object& verbose) { construct(model, self, verbose); }})
         .method({.name = "close",
                  .parameters = {verboseParameter},
                  .doc = "Ends connection, file and threads for good; a second call does nothing.",

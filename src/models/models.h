@@ -7,5 +7,7 @@ namespace zvr::python {
 
 void defineModels(Package& package);
 void defineCatalogue(Package& package);
+/// pyzvr.open.
+void defineOpening(Package& package);
 
 }  // namespace zvr::python

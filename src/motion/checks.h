@@ -43,8 +43,9 @@ inline const Definition checkMCX514MotionPort{
     .raises = {"InputTypeNotCorrectError: `port` is no integer",
                "MotionPortNotAvaliable: the model has no such connector"},
     .body = [](py::handle self, const Object& port) {
-        checkIsInt(port);
-        if (!attribute(self, "motion_dict").contains(port)) throw Failure(FailureId::MotionPortNotAvaliable);
+        checkIsInt(port, "port");
+        const Object here = attribute(self, "motion_dict");
+        if (!here.contains(port)) throw notAmong(FailureId::MotionPortNotAvaliable, here);
     }};
 inline const Definition checkMCX514Axis{
     .name = "_checkMCX514Axis",
@@ -53,7 +54,7 @@ inline const Definition checkMCX514Axis{
     .returns = {"Any", "the class `MotionAxisError` for an axis other than 0 to 3, else True"},
     .raises = {"InputTypeNotCorrectError: an argument is no integer"},
     .body = [](py::handle, const Object& axis, const Object& mode) -> Object {
-        checkIsInt(axis);
+        checkIsInt(axis, "axis");
         if (mode.is(py::bool_(true)) && !isOneOf(axis, {0, 1, 2, 3})) return classNamed("MotionAxisError");
         return py::bool_(true);
     }};

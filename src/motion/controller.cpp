@@ -74,7 +74,7 @@ Task configureEncoder(Op op, Object port, Object axis, Object polarity) {
 
 Task configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) {
     enter(op, port, axis);
-    checkIsInt(jerk);
+    checkIsInt(jerk, "jerk");
     op.call("_checkMCX514AccelerationMode", mode);
     setFields(recordOf(op, axis), {{"jerk", jerk}, {"acceleration_mode", mode}});
     co_return py::none();
@@ -82,7 +82,7 @@ Task configureJerk(Op op, Object port, Object axis, Object jerk, Object mode) {
 
 Task resetPosition(Op op, Object port, Object axis, Object position) {
     port = enter(op, port, axis);
-    checkIsInt(position);
+    checkIsInt(position, "encoder_posi");
     setAttribute(recordOf(op, axis), "encoder_position", position);
     WorstStatus status;
     status.take(co_await op.request("Motion_setLogicalPosi", port, axis, position));
@@ -123,7 +123,9 @@ Task configureBreakPoint(Op op, Object port, Object axis, Object mode, Object po
     port = enter(op, port, axis);
     op.call("_checkMCX514BreakPointMode", mode);
     op.call("_checkMCX514Polarity", polarity);
-    for (const Object& each : {start, width, period, number}) checkIsInt(each);
+    for (const auto& [value, name] : {std::pair{start, "start_posi"}, std::pair{width, "pulse_width"},
+                                      std::pair{period, "pulse_period"}, std::pair{number, "pulse_number"}})
+        checkIsInt(value, name);
     setFields(recordOf(op, axis), {{"breakpoint_mode", mode},
                                    {"breakpoint_polarity", polarity},
                                    {"breakpoint_start_position", start},

@@ -14,7 +14,7 @@ inline const Definition checkDrivePort{.name = "_checkTMC5240Port",
                                        .raises = {"InputTypeNotCorrectError: an argument has the wrong type",
                                                   "PAWLPortNotAvaliable: the model has no such port"},
                                        .body = [](py::handle self, const Object& port) {
-                                           checkIsInt(port);
+                                           checkIsInt(port, "port");
                                            if (!attribute(self, "pawl_dict").contains(port)) {
                                                throw Failure(FailureId::PAWLPortNotAvaliable);
                                            }

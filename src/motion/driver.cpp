@@ -294,7 +294,8 @@ Family syncFamily(bool enables) {
 // Compat 13: only the awaitable form counts the slots of the chassis.
 Task setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     if (op.awaitable()) port = devicePort(op.self(), port);
-    const py::list data = payload(port, MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
+    const py::list data =
+        payload(py::int_(argument<int>(port, "port")), MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
     const Object reply = co_await exchange(op, MOTION, data);
     co_return statusOf(bytesOf(reply), statusPlace);
 }

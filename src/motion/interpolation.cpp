@@ -24,10 +24,12 @@ Task configureLine(Op op, std::vector<Object> given) {
     py::list pairs;
     for (std::size_t i = 0; i < count; ++i) {
         op.call("_checkMCX514Axis", given[2 * i + 1]);
-        checkIsInt(given[2 * i + 2]);
+        checkIsInt(given[2 * i + 2], "dest_posi");
         pairs.append(py::make_tuple(given[2 * i + 1], given[2 * i + 2]));
     }
-    for (const Object& each : {speed, acceleration, deceleration}) checkIsInt(each);
+    for (const auto& [value, name] :
+         {std::pair{speed, "speed"}, std::pair{acceleration, "accel"}, std::pair{deceleration, "decel"}})
+        checkIsInt(value, name);
     callMethod(pairs, "sort");
     std::vector<Object> axes, positions;
     const Object record = attribute(op.self(), "linear_interpo");
@@ -71,9 +73,13 @@ Task configureArc(Op op, Object port, Object x, Object y, Object centerX, Object
                   Object finishY, Object direction, Object speed, Object acceleration, Object deceleration) {
     port = enter(op, port, x);
     op.call("_checkMCX514Axis", y);
-    for (const Object& point : {centerX, centerY, finishX, finishY}) checkIsNumber(point);
+    for (const auto& [value, name] : {std::pair{centerX, "center_point_x"}, std::pair{centerY, "center_point_y"},
+                                      std::pair{finishX, "finish_point_x"}, std::pair{finishY, "finish_point_y"}})
+        checkIsNumber(value, name);
     op.call("_checkMCX514Direction", direction);
-    for (const Object& each : {speed, acceleration, deceleration}) checkIsInt(each);
+    for (const auto& [value, name] :
+         {std::pair{speed, "speed"}, std::pair{acceleration, "accel"}, std::pair{deceleration, "decel"}})
+        checkIsInt(value, name);
     const bool swapped = x > y;
     const Object main = swapped ? y : x;
     const Object record = attribute(op.self(), "circular_interpo");
@@ -156,15 +162,17 @@ Task configureHelix(Op op, Object port, Object centerX, Object centerY, Object f
                     Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction,
                     Object limit) {
     port = enter(op, port);
-    for (const Object& point : {centerX, centerY, finishX, finishY}) checkIsNumber(point);
+    for (const auto& [value, name] : {std::pair{centerX, "center_point_x"}, std::pair{centerY, "center_point_y"},
+                                      std::pair{finishX, "finish_point_x"}, std::pair{finishY, "finish_point_y"}})
+        checkIsNumber(value, name);
     op.call("_checkMCX514Enable", enable3);
-    checkIsNumber(pitch3);
+    checkIsNumber(pitch3, "pitch_axis3");
     op.call("_checkMCX514Enable", enable4);
-    checkIsNumber(pitch4);
-    checkIsNumber(turns);
-    checkIsInt(speed);
+    checkIsNumber(pitch4, "pitch_axis4");
+    checkIsNumber(turns, "rotation_number");
+    checkIsInt(speed, "speed");
     op.call("_checkMCX514Direction", direction);
-    checkIsNumber(limit);
+    checkIsNumber(limit, "calculation_timeout");
     const char* calculate = isZero(direction) ? "_Motion_cwHelicalCalculation" : "_Motion_ccwHelicalCalculation";
     WorstStatus status;
     status.take(co_await op.request("_Motion_writeHelicalInterpolation", port, finishX, finishY, centerX, centerY,

@@ -32,7 +32,9 @@ Task configureMove(Op op, Object port, Object axis, Object mode, Object target, 
                    Object deceleration) {
     port = enter(op, port, axis);
     op.call("_checkMCX514OperationMode", mode);
-    for (const Object& each : {target, velocity, acceleration, deceleration}) checkIsInt(each);
+    for (const auto& [value, name] : {std::pair{target, "target_posi"}, std::pair{velocity, "velo"},
+                                      std::pair{acceleration, "accel"}, std::pair{deceleration, "decel"}})
+        checkIsInt(value, name);
     setAttribute(recordOf(op, axis), "operation_mode", mode);
     WorstStatus status;
     status.take(co_await op.request("_Motion_writeTargetPosition", port, axis, target));
@@ -90,8 +92,8 @@ Task overridePosition(Op op, Object port, Object axis, Object position) {
 
 Task overrideAcceleration(Op op, Object port, Object axis, Object acceleration, Object deceleration) {
     port = enter(op, port, axis);
-    checkIsInt(acceleration);
-    checkIsInt(deceleration);
+    checkIsInt(acceleration, "accel");
+    checkIsInt(deceleration, "decel");
     const Object record = recordOf(op, axis);
     setFields(record, {{"acceleration", acceleration}, {"deceleration", deceleration}});
     co_return co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration);
@@ -100,7 +102,7 @@ Task overrideAcceleration(Op op, Object port, Object axis, Object acceleration, 
 // A continuous move that turns brakes, and starts the other way by itself when it stands.
 Task overrideVelocity(Op op, Object port, Object axis, Object velocity) {
     port = enter(op, port, axis);
-    checkIsInt(velocity);
+    checkIsInt(velocity, "velo");
     const Object record = recordOf(op, axis);
     const bool continuous = attribute(record, "operation_mode").equal(py::int_(2));
     const Object before = attribute(record, "velocity_move_direction");
@@ -126,11 +128,11 @@ Task configureSearch(Op op, Object port, Object axis, Object type, Object direct
     port = enter(op, port, axis);
     op.call("_checkMCX514SearchType", type);
     op.call("_checkMCX514SearchDirection", direction);
-    checkIsInt(velocity);
-    checkIsInt(acceleration);
-    checkIsNumber(percent);
+    checkIsInt(velocity, "search_velo");
+    checkIsInt(acceleration, "search_accle");
+    checkIsNumber(percent, "approach_velo_percent");
     op.call("_checkMCX514Enable", resets);
-    checkIsInt(offset);
+    checkIsInt(offset, "offset_posi");
     const Object record = recordOf(op, axis);
     setFields(record, {{"search_type", type}, {"search_velocity", velocity}, {"search_accerleration", acceleration}});
     const Object target = attribute(record, "target_position");

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/wire/failures.h"
+#include "python/log.h"
 #include "python/raising.h"
 #include "python/values.h"
 
@@ -48,16 +49,12 @@ bool isOfType(py::handle value, py::handle type) {
     return result != 0;
 }
 
-// The error says in a note, where the host has them, what came: another library's integers look like plain ones.
-[[noreturn]] void refuseInput(py::handle value, const std::string& wanted) {
-    const Object error = callObject(failureClass(FailureId::InputTypeNotCorrectError));
-    if (attributeOrNothing(error, "add_note")) {
-        std::string note = std::string(Py_TYPE(value.ptr())->tp_name) + " came, " + wanted + " is wanted";
-        if (PyIndex_Check(value.ptr()) != 0) note += "; int(value) makes a plain integer of it";
-        callMethod(error, "add_note", py::str(note));
-    }
-    PyErr_SetObject(py::type::handle_of(error).ptr(), error.ptr());
-    throw py::error_already_set();
+// A note says what came: another library's integers look like plain ones.
+[[noreturn]] void refuseInput(py::handle value, const std::string& wanted, const char* name = nullptr) {
+    std::string note = name == nullptr ? "" : "'" + std::string(name) + "': ";
+    note += std::string(Py_TYPE(value.ptr())->tp_name) + " came, " + wanted + " is wanted";
+    if (PyIndex_Check(value.ptr()) != 0) note += "; int(value) makes a plain integer of it";
+    throw Failure(FailureId::InputTypeNotCorrectError).noting(note + "; the value is " + shown(value));
 }
 
 // What `type` says of itself: a name, or several.
@@ -73,7 +70,7 @@ std::string namesOf(py::handle type) {
 }
 
 template <class... Types>
-void checkIs(py::handle value, bool isRight, Types*... types) {
+void checkIs(py::handle value, const char* name, bool isRight, Types*... types) {
     if (const Object check = typeCheck.replacement()) {
         const auto asObject = [](PyTypeObject* type) { return borrow(reinterpret_cast<PyObject*>(type)); };
         if constexpr (sizeof...(types) == 1) {
@@ -86,7 +83,7 @@ void checkIs(py::handle value, bool isRight, Types*... types) {
     if (isRight) return;
     std::string wanted;
     ((wanted += (wanted.empty() ? "" : " or ") + std::string(types->tp_name)), ...);
-    refuseInput(value, wanted);
+    refuseInput(value, wanted, name);
 }
 
 }  // namespace
@@ -111,25 +108,36 @@ Object refusalOf(const Object& status) {
     const long number = PyLong_AsLongAndOverflow(integerOf(status, "error_code").ptr(), &overflow);
     if (overflow == 0 && number == 0) return {};
     const bool isKnown = overflow == 0 && number > 0 && number <= 255;
-    return py::int_(rowOf(*failureOfStatus(isKnown ? static_cast<int>(number) : -1)).code);
+    const FailureRow& refusal = rowOf(*failureOfStatus(isKnown ? static_cast<int>(number) : -1));
+    logEvent(LogLevel::info, [&] {
+        return "a device refuses a request: Error " + std::to_string(refusal.code) + ": " +
+               std::string(refusal.message);
+    });
+    return py::int_(refusal.code);
 }
 
 void checkInputType(py::handle value, py::handle type) {
     if (!isOfType(value, type)) refuseInput(value, namesOf(type));
 }
 
-void checkIsInt(py::handle value) { checkIs(value, PyLong_Check(value.ptr()) != 0, &PyLong_Type); }
-void checkIsNumber(py::handle value) {
-    checkIs(value, PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()), &PyLong_Type, &PyFloat_Type);
+void checkIsInt(py::handle value, const char* name) {
+    checkIs(value, name, PyLong_Check(value.ptr()) != 0, &PyLong_Type);
 }
-void checkIsBool(py::handle value) { checkIs(value, PyBool_Check(value.ptr()), &PyBool_Type); }
-void checkIsList(py::handle value) { checkIs(value, PyList_Check(value.ptr()) != 0, &PyList_Type); }
-void checkIsIntOrList(py::handle value) {
-    checkIs(value, PyLong_Check(value.ptr()) || PyList_Check(value.ptr()), &PyLong_Type, &PyList_Type);
+void checkIsNumber(py::handle value, const char* name) {
+    checkIs(value, name, PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()), &PyLong_Type, &PyFloat_Type);
 }
-void checkIsText(py::handle value) { checkIs(value, PyUnicode_Check(value.ptr()) != 0, &PyUnicode_Type); }
-void checkIsTextOrList(py::handle value) {
-    checkIs(value, PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr()), &PyUnicode_Type, &PyList_Type);
+void checkIsBool(py::handle value, const char* name) { checkIs(value, name, PyBool_Check(value.ptr()), &PyBool_Type); }
+void checkIsList(py::handle value, const char* name) {
+    checkIs(value, name, PyList_Check(value.ptr()) != 0, &PyList_Type);
+}
+void checkIsIntOrList(py::handle value, const char* name) {
+    checkIs(value, name, PyLong_Check(value.ptr()) || PyList_Check(value.ptr()), &PyLong_Type, &PyList_Type);
+}
+void checkIsText(py::handle value, const char* name) {
+    checkIs(value, name, PyUnicode_Check(value.ptr()) != 0, &PyUnicode_Type);
+}
+void checkIsTextOrList(py::handle value, const char* name) {
+    checkIs(value, name, PyUnicode_Check(value.ptr()) || PyList_Check(value.ptr()), &PyUnicode_Type, &PyList_Type);
 }
 
 void checkEachItemInRange(py::handle values, py::handle low, py::handle high, py::handle message) {
@@ -146,6 +154,12 @@ void checkItems(py::handle values, py::handle low, py::handle high, py::handle m
     } else {
         checkEachItemInRange(values, low, high, message ? message : py::none());
     }
+}
+
+Failure notAmong(FailureId failure, py::handle accepted) {
+    std::string values;
+    for (const py::handle each : accepted) values += (values.empty() ? "" : ", ") + shown(each);
+    return Failure(failure).noting("accepted here: " + (values.empty() ? "nothing" : values));
 }
 
 void checkSameType(py::handle first, py::handle second) {

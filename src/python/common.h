@@ -4,9 +4,6 @@
 #include <pybind11/pybind11.h>
 
 #include <array>
-#if __has_include(<cxxabi.h>)
-#include <cxxabi.h>
-#endif
 
 #include "core/engine/waiting.h"
 #include "core/wire/bytes.h"
@@ -21,21 +18,16 @@ using Object = py::object;
 
 /// Makes a call that may run Python code. An interpreter that ends sends away the threads that ask for its lock by
 /// unwinding them; nothing above this call could run then without the lock, so the thread stays here.
-/// (The unwinding carries no C++ object, so the reference in the handler is null, which the sanitizer would report.)
+/// It is known by carrying no exception of C++.
 template <class Call>
-#ifdef __GLIBCXX__
-__attribute__((no_sanitize("null"))) auto entering(Call&& call) {
+auto entering(Call&& call) {
     try {
         return call();
-    } catch (const abi::__forced_unwind&) {
+    } catch (...) {
+        if (std::current_exception()) throw;
         parkThread();
     }
 }
-#else
-auto entering(Call&& call) {
-    return call();
-}
-#endif
 
 /// Takes a new reference that a C call returned; throws the Python error if there is none.
 inline Object own(PyObject* result) {

@@ -73,7 +73,7 @@ struct RequestText {
 /// or a function that looks at one argument.
 struct Check {
     std::string method = {};
-    void (*test)(py::handle value) = nullptr;
+    void (*test)(py::handle value, const char* name) = nullptr;
     std::vector<std::string> arguments;
     Raises raises;
 };

@@ -99,10 +99,45 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
     if (shape.restNamed) bound[next] = std::move(restNamed);
 }
 
+// A refused argument is told with all that were given, and with what the definition says of the refusal.
+void noteArguments(const OperationObject* operation, const Failure& failure, const Bound& given) {
+    const FailureRow& row = rowOf(failure.id());
+    if (row.hostBase != "TypeError" && row.hostBase != "ValueError") return;
+    py::error_already_set raised;
+    const Shape& shape = *operation->shape;
+    std::string text;
+    for (std::size_t i = 0; i < shape.positional; ++i) {
+        if (!given[i]) continue;
+        text += (text.empty() ? "" : ", ") + py::cast<std::string>(shape.names[i]) + "=" + shown(given[i]);
+    }
+    text = py::cast<std::string>(operation->name) + "(" + text + ")";
+    const std::string title = std::string(row.name) + ": ";
+    for (const std::string& each : shape.definition->raises) {
+        if (each.starts_with(title)) text += ": " + each.substr(title.size());
+    }
+    addNote(raised.value(), text);
+    raised.restore();
+}
+
+PyObject* runBody(const OperationObject* operation, py::handle self, const Bound& bound) {
+    const Shape& shape = *operation->shape;
+    const Definition& definition = *shape.definition;
+    if (const auto* body = std::get_if<PlainBody>(&definition.body)) {
+        return (*body)(definition, self, bound.data()).release().ptr();
+    }
+    const auto& body = std::get<CoroutineBody>(definition.body);
+    if (shape.form == Form::awaitable) {
+        return makeCoroutine(body(definition, Op(self, {}), bound.data()), operation->name, operation->qualifiedName)
+            .release()
+            .ptr();
+    }
+    Object timeout = shape.form == Form::blocking ? std::move(bound[shape.positional - 1]) : py::none();
+    return body(definition, Op(self, std::move(timeout)), bound.data()).runThrough().release().ptr();
+}
+
 PyObject* call(PyObject* callable, PyObject* const* given, std::size_t flaggedCount, PyObject* names) {
     const OperationObject* operation = cast(callable);
     const Shape& shape = *operation->shape;
-    const Definition& definition = *shape.definition;
     auto count = static_cast<std::size_t>(PyVectorcall_NARGS(flaggedCount));
     try {
         py::handle self;
@@ -114,18 +149,13 @@ PyObject* call(PyObject* callable, PyObject* const* given, std::size_t flaggedCo
         }
         const Bound bound(shape.size());
         bind(operation, given, count, names, bound.data());
-        if (const auto* body = std::get_if<PlainBody>(&definition.body)) {
-            return (*body)(definition, self, bound.data()).release().ptr();
+        try {
+            return runBody(operation, self, bound);
+        } catch (const Failure& failure) {
+            raiseCurrent();
+            noteArguments(operation, failure, bound);
+            return nullptr;
         }
-        const auto& body = std::get<CoroutineBody>(definition.body);
-        if (shape.form == Form::awaitable) {
-            return makeCoroutine(body(definition, Op(self, {}), bound.data()), operation->name,
-                                 operation->qualifiedName)
-                .release()
-                .ptr();
-        }
-        Object timeout = shape.form == Form::blocking ? std::move(bound[shape.positional - 1]) : py::none();
-        return body(definition, Op(self, std::move(timeout)), bound.data()).runThrough().release().ptr();
     } catch (...) {
         raiseCurrent();
         return nullptr;

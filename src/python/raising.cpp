@@ -1,9 +1,13 @@
 #include "python/raising.h"
 
+#include <netdb.h>
+
+#include <asio/error.hpp>
 #include <system_error>
 
 #include "core/engine/never_destroyed.h"
 #include "python/coroutine.h"
+#include "python/log.h"
 #include "transport/usb_library.h"
 
 namespace zvr::python {
@@ -18,9 +22,29 @@ std::vector<Object>& failureClasses() {
 void setError(py::handle type, py::handle value) { PyErr_SetObject(type.ptr(), value.ptr()); }
 void setError(py::handle type, const char* text) { PyErr_SetString(type.ptr(), text); }
 
+// The exception that is being handled, as one of Python.
+Object currentException() {
+    raiseCurrent();
+    return py::error_already_set().value();
+}
+
+// The cause of one that is nested; nothing for others.
+Object causeOf(const Failure& failure) {
+    const auto* const nested = dynamic_cast<const std::nested_exception*>(&failure);
+    if (nested == nullptr || !nested->nested_ptr()) return {};
+    try {
+        nested->rethrow_nested();
+    } catch (...) {
+        return currentException();
+    }
+}
+
 void raiseFailure(const Failure& failure) {
     const py::handle type = failureClass(failure.id());
-    setError(type, failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type));
+    const Object raised = failure.message() ? callObject(type, py::str(*failure.message())) : callObject(type);
+    addNotes(raised, failure.notes());
+    if (Object cause = causeOf(failure)) PyException_SetCause(raised.ptr(), cause.release().ptr());
+    setError(type, raised);
 }
 
 // A reply that ends too early is an IndexError, and where it is unpacked a struct.error as well.
@@ -35,9 +59,21 @@ py::handle shortReply() {
     return made;
 }
 
+// What the search for a host's name ended with, as the host's own search numbers it.
+std::optional<int> nameSearchError(const std::error_code& code) {
+    if (code == asio::error::host_not_found) return EAI_NONAME;
+    if (code == asio::error::host_not_found_try_again) return EAI_AGAIN;
+    if (code == asio::error::no_recovery) return EAI_FAIL;
+    if (code == asio::error::no_data) return EAI_NONAME;
+    return std::nullopt;
+}
+
 // Of OSError itself the host picks the subclass by the number.
 void raiseSystemError(py::handle type, const std::system_error& error) {
-    const Object raised = callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
+    const std::optional<int> unnamed = nameSearchError(error.code());
+    const Object raised =
+        unnamed ? callObject(pythonObject("socket", "gaierror"), py::int_(*unnamed), py::str(::gai_strerror(*unnamed)))
+                : callObject(type, py::int_(error.code().value()), py::str(error.code().message()));
     setError(py::type::of(raised), raised);
 }
 
@@ -85,6 +121,23 @@ void raiseCurrent() noexcept {
     }
 }
 
+void addNote(py::handle error, const std::string& note) {
+    if (attributeOrNothing(error, "add_note")) callMethod(error, "add_note", py::str(note));
+}
+
+void addNotes(py::handle error, std::span<const std::string> notes) {
+    for (const std::string& note : notes) addNote(error, note);
+}
+
+std::string shown(py::handle value) {
+    try {
+        return py::str(callObject(pythonObject("reprlib", "repr"), value));
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_Exception)) throw;
+        return std::string("a ") + Py_TYPE(value.ptr())->tp_name;
+    }
+}
+
 void reportUnraisable() noexcept {
     raiseCurrent();
     PyErr_WriteUnraisable(Py_None);
@@ -116,6 +169,10 @@ void reportThreadFailure(const std::string& threadName, std::exception_ptr error
             raiseCurrent();
         }
         const py::error_already_set raised;
+        logEvent(LogLevel::error, [&] {
+            return "thread " + threadName + " has ended: " + std::string(py::str(raised.value().get_type())) + ": " +
+                   std::string(py::str(raised.value()));
+        });
         const Object thread = pythonObject("types", "SimpleNamespace")(py::arg("name") = threadName);
         const py::tuple fields =
             py::make_tuple(raised.type(), raised.value(), raised.trace() ? raised.trace() : Object(py::none()), thread);

@@ -19,6 +19,12 @@ void setFailureClass(FailureId id, Object failureClass);
 /// Whether a Python exception is one of this class.
 bool isFailure(const py::error_already_set& error, FailureId id);
 
+/// Adds a line to what is told of an exception, where the host has such lines (Python 3.11 on).
+void addNote(py::handle error, const std::string& note);
+void addNotes(py::handle error, std::span<const std::string> notes);
+/// A value as a note shows it: cut where it is long, and a stand-in where it cannot be shown.
+std::string shown(py::handle value);
+
 /// Reports an error that ends a thread of the library through the host's threading.excepthook.
 void reportThreadFailure(const std::string& threadName, std::exception_ptr error) noexcept;
 

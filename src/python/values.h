@@ -163,15 +163,17 @@ bool checkInputTypeConsistent(py::handle first, py::handle second);
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 
-// The same as operations call them.
-void checkIsInt(py::handle value);
-void checkIsNumber(py::handle value);
-void checkIsBool(py::handle value);
-void checkIsList(py::handle value);
-void checkIsIntOrList(py::handle value);
-void checkIsText(py::handle value);
-void checkIsTextOrList(py::handle value);
+// The same as operations call them; `name` is that of the argument.
+void checkIsInt(py::handle value, const char* name = nullptr);
+void checkIsNumber(py::handle value, const char* name = nullptr);
+void checkIsBool(py::handle value, const char* name = nullptr);
+void checkIsList(py::handle value, const char* name = nullptr);
+void checkIsIntOrList(py::handle value, const char* name = nullptr);
+void checkIsText(py::handle value, const char* name = nullptr);
+void checkIsTextOrList(py::handle value, const char* name = nullptr);
 void checkItems(py::handle values, py::handle low, py::handle high, py::handle message = {});
+/// The failure of an argument that must be among these, with a note that lists them.
+Failure notAmong(FailureId failure, py::handle accepted);
 void checkSameType(py::handle first, py::handle second);
 bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
 

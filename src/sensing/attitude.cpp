@@ -23,7 +23,7 @@ constexpr std::array<int, 7> maskOfMode{orientation,
                                         angularVelocity | acceleration,
                                         orientation | angularVelocity | acceleration};
 void acceptMode(const Object& mode) {
-    checkIsInt(mode);
+    checkIsInt(mode, "mode");
     if (!isOneOf(mode, {0, 1, 2, 3, 4, 5, 6})) throw Failure(FailureId::AHRSModeNotAvaliableError);
 }
 

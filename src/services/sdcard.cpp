@@ -7,7 +7,7 @@ namespace {
 
 // The type is looked at when the length is already there: what has no length fails for that.
 constexpr Encoding checkedText{"text", [](Payload& data, py::handle value, int) {
-                                   checkIsTextOrList(value);
+                                   checkIsTextOrList(value, "value");
                                    data.extend(codePoints(value));
                                }};
 constexpr Encoding oneMore{"1 +",

@@ -33,7 +33,12 @@ Reply clockReply() {
 }
 
 Reply driverInfoReply() {
-    return {[](py::handle, const Bytes& data) { return callMethod(textOf(data), "split", py::str("_")); },
+    return {[](py::handle self, const Bytes& data) {
+                const py::list pieces(callMethod(textOf(data), "split", py::str("_")));
+                // Kept for a time-out, which tells it where it is another model's.
+                setAttribute(self, "_driver_name", Object(pieces[0]));
+                return Object(pieces);
+            },
             {"list[str]", "name, version and what else the firmware tells", "the device"}};
 }
 
@@ -57,7 +62,7 @@ Reply alarmConfigReply() {
 }
 
 Task getPinModes(Op op, Object port) {
-    checkIsInt(port);
+    checkIsInt(port, "port");
     const Object reply = co_await exchange(op, GET_PIN_MODE_OF_SLOT, payload(port));
     const Bytes data = bytesOf(reply, "reply");
     const int pins = byteOf(data, 1);
@@ -104,7 +109,10 @@ Task setSlotMode(Op op, Object slot, Object mode) {
 
 // A year below 100 is one of the last century; every device is sent the years since 1900.
 Task setClock(Op op, Object year, Object month, Object day, Object hour, Object minute, Object second) {
-    for (const py::handle field : {year, month, day, hour, minute, second}) checkIsInt(field);
+    for (const auto& [value, name] :
+         {std::pair{year, "year"}, std::pair{month, "month"}, std::pair{day, "day"}, std::pair{hour, "hour"},
+          std::pair{minute, "minute"}, std::pair{second, "second"}})
+        checkIsInt(value, name);
     const py::int_ century(1900);
     if (year < py::int_(100)) year = year + century;
     const Object reply =
@@ -120,7 +128,7 @@ const Definition checkLatticeSlot{.name = "_checkLatticeSlot",
                                   .raises = {"InputTypeNotCorrectError: `slot` has the wrong type",
                                              "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
                                   .body = [](py::handle, const Object& slot) {
-                                      checkIsInt(slot);
+                                      checkIsInt(slot, "slot");
                                       if (!isOneOf(slot, {1, 2, 4}))
                                           throw Failure(FailureId::LatticePortNotAvaliableError);
                                   }};

@@ -48,6 +48,16 @@ ReadStatus Client::receiveAs(Reader /*reader*/, std::size_t length, std::vector<
     return reading;
 }
 
+std::string Client::place() const {
+    const std::lock_guard lock(placing_);
+    return place_;
+}
+
+void Client::setPlace(std::string place) {
+    const std::lock_guard lock(placing_);
+    place_ = std::move(place);
+}
+
 bool Client::sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
     const auto requireLink = [this] {
         const auto why = loss();
@@ -55,6 +65,7 @@ bool Client::sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck
         if (why) throw lossFailure();
     };
     requireLink();
+    tellSending(bytes);
     try {
         return send(bytes, deadline, onWait);
     } catch (const std::system_error&) {
@@ -63,11 +74,11 @@ bool Client::sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck
     }
 }
 
-ReadStatus BareClient::read(Bytes& /*buffer*/, const InterruptCheck& /*attend*/) {
+ReadStatus BareClient::read(Bytes& /*buffer*/, const InterruptCheck& /*onWait*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }
 
-bool BareClient::send(ByteView /*bytes*/, Deadline /*deadline*/, const InterruptCheck& /*attend*/) {
+bool BareClient::send(ByteView /*bytes*/, Deadline /*deadline*/, const InterruptCheck& /*onWait*/) {
     throw std::system_error(std::make_error_code(std::errc::not_connected));
 }
 

@@ -99,6 +99,9 @@ public:
     /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
     virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) = 0;
 
+    /// Where the device is, or was last: host and port, line, or USB serial number. Empty if there has been none.
+    std::string place() const;
+
     /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
     /// as if the deadline were `finishWithin` away, since half a frame would spoil the next one.
@@ -113,14 +116,26 @@ public:
     /// parent's.
     virtual void close() noexcept = 0;
 
+    /// Is told of every frame that is to be sent, of any client, on the thread that sends it. Nothing for nobody.
+    using SendListener = void (*)(const Client& client, ByteView frame);
+    static inline std::atomic<SendListener> sendListener = nullptr;
+    void tellSending(ByteView frame) const {
+        if (const SendListener listener = sendListener) listener(*this, frame);
+    }
+
     bool isForeign() const noexcept { return mark_.foreign(); }
     /// Throws the link's failure in a forked child of the process that made the client.
     void requireOwn() const {
         if (isForeign()) throw Failure(failure(), foreignMessage("The client"));
     }
 
+protected:
+    void setPlace(std::string place);
+
 private:
     const ProcessMark mark_;
+    mutable std::mutex placing_;
+    std::string place_;
 };
 
 /// A client without a link: the base of those that are written elsewhere.

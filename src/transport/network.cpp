@@ -44,7 +44,7 @@ void NetworkClient::disconnect() {
     try {
         connectedSocket()->shutDown();
     } catch (const std::system_error&) {
-        throw Failure(FailureId::NetworkConnectionLostError);
+        std::throw_with_nested(Failure(FailureId::NetworkConnectionLostError));
     }
     close();
 }
@@ -53,9 +53,10 @@ void TcpClient::connect(const std::string& host, int port, const InterruptCheck&
     try {
         requireOwn();
         close();
+        setPlace(host + ":" + std::to_string(port));
         replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), onWait));
     } catch (const std::system_error&) {
-        throw Failure(FailureId::NetworkConnectionError);
+        std::throw_with_nested(Failure(FailureId::NetworkConnectionError));
     }
 }
 
@@ -63,9 +64,10 @@ void UdpClient::bind(const std::string& host, int port) {
     try {
         requireOwn();
         close();
+        setPlace("UDP port " + std::to_string(port));
         replaceSocket(bindUdp(host, port));
     } catch (const std::system_error&) {
-        throw Failure(FailureId::NetworkConnectionError);
+        std::throw_with_nested(Failure(FailureId::NetworkConnectionError));
     }
 }
 

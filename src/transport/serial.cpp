@@ -62,9 +62,10 @@ void SerialClient::connect(const std::string& port, int baudRate) {
     try {
         requireOwn();
         close();
+        setPlace(port);
         replaceSocket(openLine(port, baudRate, readTimeout_));
     } catch (const std::system_error&) {
-        throw Failure(FailureId::UARTConnectionError);
+        std::throw_with_nested(Failure(FailureId::UARTConnectionError));
     }
 }
 

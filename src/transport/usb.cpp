@@ -258,23 +258,28 @@ std::vector<UsbIdentity> listUsbDevices(const std::shared_ptr<const UsbLibrary>&
 }
 
 UsbClient::UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::optional<std::string> serialNumber) {
-    if (!library) throw Failure(FailureId::USBConnectionError);
+    if (!library) throw Failure(FailureId::USBConnectionError).noting("libusb-1.0 is not found");
     const auto session = Session::of(library);
     const DeviceList devices(*session);
     std::exception_ptr refusal;
+    std::string others;
     for (libusb_device* device : devices.all()) {
         libusb_device_descriptor descriptor{};
         if (!isOurs(*library, device, descriptor)) continue;
         try {
             auto handle = std::make_shared<Handle>(session, device);
             std::string serial = handle->text(descriptor.iSerialNumber);
-            if (serialNumber && serial != *serialNumber) continue;
+            if (serialNumber && serial != *serialNumber) {
+                others += (others.empty() ? "" : ", ") + serial;
+                continue;
+            }
             identity_ = identityOf(*library, device, std::move(serial), handle->text(descriptor.iProduct));
             libusb_config_descriptor* config = nullptr;
             check(library->get_config_descriptor(device, 0, &config));
             configuration_ = config->bConfigurationValue;
             interface_ = config->interface->altsetting->bInterfaceNumber;
             library->free_config_descriptor(config);
+            setPlace("USB " + identity_.serialNumber);
             handle->takeFromKernel(interface_);
             closed_ = handle->closed();
             handle_ = std::move(handle);
@@ -284,7 +289,13 @@ UsbClient::UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::opti
         }
     }
     if (refusal && !serialNumber) std::rethrow_exception(refusal);
-    throw Failure(FailureId::USBConnectionError);
+    Failure failure(FailureId::USBConnectionError);
+    if (!refusal) throw std::move(failure).noting("devices attached: " + (others.empty() ? "none" : others));
+    try {
+        std::rethrow_exception(refusal);
+    } catch (const UsbError&) {
+        std::throw_with_nested(std::move(failure));
+    }
 }
 
 UsbClient::~UsbClient() = default;
@@ -296,13 +307,13 @@ std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
     return handle_;
 }
 
-ReadStatus UsbClient::read(Bytes& buffer, const InterruptCheck& /*attend*/) {
+ReadStatus UsbClient::read(Bytes& buffer, const InterruptCheck& /*onWait*/) {
     const std::size_t count = opened()->receive(Reader::caller, readMilliseconds, buffer, [](const Bytes&) {});
     return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
 ReadStatus UsbClient::receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
-                                const InterruptCheck& /*attend*/) {
+                                const InterruptCheck& /*onWait*/) {
     const bool isThread = reader == Reader::thread;
     const ReadStatus reading = readInto(reader, isThread ? patientMilliseconds : readMilliseconds, length, packets);
     if (reading == ReadStatus::idle && !isThread) throw UsbError(LIBUSB_ERROR_TIMEOUT);
@@ -341,7 +352,7 @@ void UsbClient::interrupt() noexcept {
     if (handle_) handle_->interrupt();
 }
 
-bool UsbClient::send(ByteView bytes, Deadline deadline, const InterruptCheck& /*attend*/) {
+bool UsbClient::send(ByteView bytes, Deadline deadline, const InterruptCheck& /*onWait*/) {
     const auto handle = opened();
     const auto left = deadline == forever
                           ? sendMilliseconds

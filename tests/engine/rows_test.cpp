@@ -122,7 +122,8 @@ TEST(RowQueue, TakesRowsOfOneWidthAtATimeHoweverFewAreWanted) {
 
 TEST(RowQueue, KnowsWhereConsecutiveRowsStandInTheirRun) {
     const auto queue = std::make_shared<RowQueue>(10);
-    const auto put = [&](std::size_t rows) { return queue->put(RowLayout::octets(2), Bytes(2 * rows, 1)); };
+    std::uint64_t number = 0;
+    const auto put = [&](std::size_t rows) { return queue->put(RowLayout::octets(2), Bytes(2 * rows, 1), ++number); };
     using Taken = std::array<std::uint64_t, 4>;  // rows, run, number of the first, dropped before it
     const auto take = [&](std::size_t count) -> Taken {
         const RowsTaken taken = RowQueue::takeUniform(std::array{queue}, {.rows = count, .consecutive = true});
@@ -130,7 +131,7 @@ TEST(RowQueue, KnowsWhereConsecutiveRowsStandInTheirRun) {
     };
     put(2);
     queue->setRate(1000);
-    EXPECT_EQ(queue->beginRun(1), 1U);
+    EXPECT_EQ(queue->beginRun(number + 1), 1U);
     EXPECT_EQ(queue->run().rows, 0U);
     put(1);                 // was under way when the run began
     EXPECT_EQ(put(9), 2U);  // there is room for seven
@@ -142,7 +143,7 @@ TEST(RowQueue, KnowsWhereConsecutiveRowsStandInTheirRun) {
     EXPECT_EQ(take(100), (Taken{4, 1, 3, 0}));
     EXPECT_EQ(take(1), (Taken{1, 1, 14, 7}));
     EXPECT_EQ(take(100), (Taken{3, 1, 15, 0}));
-    queue->beginRun(0);
+    queue->beginRun(number);
     put(1);
     EXPECT_EQ(take(100), (Taken{1, 2, 0, 0}));
 }

@@ -3,6 +3,7 @@
 import asyncio
 import contextlib
 import gc
+import queue
 import socket
 import threading
 import time
@@ -207,6 +208,56 @@ def test_closing_is_no_loss_and_a_callback_keeps_nothing_alive(peer):
     assert calls == [] and gone() is None
 
 
+def test_callbacks_go_with_the_handle_and_with_its_closing(peer):
+    class Listener:
+        def __call__(self, reason):
+            raise AssertionError("nothing is lost here")
+
+    product, listener = pyzvr.TarnDio(), Listener()
+    product.connect("127.0.0.1", peer.port, verbose=False)
+    product.onConnectionLost(listener)
+    product.onConnectionLost(product.close)  # refers back to the handle
+    gone, closed = weakref.ref(product), weakref.ref(listener)
+    del product, listener
+    gc.collect()
+    assert gone() is None and closed() is None
+    with pyzvr.TarnDio() as product:
+        product.onConnectionLost(Listener())
+        listener = weakref.ref(product._loss_callbacks[0][0])
+        product.close(verbose=False)
+        assert listener() is None
+
+
+# Who waits for what is streamed.
+
+
+@pytest.mark.parametrize("end", ["disconnect", "close"])
+@pytest.mark.parametrize("queue_of", [lambda box: box.data_pool_strm[(pyzvr.START_AI_STREAMING, 0, 0)],
+                                      lambda box: box.ai_signal_queue_list[0]], ids=["frames", "rows"])
+def test_the_end_wakes_who_waits_in_a_queue(peer, queue_of, end):
+    product = pyzvr.TarnAnalog()
+    product.connect("127.0.0.1", peer.port, verbose=False)
+    fifo = queue_of(product)
+    outcomes, begun = queue.Queue(), threading.Barrier(3)
+
+    def wait(timeout):
+        begun.wait()
+        try:
+            outcomes.put(fifo.get(timeout=timeout))
+        except queue.Empty:
+            outcomes.put("empty")
+
+    for timeout in (None, 30):
+        threading.Thread(target=wait, args=(timeout,), daemon=True).start()
+    begun.wait()
+    time.sleep(0.05)
+    getattr(product, end)(verbose=False)
+    assert [outcomes.get(timeout=5) for _ in range(2)] == ["empty"] * 2
+    fifo.put([1.0] * 8)
+    assert [1.0] * 8 in [fifo.get() for _ in range(fifo.qsize())]  # closing leaves a marker for the thread
+    product.close(verbose=False)
+
+
 @pytest.mark.parametrize("bad", [None, 5, "x"])
 def test_what_cannot_be_called_is_refused(box, bad):
     with pytest.raises(TypeError, match="callback"):
@@ -227,6 +278,13 @@ def crowded():
         yield listener.getsockname()
         for each in waiting:
             each.close()
+
+
+class SlowToClose(pyzvr.TarnDio):
+
+    def close(self, verbose=True):
+        time.sleep(0.3)
+        super().close(verbose)
 
 
 def test_connecting_disconnecting_and_closing_leave_the_loop_running(peer, crowded):
@@ -253,6 +311,9 @@ def test_connecting_disconnecting_and_closing_leave_the_loop_running(peer, crowd
             await asyncio.wait_for(product.connect_async(*crowded, verbose=False), 0.3)
         assert ticks - before > 10
         await product.close_async(verbose=False)
+        async with SlowToClose():
+            before = ticks
+        assert ticks - before > 10
         ticking.cancel()
 
     asyncio.run(main())

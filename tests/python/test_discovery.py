@@ -7,7 +7,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from network_lab import DEVICES, HERE
+from network_lab import DEVICES
 from simulators import can_make_networks
 
 import pyzvr
@@ -127,4 +127,10 @@ def test_simulated_devices_on_a_network_of_their_own():
     assert report["ring"] == [1, 0]
     assert report["nobody"] == report["move"] == report["blocking"] == "IndexError"
     assert report["moved"] == ["10.77.0.9", "255.255.255.0"]
-    assert HERE
+    assert report["busy"][0] == "NetworkConnectionError"
+    opened = report["opened"]
+    assert "SIM-0002 (bench) at 10.77.0.3" in opened.pop("nobody")[1]
+    assert sorted(opened.pop("bench")[1].removeprefix("at ").split(", ")) == ["10.77.0.2", "10.77.0.3"]
+    assert opened == {
+        "SIM-0002": ["HeronAnalog", "SIM-0002", True], "02-0A-00-00-00-02": ["HeronAnalog", "SIM-0002", True],
+        "10.77.0.2": ["TarnDioLite", "SIM-0001", True], "rack": ["TarnDio", "SIM-0003", True]}

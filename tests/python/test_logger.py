@@ -13,7 +13,7 @@ from logger_support import content, plain, slow_file, slow_queue, slow_writer
 import pyzvr
 
 
-def test_rows_queued_before_and_after_opening_reach_the_file_in_order(logger, tmp_path, capsys):
+def test_rows_queued_before_and_after_opening_reach_the_file_in_order(logger, tmp_path, capsys, call):
     path = tmp_path / "log.csv"
     logger.Logger_writeHeader(["time", "größe"])
     logger.Logger_writeList([1, 2.5])
@@ -23,7 +23,7 @@ def test_rows_queued_before_and_after_opening_reach_the_file_in_order(logger, tm
     logger.Logger_openFile(str(path))
     logger.Logger_write2DList([["a,b", 'quoted "x"'], ["c\nd", ""]])
     logger.Logger_writeValue(7)
-    logger.Logger_flush()
+    call(logger, "Logger_flush")
     expected = [["time", "größe"], ["1", "2.5"], ["a,b", 'quoted "x"'], ["c\nd", ""], ["7"]]
     assert content(path) == expected
     assert path.read_bytes().startswith("time,größe\r\n".encode())

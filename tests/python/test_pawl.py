@@ -204,4 +204,4 @@ def test_records_are_plain_objects():
                for key, row in texts.ini_out_dict.items() for number, text in row.items())
     with pyzvr.Pawl() as pawl:
         assert isinstance(pawl, pyzvr.MotionAxis)
-        assert repr(pawl).startswith("<pyzvr.Pawl object")
+        assert repr(pawl) == "<Pawl, not connected>"

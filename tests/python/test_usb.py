@@ -34,7 +34,7 @@ def test_finding_devices_and_taking_one_from_the_kernel():
         "found": [["AAA", "Sable-Dio"], ["BBB", "Sable-Can"]],
         "seen": {"AAA": ["AAA", "AAA"], "BBB": ["BBB", "BBB"]},
         "fields": ["AAA", "Sable-Dio", "AAA", 1, 0, 129, 1],
-        "wrong": ["USBConnectionError", True, None], "detached": True}
+        "opened": ["SableCan", "BBB"], "alias": True, "wrong": ["USBConnectionError", True, None], "detached": True}
 
 
 def test_bytes_of_a_read_that_has_timed_out_are_kept():

@@ -133,11 +133,13 @@ public:
         return item;
     }
 
-    /// Waits until at least `count` items are there, at most until `deadline`; tells how many there are then.
+    /// Waits until at least `count` items are there, at most until `deadline` and not beyond `endWaits`; tells how many
+    /// there are then.
     std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) {
+        const std::uint64_t ends = ends_;
         waitInterruptibly(deadline, onWait, [&](Deadline until) {
             std::unique_lock lock(mutex_);
-            return waitOn(arrived_, lock, until, [&] { return items_.size() >= count; });
+            return waitOn(arrived_, lock, until, [&] { return items_.size() >= count || ends_ != ends; });
         });
         return size();
     }
@@ -148,6 +150,17 @@ public:
     }
 
     std::size_t capacity() const { return capacity_; }
+
+    /// Nothing more comes for now: who waits for a size waits no longer.
+    void endWaits() {
+        {
+            const std::lock_guard lock(mutex_);
+            ++ends_;
+        }
+        arrived_.notify_all();
+    }
+    /// How often that was so.
+    std::uint64_t ends() const noexcept { return ends_; }
 
     /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
     bool isForeign() const { return mark_.foreign(); }
@@ -194,6 +207,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
     std::deque<Item> items_;
+    std::atomic<std::uint64_t> ends_{0};
     std::shared_ptr<Notifier> notifier_;
 };
 

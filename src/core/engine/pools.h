@@ -168,17 +168,27 @@ struct StreamKey {
 /// wakes a reader so that it looks around.
 struct StreamItem {
     StreamItem() = default;
-    StreamItem(Bytes bytes) : isFrame(true), frame(std::move(bytes)) {}  // NOLINT: a frame is an item
+    StreamItem(Bytes bytes)  // NOLINT: a frame is an item
+        : isFrame(true), frame(std::move(bytes)), number(++newest) {}
     /// What was put is given back as it is; `bytes` is what a reader makes of it, if it is a frame.
     StreamItem(std::optional<Bytes> bytes, std::shared_ptr<void> put)
-        : isFrame(bytes.has_value()), frame(std::move(bytes).value_or(Bytes())), object(std::move(put)) {}
+        : isFrame(bytes.has_value()),
+          frame(std::move(bytes).value_or(Bytes())),
+          object(std::move(put)),
+          number(++newest) {}
 
     bool isMarker() const { return !isFrame && !object; }
-    bool operator==(const StreamItem&) const = default;
+    bool operator==(const StreamItem& other) const {
+        return isFrame == other.isFrame && frame == other.frame && object == other.object;
+    }
+
+    /// The number of the last one made: what comes has a greater one.
+    static inline std::atomic<std::uint64_t> newest = 0;
 
     bool isFrame = false;
     Bytes frame;
     std::shared_ptr<void> object;
+    std::uint64_t number = 0;
 };
 using StreamFifo = Fifo<StreamItem>;
 

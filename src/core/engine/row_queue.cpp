@@ -19,7 +19,7 @@ double secondsSince1970() {
 
 }  // namespace
 
-std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
+std::size_t RowQueue::put(const RowLayout& layout, Bytes frame, std::uint64_t number) {
     const std::size_t rowBytes = layout.rowBytes();
     if (rowBytes == 0 || frame.size() % rowBytes != 0) {
         throw std::invalid_argument("a frame of " + std::to_string(frame.size()) +
@@ -31,7 +31,7 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame) {
     bool enough = false;
     {
         const std::lock_guard lock(mutex_);
-        enterRun(rows);
+        enterRun(rows, number);
         kept = std::min(rows, room());
         dropped_ += rows - kept;
         if (kept != 0) {
@@ -91,8 +91,8 @@ void RowQueue::append(const RowLayout& layout, Bytes&& frame) {
     last.used += size;
 }
 
-void RowQueue::enterRun(std::size_t rows) {
-    if (beginning_ && beginning_->framesBefore-- == 0) {
+void RowQueue::enterRun(std::size_t rows, std::uint64_t number) {
+    if (beginning_ && number > beginning_->before) {
         now_ = {.rate = beginning_->rate, .run = beginning_->run};
         startsChunk_ = true;
     }
@@ -122,10 +122,10 @@ RowPlace RowQueue::placeOfOldest() const {
     return now_;
 }
 
-std::uint64_t RowQueue::beginRun(std::size_t framesBefore) {
+std::uint64_t RowQueue::beginRun(std::uint64_t before) {
     const std::lock_guard lock(mutex_);
     ended_ = false;
-    beginning_ = {++runs_, framesBefore, toldRate_, secondsSince1970()};
+    beginning_ = {++runs_, before, toldRate_, secondsSince1970()};
     return runs_;
 }
 
@@ -252,14 +252,23 @@ std::pair<std::size_t, std::size_t> RowQueue::uniformRows(const RowsWanted& want
 }
 
 std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait) const {
+    const std::uint64_t ends = ends_;
     waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(arrived_, lock, until, [&] {
             if (rows_ < count) wanted_ = std::min(wanted_, count);
-            return rows_ >= count;
+            return rows_ >= count || ends_ != ends;
         });
     });
     return size();
+}
+
+void RowQueue::endWaits() {
+    {
+        const std::lock_guard lock(mutex_);
+        ++ends_;
+    }
+    arrived_.notify_all();
 }
 
 std::size_t RowQueue::size() const {

@@ -54,9 +54,10 @@ class RowQueue {
 public:
     explicit RowQueue(std::size_t capacity) : capacity_(capacity) {}
 
+    static constexpr std::uint64_t newest = static_cast<std::uint64_t>(-1);
     /// Adds the rows of a frame, as many as there is room for; tells how many were dropped. Throws
     /// std::invalid_argument for a frame that is no whole number of rows.
-    std::size_t put(const RowLayout& layout, Bytes frame);
+    std::size_t put(const RowLayout& layout, Bytes frame, std::uint64_t number = newest);
 
     /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
     /// there was.
@@ -73,8 +74,9 @@ public:
     /// The same for rows of one width in each queue. Where none are taken, `columns` is that of the oldest rows.
     static RowsTaken takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, const RowsWanted& wanted);
 
-    /// The next frame but `framesBefore` is the first one of a run, whose number is returned.
-    std::uint64_t beginRun(std::size_t framesBefore);
+    /// The first frame with a number above `before` is the first one of a run, whose own number is returned. However
+    /// long a frame of before is on its way, it begins no run.
+    std::uint64_t beginRun(std::uint64_t before);
     /// The device sends no more of the run.
     void endRun();
     /// Rows per second of the run that begins next.
@@ -91,8 +93,13 @@ public:
     bool tellAt(std::size_t count, std::shared_ptr<ReplySubscriber> listener);
     void forget(const ReplySubscriber& listener);
 
-    /// Waits until at least `count` rows are there, at most until `deadline`; tells how many there are then.
+    /// Waits until at least `count` rows are there, at most until `deadline` and not beyond `endWaits`; tells how many
+    /// there are then.
     std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) const;
+    /// Nothing more comes for now: who waits for a size waits no longer.
+    void endWaits();
+    /// How often that was so.
+    std::uint64_t ends() const noexcept { return ends_; }
 
     std::size_t size() const;
     /// 0 means no limit.
@@ -136,7 +143,7 @@ private:
     std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
     void append(const RowLayout& layout, Bytes&& frame);
     /// Looks whether a run begins with the frame of so many rows that has come.
-    void enterRun(std::size_t rows);
+    void enterRun(std::size_t rows, std::uint64_t number);
     RowPlace placeOfNext();
     void wake();
     /// Counts rows that were appended; tells whether who waits for rows is to be woken.
@@ -153,6 +160,7 @@ private:
     std::deque<Chunk> chunks_;
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
+    std::atomic<std::uint64_t> ends_{0};
     mutable std::size_t wanted_ = nobody;  // who waits is woken when this many rows are there
     std::vector<std::shared_ptr<ReplySubscriber>> listeners_;
 
@@ -162,7 +170,7 @@ private:
     std::uint64_t runs_ = 0;
     struct Beginning {
         std::uint64_t run;
-        std::size_t framesBefore;
+        std::uint64_t before;  // the number of the last frame of earlier runs
         double rate, since;
     };
     std::optional<Beginning> beginning_;

@@ -78,7 +78,7 @@ bool StreamReader::drain(const Pair& pair, std::size_t most) {
             const std::lock_guard lock(mutex_);
             layout = layout_;
         }
-        tellOfOverflow(pair.rows.get(), pair.rows->put(layout, std::move(item->frame)));
+        tellOfOverflow(pair.rows.get(), pair.rows->put(layout, std::move(item->frame), item->number));
     }
     return waiting != 0;
 }

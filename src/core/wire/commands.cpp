@@ -14,6 +14,12 @@ std::span<const CommandName> commandTable() {
     return table;
 }
 
+std::string_view nameOfCommand(int code) {
+    const auto table = commandTable();
+    const auto found = std::ranges::find(table, code, &CommandName::code);
+    return found == table.end() ? std::string_view() : found->name;
+}
+
 CommandClass classify(int command, std::span<const std::uint8_t> data) {
     if (std::ranges::find(streamingCommands, command) != streamingCommands.end()) return CommandClass::streaming;
     if (std::ranges::find(broadcastCommands, command) == broadcastCommands.end()) return CommandClass::echo;

@@ -21,6 +21,8 @@ struct CommandName {
 
 /// The whole code table, in the order of its file.
 std::span<const CommandName> commandTable();
+/// The name of a code; empty for one of none.
+std::string_view nameOfCommand(int code);
 
 /// Commands whose frames are unsolicited data that goes on arriving after one start request.
 inline constexpr std::array streamingCommands = {

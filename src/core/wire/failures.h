@@ -6,12 +6,13 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zvr {
 
 enum class FailureId : int {
-#define ZVR_FAILURE(name, base, constant, code, message) name,
-#define ZVR_FAILURE_LITERAL(name, base, code, message) name,
+#define ZVR_FAILURE(name, base, hostBase, constant, code, message) name,
+#define ZVR_FAILURE_LITERAL(name, base, hostBase, code, message) name,
 #include "core/wire/failures.def"
 #undef ZVR_FAILURE
 #undef ZVR_FAILURE_LITERAL
@@ -20,6 +21,7 @@ enum class FailureId : int {
 struct FailureRow {
     std::string_view name;
     std::string_view base;      ///< "Error" or "ZVRWarning"
+    std::string_view hostBase;  ///< its second base, a class of the host; empty where it has none
     std::string_view constant;  ///< name of the code constant; empty where the code has none
     int code;
     std::string_view message;
@@ -30,7 +32,8 @@ std::span<const FailureRow> failureTable();
 
 inline const FailureRow& rowOf(FailureId id) { return failureTable()[static_cast<std::size_t>(id)]; }
 
-/// What the engine throws. The Python side turns it into the class of the same name.
+/// What the engine throws. The Python side turns it into the class of the same name; where it is nested, the exception
+/// in it becomes the cause.
 class Failure : public std::exception {
 public:
     explicit Failure(FailureId id) : id_(id) {}
@@ -39,12 +42,22 @@ public:
     FailureId id() const noexcept { return id_; }
     /// The message given at the throw, or nothing for the class's own.
     const std::optional<std::string>& message() const noexcept { return message_; }
+    /// Lines that tell more, beside the message.
+    const std::vector<std::string>& notes() const noexcept { return notes_; }
+    Failure&& noting(std::string note) && {
+        notes_.push_back(std::move(note));
+        return std::move(*this);
+    }
     const char* what() const noexcept override { return message_ ? message_->c_str() : rowOf(id_).message.data(); }
 
 private:
     FailureId id_;
     std::optional<std::string> message_;
+    std::vector<std::string> notes_;
 };
+
+/// The failure of a code, the one with a constant where two share it; nothing for a code of none.
+std::optional<FailureId> failureOfCode(int code);
 
 /// The error that a status byte of a device stands for; nothing for 0.
 std::optional<FailureId> failureOfStatus(int status);

@@ -24,6 +24,12 @@ Bytes buildFrame(int command, ByteView data) {
     return frame;
 }
 
+int commandOf(ByteView frame) {
+    if (frame.size() < 6 || frame[0] != CMD_STX) return -1;
+    const std::uint8_t first = frame[CMD_INDEX_2];
+    return startsWide(first) && first != OPEN_CAN ? first << 8 | frame[CMD_INDEX_2 + 1] : first;
+}
+
 int motionKey(ByteView data) {
     if (data.size() < 3) throw std::out_of_range("a motion frame without connector, sub-command and axis");
     const std::uint8_t key[] = {data[2], data[0], data[1], MOTION};

@@ -83,6 +83,7 @@ std::size_t findTrailer(ByteView bytes, std::size_t from, std::size_t end) {
 }  // namespace
 
 void Splitter::append(ByteView bytes) {
+    received_ += bytes.size();
     if (front_ == buffer_.size()) {
         buffer_.clear();
         front_ = 0;

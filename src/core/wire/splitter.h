@@ -14,6 +14,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <utility>
@@ -39,6 +40,9 @@ public:
     std::size_t lastIndex() const;
     void setLastIndex(std::size_t index);
 
+    /// How many bytes were received so far.
+    std::uint64_t received() const { return received_; }
+
 private:
     static constexpr std::size_t ring = 1 << 16;  // more than a start byte can predict ahead
 
@@ -53,6 +57,7 @@ private:
     void advance(std::size_t place);
 
     Bytes buffer_;
+    std::uint64_t received_ = 0;
     std::size_t front_ = 0;      // the stream begins here in buffer_; all places below are offsets in the stream
     std::size_t lastIndex_ = 0;  // trailers before it have proved to end no frame
     std::size_t searched_ = 0;   // and so have all before this one
@@ -74,6 +79,7 @@ public:
     template <class Use>
     decltype(auto) with(Use&& use) {
         const std::lock_guard lock(mutex_);
+        const Counting counting{*this};
         return std::forward<Use>(use)(splitter_);
     }
     template <class Use>
@@ -92,6 +98,8 @@ public:
             return splitter.split();
         });
     }
+    /// How many bytes were received so far; waits for nobody.
+    std::uint64_t received() const noexcept { return received_.load(std::memory_order_relaxed); }
     Bytes stream() const {
         return with([](const Splitter& splitter) {
             const ByteView stream = splitter.stream();
@@ -100,8 +108,14 @@ public:
     }
 
 private:
+    struct Counting {
+        ~Counting() { shared.received_.store(shared.splitter_.received(), std::memory_order_relaxed); }
+        SharedSplitter& shared;
+    };
+
     mutable std::mutex mutex_;
     Splitter splitter_;
+    std::atomic<std::uint64_t> received_{0};
 };
 
 }  // namespace zvr

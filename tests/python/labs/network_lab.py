@@ -33,7 +33,9 @@ def ip(*words, inside=None):
 def device(number, model, address, mac, serial):
     """A simulated device behind the bridge; it starts when its end of the cable is there."""
     command = [simulator_program(), model, "--host", address, "--mac", mac, "--serial", serial, "--discovery",
-               "--stdin-stop"]
+               "--alias", "rack" if model == "TarnDio" else "bench", "--port", "7", "--stdin-stop"]
+    if model.startswith("Heron"):
+        command += ["--data-port", "1336"]
     process = subprocess.Popen(["unshare", "--net", "sh", "-c", 'read go; exec "$@"', "sh", *command],
                                stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
     cable = f"port{number}"
@@ -88,9 +90,22 @@ async def ask_all(finder, ring, move, nobody):
             for each in [*answers, *nobodys]]
 
 
+def opened(where):
+    """What stands behind a name."""
+    try:
+        with pyzvr.open(where, verbose=False) as box:
+            return [type(box).__name__, box.Sys_getSerialNumber(), box.isConnected()]
+    except pyzvr.Error as error:
+        return [type(error).__name__, *getattr(error, "__notes__", [])]
+
+
 def discovery():
     with lab() as devices, pyzvr.DeviceFinder() as finder:
+        (_, _, wifi_mac, wifi_serial) = DEVICES[1]
+        names = [wifi_serial, wifi_mac.upper().replace(":", "-"), DEVICES[0][1], "rack", "bench", "nobody"]
+        by_name = {name: opened(name) for name in names}
         finder.connect()
+        busy = opened("rack")
         with pyzvr.DeviceFinder() as second:
             taken = error_of(second.connect)
         found, ring, move, nobody = asyncio.run(ask_all(finder, DEVICES[0][2], DEVICES[2][2], "2:0:0:0:0:99"))
@@ -105,7 +120,8 @@ def discovery():
             box.connect(devices[2]["host"], devices[2]["command_port"])
             moved = box.Net_getIPAddrAndSubmask()
         return {"taken": taken, "found": sorted(found), "ring": ring, "move": move, "nobody": nobody,
-                "blocking": blocking, "serial": serial, "moved": moved}
+                "blocking": blocking, "serial": serial, "moved": moved, "busy": busy,
+                "opened": by_name}
 
 
 if __name__ == "__main__":

@@ -40,10 +40,15 @@ def finding():
         with pyzvr.SableDio() as box:
             box.connect(serial)
             seen[serial] = [box.serial_num, box.Sys_getSerialNumber()]
+    opened = []
+    for where in ("BBB", "bench"):  # a serial number, and the alias of both
+        with pyzvr.open(where, verbose=False) as box:
+            opened.append([type(box).__name__, box.serial_num])
     client = pyzvr.USBClient("AAA")
     fields = [client.takeSerialNumber(), client.takeProductName(), client.device.serial_number, client.config,
               client.interface, client.ep_in, client.ep_out]
-    return {"found": sorted(found), "seen": seen, "fields": fields,
+    return {"found": sorted(found), "seen": seen, "fields": fields, "opened": opened[0],
+            "alias": opened[1] in (["SableDio", "AAA"], ["SableCan", "BBB"]),
             "wrong": error_of(lambda: pyzvr.USBClient("CCC")), "detached": control("transfers AAA")["detached"]}
 
 

@@ -1,0 +1,34 @@
+// What the library tells through the host's logging. It is silent unless the program sets logging up.
+#pragma once
+
+#include <functional>
+
+#include "python/common.h"
+
+namespace zvr::python {
+
+enum class LogLevel : int { debug = 10, info = 20, warning = 30, error = 40 };
+
+/// A logger of the host. Its members are called under the interpreter lock; what logging raises is reported as
+/// unraisable.
+class Log {
+public:
+    constexpr explicit Log(const char* name) : name_(name) {}
+
+    /// Whether somebody listens.
+    bool listens(LogLevel level) noexcept;
+    /// `text` is only called if somebody does.
+    void tell(LogLevel level, const std::function<std::string()>& text) noexcept;
+
+private:
+    py::handle logger();
+
+    const char* name_;
+    PyObject* logger_ = nullptr;  // the host has one of a name for the life of the process
+};
+
+extern Log eventLog, frameLog;  ///< "pyzvr" and "pyzvr.wire"
+
+inline void logEvent(LogLevel level, const std::function<std::string()>& text) noexcept { eventLog.tell(level, text); }
+
+}  // namespace zvr::python
