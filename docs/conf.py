@@ -1,5 +1,5 @@
-"""How Sphinx makes the site. `make docs` runs it over build/docs/tree, where tools/site_tree.py lays these pages out with
-the generated ones; it does not run over this folder."""
+"""How Sphinx makes the site. `make docs` runs it over build/docs/tree, where tools/site_tree.py lays these pages out
+with the generated ones; it does not run over this folder."""
 
 import re
 import sys
@@ -12,8 +12,15 @@ project = "pyzvr"
 author = copyright = "the authors of pyzvr"
 release = re.search(r"project\(pyzvr VERSION ([0-9.]+)", (HERE.parent / "CMakeLists.txt").read_text())[1]
 
-extensions = ["myst_parser", "sphinx_copybutton", "entries", "inline_svg", "links_of_the_tree",
-              "theme_repairs", "contents_of_pages"]
+extensions = [
+    "myst_parser",
+    "sphinx_copybutton",
+    "entries",
+    "inline_svg",
+    "links_of_the_tree",
+    "theme_repairs",
+    "contents_of_pages",
+]
 exclude_patterns = ["README.md", "figures/*.md", "_static", "_extensions"]  # what is for readers of the tree alone
 source_suffix = {".md": "markdown", ".rst": "restructuredtext"}
 root_doc = "index"
@@ -26,9 +33,10 @@ smartquotes = False  # two dashes are an option
 
 nitpicky = True
 # The host's own types: nothing is fetched, so there is no index of them.
-nitpick_ignore_regex = [("py:.*", r"(asyncio|socket|queue|threading|collections|configparser|struct|subprocess|types)\..*"),
-                        ("py:class", r"(asyncio|collections\.abc)\..*|Decimal|Callable|Iterable|Iterator|Mapping|MutableMapping"
-                                     r"|MutableSet|Sequence|Self|Any|memoryview|optional")]  # fmt: skip
+nitpick_ignore_regex = [
+    ("py:.*", r"(asyncio|socket|queue|threading|collections|configparser|struct|subprocess|types)\..*"),
+    ("py:class", r"Decimal|Callable|Iterable|Iterator|Mapping|MutableMapping|MutableSet|Sequence|Self|Any|memoryview"),
+]
 
 myst_enable_extensions = ["colon_fence", "deflist", "fieldlist"]
 myst_heading_anchors = 4

@@ -56,7 +56,9 @@ def imports(site):
     """What style sheets and programs load: nothing that the site has not."""
     for path in sorted([*site.rglob("*.css"), *site.rglob("*.js")]):
         text = path.read_text(encoding="utf-8", errors="replace")
-        for target in re.findall(r"@import (?:url\()?[\"']?([^\"')]+)|^import .* from [\"'](.*)[\"']", text, re.MULTILINE):
+        for target in re.findall(
+            r"@import (?:url\()?[\"']?([^\"')]+)|^import .* from [\"'](.*)[\"']", text, re.MULTILINE
+        ):
             yield f"{path.relative_to(site)}: imports {''.join(target)}"
 
 

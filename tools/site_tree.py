@@ -37,7 +37,9 @@ def write(place, text):
 def pages_of_the_tree():
     """Files of docs/ by their path in it."""
     docs = ROOT / "docs"
-    return {path.relative_to(docs): path for path in docs.rglob("*") if path.is_file() and "__pycache__" not in path.parts}
+    return {
+        path.relative_to(docs): path for path in docs.rglob("*") if path.is_file() and "__pycache__" not in path.parts
+    }
 
 
 def draw_figures(folder):

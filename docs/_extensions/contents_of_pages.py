@@ -1,5 +1,5 @@
-"""Lists a page's entries in the contents of the page alone. Sphinx keeps them in the tree of the whole site as well, which
-it copies for every page; that would take most of the build."""
+"""Lists a page's entries in the contents of the page alone. Sphinx keeps them in the tree of the whole site as well,
+which it copies for every page; that would take most of the build."""
 
 from docutils import nodes
 from sphinx import addnodes
@@ -12,7 +12,9 @@ def is_entry(item):
 
 
 def forget(app, env, docnames):
-    env.page_contents = {name: value for name, value in getattr(env, "page_contents", {}).items() if name not in docnames}
+    env.page_contents = {
+        name: value for name, value in getattr(env, "page_contents", {}).items() if name not in docnames
+    }
 
 
 def part(app, env):

@@ -1,4 +1,4 @@
-"""Links to what the tree has and the site has not, such as a folder, are shown as text; to what neither has, refused."""
+"""Links to what the tree has and the site has not, such as a folder, are shown as text; others are refused."""
 
 import os
 from pathlib import Path

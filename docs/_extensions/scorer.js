@@ -1,14 +1,16 @@
 // Puts what is called exactly as was asked for first: an operation, a failure, a model, or an option with or without its
 // dashes. All else is as Sphinx has it.
 let askedFor = "";
-document.addEventListener("DOMContentLoaded", () => {
-  if (typeof Search === "undefined") return;
+const listen = () => {
   const query = Search.query;
   Search.query = (text) => {
     askedFor = text.trim().replace(/\(\)$/, "").replace(/^pyzvr\./, "");
     query(text);
   };
-});
+};
+// The search begins as soon as the page is there, so it must be listened to before that, whichever script comes first.
+if (typeof Search !== "undefined") listen();
+else document.addEventListener("DOMContentLoaded", listen);
 var Scorer = {
   score: ([page, title, anchor, description, score]) => {
     if (description === null || askedFor === "") return score;

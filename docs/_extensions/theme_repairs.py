@@ -1,6 +1,6 @@
-"""Mends what Debian's build of the theme lacks: the colours of a dark system, the style sheet that it imports from a web
-server's own folder, and the part that its program imports, without which a page cannot change its colours. A theme that
-has them stays as it is."""
+"""Mends what Debian's build of the theme lacks: the colours of a dark system, the style sheet that it imports from a
+web server's own folder, and the part that its program imports, without which a page cannot change its colours. A
+theme that has them stays as it is."""
 
 import re
 from pathlib import Path
@@ -29,8 +29,10 @@ def mend(app, failure):
     static = Path(app.outdir) / "_static"
     if failure is not None or app.builder.format != "html":
         return
-    for place, change in ((static / "styles/furo.css", mended),
-                          (static / "scripts/furo.js", lambda text: bundled(text, static / "scripts"))):
+    for place, change in (
+        (static / "styles/furo.css", mended),
+        (static / "scripts/furo.js", lambda text: bundled(text, static / "scripts")),
+    ):
         place.write_text(change(place.read_text(encoding="utf-8")), encoding="utf-8")
 
 

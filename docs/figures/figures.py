@@ -1,6 +1,6 @@
 """Draws the figures of the pages from what simulated devices do.
 
-    python3 docs/figures/figures.py FOLDER [NAME...]
+python3 docs/figures/figures.py FOLDER [NAME...]
 """
 
 import asyncio
@@ -10,7 +10,8 @@ import time
 from pathlib import Path
 
 import zvrkit.sim
-from style import BLUE, FILL, GREEN, MUTED, ORANGE, WIDTH, Drawing, axes, save
+from plots import axes, save
+from style import BLUE, FILL, GREEN, MUTED, ORANGE, WIDTH, Drawing
 
 import pyzvr
 
@@ -141,7 +142,8 @@ def frame(path):
     port, mask, values = 0, 0x00FF, 0x0105
     data = sent_by(lambda box: box._setDIOState(port, mask, values, timeout=0.01))
     parts = ((1, "start", "always 2", MUTED), (2, "length", "of command and data", BLUE),
-             (1, "command", f"SET_DIO_STATE, {pyzvr.SET_DIO_STATE}", ORANGE), (len(data) - 6, "data", "port, mask, levels", GREEN),
+             (1, "command", f"SET_DIO_STATE, {pyzvr.SET_DIO_STATE}", ORANGE),
+             (len(data) - 6, "data", "port, mask, levels", GREEN),
              (2, "trailer", "always 13 10", MUTED))  # fmt: skip
     drawing = Drawing(178, "A frame, byte by byte")
     cell, place = (WIDTH - 2) / len(data), 0

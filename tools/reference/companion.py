@@ -16,8 +16,10 @@ MODULES = {
 def public(module):
     """Names of a module that are meant for programs."""
     names = getattr(module, "__all__", None) or [
-        name for name, value in vars(module).items()
-        if not name.startswith("_") and getattr(value, "__module__", None) == module.__name__ and callable(value)]
+        name
+        for name, value in vars(module).items()
+        if not name.startswith("_") and getattr(value, "__module__", None) == module.__name__ and callable(value)
+    ]
     return {name: getattr(module, name) for name in names}
 
 
@@ -39,8 +41,11 @@ def members(cls):
     found = {}
     for base in reversed(cls.__mro__):
         if base.__module__ == cls.__module__:
-            found |= {name: value for name, value in vars(base).items()
-                      if not name.startswith("_") and (inspect.isfunction(value) or isinstance(value, property))}
+            found |= {
+                name: value
+                for name, value in vars(base).items()
+                if not name.startswith("_") and (inspect.isfunction(value) or isinstance(value, property))
+            }
     return found
 
 
@@ -54,7 +59,11 @@ def entry(name, value):
         return lines
     function = inspect.unwrap(value)
     if inspect.isfunction(function):
-        return [f".. py:function:: {signature(function, name)}", "", *markup.indented(markup.paragraphs(inspect.getdoc(function) or ""))]
+        return [
+            f".. py:function:: {signature(function, name)}",
+            "",
+            *markup.indented(markup.paragraphs(inspect.getdoc(function) or "")),
+        ]
     return [f".. py:data:: {name}", ""]
 
 

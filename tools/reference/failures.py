@@ -12,17 +12,24 @@ GROUPS = {
     "general": ("Bases of all failures", "What to catch to catch many."),
     "connection": ("Connections and links", "The device is not reached, or no longer."),
     "arguments": ("Arguments", "What a call is given does not fit, whatever its module."),
-    "device": ("Refusals of the device", "The device answers, and says no. Operations return these codes as negative numbers; "
-                                         "`checkFirmwareError` makes the failure of a status."),
+    "device": (
+        "Refusals of the device",
+        "The device answers, and says no. Operations return these codes as negative numbers; "
+        "`checkFirmwareError` makes the failure of a status.",
+    ),
     "digital": ("Digital lines", "Ports, pins and channels."),
     "analog": ("Analog inputs and outputs", "Ports, channels, modes and rates."),
     "sensing": ("Sensors and resistors", "Temperature, attitude, relays, resistors."),
     "buses": ("Serial buses", "I2C, SPI, UART and CAN."),
-    "motion": ("Motion", "Controllers, drive, and slots of the chassis. Those that derive from `ZVRWarning` are raised all the same."),
+    "motion": (
+        "Motion",
+        "Controllers, drive, and slots of the chassis. What derives from `ZVRWarning` is raised all the same.",
+    ),
     "drone": ("Flight controller", "Modes, heights and angles."),
     "warnings": ("Warnings", "Issued with `warnings.warn`, not raised: the work goes on."),
 }
-BY_HUNDREDS = {81: "digital", 82: "analog", 83: "analog", 84: "sensing", 85: "sensing", 93: "sensing", 86: "buses", 87: "buses",
+BY_HUNDREDS = {81: "digital", 82: "analog", 83: "analog", 84: "sensing", 85: "sensing", 93: "sensing", 86: "buses",
+               87: "buses",
                88: "buses", 89: "buses", 91: "motion", 92: "motion", 94: "drone"}  # fmt: skip
 LINK = re.compile(r"(USB|Network|UART)Connection\w*|ReceivePacketTimeoutError|USB\w*Error")
 MOST_CAUSES, MOST_OPERATIONS = 8, 6
@@ -59,8 +66,10 @@ def statuses():
             pyzvr.checkFirmwareError(status)
         except pyzvr.Error as failure:
             found[type(failure)].append(status)
-    return {cls: f"status {numbers[0]}" if len(numbers) == 1 else "any status without a class of its own"
-            for cls, numbers in found.items()}
+    return {
+        cls: f"status {numbers[0]}" if len(numbers) == 1 else "any status without a class of its own"
+        for cls, numbers in found.items()
+    }
 
 
 def causes():
@@ -92,12 +101,17 @@ def entry(name, found, targets):
         body += [f":Code: {markup.literal(cls.code)}"]
     body += [":Derives from: " + ", ".join(bases)]
     if cls in statuses():
-        body += [f":Arises: The device answers with {statuses()[cls]}; :py:func:`checkFirmwareError` raises it for that. Operations "
-                 f"that return a refusal return {cls.code}."]
+        body += [
+            f":Arises: The device answers with {statuses()[cls]}; :py:func:`checkFirmwareError` raises it for that. "
+            f"Operations that return a refusal return {cls.code}."
+        ]
     arising = sorted(found.get(name, {}).items(), key=lambda each: -len(each[1]))
     if arising:
         body += [":Arises:"]
-        body += [f"   - {markup.line(text, targets)} In {operations(raising, targets)}." for text, raising in arising[:MOST_CAUSES]]
+        body += [
+            f"   - {markup.line(text, targets)} In {operations(raising, targets)}."
+            for text, raising in arising[:MOST_CAUSES]
+        ]
         if len(arising) > MOST_CAUSES:
             body += [f"   - {len(arising) - MOST_CAUSES} more conditions stand with the operations."]
     body += [":What to do: " + markup.line(remedy(name), targets), ""]
@@ -119,8 +133,10 @@ def pages(targets):
 
 def codes(targets):
     """The table of all codes."""
-    rows = [[markup.literal(cls.code), targets.role(name), markup.escaped(cls.msg)]
-            for name, cls in sorted(package.failures().items(), key=lambda each: abs(getattr(each[1], "code", None) or 0))
-            if getattr(cls, "code", None) is not None]
+    rows = [
+        [markup.literal(cls.code), targets.role(name), markup.escaped(cls.msg)]
+        for name, cls in sorted(package.failures().items(), key=lambda each: abs(getattr(each[1], "code", None) or 0))
+        if getattr(cls, "code", None) is not None
+    ]
     lines = markup.heading("All codes") + [".. py:currentmodule:: pyzvr", ""]
     return {"failures/codes.rst": "\n".join(lines + markup.table(["Code", "Failure", "Text"], rows, (2, 6, 8)))}

@@ -40,10 +40,15 @@ def line(text, targets=None, prefer=""):
         before, after = parts[place - 1], parts[place + 1]
         code = targets.role(parts[place], prefer) if targets else literal(parts[place])
         # Markup must not touch letters.
-        parts[place] = ("\\ " if re.search(r"[^\s(\[\"'/-]$", before) else "") + code + (
-            "\\ " if re.match(r"[^\s.,:;!?)\]\"'/-]", after) else "")
-    return "".join(part if place % 2 else NOTE.sub(r":doc:`\g<0> </reference/compatibility>`", escaped(part))
-                   for place, part in enumerate(parts))
+        parts[place] = (
+            ("\\ " if re.search(r"[^\s(\[\"'/-]$", before) else "")
+            + code
+            + ("\\ " if re.match(r"[^\s.,:;!?)\]\"'/-]", after) else "")
+        )
+    return "".join(
+        part if place % 2 else NOTE.sub(r":doc:`\g<0> </reference/compatibility>`", escaped(part))
+        for place, part in enumerate(parts)
+    )
 
 
 def paragraphs(text, targets=None, prefer=""):

@@ -5,8 +5,10 @@ import re
 import pyzvr
 from reference import markup, package, wire
 
-HIDDEN = ("Steps and single exchanges",
-          "What the operations above are made of. They check less, and a program may call or replace them.")
+HIDDEN = (
+    "Steps and single exchanges",
+    "What the operations above are made of. They check less, and a program may call or replace them.",
+)
 
 
 class Pages:
@@ -29,11 +31,16 @@ class Pages:
 
     def index(self):
         lines = markup.heading("Modules")
-        lines += ["One page for each module. An operation whose name ends in ``_async`` is awaited in an event loop; the one without "
-                  "blocks, and takes a ``timeout``.", ""]
+        lines += [
+            "One page for each module. An operation whose name ends in ``_async`` is awaited in an event loop; the one "
+            "without blocks, and takes a ``timeout``.",
+            "",
+        ]
         for chapter, pages in package.CHAPTERS.items():
             lines += markup.heading(chapter, "-") + markup.toctree(pages)
-        return "\n".join(lines + markup.heading("Functions and constants", "-") + markup.toctree(["functions", "constants"]))
+        return "\n".join(
+            lines + markup.heading("Functions and constants", "-") + markup.toctree(["functions", "constants"])
+        )
 
     def page(self, slug):
         title, names = package.PAGES[slug]
@@ -87,15 +94,28 @@ class Pages:
         if bases:
             body += ["Derives from " + ", ".join(f":py:class:`{base}`" for base in bases) + ".", ""]
         for attribute, kind, text in doc.attributes:
-            body += [f".. py:attribute:: {attribute}", f"   :type: {kind}", "", "   " + markup.line(text, self.targets), ""]
+            body += [
+                f".. py:attribute:: {attribute}",
+                f"   :type: {kind}",
+                "",
+                "   " + markup.line(text, self.targets),
+                "",
+            ]
         for key, value in package.properties_of(name).items():
             if key not in [each[0] for each in doc.attributes]:
                 kind = value.fget.__stub__.split(" -> ")[1].removesuffix(": ...")
                 body += [f".. py:property:: {key}", f"   :type: {kind}", ""]
-                body += markup.indented(markup.paragraphs(package.Doc(value.__doc__).text, self.targets, f"pyzvr.{name}"))
+                body += markup.indented(
+                    markup.paragraphs(package.Doc(value.__doc__).text, self.targets, f"pyzvr.{name}")
+                )
         lines += markup.indented(body)
         if both:
-            lines += [f".. py:class:: {name}_async", "", f"   The awaitable form of :py:class:`{name}`. A product has both.", ""]
+            lines += [
+                f".. py:class:: {name}_async",
+                "",
+                f"   The awaitable form of :py:class:`{name}`. A product has both.",
+                "",
+            ]
         return lines
 
     def entry(self, operation, directive="py:method"):
@@ -127,10 +147,15 @@ class Pages:
         raised = [(names, meaning, "") for names, _, meaning in doc.raises]
         if other:
             both = [each for each in doc.raises if each in other.raises]
-            raised = [(names, meaning, "" if (names, kind, meaning) in both else "blocking form: ")
-                      for names, kind, meaning in doc.raises]
-            raised += [(names, meaning, "awaitable form: ") for names, kind, meaning in other.raises
-                       if (names, kind, meaning) not in both]
+            raised = [
+                (names, meaning, "" if (names, kind, meaning) in both else "blocking form: ")
+                for names, kind, meaning in doc.raises
+            ]
+            raised += [
+                (names, meaning, "awaitable form: ")
+                for names, kind, meaning in other.raises
+                if (names, kind, meaning) not in both
+            ]
         for names, meaning, form in raised:
             lines += [f":raises {name.strip()}: {form}{text(meaning)}" for name in names.split(",")]
         return [*lines, ""]
@@ -139,13 +164,22 @@ class Pages:
         lines = markup.heading("Functions") + [".. py:currentmodule:: pyzvr", "", "Functions of the package.", ""]
         for name, value in package.functions().items():
             operation = package.Operation("", name, value)
-            signature = value.__stub__.removeprefix("def ").removesuffix(": ...")
-            lines += [f".. py:function:: {signature}", "", *markup.indented(self.body(operation, "pyzvr"))]
+            signature = value.__stub__.removeprefix("async ").removeprefix("def ").removesuffix(": ...")
+            lines += [
+                f".. py:function:: {signature}",
+                *(["   :async:"] if operation.is_async else []),
+                "",
+                *markup.indented(self.body(operation, "pyzvr")),
+            ]
         return "\n".join(lines)
 
     def constants(self):
-        lines = markup.heading("Constants") + [".. py:currentmodule:: pyzvr", "", "Numbers of the commands and registers, "
-                                               "and what the package tells of itself.", ""]
+        lines = markup.heading("Constants") + [
+            ".. py:currentmodule:: pyzvr",
+            "",
+            "Numbers of the commands and registers, " "and what the package tells of itself.",
+            "",
+        ]
         for name, value in package.constants().items():
             lines += [f".. py:data:: {name}"]
             lines += [f"   :value: {value!r}"] if len(repr(value)) < 60 else []
@@ -155,8 +189,12 @@ class Pages:
 
 def targets_of_everything():
     targets = markup.Targets()
-    arguments = {argument for name in package.documented() for operation in package.operations_of(name)
-                 for argument, *_ in operation.doc.arguments}
+    arguments = {
+        argument
+        for name in package.documented()
+        for operation in package.operations_of(name)
+        for argument, *_ in operation.doc.arguments
+    }
     for name in package.public_classes():
         targets.add(name, "exc" if name in package.failures() else "class", f"pyzvr.{name}")
         if name not in package.documented():

@@ -57,18 +57,21 @@ CHAPTERS = {
     },
     "Inner parts": {
         "requests": ("Requests", "Packet Packet_based"),
-        "clients": ("Clients", "Client NetworkClient TCPClient UDPClient UARTClient USBClient USBDeviceIdentity USBLibrary "
-                               "Socket"),
-        "queues": ("Queues, pools and threads", "Fifo ItemFifo RowFifo EchoPool StreamPool BroadcastPool RecordSet Gate "
-                                                "DeviceThread"),
+        "clients": ("Clients", "Client NetworkClient TCPClient UDPClient UARTClient USBClient "
+                               "USBDeviceIdentity USBLibrary Socket"),
+        "queues": ("Queues, pools and threads", "Fifo ItemFifo RowFifo EchoPool StreamPool BroadcastPool RecordSet "
+                                                "Gate DeviceThread"),
     },
 }  # fmt: skip
 PAGES = {slug: (title, names.split()) for pages in CHAPTERS.values() for slug, (title, names) in pages.items()}
 
 
 def public_classes():
-    return {name: value for name, value in vars(pyzvr).items()
-            if inspect.isclass(value) and value.__module__ == "pyzvr" and not name.startswith("_")}
+    return {
+        name: value
+        for name, value in vars(pyzvr).items()
+        if inspect.isclass(value) and value.__module__ == "pyzvr" and not name.startswith("_")
+    }
 
 
 def failures():
@@ -84,8 +87,11 @@ def functions():
 
 
 def constants():
-    return {name: value for name, value in vars(pyzvr).items()
-            if not name.startswith("_") and not callable(value) and not inspect.ismodule(value)}
+    return {
+        name: value
+        for name, value in vars(pyzvr).items()
+        if not name.startswith("_") and not callable(value) and not inspect.ismodule(value)
+    }
 
 
 def page_of(name):
@@ -174,8 +180,11 @@ def operations_of(name):
     """The operations of a class in both forms; what only the awaitable class has comes last."""
     cls, partner = getattr(pyzvr, name), getattr(pyzvr, name + "_async", None)
     own = {key: value for key, value in own_members(cls).items() if isinstance(value, OPERATION)}
-    waiting = {} if partner is None else {key: value for key, value in own_members(partner).items()
-                                          if isinstance(value, OPERATION)}
+    waiting = (
+        {}
+        if partner is None
+        else {key: value for key, value in own_members(partner).items() if isinstance(value, OPERATION)}
+    )
     found = []
     for key, value in own.items():
         other = waiting.pop(key + "_async", None)

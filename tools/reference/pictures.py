@@ -43,7 +43,11 @@ class Picture:
         inputs, outputs = model.inputs.get(port, []), model.outputs.get(port, [])
         self.drawing.text(14, self.y + 18, f"Port {port}", bold=True)
         for pin in range(model.pins_per_port):
-            kind = "both" if pin in inputs and pin in outputs else "input" if pin in inputs else "output" if pin in outputs else None
+            kind = (
+                "both"
+                if pin in inputs and pin in outputs
+                else "input" if pin in inputs else "output" if pin in outputs else None
+            )
             x = LEFT + pin * width
             if kind is None:
                 self.drawing.box(x + 2, self.y, width - 4, ROW, "none", GRID, dashed=True)
@@ -121,5 +125,8 @@ def spans(numbers):
             runs[-1][1] = number
         else:
             runs.append([number, number])
-    parts = [str(first) if first == last else f"{first}, {last}" if last == first + 1 else f"{first} to {last}" for first, last in runs]
+    parts = [
+        str(first) if first == last else f"{first}, {last}" if last == first + 1 else f"{first} to {last}"
+        for first, last in runs
+    ]
     return ", ".join(parts)

@@ -15,7 +15,9 @@ PROGRAMS = {
 
 
 def help_of(program):
-    return subprocess.run([zvrkit.sim.program(program), "--help"], capture_output=True, text=True, check=True, timeout=20).stdout
+    return subprocess.run(
+        [zvrkit.sim.program(program), "--help"], capture_output=True, text=True, check=True, timeout=20
+    ).stdout
 
 
 def sections(text):
@@ -40,17 +42,34 @@ def options(program):
 def steering(program):
     """First words of the lines on standard input."""
     text = help_of(program)
-    return [head.split()[0] for section, head, _ in sections(text) if "standard input" in section or "serial number" in section]
+    return [
+        head.split()[0]
+        for section, head, _ in sections(text)
+        if "standard input" in section or "serial number" in section
+    ]
 
 
 def page(program, summary):
-    lines = [f".. _{program}:", "", *markup.heading(program), summary, "",
-             ":doc:`simulated-devices` tells what the simulated devices do.", "", f".. program:: {program}", ""]
+    lines = [
+        f".. _{program}:",
+        "",
+        *markup.heading(program),
+        summary,
+        "",
+        ":doc:`simulated-devices` tells what the simulated devices do.",
+        "",
+        f".. program:: {program}",
+        "",
+    ]
     last = None
     for section, head, text in sections(help_of(program)):
         if section != last:
             last, is_line = section, head[0].islower()
-            lines += markup.heading(re.split(r"[;,] ", section)[0] if is_line else section, "-") if not section.startswith("With") else []
+            lines += (
+                markup.heading(re.split(r"[;,] ", section)[0] if is_line else section, "-")
+                if not section.startswith("With")
+                else []
+            )
             lines += [markup.escaped(section) + ".", ""] if is_line or ";" in section else []
         lines += [f".. option:: {head}", "", "   " + markup.escaped(text), ""]
     return "\n".join(lines)
