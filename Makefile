@@ -45,7 +45,7 @@ check: ## Checks the format of C++ code, that no layer includes a higher one, an
 	$(call setup,check)
 	find $(SOURCES) -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
 	$(PYTHON) tools/layers.py
-	$(PYTHON) -m pyflakes examples bench python tests tools
+	$(PYTHON) -m pyflakes examples bench docs python tests tools
 
 build-tests:
 	$(call setup,build usb test)
@@ -110,11 +110,14 @@ lint: check ## The same, and what clang-tidy finds
 	$(CMAKE) --build build/lint --target pyzvr
 	git ls-files 'src/*.cpp' 'simulator/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy -p build/lint --quiet
 
-stubs: build ## Writes the type stub and the pages of models and wire from the module
+stubs: build ## Writes the type stub from the module
 	$(PYTHON) tools/generate.py
 
-docs: build ## Writes the reference of all operations, build/docs/reference.md
-	$(PYTHON) tools/generate.py --reference build/docs/reference.md
+docs: build ## Makes the site, build/docs/html, and checks its links
+	$(call setup,docs)
+	$(PYTHON) tools/site_tree.py build/docs/tree
+	$(PYTHON) -m sphinx -b html -W --keep-going -n -q -j auto -c docs -d build/docs/read build/docs/tree/docs build/docs/html
+	$(PYTHON) tools/site_links.py build/docs/html
 
 clean: ## Removes what was built
 	rm -rf build

@@ -1,30 +1,23 @@
-"""Writes the type stub, the pages of models and wire, and the reference from the definitions in the module.
+"""Writes the type stub from the definitions in the module.
 
-    generate.py                    writes the stub and the two pages, which are kept in the tree
-    generate.py --check            writes nothing; the exit status tells whether they are as they would be
-    generate.py --reference FILE   writes the reference of all operations
+    generate.py            writes the stub, which is kept in the tree
+    generate.py --check    writes nothing; the exit status tells whether it is as it would be
 
-Each callable of the library carries its stub line (`__stub__`) and, where it is one exchange, its wire data
-(`__exchange__`).
+Each callable of the library carries its stub line (`__stub__`).
 """
 
 import argparse
 import ast
-import contextlib
 import inspect
-import io
 import re
 import sys
 import types
 from pathlib import Path
 
 import pyzvr
-import wire
 
 ROOT = Path(__file__).resolve().parent.parent
 STUB = ROOT / "python" / "pyzvr" / "__init__.pyi"
-MODELS = ROOT / "docs" / "models.md"
-WIRE = ROOT / "docs" / "wire.md"
 
 STUB_HEAD = '''\
 # Written by `make stubs`; do not edit.
@@ -169,107 +162,16 @@ def stub():
     return STUB_HEAD + "\n".join(parts) + "\n\n" + "\n".join(stub_of_class(cls) for cls in classes.values())
 
 
-def signature(name, value):
-    return f"`{name}{inspect.signature(value)}`"
-
-
-def reference_of_class(cls):
-    _, own = members(cls)
-    operations = {name: value for name, value in own.items() if isinstance(value, OPERATION)}
-    lines = [f"## {cls.__name__}", "", inspect.getdoc(cls) or "", ""]
-    exchanges = {name: value for name, value in operations.items() if value.__exchange__}
-    if exchanges:
-        lines += ["| Operation | Command | Payload | Result |", "| --- | --- | --- | --- |"]
-        for name, value in exchanges.items():
-            command, payload, reply = value.__exchange__
-            lines.append(f"| `{name}` | `{command}` ({getattr(pyzvr, command)}) | {payload or 'none'} | {reply} |")
-        lines.append("")
-    for name, value in operations.items():
-        if not name.startswith("__"):
-            lines += ["### " + signature(name, value), "", "```text", value.__doc__, "```", ""]
-    return lines
-
-
-def reference():
-    _, functions, classes = contents()
-    lines = ["# Reference", "", "Written by `make docs` from the definitions; do not edit.", "", "## Functions", ""]
-    for name, value in functions.items():
-        lines += ["### " + signature(name, value), "", "```text", value.__doc__, "```", ""]
-    lines += ["## Failures", "", "| Class | Base | Code | Message |", "| --- | --- | --- | --- |"]
-    failures = [cls for cls in classes.values() if issubclass(cls, (pyzvr.Error, pyzvr.ZVRWarning))]
-    for cls in failures:
-        if cls not in (pyzvr.Error, pyzvr.ZVRWarning):
-            failure = cls(silent=True)
-            lines.append(f"| `{cls.__name__}` | `{cls.__bases__[0].__name__}` | {failure.code} | {failure.msg} |")
-    lines.append("")
-    for cls in classes.values():
-        # An asynchronous variant says what its blocking form says, but for the time limit.
-        if cls not in failures and not (cls.__name__.endswith("_async") and cls is not pyzvr.Packet_async):
-            lines += reference_of_class(cls)
-    return "\n".join(lines).rstrip() + "\n"
-
-
-LINKS = {"USBDevice": "USB", "ETHDevice": "Ethernet", "WifiDevice": "Wi-Fi", "UARTDevice": "serial line"}
-
-
-def lines_of(ports):
-    """Ports and pins of a digital map, "0: 0-7, 1: 0-5"."""
-    texts = []
-    for port, pins in ports.items():
-        runs = []
-        for pin in pins:
-            if runs and pin == runs[-1][1] + 1:
-                runs[-1][1] = pin
-            else:
-                runs.append([pin, pin])
-        texts.append(f"{port}: " + " ".join(f"{first}-{last}" if last > first else str(first) for first, last in runs))
-    return ", ".join(texts)
-
-
-def models():
-    lines = [
-        "# Models",
-        "",
-        "Written by `make stubs` from the table of models; do not edit.",
-        "",
-        "| Class | Name | Link | Modules | Digital inputs, port: pins | Digital outputs |",
-        "| --- | --- | --- | --- | --- | --- |",
-    ]
-    for name in pyzvr.HANDLE_LIST:
-        cls = getattr(pyzvr, name)
-        bases = [base.__name__ for base in cls.__mro__]
-        link = next(text for base, text in LINKS.items() if base in bases)
-        modules = [base.removesuffix("Module") for base in bases if base.endswith("Module")]
-        with contextlib.redirect_stdout(io.StringIO()), cls() as handle:
-            pins = [lines_of(getattr(handle, field, {})) for field in ("di_dict", "do_dict")]
-        if pins[0] == pins[1] and pins[0]:
-            pins[1] = "the same"
-        cells = [f"`{name}`", pyzvr.LABEL_DICT[name], link, ", ".join(modules), *pins]
-        lines.append("| " + " | ".join(cells) + " |")
-    return "\n".join(lines) + "\n"
-
-
-def write(path, text):
-    path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_text(text)
-
-
 def main():
     parser = argparse.ArgumentParser(description="Writes what comes from the definitions in the module.")
-    parser.add_argument("--check", action="store_true", help="only tell whether the files of the tree are up to date")
-    parser.add_argument("--reference", type=Path, metavar="FILE", help="write the reference of all operations")
+    parser.add_argument("--check", action="store_true", help="only tell whether the file of the tree is up to date")
     options = parser.parse_args()
-    if options.reference:
-        write(options.reference, reference())
+    text = stub()
+    if STUB.exists() and STUB.read_text() == text:
         return
-    stale = []
-    for path, text in ((STUB, stub()), (MODELS, models()), (WIRE, wire.page())):
-        if not path.exists() or path.read_text() != text:
-            stale.append(path.relative_to(ROOT).as_posix())
-            if not options.check:
-                write(path, text)
-    if options.check and stale:
-        sys.exit("out of date, run `make stubs`: " + ", ".join(stale))
+    if options.check:
+        sys.exit("out of date, run `make stubs`: " + STUB.relative_to(ROOT).as_posix())
+    STUB.write_text(text)
 
 
 if __name__ == "__main__":

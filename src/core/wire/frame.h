@@ -7,7 +7,7 @@
 //   ..      n      data, any bytes
 //   ..      2      trailer, 13 10
 //
-// docs/wire.md says what each operation puts into one.
+// The reference of the site says what each operation puts into one.
 #pragma once
 
 #include "core/wire/bytes.h"
