@@ -108,10 +108,7 @@ void changeField(py::handle self, const Object& name, Change change) {
 
 void onConnectionLost(py::handle self, const Object& callback, const Object& loop) {
     if (PyCallable_Check(callback.ptr()) == 0) refuseType("callback", "a function", callback);
-    const auto runtime = runtimeOf(self);
-    runtime->requireOwn();
-    callMethod(attribute(self, lossCallbacks), "append", py::make_tuple(callback, loop));
-    if (runtime->commands() && runtime->commands()->loss()) tellLoss(runtime->reference, runtime->commands(), false);
+    askForLoss(self, callback, loop);
 }
 
 // What closing raises must not hide what the block has raised: it becomes a note of that.

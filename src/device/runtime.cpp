@@ -192,22 +192,33 @@ void DeviceRuntime::requireLinks() const {
 DeviceRuntime::DeviceRuntime(py::handle self)
     : watch(std::make_shared<Watch>(self)), reference(shared(callObject(pythonObject("weakref", "ref"), self))) {}
 
-void tellLoss(const SharedObject& reference, const std::shared_ptr<Receiver>& receiver, bool isNew) {
+void tellLoss(const SharedObject& reference, const std::function<void()>& requireLink, bool isNew) {
+    const std::int64_t now = Clock::now().time_since_epoch().count();
+    std::exception_ptr loss;
+    try {
+        return requireLink();
+    } catch (const Failure&) {
+        loss = std::current_exception();
+    }
     const std::string name = "_connectionLost";
-    startThread(name, [reference, receiver, isNew, name] {
+    startThread(name, [reference, loss, now, isNew, name] {
         onInterpreter([&] {
             const Object self = callObject(reference.get());
             if (self.is_none()) return;
-            Object reason = py::none();
+            Object reason;
             try {
-                receiver->requireLink();
+                std::rethrow_exception(loss);
             } catch (...) {
                 raiseCurrent();
                 reason = py::error_already_set().value();
             }
             if (isNew) logOf(self, LogLevel::warning, [&] { return "lost: " + std::string(py::str(reason)); });
-            const py::list told = attribute(self, lossCallbacks);
-            setAttribute(self, lossCallbacks, py::list());
+            const py::list waiting = attribute(self, lossCallbacks);
+            py::list told, later;
+            for (const py::handle each : waiting) {
+                (py::cast<std::int64_t>(py::tuple(borrow(each.ptr()))[2]) > now ? later : told).append(each);
+            }
+            setAttribute(self, lossCallbacks, later);
             for (const py::handle each : told) {
                 const py::tuple callback = borrow(each.ptr());
                 try {
@@ -222,6 +233,15 @@ void tellLoss(const SharedObject& reference, const std::shared_ptr<Receiver>& re
             }
         });
     });
+}
+
+void askForLoss(py::handle self, const Object& callback, const Object& loop) {
+    const auto runtime = runtimeOf(self);
+    runtime->requireOwn();
+    const py::int_ since(Clock::now().time_since_epoch().count());
+    callMethod(attribute(self, lossCallbacks), "append", py::make_tuple(callback, loop, since));
+    tellLoss(
+        runtime->reference, [&] { runtime->requireLinks(); }, false);
 }
 
 void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept {
@@ -270,7 +290,9 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
         linkFailure = link.failure;
     }
     receiver->onLoss([reference = reference, weak = std::weak_ptr(receiver)] {
-        if (const auto lost = weak.lock()) tellLoss(reference, lost, true);
+        if (const auto lost = weak.lock())
+            tellLoss(
+                reference, [&] { lost->requireLink(); }, true);
     });
     watch->onChange(receiver);
     endAtExit(receiver);

@@ -79,9 +79,12 @@ private:
     std::vector<std::weak_ptr<RowQueue>> rows_;
 };
 
-/// Calls those that want to hear why a connection has ended, each once, on a thread of ours or on its event loop. Any
-/// thread; does not wait.
-void tellLoss(const SharedObject& reference, const std::shared_ptr<Receiver>& receiver, bool isNew);
+/// Calls those that want to hear why a connection has ended, each once, on a thread of ours or on its event loop, if
+/// `requireLink` throws why. Who asks from now on, for a connection made meanwhile, is left alone. Any thread; does not
+/// wait.
+void tellLoss(const SharedObject& reference, const std::function<void()>& requireLink, bool isNew);
+/// Has it called so; at once if there is a loss.
+void askForLoss(py::handle self, const Object& callback, const Object& loop);
 
 /// Whether the object was made before this process was forked off.
 bool isForeign(py::handle self);

@@ -10,6 +10,7 @@ import time
 import weakref
 
 import pytest
+import zvrkit.sim
 from forms import awaited, blocking
 from links import box, peer
 from loops import KEYS
@@ -187,6 +188,41 @@ def test_callbacks_are_called_once_on_a_thread_or_a_loop(box, peer):
     assert len(calls) == 1
 
 
+def test_the_loss_of_a_second_link_is_none_of_the_next_connection():
+    """A Wi-Fi box loses both links; the second loss is told late, when the box is connected again."""
+    entered, again, over = threading.Semaphore(0), threading.Event(), threading.Semaphore(0)
+
+    class Late(pyzvr.HeronAnalog):
+        @property
+        def _loss_callbacks(self):
+            if threading.current_thread() is not threading.main_thread():
+                entered.release()
+                assert again.wait(10)
+            return self.__dict__["asked"]
+
+        @_loss_callbacks.setter
+        def _loss_callbacks(self, callbacks):
+            self.__dict__["asked"] = callbacks
+            if threading.current_thread() is not threading.main_thread():
+                over.release()
+
+    with zvrkit.sim.device("HeronAnalog") as place, Late() as box:
+        box.connect(*place.address, verbose=False)
+        before, after = queue.Queue(), queue.Queue()
+        box.onConnectionLost(before.put)
+        for asked, told in ((after, before), (None, after)):
+            again.clear()
+            place.cut()
+            assert all(entered.acquire(timeout=10) for _ in range(2))
+            box.reconnect(verbose=False)
+            if asked:
+                box.onConnectionLost(asked.put)
+            again.set()
+            assert all(over.acquire(timeout=10) for _ in range(2))
+            assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
+            assert before.empty() and after.empty()
+
+
 def test_closing_is_no_loss_and_a_callback_keeps_nothing_alive(peer):
     calls = []
 
@@ -252,9 +288,10 @@ def test_the_end_wakes_who_waits_in_a_queue(peer, queue_of, end):
     begun.wait()
     time.sleep(0.05)
     getattr(product, end)(verbose=False)
-    assert [outcomes.get(timeout=5) for _ in range(2)] == ["empty"] * 2
+    # Closing leaves a marker for the thread, which who wakes late may take.
+    assert {outcomes.get(timeout=5) for _ in range(2)} <= {"empty", None}
     fifo.put([1.0] * 8)
-    assert [1.0] * 8 in [fifo.get() for _ in range(fifo.qsize())]  # closing leaves a marker for the thread
+    assert [1.0] * 8 in [fifo.get() for _ in range(fifo.qsize())]
     product.close(verbose=False)
 
 
