@@ -3,8 +3,10 @@
 #include <atomic>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <thread>
 #include <unordered_map>
+#include <vector>
 
 #include "core/engine/never_destroyed.h"
 #include "core/engine/threads.h"
@@ -104,8 +106,23 @@ void leaveInterpreter() {
     leaving = true;
 }
 
+namespace {
+
+// What is let go of when the interpreter leaves cannot be given back to it; leak checkers find it here.
+void leaveBehind(PyObject* object) {
+    static auto& lock = neverDestroyed<std::mutex>();
+    static auto& left = neverDestroyed<std::vector<PyObject*>>();
+    const std::lock_guard held(lock);
+    left.push_back(object);
+}
+
+}  // namespace
+
 SharedObject shared(py::handle object) {
-    return {Py_NewRef(object.ptr()), [](PyObject* held) { onInterpreter([held] { Py_DECREF(held); }); }};
+    return {Py_NewRef(object.ptr()), [](PyObject* held) {
+                if (!interpreterAlive()) return leaveBehind(held);
+                onInterpreter([held] { Py_DECREF(held); });
+            }};
 }
 
 }  // namespace zvr::python
