@@ -6,6 +6,7 @@
 #include "device/attempts.h"
 #include "device/frame_log.h"
 #include "device/protocol.h"
+#include "device/replies.h"
 #include "device/request_path.h"
 #include "device/row_fifo.h"
 #include "python/raising.h"
@@ -24,38 +25,6 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 
 // Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
-
-/// The object's pool of replies: ours, or whatever mapping somebody put there; and who brings the replies, if ours.
-struct ReplyPool {
-    explicit ReplyPool(py::handle self)
-        : object(attribute(self, "data_pool_echo")),
-          ours(nativeOrNothing<EchoPool>(object)),
-          runtime(ownRuntime(self)) {}
-
-    /// Without the interpreter lock.
-    std::optional<Bytes> await(EchoPool::Key key, Deadline deadline, const InterruptCheck& onWait) const {
-        if (runtime && runtime->commands()) return runtime->commands()->await(*ours, key, deadline, onWait);
-        return ours->await(key, deadline, onWait);
-    }
-
-    /// Takes a reply out of a mapping that is not ours; nothing if there is none.
-    Object takeForeign(const Object& key) const {
-        const int contained = entering([&] { return PySequence_Contains(object.ptr(), key.ptr()); });
-        if (contained < 0) throw py::error_already_set();
-        return contained != 0 ? callMethod(object, "pop", key) : Object();
-    }
-
-    const Object object;
-    const std::shared_ptr<EchoPool> ours;
-    const std::shared_ptr<DeviceRuntime> runtime;
-
-private:
-    static std::shared_ptr<DeviceRuntime> ownRuntime(py::handle self) {
-        auto runtime = runtimeOrNothing(self);
-        if (runtime) runtime->requireOwn();
-        return runtime;
-    }
-};
 
 // Whether other threads of Python compute, so that the interpreter lock is not to be had for milliseconds. Who finds it
 // so asks for the lock as soon as the request is sent, and leaves the reply to the receive thread meanwhile.
@@ -109,60 +78,18 @@ Object echoPacket(py::handle self, int command, const Object& data, Seconds time
     return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
 }
 
-// The turn of a request where an object lets those with the same key go one after the other. What lies under the key
-// when the turn comes is an answer to a request of before.
-class RequestTurn {
-public:
-    /// Nothing where requests take no turns.
-    static std::shared_ptr<RequestTurn> of(py::handle self, EchoPool::Key key) {
-        const Object serialize = attributeOrNothing(self, "serialize");
-        const auto runtime = serialize && isTrue(serialize) ? runtimeOrNothing(self) : nullptr;
-        if (!runtime) return nullptr;
-        runtime->requireOwn();
-        if (runtime->turnsMade.insert(key).second) runtime->turns->put(key, {});
-        return std::make_shared<RequestTurn>(runtime, key);
-    }
-
-    RequestTurn(std::shared_ptr<DeviceRuntime> runtime, EchoPool::Key key)
-        : runtime_(std::move(runtime)), turns_(runtime_->turns), key_(key) {}
-    ~RequestTurn() {
-        if (mine_) turns_->put(key_, {});
-    }
-    RequestTurn(const RequestTurn&) = delete;
-    RequestTurn& operator=(const RequestTurn&) = delete;
-
-    bool tryBegin(py::handle self) {
-        if (!turns_->take(key_)) return false;
-        mine_ = true;
-        if (const ReplyPool pool(self); pool.ours) pool.ours->take(key_);
-        return true;
-    }
-    void begin(py::handle self) {
-        while (!tryBegin(self)) {
-            blocking([&](const InterruptCheck& onWait) {
-                if (auto token = turns_->await(key_, forever, onWait)) turns_->put(key_, std::move(*token));
-            });
-        }
-    }
-    ReplyAwaiter wait() const { return {runtime_->wakers, turns_, key_}; }
-
-private:
-    const std::shared_ptr<DeviceRuntime> runtime_;
-    const std::shared_ptr<EchoPool> turns_;
-    const EchoPool::Key key_;
-    bool mine_ = false;
-};
-
 // Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
 Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
+    auto path = RequestPath::of(self);
     std::shared_ptr<RequestTurn> turn;
-    if (const auto path = RequestPath::of(self); !path || path->serialize) {
+    if (!path || path->serialize) {
         turn = RequestTurn::of(self, keyOf(argument<int>(command, "cmd"), data));
         if (turn) turn->begin(self);
     }
     Attempts attempts;
     const auto attempt = [&] {
-        if (const auto path = RequestPath::of(self); path && path->blocking) {
+        if (turn || attempts.count() > 1) path = RequestPath::of(self);
+        if (path && path->blocking) {
             attempts.look(*path);
             return exchangeOnce(*path, argument<int>(command, "cmd"), bytesOf(data), QUICK_TRY);
         }
