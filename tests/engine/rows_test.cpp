@@ -346,6 +346,9 @@ TEST_F(StreamReaderTest, EndsWithAReportAtABrokenFrame) {
     pairs_[0].frames->tryPut(counting(0, 3));
     ASSERT_TRUE(reports_.awaitCount(1));
     EXPECT_TRUE(reader_->awaitEnd(patience()));
+    pairs_[0].frames->tryPut(counting(0, 2));
+    EXPECT_EQ(pairs_[0].rows->size(), 0U);
+    EXPECT_EQ(pairs_[0].frames->size(), 1U);
 }
 
 }  // namespace

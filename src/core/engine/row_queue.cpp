@@ -26,35 +26,34 @@ std::size_t RowQueue::put(const RowLayout& layout, Bytes frame, std::uint64_t nu
                                     " bytes is no whole number of rows of " + std::to_string(layout.columns) +
                                     " samples of " + std::to_string(layout.sampleBytes()) + " bytes");
     }
-    return add(layout, frame, number);
+    bool isEnough = false;
+    const std::size_t dropped = add(layout, frame, number, isEnough);
+    if (isEnough) wake();
+    return dropped;
 }
 
-bool RowQueue::putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number) {
+bool RowQueue::putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough) {
     const std::size_t rowBytes = layout.rowBytes();
     if (rowBytes == 0 || frame.size() % rowBytes != 0) return false;
-    return add(layout, frame, number, frame.size() / rowBytes) == 0;
+    return add(layout, frame, number, isEnough, frame.size() / rowBytes) == 0;
 }
 
 // Drops what there is no room for, or all if there is not room for `least` rows. The frame is left as it is then.
-std::size_t RowQueue::add(const RowLayout& layout, Bytes& frame, std::uint64_t number, std::size_t least) {
+std::size_t RowQueue::add(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough,
+                          std::size_t least) {
     const std::size_t rows = frame.size() / layout.rowBytes();
-    std::size_t kept = 0;
-    bool enough = false;
-    {
-        const std::lock_guard lock(mutex_);
-        if (room() < least) return rows;
-        enterRun(rows, number);
-        kept = std::min(rows, room());
-        dropped_ += rows - kept;
-        if (kept != 0) {
-            frame.resize(kept * layout.rowBytes());
-            append(layout, std::move(frame));
-        }
-        now_.first += rows;
-        now_.droppedBefore += rows - kept;
-        enough = count(kept);
+    const std::lock_guard lock(mutex_);
+    if (room() < least) return rows;
+    enterRun(rows, number);
+    const std::size_t kept = std::min(rows, room());
+    dropped_ += rows - kept;
+    if (kept != 0) {
+        frame.resize(kept * layout.rowBytes());
+        append(layout, std::move(frame));
     }
-    if (enough) wake();
+    now_.first += rows;
+    now_.droppedBefore += rows - kept;
+    isEnough = count(kept);
     return rows - kept;
 }
 

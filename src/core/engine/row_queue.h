@@ -60,8 +60,10 @@ public:
     std::size_t put(const RowLayout& layout, Bytes frame, std::uint64_t number = newest);
 
     /// The same if there is room for all of them, and a whole number of rows; else it does nothing, and leaves the
-    /// frame.
-    bool putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number);
+    /// frame. Where it `isEnough` for those who wait, they are the caller's to wake.
+    bool putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough);
+    /// Wakes those who wait, with no lock held.
+    void wake();
 
     /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
     /// there was.
@@ -144,13 +146,12 @@ private:
         bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
-    std::size_t add(const RowLayout& layout, Bytes& frame, std::uint64_t number, std::size_t least = 0);
+    std::size_t add(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough, std::size_t least = 0);
     std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
     void append(const RowLayout& layout, Bytes&& frame);
     /// Looks whether a run begins with the frame of so many rows that has come.
     void enterRun(std::size_t rows, std::uint64_t number);
     RowPlace placeOfNext();
-    void wake();
     /// Counts rows that were appended; tells whether who waits for rows is to be woken.
     bool count(std::size_t rows);
     std::vector<RowRun> takeLocked(std::size_t count);

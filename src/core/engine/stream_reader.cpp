@@ -39,6 +39,11 @@ void StreamReader::start() {
 void StreamReader::run() {
     Deadline lastFound{};
     std::unique_lock route(route_);
+    const struct Running {
+        bool& runs;
+        explicit Running(bool& now) : runs(now) { runs = true; }
+        ~Running() { runs = false; }
+    } running(runs_);
     const auto waiting = [&](auto wait) {
         route.unlock();
         wait();
@@ -63,13 +68,20 @@ void StreamReader::run() {
 }
 
 bool StreamReader::tryTake(const StreamFifo& queue, StreamItem& item) {
-    const std::unique_lock route(route_, std::try_to_lock);
-    if (!route || ended_ || changed() || waitsInQueue_ || !item.isFrame || item.object || gateNow_->locked())
-        return false;
-    const auto pair = std::ranges::find(pairs_, &queue, [](const Pair& each) { return each.frames.get(); });
-    if (pair == pairs_.end()) return false;
-    const std::lock_guard lock(mutex_);
-    return pair->rows->putWhole(layout_, item.frame, item.number);
+    std::shared_ptr<RowQueue> rows;
+    bool isEnough = false;
+    {
+        const std::unique_lock route(route_, std::try_to_lock);
+        if (!route || !runs_ || ended_ || changed() || waitsInQueue_) return false;
+        if (!item.isFrame || item.object || gateNow_->locked()) return false;
+        const auto pair = std::ranges::find(pairs_, &queue, [](const Pair& each) { return each.frames.get(); });
+        if (pair == pairs_.end()) return false;
+        rows = pair->rows;
+        const std::lock_guard lock(mutex_);
+        if (!rows->putWhole(layout_, item.frame, item.number, isEnough)) return false;
+    }
+    if (isEnough) rows->wake();
+    return true;
 }
 
 bool StreamReader::drainAll(std::size_t most) {

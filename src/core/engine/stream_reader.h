@@ -68,6 +68,7 @@ private:
     };
 
     std::mutex route_;  // the thread's but for its waits
+    bool runs_ = false;
     std::vector<Pair> pairs_;
     std::shared_ptr<Gate> gateNow_ = gate;
     Gate::Passed passed_ = 0;
