@@ -111,6 +111,7 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
         for (std::string& note : attempts.notes(self, command)) std::move(failure).noting(std::move(note));
         throw failure;
     }
+    path = nullptr;  // it would keep a client that is let go of
     try {
         return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
     } catch (const py::error_already_set& error) {

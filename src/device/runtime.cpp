@@ -192,16 +192,28 @@ void DeviceRuntime::requireLinks() const {
 DeviceRuntime::DeviceRuntime(py::handle self)
     : watch(std::make_shared<Watch>(self)), reference(shared(callObject(pythonObject("weakref", "ref"), self))) {}
 
-void tellLoss(const SharedObject& reference, const std::function<void()>& requireLink, bool isNew) {
-    const std::int64_t now = Clock::now().time_since_epoch().count();
-    std::exception_ptr loss;
-    try {
-        return requireLink();
-    } catch (const Failure&) {
-        loss = std::current_exception();
+namespace {
+
+// Takes out those that asked before a moment. Runs no code of Python, so nobody adds to the list meanwhile.
+std::vector<Object> takeAskedBefore(std::int64_t moment, const Object& asked) {
+    std::vector<Object> taken;
+    for (Py_ssize_t i = 0; PyList_Check(asked.ptr()) != 0 && i < PyList_GET_SIZE(asked.ptr());) {
+        PyObject* const each = PyList_GET_ITEM(asked.ptr(), i);
+        if (PyLong_AsLongLong(PyTuple_GET_ITEM(each, 2)) > moment) {
+            ++i;
+        } else {
+            taken.push_back(borrow(each));
+            PyList_SetSlice(asked.ptr(), i, i + 1, nullptr);
+        }
     }
+    return taken;
+}
+
+}  // namespace
+
+void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Deadline when, bool isNew) {
     const std::string name = "_connectionLost";
-    startThread(name, [reference, loss, now, isNew, name] {
+    startThread(name, [reference, loss, moment = when.time_since_epoch().count(), isNew, name] {
         onInterpreter([&] {
             const Object self = callObject(reference.get());
             if (self.is_none()) return;
@@ -213,19 +225,14 @@ void tellLoss(const SharedObject& reference, const std::function<void()>& requir
                 reason = py::error_already_set().value();
             }
             if (isNew) logOf(self, LogLevel::warning, [&] { return "lost: " + std::string(py::str(reason)); });
-            const py::list waiting = attribute(self, lossCallbacks);
-            py::list told, later;
-            for (const py::handle each : waiting) {
-                (py::cast<std::int64_t>(py::tuple(borrow(each.ptr()))[2]) > now ? later : told).append(each);
-            }
-            setAttribute(self, lossCallbacks, later);
-            for (const py::handle each : told) {
-                const py::tuple callback = borrow(each.ptr());
+            for (const Object& callback : takeAskedBefore(moment, attribute(self, lossCallbacks))) {
+                const Object called = own(PySequence_GetItem(callback.ptr(), 0));
+                const Object loop = own(PySequence_GetItem(callback.ptr(), 1));
                 try {
-                    if (callback[1].is_none()) {
-                        callObject(Object(callback[0]), reason);
+                    if (loop.is_none()) {
+                        callObject(called, reason);
                     } else {
-                        callMethod(Object(callback[1]), "call_soon_threadsafe", Object(callback[0]), reason);
+                        callMethod(loop, "call_soon_threadsafe", called, reason);
                     }
                 } catch (...) {
                     reportThreadFailure(name, std::current_exception());
@@ -238,10 +245,13 @@ void tellLoss(const SharedObject& reference, const std::function<void()>& requir
 void askForLoss(py::handle self, const Object& callback, const Object& loop) {
     const auto runtime = runtimeOf(self);
     runtime->requireOwn();
-    const py::int_ since(Clock::now().time_since_epoch().count());
-    callMethod(attribute(self, lossCallbacks), "append", py::make_tuple(callback, loop, since));
-    tellLoss(
-        runtime->reference, [&] { runtime->requireLinks(); }, false);
+    const py::tuple asked = py::make_tuple(callback, loop, py::int_(Clock::now().time_since_epoch().count()));
+    callMethod(attribute(self, lossCallbacks), "append", asked);
+    try {
+        runtime->requireLinks();
+    } catch (const Failure&) {
+        tellLoss(runtime->reference, std::current_exception(), Clock::now(), false);
+    }
 }
 
 void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept {
@@ -289,10 +299,8 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
         wakers.receiver = receiver;
         linkFailure = link.failure;
     }
-    receiver->onLoss([reference = reference, weak = std::weak_ptr(receiver)] {
-        if (const auto lost = weak.lock())
-            tellLoss(
-                reference, [&] { lost->requireLink(); }, true);
+    receiver->onLoss([reference = reference](const Failure& reason, Deadline when) {
+        tellLoss(reference, std::make_exception_ptr(reason), when, true);
     });
     watch->onChange(receiver);
     endAtExit(receiver);

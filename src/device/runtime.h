@@ -25,7 +25,8 @@ struct DeviceLink {
     bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
 };
 
-/// The field of those that want to hear of the end of the connection: pairs of function and event loop, or None.
+/// The field of those that want to hear of the end of the connection: triples of function, event loop or None, and the
+/// moment in which they asked.
 inline constexpr const char* lossCallbacks = "_loss_callbacks";
 
 /// Lives in the object's `_runtime`. It never refers back to the object, so that dropping the object ends its threads.
@@ -79,10 +80,9 @@ private:
     std::vector<std::weak_ptr<RowQueue>> rows_;
 };
 
-/// Calls those that want to hear why a connection has ended, each once, on a thread of ours or on its event loop, if
-/// `requireLink` throws why. Who asks from now on, for a connection made meanwhile, is left alone. Any thread; does not
-/// wait.
-void tellLoss(const SharedObject& reference, const std::function<void()>& requireLink, bool isNew);
+/// Calls those that asked, until `when`, to hear why a connection has ended, each once, on a thread of ours or on its
+/// event loop. Any thread; does not wait.
+void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Deadline when, bool isNew);
 /// Has it called so; at once if there is a loss.
 void askForLoss(py::handle self, const Object& callback, const Object& loop);
 

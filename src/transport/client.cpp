@@ -16,6 +16,23 @@ Failure PacketSource::lossFailure() const {
     return failure() == lost ? Failure(lost) : Failure(lost, "The connection to the device is lost.");
 }
 
+void LossListeners::add(const std::shared_ptr<LossListener>& listener) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock() == listener; });
+    listeners_.push_back(listener);
+}
+
+void LossListeners::tell(const Failure& reason, Deadline when) const {
+    std::vector<std::weak_ptr<LossListener>> told;
+    {
+        const std::lock_guard lock(mutex_);
+        told = listeners_;
+    }
+    for (const auto& each : told) {
+        if (const auto listener = each.lock()) listener->onLoss(of_, reason, when);
+    }
+}
+
 void PacketSource::tellChanges(const std::shared_ptr<Gate>& gate) {
     const std::lock_guard lock(listening_);
     std::erase_if(gates_, [&](const std::weak_ptr<Gate>& each) { return each.expired() || each.lock() == gate; });

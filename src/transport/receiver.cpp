@@ -65,7 +65,7 @@ void Receiver::run() {
             right_.give(false);
             continue;
         }
-        tellLoss();
+        wakeAtLoss();
         right_.give(othersMayRead());
         switch (reading) {
             case ReadStatus::ended: gateNow_->awaitTurn(turn, begin + silent.next()); continue;
@@ -88,11 +88,7 @@ bool Receiver::prepareTurn(std::uint64_t& turn) {
         const std::uint64_t asked = self.looksAsked_;
         ~Look() {
             const bool isNew = self.looksDone_.exchange(asked) != asked;
-            if (!self.loss()) {
-                self.lossTold_ = false;
-            } else if (isNew && self.lossTold_) {
-                self.right_.tellAll();
-            }
+            if (isNew) self.wakeAtLoss();
         }
     } look{*this};
     if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
@@ -209,11 +205,12 @@ void Receiver::requireLink() const {
 }
 
 // Behind the last of what has come.
-void Receiver::tellLoss() {
-    const bool isLost = loss().has_value();
-    if (std::exchange(lossTold_, isLost) || !isLost) return;
-    right_.tellAll();
-    if (onLoss_) onLoss_();
+void Receiver::wakeAtLoss() {
+    if (loss()) right_.tellAll();
+}
+
+void Receiver::onLoss(const PacketSource* of, const Failure& reason, Deadline when) {
+    if (!killed_ && source().get() == of && onLoss_) onLoss_(reason, when);
 }
 
 std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline deadline,
@@ -322,7 +319,10 @@ std::shared_ptr<Gate> Receiver::gateNow() const {
 void Receiver::setSource(std::shared_ptr<PacketSource> source) {
     if (isForeign()) return;
     const auto gateOfTurns = gateNow();
-    if (source) source->tellChanges(gateOfTurns);
+    if (source) {
+        source->tellChanges(gateOfTurns);
+        if (const auto self = weak_from_this().lock()) source->losses->add(self);
+    }
     {
         const std::lock_guard lock(mutex_);
         if (source == source_) return;

@@ -29,7 +29,7 @@ struct MissingClient : std::runtime_error {
     MissingClient() : std::runtime_error("the link has no client") {}
 };
 
-class Receiver final : public OwnedThread, public std::enable_shared_from_this<Receiver> {
+class Receiver final : public OwnedThread, public LossListener, public std::enable_shared_from_this<Receiver> {
 public:
     /// Files one packet; what it throws ends the thread, unless `ignoresUnfiled`.
     using Sink = std::function<void(Packet)>;
@@ -69,8 +69,9 @@ public:
     void requireLink() const;
     /// Whether nothing can come at all: there is no link, or it has ended.
     bool isCut() const;
-    /// Told once of each such end, on a thread that reads; it must not wait. Set before the start.
-    void onLoss(std::function<void()> told) { onLoss_ = std::move(told); }
+    /// Told of each such end, as a LossListener is. Set before the start.
+    void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
+    void onLoss(const PacketSource* of, const Failure& reason, Deadline when) override;
 
     /// Ends the thread soon, out of its read.
     void end() override;
@@ -104,7 +105,7 @@ private:
     bool partsChanged() const noexcept { return supervisor_ && supervisor_->changed(); }
     bool changed() const noexcept { return killed_ || partsChanged(); }
     bool filePending();
-    void tellLoss();
+    void wakeAtLoss();
     bool prepareTurn(std::uint64_t& turn);
     bool awaitBytes(PacketSource& source);
     ReadStatus cycle(PacketSource* source);
@@ -125,9 +126,8 @@ private:
     // What another's read brought that is the thread's to deal with: its status and failure, or that of the sink.
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
-    bool lossTold_ = false;
     std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // what has been replaced is not known before a look
-    std::function<void()> onLoss_;
+    std::function<void(const Failure& reason, Deadline when)> onLoss_;
     ReadingRight right_;
 
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};

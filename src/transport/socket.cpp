@@ -31,7 +31,7 @@ void check(const std::error_code& error) {
 
 bool isTransient(int number) { return number == EAGAIN || number == EWOULDBLOCK || number == EINTR; }
 
-// Bytes that a busy link's second read takes.
+// Bytes that one read of a busy link takes.
 constexpr std::size_t mostWaiting = 65536;
 // How often a thread looks whether its line was closed, where closing does not wake it.
 constexpr std::chrono::milliseconds lookEvery{50};
@@ -157,10 +157,28 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
+void SystemSocket::onLoss(std::function<void(Deadline)> told) {
+    const std::lock_guard lock(mutex_);
+    onLoss_ = std::move(told);
+}
+
 // A failed read or send of a stream is its end; a datagram socket lives on.
+void SystemSocket::noteLoss(int number) {
+    if (!endsWithNothing() || closing_ || shut_) return;
+    const Deadline now = Clock::now();
+    int none = 0;
+    if (!loss_.compare_exchange_strong(none, number)) return;
+    std::function<void(Deadline)> told;
+    {
+        const std::lock_guard lock(mutex_);
+        told = onLoss_;
+    }
+    if (told) told(now);
+}
+
 void SystemSocket::failAndNote() {
     const int number = errno;
-    if (endsWithNothing() && !closing_ && !shut_) loss_ = number;
+    noteLoss(number);
     throw std::system_error(number, std::system_category());
 }
 
@@ -192,20 +210,23 @@ std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer,
         failAndNote();
     }
     buffer = buffer.first(static_cast<std::size_t>(count));
-    if (count == 0 && endsWithNothing() && !closing_ && !shut_) loss_ = -1;
+    if (count == 0) noteLoss(-1);
     return count != 0 ? ReadStatus::data : endsWithNothing() ? ReadStatus::ended : ReadStatus::idle;
 }
 
 std::optional<ReadStatus> SystemSocket::takeInto(SharedSplitter& splitter, std::size_t length,
                                                  std::vector<Packet>& packets, bool waits) {
     const std::lock_guard lock(receiving_);
-    // Of a stream of bytes all that waits is taken in one call; a datagram is cut at the length.
-    if (endsWithNothing()) length = std::max(length, mostWaiting);
     if (buffer_.size() < length) buffer_.resize(length);
     std::span taken = std::span(buffer_).first(length);
     const std::optional<ReadStatus> reading = takeNow(taken, waits);
     if (reading == ReadStatus::data) packets = splitter.take(taken);
     return reading;
+}
+
+// Who reads for all takes in one call what waits of a stream of bytes; a datagram is cut at the length.
+std::size_t SystemSocket::lengthInPlaceOf(std::size_t length) const {
+    return endsWithNothing() ? std::max(length, mostWaiting) : length;
 }
 
 template <class Take>
@@ -234,6 +255,7 @@ ReadStatus SystemSocket::receive(Reader reader, std::size_t length, SharedSplitt
     const auto take = [&] { return takeInto(splitter, length, packets); };
     if (reader == Reader::caller) return readWith(take, onWait);
     const Use use(*this);
+    length = lengthInPlaceOf(length);
     const std::optional<ReadStatus> reading = take();
     return closing_ && !reading ? ReadStatus::ended : reading.value_or(ReadStatus::idle);
 }
@@ -246,7 +268,7 @@ std::optional<ReadStatus> SystemSocket::receiveFor(const Wake* wake, Deadline un
     if (waits && (brief == Clock::duration::zero() || left <= brief)) return ReadStatus::idle;
     const short events = wake == nullptr ? short{POLLIN} : awaitEvent(POLLIN, until, {}, wake);
     if (events == 0) return ReadStatus::idle;
-    const auto reading = takeInto(splitter, length, packets, waits);
+    const auto reading = takeInto(splitter, lengthInPlaceOf(length), packets, waits);
     if (!reading && (closing_ || (events & POLLHUP) != 0)) return ReadStatus::ended;
     return reading.value_or(ReadStatus::idle);
 }

@@ -28,6 +28,8 @@ public:
     virtual bool watchOnce(int epoll);
     /// Why it has ended, if the peer or the system ended it.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
+    /// Who is told of that, once, as a LossListener is.
+    virtual void onLoss(std::function<void(Deadline)> /*told*/) {}
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
@@ -63,6 +65,7 @@ public:
     bool awaitBytes() override;
     bool watchOnce(int epoll) override;
     std::optional<std::error_code> loss() const override;
+    void onLoss(std::function<void(Deadline)> told) override;
     /// Sends once, as much as there is room for; tells how much.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
@@ -103,10 +106,12 @@ private:
 
     void requireOwn() const;
     [[noreturn]] void failAndNote();
+    void noteLoss(int number);
     /// What is there, cutting the buffer; nothing if there is nothing yet.
     std::optional<ReadStatus> takeNow(std::span<std::uint8_t>& buffer, bool waits = false);
     std::optional<ReadStatus> takeInto(SharedSplitter& splitter, std::size_t length, std::vector<Packet>& packets,
                                        bool waits = false);
+    std::size_t lengthInPlaceOf(std::size_t length) const;
     template <class Take>
     ReadStatus readWith(Take&& take, const InterruptCheck& onWait);
     /// What came, as poll tells it; 0 if nothing came in time, or a ring of `wake` came first.
@@ -125,6 +130,7 @@ private:
     int users_ = 0;
     std::atomic<bool> closing_{false}, shut_{false};  // by this side
     std::atomic<int> loss_{0};                        // number of the system's error; -1 for an orderly end
+    std::function<void(Deadline)> onLoss_;
 };
 
 /// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.

@@ -71,6 +71,9 @@ std::shared_ptr<Socket> SocketClient::socket() const {
 
 void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
     requireOwn();
+    if (socket) {
+        socket->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
+    }
     {
         const std::lock_guard lock(mutex_);
         socket_.swap(socket);

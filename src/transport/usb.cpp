@@ -335,7 +335,8 @@ ReadStatus UsbClient::readInto(Reader reader, unsigned milliseconds, std::size_t
             if (!bytes.empty()) packets = splitter.take(bytes);
         });
     } catch (const UsbError& error) {
-        if (error.code() == std::errc::no_such_device) gone_ = true;
+        const Deadline now = Clock::now();
+        if (error.code() == std::errc::no_such_device && !gone_.exchange(true)) losses->tell(lossFailure(), now);
         throw;
     }
     return count == 0 ? ReadStatus::idle : ReadStatus::data;

@@ -5,6 +5,7 @@ import contextlib
 import gc
 import queue
 import socket
+import sys
 import threading
 import time
 import weakref
@@ -15,6 +16,7 @@ from forms import awaited, blocking
 from links import box, peer
 from loops import KEYS
 from peer import Peer, finish, reset
+from queue_support import until
 
 import pyzvr
 
@@ -190,7 +192,7 @@ def test_callbacks_are_called_once_on_a_thread_or_a_loop(box, peer):
 
 def test_the_loss_of_a_second_link_is_none_of_the_next_connection():
     """A Wi-Fi box loses both links; the second loss is told late, when the box is connected again."""
-    entered, again, over = threading.Semaphore(0), threading.Event(), threading.Semaphore(0)
+    entered, again = threading.Semaphore(0), threading.Event()
 
     class Late(pyzvr.HeronAnalog):
         @property
@@ -198,18 +200,17 @@ def test_the_loss_of_a_second_link_is_none_of_the_next_connection():
             if threading.current_thread() is not threading.main_thread():
                 entered.release()
                 assert again.wait(10)
-            return self.__dict__["asked"]
+            return self.asked
 
         @_loss_callbacks.setter
         def _loss_callbacks(self, callbacks):
-            self.__dict__["asked"] = callbacks
-            if threading.current_thread() is not threading.main_thread():
-                over.release()
+            self.asked = callbacks
 
     with zvrkit.sim.device("HeronAnalog") as place, Late() as box:
         box.connect(*place.address, verbose=False)
         before, after = queue.Queue(), queue.Queue()
         box.onConnectionLost(before.put)
+        held = sys.getrefcount(box)
         for asked, told in ((after, before), (None, after)):
             again.clear()
             place.cut()
@@ -218,9 +219,26 @@ def test_the_loss_of_a_second_link_is_none_of_the_next_connection():
             if asked:
                 box.onConnectionLost(asked.put)
             again.set()
-            assert all(over.acquire(timeout=10) for _ in range(2))
             assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
+            until(lambda: sys.getrefcount(box) <= held)  # both have told
             assert before.empty() and after.empty()
+
+
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_each_loss_is_told_also_to_who_connects_again_at_once(form):
+    """Who meets the end of a link in the thread's place may have the next one before the thread has looked."""
+    peer = Peer(lambda connection, data: finish(connection))
+    told = queue.Queue()
+    with pyzvr.TarnDio() as box:
+        box.connect("127.0.0.1", peer.port, verbose=False)
+        for _ in range(300):
+            box.onConnectionLost(told.put)
+            with pytest.raises(pyzvr.NetworkConnectionLostError):
+                form(box, "_echoPacketWithRetry", KEYS[0], [1])
+            box.reconnect(verbose=False)
+            assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
+        assert told.empty()
+    peer.close()
 
 
 def test_closing_is_no_loss_and_a_callback_keeps_nothing_alive(peer):
