@@ -199,7 +199,9 @@ std::vector<Object> takeAskedBefore(std::int64_t moment, const Object& asked) {
     std::vector<Object> taken;
     for (Py_ssize_t i = 0; PyList_Check(asked.ptr()) != 0 && i < PyList_GET_SIZE(asked.ptr());) {
         PyObject* const each = PyList_GET_ITEM(asked.ptr(), i);
-        if (PyLong_AsLongLong(PyTuple_GET_ITEM(each, 2)) > moment) {
+        const bool isOurs =
+            PyTuple_Check(each) != 0 && PyTuple_GET_SIZE(each) == 3 && PyLong_Check(PyTuple_GET_ITEM(each, 2)) != 0;
+        if (!isOurs || PyLong_AsLongLong(PyTuple_GET_ITEM(each, 2)) > moment) {
             ++i;
         } else {
             taken.push_back(borrow(each));

@@ -16,20 +16,35 @@ Failure PacketSource::lossFailure() const {
     return failure() == lost ? Failure(lost) : Failure(lost, "The connection to the device is lost.");
 }
 
-void LossListeners::add(const std::shared_ptr<LossListener>& listener) {
-    const std::lock_guard lock(mutex_);
-    std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock() == listener; });
-    listeners_.push_back(listener);
+void LossListeners::add(const std::shared_ptr<LossListener>& listener, bool isLost) {
+    decltype(untold_) untold;
+    {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock() == listener; });
+        listeners_.push_back(listener);
+        untold.swap(untold_);
+    }
+    if (untold) tell(untold->first, isLost ? Clock::now() : untold->second);
 }
 
-void LossListeners::tell(const Failure& reason, Deadline when) const {
+void LossListeners::remove(const LossListener& listener) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock().get() == &listener; });
+}
+
+void LossListeners::tell(const Failure& reason, Deadline when) {
     std::vector<std::weak_ptr<LossListener>> told;
     {
         const std::lock_guard lock(mutex_);
         told = listeners_;
+        if (told.empty()) untold_.emplace(reason, when);
     }
     for (const auto& each : told) {
-        if (const auto listener = each.lock()) listener->onLoss(of_, reason, when);
+        try {
+            if (const auto listener = each.lock()) listener->onLoss(reason, when);
+        } catch (const std::exception&) {
+            // There is no thread to tell it on.
+        }
     }
 }
 

@@ -30,28 +30,26 @@ enum class Reader { caller, thread };
 /// What an error says of a request that has no link to go over.
 inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
 
-class PacketSource;
-
 /// Hears of links that the device or the system has ended.
 class LossListener {
 public:
     virtual ~LossListener() = default;
-    /// Once of each, on the thread that meets the end first, before another one can learn of it; must not wait. `of` is
-    /// only to be compared, and `when` is before the end.
-    virtual void onLoss(const PacketSource* of, const Failure& reason, Deadline when) = 0;
+    /// Once of each, on the thread that meets the end first; must not wait. `when` is before the end.
+    virtual void onLoss(const Failure& reason, Deadline when) = 0;
 };
 
-/// Who hears of the losses of a source; its sockets tell them.
+/// Who hears of the losses of a source, whose sockets tell them. The first listener hears also of one before it came.
 class LossListeners {
 public:
-    explicit LossListeners(const PacketSource* of) : of_(of) {}
-    void add(const std::shared_ptr<LossListener>& listener);
-    void tell(const Failure& reason, Deadline when) const;
+    /// Where the link `isLost` still, that counts as an end of now.
+    void add(const std::shared_ptr<LossListener>& listener, bool isLost);
+    void remove(const LossListener& listener);
+    void tell(const Failure& reason, Deadline when);
 
 private:
-    const PacketSource* const of_;
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     std::vector<std::weak_ptr<LossListener>> listeners_;
+    std::optional<std::pair<Failure, Deadline>> untold_;
 };
 
 /// A source of packets for a receive loop. One at a time reads, the receive thread or another in its place.
@@ -87,7 +85,7 @@ public:
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
     /// What is told of a link that has ended.
     Failure lossFailure() const;
-    const std::shared_ptr<LossListeners> losses = std::make_shared<LossListeners>(this);
+    const std::shared_ptr<LossListeners> losses = std::make_shared<LossListeners>();
 
     /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
     std::uint64_t steps() const noexcept { return steps_; }

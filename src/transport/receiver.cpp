@@ -209,8 +209,8 @@ void Receiver::wakeAtLoss() {
     if (loss()) right_.tellAll();
 }
 
-void Receiver::onLoss(const PacketSource* of, const Failure& reason, Deadline when) {
-    if (!killed_ && source().get() == of && onLoss_) onLoss_(reason, when);
+void Receiver::onLoss(const Failure& reason, Deadline when) {
+    if (!killed_ && onLoss_) onLoss_(reason, when);
 }
 
 std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline deadline,
@@ -321,14 +321,19 @@ void Receiver::setSource(std::shared_ptr<PacketSource> source) {
     const auto gateOfTurns = gateNow();
     if (source) {
         source->tellChanges(gateOfTurns);
-        if (const auto self = weak_from_this().lock()) source->losses->add(self);
+        const auto why = source->loss();
+        const bool isLost = why && *why != std::errc::not_connected;
+        if (const auto self = weak_from_this().lock()) source->losses->add(self, isLost);
     }
     {
         const std::lock_guard lock(mutex_);
         if (source == source_) return;
         source_.swap(source);
     }
-    if (source) source->interrupt();
+    if (source) {
+        source->losses->remove(*this);
+        source->interrupt();
+    }
     right_.hurry();
     gateOfTurns->wake();
 }

@@ -71,7 +71,7 @@ public:
     bool isCut() const;
     /// Told of each such end, as a LossListener is. Set before the start.
     void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
-    void onLoss(const PacketSource* of, const Failure& reason, Deadline when) override;
+    void onLoss(const Failure& reason, Deadline when) override;
 
     /// Ends the thread soon, out of its read.
     void end() override;

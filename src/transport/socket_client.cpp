@@ -71,15 +71,16 @@ std::shared_ptr<Socket> SocketClient::socket() const {
 
 void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
     requireOwn();
-    if (socket) {
-        socket->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
-    }
+    const std::shared_ptr<Socket> placed = socket;
+    if (placed) placed->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
     {
         const std::lock_guard lock(mutex_);
         socket_.swap(socket);
     }
+    if (socket && socket != placed) socket->onLoss({});
     // Who reads from the one before has no reason to go on.
     if (socket) socket->interrupt();
+    if (placed && placed->loss()) losses->tell(lossFailure(), Clock::now());
     changed();
 }
 

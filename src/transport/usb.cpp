@@ -307,8 +307,21 @@ std::shared_ptr<UsbClient::Handle> UsbClient::opened() const {
     return handle_;
 }
 
+template <class Transfer>
+auto UsbClient::notingLoss(Transfer transfer) {
+    try {
+        return transfer();
+    } catch (const UsbError& error) {
+        const Deadline now = Clock::now();
+        if (error.code() == std::errc::no_such_device && !gone_.exchange(true)) losses->tell(lossFailure(), now);
+        throw;
+    }
+}
+
 ReadStatus UsbClient::read(Bytes& buffer, const InterruptCheck& /*onWait*/) {
-    const std::size_t count = opened()->receive(Reader::caller, readMilliseconds, buffer, [](const Bytes&) {});
+    const auto handle = opened();
+    const std::size_t count =
+        notingLoss([&] { return handle->receive(Reader::caller, readMilliseconds, buffer, [](const Bytes&) {}); });
     return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
@@ -329,16 +342,12 @@ std::optional<ReadStatus> UsbClient::receiveFor(const Wake* /*wake*/, Deadline u
 
 ReadStatus UsbClient::readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets) {
     Bytes buffer(length);
-    std::size_t count = 0;
-    try {
-        count = opened()->receive(reader, milliseconds, buffer, [&](const Bytes& bytes) {
+    const auto handle = opened();
+    const std::size_t count = notingLoss([&] {
+        return handle->receive(reader, milliseconds, buffer, [&](const Bytes& bytes) {
             if (!bytes.empty()) packets = splitter.take(bytes);
         });
-    } catch (const UsbError& error) {
-        const Deadline now = Clock::now();
-        if (error.code() == std::errc::no_such_device && !gone_.exchange(true)) losses->tell(lossFailure(), now);
-        throw;
-    }
+    });
     return count == 0 ? ReadStatus::idle : ReadStatus::data;
 }
 
@@ -362,9 +371,11 @@ bool UsbClient::send(ByteView bytes, Deadline deadline, const InterruptCheck& /*
     if (transfer.size() < USB_PKT_SIZE) transfer.resize(USB_PKT_SIZE);
     const auto milliseconds = static_cast<unsigned>(std::clamp<std::int64_t>(left, 1, sendMilliseconds));
     try {
-        const std::size_t moved = handle->send(transfer.data(), transfer.size(), milliseconds);
-        const std::span<std::uint8_t> rest = std::span(transfer).subspan(moved);
-        if (!rest.empty()) handle->send(rest.data(), rest.size(), sendMilliseconds);
+        notingLoss([&] {
+            const std::size_t moved = handle->send(transfer.data(), transfer.size(), milliseconds);
+            const std::span<std::uint8_t> rest = std::span(transfer).subspan(moved);
+            if (!rest.empty()) handle->send(rest.data(), rest.size(), sendMilliseconds);
+        });
     } catch (const UsbError& failure) {
         if (!failure.timedOut()) throw;
         return false;

@@ -54,6 +54,9 @@ public:
 
 private:
     std::shared_ptr<Handle> opened() const;
+    /// Runs a transfer of an open handle, and tells if the device turns out to be gone.
+    template <class Transfer>
+    auto notingLoss(Transfer transfer);
     ReadStatus readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets);
 
     UsbIdentity identity_;

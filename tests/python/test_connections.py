@@ -229,6 +229,13 @@ def test_each_loss_is_told_also_to_who_connects_again_at_once(form):
     """Who meets the end of a link in the thread's place may have the next one before the thread has looked."""
     peer = Peer(lambda connection, data: finish(connection))
     told = queue.Queue()
+    for _ in range(50):  # the thread has not seen the first link yet
+        with pyzvr.TarnDio() as box:
+            box.connect("127.0.0.1", peer.port, verbose=False)
+            box.onConnectionLost(told.put)
+            with pytest.raises(pyzvr.NetworkConnectionLostError):
+                form(box, "_echoPacketWithRetry", KEYS[0], [1])
+            assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
     with pyzvr.TarnDio() as box:
         box.connect("127.0.0.1", peer.port, verbose=False)
         for _ in range(300):
@@ -239,6 +246,21 @@ def test_each_loss_is_told_also_to_who_connects_again_at_once(form):
             assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
         assert told.empty()
     peer.close()
+
+
+def test_a_socket_that_has_been_replaced_loses_nothing(box, peer):
+    told = queue.Queue()
+    box.onConnectionLost(told.put)
+    replaced, first = box.client_cmd.socket, peer.connection()
+    with pyzvr.TarnDio() as other:
+        other.connect("127.0.0.1", peer.port, verbose=False)
+        box.client_cmd.socket = other.client_cmd.socket
+        second = peer.connection()
+        finish(first)
+        assert replaced.recv(10) == b""
+        assert box.Sys_getSerialNumber() == "SN000001" and told.empty()
+        finish(second)
+        assert isinstance(told.get(timeout=10), pyzvr.NetworkConnectionLostError)
 
 
 def test_closing_is_no_loss_and_a_callback_keeps_nothing_alive(peer):
