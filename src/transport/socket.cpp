@@ -165,15 +165,14 @@ void SystemSocket::onLoss(std::function<void(Deadline)> told) {
 // A failed read or send of a stream is its end; a datagram socket lives on.
 void SystemSocket::noteLoss(int number) {
     if (!endsWithNothing() || closing_ || shut_) return;
-    const Deadline now = Clock::now();
-    int none = 0;
-    if (!loss_.compare_exchange_strong(none, number)) return;
+    const auto when = end_.note(number);
+    if (!when) return;
     std::function<void(Deadline)> told;
     {
         const std::lock_guard lock(mutex_);
         told = onLoss_;
     }
-    if (told) told(now);
+    if (told) told(*when);
 }
 
 void SystemSocket::failAndNote() {
@@ -183,7 +182,7 @@ void SystemSocket::failAndNote() {
 }
 
 std::optional<std::error_code> SystemSocket::loss() const {
-    const int number = loss_;
+    const int number = end_.reason();
     if (number == 0) return std::nullopt;
     if (number < 0) return asio::error::make_error_code(asio::error::eof);
     return std::error_code(number, std::system_category());

@@ -4,6 +4,7 @@
 #include <asio.hpp>
 
 #include "transport/client.h"
+#include "transport/link_end.h"
 
 namespace zvr {
 
@@ -129,7 +130,7 @@ private:
     std::condition_variable left_;
     int users_ = 0;
     std::atomic<bool> closing_{false}, shut_{false};  // by this side
-    std::atomic<int> loss_{0};                        // number of the system's error; -1 for an orderly end
+    LinkEnd end_;                                     // reason: the system's error; -1 for an orderly end
     std::function<void(Deadline)> onLoss_;
 };
 

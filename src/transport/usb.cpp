@@ -312,8 +312,8 @@ auto UsbClient::notingLoss(Transfer transfer) {
     try {
         return transfer();
     } catch (const UsbError& error) {
-        const Deadline now = Clock::now();
-        if (error.code() == std::errc::no_such_device && !gone_.exchange(true)) losses->tell(lossFailure(), now);
+        if (error.code() != std::errc::no_such_device) throw;
+        if (const auto when = end_.note(LIBUSB_ERROR_NO_DEVICE)) losses->tell(lossFailure(), *when);
         throw;
     }
 }
@@ -352,7 +352,7 @@ ReadStatus UsbClient::readInto(Reader reader, unsigned milliseconds, std::size_t
 }
 
 std::optional<std::error_code> UsbClient::loss() const {
-    if (gone_) return std::make_error_code(std::errc::no_such_device);
+    if (end_.reason() != 0) return std::make_error_code(std::errc::no_such_device);
     return std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "transport/client.h"
+#include "transport/link_end.h"
 #include "transport/usb_library.h"
 
 namespace zvr {
@@ -64,7 +65,7 @@ private:
     std::shared_future<void> closed_;
     mutable std::mutex mutex_;
     std::shared_ptr<Handle> handle_;
-    std::atomic<bool> gone_{false};
+    LinkEnd end_;
 };
 
 }  // namespace zvr
