@@ -46,10 +46,9 @@ Task openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) 
     }
     op.call("_checkAIPort", port);
     const Object reply = co_await exchange(op, command, payload(port));
-    const Bytes data = bytesOf(reply);
-    byteOf(data, 1);
+    byteOf(bytesOf(reply), 1);
     turn(op.self());
-    co_return statusOf(data, 1);
+    co_return statusOf(op, command, reply);
 }
 
 void defineUnion(Package& package) {
@@ -105,7 +104,7 @@ Task setMode(Op op, Object port, Object mode) {
     op.call("_checkAIMode", mode);
     setAttribute(op.self(), "ai_mode", mode);
     const Object reply = co_await exchange(op, SET_AI_MODE, payload(port, mode));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_AI_MODE, reply);
 }
 
 }  // namespace
@@ -167,9 +166,9 @@ Reply streamingSettings() {
 
 Reply endOfStreaming() {
     Reply reply = status(1);
-    reply.decode = [decode = std::move(reply.decode)](py::handle self, const Bytes& data) -> Object {
-        Object result = decode(self, data);
-        if (!data.empty()) noteEnd(self, data[0]);
+    reply.whole = [status = std::move(reply.whole)](const Op& op, const SentCommand& command, const Object& answer) {
+        Object result = status(op, command, answer);
+        noteEnd(op.self(), bytesOf(answer)[0]);
         return result;
     };
     return reply;
@@ -259,7 +258,7 @@ Task enableChannels(Op op, Object port, Object channels) {
     op.call("_checkAIChannel", channels);
     setAttribute(op.self(), "ai_num_channels", channels);
     const Object reply = co_await exchange(op, SET_AI_ENABLED_CS, payload(port, channels));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_AI_ENABLED_CS, reply);
 }
 
 Task enableChipSelects(Op op, Object slot, Object chipSelects) {
@@ -271,7 +270,7 @@ Task enableChipSelects(Op op, Object slot, Object chipSelects) {
         if (port.equal(py::int_(number))) setAttribute(op.self(), field, chipSelects);
     }
     const Object reply = co_await exchange(op, SET_AI_ENABLED_CS, payload(port, maskOfIndices(chipSelects)));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_AI_ENABLED_CS, reply);
 }
 
 constexpr int allTriggerModes = 7;
@@ -284,7 +283,7 @@ Task setTriggerMode(Op op, Object port, Object mode) {
     op.call("_checkAITriggerMode", mode);
     const Object mask = op.call("_convertAITriggerModeToMask", mode);
     const Object reply = co_await exchange(op, AI_SET_TRIG_MODE, payload(port, mask));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, AI_SET_TRIG_MODE, reply);
 }
 
 Reply samplesReply() {

@@ -56,14 +56,14 @@ Task open(Op op, Object port) {
         co_await op.request("_checkAOPinState", port, idle);
     }
     const Object reply = co_await exchange(op, OPEN_AO, payload(port));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, OPEN_AO, reply);
 }
 
 Task close(Op op, Object port) {
     if (traitsOf(op.self()).analogOutput.opensByItself) co_return py::int_(0);
     op.call("_checkAOPort", port);
     const Object reply = co_await exchange(op, CLOSE_AO, payload(port));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, CLOSE_AO, reply);
 }
 
 Task writeOne(Op op, Object port, Object channel, Object value) {
@@ -75,7 +75,7 @@ Task writeOne(Op op, Object port, Object channel, Object value) {
     alone.append(value);
     checkVolts(op.self(), alone);
     const Object reply = co_await exchange(op, WRITE_AO_BY_CHANNEL, payload(port, channel, pack<float>(value)));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, WRITE_AO_BY_CHANNEL, reply);
 }
 
 Task writeAll(Op op, Object port, Object values) {
@@ -90,7 +90,7 @@ Task writeAll(Op op, Object port, Object values) {
         data.add(pack<float>(value, "value_list"));
     }
     const Object reply = co_await exchange(op, WRITE_AO_SYNCHRONIZED, data.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, WRITE_AO_SYNCHRONIZED, reply);
 }
 
 void defineChecks(Feature& output) {
@@ -218,7 +218,7 @@ Task push(Op op, Object port, Object count, Object values) {
         data.add(pack<float>(own(PySequence_GetItem(values.ptr(), static_cast<Py_ssize_t>(i))), "value_list"));
     }
     const Object reply = co_await exchange(op, SET_AO_PUSH_TO_BUFFER, data.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_AO_PUSH_TO_BUFFER, reply);
 }
 
 Task enableChannels(Op op, Object port, Object channels) {
@@ -226,7 +226,7 @@ Task enableChannels(Op op, Object port, Object channels) {
     op.call("_checkAOPort", port);
     checkChannels(op.self(), channels);
     const Object reply = co_await exchange(op, SET_AO_ENABLED_CHANNELS, payload(port, 0, maskOfIndices(channels)));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_AO_ENABLED_CHANNELS, reply);
 }
 
 }  // namespace

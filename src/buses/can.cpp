@@ -70,7 +70,7 @@ Task open(Op op, Object port) {
         setAttribute(op.self(), canFunction.opened, py::bool_(true));
         turnLocks(op.self(), canFunction, "release");
     }
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, OPEN_CAN, reply);
 }
 
 // The device never answers a start, so the blocking form times out.
@@ -91,7 +91,7 @@ Task close(Op op, Object port) {
     if (const Object refusal = refusalOf(stopped)) co_return refusal;
     const Object reply = co_await exchange(op, CLOSE_CAN, payload(port));
     closeStream(op.self(), canFunction);
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, CLOSE_CAN, reply);
 }
 
 // The delay goes by name.
@@ -121,7 +121,7 @@ Task write(Op op, Object port, Object id, Object data, Object remote, Object ext
     Payload sent;
     sent.add(port).add(0).extend(wireOf(id, extended, remote, data));
     const Object reply = co_await exchange(op, WRITE_CAN, sent.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, WRITE_CAN, reply);
 }
 
 Task setFilter(Op op, Object port, Object index, Object id, Object remote, Object extended) {
@@ -129,7 +129,7 @@ Task setFilter(Op op, Object port, Object index, Object id, Object remote, Objec
     Payload sent;
     sent.add(port).add(index).extend(wireOf(id, plainInt(extended), plainInt(remote)));
     const Object reply = co_await exchange(op, SET_CAN_RX_FILTER_OR_MASK, sent.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_CAN_RX_FILTER_OR_MASK, reply);
 }
 
 const Definition checkCANSpeed =

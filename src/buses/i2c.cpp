@@ -11,7 +11,7 @@ constexpr std::array<std::uint32_t, 4> clockRates{100'000, 400'000, 1'000'000, 3
 
 Task open(Op op, Object port) {
     const Object reply = co_await op.run(openPort(op, i2cPorts, port, OPEN_I2C));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, OPEN_I2C, reply);
 }
 
 Task setClockRate(Op op, Object port, Object mode) {
@@ -22,7 +22,7 @@ Task setClockRate(Op op, Object port, Object mode) {
         if (mode.equal(py::int_(i))) rate = clockRates[i];
     }
     const Object reply = co_await exchange(op, SET_I2C_FREQUENCY, payload(port, pack<std::uint32_t>(py::int_(rate))));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, SET_I2C_FREQUENCY, reply);
 }
 
 }  // namespace

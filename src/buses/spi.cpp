@@ -23,7 +23,7 @@ Task open(Op op, Object port) {
     op.call("_checkSPIPort", port);
     co_await checkLines(op, port);
     const Object reply = co_await exchange(op, OPEN_SPI, payload(port));
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, OPEN_SPI, reply);
 }
 
 // Polarity first; the phase is sent even if that was refused.

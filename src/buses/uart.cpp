@@ -68,7 +68,7 @@ Task open(Op op, Object port) {
         co_await op.callSameForm("_UART_startReading", port);
         turnLocks(op.self(), uartFunction, "release");
     }
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, OPEN_UART, reply);
 }
 
 Task close(Op op, Object port) {
@@ -80,7 +80,7 @@ Task close(Op op, Object port) {
     }
     const Object reply = co_await exchange(op, CLOSE_UART, payload(port));
     closeStream(op.self(), uartFunction);
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, CLOSE_UART, reply);
 }
 
 Task write(Op op, Object port, Object text) {
@@ -90,7 +90,7 @@ Task write(Op op, Object port, Object text) {
     data.add(port).add(py::int_(py::len(text)));
     data.extend(codePoints(text, "write_data"));
     const Object reply = co_await exchange(op, WRITE_UART, data.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, WRITE_UART, reply);
 }
 
 // Checks the arguments and gives the queue of the port.

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "core/wire/failures.h"
+#include "device/runtime.h"
+#include "python/log.h"
 
 namespace zvr::python {
 
@@ -20,7 +22,7 @@ struct Plan {
         Field field;
         std::size_t argument;
     };
-    int command;
+    SentCommand command;
     std::vector<CheckStep> checks;
     std::vector<FieldStep> fields;
     Reply reply;
@@ -72,8 +74,8 @@ Task run(const Plan& plan, Op op, std::vector<Object> arguments) {
             append(field, data, arguments[argument]);
         }
     }
-    const Object reply = co_await exchange(op, plan.command, data.list());
-    if (plan.reply.cut) co_return plan.reply.cut(op.self(), reply);
+    const Object reply = co_await exchange(op, plan.command.code, data.list());
+    if (plan.reply.whole) co_return plan.reply.whole(op, plan.command, reply);
     const Bytes bytes = bytesOf(reply, "reply");
     co_return plan.reply.decode(op.self(), bytes);
 }
@@ -107,7 +109,17 @@ Parameters parametersOf(const std::vector<Field>& fields) {
 
 }  // namespace
 
-Object statusOf(ByteView reply, std::size_t place) { return checkedStatus(py::int_(byteOf(reply, place))); }
+Object statusOf(const Op& op, const SentCommand& command, const Object& reply, std::size_t place) {
+    const int status = byteOf(bytesOf(reply, "reply"), place);
+    const Object refusal = refusalOf(py::int_(status));
+    if (!refusal) return py::int_(status);
+    logOf(op.self(), LogLevel::info, [&] {
+        const FailureRow& told = rowOf(failureOfStatus(status).value_or(FailureId::FirmwareOtherError));
+        return nameOf(command) + " is refused: Error " + std::string(py::str(refusal)) + ": " +
+               std::string(told.message);
+    });
+    return refusal;
+}
 
 Object restOfSequence(const Object& sequence, Py_ssize_t from) {
     const Object part(py::slice(from, std::nullopt, std::nullopt));
@@ -119,9 +131,12 @@ Object itemOf(const Object& sequence, Py_ssize_t place) {
 }
 
 Reply status(std::size_t place) {
-    return {[place](py::handle, const Bytes& data) { return statusOf(data, place); },
+    return {nullptr,
             {"int", "0, or the negative code of the device's refusal (-7000 to -7028)",
-             "the device's status, byte " + std::to_string(place) + " of its reply"}};
+             "the device's status, byte " + std::to_string(place) + " of its reply"},
+            [place](const Op& op, const SentCommand& command, const Object& reply) {
+                return statusOf(op, command, reply, place);
+            }};
 }
 
 Reply byteAt(std::size_t place, std::string doc) {
@@ -150,7 +165,9 @@ Reply byteList(std::string doc) {
 Reply bytesFrom(std::size_t place, std::string doc) {
     return {nullptr,
             {"bytes", std::move(doc), "the device, from byte " + std::to_string(place) + " of its reply on"},
-            [place](py::handle, const Object& reply) { return restOfSequence(reply, static_cast<Py_ssize_t>(place)); }};
+            [place](const Op&, const SentCommand&, const Object& reply) {
+                return restOfSequence(reply, static_cast<Py_ssize_t>(place));
+            }};
 }
 
 Reply kept(std::string field, Reply reply) {
@@ -209,7 +226,7 @@ Request::operator Definition() const {
                           .doc = doc,
                           .returns = reply.returns,
                           .request = RequestText{nameOf(sends), textOf(fields)}};
-    auto plan = std::make_shared<Plan>(Plan{sends.code, {}, {}, reply, adapt});
+    auto plan = std::make_shared<Plan>(Plan{sends, {}, {}, reply, adapt});
     for (const Check& check : checks) {
         definition.raises.add({check.raises});
         Plan::CheckStep step{check.test == nullptr ? Object(py::str(check.method)) : Object(),

@@ -71,11 +71,20 @@ Check isText(const Parameter& parameter);
 /// A check method that accepts a few integers and raises the error for others.
 Definition accepting(std::string name, Parameter parameter, FailureId failure, std::vector<int> accepted);
 
-/// How a reply becomes the result. `cut` is for results that are a part of the reply as it is, of its own type.
+/// What is sent: a command, with its name where others share its number.
+struct SentCommand {
+    SentCommand(Command command) : code(command) {}  // NOLINT: a request is written with its command
+    SentCommand(Command command, std::string_view name) : code(command), name(name) {}
+    int code;
+    std::string_view name = {};
+};
+
+/// How a reply becomes the result. `whole` is in its place where more is wanted than its bytes: the reply as it is, of
+/// its own type, or what it answers.
 struct Reply {
     std::function<Object(py::handle self, const Bytes& data)> decode;
     Returns returns;
-    std::function<Object(py::handle self, const Object& reply)> cut = nullptr;
+    std::function<Object(const Op& op, const SentCommand& command, const Object& reply)> whole = nullptr;
 };
 
 /// 0, or the negative code of the device's refusal, from the status byte at this place of the reply.
@@ -119,14 +128,6 @@ Reply kept(std::string field, Reply reply);
 /// Changes the arguments of a call before they are checked: a model's own way to count its ports.
 using Adapt = void (*)(py::handle self, std::vector<Object>& arguments);
 
-/// What is sent: a command, with its name where others share its number.
-struct SentCommand {
-    SentCommand(Command command) : code(command) {}  // NOLINT: a request is written with its command
-    SentCommand(Command command, std::string_view name) : code(command), name(name) {}
-    int code;
-    std::string_view name = {};
-};
-
 /// An operation that is one exchange.
 struct Request {
     std::string name;
@@ -153,7 +154,7 @@ inline Awaiter exchange(const Op& op, int command, const py::list& data) {
     return op.requestBy("_echoPacketWithRetry", py::int_(command), data);
 }
 
-/// The status tail of a write: 0, or the negative code of the refusal.
-Object statusOf(ByteView reply, std::size_t place);
+/// The status of a write from this place of its reply: 0, or the negative code of the refusal, which the log is told.
+Object statusOf(const Op& op, const SentCommand& command, const Object& reply, std::size_t place = 1);
 
 }  // namespace zvr::python

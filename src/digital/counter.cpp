@@ -133,7 +133,7 @@ void defineCounter(Package& package) {
                  data.add(edge);
              }
              const Object reply = co_await exchange(op, PULSE_SET_EDGE, data.list());
-             co_return statusOf(bytesOf(reply), 1);
+             co_return statusOf(op, PULSE_SET_EDGE, reply);
          }});
 }
 

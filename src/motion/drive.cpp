@@ -179,16 +179,17 @@ Task configureLimit(Op op, Object port, Object forward, Object reverse, Object p
 // Compat 15: three bytes are cut for each value, which is one too few: it fails with the first one.
 Task parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
-    const Bytes reply = bytesOf(co_await exchange(op, MOTION_GET_PARAM, payload(port)), "reply");
-    byteOf(reply, 2);
-    const ByteView data = ByteView(reply).subspan(3);
+    const Object reply = co_await exchange(op, MOTION_GET_PARAM, payload(port));
+    const Bytes bytes = bytesOf(reply, "reply");
+    byteOf(bytes, 2);
+    const ByteView data = ByteView(bytes).subspan(3);
     std::size_t i = 0;
     for (const py::handle entry : py::list(callMethod(attribute(op.self(), "TMC5240_default_dict"), "values"))) {
         const std::size_t from = std::min(4 * i++, data.size());
         const ByteView value = data.subspan(from, std::min<std::size_t>(3, data.size() - from));
         entry[py::int_(0)] = py::int_(readBigEndian<std::uint32_t>(value));
     }
-    co_return statusOf(reply, 1);
+    co_return statusOf(op, MOTION_GET_PARAM, reply);
 }
 
 Task sendAll(Op op, Object port) {
@@ -233,12 +234,13 @@ void defineBased(Package& package) {
 void defineRegisters(Feature& drive) {
     const Parameter address{"reg_addr", "int", "register, one of the PAWL_ constants"};
     const Returns zero{"int", "0"};
-    const Reply contents{nullptr, registerBytes, [](py::handle self, const Object& reply) {
-                             callMethod(self, "_TMC5240_getSPIStatus", itemOf(reply, 2));
+    const Reply contents{nullptr, registerBytes, [](const Op& op, const SentCommand&, const Object& reply) {
+                             callMethod(op.self(), "_TMC5240_getSPIStatus", itemOf(reply, 2));
                              return restOfSequence(reply, 3);
                          }};
-    const Reply everything{
-        nullptr, {"bytes", "the whole reply", "the device"}, [](py::handle, const Object& reply) { return reply; }};
+    const Reply everything{nullptr,
+                           {"bytes", "the whole reply", "the device"},
+                           [](const Op&, const SentCommand&, const Object& reply) { return reply; }};
     drive.operations({
         {.name = "_Motion_read",
          .sends = MOTION_READ_REG,

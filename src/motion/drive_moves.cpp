@@ -38,7 +38,7 @@ void defineDriveMoves(Feature& drive) {
     const Reply state{
         nullptr,
         {"tuple[int, bytes]", "state in the firmware's numbering, and the rest of the reply", "the device"},
-        [](py::handle, const Object& reply) -> Object {
+        [](const Op&, const SentCommand&, const Object& reply) -> Object {
             return py::make_tuple(itemOf(reply, 1), restOfSequence(reply, 2));
         }};
     const Reply inputs{[](py::handle, const Bytes& data) -> Object {

@@ -297,7 +297,7 @@ Task setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     const py::list data =
         payload(py::int_(argument<int>(port, "port")), MOTION_09_LP, maskOfAxis(axis), pack<std::int32_t>(counter));
     const Object reply = co_await exchange(op, MOTION, data);
-    co_return statusOf(bytesOf(reply), statusPlace);
+    co_return statusOf(op, MOTION, reply, statusPlace);
 }
 
 // Rows that no family has.

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "core/wire/failures.h"
-#include "python/log.h"
 #include "python/raising.h"
 #include "python/values.h"
 
@@ -108,12 +107,7 @@ Object refusalOf(const Object& status) {
     const long number = PyLong_AsLongAndOverflow(integerOf(status, "error_code").ptr(), &overflow);
     if (overflow == 0 && number == 0) return {};
     const bool isKnown = overflow == 0 && number > 0 && number <= 255;
-    const FailureRow& refusal = rowOf(*failureOfStatus(isKnown ? static_cast<int>(number) : -1));
-    logEvent(LogLevel::info, [&] {
-        return "a device refuses a request: Error " + std::to_string(refusal.code) + ": " +
-               std::string(refusal.message);
-    });
-    return py::int_(refusal.code);
+    return py::int_(rowOf(*failureOfStatus(isKnown ? static_cast<int>(number) : -1)).code);
 }
 
 void checkInputType(py::handle value, py::handle type) {

@@ -150,11 +150,6 @@ void rememberChecks(py::handle module);
 
 /// The code of the error that `checkFirmwareError` raises for a status; nothing if it raises none.
 Object refusalOf(const Object& status);
-/// The status itself, or that code.
-inline Object checkedStatus(const Object& status) {
-    const Object refusal = refusalOf(status);
-    return refusal ? refusal : status;
-}
 
 // Input checks; they throw the named error.
 void checkInputType(py::handle value, py::handle type);

@@ -63,7 +63,7 @@ Task open(Op op, Object port) {
     op.call("_checkAHRSPort", port);
     const Object reply = co_await exchange(op, AHRS_OPEN, payload(port));
     Object status = py::int_(0);
-    const Object opened = statusOf(bytesOf(reply, "reply"), 1);
+    const Object opened = statusOf(op, AHRS_OPEN, reply);
     if (opened > status) status = opened;
     const Object set = co_await op.request("_AHRS_setSamplingPeriod", port, py::float_(0.003));
     co_return set > status ? set : status;

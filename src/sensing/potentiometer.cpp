@@ -19,7 +19,7 @@ Task writeAll(Op op, Object port, Object values) {
     data.add(port);
     for (const py::handle value : values) data.add(pack<float>(value, "value_list"));
     const Object reply = co_await exchange(op, POT_WRITE_ALL_CS, data.list());
-    co_return statusOf(bytesOf(reply), 1);
+    co_return statusOf(op, POT_WRITE_ALL_CS, reply);
 }
 
 }  // namespace

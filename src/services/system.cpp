@@ -117,7 +117,7 @@ Task setClock(Op op, Object year, Object month, Object day, Object hour, Object 
     if (year < py::int_(100)) year = year + century;
     const Object reply =
         co_await exchange(op, SET_DATE_TIME, payload(year - century, month, day, hour, minute, second));
-    co_return statusOf(bytesOf(reply), 0);
+    co_return statusOf(op, SET_DATE_TIME, reply, 0);
 }
 
 const Returns slotStatus{"int", "the device's status, 0 for success; it is not checked", "the device"};

@@ -55,10 +55,12 @@ def test_what_is_sent_again_and_what_is_refused(lines, call):
         where = "{}:{}".format(*box.client_cmd.socket.getpeername())
     again = [text for level, text in lines() if level == "WARNING"]
     assert again[0] == f"TarnDio at {where}: no reply yet, GET_SERIAL_NUMBER is sent again (2)"
-    with fake_device("TarnAnalog", SET_AI_NUM_SAMPLES=[0, 50]) as box:
+    with fake_device("TarnAnalog", SET_AI_NUM_SAMPLES=[0, 50], SET_AI_MODE=[0, 50]) as box:
         call(box, "AI_setNumSamples", 0, 10)
-    assert [text for level, text in lines() if "refuses" in text] == [
-        "a device refuses a request: Error -7015: " + pyzvr.FirmwareDIOError.msg]
+        call(box, "AI_setMode", 0, 1)
+    assert [text for level, text in lines() if "refused" in text] == [
+        f"TarnAnalog: {command} is refused: Error -7015: {pyzvr.FirmwareDIOError.msg}"
+        for command in ("SET_AI_NUM_SAMPLES", "SET_AI_MODE")]
 
 
 def test_warnings_and_the_end_of_a_thread(lines, monkeypatch, capsys):
