@@ -8,6 +8,7 @@ import pytest
 from cases import Exchange, operation_of
 from fake_buses import FRAME, U32, push
 from forms import awaited, blocking
+from queue_support import until
 
 import pyzvr
 
@@ -146,8 +147,15 @@ def test_mode_is_polarity_then_phase_even_after_a_refusal(bus_box, call):
     assert len(bus_box.client_cmd.sent) == 4
 
 
-@pytest.mark.parametrize("bus, port, command, lines", [("I2C", 1, "OPEN_I2C", [0]), ("SPI", 2, "OPEN_SPI", [1]),
-                                                       ("UART", 2, "OPEN_UART", [0]), ("CAN", 1, "OPEN_CAN", [2])])
+@pytest.mark.parametrize(
+    "bus, port, command, lines",
+    [
+        ("I2C", 1, "OPEN_I2C", [0]),
+        ("SPI", 2, "OPEN_SPI", [1]),
+        ("UART", 2, "OPEN_UART", [0]),
+        ("CAN", 1, "OPEN_CAN", [2]),
+    ],
+)
 def test_opening_looks_at_the_lines_first(bus_box, call, bus, port, command, lines):
     entries = bus_box.CAN_getPort() and getattr(
         bus_box, {"I2C": "I2C_dict", "SPI": "SPI_dict", "UART": "uart_dict", "CAN": "can_dict"}[bus])[port]
@@ -186,8 +194,7 @@ def test_uart_bytes_pass_the_gate_and_are_read_in_both_shapes(bus_box, call):
     with pytest.raises(AttributeError):
         bus_box.UART_close(1)
     assert bus_box.client_cmd.sent[-1] == (pyzvr.OPEN_UART, b"\2")
-    assert awaited(bus_box, "UART_close",
-                   1) == 0
+    assert awaited(bus_box, "UART_close", 1) == 0
     assert not bus_box.uart_open_flag
     assert bus_box.uart_p1_lock.locked()
     assert bus_box.uart_p2_lock.locked()
@@ -251,8 +258,7 @@ def test_broken_record_ends_the_can_reader_only(bus_box, monkeypatch):
     push(bus_box, pyzvr.START_CAN, FRAME[:11])
     bus_box.can_stream_thread.join(5)
     assert errors == [(ValueError, "_CANStreamThread")]
-    assert bus_box.CAN_read(
-        1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
+    assert bus_box.CAN_read(1, 5, 0.01) == [pyzvr.CANFrame(291, data=[1, 2, 3])]
     push(bus_box, (pyzvr.START_UART_READING, 1), b"on")
     assert bus_box.UART_read(1, 2, 5) == ["o", "n"]
 
@@ -265,11 +271,9 @@ def test_full_queues_drop_the_newest_and_warn(bus_box, capsys):
         for _ in range(101):
             push(bus_box, (pyzvr.START_UART_READING, 1), bytes(10000))
             push(bus_box, pyzvr.START_CAN, FRAME * 10000)
-        wanted = {"Occurrence UART queue overflow.", "Occurrence CAN queue overflow."}
-        while not all(any(text in str(each.message) for each in caught) for text in wanted):
-            pass  # the threads are at it
-        while bus_box.uart_p1_signal_queue.dropped < 10000 or bus_box.can_frame_queue.dropped < 10000:
-            pass
+        for text in ("Occurrence UART queue overflow.", "Occurrence CAN queue overflow."):
+            until(lambda text=text: sum(text in str(each.message) for each in caught) == 1000)  # a second's most
+        assert bus_box.uart_p1_signal_queue.dropped == bus_box.can_frame_queue.dropped == 10000
         assert bus_box.uart_p1_signal_queue.full()
         assert bus_box.can_frame_queue.qsize() == 1_000_000
     # No line of Python has made the warning: its thread is told instead.
@@ -278,10 +282,8 @@ def test_full_queues_drop_the_newest_and_warn(bus_box, capsys):
         "  On thread '_UARTStreamThread', which runs no Python", "  On thread '_CANStreamThread', which runs no Python"
     } <= set(printed.split("\n"))
     assert "File " not in printed
-    assert "traceback" not in {each.filename
-                                                          for each in caught}
-    assert {each.lineno
-                                                                                   for each in caught} <= {0, 1}
+    assert "traceback" not in {each.filename for each in caught}
+    assert {each.lineno for each in caught} <= {0, 1}
     assert len(bus_box.UART_readBytes(1, 1_000_000)) == 1_000_000
     assert bus_box.uart_p1_signal_queue.empty()
 
