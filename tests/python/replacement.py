@@ -53,9 +53,11 @@ def serial(box, form=blocking):
 
 
 REQUEST = list(b"\2\0\1\x7a\r\n")
-WHERE_AND_WHEN = [("instance", "made"), ("instance", "connected"), *((where, when)
-                                                                     for where in ("subclass", "product", "owner")
-                                                                     for when in ("before", "made", "connected"))]
+WHERE_AND_WHEN = [
+    ("instance", "made"),
+    ("instance", "connected"),
+    *((where, when) for where in ("subclass", "product", "owner") for when in ("before", "made", "connected")),
+]
 where_and_when = pytest.mark.parametrize("where, when", WHERE_AND_WHEN, ids=["-".join(each) for each in WHERE_AND_WHEN])
 
 
@@ -85,8 +87,9 @@ def on_opened(factory, connect=True):
 
 
 def bytes_pass(box):
-    for port, (source, target) in enumerate([(box.uart_p1_data_queue, box.uart_p1_signal_queue),
-                                             (box.uart_p2_data_queue, box.uart_p2_signal_queue)]):
+    for port, (source, target) in enumerate(
+        [(box.uart_p1_data_queue, box.uart_p1_signal_queue), (box.uart_p2_data_queue, box.uart_p2_signal_queue)]
+    ):
         source.put(bytes([65 + port]))
         assert target.get(timeout=PATIENCE) == 65 + port
 

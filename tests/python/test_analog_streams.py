@@ -18,8 +18,7 @@ def test_opening_gates_the_reader_thread(call):
         frames(box, row(0))
         assert thread.is_alive()
         assert thread.name == "_AIStreamThread"
-        assert call(box, "AI_readStreaming", 0, 1,
-                                                                               0.01) == []
+        assert call(box, "AI_readStreaming", 0, 1, 0.01) == []
         assert call(box, "AI_open", 0) == 0
         assert box.ai_open_flag
         assert not box.ai_lock.locked()
@@ -48,8 +47,13 @@ def test_rows_in_every_form(call):
         assert call(box, "AI_readStreaming", 0, 3, 5) == expected[:3]
         block = call(box, "AI_readStreamingBlock", 0, 500, 5)
         view = memoryview(block)
-        assert (block.shape, len(block), view.format, view.c_contiguous, view.shape) == ((500, 8), 500, "d", True, (500,
-                                                                                                                    8))
+        assert (block.shape, len(block), view.format, view.c_contiguous, view.shape) == (
+            (500, 8),
+            500,
+            "d",
+            True,
+            (500, 8),
+        )
         assert block.tolist() == expected[3:503]
         buffer = bytearray(8 * 8 * 400 + 24)
         assert call(box, "AI_readStreamingInto", 0, memoryview(buffer).cast("d"), 5) == 400
@@ -58,8 +62,7 @@ def test_rows_in_every_form(call):
         assert box.AI_getBacklog(0) == 96
         assert call(box, "AI_readStreaming", 0, 1000, 0.01) == expected[903:]
         assert call(box, "AI_readStreamingBlock", 0, 10, 0.001).shape == (0, 8)
-        assert call(box, "AI_readStreaming", 0,
-                                                                                         9) == []
+        assert call(box, "AI_readStreaming", 0, 9) == []
         with pytest.raises(TypeError):
             call(box, "AI_readStreamingInto", 0, bytearray(64))
         with pytest.raises(BufferError):
@@ -214,8 +217,7 @@ def test_full_queue_drops_the_newest_rows_and_warns():
                 pass
             box._AI_free()
             box.ai_stream_thread.join(5)
-        assert (box.AI_getBacklog(0), box.AI_getDroppedRows(0)) == (1000000,
-                                                                    50000)
+        assert (box.AI_getBacklog(0), box.AI_getDroppedRows(0)) == (1000000, 50000)
         assert box.ai_signal_queue_list[0].full()
 
 

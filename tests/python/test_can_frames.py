@@ -77,8 +77,7 @@ def test_a_frame_has_lists_of_its_own(frame):
     frame.data[0] = 9
     assert frame.data == [9, 2, 3, 0, 0, 0, 0, 0]
     assert frame.frame_in_list == wire
-    assert frame != pyzvr.CANFrame(
-        2**28 + 5, True, False, [1, 2, 3])
+    assert frame != pyzvr.CANFrame(2**28 + 5, True, False, [1, 2, 3])
     frame.setID()
     assert frame.frame_in_list == wire[:4] + frame.data
     assert frame == pyzvr.CANFrame.fromU8List(frame.frame_in_list)
@@ -118,9 +117,7 @@ def test_frames_are_copied_and_pickled(frame):
         again = pickle.loads(pickle.dumps(frame, protocol))
         assert again == frame
         assert type(again) is pyzvr.CANFrame
-        assert vars(again) == {
-            "note": ["x"]
-        }
+        assert vars(again) == {"note": ["x"]}
         assert again.frame_in_list == frame.frame_in_list
     shallow, deep = copy.copy(frame), copy.deepcopy(frame)
     assert shallow == deep == frame
@@ -201,8 +198,11 @@ def test_frames_in_a_cycle_are_collected(bus_box):
 
 def test_frame_becomes_a_message_of_the_common_package_and_back():
     can = pytest.importorskip("can")
-    for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, False,
-                                                                      range(8)), pyzvr.CANFrame(7, False, True)):
+    for frame in (
+        pyzvr.CANFrame(291, data=[1, 2, 3]),
+        pyzvr.CANFrame(2**28, True, False, range(8)),
+        pyzvr.CANFrame(7, False, True),
+    ):
         message = frame.toMessage()
         assert isinstance(message, can.Message)
         assert message.arbitration_id == frame.id

@@ -243,9 +243,11 @@ def test_numpys_integers_are_integers():
 
 @pytest.mark.skipif(sys.version_info < (3, 11), reason="errors have no notes")
 def test_a_refused_type_is_told_in_a_note_and_the_message_stays():
-    for value, wanted, text in ((Whole(1), int, "Whole came, int is wanted; int(value) makes a plain integer of it"),
-                                ("1", (int, float), "str came, int or float is wanted"), (1, {list},
-                                                                                          "int came, list is wanted")):
+    for value, wanted, text in (
+        (Whole(1), int, "Whole came, int is wanted; int(value) makes a plain integer of it"),
+        ("1", (int, float), "str came, int or float is wanted"),
+        (1, {list}, "int came, list is wanted"),
+    ):
         with pytest.raises(pyzvr.InputTypeNotCorrectError) as error:
             pyzvr.checkInputType(value, wanted)
         assert error.value.__notes__[0].startswith(text)

@@ -73,8 +73,7 @@ def test_rows_are_fed_by_hand(make):
             sources[0].put(SAMPLES * 3)
             sources[1].put(None)
             sources[1].put(SAMPLES)
-            assert [targets[0].get(timeout=PATIENCE)
-                    for _ in range(3)] == [ROW] * 3
+            assert [targets[0].get(timeout=PATIENCE) for _ in range(3)] == [ROW] * 3
             assert targets[1].get(timeout=PATIENCE) == ROW
             box.ai_killed = True
         box.ai_killed = False
@@ -138,10 +137,8 @@ def test_every_frame_that_is_dropped_is_one_warning(make):
         assert box.CAN_read(1, 5, 0.01) == FRAMES[:2]
         box.data_pool_strm[pyzvr.START_CAN].put(RECORDS)
         until(lambda: len(made) == 16)
-    assert all("Occurrence CAN queue overflow." in text
-               for text, _ in made)
-    assert threading.get_ident() not in {ident
-                                                                      for _, ident in made}
+    assert all("Occurrence CAN queue overflow." in text for text, _ in made)
+    assert threading.get_ident() not in {ident for _, ident in made}
     assert len(made) == 16
 
 
@@ -154,10 +151,8 @@ def test_every_row_that_is_dropped_is_one_warning(make):
             box.data_pool_strm[(pyzvr.START_AI_STREAMING, 0, 0)].put(SAMPLES * 5)
         until(lambda: len(made) == 8)
         assert box.AI_readStreaming(0, 5, 0.01) == [ROW] * 2
-    assert all("Occurrence AI queue overflow." in text
-               for text, _ in made)
-    assert threading.get_ident() not in {ident
-                                                                      for _, ident in made}
+    assert all("Occurrence AI queue overflow." in text for text, _ in made)
+    assert threading.get_ident() not in {ident for _, ident in made}
     assert len(made) == 8
 
 
@@ -190,8 +185,7 @@ def test_queues_of_an_object_can_be_another_s(model, number, call):
             box.ai_data_queue_list[0].put(SAMPLES * 3)
             until(lambda: box.ai_signal_queue_list[0].qsize() == 3)
             assert call(box, "AI_readStreaming", 0, 2, 5) == [ROW] * 2
-            assert call(box, "AI_readStreaming", 0, 2,
-                                                                                0.01) == [ROW]
+            assert call(box, "AI_readStreaming", 0, 2, 0.01) == [ROW]
 
 
 def test_fake_client_files_into_whatever_pool_the_object_has():

@@ -166,13 +166,10 @@ def test_state_is_read_as_a_whole_or_not_at_all():
         assert position == pytest.approx([180, 90, 45, 1, 2, 3], abs=1e-5)
         assert position == drone.current_posi_list
         assert drone.Drone_getVelocityWithNED() == drone.Drone_getAccelerationWithNED() == drone.current_velo_list
-        assert drone.current_velo_list == pytest.approx([180, 180, 180, 4, 5, 6],
-                                                        abs=1e-5)
+        assert drone.current_velo_list == pytest.approx([180, 180, 180, 4, 5, 6], abs=1e-5)
         assert drone.current_acce_list == [0, 0, 0, 7, 8, 9]
         assert drone._Drone_getPositionVelociyAcceleration() == 0
-        assert drone.client_cmd.sent == [
-            (pyzvr.DRONE_READ_NED_STATE_RPYXYZ, b"\0")
-        ] * 4
+        assert drone.client_cmd.sent == [(pyzvr.DRONE_READ_NED_STATE_RPYXYZ, b"\0")] * 4
         for short in (state[:-1], state[:48], state[:1], b""):
             drone.current_posi_list = [1]
             drone.client_cmd.replies[pyzvr.DRONE_READ_NED_STATE_RPYXYZ] = short
@@ -232,8 +229,7 @@ def test_a_flight():
         assert drone.Drone_activate() == 0
         assert drone.Drone_getActiveStatus() == drone._Drone_readStatus() == 1
         assert drone.Drone_abortTakeOff() == NOT_NOW
-        assert drone.Drone_getTakeOffStatus(
-        ) == 0
+        assert drone.Drone_getTakeOffStatus() == 0
         assert drone.Drone_getFlightMode() == 1
         assert drone.Drone_startTakeOff() == 0
         assert drone.Drone_deactivate() == NOT_NOW
@@ -245,25 +241,27 @@ def test_a_flight():
         assert drone.Drone_moveNedAbsZ(2, 1) == drone.Drone_moveNedRelZ(-7, 1) == drone.Drone_moveNedRelX(
             1, 0) == drone.Drone_moveNedRelX(float("nan"), 1) == IMPOSSIBLE
         assert drone.Drone_moveVehicleAbsRoll(5, 10) == NOT_NOW
-        for move, arguments, place in (("NedAbsXY", (3, 4, 5), [0, 3, 4,
-                                                                -1.5]), ("NedRelXY", (-1, -1, 5), [0, 2, 3, -1.5]),
-                                       ("NedRelX", (1, 5), [0, 3, 3, -1.5]), ("NedRelY", (1, 5), [0, 3, 4, -1.5]),
-                                       ("NedRelZ", (-1, 5), [0, 3, 4, -2.5]), ("NedAbsYaw", (90, 180), [90, 3, 4,
-                                                                                                        -2.5]),
-                                       ("VehicleRelX", (2, 5), [90, 3, 6,
-                                                                -2.5]), ("VehicleRelY", (2, 5), [90, 1, 6, -2.5]),
-                                       ("VehicleRelXY", (1, -1, 5), [90, 2, 7,
-                                                                     -2.5]), ("NedRelYaw", (-90, 180), [0, 2, 7, -2.5]),
-                                       ("NedAbsX", (0, 5), [0, 0, 7, -2.5]), ("NedAbsY", (0, 5), [0, 0, 0, -2.5])):
+        for move, arguments, place in (
+            ("NedAbsXY", (3, 4, 5), [0, 3, 4, -1.5]),
+            ("NedRelXY", (-1, -1, 5), [0, 2, 3, -1.5]),
+            ("NedRelX", (1, 5), [0, 3, 3, -1.5]),
+            ("NedRelY", (1, 5), [0, 3, 4, -1.5]),
+            ("NedRelZ", (-1, 5), [0, 3, 4, -2.5]),
+            ("NedAbsYaw", (90, 180), [90, 3, 4, -2.5]),
+            ("VehicleRelX", (2, 5), [90, 3, 6, -2.5]),
+            ("VehicleRelY", (2, 5), [90, 1, 6, -2.5]),
+            ("VehicleRelXY", (1, -1, 5), [90, 2, 7, -2.5]),
+            ("NedRelYaw", (-90, 180), [0, 2, 7, -2.5]),
+            ("NedAbsX", (0, 5), [0, 0, 7, -2.5]),
+            ("NedAbsY", (0, 5), [0, 0, 0, -2.5]),
+        ):
             assert getattr(drone, "Drone_move" + move)(*arguments) == 0
             assert drone.Drone_readTrajectory()[2:] == pytest.approx(place, abs=1e-4)
             await_task(drone, 2)
-            assert drone.Drone_getPositionWithNED()[2:] == pytest.approx(
-                place, abs=1e-4)
+            assert drone.Drone_getPositionWithNED()[2:] == pytest.approx(place, abs=1e-4)
             assert drone.Drone_getVelocityWithNED()[2:] == [0] * 4
         assert drone.Drone_setAttitudeMode() == 0
-        assert drone.Drone_moveVehicleAbsPitch(
-            -10, 90) == 0
+        assert drone.Drone_moveVehicleAbsPitch(-10, 90) == 0
         assert drone.Drone_moveNedRelX(1, 1) == NOT_NOW
         assert drone.Drone_moveVehicleAbsRoll(60, 90) == IMPOSSIBLE
         while drone.Drone_getPositionWithNED()[3] < 3:  # it goes where it leans to
@@ -276,8 +274,7 @@ def test_a_flight():
         assert drone.Drone_startLanding() == NOT_NOW
         await_task(drone, 0)
         assert drone.Drone_getPositionWithNED()[5] == 0
-        assert drone.Drone_getLandingStatus(
-        ) == 2
+        assert drone.Drone_getLandingStatus() == 2
         assert drone.Drone_deactivate() == 0
         assert drone._Drone_setActiveStatus(2) == IMPOSSIBLE
         assert drone.Drone_setAltitudeSensorMode(0) == 0

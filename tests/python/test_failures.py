@@ -49,12 +49,23 @@ def test_an_error_keeps_its_code_and_takes_a_message():
     assert Mine(msg="x").code == -8100
 
 
-@pytest.mark.parametrize("status, failure", [(10, "FirmwareEnableError"), (13, "FirmwareZVRIndexError"),
-                                             (21, "FirmwareI2CError"), (50, "FirmwareDIOError"),
-                                             (80, "FirmwareParserError"), (14, "FirmwareOtherError"),
-                                             (255, "FirmwareOtherError"), (256, "FirmwareOtherError"),
-                                             (-21, "FirmwareOtherError"), (2**40, "FirmwareOtherError"),
-                                             (2**31 + 21, "FirmwareOtherError"), (-(10**40), "FirmwareOtherError")])
+@pytest.mark.parametrize(
+    "status, failure",
+    [
+        (10, "FirmwareEnableError"),
+        (13, "FirmwareZVRIndexError"),
+        (21, "FirmwareI2CError"),
+        (50, "FirmwareDIOError"),
+        (80, "FirmwareParserError"),
+        (14, "FirmwareOtherError"),
+        (255, "FirmwareOtherError"),
+        (256, "FirmwareOtherError"),
+        (-21, "FirmwareOtherError"),
+        (2**40, "FirmwareOtherError"),
+        (2**31 + 21, "FirmwareOtherError"),
+        (-(10**40), "FirmwareOtherError"),
+    ],
+)
 def test_firmware_status(status, failure):
     with pytest.raises(getattr(pyzvr, failure)):
         pyzvr.checkFirmwareError(status)

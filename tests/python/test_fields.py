@@ -119,10 +119,12 @@ def test_channels_and_ratio_of_a_stream_are_those_of_now():
         rows_pass(box)
         with mock.patch.object(box, "ai_num_channels", 2), mock.patch.object(box, "ai_ratio", 2.0):
             box.ai_data_queue_list[0].put(SAMPLES)
-            assert [box.ai_signal_queue_list[0].get(timeout=PATIENCE) for _ in range(4)] == [[0.0,
-                                                                                              2.0], [-2.0, 65534.0],
-                                                                                             [-65536.0, 0.0],
-                                                                                             [0.0, 0.0]]
+            assert [box.ai_signal_queue_list[0].get(timeout=PATIENCE) for _ in range(4)] == [
+                [0.0, 2.0],
+                [-2.0, 65534.0],
+                [-65536.0, 0.0],
+                [0.0, 0.0],
+            ]
         rows_pass(box)
 
 

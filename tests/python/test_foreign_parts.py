@@ -113,8 +113,7 @@ def test_an_analog_input_needs_no_device():
     rows_pass(box)
     box.ai_data_queue_list[0].put(SAMPLES * 3)
     assert box.AI_readStreaming(0, 2, PATIENCE) == [ROW] * 2
-    assert awaited(box, "AI_readStreaming", 0, 1,
-                                                                         PATIENCE) == [ROW]
+    assert awaited(box, "AI_readStreaming", 0, 1, PATIENCE) == [ROW]
     box._AI_free()
     box.ai_stream_thread.join(PATIENCE)
     assert not box.ai_stream_thread.is_alive()
@@ -137,8 +136,7 @@ def test_a_broadcast_needs_no_device():
     with mock.patch("asyncio.sleep", at_once):
         assert asyncio.run(box._broadcastPacket_async(252, [0])) is box.data_pool_bcst[252]
     assert box.data_pool_bcst == {252: {b"record"}}
-    assert len(
-        box.sent) == pyzvr.NUM_BCST_RETRIES
+    assert len(box.sent) == pyzvr.NUM_BCST_RETRIES
     assert slept == [pyzvr.PACKET_TIMEOUT]
 
 
@@ -158,6 +156,5 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
             assert streams[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"data"
             until(lambda: sets == {pyzvr.GET_DEVICE_INFO: {b"data"}})
         connection.sendall(bytes(box._preparePacket(pyzvr.AHRS_START, b"\1more")))
-        assert box.data_pool_strm[pyzvr.AHRS_START].get(
-            timeout=PATIENCE) == b"more"
+        assert box.data_pool_strm[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"more"
         assert streams[pyzvr.AHRS_START].empty()

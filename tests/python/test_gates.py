@@ -87,8 +87,7 @@ def test_link_is_gated_by_the_lock_that_the_object_has(kind):
         for _ in range(3):
             assert is_held(lock)
             box.connect("127.0.0.1", peer.port, verbose=False)
-            assert box.Sys_getSerialNumber() == "SN000001" == asyncio.run(
-                box.Sys_getSerialNumber_async())
+            assert box.Sys_getSerialNumber() == "SN000001" == asyncio.run(box.Sys_getSerialNumber_async())
             assert not is_held(lock)
             box.disconnect(verbose=False)
             assert box.recv_cmd_lock is lock

@@ -112,8 +112,7 @@ def test_awaitable_forms_are_coroutine_functions():
     ]
     assert wrong == []
     with pyzvr.TarnDio() as box:
-        assert asyncio.iscoroutinefunction(
-            box.Sys_getSerialNumber_async)
+        assert asyncio.iscoroutinefunction(box.Sys_getSerialNumber_async)
         assert not asyncio.iscoroutinefunction(box.Sys_getSerialNumber)
         if sys.version_info >= (3, 12):
             assert inspect.iscoroutinefunction(box.Sys_getSerialNumber_async)

@@ -246,8 +246,11 @@ def test_what_holds_a_link_is_not_copied_and_says_what_to_do(make):
 def test_values_are_copied_and_pickled():
     for frame in (pyzvr.CANFrame(291, data=[1, 2, 3]), pyzvr.CANFrame(2**28, True, True)):
         frame.note = "kept"
-        for again in (copy.copy(frame), copy.deepcopy(frame), *(pickle.loads(pickle.dumps(frame, protocol))
-                                                                for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
+        for again in (
+            copy.copy(frame),
+            copy.deepcopy(frame),
+            *(pickle.loads(pickle.dumps(frame, protocol)) for protocol in range(pickle.HIGHEST_PROTOCOL + 1)),
+        ):
             assert again == frame
             assert again is not frame
             assert again.frame_in_list == frame.frame_in_list
@@ -255,5 +258,4 @@ def test_values_are_copied_and_pickled():
     for error in (pyzvr.InputDataNotInRangeError("port"), pyzvr.ReceivePacketTimeoutError(), pyzvr.Error(5, "five")):
         for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
             again = pickle.loads(pickle.dumps(error, protocol))
-            assert (type(again), str(again), again.code, again.msg) == (type(error), str(error), error.code,
-                                                                      error.msg)
+            assert (type(again), str(again), again.code, again.msg) == (type(error), str(error), error.code, error.msg)

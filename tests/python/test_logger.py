@@ -173,8 +173,9 @@ def writers_of(logger, count, stop, backlog):
 
 
 @pytest.mark.parametrize("make_slow", [plain, slow_queue])
-def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(tmp_path, logger, monkeypatch,
-                                                                               make_slow):
+def test_files_change_under_writing_threads_and_no_row_is_lost_or_out_of_order(
+    tmp_path, logger, monkeypatch, make_slow
+):
     make_slow(monkeypatch, logger)
     paths = [tmp_path / f"{i}.csv" for i in range(60 if make_slow is plain else 8)]
     logger.Logger_openFile(str(paths[0]), True, False)

@@ -195,8 +195,10 @@ def test_inputs_go_by_the_level_of_the_forward_limit(ratchet, call):
     assert call(ratchet, "Motion_getLimitStatus", 0, 0) == [0, 1]
 
 
-@pytest.mark.parametrize("mode, velocity, frame", [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53"),
-                                                   (0, None, "54"), (1, "fast", "50")])
+@pytest.mark.parametrize(
+    "mode, velocity, frame",
+    [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53"), (0, None, "54"), (1, "fast", "50")],
+)
 def test_a_move_starts_by_the_record(ratchet, call, mode, velocity, frame):
     ratchet.axis_3.operation_mode, ratchet.axis_3.velocity = mode, velocity
     ratchet.chip.values[frame] = 54
@@ -259,20 +261,24 @@ def test_a_negative_axis_goes_on_as_far_as_its_steps_lead(ratchet, call, operati
     assert frames_of(ratchet) == frames
     if operation == "Motion_cfg2AxisLinearInterpo":
         record = ratchet.linear_interpo
-        assert (record.main_axis, record.main_dest, record.second_axis, record.mode, record.speed) == (-1, 6, 1, 2,
-                                                                                                       10000)
+        assert (record.main_axis, record.main_dest, record.second_axis, record.mode, record.speed) == (
+            -1,
+            6,
+            1,
+            2,
+            10000,
+        )
 
 
 @pytest.mark.parametrize("ending", ["", "_async"])
 def test_the_controller_is_made_by_the_constructor_of_its_driver(ending):
     module, driver = getattr(pyzvr, "MCX514Module" + ending), getattr(pyzvr, "MCX514Driver" + ending)
     other = getattr(pyzvr, "MCX514Driver" + ("" if ending else "_async"))
-    with mock.patch.object(driver, "__init__", autospec=True,
-                           return_value=None) as constructor, mock.patch.object(other, "__init__",
-                                                                                return_value=None) as unused:
+    with mock.patch.object(driver, "__init__", autospec=True, return_value=None) as constructor, mock.patch.object(
+        other, "__init__", return_value=None
+    ) as unused:
         made = module({0: [0]})
-    assert constructor.mock_calls == [mock.call(made)
-                                      ]
+    assert constructor.mock_calls == [mock.call(made)]
     assert unused.mock_calls == []
     assert vars(made) == {"motion_dict": {0: [0]}}
     assert module({0: [0]}).axis_4.velocity == 10000

@@ -138,8 +138,8 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     assert call(ratchet, "Motion_saveCfgFile") == 0
     assert second.read_text() == ini.read_text() != ""
     text = ini.read_text()
-    for key, value, error in (("Home Enable", 2, KeyError), ("Offset Position", "%",
-                                                               ValueError)):  # has no text; is no value to the parser
+    # The one has no text, the other is no value to the parser.
+    for key, value, error in (("Home Enable", 2, KeyError), ("Offset Position", "%", ValueError)):
         with mock.patch.dict(ratchet.axis_3.motion_dict, {key: value}), pytest.raises(error):
             call(ratchet, "Motion_saveCfgFile")
         assert ini.read_text() == text
@@ -148,8 +148,12 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     assert call(ratchet, "Motion_saveCfgFile") == 0
     assert second.read_text() == ini.read_text() == text
     after = ini.stat()
-    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (before.st_ino, 2, before.st_mode,
-                                                                           before.st_uid)
+    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (
+        before.st_ino,
+        2,
+        before.st_mode,
+        before.st_uid,
+    )
     assert set(ini.parent.iterdir()) == {ini, second}
 
 
@@ -164,8 +168,7 @@ def test_the_hosts_functions_are_used_as_they_are_now(ratchet, call, ini):
     with pytest.raises(pyzvr.IniFileNotFoundError):
         call(ratchet, "Motion_openCfgFile", "missing.ini")
     assert call(ratchet, "Motion_openCfgFile", ini) == 0
-    assert call(ratchet,
-                                                                  "Motion_saveCfgFile") == 0
+    assert call(ratchet, "Motion_saveCfgFile") == 0
     assert ini.read_text()
     for wrong in (5, None, b"axes.ini"):
         with pytest.raises(TypeError, match="filename: .*(int|NoneType|bytes)"):

@@ -57,9 +57,7 @@ UNITS = {
 
 def test_every_mode_has_its_ranges():
     assert len(Measurement._MODE) == 31
-    assert Measurement._MODE[22:31] == [
-        "ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"
-    ]
+    assert Measurement._MODE[22:31] == ["ACA", "DCA", "LPF", "AC/DC", "LPF", "AC+DC", "LPF", "AC+DC2", "INRUSH"]
     for number, mode in enumerate(Measurement._MODE):
         known = [range_ for range_ in "0123456789" if Measurement(record(number, range_, "1")).display_unit is not None]
         assert "".join(known) == UNITS.get(mode, "")
@@ -118,8 +116,7 @@ def test_overload_is_a_text_and_keeps_the_unit(display):
 @pytest.mark.parametrize("level, display", enumerate(["EF", "-", "--", "---", "----", "-----"]))
 def test_field_strengths(level, display):
     meter = Measurement(record("NCV", "0", display))
-    assert meter._data[
-        "ncv"]
+    assert meter._data["ncv"]
     assert meter.value == meter.display_decimal == level
     assert meter.unit == "NCV"
     assert not meter.overload
@@ -129,8 +126,7 @@ def test_what_is_no_record():
     good = record("DCV", "0", "1.0", rest=b"")
     assert Measurement(good).value == 1
     assert Measurement(bytearray(good)).value == 1
-    assert Measurement(
-        list(good)).value == 1
+    assert Measurement(list(good)).value == 1
     for bad, error, message in ((good[:13], IndexError,
                                    "14 bytes"), (b"", IndexError, "14 bytes"), (b"\x1f" + good[1:], IndexError, "31"),
                                   (record("DCV", "0", "word"), decimal.InvalidOperation, None), (5, TypeError, None),

@@ -56,10 +56,9 @@ def test_a_search_for_a_name_that_gets_no_answer(what):
     if not can_make_networks():
         pytest.skip("network namespaces are not allowed here")
     begin = time.monotonic()
-    run = subprocess.run(["unshare", "--net", "--mount", sys.executable, "-c", NAMES, what],
-                         capture_output=True,
-                         text=True,
-                         timeout=60)
+    run = subprocess.run(
+        ["unshare", "--net", "--mount", sys.executable, "-c", NAMES, what], capture_output=True, text=True, timeout=60
+    )
     assert run.stdout.split()[-1:] == ["True"], run.stdout + run.stderr
     assert run.returncode == 0
     assert time.monotonic() - begin < 20

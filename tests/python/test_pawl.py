@@ -150,8 +150,10 @@ def test_what_the_drive_remembers(pawl, call):
     assert call(pawl, "_Motion_getInpositionStatus", 0) == pawl.status_bit2_sg2 == pawl.status_bit7_stopr == 1
     assert (pawl.status_bit0_resetflag, pawl.status_bit3_standstill, pawl.status_bit6_stopl) == (0, 0, 0)
     call(pawl, "Motion_cfgLimit", 0, 0, 1, 0)
-    assert [pawl.axis.motion_dict[key] for key in ("Forward Enable", "Reverse Enable", "Forward Polarity",
-                                                  "Reverse Polarity")] == [0, 1, 0, 0]
+    assert [
+        pawl.axis.motion_dict[key]
+        for key in ("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity")
+    ] == [0, 1, 0, 0]
 
 
 def test_what_fails_on_the_drive(pawl, call):

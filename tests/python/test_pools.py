@@ -88,8 +88,7 @@ def test_what_is_missing_is_made_when_it_is_indexed_and_only_then(device):
             made = pool[key]
             assert pool[key] is made
             assert pool.get(key) is made
-            assert pool.setdefault(
-                key, A) is made
+            assert pool.setdefault(key, A) is made
             assert pool.pop(key) is made
             assert len(pool) == 0
         assert outcome(pool.__getitem__, []) is TypeError
@@ -104,16 +103,13 @@ def test_frames_go_to_what_the_pools_hold_now(device):
     device._putToDataPool(pyzvr.GET_SERIAL_NUMBER, b"reply")
     assert own.get_nowait() == b"frame"
     assert own_set == {b"old", b"record"}
-    assert device.data_pool_echo == {
-        pyzvr.GET_SERIAL_NUMBER: b"reply"
-    }
+    assert device.data_pool_echo == {pyzvr.GET_SERIAL_NUMBER: b"reply"}
     for pool in (device.data_pool_echo, device.data_pool_strm, device.data_pool_bcst):
         pool.clear()
     device._putToDataPool(pyzvr.AHRS_START, b"\1more")
     device._putToDataPool(pyzvr.GET_DEVICE_INFO, b"\1more")
     assert own.empty()
-    assert device.data_pool_strm[
-        pyzvr.AHRS_START].get_nowait() == b"more"
+    assert device.data_pool_strm[pyzvr.AHRS_START].get_nowait() == b"more"
     assert device.data_pool_bcst == {pyzvr.GET_DEVICE_INFO: {b"more"}}
 
 

@@ -109,22 +109,45 @@ def rows_written(log):
 
 BODIES = {
     "_recvCMDThread": Body("TarnDio", on_peers, ("recv_cmd_thread",), lambda box: [()], request, answered),
-    "_recvDataThread": Body("HeronAnalog", on_peers, ("recv_data_thread",), lambda box: [()], frame_on_data_side,
-                            data_comes), "_recvUDPThread": Body("DeviceFinder", on_finder, ("recv_udp_thread",),
-                                                                lambda box: [()], datagram, hears),
-    "_AIStreamThread": Body("TarnAnalog", on_opened, ("ai_stream_thread",),
-                            lambda box: [(box.ai_data_queue_list, box.ai_signal_queue_list)],
-                            lambda box: box.ai_data_queue_list[0].put(None), rows_pass), "_UARTStreamThread": Body(
-                                "SableDio", on_opened, ("uart_p1_stream_thread", "uart_p2_stream_thread"),
-                                lambda box: [(box.uart_p1_lock, box.uart_p1_data_queue, box.uart_p1_signal_queue),
-                                             (box.uart_p2_lock, box.uart_p2_data_queue, box.uart_p2_signal_queue)],
-                                put(("uart_p1_data_queue", "uart_p2_data_queue"), None),
-                                bytes_pass), "_CANStreamThread": Body("SableCan", on_opened, ("can_stream_thread",),
-                                                                      lambda box: [(box.can_data_queue,)],
-                                                                      put(("can_data_queue",), None), frames_pass),
-    "_saveStreamingDataThread": Body("DataLogger", on_logger,
-                                     ("save_data_thread",), lambda box: [(box.save_data_queue,)],
-                                     put(("save_data_queue",), None), rows_written),
+    "_recvDataThread": Body(
+        "HeronAnalog", on_peers, ("recv_data_thread",), lambda box: [()], frame_on_data_side, data_comes
+    ),
+    "_recvUDPThread": Body("DeviceFinder", on_finder, ("recv_udp_thread",), lambda box: [()], datagram, hears),
+    "_AIStreamThread": Body(
+        "TarnAnalog",
+        on_opened,
+        ("ai_stream_thread",),
+        lambda box: [(box.ai_data_queue_list, box.ai_signal_queue_list)],
+        lambda box: box.ai_data_queue_list[0].put(None),
+        rows_pass,
+    ),
+    "_UARTStreamThread": Body(
+        "SableDio",
+        on_opened,
+        ("uart_p1_stream_thread", "uart_p2_stream_thread"),
+        lambda box: [
+            (box.uart_p1_lock, box.uart_p1_data_queue, box.uart_p1_signal_queue),
+            (box.uart_p2_lock, box.uart_p2_data_queue, box.uart_p2_signal_queue),
+        ],
+        put(("uart_p1_data_queue", "uart_p2_data_queue"), None),
+        bytes_pass,
+    ),
+    "_CANStreamThread": Body(
+        "SableCan",
+        on_opened,
+        ("can_stream_thread",),
+        lambda box: [(box.can_data_queue,)],
+        put(("can_data_queue",), None),
+        frames_pass,
+    ),
+    "_saveStreamingDataThread": Body(
+        "DataLogger",
+        on_logger,
+        ("save_data_thread",),
+        lambda box: [(box.save_data_queue,)],
+        put(("save_data_queue",), None),
+        rows_written,
+    ),
 }
 
 

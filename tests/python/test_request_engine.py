@@ -218,8 +218,8 @@ def test_a_mask_is_made_after_the_modes_are_read(bench, call):
         bench.client_cmd.sent.clear()
         with mock.patch.object(bench, "_getPinIndexInInt", side_effect=lambda _: len(bench.client_cmd.sent)):
             assert call(bench, operation, 0, pins) == 0
-        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0",
-                                                                   b"\0\0\1"]  # one request was out when it was made
+        # One request was out when it was made.
+        assert [data[:3] for _, data in bench.client_cmd.sent] == [b"\0", b"\0\0\1"]
 
 
 def test_a_clock_counts_as_the_name_says(bench, call, monkeypatch):

@@ -66,8 +66,9 @@ def test_left_loop_closes_its_stream(form, model, port, wave):
     with configured(model=model, port=port) as box:
         for _ in range(2):  # rows that the first run leaves are none of the second
             blocks = taken(box, form, 100, 3, port)
-            assert [(len(block), block.first_row, block.rate) for block in blocks] == [(100, i, 4000)
-                                                                                      for i in (0, 100, 200)]
+            assert [(len(block), block.first_row, block.rate) for block in blocks] == [
+                (100, i, 4000) for i in (0, 100, 200)
+            ]
             assert rows_of(blocks) == counted(0, 300)
             assert is_idle(box, port)
 

@@ -254,9 +254,11 @@ def test_both_forms_of_the_decay_times_have_one_name():
 def test_replies_that_are_too_short_fail(call):
     with fake_device("TarnThermo", OPEN_THERMAL=b"\1", READ_THERMAL_COUPLE=b"\1\0\0\0\0",
                      SET_THERMAL_TYPE=b"\1\0") as box:
-        for operation, arguments, error in (("Thermal_open", (1,), IndexError),
-                                              ("Thermal_readSensor", (1, 0), IndexError), ("Thermal_setType", (1, 0, 0),
-                                                                                           IndexError)):
+        for operation, arguments, error in (
+            ("Thermal_open", (1,), IndexError),
+            ("Thermal_readSensor", (1, 0), IndexError),
+            ("Thermal_setType", (1, 0, 0), IndexError),
+        ):
             with pytest.raises(error):
                 call(box, operation, *arguments)
     with fake_device("HeronImu", AHRS_GET_ESTIMATES=b"\0") as box:
@@ -273,8 +275,7 @@ def test_thermocouples_keep_their_settings(call):
             assert all(abs(reading - 20 - 10 * channel) <= 0.2 for reading in readings)
             assert len(set(readings)) > 4
         assert abs(call(box, "_Thermal_readJunction", 1, 3) - 25) <= 0.2
-        assert call(box, "Thermal_getStatus", 1,
-                                                                                  0) == b"\0"
+        assert call(box, "Thermal_getStatus", 1, 0) == b"\0"
         assert call(box, "_Thermal_writeOffset", 1, 6, -30.5) == 0
         assert call(box, "_Thermal_readOffset", 1, 6) == -30.5
         assert abs(call(box, "Thermal_readSensor", 1, 6) - 49.5) <= 0.2
@@ -340,8 +341,7 @@ def test_the_inertial_unit_follows_its_board(call):
         assert max(rolls) - min(rolls) > 1
         acceleration, field = call(box, "_AHRS_getRawdata", 0)[:3], call(box, "_AHRS_getRawdata", 0)[6:]
         assert math.dist(acceleration, (0, 0, 0)) == pytest.approx(9.81, abs=1e-3)
-        assert math.dist(
-            field, (0, 0, 0)) == pytest.approx(49.244, abs=1e-2)
+        assert math.dist(field, (0, 0, 0)) == pytest.approx(49.244, abs=1e-2)
         assert call(box, "AHRS_stop", 0) == 0
         assert call(box, "AHRS_getOrientation", 0) == [0.0] * 3
         assert call(box, "AHRS_close", 0) == 0
@@ -366,9 +366,7 @@ def test_resistors_keep_their_values(call):
         assert call(box, "DPOT_writeAllChannel", 0, [100, 220.4, 470, 1e5]) == 0
         assert [call(box, "DPOT_readByChannel", 0, channel) for channel in range(5)] == [100, 220, 470, 100000, 0]
         assert call(box, "DPOT_writeByChannel", 0, 1, 330) == 0
-        assert call(box, "DPOT_writeAllChannel", 0,
-                                                                         [1, 2, -1]) == -7014
+        assert call(box, "DPOT_writeAllChannel", 0, [1, 2, -1]) == -7014
         assert call(box, "DPOT_writeByChannel", 0, 4, 330) == -7001
-        assert call(box, "DPOT_writeByChannel", 0, 0,
-                                                                             float("nan")) == -7014
+        assert call(box, "DPOT_writeByChannel", 0, 0, float("nan")) == -7014
         assert [call(box, "DPOT_readByChannel", 0, channel) for channel in range(4)] == [100, 330, 470, 100000]

@@ -16,8 +16,7 @@ def test_time_server_and_clock(call):
         assert call(box, "SNTP_setPeriod", -1) == -7004
         assert call(box, "SNTP_getPeriod") == 60.0
         assert call(box, "Sys_setRTC", 2001, 2, 3, 4, 5, 6) == 0
-        assert call(box,
-                                                                          "Sys_getRTC").startswith("2001-02-03, 04:05")
+        assert call(box, "Sys_getRTC").startswith("2001-02-03, 04:05")
         before = call(box, "SNTP_getSyncStatus")
         assert call(box, "SNTP_syncNow") == 0
         assert call(box, "SNTP_getSyncStatus") != before
@@ -32,14 +31,14 @@ def test_a_clock_that_counts_from_2000_does_not_go_back_before(call):
             assert call(box, "Sys_setRTC", year, 2, 3, 4, 5, 6) == pyzvr.errFirmwareRTC
         assert call(box, "Sys_getRTC").startswith("2024-02-03, 04:05")
         assert call(box, "Sys_setRTC", 2000, 1, 1, 4, 5, 6) == 0
-        assert call(box,
-                                                                          "Sys_getRTC").startswith("2000-01-01, 04:05")
+        assert call(box, "Sys_getRTC").startswith("2000-01-01, 04:05")
 
 
 def test_addresses_are_kept(call):
     with connected("TarnOut") as box:
-        assert call(box, "Net_setIPAddrAndSubmask", "10.0.0.9", "255.0.0.0") == call(box, "_setGateway",
-                                                                                     "10.0.0.1") == 0
+        assert (
+            call(box, "Net_setIPAddrAndSubmask", "10.0.0.9", "255.0.0.0") == call(box, "_setGateway", "10.0.0.1") == 0
+        )
         assert call(box, "_setMACAddr", "02:0a:00:00:00:ff") == 0
         assert call(box, "Sys_getIPAddrAndSubmask") == [box.ip_addr, box.subnet_mask] == ["10.0.0.9", "255.0.0.0"]
         assert (call(box, "Net_getGateway"), call(box, "Net_getMACAddr")) == ("10.0.0.1", "2:a:0:0:0:ff")

@@ -120,8 +120,9 @@ def test_outputs_are_seen_by_the_inputs_that_they_lead_to(call):
 @pytest.mark.parametrize("options", [("--duplicate", "1"), ("--flood", "2000"), ("--split", "700"),
                                      ("--coalesce", "7")])
 def test_bad_links_cannot_disturb_another_device(options):
-    with connected("TarnAnalog", "--wave", "*:count") as good, connected("TarnAnalog", "--wave", "*:count",
-                                                                         *options) as bad:
+    with connected("TarnAnalog", "--wave", "*:count") as good, connected(
+        "TarnAnalog", "--wave", "*:count", *options
+    ) as bad:
         for box in (good, bad):
             box.AI_open(0)
             box._sendPacketWithoutReply(pyzvr.OPEN_AI_STREAMING, [0])
@@ -130,8 +131,7 @@ def test_bad_links_cannot_disturb_another_device(options):
         assert good.AI_readStreaming(0, 2000, 10) == counted(0, 2000)
         rows = bad.AI_readStreaming(0, 200, 10)
         assert len(rows) == 200
-        assert ([row for i, row in enumerate(rows) if row not in rows[:i]]
-                                     == rows) == (options[0] != "--duplicate")
+        assert ([row for i, row in enumerate(rows) if row not in rows[:i]] == rows) == (options[0] != "--duplicate")
 
 
 def test_device_that_stops_within_a_row_ends_its_own_reader_only(monkeypatch):

@@ -38,11 +38,10 @@ def box(place):
     box.close(verbose=False)
 
 
-@pytest.mark.parametrize(("model", "fields"), [
-    ("TarnDio", ("host", "port")),
-    ("HeronAnalog", ("host", "data_port", "port")),
-    ("Drone", ("serial_port",)),
-])
+@pytest.mark.parametrize(
+    ("model", "fields"),
+    [("TarnDio", ("host", "port")), ("HeronAnalog", ("host", "data_port", "port")), ("Drone", ("serial_port",))],
+)
 def test_a_place_tells_where_it_is_and_ends_with_its_block(model, fields):
     with zvrkit.sim.device(model, "--serial", "SN7") as place:
         assert place.address == tuple(getattr(place, field) for field in fields)
