@@ -216,8 +216,11 @@ std::optional<ReadStatus> SystemSocket::takeNow(std::span<std::uint8_t>& buffer,
 std::optional<ReadStatus> SystemSocket::takeInto(SharedSplitter& splitter, std::size_t length,
                                                  std::vector<Packet>& packets, bool waits) {
     const std::lock_guard lock(receiving_);
-    if (buffer_.size() < length) buffer_.resize(length);
-    std::span taken = std::span(buffer_).first(length);
+    if (bufferSize_ < length) {  // what no read fills takes no memory
+        buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(length);
+        bufferSize_ = length;
+    }
+    std::span taken(buffer_.get(), length);
     const std::optional<ReadStatus> reading = takeNow(taken, waits);
     if (reading == ReadStatus::data) packets = splitter.take(taken);
     return reading;

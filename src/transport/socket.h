@@ -125,7 +125,8 @@ private:
     const Wake threadWake_;
     // Taking the bytes and putting them into the splitter is one step for other readers.
     std::mutex receiving_;
-    Bytes buffer_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::size_t bufferSize_ = 0;
     std::mutex mutex_;
     std::condition_variable left_;
     int users_ = 0;
