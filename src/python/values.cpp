@@ -34,7 +34,8 @@ std::uint8_t byteOfItem(py::handle item, const char* name, std::size_t place) {
             named(name, at() + " is of type " + Py_TYPE(item.ptr())->tp_name + "; an integer from 0 to 255 is wanted"));
     }
     int overflow = 0;
-    const Object number = own(entering([&] { return PyNumber_Index(item.ptr()); }));
+    const bool isPlain = PyLong_CheckExact(item.ptr()) != 0;  // the index of others may be code of their own
+    const Object number = isPlain ? borrow(item.ptr()) : own(entering([&] { return PyNumber_Index(item.ptr()); }));
     const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
     if (overflow != 0 || value < 0 || value > 255) {
         throw py::value_error(named(
