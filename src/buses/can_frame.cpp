@@ -293,7 +293,7 @@ Object makeType() {
 
 /// A method that takes the class.
 void addClassMethod(const Object& cls, Definition definition) {
-    const Definition& kept = keep(std::move(definition));
+    const Definition& kept = *keep(std::move(definition));
     const Object method = makeOperation(kept, Form::method, "CANFrame");
     py::setattr(cls, kept.name.c_str(),
                 callObject(py::handle(reinterpret_cast<PyObject*>(&PyClassMethod_Type)), method));

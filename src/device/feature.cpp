@@ -94,14 +94,14 @@ Feature& Feature::Group::operations(std::vector<Request> requests) {
 }
 
 Feature& Feature::add(const Definition& definition, Form blockingForm) {
-    const Definition& kept = keep(definition);
+    const Definition& kept = *keep(definition);
     blocking_.addKept(kept, blockingForm);
     async_.addKept(kept, Form::awaitable);
     return *this;
 }
 
 Feature& Feature::addShared(const Definition& definition, bool intoBoth) {
-    const Definition& kept = keep(definition);
+    const Definition& kept = *keep(definition);
     if (based_ && !intoBoth) {
         based_->addKept(kept, Form::method);
     } else {

@@ -10,10 +10,8 @@ const Parameter window{"window_size", "float", "window of the frequency, 32-bit 
 
 // The low 48 bits of a position.
 template <class Number>
-constexpr Encoding low48{"48 bits of", [](Payload& data, py::handle value, int) {
-                             const Bytes wide = pack<Number>(value);
-                             data.add(Bytes(wide.begin() + 2, wide.end()));
-                         }};
+constexpr Encoding low48{"48 bits of",
+                         [](Payload& data, py::handle value, int) { data.add(restOf(pack<Number>(value), 2)); }};
 
 // 1 for what is 1 or more, 0 for all else.
 void appendFlag(Payload& data, py::handle value, int = 0) { data.add(borrow(value.ptr()) >= py::int_(1) ? 1 : 0); }

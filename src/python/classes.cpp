@@ -27,11 +27,11 @@ std::string nameOf(py::handle type) { return py::cast<std::string>(attribute(typ
 ClassMaker& ClassMaker::property(const FieldDoc& field, Body get, std::optional<Body> set, std::optional<Body> erase) {
     const auto accessor = [&](std::optional<Body> body, Parameters parameters, Returns returns) -> Object {
         if (!body) return py::none();
-        return makeOperation(keep({.name = field.name,
-                                   .parameters = std::move(parameters),
-                                   .doc = field.doc,
-                                   .returns = std::move(returns),
-                                   .body = *std::move(body)}),
+        return makeOperation(*keep({.name = field.name,
+                                    .parameters = std::move(parameters),
+                                    .doc = field.doc,
+                                    .returns = std::move(returns),
+                                    .body = *std::move(body)}),
                              Form::method, nameOf(type_));
     };
     const Object getter = accessor(std::move(get), {}, {field.type, field.doc});
@@ -53,7 +53,7 @@ ClassMaker& ClassMaker::addKept(const Definition& definition, Form form) {
 }
 
 ClassMaker& ClassMaker::standalone(Definition definition) {
-    const Definition& kept = keep(std::move(definition));
+    const Definition& kept = *keep(std::move(definition));
     const Object function = makeOperation(kept, Form::function, nameOf(type_));
     py::setattr(type_, kept.name.c_str(), callObject(pythonObject("builtins", "staticmethod"), function));
     return *this;
@@ -71,7 +71,7 @@ ClassMaker Package::makeClass(const std::string& name, const std::vector<std::st
 }
 
 void Package::function(Definition definition) {
-    const Definition& kept = keep(std::move(definition));
+    const Definition& kept = *keep(std::move(definition));
     py::setattr(module_, kept.name.c_str(), makeOperation(kept, Form::function, ""));
 }
 

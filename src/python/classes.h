@@ -39,7 +39,7 @@ public:
     /// A plain attribute.
     ClassMaker& field(const FieldDoc& field);
 
-    ClassMaker& add(Definition definition, Form form) { return addKept(keep(std::move(definition)), form); }
+    ClassMaker& add(Definition definition, Form form) { return addKept(*keep(std::move(definition)), form); }
     /// The same for a definition that is kept already.
     ClassMaker& addKept(const Definition& definition, Form form);
 

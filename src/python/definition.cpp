@@ -17,9 +17,9 @@ void Raises::add(std::initializer_list<Entry> entries) {
     }
 }
 
-const Definition& keep(Definition definition) {
+const Definition* keep(Definition definition) {
     static auto& kept = neverDestroyed<std::deque<Definition>>();
-    return kept.emplace_back(std::move(definition));
+    return &kept.emplace_back(std::move(definition));
 }
 
 }  // namespace zvr::python

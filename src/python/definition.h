@@ -98,7 +98,7 @@ struct Definition {
 };
 
 /// Keeps a definition for good.
-const Definition& keep(Definition definition);
+const Definition* keep(Definition definition);
 
 namespace detail {
 

@@ -110,7 +110,7 @@ public:
         return *this;
     }
     Payload& add(int value) { return add(py::int_(value)); }
-    Payload& add(const Bytes& packed) {
+    Payload& add(ByteView packed) {
         for (const std::uint8_t byte : packed) add(static_cast<int>(byte));
         return *this;
     }
