@@ -17,9 +17,8 @@ import pyzvr
 
 
 def stream(path):
-    """Three channels of a stream, each sample where its block says that it was taken."""
-    waves = ("--wave", "0:sine:50:5", "--wave", "1:square:25:2", "--wave", "2:ramp:20:3")
-    with zvrkit.sim.device("TarnAnalog", *waves) as place, pyzvr.TarnAnalog() as box:
+    """What a simulated box has on three of its channels, each sample where its block says that it was taken."""
+    with zvrkit.sim.device("TarnAnalog") as place, pyzvr.TarnAnalog() as box:
         box.connect(*place.address, verbose=False)
         box.AI_open(0)
         box.AI_setMode(0, 2)
@@ -28,8 +27,9 @@ def stream(path):
             block = next(iter(blocks))
     times = [1000 * (block.first_row + row) / block.rate for row in range(len(block))]
     figure, plot = axes(230)
-    for channel, name in enumerate(("channel 0: sine", "channel 1: square", "channel 2: ramp")):
-        plot.plot(times, [row[channel] for row in block.tolist()], label=name, marker=".", markersize=3, linewidth=1.2)
+    for channel in range(3):
+        volts = [row[channel] for row in block.tolist()]
+        plot.plot(times, volts, label=f"channel {channel}", marker=".", markersize=3, linewidth=1.2)
     plot.set(xlabel="time since the first sample (ms)", ylabel="V", xlim=(0, times[-1]))
     plot.legend(loc="lower center", bbox_to_anchor=(0.45, 1), ncol=3, columnspacing=1, handlelength=1.2)
     save(figure, path)
@@ -57,6 +57,8 @@ def sweep(path):
 async def travelled(controller):
     """Times, positions and speeds of a move, of the requests whose moment is known well."""
     rows = []
+    await controller.Motion_open_async(0)
+    await controller.Motion_cfgAxisMove_async(0, 0, 0, 2000, velo=4000, accel=10000, decel=10000)
     await controller.Motion_startSingleAxisMove_async(0, 0)
     begin = time.monotonic()
     while time.monotonic() - begin < 1.1:
@@ -78,8 +80,6 @@ def axis_profile(path):
             break
         with zvrkit.sim.device("Ratchet") as place, pyzvr.Ratchet() as controller:
             controller.connect(*place.address, verbose=False)
-            controller.Motion_open(0)
-            controller.Motion_cfgAxisMove(0, 0, 0, 2000, velo=4000, accel=10000, decel=10000)
             rows = sorted(rows + asyncio.run(travelled(controller)))
     times, positions, speeds = zip(*rows)
     figure, (above, below) = axes(300, 2, sharex=True)
@@ -91,7 +91,7 @@ def axis_profile(path):
 
 
 def drone_path(path):
-    """A square, flown and seen from above."""
+    """A rectangle, flown and seen from above."""
     norths, easts, corners = [], [], []
 
     def finish(drone, keep=True):

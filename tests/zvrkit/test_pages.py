@@ -69,19 +69,23 @@ def test_every_program_of_the_pages_is_shown_and_run():
 
 def test_links_lead_to_pages_files_and_drawings():
     """Those without a suffix are pages of the reference that the build writes; `make docs` follows them."""
-    drawings = (ROOT / "docs/figures/figures.py").read_text()
-    lost = []
+    drawn = set(re.findall(r"(?m)^def (\w+)\(path\)", (ROOT / "docs/figures/figures.py").read_text()))
+    lost, shown = [], set()
     for page in [*PAGES, ROOT / "CONTRIBUTING.md", ROOT / "simulator/README.md"]:
         prose = re.sub(r"```.*?```|(?<!\[)`[^`\n]+`", "", page.read_text(), flags=re.DOTALL)
         for target in re.findall(r"\]\(([^)#\s]+)[^)]*\)", prose):
             name = target.removeprefix("/figures/")
-            if target.startswith("https:") or name != target and f"def {Path(name).stem}(" in drawings:
+            if target.startswith("https:"):
+                continue
+            if name != target and Path(name).stem in drawn:
+                shown.add(Path(name).stem)
                 continue
             place = page.parent / target if name == target else ROOT / "docs/figures" / name
             written = "reference" in place.parts and place.suffix not in (".md", ".py", ".svg")
             if not place.exists() and not written:
                 lost.append((page.name, target))
     assert lost == []
+    assert shown == drawn
 
 
 @pytest.mark.parametrize(("text", "wrong"), [
