@@ -62,7 +62,7 @@ struct AnalogInput {
     int channels = 8;                 ///< of a port, or of each of its chip selects
     int chipSelects = 3;              ///< of a port, where they can be chosen
     Enables enables = Enables::channels;
-    std::vector<int> rates = {};   ///< the highest in Hz, by how many are enabled if there are several; or no limit
+    std::vector<int> rates = {};   ///< the highest in Hz, by how many are enabled; none where it does not stream
     int triggerModes = 2;          ///< from 0 on
     bool variable = false;         ///< whether it has the commands for a variable number of channels
     bool opensByItself = false;    ///< whether nothing has to be sent to open it

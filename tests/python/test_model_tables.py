@@ -37,7 +37,7 @@ def inputs_of(box, traits, modules):
         return {}
     each = {"channels": getattr(box, "ai_num_channels", 8), "bits": traits["bits"], "streams": "AI24Bit" not in modules}
     by_command = "channels" if getattr(box, "ai_strm_cmd", None) == pyzvr.START_AI_STREAMING_VARIABLE else "nothing"
-    each["chosen"] = traits["enables"] if traits["enables"] == "chip_selects" else by_command
+    each["chosen"] = by_command if traits["enables"] == "nothing" else traits["enables"]
     if each["streams"]:
         assert box.ai_max_rate == traits["max_rates"][0]
         each |= {"unit": box.ai_ratio, "max_rates": traits["max_rates"]}
@@ -128,6 +128,14 @@ def test_the_smaller_chassis_is_the_chassis_but_for_its_name():
     small, large = library_row("LatticeLite"), library_row("Lattice")
     assert small.pop("model") == "LatticeLite" and small.pop("name") == "Lattice-Lite"
     assert small == {key: value for key, value in large.items() if key not in ("model", "name")}
+
+
+@pytest.mark.parametrize("member, wrong", [("enables", "channels"), ("bits", 24), ("max_rates", [20000, 1])])
+def test_a_row_of_the_library_that_differs_is_named(monkeypatch, member, wrong):
+    states = pyzvr._traitsOf
+    monkeypatch.setattr(pyzvr, "_traitsOf", lambda cls: states(cls) | {member: wrong})
+    (line,) = compared("TarnAnalog", simulated_table()["TarnAnalog"])
+    assert line.startswith("TarnAnalog.analog_inputs.0.") and f"{wrong} in the library" in line
 
 
 class Mixin:
