@@ -154,7 +154,7 @@ class _Steered:
         raise NotImplementedError
 
     def stall(self, on: bool = True) -> None:
-        """Requests are taken and not answered, and nothing is sent."""
+        """Requests are carried out and not answered, and nothing else is sent."""
         self.request("stall", "on" if on else "off")
 
     def wave(self, channel: int | str, kind: str, *numbers: float) -> None:

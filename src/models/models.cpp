@@ -207,6 +207,7 @@ py::dict describe(const Model& model) {
     for (const int rate : input.rates) rates.append(rate);
     traits["model"] = model.name;
     traits["first_year"] = model.family->firstYear;
+    traits["counts_slots"] = model.countsSlots;
     traits["fixed_function"] = model.digital.fixedFunction;
     traits["bits"] = input.bits;
     traits["enables"] = enabled.at(static_cast<std::size_t>(input.enables));

@@ -8,10 +8,7 @@ import re
 import pyzvr
 from reference import markup, package, pictures
 
-LINKS = {  # by device class: the link, and what `connect` is usually given
-    "USBDevice": ("USB", ""), "WifiDevice": ("Wi-Fi", '"192.168.5.79"'), "ETHDevice": ("Ethernet", '"192.168.1.110"'),
-    "UARTDevice": ("serial line", '"/dev/ttyUSB0", 115200'),
-}  # fmt: skip
+LINKS = {"USBDevice": "USB", "WifiDevice": "Wi-Fi", "ETHDevice": "Ethernet", "UARTDevice": "serial line"}
 FUNCTIONS = {"UART": "uart_dict", "I2C": "I2C_dict", "SPI": "SPI_dict", "CAN": "can_dict",
              "Temperature": "thermal_dict", "Analog output": "ao_dict"}  # fmt: skip
 BADGES = {"PWMModule": "PWM", "CounterModule": "pulse counters", "EncoderModule": "encoder",
@@ -28,7 +25,9 @@ class Model:
         self.display_name = pyzvr.LABEL_DICT[name]
         bases = [base.__name__ for base in self.cls.__mro__]
         self.device = next(each for each in LINKS if each in bases)
-        self.link, self.address = LINKS[self.device]
+        self.link = LINKS[self.device]
+        address = pyzvr.HANDLE_DICT[name]
+        self.address = {"USB": "", "serial line": '"/dev/ttyUSB0", 115200'}.get(self.link, f'"{address}"')
         self.modules = [each for each in bases if each.endswith("Module")]
         self.what = package.Doc(self.cls.__doc__).text.partition(": ")[2]
         with contextlib.redirect_stdout(io.StringIO()), self.cls() as box:
@@ -64,7 +63,7 @@ class Model:
 
     def port_name(self, kind, port):
         """As callers count it: on the chassis they name the slot of a function."""
-        return f"{kind} slot {port + 1}" if issubclass(self.cls, pyzvr.Lattice) else f"{kind} {port}"
+        return f"{kind} slot {port + 1}" if self.traits["counts_slots"] else f"{kind} {port}"
 
     @property
     def input_note(self):

@@ -12,7 +12,7 @@ REMEDIES = {
         "your user may open it. `DeviceFinder` lists what is there. Behind a loss, call `reconnect`.",
     r"NetworkConnectionError":
         "See that the address is that of the device (`DeviceFinder` asks all on the network), that the host "
-        "reaches it (`ping`), and that no other program is connected to it. After `close`, make a new object.",
+        "reaches it (`ping`), and that the port is right. After `close`, make a new object.",
     r"NetworkConnectionLostError":
         "Call `reconnect`, or let `zvrkit.reconnecting` do it. Ports that were open are to be opened again only "
         "if the device has restarted. Before the first `connect`, connect.",
@@ -65,9 +65,9 @@ REMEDIES = {
         "Ask for a lower rate, or enable fewer channels: the highest rate of most models falls with their number."
         " The model's page has the rates.",
     r"AOSpanNotVaildError":
-        "Use a span of 0 to 4; the operation's entry tells their volts.",
+        "Use a span of 0 to 4; what they are in volts is the firmware's, and the entry has those of simulated devices.",
     r"(AI|AITrigger|AHRS)ModeNotAvaliableError|AOFormNotAvaliableError|AOModeNotVaildError":
-        "Use a mode or form that the operation's entry lists.",
+        "Use a mode or form of the range in the operation's entry.",
     r"Thermal(Mode|Type)NotVaildError":
         "Use a type or filter that the operation's entry lists for this kind of sensor.",
     r"I2C(ClockNotSupport|AddressSizeNotVaild)Error":
@@ -109,7 +109,8 @@ REMEDIES = {
     r"Firmware(HALIndex|ZVRIndex|Core|Bootloader|Other)Error":
         "The firmware failed inside. Ask again; if it stays, restart the device with `Sys_reboot`.",
     r"ExtLibNotFoundWarning":
-        "Install `libusb-1.0`. Without it, models on USB are not reached; all others are.",
+        "Nothing, as long as devices on USB are found: it tells that no `libusb-1.0` lies beside the package, and the "
+        "system's is used then. If there is none either, install it.",
     r"(AI|UART|CAN|AHRS)QueueOverflowWarning":
         "Read more often, or more at once, or lower the rate: rows that came meanwhile were dropped and are "
         "counted.",
