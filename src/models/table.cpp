@@ -65,7 +65,7 @@ const std::vector<Model>& models() {
                                         .triggerModes = 7, .variable = true},
                              heronInput{.enables = nothing, .rates = {10000}, .variable = true, .streamsPort0 = true};
     static const AnalogOutput heronOutput{.sharesLines = false};
-    static const auto& table = neverDestroyed(complete({
+    static const auto* const table = &neverDestroyed(complete({
         {.name = "SableDio", .displayName = "Sable-Dio", .family = &usb, .what = "26 channels of 3.3 V digital I/O.",
          .modules = {"System", "UART", "I2C", "SPI", "DIO", "PWM", "Counter", "Encoder"},
          .digital = eitherWay({{0, 0, 7}, {1, 0, 5}, {2, 0, 3}, {2, 6, 7}, {3, 0, 5}}),
@@ -171,7 +171,7 @@ const std::vector<Model>& models() {
         {.name = "DataLogger", .displayName = "Data logger", .listing = Listing::tool},
         {.name = "Bollard", .listing = Listing::announced},
     }));
-    return table;
+    return *table;
 }
 // clang-format on
 
