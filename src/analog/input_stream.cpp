@@ -428,7 +428,7 @@ void defineInputReading(Feature& module) {
         .shared(streamOfBlocks)
         .shared({.name = "AI_getBacklog",
                  .parameters = {inputPortParameter},
-                 .doc = "Tells how many rows wait to be read.",
+                 .doc = "Returns how many rows wait to be read.",
                  .returns = {"int", "rows that every enabled chip select has", "the row queues"},
                  .raises = portRaises,
                  .body =
@@ -439,7 +439,7 @@ void defineInputReading(Feature& module) {
                      }})
         .shared({.name = "AI_getDroppedRows",
                  .parameters = {inputPortParameter},
-                 .doc = "Tells how many rows were dropped because a queue was full.",
+                 .doc = "Returns how many rows were dropped because a queue was full.",
                  .returns = {"int", "rows since construction, over the enabled chip selects", "the row queues"},
                  .raises = portRaises,
                  .body = [](py::handle self, const Object& slot) {

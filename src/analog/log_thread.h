@@ -40,7 +40,7 @@ public:
     void inherit(LogFields left);
     /// Ends the thread when its queue is empty.
     void end();
-    /// Ends the thread at once; tells how many rows, at most, are not written.
+    /// Ends the thread at once; returns how many rows, at most, are not written.
     std::size_t abandon();
 
     /// Waits until everything that is queued now is in the file; returns early if nobody writes: the gate is shut, no

@@ -242,7 +242,7 @@ void defineLogger(Package& package) {
         .awaitable(inThreadOf("Logger_flush", {}, flushText, flushErrors))
         .method(
             {.name = "Logger_getLostWrites",
-             .doc = "Tells how many queued matrices could not be written.",
+             .doc = "Returns how many queued matrices could not be written.",
              .returns = {"int", "count since construction; the first error of each file is reported", "a host record"},
              .body = [](py::handle self) { return loggerOf(self)->lost(); }})
         .method(

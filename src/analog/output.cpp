@@ -136,7 +136,7 @@ void defineAnalogOutput(Package& package) {
     defineMaxRate(output);
     output.constructorFields(offered())
         .shared({.name = "AO_getPort",
-                 .doc = "Tells which ports there are.",
+                 .doc = "Returns which ports there are.",
                  .returns = {"list[int]", "port numbers", "the model's table"},
                  .body = [](py::handle self) { return py::list(attribute(self, "ao_dict")); }})
         .operation({.name = "AO_open",

@@ -195,7 +195,7 @@ void defineCan(Package& package) {
         .constructor({{"can_dict", "dict[int, list[tuple[int, int]]]", "ports of the CAN, each with its lines"}},
                      construct)
         .shared({.name = "CAN_getPort",
-                 .doc = "Tells which ports there are.",
+                 .doc = "Returns which ports there are.",
                  .returns = {"list[int]", "port numbers", "the model's table"},
                  .body = [](py::handle self) { return py::list(attribute(self, "can_dict")); }});
     defineChecks(can);

@@ -22,7 +22,7 @@ void definePorts(Feature& bus, const PinnedPorts& ports) {
         .constructorFields(
             {{ports.field, "dict[int, list[tuple[int, int]]]", "ports, each with its lines as digital port and pin"}})
         .shared({.name = std::string(ports.prefix) + "_getPinMap",
-                 .doc = "Tells which ports there are, and their lines.",
+                 .doc = "Returns which ports there are, and their lines.",
                  .returns = {"dict[int, list[tuple[int, int]]]", "lines as digital port and pin, by port",
                              "the model's table"},
                  .body = [field = ports.field](py::handle self) { return attribute(self, field); }});

@@ -203,7 +203,7 @@ void defineUart(Package& package) {
         .constructor({{"uart_dict", "dict[int, list[tuple[int, int]]]", "ports of the UART, each with its lines"}},
                      construct)
         .shared({.name = "UART_getPinMap",
-                 .doc = "Tells which ports there are, and their lines.",
+                 .doc = "Returns which ports there are, and their lines.",
                  .returns = {"dict[int, list[tuple[int, int]]]", "lines as digital port and pin, by port",
                              "the model's table"},
                  .body = [](py::handle self) { return attribute(self, "uart_dict"); }});

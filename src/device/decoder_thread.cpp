@@ -191,7 +191,7 @@ void markQueues(py::handle self, const StreamedFunction& function) {
 
 }  // namespace
 
-// Tells whether the lock was free within a turn. A lock that is not one of the host's knows its own ways only.
+// Returns whether the lock was free within a turn. A lock that is not one of the host's knows its own ways only.
 bool passInTurn(py::handle lock) {
     if (const auto gate = nativeOrNothing<Gate>(lock)) {
         const Deadline until = deadlineIn(turnSeconds);

@@ -60,7 +60,7 @@ void freeStream(py::handle self, const StreamedFunction& function);
 /// the object has them at each turn.
 void runDecoderBody(py::handle self, const StreamedFunction& function, const DecoderParts& given);
 
-/// Passes a lock as a gate: waits until nobody holds it. The second one waits for a short turn only, and tells whether
+/// Passes a lock as a gate: waits until nobody holds it. The second one waits for a short turn only, and returns whether
 /// it has passed.
 void passLock(py::handle lock);
 bool passInTurn(py::handle lock);

@@ -1,7 +1,7 @@
 // What a queue of ours is to Python: a queue.Queue in everything but name.
 //
 // A queue has size(), capacity(), `tasks` and waitForSize(count, deadline, onWait). Its `Access` names it as `Queue`
-// and knows its items: put(queue, item, deadline) tells whether there was room, take(queue) gives nothing where it is
+// and knows its items: put(queue, item, deadline) returns whether there was room, take(queue) gives nothing where it is
 // empty.
 #pragma once
 

@@ -206,11 +206,11 @@ std::vector<Request> wireRows() {
 
 void defineChecks(Feature& dio) {
     dio.shared({.name = "DI_getPinMap",
-                .doc = "Tells which pins can be inputs.",
+                .doc = "Returns which pins can be inputs.",
                 .returns = {"dict[int, list[int]]", "pin numbers by port", "the model's table"},
                 .body = [](py::handle self) { return attribute(self, "di_dict"); }})
         .shared({.name = "DO_getPinMap",
-                 .doc = "Tells which pins can be outputs.",
+                 .doc = "Returns which pins can be outputs.",
                  .returns = {"dict[int, list[int]]", "pin numbers by port", "the model's table"},
                  .body = [](py::handle self) { return attribute(self, "do_dict"); }})
         .shared({.name = "_getPinIndexInInt",

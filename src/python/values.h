@@ -33,7 +33,7 @@ Object bitPosition(py::handle index, const char* name);
 /// How many items a caller wants; a ValueError for a negative number.
 Py_ssize_t itemCount(py::handle count, const char* name);
 
-/// Gives each item to `take`, which tells whether to go on. An iterable may be long: signals are looked at.
+/// Gives each item to `take`, which returns whether to go on. An iterable may be long: signals are looked at.
 template <class Take>
 void eachOf(py::handle iterable, const char* name, Take take) {
     PyObject* const iterator = entering([&] { return PyObject_GetIter(iterable.ptr()); });

@@ -115,7 +115,7 @@ void defineThermal(Package& package) {
             {{"thermal_dict", "dict[int, list[Any]]", "ports of the sensors, each with its channels or lines"}})
         .shared(checkThermalPort)
         .shared({.name = "Thermal_getPinMap",
-                 .doc = "Tells which ports there are.",
+                 .doc = "Returns which ports there are.",
                  .returns = {"dict[int, list[Any]]", "ports, each with its channels or lines", "the model's table"},
                  .body = [](py::handle self) { return attribute(self, "thermal_dict"); }})
         .operation({.name = "Thermal_open",

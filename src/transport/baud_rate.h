@@ -1,4 +1,4 @@
-// Speeds of a serial line that the portable calls do not know.
+// Serial line speeds that the portable calls do not support.
 #pragma once
 
 namespace zvr {

@@ -43,7 +43,7 @@ void LossListeners::tell(const Failure& reason, Deadline when) {
         try {
             if (const auto listener = each.lock()) listener->onLoss(reason, when);
         } catch (const std::exception&) {
-            // There is no thread to tell it on.
+            // No thread could be started to report it.
         }
     }
 }
@@ -55,12 +55,12 @@ void PacketSource::tellChanges(const std::shared_ptr<Gate>& gate) {
 }
 
 void PacketSource::changed() noexcept {
-    std::vector<std::shared_ptr<Gate>> ringing;  // what a gate belongs to may go with it, so it goes without the lock
+    std::vector<std::shared_ptr<Gate>> notified;  // destroyed without the lock: a gate's owner may go with it
     {
         const std::lock_guard lock(listening_);
-        for (const std::weak_ptr<Gate>& each : gates_) ringing.push_back(each.lock());
+        for (const std::weak_ptr<Gate>& each : gates_) notified.push_back(each.lock());
     }
-    for (const auto& gate : ringing) {
+    for (const auto& gate : notified) {
         if (gate) gate->wake();
     }
 }

@@ -24,24 +24,25 @@ enum class ReadStatus {
     failed,  ///< nothing, and the failure has been reported; the next read may fail in the same way
 };
 
-/// Who reads: a caller waits as the link's reads wait; the receive thread may wait longer, and `interrupt` ends that.
+/// Who reads: a caller waits no longer than the link's own reads; the receive thread may wait longer, until
+/// `interrupt`.
 enum class Reader { caller, thread };
 
-/// What an error says of a request that has no link to go over.
+/// The error message of a request without a link.
 inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
 
-/// Hears of links that the device or the system has ended.
+/// Notified when the device or the system has ended a link.
 class LossListener {
 public:
     virtual ~LossListener() = default;
-    /// Once of each, on the thread that meets the end first; must not wait. `when` is before the end.
+    /// Called once per loss, on the thread that detects it first; must not wait. `when` is before the end.
     virtual void onLoss(const Failure& reason, Deadline when) = 0;
 };
 
-/// Who hears of the losses of a source, whose sockets tell them. The first listener hears also of one before it came.
+/// The listeners to a source's losses, which its sockets report. The first listener is also notified of an earlier one.
 class LossListeners {
 public:
-    /// Where the link `isLost` still, that counts as an end of now.
+    /// If the link `isLost` already, the listener is notified as if it had ended just now.
     void add(const std::shared_ptr<LossListener>& listener, bool isLost);
     void remove(const LossListener& listener);
     void tell(const Failure& reason, Deadline when);
@@ -52,46 +53,46 @@ private:
     std::optional<std::pair<Failure, Deadline>> untold_;
 };
 
-/// A source of packets for a receive loop. One at a time reads, the receive thread or another in its place.
+/// A source of packets for a receive loop. One thread reads at a time: the receive thread or another in its place.
 class PacketSource {
 public:
     virtual ~PacketSource() = default;
     /// Reads at most `length` bytes and adds the frames that are complete now to `packets`.
     virtual ReadStatus receive(std::size_t length, std::vector<Packet>& packets) = 0;
 
-    /// Ends a wait of the receive thread, or else its next one, with nothing lost. Sources that never wait long need
-    /// none.
+    /// Ends the receive thread's current wait, or else its next one; no data is lost. Sources that never wait long need
+    /// not override it.
     virtual void interrupt() noexcept {}
 
-    /// Whether others than the receive thread may read.
+    /// Whether threads other than the receive thread may read.
     virtual bool isShared() const { return waitsApart(); }
-    /// `receive` for another: waits until `until` at most, and not beyond a ring of `wake` where that can be heard.
-    /// Without a wake it waits no longer than a link's one call does that cannot be woken, which is some milliseconds.
-    /// Nothing if it is the receive thread that must read.
+    /// `receive` for another thread: waits until `until` at most, or until `wake` is notified if the link can be woken.
+    /// Without a wake it makes one read call, which waits a few milliseconds at most. Empty if only the receive thread
+    /// may read.
     virtual std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
                                                  std::vector<Packet>& packets);
 
-    /// Whether the receive thread can wait for bytes without reading them. Then it waits in `awaitBytes`, which tells
+    /// Whether the receive thread can wait for bytes without reading them. Then it waits in `awaitBytes`, which returns
     /// whether there is something to read, the end or a failure included, and `receive` does not wait.
     virtual bool waitsApart() const { return false; }
     virtual bool awaitBytes() { return true; }
-    /// Lets an epoll tell once when there is something to read; false where nothing can be watched.
+    /// Watches the link in an epoll, for one event, until there is something to read; false if it cannot be watched.
     virtual bool watchOnce(int epoll) const;
 
-    /// Why there is no link, if there has been one that the device or the system ended, or none at all
-    /// (`not_connected`). Sources that cannot tell have none.
+    /// Why there is no link: the error with which the device or the system ended it, or `not_connected` if there never
+    /// was one. Sources that cannot know return none.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
-    /// What is told of a link that has ended.
+    /// The failure that reports a link that has ended.
     Failure lossFailure() const;
     const std::shared_ptr<LossListeners> losses = std::make_shared<LossListeners>();
 
-    /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.
+    /// Grows whenever a step of the source may have been replaced, so that its readers look it up again.
     std::uint64_t steps() const noexcept { return steps_; }
     void replaceSteps() noexcept;
 
-    /// `gate` rings from now on whenever the link changes so that a read may fare differently.
+    /// From now on `gate` is notified of each change of the link that may change the result of a read.
     void tellChanges(const std::shared_ptr<Gate>& gate);
 
 protected:
@@ -105,8 +106,8 @@ private:
 
 /// A link to a device.
 ///
-/// Everything may be called from any thread. Bytes that two threads receive at once come into the splitter in the order
-/// in which they came from the device.
+/// Everything may be called from any thread. Bytes that two threads receive concurrently enter the splitter in the
+/// order in which the device sent them.
 class Client : public PacketSource {
 public:
     SharedSplitter splitter;
@@ -115,31 +116,31 @@ public:
         return receiveAs(Reader::thread, length, packets, {});
     }
 
-    /// The same for either reader. Throws std::system_error, of a caller also where its time is over.
+    /// The same for either reader. Throws std::system_error, for a caller also when its time is over.
     virtual ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                                  const InterruptCheck& onWait);
 
-    /// One read of at most `buffer.size()` bytes; shrinks the buffer to what came. Throws std::system_error.
+    /// One read of at most `buffer.size()` bytes; shrinks the buffer to the bytes received. Throws std::system_error.
     virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) = 0;
 
-    /// Where the device is, or was last: host and port, line, or USB serial number. Empty if there has been none.
+    /// Where the device is, or was last: host and port, line, or USB serial number. Empty before the first connection.
     std::string place() const;
 
-    /// Sends all bytes, waiting for room until `deadline`; tells whether they are sent. Throws std::system_error.
+    /// Sends all bytes, waiting for room until `deadline`, and returns whether they are sent. Throws std::system_error.
     /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
-    /// as if the deadline were `finishWithin` away, since half a frame would spoil the next one.
+    /// with a deadline of `finishWithin`, since half a frame would corrupt the next one.
     virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) = 0;
 
     static constexpr std::chrono::seconds finishWithin{5};
 
-    /// The same for a request: a link that is not there, or has ended, is its Failure.
+    /// The same for a request: throws the link's Failure if there is no link or it has ended.
     bool sendRequest(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {});
 
     /// Closes the link, whatever state it is in; never throws. Does nothing in a forked child: the link is the
     /// parent's.
     virtual void close() noexcept = 0;
 
-    /// Is told of every frame that is to be sent, of any client, on the thread that sends it. Nothing for nobody.
+    /// Called with every outgoing frame of any client, on the sending thread; null disables.
     using SendListener = void (*)(const Client& client, ByteView frame);
     static inline std::atomic<SendListener> sendListener = nullptr;
     void tellSending(ByteView frame) const {
@@ -161,7 +162,7 @@ private:
     std::string place_;
 };
 
-/// A client without a link: the base of those that are written elsewhere.
+/// A client without a link: the base of clients implemented in Python.
 class BareClient final : public Client {
 public:
     ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;

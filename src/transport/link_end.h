@@ -1,4 +1,4 @@
-// When a link ended, noted once by whoever meets the end first.
+// When a link ended, recorded once by the thread that detects it first.
 #pragma once
 
 #include <atomic>
@@ -12,8 +12,8 @@ namespace zvr {
 
 class LinkEnd {
 public:
-    /// The time of the end, for the first who notes one: who has found the link alive did so before it, who finds it
-    /// ended does so after it. `reason` is not 0.
+    /// The time of the end, returned to the first caller only. Checks that saw the link alive precede it; checks that
+    /// saw it ended follow it. `reason` is not 0.
     std::optional<Deadline> note(int reason) {
         const std::lock_guard lock(mutex_);
         if (reason_ != 0) return std::nullopt;

@@ -12,11 +12,11 @@ namespace {
 
 using Addresses = std::vector<asio::ip::address_v4>;
 
-// How long an own name's addresses are taken for right.
+// How long the addresses of the host's own name are cached.
 constexpr std::chrono::seconds freshFor{5};
 constexpr std::chrono::milliseconds ownNameWithin{100};
 
-// One search. Its thread may outlive who asked: it owns all that it touches.
+// One lookup. Its thread may outlive the caller, so it owns everything it uses.
 class Search {
 public:
     static std::shared_ptr<Search> start(const std::string& host) {

@@ -15,7 +15,7 @@ namespace {
 using asio::ip::address_v4;
 using asio::ip::udp;
 
-// The addresses that the host's name stands for, and those of its interfaces.
+// The addresses of the host's name and of its interfaces.
 std::set<address_v4> ownAddresses(const InterruptCheck& onWait) {
     const auto named = ownNamedAddresses(onWait);
     std::set<address_v4> addresses(named.begin(), named.end());

@@ -7,10 +7,10 @@ namespace zvr {
 
 class NetworkClient : public SocketClient {
 public:
-    /// Seconds that later reads and sends wait; nothing if there is no socket.
+    /// Timeout of later reads and sends, in seconds; does nothing if there is no socket.
     void setTimeout(double seconds);
 
-    /// Shuts the socket down and lets go of it. Throws Failure NetworkConnectionLostError and keeps the socket if that
+    /// Shuts the socket down and releases it. Throws Failure NetworkConnectionLostError and keeps the socket if that
     /// fails. Does nothing in a forked child.
     void disconnect();
 };
@@ -25,7 +25,7 @@ class UdpClient final : public NetworkClient {
 public:
     /// Throws Failure NetworkConnectionError if the port is taken.
     void bind(const std::string& host, int port);
-    /// Sends to every device on every interface of this host. An interface that cannot carry it is left out; throws
+    /// Sends to every device on every interface of this host. An interface that cannot send it is skipped; throws
     /// std::system_error if none can.
     static void sendBroadcast(ByteView bytes, const InterruptCheck& onWait = {});
 };

@@ -6,10 +6,10 @@ namespace zvr {
 
 namespace {
 
-// A source that brings nothing without waiting for it must not make the thread burn a core.
+// A source that returns nothing without waiting must not keep the thread spinning.
 constexpr std::chrono::milliseconds idlePause{1};
 
-// How long to leave a link alone that has ended or fails, while nobody tells of a change.
+// Pause between reads of a link that has ended or fails, unless a change is notified.
 struct Pause {
     std::chrono::milliseconds first, longest, now = first;
 
@@ -17,7 +17,7 @@ struct Pause {
     void reset() { now = first; }
 };
 constexpr Pause silentPause{std::chrono::milliseconds(1), std::chrono::milliseconds(1'000)};
-// A dead link must not flood anybody with reports.
+// A dead link must not flood the log with reports.
 constexpr Pause reportPause{std::chrono::milliseconds(100), std::chrono::milliseconds(10'000)};
 
 }  // namespace
@@ -54,7 +54,7 @@ void Receiver::run() {
             if (holds) right_.give(othersMayRead());
             if (!awaitBytes(*read)) continue;
         } else if (!holds) {
-            right_.hurry();  // what an event loop watches is not what is to be read
+            right_.hurry();  // the event loop watches a source that has been replaced
             continue;
         } else if (read && othersMayRead() && read->isShared() && (readsLong_ = true, right_.isWanted())) {
             right_.give(true);
@@ -80,7 +80,7 @@ void Receiver::run() {
     }
 }
 
-// What comes before each read. Without the right again where it tells to begin anew.
+// Prepares each read. Returns false, with the right given back, if the loop must start over.
 bool Receiver::prepareTurn(std::uint64_t& turn) {
     if (unfiled_) std::rethrow_exception(std::exchange(unfiled_, nullptr));
     const struct Look {
@@ -91,7 +91,7 @@ bool Receiver::prepareTurn(std::uint64_t& turn) {
             if (isNew) self.wakeAtLoss();
         }
     } look{*this};
-    if (partsChanged()) {  // not at an end that comes meanwhile: there may be nobody to ask
+    if (partsChanged()) {  // not `changed()`: after `end` the supervisor may be gone
         supervisor_->renew(*this);
     } else if (filePending() && (!foreignPass_ || foreignPass_())) {
         const auto passed = gateNow_->tryPass(passed_);
@@ -113,7 +113,7 @@ bool Receiver::awaitBytes(PacketSource& source) {
         try {
             if (!source.awaitBytes()) return false;
         } catch (const std::exception&) {
-            // The read will tell.
+            // The read will report it.
         }
         if (changed()) return false;
         if (right_.take(true) == ReadingRight::Turn::others) continue;
@@ -123,7 +123,7 @@ bool Receiver::awaitBytes(PacketSource& source) {
     }
 }
 
-// Tells whether all is filed: what has come before a change is filed behind it.
+// Returns whether everything is filed: packets received before a change of the parts are filed after it.
 bool Receiver::filePending() {
     std::size_t filed = 0;
     const auto drop = [&] { pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(filed)); };
@@ -204,7 +204,7 @@ void Receiver::requireLink() const {
     if (const auto read = source()) throw read->lossFailure();
 }
 
-// Behind the last of what has come.
+// Called after the last received packet has been filed.
 void Receiver::wakeAtLoss() {
     if (loss()) right_.tellAll();
 }
@@ -231,16 +231,16 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
     } stay{*this, *waiter, onWait};
     stay.enter();
     if (waiter->hasTurn()) {
-        // Most replies come at once, and to who reads; the rest is needed where others bring it, or nobody.
+        // Most replies arrive at once, to the thread that reads; the code below serves the other cases.
         readFor(*waiter, nullptr, deadline);
-        const bool isLost = loss().has_value();  // behind what it brought last
+        const bool isLost = loss().has_value();  // read before the pool, so that a reply filed before the loss is found
         if (Clock::now() >= deadline) return std::nullopt;
         if (auto data = pool.take(key)) return data;
         if (isLost) requireLink();
     }
     InterruptCheck check;
     if (onWait) {
-        check = [&stay] {  // it may do anything, also wait for a reply
+        check = [&stay] {  // it may run any code, even wait for a reply
             stay.receiver.right_.leave(stay.waiter);
             stay.onWait();
             stay.enter();

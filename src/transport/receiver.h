@@ -1,15 +1,15 @@
 // The receive thread of one connection.
 //
 // Who runs what: the thread runs Receiver::run from the construction of a device to its close. It reads from the
-// source, cuts frames and files them through the sink. The user's side only turns the gate, replaces the source and
-// ends the thread. Nobody joins the thread: it holds all it needs.
+// source, cuts frames and files them through the sink. The user's side only opens and shuts the gate, replaces the
+// source and ends the thread. The thread is never joined: it holds all it needs.
 //
-// Who waits for a reply reads in the thread's place (reading_right.h), as long as that is the same to everybody: the
-// gate is open, source and sink are the library's own, and nothing has been replaced. Whatever else a read brings (a
-// failure, the end of the link, a frame that cannot be filed) is left to the thread.
+// A thread that waits for a reply reads in its place (reading_right.h), as long as that makes no difference: the gate
+// is open, source and sink are the library's own, and nothing has been replaced. Any other outcome of a read (a
+// failure, the end of the link, a frame that cannot be filed) is left to the receive thread.
 //
-// A read that fails or brings the end is one turn lost. The next turn comes after a pause, which grows while that goes
-// on, and at once when the gate is turned, the source is replaced, or the source tells of a change of its link.
+// After a read that fails or meets the end, the next turn comes after a pause, which grows while that goes on, or at
+// once when the gate is turned, the source is replaced, or the source reports a change of its link.
 #pragma once
 
 #include <functional>
@@ -34,11 +34,11 @@ public:
     /// Files one packet; what it throws ends the thread, unless `ignoresUnfiled`.
     using Sink = std::function<void(Packet)>;
 
-    /// Told of a read that failed, on the thread that reads.
+    /// Called when a read failed, on the thread that reads.
     using ReportRead = std::function<void(std::exception_ptr)>;
 
     /// With `reportRead` failed reads are reported, and so is a missing client. Without a supervisor the thread files
-    /// through `sink`; with one, what it reads from and files through is the supervisor's to set.
+    /// through `sink`; with one, the supervisor sets the source and the sink.
     Receiver(std::string name, std::size_t readLength, Sink sink, Report report, ReportRead reportRead = {});
     Receiver(std::string name, std::size_t readLength, Report report, ReportRead reportRead,
              std::shared_ptr<Supervisor<Receiver>> supervisor);
@@ -52,51 +52,52 @@ public:
     /// Waits for a reply, and reads meanwhile. Otherwise as EchoPool::await.
     std::optional<Bytes> await(EchoPool& pool, EchoPool::Key key, Deadline deadline, const InterruptCheck& onWait = {});
 
-    /// Looks for the reply of a near device for some microseconds, and takes nothing. For who must not wait.
+    /// Polls for the reply of a nearby device for some microseconds, and takes nothing. For callers that must not
+    /// block.
     void awaitBriefly(EchoPool& pool, EchoPool::Key key);
 
-    /// On behalf of one that has the right: reads once, waiting until `until` at most and not beyond a ring of `wake`,
-    /// and files what came. False if only the thread can go on; it has the right then.
+    /// For the holder of the right: reads once, waiting until `until` at most or until `wake` is notified, and files
+    /// what was read. False if only the thread can go on; it has the right then.
     bool readFor(ReadingRight::Waiter& reader, const Wake* wake, Deadline until);
-    /// Lets an epoll tell once when there is something to read; false if that cannot be told.
+    /// Watches the link in an epoll, for one event, until there is something to read; false if it cannot be watched.
     bool watchOnce(int epoll) const;
     bool canBeWatched() const;
     ReadingRight& right() { return right_; }
 
     /// Why the link has ended, if it was open once and the device or the system has ended it.
     std::optional<std::error_code> loss() const;
-    /// Throws the link's Failure then.
+    /// Throws the link's Failure if it has ended so.
     void requireLink() const;
-    /// Whether nothing can come at all: there is no link, or it has ended.
+    /// Whether nothing can arrive at all: there is no link, or it has ended.
     bool isCut() const;
-    /// Told of each such end, as a LossListener is. Set before the start.
+    /// Called at each loss, as a LossListener is. Set before the start.
     void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
     void onLoss(const Failure& reason, Deadline when) override;
 
-    /// Ends the thread soon, out of its read.
+    /// Ends the thread soon, interrupting its read.
     void end() override;
 
-    /// Lets go of the link that is read from.
+    /// Closes the link that is read from.
     void closeLink() noexcept;
 
-    /// A read from the source before ends soon, with nothing lost.
+    /// A pending read on the previous source is interrupted; no data is lost.
     void setSource(std::shared_ptr<PacketSource> source);
 
-    /// Lets a thread that waits, at its gate or in its read, ask its supervisor.
+    /// Wakes the thread, at its gate or in its read, to ask its supervisor.
     void lookAgain() noexcept;
 
-    /// Lets the thread go on behind a packet that cannot be filed. For links on which anybody may send.
+    /// Makes the thread skip a packet that cannot be filed. For links on which any host may send.
     void ignoreUnfiled() { ignoresUnfiled_ = true; }
 
-    /// On the thread itself. No gate stands for the thread's own; a foreign one tells whether it has been passed.
+    /// On the thread itself. Null means the thread's own gate; `pass` of a foreign one returns whether it was passed.
     void setGate(std::shared_ptr<Gate> passes);
     void setForeignGate(std::function<bool()> pass) { foreignPass_ = std::move(pass); }
-    /// Who waits may file through a sink that never makes it wait, which is asked each time.
+    /// Waiters may file through the sink only while `neverWaits` returns true; it is asked each time.
     void setSink(Sink sink, std::function<bool()> neverWaits) {
         sink_ = std::move(sink);
         sinkNeverWaits_ = std::move(neverWaits);
     }
-    /// Waits until it is to look again.
+    /// Waits until `lookAgain`, at most this long.
     void rest(std::chrono::milliseconds most);
 
     const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
@@ -120,13 +121,13 @@ private:
     std::shared_ptr<Gate> gateNow_ = gate;
     Gate::Passed passed_ = 0;
     std::function<bool()> foreignPass_;
-    // The holder's of the right.
-    std::vector<Packet> pending_;  // received, and not filed yet
+    // Owned by the holder of the right.
+    std::vector<Packet> pending_;  // received but not filed yet
     std::function<bool()> sinkNeverWaits_ = [] { return true; };
-    // What another's read brought that is the thread's to deal with: its status and failure, or that of the sink.
+    // Left to the thread by another's read: its status and failure, or the failure of the sink.
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
-    std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // what has been replaced is not known before a look
+    std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // a replaced source takes effect at the next look
     std::function<void(const Failure& reason, Deadline when)> onLoss_;
     ReadingRight right_;
 

@@ -19,7 +19,7 @@ public:
 protected:
     ssize_t receiveNow(int descriptor, std::span<std::uint8_t> buffer) override {
         const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
-        if (count == 0) errno = EIO;  // it is hung up
+        if (count == 0) errno = EIO;  // the line has hung up
         return count == 0 ? -1 : count;
     }
     ssize_t sendNow(int descriptor, ByteView bytes) override { return ::write(descriptor, bytes.data(), bytes.size()); }
@@ -41,7 +41,7 @@ std::shared_ptr<Socket> openLine(const std::string& port, int baudRate, double r
     std::error_code unusual;
     opened.set_option(line::baud_rate(static_cast<unsigned>(baudRate)), unusual);
     if (unusual) setUnusualBaudRate(opened.native_handle(), baudRate);
-    // The port closes its own descriptor; the copy shares what was set, and the lock.
+    // The port closes its own descriptor; the copy shares its settings and its lock.
     const int copy = ::fcntl(opened.native_handle(), F_DUPFD_CLOEXEC, 0);
     if (copy < 0) throw std::system_error(errno, std::generic_category());
     auto made = std::make_shared<SerialLine>(copy);

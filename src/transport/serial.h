@@ -13,15 +13,15 @@ public:
     /// no such port, another program has it, or it cannot run at this speed.
     void connect(const std::string& port, int baudRate);
 
-    /// Closes the port, if one is open. Throws std::system_error if what is in its place cannot be closed.
+    /// Closes the port, if one is open. Throws std::system_error if its replacement cannot be closed.
     void disconnect();
 
-    /// Both are idle if nothing comes within the line's read timeout.
+    /// Both return idle if nothing arrives within the line's read timeout.
     ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                          const InterruptCheck& onWait) override;
 
-    /// Seconds that a read waits, of the line that is open too.
+    /// Read timeout in seconds; setting it applies to an open line too.
     double readTimeout() const { return readTimeout_; }
     void setReadTimeout(double seconds);
 

@@ -31,18 +31,18 @@ void check(const std::error_code& error) {
 
 bool isTransient(int number) { return number == EAGAIN || number == EWOULDBLOCK || number == EINTR; }
 
-// Bytes that one read of a busy link takes.
+// Most bytes taken by one read of a busy link.
 constexpr std::size_t mostWaiting = 65536;
-// How often a thread looks whether its line was closed, where closing does not wake it.
+// How often a thread checks whether its line was closed, where closing does not wake it.
 constexpr std::chrono::milliseconds lookEvery{50};
-// A peer that is gone is a failure of the send, not a signal.
+// A lost peer makes the send fail instead of raising SIGPIPE.
 #ifdef MSG_NOSIGNAL
 constexpr int quietly = MSG_NOSIGNAL;
 #else
 constexpr int quietly = 0;
 #endif
 #ifdef __linux__
-// The system's own step of time.
+// The resolution of the system's clock ticks.
 Clock::duration tick() {
     static const Clock::duration step = [] {
         timespec resolution{};
@@ -58,8 +58,8 @@ class SocketOf final : public SystemSocket {
 public:
     explicit SocketOf(int descriptor) : SystemSocket(descriptor, FailureId::NetworkConnectionLostError) {
 #ifdef __linux__
-        // The descriptor itself may wait, a little, and each call says whether it does: one call that waits and
-        // receives costs less than two. The system counts such a time in ticks, and ends it within one more.
+        // The descriptor blocks for a short time, unless a call asks otherwise: one call that waits and receives costs
+        // less than two. The system counts this timeout in ticks and ends it within one more.
         const auto time = std::chrono::duration_cast<std::chrono::microseconds>(tick());
         const timeval limit{0, time.count()};
         check(::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit));
@@ -86,7 +86,7 @@ protected:
     bool endsWithNothing() const override { return std::is_same_v<Protocol, asio::ip::tcp>; }
 };
 
-// A socket of a context, with a descriptor that programs started meanwhile do not get.
+// A socket whose descriptor is not inherited by programs started meanwhile.
 template <class Protocol>
 typename Protocol::socket newSocket(asio::io_context& context) {
     const Protocol protocol = Protocol::v4();
@@ -116,7 +116,7 @@ SocketName nameFrom(int descriptor, int (*ask)(int, sockaddr*, socklen_t*)) {
 
 }  // namespace
 
-/// A thread inside a call: the descriptor stays open until it has left.
+/// A thread inside a call: keeps the descriptor open until it leaves.
 class SystemSocket::Use {
 public:
     explicit Use(SystemSocket& socket) : socket_(socket) {
@@ -226,7 +226,7 @@ std::optional<ReadStatus> SystemSocket::takeInto(SharedSplitter& splitter, std::
     return reading;
 }
 
-// Who reads for all takes in one call what waits of a stream of bytes; a datagram is cut at the length.
+// A stream's reader takes all waiting bytes in one call; a datagram is cut at the length.
 std::size_t SystemSocket::lengthInPlaceOf(std::size_t length) const {
     return endsWithNothing() ? std::max(length, mostWaiting) : length;
 }
@@ -238,7 +238,7 @@ ReadStatus SystemSocket::readWith(Take&& take, const InterruptCheck& onWait) {
     const Deadline deadline = deadlineIn(limit);
     for (short events = 0;;) {
         if (const std::optional<ReadStatus> reading = take()) return *reading;
-        // A datagram socket that is shut down has nothing to read, and says so for ever.
+        // A datagram socket that is shut down stays readable with no data for ever.
         if (closing_ || (events & POLLHUP) != 0) return ReadStatus::ended;
         events = limit > 0 ? awaitEvent(POLLIN, deadline, onWait) : short{0};
         if (events == 0) fail(limit > 0 ? asio::error::timed_out : asio::error::would_block);

@@ -1,4 +1,4 @@
-// A socket or a serial line that several threads may hold: some read, others send, and one closes it under all.
+// A socket or a serial line shared by several threads: some read, others send, and any may close it.
 #pragma once
 
 #include <asio.hpp>
@@ -8,20 +8,20 @@
 
 namespace zvr {
 
-/// What a client moves its bytes through.
+/// Carries the bytes of a client.
 class Socket {
 public:
     virtual ~Socket() = default;
 
     /// Waits until there is something to read, end of stream included, and reads it.
     virtual ReadStatus read(Bytes& buffer, const InterruptCheck& onWait) = 0;
-    /// The same with the bytes put into a splitter. The receive thread's time-out is an idle turn; where it waits
-    /// apart, it does not wait here.
+    /// The same with the bytes put into a splitter. A timeout of the receive thread is an idle turn; with `waitsApart`
+    /// it does not wait here.
     virtual ReadStatus receive(Reader reader, std::size_t length, SharedSplitter& splitter,
                                std::vector<Packet>& packets, const InterruptCheck& onWait) = 0;
     virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) = 0;
 
-    /// As a PacketSource has them. Other sockets than the system's are for the receive thread alone.
+    /// As in PacketSource. By default only the receive thread may read.
     virtual std::optional<ReadStatus> receiveFor(const Wake* wake, Deadline until, std::size_t length,
                                                  SharedSplitter& splitter, std::vector<Packet>& packets);
     virtual bool waitsApart() const { return false; }
@@ -29,17 +29,16 @@ public:
     virtual bool watchOnce(int epoll);
     /// Why it has ended, if the peer or the system ended it.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
-    /// Who is told of that, once, as a LossListener is.
+    /// Sets the function that is called once at that, as a LossListener is.
     virtual void onLoss(std::function<void(Deadline)> /*told*/) {}
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
     /// Ends a wait of the receive thread, or else its next one, as an idle turn.
     virtual void interrupt() noexcept = 0;
-    /// Shuts it down. Throws std::system_error, and leaves it open then.
+    /// Shuts it down. If that fails, throws std::system_error and leaves it open.
     virtual void shutDown() = 0;
-    /// Ends the reads and sends of all threads, and closes it as soon as none is inside one, which is waited for until
-    /// `deadline`.
+    /// Ends the reads and sends of all threads and closes it once none is inside one; waits for that until `deadline`.
     virtual void close(Deadline deadline) noexcept = 0;
 };
 
@@ -48,11 +47,11 @@ using SocketName = std::pair<std::string, int>;
 
 /// A socket or a line of the system.
 ///
-/// The descriptor is open as long as a thread is inside a call, whoever closes it meanwhile, so that no thread reads
-/// from a descriptor of somebody else.
+/// The descriptor stays open while a thread is inside a call, even if another closes it, so that no thread reads from a
+/// reused descriptor.
 class SystemSocket : public Socket {
 public:
-    /// The failure of a link that belongs to the parent of a forked child.
+    /// `foreignFailure` is thrown in a forked child, where the link is the parent's.
     SystemSocket(int descriptor, FailureId foreignFailure);
     ~SystemSocket() override;
 
@@ -67,7 +66,7 @@ public:
     bool watchOnce(int epoll) override;
     std::optional<std::error_code> loss() const override;
     void onLoss(std::function<void(Deadline)> told) override;
-    /// Sends once, as much as there is room for; tells how much.
+    /// Sends once, as much as there is room for; returns the number of bytes.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
     void setTimeout(double seconds) override { timeout_ = seconds; }
@@ -79,7 +78,7 @@ public:
     /// -1 once it is closed.
     int fileno() const { return mark_.foreign() ? -1 : descriptor_.get(); }
 
-    /// The calls of a socket; each throws std::system_error, a line from all of them.
+    /// The calls of a socket; each throws std::system_error, and always does on a serial line.
     void shutDown(int direction);
     SocketName localName();
     SocketName peerName();
@@ -89,10 +88,10 @@ public:
     Bytes option(int level, int name, std::size_t size);
 
 protected:
-    /// Never wait; negative with errno set where they fail.
+    /// Never wait; return a negative number with errno set on failure.
     virtual ssize_t receiveNow(int descriptor, std::span<std::uint8_t> buffer) = 0;
     virtual ssize_t sendNow(int descriptor, ByteView bytes) = 0;
-    /// Waits `shortWait` at most, where the system can wait and receive in one call; else that is 0.
+    /// Waits `shortWait` at most if the system can wait and receive in one call; else `shortWait` is 0.
     virtual ssize_t receiveSoon(int descriptor, std::span<std::uint8_t> buffer) {
         return receiveNow(descriptor, buffer);
     }
@@ -108,14 +107,14 @@ private:
     void requireOwn() const;
     [[noreturn]] void failAndNote();
     void noteLoss(int number);
-    /// What is there, cutting the buffer; nothing if there is nothing yet.
+    /// Reads the bytes that are there and shrinks the buffer to them; empty if there are none yet.
     std::optional<ReadStatus> takeNow(std::span<std::uint8_t>& buffer, bool waits = false);
     std::optional<ReadStatus> takeInto(SharedSplitter& splitter, std::size_t length, std::vector<Packet>& packets,
                                        bool waits = false);
     std::size_t lengthInPlaceOf(std::size_t length) const;
     template <class Take>
     ReadStatus readWith(Take&& take, const InterruptCheck& onWait);
-    /// What came, as poll tells it; 0 if nothing came in time, or a ring of `wake` came first.
+    /// The events as poll returns them; 0 at the deadline, or if `wake` was notified first.
     short awaitEvent(short events, Deadline deadline, const InterruptCheck& onWait, const Wake* wake = nullptr);
 
     const FailureId foreignFailure_;
@@ -123,7 +122,7 @@ private:
     std::atomic<double> timeout_{std::numeric_limits<double>::infinity()};
     OwnDescriptor descriptor_;
     const Wake threadWake_;
-    // Taking the bytes and putting them into the splitter is one step for other readers.
+    // Held while bytes are received and put into the splitter, so that readers keep their order.
     std::mutex receiving_;
     std::unique_ptr<std::uint8_t[]> buffer_;
     std::size_t bufferSize_ = 0;

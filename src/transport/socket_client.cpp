@@ -4,7 +4,7 @@ namespace zvr {
 
 namespace {
 
-// Longest wait for the threads that a close has woken to let go of a socket.
+// Longest wait for the threads woken by a close to leave the socket.
 constexpr std::chrono::milliseconds linger{75};
 
 }  // namespace
@@ -58,7 +58,7 @@ void SocketClient::close() noexcept {
         const std::lock_guard lock(mutex_);
         held.swap(socket_);
     }
-    // A port is free for the next socket only when its last user is gone.
+    // A port is free for the next socket only after its last user has left.
     if (held) held->close(Clock::now() + linger);
     changed();
 }
@@ -78,7 +78,7 @@ void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
         socket_.swap(socket);
     }
     if (socket && socket != placed) socket->onLoss({});
-    // Who reads from the one before has no reason to go on.
+    // Readers of the previous socket have no reason to go on.
     if (socket) socket->interrupt();
     if (placed && placed->loss()) losses->tell(lossFailure(), Clock::now());
     changed();

@@ -1,4 +1,4 @@
-// A client over one socket or line at a time, which several threads use and any of them may take away.
+// A client over one socket or line at a time, which several threads use and any of them may replace.
 #pragma once
 
 #include "transport/socket.h"
@@ -22,9 +22,9 @@ public:
     /// Waits briefly for the threads that are in a read or a send to leave.
     void close() noexcept override;
 
-    /// Nothing while there is no socket, and in a forked child.
+    /// Null while there is no socket, and in a forked child.
     std::shared_ptr<Socket> socket() const;
-    /// Puts a socket in the place of the one there, which is left as it is.
+    /// Replaces the socket; the previous one is not closed.
     void replaceSocket(std::shared_ptr<Socket> socket);
 
 protected:

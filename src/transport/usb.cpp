@@ -12,11 +12,11 @@ namespace zvr {
 namespace {
 
 constexpr unsigned readMilliseconds = 1;
-// A read of the receive thread: long enough to cost nothing while nothing comes.
+// A read of the receive thread: long enough to cost little on an idle link.
 constexpr unsigned patientMilliseconds = 50;
-// What the receive thread leaves to callers that want to read.
+// How long the receive thread lets waiting callers read first.
 constexpr std::chrono::milliseconds turnOfCallers{1};
-// A device that takes nothing for so long is gone.
+// A device that accepts no data for this long is gone.
 constexpr std::int64_t sendMilliseconds = 1000;
 
 void check(int code) {
@@ -35,8 +35,8 @@ int codeOf(libusb_transfer_status status) {
     }
 }
 
-// The session with the library. All devices share one; it ends with the last of them, and the next one sees afresh what
-// is attached. A forked child has a session of its own, and leaves the parent's as it is.
+// The session with the library. All devices share one; it ends with the last of them, and a new one enumerates the
+// devices again. A forked child has a session of its own and leaves the parent's alone.
 class Session {
 public:
     explicit Session(std::shared_ptr<const UsbLibrary> usb) : library(std::move(usb)) {
@@ -70,7 +70,7 @@ private:
     libusb_context* context_ = nullptr;
 };
 
-// The devices that are attached at one moment.
+// The devices attached at one moment.
 class DeviceList {
 public:
     explicit DeviceList(const Session& session) : library_(*session.library) {
@@ -97,7 +97,7 @@ bool isOurs(const UsbLibrary& library, libusb_device* device, libusb_device_desc
 
 }  // namespace
 
-/// An open device; closed when the last thread that uses it has left. In a forked child it is neither used nor closed.
+/// An open device; closed when its last user has left. In a forked child it is neither used nor closed.
 class UsbClient::Handle {
 public:
     Handle(std::shared_ptr<Session> session, libusb_device* device) : session_(std::move(session)) {
@@ -131,7 +131,7 @@ public:
         interface_ = number;
     }
 
-    // The bytes that went over. What a transfer that ran out of time has moved counts.
+    // Returns the number of bytes sent, including those of a transfer that timed out.
     std::size_t send(std::uint8_t* data, std::size_t length, unsigned milliseconds) {
         claim();
         int moved = 0;
@@ -141,8 +141,8 @@ public:
         return static_cast<std::size_t>(moved);
     }
 
-    // One read, one at a time, since bytes are filed in the order in which they came. What has come when the time is
-    // over, or the read is interrupted, counts; no bytes are no failure.
+    // Reads are serialized, so that bytes are filed in the order in which they arrive. Bytes received before a timeout
+    // or an interruption count; receiving none is no failure.
     template <class File>
     std::size_t receive(Reader reader, unsigned milliseconds, Bytes& buffer, File&& file) {
         claim();
@@ -154,7 +154,7 @@ public:
         return buffer.size();
     }
 
-    // Ends the read of the receive thread, or its next one.
+    // Ends the receive thread's current read, or else its next one.
     void interrupt() {
         const std::lock_guard lock(mutex_);
         interrupted_ = true;
@@ -170,7 +170,7 @@ private:
         claimed_ = true;
     }
 
-    // A caller that wants to read: the receive thread makes way.
+    // A caller that wants to read: the receive thread gives way.
     class Caller {
     public:
         Caller(Handle& handle, Reader reader) : handle_(reader == Reader::caller ? &handle : nullptr) {
@@ -251,7 +251,7 @@ std::vector<UsbIdentity> listUsbDevices(const std::shared_ptr<const UsbLibrary>&
             found.push_back(
                 identityOf(*library, device, handle.text(descriptor.iSerialNumber), handle.text(descriptor.iProduct)));
         } catch (const UsbError&) {
-            // It belongs to somebody else, or went away meanwhile.
+            // In use by another process, or unplugged meanwhile.
         }
     }
     return found;

@@ -10,7 +10,7 @@
 
 namespace zvr {
 
-/// What a USB device tells about itself.
+/// How a USB device identifies itself.
 struct UsbIdentity {
     int bus = 0, address = 0;
     std::string serialNumber, product;
@@ -21,21 +21,21 @@ std::vector<UsbIdentity> listUsbDevices(const std::shared_ptr<const UsbLibrary>&
 
 class UsbClient final : public Client {
 public:
-    /// Opens the first device, or the one with this serial number, and takes it from a driver of the kernel. Throws
-    /// Failure USBConnectionError if there is none, and UsbError if it may not be opened.
+    /// Opens the first device, or the one with this serial number, and detaches a kernel driver from it. Throws Failure
+    /// USBConnectionError if there is none, and UsbError if opening is not permitted.
     UsbClient(const std::shared_ptr<const UsbLibrary>& library, std::optional<std::string> serialNumber);
     ~UsbClient() override;
 
     const UsbIdentity& identity() const { return identity_; }
     int configuration() const { return configuration_; }
     int interfaceNumber() const { return interface_; }
-    /// Ready when the device has been let go of, which is when the last thread that uses it has left.
+    /// Ready when the device is released, after its last user has left.
     std::shared_future<void> closed() const { return closed_; }
 
-    /// Waits a millisecond at most; idle if nothing came. Throws UsbError.
+    /// Waits a millisecond at most; idle if nothing arrived. Throws UsbError.
     ReadStatus read(Bytes& buffer, const InterruptCheck& onWait = {}) override;
-    /// The receive thread waits longer, since each read that finds nothing costs it as much as one that does; a
-    /// caller's read comes before it. Throws UsbError, of a caller also where nothing came.
+    /// The receive thread waits longer, since an empty read costs as much as any other; callers' reads go first. Throws
+    /// UsbError, for a caller also if nothing arrived.
     ReadStatus receiveAs(Reader reader, std::size_t length, std::vector<Packet>& packets,
                          const InterruptCheck& onWait) override;
     bool isShared() const override { return true; }
@@ -55,7 +55,7 @@ public:
 
 private:
     std::shared_ptr<Handle> opened() const;
-    /// Runs a transfer of an open handle, and tells if the device turns out to be gone.
+    /// Runs a transfer of an open handle, and reports the loss if the device is gone.
     template <class Transfer>
     auto notingLoss(Transfer transfer);
     ReadStatus readInto(Reader reader, unsigned milliseconds, std::size_t length, std::vector<Packet>& packets);

@@ -33,7 +33,7 @@ std::errc numberOf(int libusbCode) {
 
 UsbError::UsbError(int libusbCode) : std::system_error(std::make_error_code(numberOf(libusbCode))) {}
 
-// A library that has been loaded stays: threads of its own may be in it.
+// A loaded library is never unloaded: its own threads may be running in it.
 std::shared_ptr<const UsbLibrary> UsbLibrary::load(const std::string& path) {
     auto library = std::make_shared<UsbLibrary>();
     library->path_ = path.empty() ? systemLibrary : path;

@@ -1,4 +1,4 @@
-// libusb-1.0, loaded at run time, so that who has no USB device needs none.
+// libusb-1.0, loaded at run time, so that it is needed only for USB devices.
 #pragma once
 
 #include <libusb.h>
@@ -12,14 +12,14 @@ namespace zvr {
 /// A failure of the USB layer; its code is the system's error number.
 struct UsbError : std::system_error {
     explicit UsbError(int libusbCode);
-    /// A transfer did not come about within its time.
+    /// A transfer timed out.
     bool timedOut() const { return code() == std::errc::timed_out; }
 };
 
 /// The functions of a loaded library.
 class UsbLibrary {
 public:
-    /// Nothing if there is no such library. Without a path it is the one that the system finds.
+    /// Null if there is no such library. Without a path the system's default is loaded.
     static std::shared_ptr<const UsbLibrary> load(const std::string& path = {});
 
     const std::string& path() const { return path_; }

@@ -11,7 +11,7 @@
 
 namespace zvr {
 
-/// Wakes a thread that waits for several queues at once.
+/// Wakes a thread that waits on several queues at once.
 class Notifier {
 public:
     void notify() {
@@ -25,7 +25,7 @@ public:
         const std::lock_guard lock(mutex_);
         return count_;
     }
-    /// Waits until it has been notified more often than `count` times, or until `deadline`; tells whether it has.
+    /// Waits until it has been notified more often than `count` times, or until `deadline`; returns whether it has.
     bool await(std::uint64_t count, Deadline deadline) {
         std::unique_lock lock(mutex_);
         return waitOn(notified_, lock, deadline, [&] { return count_ != count; });
@@ -37,14 +37,14 @@ private:
     std::uint64_t count_ = 0;
 };
 
-/// Items that were put and that nobody has declared done yet.
+/// Items that were put and not yet declared done.
 class UnfinishedTasks {
 public:
     void add(std::size_t count) {
         const std::lock_guard lock(mutex_);
         count_ += count;
     }
-    /// Declares one done; tells whether there was one.
+    /// Declares one done; returns whether there was one.
     bool done() {
         {
             const std::lock_guard lock(mutex_);
@@ -75,7 +75,7 @@ private:
 template <class Item>
 class Fifo;
 
-/// Who takes from a queue, and may take an item at once, on the thread that brings it.
+/// A consumer of a queue that may take an item directly, on the thread that puts it.
 template <class Item>
 class DirectTaker {
 public:
@@ -92,7 +92,7 @@ public:
 
     UnfinishedTasks tasks;
 
-    /// Adds an item if there is room; tells whether there was.
+    /// Adds an item if there is room; returns whether there was.
     bool tryPut(Item item) {
         if (const auto taker = takerOfNext(); taker && taker->tryTake(*this, item)) {
             tasks.add(1);
@@ -105,7 +105,7 @@ public:
         });
     }
 
-    /// Waits for room at most until `deadline`.
+    /// Waits for room until `deadline` at most.
     bool put(Item item, Deadline deadline, const InterruptCheck& onWait = {}) {
         return waitInterruptibly(deadline, onWait, [&](Deadline until) {
             return add([&](std::unique_lock<std::mutex>& lock) {
@@ -117,7 +117,7 @@ public:
         });
     }
 
-    /// Gives back the item that was taken last, to the front.
+    /// Puts the item that was taken last back at the front.
     void putBack(Item item) {
         {
             const std::lock_guard lock(mutex_);
@@ -131,7 +131,7 @@ public:
         const std::lock_guard lock(mutex_);
         notifier_ = std::move(notifier);
     }
-    /// Asked first about every item that finds the queue empty.
+    /// Offered every item that is put into the empty queue.
     void setTaker(std::weak_ptr<DirectTaker<Item>> taker) {
         const std::lock_guard lock(mutex_);
         taker_ = std::move(taker);
@@ -142,7 +142,7 @@ public:
         return pop();
     }
 
-    /// Waits for an item at most until `deadline`.
+    /// Waits for an item until `deadline` at most.
     std::optional<Item> get(Deadline deadline, const InterruptCheck& onWait = {}) {
         std::optional<Item> item;
         waitInterruptibly(deadline, onWait, [&](Deadline until) {
@@ -154,8 +154,8 @@ public:
         return item;
     }
 
-    /// Waits until at least `count` items are there, at most until `deadline` and not beyond `endWaits`; tells how many
-    /// there are then.
+    /// Waits until there are at least `count` items, until `deadline`, or until `endWaits`; returns the number of
+    /// items.
     std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) {
         const std::uint64_t ends = ends_;
         waitInterruptibly(deadline, onWait, [&](Deadline until) {
@@ -172,7 +172,7 @@ public:
 
     std::size_t capacity() const { return capacity_; }
 
-    /// Nothing more comes for now: who waits for a size waits no longer.
+    /// Nothing more will come for now: ends all waits for a size.
     void endWaits() {
         {
             const std::lock_guard lock(mutex_);
@@ -180,13 +180,13 @@ public:
         }
         arrived_.notify_all();
     }
-    /// How often that was so.
+    /// Number of endWaits() calls so far.
     std::uint64_t ends() const noexcept { return ends_; }
 
     /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
     bool isForeign() const { return mark_.foreign(); }
 
-    /// Shows every item, with the queue's lock held; none in a forked child.
+    /// Calls `visit` with every item, with the queue's lock held; with none in a forked child.
     template <class Visit>
     void visit(Visit visit) const {
         if (isForeign()) return;
@@ -195,7 +195,7 @@ public:
     }
     void clear() {
         if (isForeign()) return;
-        std::deque<Item> gone;  // it goes without the lock
+        std::deque<Item> gone;  // destroyed without the lock
         const std::lock_guard lock(mutex_);
         gone.swap(items_);
     }
@@ -231,7 +231,7 @@ private:
     const std::size_t capacity_;
     const ProcessMark mark_;
     mutable std::mutex mutex_;
-    std::condition_variable arrived_, left_;  // arrived_ wakes all: the one woken may wait for more than one item
+    std::condition_variable arrived_, left_;  // arrived_ wakes all waiters: one may wait for several items
     std::deque<Item> items_;
     std::atomic<std::uint64_t> ends_{0};
     std::shared_ptr<Notifier> notifier_;

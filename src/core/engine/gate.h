@@ -1,4 +1,4 @@
-// The gate at which a receive thread stands while its connection is shut.
+// The gate that holds a receive thread back while its connection is shut.
 #pragma once
 
 #include <atomic>
@@ -11,14 +11,14 @@
 namespace zvr {
 
 /// Shut from construction. The user's side shuts it (`acquire`) and opens it (`release`); both may be repeated and
-/// never wait. The thread passes it once a cycle. In a forked child no thread stands at it, and its lock may be held
-/// for good: it is a flag there.
+/// never wait. The thread passes it once per cycle. In a forked child no thread waits at it and its lock may be held
+/// for ever, so there it is only a flag.
 class Gate {
 public:
     void acquire() { turn(true); }
     void release() { turn(false); }
 
-    /// Shuts the gate if it is open, or opens before `deadline`; tells whether.
+    /// Shuts the gate if it is open or opens before `deadline`; returns whether it did.
     bool acquireOpen(Deadline deadline, const InterruptCheck& onWait = {}) {
         if (mark_.foreign()) return !shut_.exchange(true);
         const bool shut = waitInterruptibly(deadline, onWait, [&](Deadline until) {
@@ -38,7 +38,7 @@ public:
         return shut_;
     }
 
-    /// What one thread remembers of the gate: how often it had been opened when it was passed last.
+    /// What a thread remembers of the gate: the number of openings when it last passed.
     using Passed = std::uint64_t;
 
     Passed openings() const {
@@ -46,9 +46,9 @@ public:
         return opened_;
     }
 
-    /// Waits until the gate is open, or has been open since the thread passed it last, so that no opening is missed
-    /// however short. Ends also at `deadline`, or when `otherwise` comes true, which is asked again after each `wake`.
-    /// Returns the generation counter, which grows with every acquire, release and wake.
+    /// Waits until the gate is open, or has been open since the thread last passed, so that no opening is missed
+    /// however short. Ends also at `deadline`, or when `otherwise` becomes true, which is checked again after each
+    /// `wake`. Returns the generation counter, which grows with every acquire, release and wake.
     template <class Otherwise>
     std::uint64_t pass(Passed& passed, Otherwise otherwise, Deadline deadline = forever) {
         std::unique_lock lock(mutex_);
@@ -61,7 +61,7 @@ public:
         return pass(passed, [] { return false; });
     }
 
-    /// Passes if that needs no wait; gives the generation counter.
+    /// Passes if that needs no wait; returns the generation counter.
     std::optional<std::uint64_t> tryPass(Passed& passed) {
         const std::lock_guard lock(mutex_);
         if (shut_ && opened_ == passed) return std::nullopt;
@@ -69,19 +69,19 @@ public:
         return turn_;
     }
 
-    /// Waits as `pass` does, and passes nothing.
+    /// Waits as `pass` does, without passing.
     template <class Otherwise>
     void awaitPassable(Passed passed, Otherwise otherwise) {
         pass(passed, otherwise);
     }
 
-    /// Waits until the gate is open, at most until `deadline`; tells whether it is.
+    /// Waits until the gate is open, until `deadline` at most; returns whether it is.
     bool awaitOpen(Deadline deadline) {
         std::unique_lock lock(mutex_);
         return waitOn(turned_, lock, deadline, [this] { return !shut_; });
     }
 
-    /// Lets who waits at the gate, or for a turn of it, look around; the gate stays as it is.
+    /// Wakes all waiters to check again; the gate is unchanged.
     void wake() {
         if (mark_.foreign()) return;
         {
@@ -91,7 +91,7 @@ public:
         turned_.notify_all();
     }
 
-    /// The generation counter now.
+    /// The current generation counter.
     std::uint64_t turn() const {
         const std::lock_guard lock(mutex_);
         return turn_;

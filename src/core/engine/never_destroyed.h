@@ -1,4 +1,4 @@
-// Objects that outlive everything: threads and the interpreter may still use them while the process ends.
+// Objects that are never destroyed: threads and the interpreter may use them while the process ends.
 #pragma once
 
 #include <memory>
@@ -6,12 +6,12 @@
 
 namespace zvr {
 
-/// A new one, made in place.
+/// A new object, default constructed.
 template <class Thing>
 Thing& neverDestroyed() {
     return *std::make_unique<Thing>().release();
 }
-/// This one.
+/// The given object, moved.
 template <class Thing>
 Thing& neverDestroyed(Thing thing) {
     return *std::make_unique<Thing>(std::move(thing)).release();

@@ -1,4 +1,4 @@
-// The system's poll until a time of our clock.
+// The system's poll, until a deadline of our clock.
 #pragma once
 
 #include <poll.h>
@@ -9,7 +9,7 @@
 
 namespace zvr {
 
-/// Tells whether something happened; not, too, where a signal came in between.
+/// Returns whether an event is pending; false also if a signal interrupted the poll.
 inline bool pollUntil(std::span<pollfd> entries, Deadline until) {
     for (pollfd& entry : entries) entry.revents = 0;
     const auto count = static_cast<nfds_t>(entries.size());

@@ -72,7 +72,7 @@ void EchoPool::subscribe(Key key, std::shared_ptr<ReplySubscriber> subscriber) {
 }
 
 void EchoPool::unsubscribe(Key key, const ReplySubscriber& subscriber) {
-    std::shared_ptr<ReplySubscriber> gone;  // it goes without the lock
+    std::shared_ptr<ReplySubscriber> gone;  // destroyed without the lock
     const std::lock_guard lock(mutex_);
     const auto found = std::ranges::find_if(
         subscribers_, [&](const auto& each) { return each.first == key && each.second.get() == &subscriber; });

@@ -1,7 +1,7 @@
-// The three data pools of a device: the only meeting point between those who read and those who wait.
+// The three data pools of a device: all that passes between the threads that read and those that wait.
 //
-// Whoever reads a link files what came (DataPools::file); callers take it. Every member of every pool may be called
-// from any thread. A subscriber is told of a reply on the thread that files it, with no lock held.
+// The reader of a link files what it received (DataPools::file); callers take it. Every member of every pool may be
+// called from any thread. A subscriber is notified of a reply on the thread that files it, with no lock held.
 #pragma once
 
 #include <algorithm>
@@ -39,20 +39,19 @@ public:
     void put(Key key, Bytes data);
     /// Removes and returns the reply.
     std::optional<Bytes> take(Key key);
-    /// Gives way to other threads for some microseconds, in case the reply is one of a near device, and has `read` look
-    /// for it each time. After a miss this does nothing for a growing number of calls, so that a slow device costs no
+    /// Yields to other threads for some microseconds, in case a nearby device answers at once, and polls with `read`
+    /// each time. After a miss this does nothing for a growing number of calls, so that a slow device costs no
     /// processor time.
     template <class Read>
     void yieldFor(Key key, Read&& read);
-    /// Waits for a reply until `deadline` and takes it. A reply that is there only at the deadline is left.
+    /// Waits for a reply until `deadline` and takes it. A reply that arrives only at the deadline stays in the pool.
     std::optional<Bytes> await(Key key, Deadline deadline, const InterruptCheck& onWait = {});
-    /// The same with a wait of the caller's own: `wait(waiter, until)` tells whether the waiter has been told of a
-    /// reply.
+    /// The same with the caller's own wait: `wait(waiter, until)` returns whether the waiter was notified of a reply.
     template <class Wait>
     std::optional<Bytes> awaitWith(ThreadWaiter& waiter, Key key, Deadline deadline, const InterruptCheck& onWait,
                                    Wait&& wait);
 
-    /// From now on the subscriber hears of every reply with this key, until `unsubscribe`.
+    /// Notifies the subscriber of every reply with this key from now on, until `unsubscribe`.
     void subscribe(Key key, std::shared_ptr<ReplySubscriber> subscriber);
     void unsubscribe(Key key, const ReplySubscriber& subscriber);
 
@@ -67,9 +66,9 @@ private:
         Bytes data;
     };
     std::unordered_map<Key, Reply> replies_;
-    std::unordered_map<Key, Reply>::node_type spare_;  // of the reply that was taken last
-    // How long to give way: on one core the device's answer and the way to it happen meanwhile, and parking and waking
-    // cost as much as an exchange over loopback.
+    std::unordered_map<Key, Reply>::node_type spare_;  // node of the reply taken last, for reuse
+    // How long to yield: parking and waking cost as much as an exchange over loopback, and on one core the device
+    // answers meanwhile.
     static constexpr std::chrono::microseconds longestYield{20};
     static constexpr int mostSkips = 6;  // as a power of two
 
@@ -79,7 +78,7 @@ private:
     std::atomic<int> missesInARow_{0}, callsToSkip_{0};
 };
 
-/// A subscriber's stay in a pool.
+/// Keeps a subscriber in a pool for a scope.
 class Subscription {
 public:
     Subscription(EchoPool& pool, EchoPool::Key key, std::shared_ptr<ReplySubscriber> subscriber)
@@ -96,21 +95,21 @@ private:
     const std::shared_ptr<ReplySubscriber> subscriber_;
 };
 
-/// How the calling thread waits for a reply: in a poll of its own descriptor, beside which it may poll a link.
+/// How a calling thread waits for a reply: it polls a descriptor of its own, and a link beside it if it reads.
 class ThreadWaiter final : public ReplySubscriber,
                            public ReadingRight::Waiter,
                            public std::enable_shared_from_this<ThreadWaiter> {
 public:
-    /// That of this thread, made once. Waits may be nested; each may be told of what is meant for another.
+    /// The waiter of this thread, made once. Nested waits share it, so a wake may be meant for another of them.
     static std::shared_ptr<ThreadWaiter> ofThisThread();
 
     void onReply() noexcept override;
     void onTurn() noexcept override;
     const Wake& wake() const { return wake_; }
 
-    /// Whether it has been told of a reply since the last question.
+    /// Whether it was notified of a reply since the last call.
     bool takeReply() noexcept { return replied_.exchange(false); }
-    /// Waits until it is told of anything, at most until `until`; tells whether of a reply.
+    /// Waits until it is notified of anything, until `until` at most; returns whether of a reply.
     bool park(Deadline until);
 
 private:
@@ -157,20 +156,20 @@ std::optional<Bytes> EchoPool::awaitWith(ThreadWaiter& waiter, Key key, Deadline
     return data;
 }
 
-/// Streamed frames wait under the command alone, under command and port, or under command, port and chip select.
+/// The key of queued stream frames: the command alone, command and port, or command, port and chip select.
 struct StreamKey {
     static constexpr int absent = -1;
     int command = 0, port = absent, chipSelect = absent;
     auto operator<=>(const StreamKey&) const = default;
 };
 
-/// One entry of a stream's queue: a frame, something else that somebody put there, or nothing, which is the marker that
-/// wakes a reader so that it looks around.
+/// One entry of a stream's queue: a frame, an object that a user put there, or nothing, the marker that only wakes a
+/// reader.
 struct StreamItem {
     StreamItem() = default;
     StreamItem(Bytes bytes)  // NOLINT: a frame is an item
         : isFrame(true), frame(std::move(bytes)), number(++newest) {}
-    /// What was put is given back as it is; `bytes` is what a reader makes of it, if it is a frame.
+    /// `put` is the object to be given back unchanged; `bytes` is its content if it is a frame.
     StreamItem(std::optional<Bytes> bytes, std::shared_ptr<void> put)
         : isFrame(bytes.has_value()),
           frame(std::move(bytes).value_or(Bytes())),
@@ -182,7 +181,7 @@ struct StreamItem {
         return isFrame == other.isFrame && frame == other.frame && object == other.object;
     }
 
-    /// The number of the last one made: what comes has a greater one.
+    /// The number of the item made last; later items have greater ones.
     static inline std::atomic<std::uint64_t> newest = 0;
 
     bool isFrame = false;
@@ -192,7 +191,7 @@ struct StreamItem {
 };
 using StreamFifo = Fifo<StreamItem>;
 
-/// Replies to one broadcast command; equal ones count once.
+/// Replies to one broadcast command, without duplicates.
 class RecordSet {
 public:
     void add(Bytes record);
@@ -206,19 +205,19 @@ private:
     std::set<Bytes> records_;
 };
 
-/// A pool that makes what is missing. What it holds under a key is either the library's own, or something else that
-/// somebody put there; the receive threads hand their part of that to a function that knows such things.
+/// A pool that creates missing entries. An entry is either the library's own thing or a foreign object that a user put
+/// there, into which receive threads file through a function set by the binding.
 template <class Key, class Thing>
 class MakingPool {
 public:
-    /// What is there under a key: one of the two, or neither.
+    /// The entry of a key: own, foreign, or neither.
     struct Entry {
         std::shared_ptr<Thing> own;
         std::shared_ptr<void> foreign;
         std::uint64_t order = 0;
     };
 
-    /// The thing of a key; made, empty, when it is first asked for. Nothing if it is a foreign one.
+    /// The thing of a key, created empty at first use. Null if it is foreign.
     std::shared_ptr<Thing> at(const Key& key) {
         const std::lock_guard lock(mutex_);
         Entry& entry = entryOf(key);
@@ -241,7 +240,7 @@ public:
     }
 
     bool erase(const Key& key) {
-        typename std::map<Key, Entry>::node_type gone;  // it goes without the lock
+        typename std::map<Key, Entry>::node_type gone;  // destroyed without the lock
         const std::lock_guard lock(mutex_);
         gone = entries_.extract(key);
         return !gone.empty();
@@ -252,10 +251,10 @@ public:
         return entries_.contains(key);
     }
 
-    /// Whether there has ever been a foreign thing.
+    /// Whether it has ever held a foreign thing.
     bool holdsForeign() const noexcept { return holdsForeign_; }
 
-    /// In the order in which they came.
+    /// In order of creation.
     std::vector<Key> keys() const {
         std::vector<std::pair<std::uint64_t, Key>> ordered;
         {
@@ -287,7 +286,7 @@ private:
 using StreamPool = MakingPool<StreamKey, StreamFifo>;
 using BroadcastPool = MakingPool<int, RecordSet>;
 
-/// Where the frames of a streaming command wait, and how many leading data bytes are not part of what waits.
+/// The queue of a streaming command's frames, and the number of leading data bytes that are not queued.
 struct StreamPlace {
     StreamKey key;
     std::size_t skip;
@@ -301,9 +300,9 @@ struct DataPools {
     std::shared_ptr<StreamPool> stream = std::make_shared<StreamPool>();
     std::shared_ptr<BroadcastPool> broadcast = std::make_shared<BroadcastPool>();
 
-    /// Files one received frame. Throws std::out_of_range if it lacks the data bytes that its key is made of.
+    /// Files one received frame. Throws std::out_of_range if the data is too short for its key.
     void file(int command, Bytes data);
-    /// The same for a frame whose class is known.
+    /// The same for a frame of known class.
     void file(int command, Bytes data, CommandClass commandClass);
 };
 

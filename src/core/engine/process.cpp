@@ -11,7 +11,7 @@
 
 namespace zvr {
 
-/// The descriptors that are open, in a list whose lock the forking thread holds over the fork.
+/// The open descriptors, in a list whose lock the forking thread holds during the fork.
 struct DescriptorsOfProcess {
     std::mutex mutex;
     OwnDescriptor* first = nullptr;
@@ -23,7 +23,7 @@ struct DescriptorsOfProcess {
         first = &added;
     }
 
-    // Tells the descriptor that is now the caller's to close; -1 if somebody was faster.
+    // Returns the descriptor, which the caller must close; -1 if another thread already took it.
     int remove(OwnDescriptor& removed) {
         const std::lock_guard lock(mutex);
         const int descriptor = removed.descriptor_.exchange(-1);
@@ -53,7 +53,8 @@ struct Process {
 
 Process& process() {
     static Process& one = [&]() -> Process& {
-        Process& made = *std::make_unique<Process>().release();  // threads use it while the process ends
+        Process& made =
+            *std::make_unique<Process>().release();  // never destroyed: threads use it while the process ends
         return made;
     }();
     static const int watched =
@@ -70,7 +71,7 @@ Process& process() {
 }  // namespace
 
 ProcessMark::ProcessMark() {
-    process();  // counts from now on
+    process();  // starts counting forks
     generation_ = detail::processGeneration;
 }
 

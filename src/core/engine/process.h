@@ -1,7 +1,7 @@
-// What a forked child needs to know: which objects were made before it, and belong to its parent.
+// Lets a forked child recognise the objects that were made before the fork and belong to its parent.
 //
 // A child has copies of the parent's objects but none of its threads, and a lock that one of them held is held for
-// good. So nothing is asked of an object of before: it is told by its mark, and left alone.
+// ever. So an object made before the fork is recognised by its mark and never used.
 #pragma once
 
 #include <atomic>
@@ -16,7 +16,7 @@ namespace detail {
 inline std::atomic<std::uint64_t> processGeneration{0};
 }  // namespace detail
 
-/// Remembers the process that it was made in.
+/// Remembers the process in which it was made.
 class ProcessMark {
 public:
     ProcessMark();
@@ -27,10 +27,10 @@ private:
     std::uint64_t generation_;
 };
 
-/// What a failure says of an object that belongs to the parent.
+/// The error message for an object that belongs to the parent.
 std::string foreignMessage(const std::string& what);
 
-/// One `Thing` for each process, made at first use and never destroyed. A child makes its own.
+/// One `Thing` per process, made at first use and never destroyed. A forked child makes its own.
 template <class Thing>
 class PerProcess {
 public:
@@ -52,8 +52,8 @@ private:
     std::atomic<Made*> made_{nullptr};
 };
 
-/// A descriptor that forked children are without: it is closed in them as they begin, so that they neither keep a port
-/// or a line from the parent nor read what is meant for it.
+/// A descriptor that is closed at the start of every forked child, so that the child neither keeps a port or line
+/// occupied nor reads the parent's data.
 class OwnDescriptor {
 public:
     OwnDescriptor() = default;
@@ -73,7 +73,7 @@ private:
     OwnDescriptor *previous_ = nullptr, *next_ = nullptr;
 };
 
-/// Keeps a descriptor from programs that this process starts.
+/// Sets close-on-exec: programs started by this process do not inherit the descriptor.
 void closeOnExec(int descriptor);
 
 }  // namespace zvr

@@ -1,13 +1,13 @@
-// Who reads a link: whoever waits for something from it, and its receive thread when nobody does.
+// Who reads a link: a thread that waits for a reply, or the receive thread if none waits.
 //
-// A hand-over from one thread to another costs as much as a request itself, so the one that waits for a reply reads
-// the link, and files everything that comes, whoever it is for. There is one right to read. Its holder alone touches
-// the parts of the receive loop and the order in which frames are filed; it gives the right on to the next one that
-// waits, or back. While requests follow each other the thread leaves the link alone: it looks by itself, without being
-// told, whether the right has been idle for a moment, and reads on then.
+// A hand-over from one thread to another costs as much as a request itself, so the thread that waits for a reply reads
+// the link and files everything it receives, for any waiter. There is one right to read. Only its holder uses the parts
+// of the receive loop, so frames are filed in order; it passes the right to the next waiter, or back. While requests
+// follow each other the receive thread leaves the link alone: it checks by itself, without a notification, whether the
+// lease has expired, and reads on then.
 //
-// An event loop holds the right without a thread behind it. One that does not come to read, because it is busy or
-// stopped, loses the right to the thread as soon as bytes have been waiting for it for a while.
+// An event loop holds the right without a blocked thread. A loop that does not read, because it is busy or stopped,
+// loses the right to the receive thread once bytes have been waiting for `longestUnread`.
 #pragma once
 
 #include <atomic>
@@ -21,16 +21,17 @@ namespace zvr {
 
 class ReadingRight {
 public:
-    /// How long the thread leaves the link alone after the last read of another.
+    /// How long the receive thread leaves the link alone after another's last read.
     static constexpr std::chrono::microseconds lease{1'000};
-    /// How long bytes may wait for an event loop.
+    /// How long bytes may wait for an event loop to read them.
     static constexpr std::chrono::milliseconds longestUnread{15};
 
-    /// One that waits, and would read meanwhile.
+    /// A waiter that can read the link meanwhile.
     class Waiter {
     public:
         virtual ~Waiter() = default;
-        /// It has got the right, or is to look around. Any thread, with the lock of the right held.
+        /// It has been given the right, or must check its condition again. Called on any thread, with the lock of the
+        /// right held.
         virtual void onTurn() noexcept = 0;
         bool hasTurn() const noexcept { return turn_; }
 
@@ -41,36 +42,36 @@ public:
         friend class ReadingRight;
         const bool isLoop_;
         std::atomic<bool> turn_{false};
-        bool absent_ = false;  // it does not come to read, and gets no turn before it comes
-        bool idle_ = false;    // it cannot read
+        bool absent_ = false;  // it did not read in time, and gets no turn before it enters again
+        bool idle_ = false;    // it waits but cannot read
     };
 
-    /// Adds a waiter that is not there yet; it may have the right at once. While one waits that cannot read, the thread
-    /// reads on without a pause for the others.
+    /// Adds a waiter unless it is in already; it may get the right at once. While a waiter is in that cannot read, the
+    /// receive thread keeps reading instead of pausing for the others.
     void enter(Waiter& waiter, bool canRead = true);
-    /// Removes it; what it had goes to the next one. Nothing happens if it is not there.
+    /// Removes it and passes its right to the next waiter. Does nothing if it is not in.
     void leave(Waiter& waiter) noexcept;
-    /// Takes the right from a waiter that has it, until it enters again, and gives it to the thread: there is something
-    /// that only that can do.
+    /// Takes the right from its holder, until that enters again, and gives it to the receive thread, which alone can
+    /// handle what came up.
     void leaveToThread(Waiter& waiter) noexcept;
-    /// Brackets a read of an event loop; nothing is begun while the right is another's.
+    /// Bracket a read of an event loop; `begin` returns false if the loop no longer holds the right.
     bool begin(Waiter& waiter);
     void end(Waiter& waiter) noexcept;
-    /// The holder has read.
+    /// Called by the holder after a read.
     void noteRead() noexcept { ++reads_; }
-    /// Lets all that wait look around.
+    /// Wakes all waiters to check again.
     void tellAll() noexcept;
 
-    /// What the thread has come to: the right, or others that still have it, beside whom it may only watch.
+    /// The outcome for the receive thread: it has the right, or others still have it and it may only watch.
     enum class Turn { own, others };
-    /// On the thread: waits for the right. With `watched` it has seen bytes, and has the right only if they are still
-    /// to be read.
+    /// On the receive thread: waits for the right. With `watched` it has seen bytes, and gets the right only if they
+    /// are still unread.
     Turn take(bool watched = false);
-    /// On the thread: gives the right back. Others get it only if they may read as the thread would.
+    /// On the receive thread: gives the right back. Others get it only if `mayRead`.
     void give(bool mayRead) noexcept;
-    /// Lets whoever has the right look around, and the thread, too, without a wait for the others' pause.
+    /// Wakes the holder to check again, and the receive thread without waiting for the end of the lease.
     void hurry() noexcept;
-    /// Whether somebody would read.
+    /// Whether any waiter could read.
     bool isWanted() const;
 
 private:
@@ -83,8 +84,8 @@ private:
     std::vector<Waiter*> waiters_;
     Waiter* holder_ = nullptr;
     bool threadHolds_ = false, mayRead_ = false, hurried_ = false, loopReads_ = false;
-    bool threadSleeps_ = false;  // until it is told
-    int idle_ = 0;               // how many cannot read
+    bool threadSleeps_ = false;  // until notified
+    int idle_ = 0;               // number of waiters that cannot read
     Deadline lastUse_{};
     std::atomic<std::uint64_t> reads_{0};
 };

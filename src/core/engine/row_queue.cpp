@@ -9,7 +9,7 @@ namespace zvr {
 
 namespace {
 
-// Small frames share a chunk of this size; larger ones are kept as they came.
+// Small frames are copied into a shared chunk of this size; large ones keep their own buffer.
 constexpr std::size_t chunkBytes = 32768;
 constexpr std::size_t largeFrame = 4096;
 
@@ -38,7 +38,7 @@ bool RowQueue::putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t num
     return add(layout, frame, number, isEnough, frame.size() / rowBytes) == 0;
 }
 
-// Drops what there is no room for, or all if there is not room for `least` rows. The frame is left as it is then.
+// Drops the rows that do not fit, or all if fewer than `least` fit; the frame is left unchanged then.
 std::size_t RowQueue::add(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough,
                           std::size_t least) {
     const std::size_t rows = frame.size() / layout.rowBytes();
@@ -203,7 +203,7 @@ std::vector<RowRun> RowQueue::takeLocked(std::size_t count) {
 
 namespace {
 
-// Several queues at once, always in the same order, each once.
+// Locks several mutexes in a fixed order, each once.
 std::vector<std::unique_lock<std::mutex>> lockAll(std::vector<std::mutex*> mutexes) {
     std::ranges::sort(mutexes);
     const auto [first, last] = std::ranges::unique(mutexes);

@@ -12,16 +12,15 @@ namespace zvr {
 
 class ReplySubscriber;
 
-/// Where rows stand in their stream. A run is what one start of streaming brings; rows that came without one are the
-/// run 0.
+/// Position of rows in their stream. A run is the data of one streaming start; rows received without a start are run 0.
 struct RowPlace {
     static constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
     double rate = unknown;   ///< rows per second
-    double start = unknown;  ///< of the run's first row, in seconds since 1970
+    double start = unknown;  ///< time of the run's first row, in seconds since 1970
     std::uint64_t run = 0;
-    std::uint64_t first = 0;          ///< number of the first row in its run; rows that were dropped count
-    std::uint64_t droppedBefore = 0;  ///< rows of the run that were dropped right before
+    std::uint64_t first = 0;          ///< number of the first row in its run, counting dropped rows
+    std::uint64_t droppedBefore = 0;  ///< rows of the run dropped immediately before
 };
 
 /// Consecutive rows of one layout. They stay valid as long as the run is held.
@@ -30,22 +29,22 @@ struct RowRun {
     std::size_t rows = 0;
     const std::uint8_t* bytes = nullptr;
     std::shared_ptr<const void> holder = {};
-    std::shared_ptr<void> object = {};  ///< the lone row as somebody put it, to be given back as it is
+    std::shared_ptr<void> object = {};  ///< a single row as a user put it, to be given back unchanged
 };
 
 /// The same number of rows from each of several queues.
 struct RowsTaken {
     std::vector<std::vector<RowRun>> runs;
     std::size_t rows = 0;
-    std::size_t columns = 0;  ///< values of a row over all queues, where all rows of a queue have the same number
-    RowPlace place = {};      ///< over several queues that of the foremost
+    std::size_t columns = 0;  ///< values per row over all queues, if every queue's rows have one width
+    RowPlace place = {};      ///< that of the first queue
 };
 
-/// Which rows are taken together, besides that those of a queue are of one width.
+/// Which rows are taken together; those of one queue always have one width.
 struct RowsWanted {
     std::size_t rows;
     std::size_t mostValues = static_cast<std::size_t>(-1);
-    std::size_t columns = 0;   ///< values of a row over all queues; none are taken of another width. 0 is any
+    std::size_t columns = 0;   ///< required number of values per row over all queues; 0 for any
     bool consecutive = false;  ///< only rows of one run without a gap between them
 };
 
@@ -55,17 +54,17 @@ public:
     explicit RowQueue(std::size_t capacity) : capacity_(capacity) {}
 
     static constexpr std::uint64_t newest = static_cast<std::uint64_t>(-1);
-    /// Adds the rows of a frame, as many as there is room for; tells how many were dropped. Throws
-    /// std::invalid_argument for a frame that is no whole number of rows.
+    /// Adds as many rows of a frame as there is room for; returns how many were dropped. Throws std::invalid_argument
+    /// for a frame that is no whole number of rows.
     std::size_t put(const RowLayout& layout, Bytes frame, std::uint64_t number = newest);
 
-    /// The same if there is room for all of them, and a whole number of rows; else it does nothing, and leaves the
-    /// frame. Where it `isEnough` for those who wait, they are the caller's to wake.
+    /// The same if the frame is a whole number of rows and all fit; else does nothing and leaves the frame. If
+    /// `isEnough` is set, the caller must wake the waiters.
     bool putWhole(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough);
-    /// Wakes those who wait, with no lock held.
+    /// Wakes the waiters, with no lock held.
     void wake();
 
-    /// Adds one row that is to be given back as `object`; waits for room at most until `deadline` and tells whether
+    /// Adds one row that is to be given back as `object`; waits for room until `deadline` at most and returns whether
     /// there was.
     bool putRow(const RowLayout& layout, const Bytes& row, std::shared_ptr<void> object, Deadline deadline,
                 const InterruptCheck& onWait = {});
@@ -77,34 +76,34 @@ public:
 
     /// Takes the same number of rows from each queue in one step, as many as all of them have and at most `count`.
     static RowsTaken takeTogether(std::span<const std::shared_ptr<RowQueue>> queues, std::size_t count);
-    /// The same for rows of one width in each queue. Where none are taken, `columns` is that of the oldest rows.
+    /// The same for rows of one width in each queue. If none are taken, `columns` is that of the oldest rows.
     static RowsTaken takeUniform(std::span<const std::shared_ptr<RowQueue>> queues, const RowsWanted& wanted);
 
-    /// The first frame with a number above `before` is the first one of a run, whose own number is returned. However
-    /// long a frame of before is on its way, it begins no run.
+    /// Returns the number of a new run, which begins with the first frame whose number is above `before`. Late frames
+    /// of the previous run never start a new one.
     std::uint64_t beginRun(std::uint64_t before);
-    /// The device sends no more of the run.
+    /// The device sends no more data of the run.
     void endRun();
     /// Rows per second of the run that begins next.
     void setRate(double rate);
     struct Run {
         std::uint64_t number = 0;
-        std::uint64_t rows = 0;  ///< that have come, dropped ones with them
+        std::uint64_t rows = 0;  ///< received so far, including dropped ones
         bool ended = false;
     };
-    /// The run that began last.
+    /// The latest run.
     Run run() const;
 
-    /// The listener hears once that there may be this many rows; it does not if there are already, which is told.
+    /// Notifies the listener once when `count` rows may be available; returns true, without notifying, if they already
+    /// are.
     bool tellAt(std::size_t count, std::shared_ptr<ReplySubscriber> listener);
     void forget(const ReplySubscriber& listener);
 
-    /// Waits until at least `count` rows are there, at most until `deadline` and not beyond `endWaits`; tells how many
-    /// there are then.
+    /// Waits until there are at least `count` rows, until `deadline`, or until `endWaits`; returns the number of rows.
     std::size_t waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait = {}) const;
-    /// Nothing more comes for now: who waits for a size waits no longer.
+    /// Nothing more will come for now: ends all waits for a size.
     void endWaits();
-    /// How often that was so.
+    /// Number of endWaits() calls so far.
     std::uint64_t ends() const noexcept { return ends_; }
 
     std::size_t size() const;
@@ -118,7 +117,7 @@ public:
     /// Whether it belongs to the parent of this forked child, where its lock may be held for good.
     bool isForeign() const { return mark_.foreign(); }
 
-    /// Shows every object that somebody put, with the queue's lock held; none in a forked child.
+    /// Calls `visit` with every object that a user put, with the queue's lock held; with none in a forked child.
     template <class Visit>
     void visit(Visit visit) const {
         if (isForeign()) return;
@@ -134,7 +133,7 @@ public:
 private:
     static constexpr std::size_t nobody = static_cast<std::size_t>(-1);
 
-    // Bytes of rows. Only behind `used` is anything ever written, so that runs may be read without the lock.
+    // Bytes of rows. Writes only ever go beyond `used`, so that runs may be read without the lock.
     struct Chunk {
         RowLayout layout;
         std::shared_ptr<std::uint8_t> bytes;
@@ -142,20 +141,20 @@ private:
         std::shared_ptr<void> object = {};
         RowPlace place = {};
         std::size_t rows() const { return (used - taken) / layout.rowBytes(); }
-        /// Whether the next row does not continue the one before it.
+        /// Whether its first row does not continue the previous chunk.
         bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
     std::size_t add(const RowLayout& layout, Bytes& frame, std::uint64_t number, bool& isEnough, std::size_t least = 0);
     std::size_t room() const { return capacity_ == 0 ? noLimit : capacity_ - std::min(rows_, capacity_); }
     void append(const RowLayout& layout, Bytes&& frame);
-    /// Looks whether a run begins with the frame of so many rows that has come.
+    /// Begins a run with a received frame of so many rows, if one is due.
     void enterRun(std::size_t rows, std::uint64_t number);
     RowPlace placeOfNext();
-    /// Counts rows that were appended; tells whether who waits for rows is to be woken.
+    /// Counts appended rows; returns whether waiters must be woken.
     bool count(std::size_t rows);
     std::vector<RowRun> takeLocked(std::size_t count);
-    /// Number of values in each of the oldest rows, and how many rows have that many; looks no further than wanted.
+    /// Number of values in the oldest rows, and how many consecutive rows have it; looks no further than wanted.
     std::pair<std::size_t, std::size_t> uniformRows(const RowsWanted& wanted) const;
     RowPlace placeOfOldest() const;
 
@@ -167,16 +166,16 @@ private:
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
     std::atomic<std::uint64_t> ends_{0};
-    mutable std::size_t wanted_ = nobody;  // who waits is woken when this many rows are there
+    mutable std::size_t wanted_ = nobody;  // waiters are woken when there are this many rows
     std::vector<std::shared_ptr<ReplySubscriber>> listeners_;
 
-    RowPlace now_;  // of the row that comes next
+    RowPlace now_;  // place of the next row
     bool startsChunk_ = false;
     double toldRate_ = RowPlace::unknown;
     std::uint64_t runs_ = 0;
     struct Beginning {
         std::uint64_t run;
-        std::uint64_t before;  // the number of the last frame of earlier runs
+        std::uint64_t before;  // number of the last frame of earlier runs
         double rate, since;
     };
     std::optional<Beginning> beginning_;

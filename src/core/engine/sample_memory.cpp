@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t largePage = std::size_t{2} << 20;
 constexpr std::size_t slabBytes = 2 * largePage;
 constexpr std::size_t keptSlabs = 3;
-constexpr std::size_t smallBlock = 16384;  // bytes; smaller ones do not share a slab, which one of them would keep
+constexpr std::size_t smallBlock = 16384;  // bytes; smaller blocks do not share a slab, since one could keep it alive
 constexpr std::size_t alignment = 64;
 
 constexpr std::size_t roundedUp(std::size_t bytes, std::size_t unit) { return (bytes + unit - 1) / unit * unit; }
@@ -26,12 +26,12 @@ std::shared_ptr<std::byte> inLargePages(std::size_t bytes) {
     auto* const memory = static_cast<std::byte*>(std::aligned_alloc(largePage, roundedUp(bytes, largePage)));
     if (memory == nullptr) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-    ::madvise(memory, bytes, MADV_HUGEPAGE);  // a wish
+    ::madvise(memory, bytes, MADV_HUGEPAGE);  // a hint
 #endif
     return {memory, std::free};
 }
 
-/// Blocks behind each other, and anew from the beginning once all of them are gone.
+/// Consecutive blocks; reused from the beginning once all of them are released.
 struct Slab {
     const std::shared_ptr<std::byte> memory = inLargePages(slabBytes);
     std::size_t used = 0;
@@ -40,7 +40,7 @@ struct Slab {
 
 class Slabs {
 public:
-    /// Nothing if another thread is at it, or was so when this process was forked.
+    /// Null if another thread holds the lock, or held it at the fork of this process.
     std::shared_ptr<double> take(std::size_t bytes) {
         const std::unique_lock lock(mutex_, std::try_to_lock);
         if (!lock) return nullptr;

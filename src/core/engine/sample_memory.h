@@ -6,8 +6,8 @@
 
 namespace zvr {
 
-/// Memory for this many doubles, not initialised. Any thread may let go of it. What has been let go of is used again,
-/// and large pages are asked for: to find and clear an ordinary page takes longer than to fill it with samples.
+/// Memory for this many doubles, not initialised. Any thread may release it. Released memory is reused and large pages
+/// are requested, since faulting in an ordinary page takes longer than filling it with samples.
 std::shared_ptr<double> sampleMemory(std::size_t count);
 
 }  // namespace zvr

@@ -12,7 +12,7 @@ namespace zvr {
 
 double roundDecimals(double value, int decimals) {
     if (!std::isfinite(value)) return value;
-    // The exact decimal expansion is rounded, and the nearest double to the result taken.
+    // Rounds the exact decimal expansion, then takes the nearest double.
     std::array<char, 400> text;
     const auto written = std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed, decimals);
     double rounded = value;
@@ -28,11 +28,11 @@ Scale16::Scale16(double ratio) : ratio_(ratio) {
 
 namespace {
 
-/// The scales that were asked for last, most recent first, and those that something else still holds.
+/// The scales used last, most recent first, and those still referenced elsewhere.
 class Scales {
 public:
     std::shared_ptr<const Scale16> of(double ratio) {
-        const auto bits = std::bit_cast<std::uint64_t>(ratio);  // one that is not a number is a key too
+        const auto bits = std::bit_cast<std::uint64_t>(ratio);  // NaN is a valid key too
         const std::lock_guard lock(mutex_);
         auto scale = known_[bits].lock();
         if (!scale) {

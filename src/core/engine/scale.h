@@ -8,8 +8,8 @@
 
 namespace zvr {
 
-/// What turns the codes of 16-bit samples into values: code times ratio, rounded to 4 decimals as exactly as the host's
-/// own `round`. There is one object per ratio, which whoever uses it shares; the last few stay without a user.
+/// Converts the codes of 16-bit samples: code times ratio, rounded to 4 decimals as exactly as Python's `round`. There
+/// is one shared object per ratio; the last few are cached.
 class Scale16 {
 public:
     static std::shared_ptr<const Scale16> of(double ratio);
@@ -26,7 +26,7 @@ private:
 /// Rounds to this many decimals, to the nearest, ties of the exact value to even.
 double roundDecimals(double value, int decimals);
 
-/// How the bytes of a row become values.
+/// How the bytes of a row are converted to values.
 struct RowLayout {
     enum class Sample : std::uint8_t {
         scaled16,  ///< two bytes, scaled and rounded
@@ -67,7 +67,7 @@ inline std::int16_t read16(const std::uint8_t* bytes) {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]));
 }
 
-/// Writes the values of `rows` rows to `out`, the first of each row `stride` values behind that of the row before.
+/// Writes the values of `rows` rows to `out`, each row `stride` values after the previous one.
 void convertRows(const RowLayout& layout, const std::uint8_t* bytes, std::size_t rows, double* out, std::size_t stride);
 
 }  // namespace zvr

@@ -8,12 +8,12 @@ namespace zvr {
 
 namespace {
 
-// A queue that notifies somebody else is looked at this often.
+// A queue that notifies another reader is polled at this interval.
 constexpr std::chrono::milliseconds lookAgainAfter{50};
 constexpr std::chrono::seconds warningSpan{1};
 constexpr std::size_t all = static_cast<std::size_t>(-1);
 constexpr std::size_t mostWarnings = 1000;  // in that span
-// Frames that come closer together than this are taken several at a time: waking costs more than a frame does.
+// Frames less than `dense` apart are taken in batches: a wake-up costs more than a frame.
 constexpr std::chrono::microseconds dense{1000}, gather{500};
 
 }  // namespace
@@ -93,7 +93,7 @@ bool StreamReader::drainAll(std::size_t most) {
     return any;
 }
 
-// Takes what has arrived until now; a device that goes on sending does not keep the others waiting.
+// Takes the frames that have arrived so far, so that a device that keeps sending does not starve the other queues.
 bool StreamReader::drain(const Pair& pair, std::size_t most) {
     const std::size_t waiting = std::min(pair.frames->size(), most);
     for (std::size_t i = 0; i < waiting && !ended_; ++i) {
@@ -103,7 +103,7 @@ bool StreamReader::drain(const Pair& pair, std::size_t most) {
             pair.frames->putBack(std::move(*item));
             break;
         }
-        if (item->isMarker()) continue;  // it only wakes
+        if (item->isMarker()) continue;  // only wakes the thread
         if (!item->isFrame) throw std::invalid_argument("an item of the queue is no frame");
         RowLayout layout;
         {
@@ -126,7 +126,7 @@ void StreamReader::tellOfOverflow(const RowQueue* queue, std::size_t dropped) {
 
 void StreamReader::end() {
     ended_ = true;
-    if (isForeign()) return;  // no thread is here to end, and its locks may be held for good
+    if (isForeign()) return;  // the child has no such thread, and its locks may be held for ever
     gate->release();
     lookAgain();
 }

@@ -1,12 +1,12 @@
-// The thread that feeds from the frames of a stream: frames in, rows out.
+// The thread that decodes the frames of a stream: frames in, rows out.
 //
-// Who runs what: the thread passes the gate, takes what the receive thread has filed in each data queue and puts it, as
-// rows, into the row queue beside it. The user's side turns the gate, sets the layout and ends the thread. What the
-// thread uses may be replaced while it runs: its supervisor then renews it, on the thread.
+// Who runs what: the thread passes the gate, takes the frames that the receive thread has filed in each data queue and
+// puts them, as rows, into the paired row queue. The user's side opens and shuts the gate, sets the layout and ends the
+// thread. The parts that the thread uses may be replaced while it runs: its supervisor then renews it, on the thread.
 //
-// While the thread waits, with nothing left to take, the receive thread may do its work: a frame that finds its queue
-// empty and room for its rows goes straight there, which saves a hand-over. The route belongs to one of the two: the
-// thread holds it but for its waits, and the other takes it only if it is free.
+// While the thread waits, with nothing left to take, the receive thread may do its work: if the frame queue is empty
+// and its rows fit, a frame is put directly into the row queue, which saves a hand-over. The route is a lock: the
+// thread holds it except during its waits, and the receive thread takes it only if it is free.
 #pragma once
 
 #include <functional>
@@ -29,7 +29,7 @@ public:
         std::shared_ptr<StreamFifo> frames;
         std::shared_ptr<RowQueue> rows;
     };
-    /// Told how many rows were dropped, on that thread; of a queue at most 1,000 a second.
+    /// Called with the number of dropped rows, on that thread; at most 1,000 times a second per queue.
     using OnOverflow = std::function<void(std::size_t rows)>;
 
     StreamReader(std::string name, std::vector<Pair> pairs, RowLayout layout, Report report, OnOverflow onOverflow,
@@ -40,15 +40,15 @@ public:
     void run();
     /// Ends the thread soon. The gate stays open.
     void end() override;
-    /// Lets a thread that waits ask its supervisor.
+    /// Wakes the thread to ask its supervisor.
     void lookAgain() noexcept;
 
     /// From the next frame on.
     void setLayout(RowLayout layout);
-    /// On the thread itself. A thread that waits in its queue takes the next item even if the gate is shut meanwhile.
+    /// On the thread itself. With `waitsInQueue` it takes the next item even if the gate is shut meanwhile.
     void setRoute(std::vector<Pair> pairs, std::shared_ptr<Gate> gate, bool waitsInQueue = false);
 
-    /// On the thread itself: waits until it is to look again.
+    /// On the thread itself: waits until `lookAgain`, at most this long.
     void rest(std::chrono::milliseconds most);
 
     bool tryTake(const StreamFifo& queue, StreamItem& item) override;
@@ -61,13 +61,13 @@ private:
     bool drain(const Pair& pair, std::size_t most);
     void tellOfOverflow(const RowQueue* queue, std::size_t dropped);
 
-    /// How many warnings a queue has caused since when.
+    /// Number of warnings of a queue in the current span.
     struct Warned {
         Deadline since{};
         std::size_t count = 0;
     };
 
-    std::mutex route_;  // the thread's but for its waits
+    std::mutex route_;  // held by the thread except during its waits
     bool runs_ = false;
     std::vector<Pair> pairs_;
     std::shared_ptr<Gate> gateNow_ = gate;

@@ -1,10 +1,10 @@
-// Who looks after a thread whose parts may be replaced while it runs.
+// Replaces the parts of a running thread.
 #pragma once
 
 namespace zvr {
 
-/// The thread asks `changed` at every turn, and again before it uses what it has just taken. If so, it calls `renew`,
-/// which gives it other parts, or does a turn in its place, and begins its next turn.
+/// The thread asks `changed` on every iteration, and again before it uses an item it has taken. If true, it calls
+/// `renew`, which replaces its parts or runs one iteration itself, and starts its next iteration.
 template <class Thread>
 class Supervisor {
 public:

@@ -20,13 +20,13 @@ struct ThreadCount {
     int running = 0;
 };
 
-// Of this process alone: a forked child begins with none.
+// Per process: a forked child starts with none.
 ThreadCount& threadCount() {
     static PerProcess<ThreadCount> counts;
     return counts.get();
 }
 
-// The process in which this thread counts, if it does.
+// The process in which this thread is counted, if it is.
 thread_local std::optional<ProcessMark> countedIn;
 thread_local std::string ownName;
 
@@ -38,7 +38,7 @@ void startDetached(const std::string& name, std::function<void()> body, bool cou
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 #endif
         body();
-        body = nullptr;  // what it holds goes before the thread counts itself out
+        body = nullptr;  // destroy what it holds before the thread is no longer counted
         forgetThisThread();
     }).detach();
 }

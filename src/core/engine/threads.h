@@ -11,26 +11,26 @@
 
 namespace zvr {
 
-/// Waits until no thread that this library started in this process runs any more, at most until `deadline`.
+/// Waits until every thread that this library started in this process has ended, until `deadline` at most.
 void awaitAllThreads(Deadline deadline);
 
-/// Counts the calling thread out, if the library started it: it will do nothing any more.
+/// Stops counting the calling thread, if the library started it: it will do no more work.
 void forgetThisThread() noexcept;
 
-/// Starts a thread of the library. It counts in awaitAllThreads until `body` has returned.
+/// Starts a thread of the library, for which awaitAllThreads waits until `body` has returned.
 void startThread(const std::string& name, std::function<void()> body);
 
-/// Starts a thread for a call of the system that nobody can end. It does not count: the process may end under it.
+/// Starts a thread for a system call that cannot be cancelled. It is not counted: the process may exit while it runs.
 void startUncountedThread(const std::string& name, std::function<void()> body);
 
-/// The name of the thread that calls, if the library started it; else empty.
+/// The name of the calling thread if the library started it; else empty.
 const std::string& currentThreadName();
 
-/// A thread of the library that belongs to an object: others may ask for its life, and hear of the failure that ends
-/// it. What its body needs is held by the body itself. A forked child has no such thread: there it is not alive.
+/// A thread of the library that belongs to an object: others may query whether it lives, and a failure that ends it is
+/// reported. The body itself holds what it needs. In a forked child the thread is not alive.
 class OwnedThread {
 public:
-    /// Told of the failure, on the thread.
+    /// Called with the failure, on the thread.
     using Report = std::function<void(const std::string& threadName, std::exception_ptr)>;
 
     OwnedThread(std::string name, Report report) : name_(std::move(name)), report_(std::move(report)) {}
@@ -39,15 +39,15 @@ public:
     OwnedThread& operator=(const OwnedThread&) = delete;
 
     const std::string& name() const { return name_; }
-    /// Ends the thread soon, with nothing lost that can still be saved.
+    /// Ends the thread soon, without losing data that can still be saved.
     virtual void end() = 0;
     bool alive() const;
-    /// What the system calls the thread that runs the body, and its number; 0 before it runs.
+    /// The system's handle and number of the thread that runs the body; 0 before it runs.
     std::uint64_t ident() const { return ident_; }
     long nativeId() const { return nativeId_; }
     /// Whether it belongs to the parent of this forked child.
     bool isForeign() const { return mark_.foreign(); }
-    /// Waits for the thread's end; tells whether it came.
+    /// Waits for the thread's end; returns whether it has ended.
     bool awaitEnd(Deadline deadline, const InterruptCheck& onWait = {}) const;
 
 protected:

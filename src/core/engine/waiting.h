@@ -1,4 +1,4 @@
-// How a thread of the engine waits: on a condition, until a time, with a look at the caller every few milliseconds.
+// How a thread of the engine waits: on a condition, until a time, with a check of the caller every few milliseconds.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ using Deadline = Clock::time_point;
 
 inline constexpr Deadline forever = Deadline::max();
 
-/// The time `seconds` from now; `forever` where the clock cannot tell it any more.
+/// The time `seconds` from now; `forever` beyond the range of the clock.
 inline Deadline deadlineIn(double seconds) {
     constexpr double limit = 1e9;
     if (seconds > limit) return forever;
@@ -30,10 +30,10 @@ using InterruptCheck = std::function<void()>;
 /// ones.
 inline constexpr std::chrono::milliseconds checkEvery{25};
 
-/// When this thread last looked at a caller.
+/// When this thread last called an InterruptCheck.
 inline thread_local Deadline lastChecked{};
 
-/// Calls `onWait` if this thread has not looked for so long.
+/// Calls `onWait` if the last check on this thread was `checkEvery` ago or more.
 inline void checkIfDue(const InterruptCheck& onWait) {
     const Deadline now = Clock::now();
     if (now - lastChecked < checkEvery) return;
@@ -41,8 +41,8 @@ inline void checkIfDue(const InterruptCheck& onWait) {
     onWait();
 }
 
-/// Calls `wait(until)` until it answers true or `deadline` is reached, in pieces short enough for `onWait`, which comes
-/// before each piece, so that what a piece has brought is never dropped for it.
+/// Calls `wait(until)` until it returns true or `deadline` is reached, in pieces short enough for `onWait`, which is
+/// called before each piece, so that it never discards the result of a piece.
 template <class Wait>
 bool waitInterruptibly(Deadline deadline, const InterruptCheck& onWait, Wait&& wait) {
     for (;;) {
@@ -52,7 +52,7 @@ bool waitInterruptibly(Deadline deadline, const InterruptCheck& onWait, Wait&& w
     }
 }
 
-/// Waits on a condition variable; tells whether the predicate came true.
+/// Waits on a condition variable; returns whether the predicate came true.
 template <class Predicate>
 bool waitOn(std::condition_variable& condition, std::unique_lock<std::mutex>& lock, Deadline until, Predicate done) {
     if (until == forever) {

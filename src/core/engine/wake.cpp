@@ -25,7 +25,7 @@ int makeDescriptor() {
 #ifdef __linux__
     return check(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
 #else
-    // A socket that talks to itself: one descriptor, as everywhere else.
+    // A socket connected to itself: one descriptor, as with eventfd.
     const int made = check(::socket(AF_INET, SOCK_DGRAM, 0));
     sockaddr_in self{};
     self.sin_family = AF_INET;
@@ -56,7 +56,7 @@ void Wake::silence() const noexcept {
     std::uint64_t count = 0;
     while (::read(number(), &count, sizeof count) > 0) {
 #ifdef __linux__
-        return;  // one read empties the counter
+        return;  // one read resets the counter
 #endif
     }
 }

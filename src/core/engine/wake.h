@@ -1,11 +1,11 @@
-// A descriptor by which one thread wakes another out of a poll.
+// A descriptor with which one thread wakes another from a poll.
 #pragma once
 
 #include "core/engine/process.h"
 
 namespace zvr {
 
-/// Readable from a `ring` to the next `silence`. In a forked child it is nobody's, and nothing happens.
+/// Readable from a `ring` (a notification) to the next `silence`. In a forked child it is closed, and calls do nothing.
 class Wake {
 public:
     Wake();

@@ -1,7 +1,7 @@
-// The digital lines that the ports of the serial buses have.
+// The digital lines used by the ports of the serial buses.
 //
-// Which lines these are is not known for certain, so they are assumed: no two ports meet, and every model that has a
-// port of a bus has its lines.
+// The lines are not known for certain, so they are assumed: no two ports share a line, and every model with a port of a
+// bus has its lines.
 #pragma once
 
 #include <array>

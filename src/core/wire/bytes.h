@@ -17,7 +17,7 @@ namespace zvr {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-/// A number is asked of a byte string of another width.
+/// A number was read from a byte string of another width.
 struct WrongLength : std::runtime_error {
     WrongLength(std::size_t wanted, std::size_t got)
         : std::runtime_error("unpack requires a buffer of " + std::to_string(wanted) + " bytes, got " +
@@ -27,7 +27,7 @@ protected:
     using std::runtime_error::runtime_error;
 };
 
-/// A place is asked of a byte string that ends before it.
+/// A byte was read beyond the end of a byte string.
 struct TooShort : WrongLength {
     TooShort(std::size_t wanted, std::size_t got)
         : WrongLength(std::to_string(wanted) + " bytes or more are wanted, " + std::to_string(got) + " came") {}
@@ -38,7 +38,7 @@ using UnsignedOf = std::conditional_t<
     Width == 1, std::uint8_t,
     std::conditional_t<Width == 2, std::uint16_t, std::conditional_t<Width == 4, std::uint32_t, std::uint64_t>>>;
 
-/// Reads one number from exactly sizeof(Number) bytes; throws WrongLength for any other count.
+/// Reads one number from exactly sizeof(Number) bytes; throws WrongLength for any other length.
 template <class Number>
 Number readBigEndian(ByteView bytes) {
     if (bytes.size() != sizeof(Number)) throw WrongLength(sizeof(Number), bytes.size());
@@ -54,16 +54,16 @@ void appendBigEndian(Bytes& out, Number value) {
     for (std::size_t i = sizeof(Number); i-- > 0;) out.push_back(static_cast<std::uint8_t>(word >> (8 * i)));
 }
 
-/// Part of a byte string; throws TooShort where the byte string does not hold all of it.
+/// Part of a byte string; throws TooShort if the byte string does not hold all of it.
 inline ByteView slice(ByteView bytes, std::size_t from, std::size_t count) {
     if (bytes.size() < from + count) throw TooShort(from + count, bytes.size());
     return bytes.subspan(from, count);
 }
 
-/// One byte of a byte string; throws TooShort where it ends before.
+/// One byte of a byte string; throws TooShort if it is too short.
 inline std::uint8_t byteOf(ByteView bytes, std::size_t place) { return slice(bytes, place, 1)[0]; }
 
-/// What a byte string has from a place on; nothing if it ends before.
+/// The bytes from an offset on; empty if there are none.
 inline ByteView restOf(ByteView bytes, std::size_t from) { return bytes.subspan(std::min(from, bytes.size())); }
 
 inline ByteView viewOf(std::string_view text) {

@@ -21,8 +21,8 @@ enum class FailureId : int {
 struct FailureRow {
     std::string_view name;
     std::string_view base;      ///< "Error" or "ZVRWarning"
-    std::string_view hostBase;  ///< its second base, a class of the host; empty where it has none
-    std::string_view constant;  ///< name of the code constant; empty where the code has none
+    std::string_view hostBase;  ///< its second base, a built-in class; empty if it has none
+    std::string_view constant;  ///< name of the code constant; empty if the code has none
     int code;
     std::string_view message;
 };
@@ -42,7 +42,7 @@ public:
     FailureId id() const noexcept { return id_; }
     /// The message given at the throw, or nothing for the class's own.
     const std::optional<std::string>& message() const noexcept { return message_; }
-    /// Lines that tell more, beside the message.
+    /// Additional lines besides the message.
     const std::vector<std::string>& notes() const noexcept { return notes_; }
     Failure&& noting(std::string note) && {
         notes_.push_back(std::move(note));
@@ -56,10 +56,10 @@ private:
     std::vector<std::string> notes_;
 };
 
-/// The failure of a code, the one with a constant where two share it; nothing for a code of none.
+/// The failure with a code, the one with a constant if two share it; empty if there is none.
 std::optional<FailureId> failureOfCode(int code);
 
-/// The error that a status byte of a device stands for; nothing for 0.
+/// The error that a device's status byte stands for; empty for 0.
 std::optional<FailureId> failureOfStatus(int status);
 
 }  // namespace zvr

@@ -14,16 +14,16 @@
 
 namespace zvr {
 
-/// Whether a code takes two bytes where a frame is built.
+/// Whether a code takes two bytes in a frame that is built.
 constexpr bool isWide(int command) { return command > 0xFF; }
-/// Whether a code has two bytes where a frame is read: its first byte alone tells. Compat 24: a code of one byte up to
-/// 48 cannot be told from half of one of two, so devices answer OPEN_CAN (48) with the bytes 00 30.
+/// Whether a code has two bytes in a frame that is read: its first byte alone decides. Compat 24: a code of one byte up
+/// to 48 cannot be told from half of one of two, so devices answer OPEN_CAN (48) with the bytes 00 30.
 constexpr bool startsWide(std::uint8_t firstByte) { return firstByte <= 48; }
 
 /// Builds a whole frame. Throws std::overflow_error if the length does not fit its 16 bits or the command does not
 /// fit a code.
 Bytes buildFrame(int command, ByteView data);
-/// The command of a frame that this side has built; -1 of bytes that are no frame.
+/// The command of a frame built by this side; -1 if the bytes are no frame.
 int commandOf(ByteView frame);
 
 /// One received frame without its envelope.
@@ -33,8 +33,8 @@ struct Packet {
     bool operator==(const Packet&) const = default;
 };
 
-/// Key under which replies of a MOTION command are told apart: connector, sub-command and axis are its first three
-/// data bytes. Throws std::out_of_range if they are not there.
+/// Key that distinguishes the replies of MOTION commands: connector, sub-command and axis, its first three data bytes.
+/// Throws std::out_of_range if they are missing.
 int motionKey(ByteView data);
 
 }  // namespace zvr

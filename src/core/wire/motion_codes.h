@@ -27,7 +27,7 @@ inline constexpr CommandName pawlRegisters[] = {
 #include "core/wire/pawl_registers.def"
 };
 
-/// A register of the drive with the value that its reset gives it, and its key in the interface's map of settings.
+/// A register of the drive, its value after a reset, and its key in the interface's map of settings.
 struct PawlSetting {
     const char* key;
     PawlRegister address;

@@ -9,17 +9,17 @@ namespace zvr {
 
 namespace {
 
-// A stream this long without a frame gives up the part that can no longer belong to one.
+// A stream this long without a frame drops the part that can no longer belong to one.
 constexpr std::size_t deadPrefixLimit = 1 << 20;
 
-// No start byte predicts a place further away.
+// The furthest place that a start byte can predict.
 constexpr std::size_t reach = 3 + 0x7FFF;
 
-// Searches go from hit to hit while hits are far apart. Where they may be dense, whole blocks are treated alike by
-// loops without branches, which compilers turn into vector code.
+// Searches go from hit to hit while hits are far apart. Where they may be dense, whole blocks are processed by
+// branch-free loops, which compilers vectorize.
 constexpr std::size_t block = 64;
 
-// Fewer bytes than this are looked at one by one.
+// Fewer bytes than this are examined one by one.
 constexpr std::size_t few = 8;
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
@@ -115,7 +115,8 @@ std::vector<Packet> Splitter::split() {
     for (;;) {
         const std::size_t trailer = firstTrailer();
         if (trailer == none) break;
-        if (packets.empty()) packets.reserve(stream().size() / (trailer + 2));  // frames of one size come in a row
+        if (packets.empty())
+            packets.reserve(stream().size() / (trailer + 2));  // consecutive frames tend to be of one size
         packets.push_back(packetAt(startOf(trailer), trailer));
         restart(0);
         front_ += trailer + 2;
@@ -124,8 +125,8 @@ std::vector<Packet> Splitter::split() {
     return packets;
 }
 
-// The first place that holds a trailer and that some start byte predicts. If there is none, everything that has
-// arrived is searched.
+// The first place that holds a trailer predicted by some start byte. If there is none, everything received has been
+// searched.
 std::size_t Splitter::firstTrailer() {
     const ByteView bytes = stream();
     if (bytes.size() < 2) return none;
@@ -154,12 +155,12 @@ std::size_t Splitter::firstTrailer() {
     return none;
 }
 
-// Makes the start bytes before `end` mark the places that they predict, as far as those are not before `floor`.
+// Marks the places predicted by the start bytes before `end`, except places before `floor`.
 void Splitter::markPredictions(std::size_t end, std::size_t floor) {
     const ByteView bytes = stream();
     std::size_t start = std::max(scanned_, floor - std::min(floor, reach));
     while ((start = find(bytes, CMD_STX, start, end)) < end) {
-        if (end - start > few && start + block + 2 <= bytes.size()) {  // may go beyond `end`, which does no harm
+        if (end - start > few && start + block + 2 <= bytes.size()) {  // may go beyond `end`, harmlessly
             markBlock(start, floor);
             start += block;
         } else {
@@ -172,7 +173,7 @@ void Splitter::markPredictions(std::size_t end, std::size_t floor) {
     scanned_ = std::max(scanned_, start);
 }
 
-// The same for the start bytes of one block.
+// The same for one block.
 void Splitter::markBlock(std::size_t start, std::size_t floor) {
     const std::uint8_t* bytes = &stream()[start];
     const auto unused = static_cast<std::uint16_t>(searched_ - 1);
@@ -189,7 +190,7 @@ void Splitter::markBlock(std::size_t start, std::size_t floor) {
     marks_[unused] = 0;
 }
 
-// The earliest start byte that predicts `trailer`; there is one. What is looked at here is consumed next.
+// The earliest start byte that predicts `trailer`; there is one. The bytes searched here are consumed next.
 std::size_t Splitter::startOf(std::size_t trailer) const {
     const ByteView bytes = stream();
     std::size_t start = trailer - std::min(trailer, reach);

@@ -10,7 +10,7 @@
 // every start byte before it has marked the place that it predicts; each start byte is looked at once, and only if a
 // trailer comes at all.
 //
-// A Splitter is for one thread. A SharedSplitter is for those that meet at a link.
+// A Splitter is for one thread. A SharedSplitter is for the threads that share a link.
 #pragma once
 
 #include <array>
@@ -26,7 +26,7 @@ namespace zvr {
 
 class Splitter {
 public:
-    /// Adds received bytes behind what is not consumed yet.
+    /// Appends received bytes to those not yet consumed.
     void append(ByteView bytes);
 
     /// Consumes the complete frames and returns them in stream order.
@@ -36,11 +36,11 @@ public:
     ByteView stream() const { return ByteView(buffer_).subspan(front_); }
     void setStream(ByteView bytes);
 
-    /// Offset in the stream at which the next search for a trailer starts: behind the last one that ended no frame.
+    /// Offset in the stream where the next search for a trailer starts: after the last trailer that ended no frame.
     std::size_t lastIndex() const;
     void setLastIndex(std::size_t index);
 
-    /// How many bytes were received so far.
+    /// Number of bytes received so far.
     std::uint64_t received() const { return received_; }
 
 private:
@@ -58,24 +58,24 @@ private:
 
     Bytes buffer_;
     std::uint64_t received_ = 0;
-    std::size_t front_ = 0;      // the stream begins here in buffer_; all places below are offsets in the stream
-    std::size_t lastIndex_ = 0;  // trailers before it have proved to end no frame
-    std::size_t searched_ = 0;   // and so have all before this one
+    std::size_t front_ = 0;      // start of the stream in buffer_; all places below are offsets in the stream
+    std::size_t lastIndex_ = 0;  // no trailer before it ends a frame
+    std::size_t searched_ = 0;   // the same, for internal use
     std::size_t scanned_ = 0;    // start bytes before it have marked their predictions, or predict no place of interest
 
-    // The predicted places between searched_ and markedEnd_ hold the mark, modulo ring. What older frames left there
-    // are older marks.
+    // The predicted places between searched_ and markedEnd_ hold the mark, modulo ring. Entries of older frames hold
+    // older marks.
     std::array<std::uint8_t, ring> marks_{};
     std::uint8_t mark_ = 1;
     std::size_t markedEnd_ = 0;
 };
 
-/// A splitter that several threads use. Each call is one step for the others; a look at the stream is a copy.
+/// A splitter that several threads share. Each call is atomic; `stream` returns a copy.
 ///
-/// Nobody waits for bytes or for the interpreter while holding it.
+/// No thread waits for bytes or for the interpreter lock while holding it.
 class SharedSplitter {
 public:
-    /// Runs `use` on the splitter while nobody else does.
+    /// Runs `use` on the splitter with its lock held.
     template <class Use>
     decltype(auto) with(Use&& use) {
         const std::lock_guard lock(mutex_);
@@ -91,14 +91,14 @@ public:
     std::vector<Packet> split() {
         return with([](Splitter& splitter) { return splitter.split(); });
     }
-    /// Adds bytes and consumes the frames that are complete with them.
+    /// Adds bytes and consumes the frames they complete.
     std::vector<Packet> take(ByteView bytes) {
         return with([&](Splitter& splitter) {
             splitter.append(bytes);
             return splitter.split();
         });
     }
-    /// How many bytes were received so far; waits for nobody.
+    /// Number of bytes received so far; takes no lock.
     std::uint64_t received() const noexcept { return received_.load(std::memory_order_relaxed); }
     Bytes stream() const {
         return with([](const Splitter& splitter) {
