@@ -30,6 +30,7 @@ enum class Reader { caller, thread };
 
 /// The error message of a request without a link.
 inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
+inline constexpr const char* closedForGood = "The handle is closed.";
 
 /// Notified when the device or the system has ended a link.
 class LossListener {
@@ -127,8 +128,9 @@ public:
     std::string place() const;
 
     /// Sends all bytes, waiting for room until `deadline`, and returns whether they are sent. Throws std::system_error.
-    /// A deadline in the past makes it one attempt that never waits; if that sent a part of the frame, the rest is sent
-    /// with a deadline of `finishWithin`, since half a frame would corrupt the next one.
+    /// Half a frame would corrupt the next one, so one that was begun is given `finishWithin` at least, and what is
+    /// left of it then goes out before whatever is sent next. A deadline in the past makes it one attempt that never
+    /// waits: where that sends only a part of the frame, the same frame given again goes on with it.
     virtual bool send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait = {}) = 0;
 
     static constexpr std::chrono::seconds finishWithin{5};

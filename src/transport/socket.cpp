@@ -294,24 +294,55 @@ bool SystemSocket::watchOnce([[maybe_unused]] int epoll) {
 #endif
 }
 
+// Sends as much as there is room for, and what is left of another frame before that. Gives whether `frame` is sent;
+// once it is begun, `number` is its own.
+bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
+    constexpr std::chrono::seconds claimedWithin{1};
+    const std::lock_guard lock(sending_);
+    const auto push = [&](ByteView bytes) {
+        while (!bytes.empty()) {
+            const ssize_t sent = sendNow(descriptor_.get(), bytes);
+            if (sent < 0 && !isTransient(errno)) failAndNote();
+            if (sent < 0) break;
+            bytes = bytes.subspan(static_cast<std::size_t>(sent));
+        }
+        return bytes;
+    };
+    if (number == 0 && Clock::now() < claimUntil_ && std::ranges::equal(begun_, frame)) number = begunNumber_;
+    if (!unsent_.empty() && (number == 0 || number == begunNumber_)) {
+        const ByteView left = push(unsent_);
+        unsent_.erase(unsent_.begin(), unsent_.end() - static_cast<std::ptrdiff_t>(left.size()));
+        if (!unsent_.empty()) return false;
+    }
+    if (number != 0) {
+        if (number == begunNumber_) claimUntil_ = {};
+        return true;
+    }
+    const ByteView left = push(frame);
+    if (left.size() == frame.size()) return frame.empty();
+    number = ++begunNumber_;
+    claimUntil_ = {};
+    if (left.empty()) return true;
+    unsent_.assign(left.begin(), left.end());
+    begun_.assign(frame.begin(), frame.end());
+    claimUntil_ = Clock::now() + claimedWithin;
+    return false;
+}
+
 bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
     const Use use(*this);
     deadline = std::min(deadline, deadlineIn(timeout_));
-    bool partly = false;
-    for (;;) {
-        const ssize_t sent = sendNow(descriptor_.get(), bytes);
-        if (sent >= 0) {
-            bytes = bytes.subspan(static_cast<std::size_t>(sent));
-            if (bytes.empty()) return true;
-            if (!partly) deadline = std::max(deadline, Clock::now() + Client::finishWithin);
-            partly = true;
-        } else if (!isTransient(errno)) {
-            failAndNote();
-        } else if (awaitEvent(POLLOUT, deadline, onWait) == 0) {
-            return false;
+    const bool waits = deadline > Clock::now();
+    bool isLonger = false;
+    for (std::uint64_t number = 0; !sendParts(bytes, number);) {
+        if (!waits) return false;
+        if (number != 0 && !std::exchange(isLonger, true)) {
+            deadline = std::max(deadline, Clock::now() + Client::finishWithin);
         }
+        if (awaitEvent(POLLOUT, deadline, onWait) == 0) return false;
         if (closing_) throw std::system_error(EBADF, std::system_category());
     }
+    return true;
 }
 
 std::size_t SystemSocket::sendSome(ByteView bytes, const InterruptCheck& onWait) {

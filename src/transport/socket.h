@@ -112,6 +112,7 @@ private:
     std::optional<ReadStatus> takeInto(SharedSplitter& splitter, std::size_t length, std::vector<Packet>& packets,
                                        bool waits = false);
     std::size_t lengthInPlaceOf(std::size_t length) const;
+    bool sendParts(ByteView frame, std::uint64_t& number);
     template <class Take>
     ReadStatus readWith(Take&& take, const InterruptCheck& onWait);
     /// The events as poll returns them; 0 at the deadline, or if `wake` was notified first.
@@ -130,7 +131,11 @@ private:
     std::condition_variable left_;
     int users_ = 0;
     std::atomic<bool> closing_{false}, shut_{false};  // by this side
-    LinkEnd end_;                                     // reason: the system's error; -1 for an orderly end
+    std::mutex sending_;
+    Bytes unsent_, begun_;  // the rest of the frame that was begun last, and that frame
+    std::uint64_t begunNumber_ = 0;
+    Deadline claimUntil_{};  // whoever sends the same frame until then goes on with it
+    LinkEnd end_;            // reason: the system's error; -1 for an orderly end
     std::function<void(Deadline)> onLoss_;
 };
 

@@ -208,18 +208,43 @@ TEST(TcpClient, SendToAPeerThatDoesNotReadEndsAtItsDeadlineWithNothingSent) {
     EXPECT_EQ(readAll(device, 2), (Bytes{4, 5}));
 }
 
-// Half a frame would spoil the next one, so a send that never waits finishes what it began.
+// More than any link holds.
+Bytes largeFrame() {
+    Bytes large(16 << 20);
+    for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
+    return large;
+}
+
 TEST(TcpClient, SendThatWentInPartIsCompleted) {
     Peer peer;
     TcpClient client;
     tcp::socket device = peer.connect(client);
-    Bytes large(16 << 20);
-    for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
-    for (const Deadline deadline : {Clock::now() - std::chrono::seconds(1), forever}) {
-        auto sent = std::async(std::launch::async, [&] { return client.send(large, deadline); });
-        EXPECT_EQ(readAll(device, large.size()), large);
-        ASSERT_TRUE(endsSoon(sent));
-        EXPECT_TRUE(sent.get());
+    const Bytes large = largeFrame();
+    auto sent = std::async(std::launch::async, [&] { return client.send(large, forever); });
+    EXPECT_EQ(readAll(device, large.size()), large);
+    ASSERT_TRUE(endsSoon(sent));
+    EXPECT_TRUE(sent.get());
+}
+
+// Half a frame would spoil the next one, so what is left of it goes first, whoever sends; and only once.
+TEST(TcpClient, SendThatNeverWaitsIsGoneOnWithByTheNextOne) {
+    Peer peer;
+    TcpClient client;
+    tcp::socket device = peer.connect(client);
+    const Bytes large = largeFrame(), next{4, 5};
+    const Deadline past = Clock::now() - std::chrono::seconds(1);
+    for (const bool isFinishedByAnother : {false, true}) {
+        ASSERT_FALSE(client.send(large, past));
+        EXPECT_FALSE(client.send(next, past));
+        auto received = std::async(std::launch::async, [&] { return readAll(device, large.size() + next.size()); });
+        if (isFinishedByAnother) EXPECT_TRUE(client.send(next, patience()));
+        const Deadline end = patience();
+        while (!client.send(large, past)) ASSERT_LT(Clock::now(), end);
+        if (!isFinishedByAnother) EXPECT_TRUE(client.send(next, patience()));
+        ASSERT_TRUE(endsSoon(received));
+        Bytes expected = large;
+        expected.insert(expected.end(), next.begin(), next.end());
+        EXPECT_EQ(received.get(), expected);
     }
 }
 
