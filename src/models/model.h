@@ -14,7 +14,8 @@ struct Pins {
     int last;
 };
 
-/// A port of a function, and what it has: lines of a digital port, or channels, which are not lines of their own.
+/// A port of a function, and what it has: lines of a digital port, or channels, which are not lines of their own. A port
+/// with lines on several digital ports has an entry for each.
 struct Port {
     int number;
     std::optional<int> linesOn = {};  ///< the digital port

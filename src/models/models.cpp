@@ -26,11 +26,10 @@ py::dict toDict(const std::vector<Pins>& lines) {
 py::dict toDict(const Ports& ports) {
     py::dict map;
     for (const Port& port : ports) {
-        py::list entries;
+        py::list entries = map.attr("setdefault")(port.number, py::list());
         for (int number = port.first; number <= port.last; ++number) {
             entries.append(port.linesOn ? py::make_tuple(*port.linesOn, number) : Object(py::int_(number)));
         }
-        map[py::int_(port.number)] = entries;
     }
     return map;
 }
@@ -156,7 +155,7 @@ void close(const Model& model, py::handle self, const Object& verbose) {
         try {
             step();
         } catch (...) {
-            if (!first) first = std::current_exception();
+            if (!first) first = caught();
         }
     }
     if (first) std::rethrow_exception(first);

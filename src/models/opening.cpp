@@ -43,6 +43,7 @@ Object connected(const Object& type, const Object& verbose, Connect connect) {
     try {
         connect(handle);
     } catch (...) {
+        caught();
         closeQuietly(handle);
         throw;
     }
@@ -58,6 +59,7 @@ std::string askThrough(const char* type, const char* question, Connect connect) 
         const Object told = callMethod(handle, question);
         answer = py::str(PyList_Check(told.ptr()) != 0 ? py::list(told)[0] : told);
     } catch (...) {
+        caught();
         closeQuietly(handle);
         throw;
     }

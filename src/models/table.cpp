@@ -94,7 +94,8 @@ const std::vector<Model>& models() {
          .modules = {"System", "UART", "I2C", "AI", "AOStreaming", "DIO", "PWM", "Counter", "Encoder"},
          .digital = eitherWay({{0, 0, 7}, {1, 0, 3}, {2, 6, 7}, {3, 0, 1}}), .uart = {1, 2}, .i2c = {1, 2},
          // Which lines the outputs have is not known for certain either.
-         .analogInput = sableInput, .analogOutput = {.ports = {{0, 0, 0, 7}}, .low = 0, .high = 5, .rate = 16000}},
+         .analogInput = sableInput,
+         .analogOutput = {.ports = {{0, 1, 0, 3}, {0, 2, 6, 7}, {0, 3, 0, 1}}, .low = 0, .high = 5, .rate = 16000}},
         {.name = "HeronAnalog", .displayName = "Heron-Analog", .family = &wifi, .what = "8 analog inputs, 10 kHz.",
          .modules = {"System", "SystemAnalog", "Network", "Wifi", "AI"},
          .analogInput = heronInput},

@@ -117,6 +117,17 @@ def test_a_member_that_differs_is_named(member, wrong):
     assert line.startswith(f"Lattice.{member}")
 
 
+@pytest.mark.parametrize("name", pyzvr.HANDLE_LIST)
+def test_no_two_functions_have_a_line_in_common(name):
+    with product(name) as box:
+        fields = [*BUSES.values(), "ao_dict", "thermal_dict"]
+        lines = [
+            line for field in fields for places in getattr(box, field, {}).values() for line in places if isinstance(line, tuple)
+        ]
+        digital = {(port, pin) for field in ("di_dict", "do_dict") for port, pins in getattr(box, field, {}).items() for pin in pins}
+    assert len(set(lines)) == len(lines) and set(lines) <= digital
+
+
 def test_a_rate_that_differs_is_named_with_its_port():
     simulated = simulated_table()["Lattice"]
     simulated["analog_inputs"]["3"]["max_rates"] = [12000]
