@@ -281,7 +281,7 @@ void LogThread::write(const Object& writer, const Object& rows) {
         writeRows(writer, rows, abandoned_);
     } catch (...) {
         ++lost_;
-        if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
+        if (!std::exchange(reported_, true)) reportThreadFailure(name(), caught());
     }
     rowsInWork_ = 0;
 }
@@ -330,7 +330,7 @@ void LogThread::run() {
         try {
             writeAll();
         } catch (...) {
-            reportThreadFailure(name(), std::current_exception());
+            reportThreadFailure(name(), caught());
         }
         finish();
     });
@@ -346,7 +346,7 @@ void LogThread::finish() {
         if (file) callMethod(file, "close");
     } catch (...) {
         ++lost_;
-        if (!std::exchange(reported_, true)) reportThreadFailure(name(), std::current_exception());
+        if (!std::exchange(reported_, true)) reportThreadFailure(name(), caught());
     }
     heritage_ = {};
     file_.reset();

@@ -113,7 +113,7 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         try {
             closeIfOpen(file);
         } catch (...) {
-            failure = std::current_exception();
+            failure = caught();
         }
     };
     if (isOpen(self, name)) {
@@ -121,14 +121,16 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, py::none(), py::none()));
     }
-    const Object file = pythonObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a",
-                                                         py::arg("encoding") = "UTF8", py::arg("newline") = "");
+    const Object file = entering([&] {
+        return Object(pythonObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a", py::arg("encoding") = "UTF8",
+                                                       py::arg("newline") = ""));
+    });
     try {
-        const Object writer = pythonObject("csv", "writer")(file);
+        const Object writer = callObject(pythonObject("csv", "writer"), file);
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, file, writer));
     } catch (...) {
-        const std::exception_ptr why = std::current_exception();
+        const std::exception_ptr why = caught();
         callMethod(file, "close");
         std::rethrow_exception(why);
     }
@@ -269,7 +271,7 @@ void drainLoggers() {
                 logger->drain();
             } catch (const py::error_already_set& failure) {
                 if (!failure.matches(PyExc_Exception)) throw;
-                reportThreadFailure(logger->name(), std::current_exception());
+                reportThreadFailure(logger->name(), caught());
             }
         }
     } catch (const py::error_already_set&) {

@@ -67,7 +67,7 @@ Object receiveAndSplit(py::handle self, const Object& most) {
 
 // Sets or deletes an attribute as every object does, and lets the thread that reads look again where it is a step.
 int changeAttribute(PyObject* self, PyObject* name, PyObject* value) noexcept {
-    const int result = PyObject_GenericSetAttr(self, name, value);
+    const int result = entering([&] { return PyObject_GenericSetAttr(self, name, value); });
     if (result != 0) return result;
     try {
         if (!Watch::watches(name)) return 0;

@@ -98,7 +98,7 @@ void defineThread(Package& package) {
 // Sets or deletes an attribute as every object does, and tells the threads of those that they use.
 template <class Change>
 void changeField(py::handle self, const Object& name, Change change) {
-    if (change() != 0) throw py::error_already_set();
+    if (entering(change) != 0) throw py::error_already_set();
     if (!Watch::watches(name)) return;
     const auto runtime = runtimeOrNothing(self);
     if (!runtime) return;

@@ -47,7 +47,10 @@ void run(const Plan::CheckStep& check, py::handle self, const std::vector<Object
 
 // What refuses a value tells whose it is.
 void append(const Field& field, Payload& data, const Object& value) {
-    const auto named = [&](const std::string& text) { return field.parameter.name + ": " + text; };
+    const auto named = [&](const std::string& text) {
+        const std::string name = field.parameter.name + ": ";
+        return text.starts_with(name) ? text : name + text;
+    };
     try {
         field.append(data, value, field.number);
     } catch (const py::type_error& error) {

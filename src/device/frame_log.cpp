@@ -26,7 +26,7 @@ void logSent(const Client& client, ByteView frame) { logFrame(&client, " > ", co
 
 bool framesAreLogged() noexcept { return Client::sendListener != nullptr; }
 
-void askForFrameLog() noexcept { Client::sendListener = frameLog.listens(LogLevel::debug) ? logSent : nullptr; }
+void askForFrameLog() { Client::sendListener = frameLog.listens(LogLevel::debug) ? logSent : nullptr; }
 
 void logReceived(const std::weak_ptr<Client>& client, const Packet& packet) noexcept {
     const auto held = client.lock();

@@ -8,7 +8,7 @@ namespace zvr::python {
 /// Whether frames are listened to: what was found when it was asked last. Any thread.
 bool framesAreLogged() noexcept;
 /// Asks the logger again; from then on clients tell what they send. Under the interpreter lock.
-void askForFrameLog() noexcept;
+void askForFrameLog();
 
 /// Without the interpreter lock. The client may be gone.
 void logReceived(const std::weak_ptr<Client>& client, const Packet& packet) noexcept;

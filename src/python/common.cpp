@@ -79,7 +79,10 @@ void parkThread() noexcept {
 
 WithoutGil::~WithoutGil() {
     if (leavingThread != PyThread_get_thread_ident() && !interpreterAlive()) parkThread();
-    entering([this] { PyEval_RestoreThread(state_); });
+    entering([this] {
+        PyEval_RestoreThread(state_);
+        return state_;
+    });
 }
 
 WithGil::WithGil() {
@@ -121,7 +124,12 @@ void leaveBehind(PyObject* object) {
 SharedObject shared(py::handle object) {
     return {Py_NewRef(object.ptr()), [](PyObject* held) {
                 if (!interpreterAlive()) return leaveBehind(held);
-                onInterpreter([held] { Py_DECREF(held); });
+                onInterpreter([held] {
+                    entering([held] {
+                        Py_DECREF(held);
+                        return held;
+                    });
+                });
             }};
 }
 

@@ -16,17 +16,39 @@ using Object = py::object;
 /// Keeps a thread for good that the ending interpreter has no more use for. It must hold no lock of the engine.
 [[noreturn]] void parkThread() noexcept;
 
-/// Makes a call that may run Python code. An interpreter that ends sends away the threads that ask for its lock by
-/// unwinding them; nothing above this call could run then without the lock, so the thread stays here.
-/// It is known by carrying no exception of C++.
+/// Parks the thread where it is unwound by other than an exception of C++. A destructor does so in handlers of other
+/// exceptions, too, where a handler would end the program.
+class UnwindStop {
+public:
+    UnwindStop() = default;
+    ~UnwindStop() {
+        if (!passed_ && std::uncaught_exceptions() == before_) parkThread();
+    }
+    UnwindStop(const UnwindStop&) = delete;
+    UnwindStop& operator=(const UnwindStop&) = delete;
+    void pass() noexcept { passed_ = true; }
+
+private:
+    const int before_ = std::uncaught_exceptions();
+    bool passed_ = false;
+};
+
+/// Makes a call that may run Python code. During finalization the interpreter unwinds the threads that request its
+/// lock; nothing above this call could run then without the lock, so the thread stays here.
 template <class Call>
 auto entering(Call&& call) {
-    try {
-        return call();
-    } catch (...) {
-        if (std::current_exception()) throw;
-        parkThread();
-    }
+    UnwindStop stop;
+    auto result = call();
+    stop.pass();
+    return result;
+}
+
+/// The exception of C++ that is being handled, in a handler of everything. A thread that the interpreter unwinds, which
+/// carries none, is parked; calls that are not made by `entering` let it come here.
+inline std::exception_ptr caught() noexcept {
+    std::exception_ptr error = std::current_exception();
+    if (!error) parkThread();
+    return error;
 }
 
 /// Takes a new reference that a C call returned; throws the Python error if there is none.
@@ -135,7 +157,7 @@ void thenAlways(Step step, Rest rest) {
     try {
         step();
     } catch (...) {
-        error = std::current_exception();
+        error = caught();
     }
     rest();
     if (error) std::rethrow_exception(error);

@@ -50,10 +50,12 @@ std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit, bool readsLink) {
     const Object callbacks = callbacksOf(loop);
     const auto waker = wakerOf(callbacks);
     if (!waker->callbacks()) throw loopIsClosed();
-    const auto wait = std::make_shared<LoopWait>(waker, std::move(future), limit, readsLink);
+    const auto wait =
+        std::make_shared<LoopWait>(waker, std::move(future), limit, readsLink, receiver ? receiver->waitsEnded() : 0);
     try {
         waker->enter(*wait);
     } catch (...) {
+        caught();
         waker->leave(*wait);
         throw;
     }
@@ -96,16 +98,19 @@ bool ReplyAwaiter::await_suspend(Task::Handle handle) {
     if (limit <= Clock::now()) throw AwaitTimedOut();
     wait_ = wakers_.wait(limit);
     subscription_.emplace(*pool_, key_, wait_);
-    const bool isLost = wakers_.receiver && wakers_.receiver->loss();  // behind what the link brought last
+    const bool isOver = wakers_.receiver && wakers_.receiver->isOver(wait_->since);  // after the last reply was filed
     if (pool_->contains(key_)) return false;
-    if (isLost) wakers_.receiver->requireLink();
+    if (isOver) wakers_.receiver->requireLink(wait_->since);
     suspend(handle);
     return true;
 }
 
 void ReplyAwaiter::await_resume() {
     resume();
-    if (wait_->lost()) wakers_.receiver->requireLink();
+    if (wait_->lost()) {
+        wakers_.receiver->requireLink(wait_->since);
+        throw Failure(wakers_.receiver->linkFailure());  // it has been connected again meanwhile
+    }
     if (wait_->expired()) throw AwaitTimedOut();
 }
 

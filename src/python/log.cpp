@@ -6,23 +6,34 @@ namespace zvr::python {
 
 Log eventLog("pyzvr"), frameLog("pyzvr.wire");
 
-bool Log::listens(LogLevel level) noexcept {
+namespace {
+
+// Interrupts may arrive in any code of Python, and go on.
+template <class Step>
+void reportingErrors(Step step) {
     try {
-        return isTrue(callMethod(logger(), "isEnabledFor", py::int_(static_cast<int>(level))));
+        step();
+    } catch (const py::error_already_set& error) {
+        if (!error.matches(PyExc_Exception)) throw;
+        reportUnraisable();
     } catch (...) {
         reportUnraisable();
-        return false;
     }
 }
 
-void Log::tell(LogLevel level, const std::function<std::string()>& text) noexcept {
+}  // namespace
+
+bool Log::listens(LogLevel level) {
+    bool listens = false;
+    reportingErrors([&] { listens = isTrue(callMethod(logger(), "isEnabledFor", py::int_(static_cast<int>(level)))); });
+    return listens;
+}
+
+void Log::tell(LogLevel level, const std::function<std::string()>& text) {
     if (!listens(level)) return;
-    try {
-        // As an argument the text may hold a "%".
-        callMethod(logger(), "log", py::int_(static_cast<int>(level)), py::str("%s"), py::str(text()));
-    } catch (...) {
-        reportUnraisable();
-    }
+    // As an argument the text may hold a "%".
+    reportingErrors(
+        [&] { callMethod(logger(), "log", py::int_(static_cast<int>(level)), py::str("%s"), py::str(text())); });
 }
 
 py::handle Log::logger() {

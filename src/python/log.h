@@ -9,16 +9,16 @@ namespace zvr::python {
 
 enum class LogLevel : int { debug = 10, info = 20, warning = 30, error = 40 };
 
-/// A logger of the host. Its members are called under the interpreter lock; what logging raises is reported as
-/// unraisable.
+/// A logger of the host. Its members are called under the interpreter lock; errors that logging raises are reported as
+/// unraisable, and only interrupts go through.
 class Log {
 public:
     constexpr explicit Log(const char* name) : name_(name) {}
 
     /// Whether somebody listens.
-    bool listens(LogLevel level) noexcept;
+    bool listens(LogLevel level);
     /// `text` is only called if somebody does.
-    void tell(LogLevel level, const std::function<std::string()>& text) noexcept;
+    void tell(LogLevel level, const std::function<std::string()>& text);
 
 private:
     py::handle logger();
@@ -29,6 +29,6 @@ private:
 
 extern Log eventLog, frameLog;  ///< "pyzvr" and "pyzvr.wire"
 
-inline void logEvent(LogLevel level, const std::function<std::string()>& text) noexcept { eventLog.tell(level, text); }
+inline void logEvent(LogLevel level, const std::function<std::string()>& text) { eventLog.tell(level, text); }
 
 }  // namespace zvr::python

@@ -37,7 +37,7 @@ void resolve(const std::vector<Object>& futures) {
             if (failure) {
                 reportUnraisable();
             } else {
-                failure = std::current_exception();
+                failure = caught();
             }
         }
     }
@@ -243,15 +243,17 @@ void LoopWaker::deliver(bool bytes) {
         signalled_ = false;
         arrived.swap(arrived_);
     }
-    const bool isOver = receiver_ && !receiver_->isForeign() && receiver_->loss().has_value();
+    const bool isOwn = receiver_ && !receiver_->isForeign();
+    const bool isLost = isOwn && receiver_->loss().has_value();
     const auto waitsOn = [](const LoopWait* wait) { return wait->readsLink && !wait->arrived() && !wait->over(); };
-    if (!isOver && hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
+    if (!isLost && hasTurn() && !armed_ && std::ranges::any_of(waiting_, waitsOn)) onTurn();
     std::vector<Object> futures;
     futures.reserve(arrived.size());
     for (const auto& wait : arrived) {
         if (wait->future()) futures.push_back(wait->future());
     }
     for (LoopWait* const wait : waiting_) {
+        const bool isOver = isLost || (isOwn && receiver_->waitsEnded() != wait->since);
         if (!isOver || !wait->future() || !waitsOn(wait)) continue;
         wait->lose();
         futures.push_back(wait->future());

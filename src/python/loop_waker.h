@@ -13,11 +13,13 @@ std::runtime_error loopIsClosed();
 /// One wait of one awaited step.
 class LoopWait final : public ReplySubscriber, public std::enable_shared_from_this<LoopWait> {
 public:
-    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit, bool readsLink)
-        : readsLink(readsLink), waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
+    LoopWait(std::shared_ptr<LoopWaker> waker, Object future, Deadline limit, bool readsLink, std::uint64_t since)
+        : readsLink(readsLink), since(since), waker_(std::move(waker)), future_(std::move(future)), limit_(limit) {}
 
     /// Whether the loop reads the link for it.
     const bool readsLink;
+    /// The link's `waitsEnded` when the wait began.
+    const std::uint64_t since;
 
     /// Any thread. Only the first reply counts.
     void onReply() noexcept override;

@@ -80,6 +80,7 @@ void raiseSystemError(py::handle type, const std::system_error& error) {
 }  // namespace
 
 void raiseCurrent() noexcept {
+    caught();
     try {
         try {
             throw;

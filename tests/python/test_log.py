@@ -1,9 +1,11 @@
 """What the library tells through the host's logging, and that it is silent unless somebody listens."""
 
+import contextlib
 import logging
 import subprocess
 import sys
 import threading
+from unittest import mock
 
 import pytest
 import zvrkit.sim
@@ -61,6 +63,19 @@ def test_what_is_sent_again_and_what_is_refused(lines, call):
     assert [text for level, text in lines() if "refused" in text] == [
         f"TarnAnalog: {command} is refused: Error -7015: {pyzvr.FirmwareDIOError.msg}"
         for command in ("SET_AI_NUM_SAMPLES", "SET_AI_MODE")]
+
+
+@pytest.mark.parametrize("raised", [KeyboardInterrupt, ValueError])
+def test_interrupts_go_through_and_errors_of_logging_do_not(raised, call, monkeypatch):
+    reported = []
+    monkeypatch.setattr(sys, "unraisablehook", lambda told: reported.append(told.exc_type))
+    with connected("TarnDio") as box, fake_device("TarnAnalog", SET_AI_NUM_SAMPLES=[0, 50]) as refusing:
+        steps = [lambda: call(refusing, "AI_setNumSamples", 0, 10), lambda: box.disconnect(), lambda: box.reconnect()]
+        for step in steps:
+            with mock.patch.object(logging.getLogger("pyzvr"), "isEnabledFor", side_effect=raised("now")):
+                with pytest.raises(raised) if raised is KeyboardInterrupt else contextlib.nullcontext():
+                    step()
+    assert (KeyboardInterrupt in reported, ValueError in reported) == (False, raised is ValueError)
 
 
 def test_warnings_and_the_end_of_a_thread(lines, monkeypatch, capsys):

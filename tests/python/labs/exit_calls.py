@@ -2,6 +2,7 @@
 
 import asyncio
 import contextlib
+import os
 import socket
 import threading
 import time
@@ -55,6 +56,25 @@ def own_client(box):
     client.recvPacket(10)
 
 
+class Slow:
+    """Whoever drops it has its own code run, without end."""
+
+    def __del__(self):
+        while True:
+            time.sleep(0.0005)
+
+
+def drop_a_field(box):
+    box.note = Slow()
+    box.note = None
+
+
+def drop_a_queue(box):
+    import pyzvr
+
+    pyzvr.Fifo(1).put(Slow())
+
+
 OWN_ADDRESS = []
 WAITS = {
     "_getReplyFromPool 1 ms": ("TarnDio", lambda box: box._getReplyFromPool(5, 0.001)),
@@ -92,6 +112,12 @@ WAITS = {
     "a client's parser": ("TarnDio", lambda box: (box.client_cmd.stream, box.client_cmd._splitPacket())),
     "steps of frames": ("TarnDio", lambda box: box._putToDataPool(5, b"\1\2")),
     "making and dropping": ("TarnDio", lambda box: made("TarnDio")),
+    "refused arguments": ("TarnDio", lambda box: box.DO_writePins(99, 1, 1)),
+    "refused rate": ("TarnAnalog", lambda box: box.AI_setSamplingRate(0, 1e9)),
+    "Logger_openFile": ("TarnDio", lambda box: box.Logger_openFile(os.devnull, verbose=False)),
+    "Logger_openFile in vain": ("TarnDio", lambda box: box.Logger_openFile("/none/such", verbose=False)),
+    "a field's own code": ("TarnDio", drop_a_field),
+    "a queue's own code": ("TarnDio", drop_a_queue),
 }
 
 
