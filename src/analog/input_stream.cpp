@@ -154,13 +154,12 @@ Selection select(py::handle self, const Object& port) {
 
 Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, Deadline deadline) {
     constexpr double pause = 0.001;
-    constexpr std::chrono::milliseconds look{50};
     const auto runtime = runtimeOrNothing(op.self());
-    const bool wasCut = runtime && runtime->isCut();
-    int looksCut = 0;  // at the second one what had come is decoded
-    while (selection->size() < count && Clock::now() < deadline && looksCut < 2) {
-        const Deadline until = std::min(deadline, Clock::now() + look);
-        if (runtime && !wasCut && runtime->isCut()) ++looksCut;
+    EndOfReads end(deadline);
+    while (selection->size() < count) {
+        const auto look = end.nextLook(runtime && runtime->isOver());
+        if (!look) break;
+        const Deadline until = *look;
         if (!op.awaitable() && selection->ours()) {
             blocking([&](const InterruptCheck& onWait) {
                 for (const auto& queue : selection->queues) queue->waitForSize(count, until, onWait);
@@ -178,7 +177,7 @@ Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, D
         co_await op.sleep(std::clamp(left, 0.0, pause));
     }
     const std::size_t found = selection->size();
-    if (found == 0 && count > 0 && runtime) runtime->requireLinks();
+    if (found == 0 && count > 0) requireConnection(op.self());
     co_return py::int_(std::min(found, count));
 }
 

@@ -2,8 +2,11 @@
 // one is asked for, and closed when the loop ends in whatever way.
 #include "analog/analog.h"
 #include "analog/input.h"
+#include "core/wire/commands.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
+#include "device/replies.h"
+#include "device/row_fifo.h"
 #include "python/raising.h"
 
 namespace zvr::python {
@@ -20,6 +23,8 @@ struct StreamState {
     bool opened = false;               ///< the port was opened here
     bool streams = false;              ///< the device was asked to stream
     bool hasLoop = false;              ///< an event loop knows of it
+    bool dropped = false;              ///< nobody asks for blocks any more
+    bool closing = false;              ///< the device is being told that it is over
     std::optional<std::uint64_t> run;  ///< rows of earlier ones are none of its
     std::uint64_t rows = 0;            ///< of the whole run; 0 is without end
 };
@@ -42,15 +47,51 @@ void tellLoop(py::handle self, StreamState& state) {
     if (const Object first = hooks[0]; !first.is_none()) callObject(first, self);
 }
 
+// The queue by which streams of a port know each other; nothing where it is not the library's own.
+std::shared_ptr<RowFifo> rowsOf(const Op& device, const Object& port) {
+    const Selection selection = select(device.self(), devicePort(device.self(), port));
+    if (!selection.ours() || selection.objects.empty()) return nullptr;
+    return nativeOrNothing<RowFifo>(selection.objects.front());
+}
+
+// Unless another stream has the port now.
+Task endRun(Op device, Object port, HeldState state) {
+    if (!isConnected(device.self())) co_return py::none();
+    if (const auto rows = rowsOf(device, port); rows && rows->stream.lock() != state) co_return py::none();
+    const struct Closing {
+        StreamState& state;
+        ~Closing() { state.closing = false; }
+    } closing{*state};
+    state->closing = true;
+    if (state->streams) co_await device.callSameForm("AI_closeStreaming", port);
+    if (state->opened) co_await device.callSameForm("AI_close", port);
+    co_return py::none();
+}
+
+// A stream that was dropped in an event loop is closed later than the next one begins.
+Task takePort(Op device, Object port, HeldState state) {
+    const auto rows = rowsOf(device, port);
+    if (!rows) co_return py::none();
+    const auto before = std::static_pointer_cast<StreamState>(rows->stream.lock());
+    if (before) {
+        if (before->dropped && !std::exchange(before->over, true)) co_await device.run(endRun(device, port, before));
+        while (before->closing) co_await device.sleep(ECHO_DELAY);
+    }
+    rows->stream = state;
+    co_return py::none();
+}
+
 Task begin(Op op, HeldState state) {
     const Op device = deviceOf(op);
     const Object port = portOf(op.self());
     state->begun = true;
+    co_await device.run(takePort(device, port, state));
     if (!isTrue(attribute(device.self(), "ai_open_flag"))) {
         co_await device.callSameForm("AI_open", port);
         state->opened = true;
     }
     const Object counted = devicePort(device.self(), port);
+    ReplyPool(device.self()).drop(OPEN_AI_STREAMING);  // of a request that was sent twice before
     const Object settings = co_await device.callSameForm("AI_openStreaming", counted);
     state->streams = true;
     const Object mode = own(PySequence_GetItem(settings.ptr(), 2));
@@ -119,12 +160,7 @@ Task findBlock(Op op, HeldState state) {
 Task closeStream(Op op) {
     const HeldState state = stateOf(op.self());
     if (std::exchange(state->over, true)) co_return py::none();
-    const Op device = deviceOf(op);
-    if (!isConnected(device.self())) co_return py::none();
-    const Object port = portOf(op.self());
-    if (state->streams) co_await device.callSameForm("AI_closeStreaming", port);
-    if (state->opened) co_await device.callSameForm("AI_close", port);
-    co_return py::none();
+    co_return co_await op.run(endRun(deviceOf(op), portOf(op.self()), state));
 }
 
 /// A turn of the one who reads a stream.
@@ -163,14 +199,14 @@ Task nextBlock(Op op) {
     try {
         block = co_await op.run(findBlock(op, state));
     } catch (...) {
-        error = std::current_exception();
+        error = caught();
     }
     if (!block.is_none()) co_return block;
     if (!error || !forbidsWaiting(error)) {
         try {
             co_await op.run(closeStream(op));
         } catch (...) {
-            if (!error) error = std::current_exception();
+            if (!error) error = caught();
         }
     }
     if (error) std::rethrow_exception(error);
@@ -185,7 +221,7 @@ Task leave(Op op, Object failure) {
     try {
         co_await op.run(closeStream(op));
     } catch (...) {
-        error = std::current_exception();
+        error = caught();
     }
     if (error && isClean) std::rethrow_exception(error);
     co_return py::none();
@@ -196,10 +232,11 @@ void drop(py::handle self) {
     const Object kept = attributeOrNothing(self, "_state");
     const HeldState state = kept ? nativeOrNothing<StreamState>(kept) : nullptr;
     if (!state || state->over || (!state->streams && !state->opened)) return;
+    state->dropped = true;
     const Object finalizer = attributeOrNothing(self, "_finalizer");
     if (finalizer && !finalizer.is_none()) {
         callObject(finalizer, self);
-    } else if (!isTrue(callObject(pythonObject("sys", "is_finalizing")))) {
+    } else if (interpreterAlive()) {
         closeStream(Op(self, py::none())).runThrough();
     }
 }

@@ -169,25 +169,29 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
     return items;
 }
 
-// Waits for so many items; not beyond the end of the object's link.
+// Waits for so many items; beyond the end of the object's link only until what had come is decoded.
 template <class Queue>
 bool awaitSize(py::handle self, py::handle queue, Py_ssize_t count, double seconds) {
-    constexpr std::chrono::milliseconds look{50};
     const auto ours = nativeOrNothing<Queue>(queue);
     if (!ours) return false;
     const auto runtime = runtimeOrNothing(self);
     const auto wanted = static_cast<std::size_t>(count);
-    const bool wasCut = !runtime || runtime->isCut();
+    const bool hadLink = runtime && runtime->connectedWith != nullptr;
     blocking([&](const InterruptCheck& onWait) {
-        const Deadline deadline = deadlineIn(seconds);
-        for (Deadline now = Clock::now(); now < deadline; now = Clock::now()) {
-            const std::size_t size = ours->waitForSize(wanted, std::min(deadline, now + look), onWait);
-            if (size >= wanted) break;
-            if (!wasCut && runtime->isCut()) break;
+        EndOfReads end(deadlineIn(seconds));
+        while (const auto until = end.nextLook(hadLink && runtime->isCut())) {
+            if (ours->waitForSize(wanted, *until, onWait) >= wanted) break;
         }
         return true;
     });
     return true;
+}
+
+// What is there; the end of a connection is an error where nothing is.
+py::list takeOrTell(py::handle self, const Object& queue, Py_ssize_t wanted) {
+    py::list items = takeStreaming(queue, wanted);
+    if (wanted > 0 && items.empty()) requireConnection(self);
+    return items;
 }
 
 py::list getStreamingFromPool(py::handle self, const Object& queue, Py_ssize_t wanted, Seconds delay) {
@@ -195,7 +199,7 @@ py::list getStreamingFromPool(py::handle self, const Object& queue, Py_ssize_t w
         !awaitSize<RowFifo>(self, queue, wanted, delay)) {
         sleepBlocking(delay);
     }
-    return takeStreaming(queue, wanted);
+    return takeOrTell(self, queue, wanted);
 }
 
 // Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
@@ -425,12 +429,13 @@ void definePacket(Package& package) {
                     .doc = "Waits for a reply, without a limit, and takes it from the echo pool.",
                     .returns = reply,
                     .body = getReplySteps})
-        .awaitable(
-            {.name = "_getStreamingFromPool",
-             .parameters = {queue, count, delay},
-             .doc = "Takes items from a queue; never waits.",
-             .returns = samples,
-             .body = [](Op, Object items, Py_ssize_t most, Object) -> Task { co_return takeStreaming(items, most); }})
+        .awaitable({.name = "_getStreamingFromPool",
+                    .parameters = {queue, count, delay},
+                    .doc = "Takes items from a queue; never waits.",
+                    .returns = samples,
+                    .body = [](Op op, Object items, Py_ssize_t most, Object) -> Task {
+                        co_return takeOrTell(op.self(), items, most);
+                    }})
         .awaitable({.name = "_sendPacketWithoutReply",
                     .parameters = {command, data},
                     .doc = "Sends a request that has no reply.",

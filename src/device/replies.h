@@ -26,6 +26,11 @@ struct ReplyPool {
         return contained != 0 ? callMethod(object, "pop", key) : Object();
     }
 
+    /// What lies under the key is an answer to a request of before.
+    void drop(EchoPool::Key key) const {
+        if (ours) ours->take(key);
+    }
+
     const Object object;
     const std::shared_ptr<EchoPool> ours;
     const std::shared_ptr<DeviceRuntime> runtime;
@@ -63,7 +68,7 @@ public:
     bool tryBegin(py::handle self) {
         if (!turns_->take(key_)) return false;
         mine_ = true;
-        if (const ReplyPool pool(self); pool.ours) pool.ours->take(key_);
+        ReplyPool(self).drop(key_);
         return true;
     }
     void begin(py::handle self) {

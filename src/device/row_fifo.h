@@ -35,6 +35,8 @@ public:
     RowFifo(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}
 
     const ItemKind& kind;
+    /// State of the loop over blocks that streams into it, under the interpreter lock.
+    std::weak_ptr<void> stream;
 
     /// Takes up to `count` items without waiting.
     py::list takeObjects(std::size_t count);

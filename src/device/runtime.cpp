@@ -227,6 +227,7 @@ void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Dea
                 reason = py::error_already_set().value();
             }
             if (isNew) logOf(self, LogLevel::warning, [&] { return "lost: " + std::string(py::str(reason)); });
+            if (const auto runtime = runtimeOrNothing(self); runtime && runtime->isCut()) runtime->endReads();
             for (const Object& callback : takeAskedBefore(moment, attribute(self, lossCallbacks))) {
                 const Object called = own(PySequence_GetItem(callback.ptr(), 0));
                 const Object loop = own(PySequence_GetItem(callback.ptr(), 1));
@@ -237,7 +238,7 @@ void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Dea
                         callMethod(loop, "call_soon_threadsafe", called, reason);
                     }
                 } catch (...) {
-                    reportThreadFailure(name, std::current_exception());
+                    reportThreadFailure(name, caught());
                 }
             }
         });
@@ -252,27 +253,48 @@ void askForLoss(py::handle self, const Object& callback, const Object& loop) {
     try {
         runtime->requireLinks();
     } catch (const Failure&) {
-        tellLoss(runtime->reference, std::current_exception(), Clock::now(), false);
+        tellLoss(runtime->reference, caught(), Clock::now(), false);
     }
 }
 
-void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept {
+void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) {
     logEvent(level, [&] {
         const std::string place = placeOf(self);
         return Py_TYPE(self.ptr())->tp_name + (place.empty() ? "" : " at " + place) + ": " + what();
     });
 }
 
+namespace {
+
+[[noreturn]] void refuseWithoutLink(py::handle self, const DeviceRuntime* runtime) {
+    if (runtime != nullptr) runtime->requireOwn();
+    throw Failure(runtime != nullptr ? runtime->linkFailure : FailureId::NetworkConnectionLostError,
+                  isTrue(attribute(self, "killed")) ? closedForGood : notConnected);
+}
+
+}  // namespace
+
 Object clientOf(py::handle self) {
     Object client = attribute(self, "client_cmd");
-    if (!client.is_none()) return client;
+    if (client.is_none()) refuseWithoutLink(self, runtimeOrNothing(self).get());
+    return client;
+}
+
+void requireConnection(py::handle self) {
     const auto runtime = runtimeOrNothing(self);
-    if (runtime) runtime->requireOwn();
-    throw Failure(runtime ? runtime->linkFailure : FailureId::NetworkConnectionLostError,
-                  isTrue(attribute(self, "killed")) ? "The handle is closed." : notConnected);
+    if (!runtime) return;
+    runtime->requireOwn();
+    if (!runtime->isOver()) return;
+    runtime->requireLinks();
+    refuseWithoutLink(self, runtime.get());
 }
 
 void DeviceRuntime::endWaits() {
+    for (const auto& receiver : receivers_) receiver->endWaits();
+    endReads();
+}
+
+void DeviceRuntime::endReads() {
     for (const StreamKey& key : pools.stream->keys()) {
         if (const auto frames = pools.stream->find(key).own) frames->endWaits();
     }

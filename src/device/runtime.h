@@ -63,14 +63,18 @@ public:
     /// Whether a link is missing or has ended; and its Failure, if it was ended by the device or the system.
     bool isCut() const;
     void requireLinks() const;
+    /// Whether nothing more comes over a connection that there was.
+    bool isOver() const { return connectedWith != nullptr && isCut(); }
 
     /// Makes and starts the receive thread of a connection, gate shut.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);
 
     /// The rows of the object's streams, whose readers are told when nothing more comes.
     void addRows(const std::shared_ptr<RowQueue>& rows) { rows_.push_back(rows); }
-    /// Ends the waits for what is streamed: the connection goes.
+    /// Ends the waits for replies and for what is streamed: the connection goes.
     void endWaits();
+    /// Those for what is streamed alone; waits for replies notice a lost link themselves.
+    void endReads();
 
     /// Ends the receive threads, and lets go of their links, for good.
     void endAll();
@@ -86,6 +90,26 @@ void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Dea
 /// Has it called so; at once if there is a loss.
 void askForLoss(py::handle self, const Object& callback, const Object& loop);
 
+/// The looks of a read at whether anything can still come: seldom while it can, and twice more at once when it cannot,
+/// until what had come is decoded.
+class EndOfReads {
+public:
+    explicit EndOfReads(Deadline deadline) : deadline_(deadline) {}
+
+    /// How long to wait until the next look; nothing when the time is over, or nothing more comes.
+    std::optional<Deadline> nextLook(bool isOver) {
+        constexpr std::chrono::milliseconds usual{50}, atTheEnd{10};
+        constexpr int looksAtTheEnd = 2;
+        const Deadline now = Clock::now();
+        if (now >= deadline_ || (isOver && looks_++ == looksAtTheEnd)) return std::nullopt;
+        return std::min(deadline_, now + (isOver ? atTheEnd : usual));
+    }
+
+private:
+    const Deadline deadline_;
+    int looks_ = 0;
+};
+
 /// Whether the object was made before this process was forked off.
 bool isForeign(py::handle self);
 /// Throws Failure NetworkConnectionLostError if it was.
@@ -100,11 +124,13 @@ bool isKilled(py::handle self);
 
 /// The object's client of requests. Throws the link's Failure if there is none.
 Object clientOf(py::handle self);
+/// Throws the link's Failure if nothing more comes over a connection that there was, or in a forked child.
+void requireConnection(py::handle self);
 /// What the object is or was last connected to, as messages name it: host and port, line, or USB serial number. Empty
 /// if there is nothing of it.
 std::string placeOf(py::handle self);
 /// Tells the log something of an object.
-void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what) noexcept;
+void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what);
 
 /// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
 void runReceiverBody(py::handle self, const DeviceLink& link);

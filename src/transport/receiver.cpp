@@ -204,6 +204,17 @@ void Receiver::requireLink() const {
     if (const auto read = source()) throw read->lossFailure();
 }
 
+void Receiver::endWaits() noexcept {
+    if (isForeign()) return;
+    ++waitsEnded_;
+    right_.tellAll();
+}
+
+void Receiver::requireLink(std::uint64_t since) const {
+    if (waitsEnded_ != since) throw Failure(linkFailure_, killed_ ? closedForGood : notConnected);
+    requireLink();
+}
+
 // Called after the last received packet has been filed.
 void Receiver::wakeAtLoss() {
     if (loss()) right_.tellAll();
@@ -216,6 +227,7 @@ void Receiver::onLoss(const Failure& reason, Deadline when) {
 std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline deadline,
                                      const InterruptCheck& onWait) {
     if (auto data = pool.take(key)) return data;
+    const std::uint64_t since = waitsEnded_;
     const auto waiter = ThreadWaiter::ofThisThread();
     struct Stay {
         Receiver& receiver;
@@ -233,10 +245,10 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
     if (waiter->hasTurn()) {
         // Most replies arrive at once, to the thread that reads; the code below serves the other cases.
         readFor(*waiter, nullptr, deadline);
-        const bool isLost = loss().has_value();  // read before the pool, so that a reply filed before the loss is found
+        const bool isLate = isOver(since);  // read before the pool, so that a reply filed before the end is found
         if (Clock::now() >= deadline) return std::nullopt;
         if (auto data = pool.take(key)) return data;
-        if (isLost) requireLink();
+        if (isLate) requireLink(since);
     }
     InterruptCheck check;
     if (onWait) {
@@ -246,16 +258,16 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
             stay.enter();
         };
     }
-    return pool.awaitWith(*waiter, key, deadline, check, [this](ThreadWaiter& held, Deadline until) {
+    return pool.awaitWith(*waiter, key, deadline, check, [this, since](ThreadWaiter& held, Deadline until) {
         if (!held.hasTurn()) {
             if (held.park(until)) return true;
         } else {
             readFor(held, &held.wake(), until);
             if (held.takeReply()) return true;
         }
-        const bool isLost = loss().has_value();
+        const bool isLate = isOver(since);
         if (held.takeReply()) return true;
-        if (isLost) requireLink();
+        if (isLate) requireLink(since);
         return false;
     });
 }
@@ -320,6 +332,7 @@ void Receiver::setSource(std::shared_ptr<PacketSource> source) {
     if (isForeign()) return;
     const auto gateOfTurns = gateNow();
     if (source) {
+        linkFailure_ = source->failure();
         source->tellChanges(gateOfTurns);
         const auto why = source->loss();
         const bool isLost = why && *why != std::errc::not_connected;

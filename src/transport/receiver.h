@@ -68,6 +68,14 @@ public:
     std::optional<std::error_code> loss() const;
     /// Throws the link's Failure if it has ended so.
     void requireLink() const;
+    /// Ends the waits for what the link brings: it is being disconnected, or closed for good.
+    void endWaits() noexcept;
+    /// Number of endWaits() calls so far.
+    std::uint64_t waitsEnded() const noexcept { return waitsEnded_; }
+    /// Whether what has been waited for since that number can no longer come; and throws the link's Failure then.
+    bool isOver(std::uint64_t since) const { return waitsEnded_ != since || loss().has_value(); }
+    void requireLink(std::uint64_t since) const;
+    FailureId linkFailure() const noexcept { return linkFailure_; }
     /// Whether nothing can arrive at all: there is no link, or it has ended.
     bool isCut() const;
     /// Called at each loss, as a LossListener is. Set before the start.
@@ -132,6 +140,8 @@ private:
     ReadingRight right_;
 
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};
+    std::atomic<std::uint64_t> waitsEnded_{0};
+    std::atomic<FailureId> linkFailure_{FailureId::NetworkConnectionLostError};  // of the last source
     mutable std::mutex mutex_;
     std::shared_ptr<PacketSource> source_;
 };

@@ -119,6 +119,50 @@ def test_all_who_wait_hear_of_the_end(waiting_box, silent):
     assert len(heard) == 30
 
 
+@pytest.mark.parametrize("end", ["disconnect", "close"])
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_who_waits_for_a_reply_is_told_of_disconnect_and_close(waiting_box, silent, form, end):
+    waiting_box.serialize = True  # the second one waits for its turn
+    told = queue.Queue()
+
+    def ask():
+        try:
+            form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1], *([30] if form is blocking else [30, 30]))
+        except Exception as error:
+            told.put(error)
+
+    for _ in range(2):
+        threading.Thread(target=ask, daemon=True).start()
+    silent.connection().recv(100)
+    begin = time.monotonic()
+    getattr(waiting_box, end)(verbose=False)
+    text = "closed|connect" if end == "close" else "connect"
+    for _ in range(2):
+        error = told.get(timeout=10)
+        assert isinstance(error, pyzvr.NetworkConnectionLostError) and text in str(error)
+    assert time.monotonic() - begin < 10
+
+
+@pytest.mark.parametrize("end", ["disconnect", "close", "loss"])
+@pytest.mark.parametrize("read", ["AI_readStreaming", "AI_readStreamingBlock", "_getStreamingFromPool"])
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_a_read_of_a_stream_that_has_nothing_to_come_is_told_at_once(form, read, end):
+    box = pyzvr.TarnAnalog()
+    arguments = [box.data_pool_strm[5] if read.startswith("_") else 0, 10, 30]
+    assert len(form(box, read, *arguments[:2], 0.001)) == 0  # there has been no connection
+    with zvrkit.sim.device("TarnAnalog") as place:
+        box.connect(*place.address, verbose=False)
+        if end == "loss":
+            place.cut()
+            until(lambda: not box.isConnected())
+        else:
+            getattr(box, end)(verbose=False)
+        with pytest.raises(pyzvr.NetworkConnectionLostError):
+            form(box, read, *arguments)
+    with contextlib.suppress(pyzvr.NetworkConnectionLostError):
+        box.close(verbose=False)
+
+
 def test_what_had_arrived_before_the_end_is_read(waiting_box, silent):
     frame = bytes([2, 0, 2, KEYS[0], 7, 13, 10])
     for _ in range(50):

@@ -6,6 +6,7 @@ import gc
 import warnings
 
 import pytest
+from queue_support import until
 from simulators import connected
 from test_streaming import counted
 
@@ -71,6 +72,30 @@ def test_left_loop_closes_its_stream(form, model, port, wave):
             ]
             assert rows_of(blocks) == counted(0, 300)
             assert is_idle(box, port)
+
+
+def test_a_stream_that_is_left_does_not_close_the_next_one(form):
+    async def first(box):
+        async for block in box.AI_stream(0, 100):
+            return block
+
+    async def follow(box):
+        return [await first(box) for _ in range(6)]
+
+    with configured() as box:
+        blocks = asyncio.run(follow(box)) if form == "await" else [next(box.AI_stream(0, 100)) for _ in range(6)]
+        assert [(len(block), block.first_row) for block in blocks] == [(100, 0)] * 6
+        assert rows_of(blocks) == counted(0, 100) * 6
+        until(lambda: is_idle(box))
+
+
+def test_settings_of_an_earlier_run_are_not_taken_for_those_of_now(form):
+    with configured(rate=4000) as box:
+        stale = box.AI_openStreaming(0)
+        box.AI_closeStreaming(0)
+        box.AI_setSamplingRate(0, 2000)
+        box.data_pool_echo[pyzvr.OPEN_AI_STREAMING] = b"\0\0\0\0\0\0" + bytes(pyzvr.convertF32To4U8(stale[1])) + b"\0"
+        assert [block.rate for block in taken(box, form, 100, 1)] == [2000]
 
 
 def test_run_of_some_rows_ends_with_a_short_block(form):
