@@ -10,12 +10,12 @@ namespace zvr::python {
 
 namespace {
 
-// A request with the places of its arguments.
+// A request with the indices of its arguments.
 struct Plan {
     struct CheckStep {
-        Object method;  // its name; nothing where a function does it
+        Object method;  // its name; null if a function checks
         void (*test)(py::handle value, const char* name);
-        std::string name;  // of the argument that it looks at
+        std::string name;  // of the argument that it checks
         std::vector<std::size_t> arguments;
     };
     struct FieldStep {
@@ -45,7 +45,7 @@ void run(const Plan::CheckStep& check, py::handle self, const std::vector<Object
     own(entering([&] { return PyObject_VectorcallMethod(check.method.ptr(), values.data(), values.size(), nullptr); }));
 }
 
-// What refuses a value tells whose it is.
+// Errors name the argument that has the wrong value.
 void append(const Field& field, Payload& data, const Object& value) {
     const auto named = [&](const std::string& text) { return field.parameter.name + ": " + text; };
     try {
@@ -62,7 +62,7 @@ void append(const Field& field, Payload& data, const Object& value) {
     }
 }
 
-// The steps begin after the call has returned, so they keep the arguments; the plan is there for good.
+// The steps begin after the call has returned, so they own the arguments; the plan has static lifetime.
 Task run(const Plan& plan, Op op, std::vector<Object> arguments) {
     if (plan.adapt != nullptr) plan.adapt(op.self(), arguments);
     for (const Plan::CheckStep& check : plan.checks) run(check, op.self(), arguments);

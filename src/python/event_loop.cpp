@@ -19,8 +19,8 @@ std::shared_ptr<LoopWaker> LoopWakers::find(py::handle loop) const {
     return nullptr;
 }
 
-// Most loops let go of their callbacks when they are closed; the others are asked. That may run any code, so it is done
-// on a copy.
+// Most loops release their callbacks when they are closed; the others are asked. That may run any code, so it iterates
+// over a copy.
 void LoopWakers::forgetClosed() {
     const auto wakers = wakers_;
     for (const auto& waker : wakers) {
@@ -62,7 +62,7 @@ std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit, bool readsLink) {
 
 namespace {
 
-// One loop at most runs on a thread.
+// Per thread, since a thread runs at most one loop.
 thread_local Deadline lastTurn{};
 
 }  // namespace
@@ -96,7 +96,9 @@ bool ReplyAwaiter::await_suspend(Task::Handle handle) {
     if (limit <= Clock::now()) throw AwaitTimedOut();
     wait_ = wakers_.wait(limit);
     subscription_.emplace(*pool_, key_, wait_);
-    const bool isLost = wakers_.receiver && wakers_.receiver->loss();  // behind what the link brought last
+    const bool isLost =
+        wakers_.receiver &&
+        wakers_.receiver->loss();  // read before the pool, so that a reply filed before the loss is found
     if (pool_->contains(key_)) return false;
     if (isLost) wakers_.receiver->requireLink();
     suspend(handle);

@@ -18,7 +18,7 @@ bool Log::listens(LogLevel level) noexcept {
 void Log::tell(LogLevel level, const std::function<std::string()>& text) noexcept {
     if (!listens(level)) return;
     try {
-        // As an argument the text may hold a "%".
+        // Passed as an argument, since the text may contain a "%".
         callMethod(logger(), "log", py::int_(static_cast<int>(level)), py::str("%s"), py::str(text()));
     } catch (...) {
         reportUnraisable();
@@ -28,7 +28,7 @@ void Log::tell(LogLevel level, const std::function<std::string()>& text) noexcep
 py::handle Log::logger() {
     if (logger_ == nullptr) {
         Object made = callObject(pythonObject("logging", "getLogger"), py::str(name_));
-        // Without a handler of its own a library's warnings would be printed by programs that set up no logging.
+        // Without a handler, warnings would be printed in programs that do not configure logging.
         callMethod(made, "addHandler", callObject(pythonObject("logging", "NullHandler")));
         logger_ = made.release().ptr();
     }

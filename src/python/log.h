@@ -1,4 +1,4 @@
-// What the library tells through the host's logging. It is silent unless the program sets logging up.
+// The library's messages through Python's logging. It is silent unless the program configures logging.
 #pragma once
 
 #include <functional>
@@ -9,22 +9,22 @@ namespace zvr::python {
 
 enum class LogLevel : int { debug = 10, info = 20, warning = 30, error = 40 };
 
-/// A logger of the host. Its members are called under the interpreter lock; what logging raises is reported as
+/// A Python logger. Its members are called under the interpreter lock; exceptions of logging are reported as
 /// unraisable.
 class Log {
 public:
     constexpr explicit Log(const char* name) : name_(name) {}
 
-    /// Whether somebody listens.
+    /// Whether messages of this level are logged.
     bool listens(LogLevel level) noexcept;
-    /// `text` is only called if somebody does.
+    /// `text` is only called if the level is logged.
     void tell(LogLevel level, const std::function<std::string()>& text) noexcept;
 
 private:
     py::handle logger();
 
     const char* name_;
-    PyObject* logger_ = nullptr;  // the host has one of a name for the life of the process
+    PyObject* logger_ = nullptr;  // logging keeps it for the life of the process
 };
 
 extern Log eventLog, frameLog;  ///< "pyzvr" and "pyzvr.wire"

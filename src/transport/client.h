@@ -50,7 +50,7 @@ public:
 private:
     std::mutex mutex_;
     std::vector<std::weak_ptr<LossListener>> listeners_;
-    std::optional<std::pair<Failure, Deadline>> untold_;
+    std::optional<std::pair<Failure, Deadline>> unreported_;
 };
 
 /// A source of packets for a receive loop. One thread reads at a time: the receive thread or another in its place.

@@ -71,7 +71,7 @@ public:
     /// Whether nothing can arrive at all: there is no link, or it has ended.
     bool isCut() const;
     /// Called at each loss, as a LossListener is. Set before the start.
-    void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
+    void onLoss(std::function<void(const Failure& reason, Deadline when)> listener) { onLoss_ = std::move(listener); }
     void onLoss(const Failure& reason, Deadline when) override;
 
     /// Ends the thread soon, interrupting its read.

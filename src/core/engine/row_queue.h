@@ -141,7 +141,7 @@ private:
         std::shared_ptr<void> object = {};
         RowPlace place = {};
         std::size_t rows() const { return (used - taken) / layout.rowBytes(); }
-        /// Whether its first row does not continue the previous chunk.
+        /// Whether its next row follows a gap or begins a run.
         bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
