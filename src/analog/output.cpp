@@ -34,7 +34,7 @@ const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineChe
 const Definition checkRate{
     .name = "_ckeckAOSamplingRate",
     .parameters = {{"rate", "float", "rate in Hz"}},
-    .doc = "Refuses a rate above the model's limit.",
+    .doc = "Raises AORateNotVaildError if the rate is above the model's limit.",
     .raises = {"InputTypeNotCorrectError: it is no number", "AORateNotVaildError: it is above the limit"},
     .body = [](py::handle self, const Object& rate) {
         checkIsNumber(rate, "rate");
@@ -101,7 +101,7 @@ void defineChecks(Feature& output) {
     output.operation(checkAOPinState)
         .shared({.name = "_checkAONumOfValues",
                  .parameters = {{"value", "int", "number of values, at most 13"}},
-                 .doc = "Refuses more values than one push takes.",
+                 .doc = "Raises InputDataNotInRangeError unless one push takes that many values.",
                  .raises = {"InputTypeNotCorrectError: it is no integer", "InputDataNotInRangeError: another value"},
                  .body = [](py::handle, const Object& value) {
                      checkIsInt(value, "value");
@@ -117,7 +117,7 @@ std::vector<FieldDoc> offered() {
             {"ao_rate", "int", "highest rate in Hz"}};
 }
 
-// The same number by its other name.
+// A second name of the same number.
 void defineMaxRate(Feature& output) {
     output.property(
         {"ao_max_rate", "int", "Highest rate in Hz: `ao_rate`."},
@@ -203,7 +203,7 @@ void checkChannels(py::handle self, py::handle channels) {
     for (const py::handle each : channels) callMethod(self, "_checkAOChannel", each);
 }
 
-// Exactly so many values of the list.
+// Pushes exactly `count` values of the list.
 Task push(Op op, Object port, Object count, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
