@@ -1,4 +1,4 @@
-// The classes of the flight controller, and the limits that its checks know.
+// The classes of the flight controller, and the limits of its checks.
 #include "drone/drone.h"
 
 #include "core/wire/failures.h"
@@ -63,21 +63,23 @@ void defineBased(Package& package) {
                                                 : Object(py::float_(limit.value)));
                          }
                      }})
-        .method({.name = "_checkHeightWithNED",
-                 .parameters = {{"height", "float", "z in metres; down is positive"}},
-                 .doc = "Refuses a height out of the limits. The moves do not call it.",
-                 .raises = {"HeightNotAvaliableError: it is out of the limits"},
-                 .body =
-                     [](py::handle self, const Object& height) {
-                         refuseOutside(FailureId::HeightNotAvaliableError, self, height, "z_min_position_NED",
-                                       "z_max_position_NED");
-                     }})
-        .method({.name = "_checkAngle",
-                 .parameters = {{"target", "int", "number of a target; of x, y and z nothing is refused"},
-                                {"angle", "float", "in degrees"}},
-                 .doc = "Refuses an angle out of the limits. The moves do not call it.",
-                 .raises = {"AngleNotAvaliableError: it is out of the limits"},
-                 .body = checkAngle});
+        .method(
+            {.name = "_checkHeightWithNED",
+             .parameters = {{"height", "float", "z in metres; down is positive"}},
+             .doc = "Raises HeightNotAvaliableError unless the height is within the limits. The moves do not call it.",
+             .raises = {"HeightNotAvaliableError: it is out of the limits"},
+             .body =
+                 [](py::handle self, const Object& height) {
+                     refuseOutside(FailureId::HeightNotAvaliableError, self, height, "z_min_position_NED",
+                                   "z_max_position_NED");
+                 }})
+        .method(
+            {.name = "_checkAngle",
+             .parameters = {{"target", "int", "number of a target; x, y and z are not checked"},
+                            {"angle", "float", "in degrees"}},
+             .doc = "Raises AngleNotAvaliableError unless the angle is within the limits. The moves do not call it.",
+             .raises = {"AngleNotAvaliableError: it is out of the limits"},
+             .body = checkAngle});
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ struct AnalogInput {
     std::vector<int> rates = {};   ///< the highest in Hz, by how many are enabled if there are several; or no limit
     int triggerModes = 2;          ///< from 0 on
     bool variable = false;         ///< whether it has the commands for a variable number of channels
-    bool opensByItself = false;    ///< whether nothing has to be sent to open it
+    bool opensByItself = false;    ///< whether opening sends nothing
     bool configuresPort0 = false;  ///< whether port 0 is configured, whatever port is named
     bool streamsPort0 = false;     ///< whether port 0 is prepared for streaming, whatever port is named
 };
@@ -76,7 +76,7 @@ struct AnalogOutput {
     int low = -10, high = 10;  ///< V
     int channels = 8;
     int rate = 15000;            ///< the highest in Hz
-    bool opensByItself = false;  ///< whether nothing has to be sent to open it
+    bool opensByItself = false;  ///< whether opening sends nothing
     bool sharesLines = true;     ///< whether its lines must be idle before it is opened
 };
 

@@ -1,5 +1,5 @@
 // The four-axis controller: checks, configuration of axes, captures and break points, and the state of axes. Moves,
-// interpolations and files have pages of their own.
+// interpolations and files have their own source files.
 #include "motion/controller.h"
 
 #include "models/traits.h"
@@ -104,7 +104,7 @@ Task configureCapture(Op op, Object port, Object axis, Object type, Object mode)
     co_return co_await op.request("_Motion_setSYNCAction3", port, axis, py::int_(word));
 }
 
-/// A SYNC action that is switched on and off.
+/// A SYNC action that can be turned on and off.
 struct Action {
     const char* enable;
     const char* disable;
@@ -156,7 +156,7 @@ Task standing(Op op, Object port, Object axis) {
     co_return readBit(state, axis) ^ py::int_(1);
 }
 
-// An input's bit as on or off. All go by the level of the forward limit.
+// An input's bit as on or off. All use the active level of the forward limit.
 Object inputState(const Op& op, const Object& axis, const Object& state, int bit) {
     const Object level = readBit(state, py::int_(bit));
     const bool activeLow = isZero(settingOf(recordOf(op, axis), "Forward Polarity"));
@@ -407,7 +407,7 @@ Object withBits(Object word, const std::vector<Bit>& bits) {
 
 namespace {
 
-// Both forms go through the constructor of their own driver.
+// Each form calls the constructor of its own driver.
 void defineConstructor(Package& package, const char* module, const char* driver) {
     ClassMaker(package.get(module))
         .method({.name = "__init__",

@@ -176,7 +176,7 @@ Task configureLimit(Op op, Object port, Object forward, Object reverse, Object p
     co_return status.value();
 }
 
-// Compat 15: three bytes are cut for each value, which is one too few: it fails with the first one.
+// Compat 15: three bytes are sliced for each value, one too few, so it fails on the first one.
 Task parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     const Object reply = co_await exchange(op, MOTION_GET_PARAM, payload(port));
@@ -216,7 +216,7 @@ void defineBased(Package& package) {
     based.field({"TMC5240_main_dict", "dict[str, list[int]]", "the ramp: value and register by key"})
         .field({"TMC5240_default_dict", "dict[str, list[int]]", "the chip's settings: value and register by key"});
     for (const char* field : statusFields) {
-        based.field({field, "int", "bit of the chip's status, as the last register read told it"});
+        based.field({field, "int", "bit of the chip's status, as of the last register read"});
     }
     based
         .method({.name = "__init__",

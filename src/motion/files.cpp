@@ -1,4 +1,4 @@
-// Settings of axes in a text file: the host's INI parser writes and reads it.
+// Settings of axes in a text file: written and read by Python's INI parser.
 #include <span>
 
 #include "motion/records.h"
@@ -59,7 +59,7 @@ Task saveFile(Op op, Sections sections) {
             section[pair[0]] = py::str(op.call("_Motion_INI_convertIntToString", pair[0], pair[1]));
         }
     }
-    // What cannot be told as text fails before the file is touched.
+    // Values that cannot be written as text fail before the file is changed.
     const Object text = callObject(pythonObject("io", "StringIO"));
     callMethod(config, "write", text);
     const Object content = callMethod(text, "getvalue");

@@ -7,7 +7,7 @@ namespace zvr::python {
 
 namespace {
 
-/// What the values of a setting are called in a file. Numbers stand there as they are.
+/// The names of a setting's values in a file. Numbers are written unchanged.
 struct Texts {
     const char* zero;
     const char* one;
@@ -63,7 +63,7 @@ struct RecordField {
 struct Record {
     const char* name;
     const char* doc;
-    std::size_t given;  ///< so many of the fields are arguments of the constructor
+    std::size_t given;  ///< number of fields that are arguments of the constructor
     std::vector<RecordField> fields;
     bool hasSettings = false;
 };
@@ -152,7 +152,7 @@ void construct(const Record& record, py::handle self, Arguments given) {
     if (record.hasSettings) setAttribute(self, "motion_dict", defaultSettings());
 }
 
-// An object that only inherits from a record is told of as any other.
+// A subclass without the record's fields gets the default repr.
 Object represent(const Record& record, py::handle self) {
     py::list parts;
     const auto tell = [&](const char* name) {
@@ -166,7 +166,7 @@ Object represent(const Record& record, py::handle self) {
                                     py::str(", ").attr("join")(parts));
 }
 
-// The records of the table are there for good.
+// The records of the table have static lifetime.
 void defineRecord(Package& package, const Record& record) {
     ClassMaker type = package.makeClass(record.name, {}, record.doc);
     Definition constructor{.name = "__init__",
