@@ -32,7 +32,7 @@ void Listener::accept() {
             accept();
             return;
         }
-        // With no descriptor left the same connection would be refused again and again.
+        // Without free descriptors accepting the same connection would fail repeatedly.
         retry_.expires_after(retryAfter);
         retry_.async_wait([this](std::error_code stopped) {
             if (!stopped) accept();
@@ -64,7 +64,7 @@ Server::Server(asio::io_context& context, Device& device, const Options& options
 Server::~Server() { device_.sink.withdraw(); }
 
 void Server::serve(tcp::socket socket, bool answers) {
-    std::error_code alreadyGone;  // then the first read tells
+    std::error_code alreadyGone;  // the first read then reports it
     socket.set_option(tcp::no_delay(true), alreadyGone);
     asio::posix::stream_descriptor stream(socket.get_executor(), socket.release());
     const auto connection = std::make_shared<Connection>(

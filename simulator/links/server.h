@@ -13,7 +13,7 @@ public:
              std::function<void(asio::ip::tcp::socket)> onClient);
 
     int port() const { return acceptor_.local_endpoint().port(); }
-    /// Accepts whoever waits for it.
+    /// Accepts the waiting clients.
     void acceptWaiting();
 
 private:
@@ -26,7 +26,7 @@ private:
     std::function<void(asio::ip::tcp::socket)> onClient_;
 };
 
-/// The command port; and on Wi-Fi models the data port, which gets the unsolicited frames.
+/// The command port; on Wi-Fi models also the data port, which sends the unsolicited frames.
 class Server {
 public:
     /// Listens at once; throws std::system_error.
@@ -35,7 +35,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Where it is reached, as members of a JSON object.
+    /// Its address, as members of a JSON object.
     std::string description() const;
     /// Ends all connections.
     void cut();

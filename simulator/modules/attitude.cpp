@@ -62,7 +62,7 @@ private:
 
 using Units = Channels<Unit, 1>;
 
-// Without a filter that runs, and without sensors in use, there are zeros.
+// Zeros while the filter is stopped or the sensors are unused.
 Bytes vectorsOf(const std::vector<Vector>& vectors, bool shown) {
     Bytes data;
     for (const Vector& vector : vectors) {

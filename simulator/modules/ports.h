@@ -15,14 +15,14 @@ namespace zvr::sim {
 template <class Port>
 class PortCommands {
 public:
-    /// What is selected by a number, and by what it reads behind it; nothing refuses the request.
+    /// The object selected by a number and the bytes read after it; empty refuses the request.
     using Find = std::function<Port*(std::uint8_t number, Request& request)>;
 
     PortCommands(Device& device, Status refusal, Find find)
         : device_(device), refusal_(refusal), find_(std::move(find)) {}
 
     /// A command that changes a port and answers with a status: the action's, or by its bool whether it was done. A
-    /// port with a member `refused` is told of refusals.
+    /// port with a member `refused` is notified of refusals.
     template <class Change>
     void onChange(Command command, Change change) const {
         add(command, [refusal = refusal_, change](Port* port, Request request) {
@@ -50,7 +50,7 @@ public:
         });
     }
 
-    /// A command that answers with a status and values; nothing refuses.
+    /// A command that answers with a status and values; empty refuses.
     template <class Read>
     void onExchange(Command command, Read read) const {
         add(command, [refusal = refusal_, read](Port* port, Request request) {

@@ -21,7 +21,7 @@ public:
     Bytes transfer(ByteView bytes) override { return {bytes.begin(), bytes.end()}; }
 };
 
-// A megabyte in pages of 256 bytes and sectors of 4096. Busy it hears nothing but questions for its status.
+// A megabyte in pages of 256 bytes and sectors of 4096. While busy it only answers status reads.
 class Flash : public Chip {
 public:
     bool follows(bool polarity, bool phase) const override { return polarity == phase; }

@@ -1,4 +1,4 @@
-// Thermocouples and resistance thermometers: what their sensors give, and what the device makes of it.
+// Thermocouples and resistance thermometers: their sensors, and the device's conversion.
 #include <array>
 #include <cmath>
 #include <map>
@@ -41,7 +41,7 @@ struct Sensor {
     std::uint8_t type = 0;
     std::uint8_t samplingMode = 0;
     bool measuresJunction = true;
-    float junction = 0;  // told by the host
+    float junction = 0;  // set by the host
     float offset = 0, savedOffset = 0;
 };
 

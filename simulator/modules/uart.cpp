@@ -182,7 +182,7 @@ private:
         return result;
     }
 
-    // Bytes come one behind the other. Nobody hears them while reading is off.
+    // Bytes arrive one after another. They are lost while reading is off.
     void arrive(const Bytes& bytes) {
         if (!reading_) return;
         const Clock::duration each = fast() ? Clock::duration::zero() : byteTime();

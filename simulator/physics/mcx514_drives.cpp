@@ -14,7 +14,7 @@ namespace {
 
 constexpr double calculation = 0.002;
 
-// Pulses that are behind on a way.
+// Pulses already travelled.
 double whole(double length) { return length < 0 ? std::ceil(length - 1e-6) : std::floor(length + 1e-6); }
 
 std::int64_t counted(std::int64_t count, std::uint32_t most) {

@@ -253,7 +253,7 @@ void defineUart(Package& package) {
         .withoutTimeout({.name = "UART_readBytes",
                          .parameters = {port, count, delay},
                          .doc = "Takes what has arrived on the line, as bytes.",
-                         .returns = {"bytes", "fewer, or none, where no more have come", "the queue of the port"},
+                         .returns = {"bytes", "fewer, or none, if no more have arrived", "the queue of the port"},
                          .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
                          .body = readBytes});
     const Parameter baudRate{"baud_rate", "int", "speed in bits per second, 0 to 400000"};

@@ -104,11 +104,10 @@ void defineDrone(Package& package) {
     defineBased(package);
     ClassMaker drone = package.makeClass("DroneModule", {"Packet", "DroneBased"},
                                          "A flight controller: status, modes and moves. It has a blocking form only.");
-    for (const char* list : stateLists) {
-        drone.field({list, "list[float]",
-                     "roll, pitch and yaw in degrees, x, y and z in metres, or by second or its square; of the last "
-                     "state read"});
-    }
+    drone.field({stateLists[0], "list[float]", "last position read: degrees for roll, pitch, yaw; m for x, y, z"})
+        .field({stateLists[1], "list[float]", "last velocity read: degrees/s for roll, pitch, yaw; m/s for x, y, z"})
+        .field({stateLists[2], "list[float]",
+                "last acceleration read: degrees/s^2 for roll, pitch, yaw; m/s^2 for x, y, z"});
     drone.method({.name = "__init__", .doc = "Sets the limits and empties the state.", .body = [](py::handle self) {
                       callOf("DroneBased", "__init__", self);
                       for (const char* list : stateLists) setAttribute(self, list, py::list());

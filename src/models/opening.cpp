@@ -223,7 +223,7 @@ void defineOpening(Package& package) {
                         {"data_port", "int | None", "TCP port of a Wi-Fi device's samples; 1336 unless set", "None"},
                         {"baudrate", "int | None", "speed of a serial line in bits per second", "None"},
                         verboseParameter},
-         .doc = "Asks a device for its model and connects a handle of its class.\n\nWhat has a dot or a port is an "
+         .doc = "Asks a device for its model and connects a handle of its class.\n\nA name with a dot or a port is an "
                 "address. Other names are serial numbers and aliases: of the devices on USB first, then of those that "
                 "answer on the network within 5 seconds. A device on a serial line is a drone.",
          .returns = {"Device", "a handle of the device's class, connected", "the device"},

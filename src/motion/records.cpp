@@ -152,15 +152,15 @@ void construct(const Record& record, py::handle self, Arguments given) {
     if (record.hasSettings) setAttribute(self, "motion_dict", defaultSettings());
 }
 
-// A subclass without the record's fields gets the default repr.
+// An object without the record's fields gets the default repr.
 Object represent(const Record& record, py::handle self) {
     py::list parts;
-    const auto tell = [&](const char* name) {
+    const auto show = [&](const char* name) {
         const Object value = attributeOrNothing(self, name);
         if (value) parts.append(py::str("{}={!r}").format(name, value));
     };
-    for (const RecordField& field : record.fields) tell(field.name);
-    if (record.hasSettings) tell("motion_dict");
+    for (const RecordField& field : record.fields) show(field.name);
+    if (record.hasSettings) show("motion_dict");
     if (parts.empty()) return callMethod(pythonObject("builtins", "object"), "__repr__", self);
     return py::str("{}({})").format(attribute(py::type::of(borrow(self.ptr())), "__name__"),
                                     py::str(", ").attr("join")(parts));
