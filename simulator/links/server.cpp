@@ -18,13 +18,13 @@ tcp::acceptor listening(asio::io_context& context, const std::string& host, int 
 
 }  // namespace
 
-Listener::Listener(asio::io_context& context, const std::string& host, int port,
+Acceptor::Acceptor(asio::io_context& context, const std::string& host, int port,
                    std::function<void(tcp::socket)> onClient)
     : acceptor_(listening(context, host, port)), retry_(context), onClient_(std::move(onClient)) {
     accept();
 }
 
-void Listener::accept() {
+void Acceptor::accept() {
     acceptor_.async_accept([this](std::error_code error, tcp::socket socket) {
         if (error == asio::error::operation_aborted) return;
         if (!error) {
@@ -40,7 +40,7 @@ void Listener::accept() {
     });
 }
 
-void Listener::acceptWaiting() {
+void Acceptor::acceptWaiting() {
     acceptor_.non_blocking(true);
     while (true) {
         std::error_code none;

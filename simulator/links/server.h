@@ -5,11 +5,11 @@
 
 namespace zvr::sim {
 
-/// Accepts clients on one port.
-class Listener {
+/// Accepts TCP clients on one port.
+class Acceptor {
 public:
     /// Listens at once; throws std::system_error.
-    Listener(asio::io_context& context, const std::string& host, int port,
+    Acceptor(asio::io_context& context, const std::string& host, int port,
              std::function<void(asio::ip::tcp::socket)> onClient);
 
     int port() const { return acceptor_.local_endpoint().port(); }
@@ -47,8 +47,8 @@ private:
     const Options& options_;
     const std::shared_ptr<Subscribers> subscribers_ = std::make_shared<Subscribers>();
     std::vector<std::weak_ptr<Connection>> connections_;
-    Listener commands_;
-    std::optional<Listener> data_;
+    Acceptor commands_;
+    std::optional<Acceptor> data_;
 };
 
 }  // namespace zvr::sim

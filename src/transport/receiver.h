@@ -24,7 +24,7 @@
 
 namespace zvr {
 
-/// The link is open, and nobody has set a client.
+/// The link is open, but no client is set.
 struct MissingClient : std::runtime_error {
     MissingClient() : std::runtime_error("the link has no client") {}
 };
