@@ -1,5 +1,5 @@
 // The limit of acquisition: one thread that reads from the socket, finds the frames by their lengths and converts the
-// samples in place.
+// samples directly into their destination.
 //
 //   ingest_client host port rows
 //
