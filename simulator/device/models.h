@@ -15,7 +15,7 @@ namespace zvr::sim {
 
 class Device;
 
-/// What the lines of one digital port can be; bit i is pin i.
+/// The possible directions of the lines of one digital port; bit i is pin i.
 struct PortLines {
     int port;
     std::uint16_t inputs;

@@ -22,7 +22,7 @@ struct Pilot {
     double seconds = 0;  // that it has flown for
 };
 
-// The commands on the flight as it is now. Every request selects port 0.
+// The commands on the flight at the current time. Every request selects port 0.
 class Controller : public PortCommands<Flight> {
 public:
     explicit Controller(Device& device)

@@ -8,8 +8,8 @@
 
 namespace zvr::sim {
 
-/// Commands whose requests begin with what selects a port (or a channel, or a sensor), which their replies repeat. What
-/// is not there, or not in a state for the command, is refused with the status of the feature.
+/// Commands whose requests begin with the bytes that select a port (or a channel, or a sensor), which their replies
+/// repeat. A missing port, or one not in a state for the command, is refused with the status of the feature.
 ///
 /// An action is called with the port and, if it takes it, the rest of the request; it may be a member of the port.
 template <class Port>

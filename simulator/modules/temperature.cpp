@@ -23,8 +23,7 @@ public:
 
     std::uint8_t usual, last;  // types
 
-    /// What a device makes of a sensor of the usual type at `degrees`, with its cold junction taken to be at
-    /// `junction`.
+    /// The device's reading of a sensor of the usual type at `degrees`, with its cold junction assumed at `junction`.
     double reading(double degrees, std::uint8_t type, double junction) const {
         if (last == 1) {
             constexpr std::array ohms = {100.0, 1000.0};  // at 0 degrees

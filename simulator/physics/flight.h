@@ -50,9 +50,9 @@ public:
     /// One axis to a target. Roll and pitch can be commanded only while the position is not held, x and y only while it
     /// is.
     Answer moveTo(Axis axis, double target, double speed);
-    /// x and y along a straight line.
+    /// Moves x and y along a straight line.
     Answer moveTo(double toX, double toY, double speed);
-    /// North and east of a way forward and to the right.
+    /// Converts forward and right distances to north and east.
     std::array<double, 2> fromBody(double forward, double right) const;
 
 private:

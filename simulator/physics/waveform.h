@@ -1,4 +1,4 @@
-// What is at the analog inputs: signals of a kind, and the codes that a converter makes of them.
+// Signals at the analog inputs, and the codes to which a converter digitises them.
 #pragma once
 
 #include <array>

@@ -16,7 +16,7 @@
 
 namespace zvr {
 
-/// What one read brought.
+/// The result of one read.
 enum class ReadStatus {
     data,    ///< bytes
     idle,    ///< nothing within the read's own time; the next read may bring something
