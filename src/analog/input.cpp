@@ -120,7 +120,7 @@ void defineInputConfiguration(Feature& feature) {
         .name = "_ckeckAISamplingRate",
         .parameters = {{"port", "int", "port as the device counts it"}, rate},
         .doc = "Raises AIRateNotVaildError if the rate is above the model's limit.",
-        .raises = {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
+        .raises = {"InputTypeNotCorrectError: the rate is not a number", "AIRateNotVaildError: it is above the limit"},
         .body = checkRate};
     feature.shared(checkAIMode)
         .shared(checkSamplingRate)
@@ -298,7 +298,7 @@ void defineModule(Package& package) {
     const Definition checkAIChannel{.name = "_checkAIChannel",
                                     .parameters = {{"channel", "int", "number of channels, 1 to the model's"}},
                                     .doc = "Raises AIChannelNotAvaliableError unless the model has so many channels.",
-                                    .raises = {"InputTypeNotCorrectError: `channel` is no integer",
+                                    .raises = {"InputTypeNotCorrectError: `channel` is not an integer",
                                                "AIChannelNotAvaliableError: the model has not so many channels"},
                                     .body = [](py::handle self, const Object& count) {
                                         checkIsInt(count, "channel");
@@ -309,7 +309,7 @@ void defineModule(Package& package) {
         .name = "_checkAIChipSelect",
         .parameters = {{"cs", "int", "chip select, 0 to 2"}},
         .doc = "Raises AICSNotAvaliableError unless the model has the chip select.",
-        .raises = {"InputTypeNotCorrectError: `cs` is no integer", "AICSNotAvaliableError: another chip select"},
+        .raises = {"InputTypeNotCorrectError: `cs` is not an integer", "AICSNotAvaliableError: another chip select"},
         .body = [](py::handle self, const Object& chipSelect) {
             checkIsInt(chipSelect, "cs");
             if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;

@@ -229,7 +229,7 @@ const Definition streamOfBlocks{
         "Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until "
         "the loop ends. Set mode, rate and channels before.",
     .returns = {"SampleStream", "blocks of so many consecutive rows", "the row queues"},
-    .raises = {checkAIPort, "TypeError: `rows` is no integer", "ValueError: `rows` is out of range"},
+    .raises = {checkAIPort, "TypeError: `rows` is not an integer", "ValueError: `rows` is out of range"},
     .body = [](py::handle self, const Object& port, const Object& rows) {
         return callObject(packageObject("SampleStream"), self, port, rows);
     }};

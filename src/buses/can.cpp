@@ -221,18 +221,20 @@ void defineCan(Package& package) {
                          "the device"},
              .raises = portRaises,
              .body = close})
-        .operation({.name = "CAN_write",
-                    .parameters = {port,
-                                   id,
-                                   {"data", "list[int]", "at most 8 bytes; ignored for a remote frame"},
-                                   remote.withDefault("False"),
-                                   extended.withDefault("False")},
-                    .doc = "Sends a frame; it always has 8 bytes.",
-                    .returns = status(1).returns,
-                    .raises = {checkCANPort, checkCANDataRangeAndLength,
-                               "InputTypeNotCorrectError: `id_` is no integer, a flag no bool, or `data` no list",
-                               "OverflowError: a standard identifier of more than 11 bits"},
-                    .body = write})
+        .operation(
+            {.name = "CAN_write",
+             .parameters = {port,
+                            id,
+                            {"data", "list[int]", "at most 8 bytes; ignored for a remote frame"},
+                            remote.withDefault("False"),
+                            extended.withDefault("False")},
+             .doc = "Sends a frame; it always has 8 bytes.",
+             .returns = status(1).returns,
+             .raises =
+                 {checkCANPort, checkCANDataRangeAndLength,
+                  "InputTypeNotCorrectError: `id_` is not an integer, a flag is not a bool, or `data` is not a list",
+                  "OverflowError: a standard identifier of more than 11 bits"},
+             .body = write})
         .operation(
             {.name = "CAN_setRXFilterOrMask",
              .parameters = {port, {"index", "int", "filter or mask, in the device's numbering"}, id, remote, extended},

@@ -355,7 +355,7 @@ void defineCanFrame(Package& package) {
                                 {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
                  .doc = "Makes a frame. Values that are not bytes are kept, and fail when converted to bytes.",
                  .raises = {"OverflowError: a standard identifier of more than 11 bits",
-                            "TypeError: the identifier is no integer"},
+                            "TypeError: the identifier is not an integer"},
                  .body = construct})
         .method({.name = "setID",
                  .doc = "Updates `id_in_list` and `frame_in_list` from the other fields.",

@@ -124,7 +124,7 @@ const Definition checkUARTBaudRate{
     .name = "_checkUARTBaudRate",
     .parameters = {{"baud_rate", "int", "speed in bits per second, at most 400000"}},
     .doc = "Raises UARTBaudRateNotSupportError if the speed is above 400000.",
-    .raises = {"InputTypeNotCorrectError: it is no integer", "UARTBaudRateNotSupportError: it is above 400000"},
+    .raises = {"InputTypeNotCorrectError: it is not an integer", "UARTBaudRateNotSupportError: it is above 400000"},
     .body = [](py::handle, const Object& rate) {
         checkIsInt(rate, "baud_rate");
         if (rate > py::int_(400000)) throw Failure(FailureId::UARTBaudRateNotSupportError);
@@ -248,13 +248,13 @@ void defineUart(Package& package) {
              .doc = "Takes what has arrived on the line.",
              .returns = {"list[str]", "characters, one for each byte; fewer, or none, if no more have arrived",
                          "the queue of the port"},
-             .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+             .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is not an integer"},
              .body = read})
         .withoutTimeout({.name = "UART_readBytes",
                          .parameters = {port, count, delay},
                          .doc = "Takes what has arrived on the line, as bytes.",
                          .returns = {"bytes", "fewer, or none, if no more have arrived", "the queue of the port"},
-                         .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+                         .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is not an integer"},
                          .body = readBytes});
     const Parameter baudRate{"baud_rate", "int", "speed in bits per second, 0 to 400000"};
     uart.sharing({.checks = {checkUARTPort(port)}, .fields = {port | u8}})

@@ -27,12 +27,12 @@ void defineNumber(Package& package, const std::string& kind, const std::string& 
          .parameters = {byteValues},
          .doc = "Unpacks a number of " + kind + ".",
          .returns = {type, "the number"},
-         .raises = {"struct.error: the number of bytes is not " + width + ""},
+         .raises = {"struct.error: the number of bytes is not " + width},
          .body = [](py::handle, const Object& bytes) { return readBigEndian<Number>(bytesOf(bytes, "int_list")); }});
 }
 
 void defineBits(Package& package) {
-    const Raises refused{"TypeError: an argument is no integer",
+    const Raises refused{"TypeError: an argument is not an integer",
                          "ValueError, OverflowError: the position is negative, or 65536 or more"};
     package.function(
         {.name = "clearBit",
@@ -46,7 +46,7 @@ void defineBits(Package& package) {
          .parameters = {integer, bitIndex},
          .doc = "Reads a bit.",
          .returns = {"int", "0 or 1"},
-         .raises = {"TypeError: an argument is no integer", "ValueError: the position is negative"},
+         .raises = {"TypeError: an argument is not an integer", "ValueError: the position is negative"},
          .body = [](py::handle, const Object& number, const Object& index) { return readBit(number, index); }});
     package.function(
         {.name = "fillBit",
@@ -67,7 +67,7 @@ void defineBits(Package& package) {
                       .parameters = {{"slot", "int", "slot of the chassis, from 1"}},
                       .doc = "Turns a slot into its port.",
                       .returns = {"int", "the port, from 0"},
-                      .raises = {"TypeError: it is no number"},
+                      .raises = {"TypeError: it is not a number"},
                       .body = [](py::handle, const Object& slot) -> Object {
                           if (PyNumber_Check(slot.ptr()) == 0) refuseType("slot", "a number", slot);
                           return slot - py::int_(1);

@@ -204,7 +204,7 @@ Definition accepting(std::string name, Parameter parameter, FailureId failure, s
     return {.name = std::move(name),
             .parameters = {std::move(parameter)},
             .doc = "Raises " + error + " unless " + argument + " is " + values + ".",
-            .raises = {"InputTypeNotCorrectError: " + argument + " is no integer",
+            .raises = {"InputTypeNotCorrectError: " + argument + " is not an integer",
                        error + ": " + argument + " is not " + values},
             .body = [failure, accepted = std::move(accepted)](py::handle, const Object& value) {
                 checkIsInt(value);

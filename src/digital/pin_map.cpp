@@ -28,7 +28,7 @@ Definition portCheck(const PinnedPorts& ports) {
     return {.name = std::string("_check") + ports.prefix + "Port",
             .parameters = {{"port", "int", "port as the device counts it"}},
             .doc = "Raises " + std::string(rowOf(ports.failure).name) + " unless the model has the port.",
-            .raises = {"InputTypeNotCorrectError: `port` is no integer",
+            .raises = {"InputTypeNotCorrectError: `port` is not an integer",
                        std::string(rowOf(ports.failure).name) + ": the model has no such port"},
             .body = [ports](py::handle self, const Object& port) {
                 checkIsInt(port, "port");

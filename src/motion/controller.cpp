@@ -272,7 +272,7 @@ void defineConfiguration(Feature& controller) {
                     .parameters = {port, axis,
                                    integer("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
                                    integer("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
-                    .doc = "Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.",
+                    .doc = "Stores the shape of acceleration, which is sent with the next one. Nothing is sent.",
                     .raises = enteringRaises({checkMCX514AccelerationMode}),
                     .body = configureJerk})
         .operation({.name = "Motion_rstEncoderPosi",
@@ -332,13 +332,13 @@ void defineStates(Feature& controller) {
     controller
         .operation({.name = "Motion_getMoveStatus",
                     .parameters = {port, axis},
-                    .doc = "Tells whether a move has ended.",
+                    .doc = "Reads whether a move has ended.",
                     .returns = stands,
                     .raises = enteringRaises(),
                     .body = standing})
         .operation({.name = "Motion_checkRef",
                     .parameters = {port, axis},
-                    .doc = "Tells whether a reference search has ended.",
+                    .doc = "Reads whether a reference search has ended.",
                     .returns = stands,
                     .raises = enteringRaises(),
                     .body = standing})
@@ -412,7 +412,7 @@ void defineConstructor(Package& package, const char* module, const char* driver)
     ClassMaker(package.get(module))
         .method({.name = "__init__",
                  .parameters = {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
-                 .doc = "Takes what the model offers.",
+                 .doc = "Sets the resources of the model.",
                  .body = [driver](py::handle self, const Object& connectors) {
                      setAttribute(self, "motion_dict", connectors);
                      callOf(driver, "__init__", self);

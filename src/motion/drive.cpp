@@ -283,7 +283,7 @@ void defineRegisters(Feature& drive) {
                     .body = setRamp})
         .operation({.name = "_Motion_setLimitEnable",
                     .parameters = {port, onOff("forward_enable"), onOff("reverse_enable")},
-                    .doc = "Remembers which limits are in use; nothing is sent.",
+                    .doc = "Stores which limits are in use; nothing is sent.",
                     .returns = zero,
                     .body = [](Op op, Object, Object forward, Object reverse) -> Task {
                         setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
@@ -292,7 +292,7 @@ void defineRegisters(Feature& drive) {
                     }})
         .operation({.name = "_Motion_setLimitPolarity",
                     .parameters = {port, level("limit_polarity")},
-                    .doc = "Remembers the level of the limits; nothing is sent.",
+                    .doc = "Stores the level of the limits; nothing is sent.",
                     .returns = zero,
                     .body = [](Op op, Object, Object polarity) -> Task {
                         for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
@@ -309,7 +309,7 @@ void defineRegisters(Feature& drive) {
         .operation(
             {.name = "_Motion_getInpositionStatus",
              .parameters = {port},
-             .doc = "Tells whether the position was reached.",
+             .doc = "Reads whether the position was reached.",
              .returns = {"int", "0 or 1", "the chip's status at the last register read"},
              .raises = {"AttributeError: no register was read yet"},
              .body = [](Op op, Object) -> Task { co_return attribute(op.self(), "status_bit5_positionreach"); }});
@@ -351,7 +351,7 @@ void defineControl(Feature& drive) {
                     .body = [](Op op, Object port) { return switchServo(std::move(op), port, 1); }})
         .operation({.name = "Motion_getAlarmStatus",
                     .parameters = {port},
-                    .doc = "Tells whether the chip reports a fault.",
+                    .doc = "Reads whether the chip reports a fault.",
                     .returns = {"int", "1 for a fault, else 0", "the device"},
                     .raises = portRaises,
                     .body = alarmStatus})

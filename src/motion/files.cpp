@@ -107,7 +107,7 @@ void defineFiles(Feature& feature, Sections sections) {
                  .parameters = {key, {"label", "str", "text in the file"}},
                  .doc = "Value of a setting from its text.",
                  .returns = {"Any", "the value"},
-                 .raises = {"KeyError: the setting or the text is not known", "ValueError: the text is no number"},
+                 .raises = {"KeyError: the setting or the text is not known", "ValueError: the text is not a number"},
                  .body = toValue})
         .withoutTimeout({.name = "Motion_openCfgFile",
                          .parameters = {{"filename", "str", "name of a file that exists", "\"test.ini\""}},
@@ -127,7 +127,7 @@ void defineFiles(Feature& feature, Sections sections) {
                     .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0.",
                     .returns = {"int", "0, or the first status of an axis other than that", "the device"},
                     .raises = {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
-                               "KeyError: a text is not known", "ValueError: a text is no number"},
+                               "KeyError: a text is not known", "ValueError: a text is not a number"},
                     .body = [sections](Op op) { return loadFile(std::move(op), sections); }});
 }
 

@@ -272,7 +272,7 @@ void defineInterpolations(Feature& controller) {
                             number("rotation_number", "turns, 0 to 65535"),
                             integer("circular_speed", "pulses per second"),
                             integer("circular_direction", "0 clockwise, 1 counter-clockwise")},
-             .doc = "Sets all of a helix but what the chip calculates.",
+             .doc = "Sets all parameters of a helix except those that the chip calculates.",
              .returns = mergedStatus,
              .raises = enteringRaises({}, false),
              .body = writeHelix})

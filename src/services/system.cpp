@@ -137,7 +137,7 @@ void defineSlotSetter(Feature& system, int mode, const std::string& name) {
     const std::string title = slotModes[mode];
     system.operation({.name = name,
                       .parameters = {slot},
-                      .doc = "Puts a slot of the chassis into the mode \"" + title + "\".",
+                      .doc = "Sets a slot of the chassis to the mode \"" + title + "\".",
                       .returns = slotStatus,
                       .raises = {checkLatticeSlot},
                       .body = [mode](Op op, Object slot) -> Task {
@@ -289,7 +289,7 @@ void defineSystem(Package& package) {
                     .body = getSlotMode})
         .operation({.name = "_Sys_setSlotMode",
                     .parameters = {slot, mode},
-                    .doc = "Puts a slot of the chassis into a mode.",
+                    .doc = "Sets the mode of a slot of the chassis.",
                     .returns = slotStatus,
                     .raises = {checkLatticeSlot},
                     .body = setSlotMode});
