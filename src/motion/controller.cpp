@@ -344,7 +344,7 @@ void defineStates(Feature& controller) {
                     .body = standing})
         .operation({.name = "Motion_getHomeStatus",
                     .parameters = {port, axis},
-                    .doc = "Reads the home input. Its level goes by that of the forward limit.",
+                    .doc = "Reads the home input. It uses the active level of the forward limit.",
                     .returns = {"int", "1 active, 0 not", "the device"},
                     .raises = enteringRaises(),
                     .body = homeStatus})

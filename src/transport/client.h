@@ -79,8 +79,8 @@ public:
     /// Watches the link in an epoll, for one event, until there is something to read; false if it cannot be watched.
     virtual bool watchOnce(int epoll) const;
 
-    /// Why there is no link: the error with which the device or the system ended it, or `not_connected` if there never
-    /// was one. Sources that cannot know return none.
+    /// Why there is no link: the error with which the device or the system ended it, or `not_connected` if there is
+    /// none. Empty while there is a link, and from sources that cannot know.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
