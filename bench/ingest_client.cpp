@@ -1,5 +1,5 @@
 // The limit of acquisition: one thread that reads from the socket, finds the frames by their lengths and converts the
-// samples to where they stay.
+// samples directly into their destination.
 //
 //   ingest_client host port rows
 //
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    // Reads until a whole frame is there, behind what has been taken.
+    // Reads until the next frame is complete.
     void nextFrame() {
         for (;;) {
             const std::size_t have = filled_ - taken_;

@@ -1,9 +1,9 @@
-// The round trip that everything else is measured in: one thread, plain blocking calls, no pools.
+// The round trip that is the unit of all other measurements: one thread, plain blocking calls, no pools.
 //
 //   roundtrip_client [--cpu K] [host] port
 //
 // Sends the request for the serial number and waits for its reply, as often as standard input asks: for each line
-// `run N`, one line of N round-trip times in nanoseconds. So a harness can take turns between this client and others.
+// `run N`, one line of N round-trip times in nanoseconds. So a harness can alternate between this client and others.
 #include <pthread.h>
 
 #include <asio.hpp>

@@ -1,4 +1,4 @@
-// How fast the splitter cuts streams, good and hostile, that arrive in reads of the data connection's size.
+// The splitter's speed on good and hostile streams, in reads of the data connection's size.
 #include <benchmark/benchmark.h>
 
 #include <random>

@@ -1,11 +1,11 @@
-// A device that costs next to nothing: it answers every request with a status of 0, and what it streams is ready
-// before it is asked for, so that what is measured is whoever takes the stream.
+// A device that costs next to nothing: it answers every request with a status of 0 and prepares its stream in advance,
+// so that the measurement shows the cost of the reader.
 //
 //   stream_feeder rows_per_frame rows_per_second
 //
-// Prints one line of JSON that says where it listens, as the simulator does, serves one connection after the other, and
-// ends with its standard input. A run has as many rows of eight 16-bit channels as SET_AI_NUM_SAMPLES says; with 0 rows
-// a second they come as fast as they are taken.
+// Prints one line of JSON with its address, as the simulator does, serves one connection after the other, and ends with
+// its standard input. A run has as many rows of eight 16-bit channels as SET_AI_NUM_SAMPLES says; with 0 rows a second
+// they are sent as fast as they are read.
 #include <asio.hpp>
 #include <chrono>
 #include <cstdio>
@@ -20,13 +20,13 @@ namespace {
 using asio::ip::tcp;
 using Clock = std::chrono::steady_clock;
 constexpr std::size_t rowBytes = 16;
-constexpr std::size_t replyData = 11;  // the longest reply that is waited for; longer than needed does no harm
+constexpr std::size_t replyData = 11;  // the longest expected reply; longer than needed is harmless
 
 class Feeder {
 public:
     Feeder(std::size_t frameRows, double rate)
         : rate_(rate), frameRows_(frameRows), acceptor_(context_, {asio::ip::address_v4::loopback(), 0}) {
-        // A slow wave over all codes, so that tables of values are not met at one place only.
+        // A slow wave over all codes, so that table look-ups are spread.
         constexpr std::size_t period = 8192;
         const std::size_t frames = std::max<std::size_t>(1, period / frameRows);
         for (std::size_t row = 0; row < frames * frameRows;) {
@@ -51,7 +51,7 @@ public:
             try {
                 for (;;) answer(link);
             } catch (const std::system_error&) {
-                continue;  // the client is gone
+                continue;  // the client has gone
             }
         }
     }

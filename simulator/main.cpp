@@ -15,8 +15,8 @@
 
 namespace {
 
-// Answers the lines of standard input, and tells of its end. It is read by a thread, since what makes waiting for it
-// without one possible would also change the terminal for the shell.
+// Answers the lines of standard input, and reports its end. It is read by a thread, since non-blocking mode would also
+// apply to the shell's terminal.
 class Input {
 public:
     using Answer = std::function<std::string(const std::string& line)>;
@@ -86,7 +86,7 @@ public:
         if (options.discovery) discovery_.emplace(context, device, options.verbose);
     }
 
-    /// Where it is reached, as members of a JSON object.
+    /// Its address, as members of a JSON object.
     const std::string& description() const { return description_; }
 
     void cut() {

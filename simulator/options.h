@@ -50,7 +50,7 @@ void addSignalOptions(CLI::App& app, Signals& signals, Peers& peers);
 /// An exit status after help or a refusal has been printed.
 std::optional<int> parse(CLI::App& app, int argc, char** argv);
 
-/// What the command line asks for: options, or an exit status after help or a refusal has been printed.
+/// Parses the command line; returns options, or an exit status after help or a refusal has been printed.
 std::variant<Options, int> parseOptions(int argc, char** argv);
 
 }  // namespace zvr::sim

@@ -1,4 +1,4 @@
-// The extension module: each folder puts its part into the package, in the order of the layers.
+// The extension module: each folder defines its part of the package, in the order of the layers.
 #ifdef __linux__
 #include <pthread.h>
 #endif
@@ -59,7 +59,7 @@ void execute(pybind11::module_ module) {
     completeBoundTypes(package);
 }
 
-// Threads of the library meet the one interpreter that knows them.
+// The library's threads use the main interpreter only.
 int executeSlot(PyObject* module) {
     try {
         if (PyInterpreterState_Get() != PyInterpreterState_Main()) {

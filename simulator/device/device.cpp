@@ -15,7 +15,7 @@ Device::Device(const Model& model, Identity identity, NetworkSettings network, P
 
 void Device::add(Command command, Entry entry) {
     if (handlers_.try_emplace(command, std::move(entry)).second) return;
-    std::string names;  // of which a number may have several
+    std::string names;  // a number may have several
     for (const auto& [name, code] : commandTable()) {
         if (code == command) names += (names.empty() ? "" : " or ") + std::string(name);
     }

@@ -1,4 +1,4 @@
-// A simulated device: the commands that it knows, and what its modules share.
+// A simulated device: its commands, and the state shared by its modules.
 #pragma once
 
 #include <array>
@@ -22,7 +22,7 @@
 
 namespace zvr::sim {
 
-/// Status bytes that a device answers.
+/// Status bytes of a device's replies.
 enum class Status : std::uint8_t {
     ok = 0,
     notEnabled = 10,
@@ -52,7 +52,7 @@ enum class Status : std::uint8_t {
 /// Text filled with zeros to a width, or cut to it.
 Bytes padded(std::string_view text, std::size_t width);
 
-/// Of every simulated device; that of the interface, whose commands it knows.
+/// Version of every simulated device: that of the interface whose commands it implements.
 inline constexpr std::string_view firmwareVersion = LIBRARY_VERSION;
 
 struct Identity {
@@ -67,12 +67,12 @@ struct NetworkSettings {
     std::array<std::uint8_t, 6> mac{0x02, 0x0A, 0x5A, 0x00, 0x00, 0x01};
 };
 
-/// What comes to the digital inputs of a port from outside: pins by a mask, and their levels.
+/// External levels at the digital inputs of a port: a mask of pins, and their levels.
 struct OutsideLevels {
     std::uint16_t mask = 0, levels = 0;
 };
 
-/// What is changed of a device while it runs.
+/// Changes to a device while it runs.
 struct Steered {
     bool stalled = false;
     std::map<int, OutsideLevels> levels;   // by port
@@ -93,40 +93,40 @@ public:
     Identity identity;
     NetworkSettings network;
     const Peers peers;
-    std::chrono::system_clock::duration clockOffset{};  ///< that the clock is ahead of the host's
-    double pace = 1;                                    ///< how many times faster what flies or sways does so
+    std::chrono::system_clock::duration clockOffset{};  ///< offset of the clock from the host's
+    double pace = 1;                                    ///< speed factor of flight and swaying
 
-    /// Since the start, of what goes by the pace.
+    /// Time since the start, scaled by the pace.
     double seconds() const { return pace * std::chrono::duration<double>(Clock::now() - start_).count(); }
 
-    /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request
-    /// as one that cannot be parsed. A command that is registered already is an error.
+    /// A command whose reply begins with its status or value. A handler that throws WrongLength refuses its request as
+    /// malformed. Registering a command twice is an error.
     void on(Command command, Handler handler) { add(command, {std::move(handler), false, false}); }
     /// A command whose first byte selects a port; the reply repeats it.
     void onPort(Command command, PortHandler handler);
     /// A command that is never answered.
     void onSilent(Command command, std::function<void(Request request)> handler);
     bool knows(int command) const { return handlers_.contains(command); }
-    /// What a module does when the device restarts.
+    /// Registers what a module does when the device restarts.
     void onReboot(std::function<void()> action) { rebootActions_.push_back(std::move(action)); }
     void reboot();
 
-    /// Sends an unsolicited frame to whoever listens. False if a client has lost it.
+    /// Sends an unsolicited frame to all listening clients. False if any client has lost it.
     bool stream(int command, ByteView data) {
         return stream(command, std::make_shared<const Bytes>(buildFrame(command, data)));
     }
-    /// The same with a frame that is built already.
+    /// The same with a frame that has been built.
     bool stream(int command, const Frame& frame) {
         return !steered.stalled && sink && sink->sendUnsolicited(command, frame);
     }
     bool hasRoom() const { return !steered.stalled && sink && sink->hasRoom(); }
-    /// Handles requests and answers none, and sends nothing.
+    /// Handles requests but sends no replies and no other frames.
     void stall(bool stalled) {
         steered.stalled = stalled;
         tellRoom();
     }
 
-    /// What a module does when there may be room again. It must not send at once.
+    /// Registers what a module does when there may be room again. It must not send immediately.
     void onRoom(std::function<void()> action) { roomActions_.push_back(std::move(action)); }
     void tellRoom() const {
         for (const auto& action : roomActions_) action();
@@ -134,8 +134,8 @@ public:
 
     Scheduler scheduler;
     Steered steered;
-    Signals signals;  ///< at the analog inputs
-    Tracks tracks;    ///< along the axes
+    Signals signals;  ///< of the analog inputs
+    Tracks tracks;    ///< of the axes
 
     Provided<DigitalLines> digitalLines;
     Provided<InputLevels> inputLevels;
@@ -143,14 +143,14 @@ public:
     Provided<PulseSource> pulseSource;
     Provided<OutputVoltages> outputVoltages;
     Provided<Sampler> sampler;
-    Provided<FrameSink> sink;  ///< provided by what links the device to its clients
+    Provided<FrameSink> sink;  ///< provided by the device's link
 
-    /// The data of the reply; nothing to a command that the device does not know, or never answers, or while it stalls.
+    /// The data of the reply; empty for an unknown command, one that is never answered, or while the device stalls.
     std::optional<Bytes> handle(const Packet& request);
 
-    /// A request as it was meant: a first byte of 48, OPEN_CAN, reads as half of a two-byte code.
+    /// Corrects a request whose first byte 48, OPEN_CAN, was parsed as half of a two-byte code.
     static Packet meant(Packet request);
-    /// The frame of a reply. That of OPEN_CAN has two command bytes, so that it is read as what it is.
+    /// The frame of a reply. That of OPEN_CAN has two command bytes, so that clients parse it correctly.
     static Bytes replyFrame(int command, ByteView data);
 
 private:

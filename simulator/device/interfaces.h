@@ -1,4 +1,4 @@
-// What modules of a device offer to each other. Each interface is provided by one module at most.
+// Interfaces between the modules of a device. Each is provided by one module at most.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 
 namespace zvr::sim {
 
-/// What a pin is used for.
+/// The use of a pin.
 enum class PinMode : std::uint8_t {
     disabled = 0,
     idle = 1,
@@ -41,11 +41,11 @@ public:
     virtual std::array<std::uint32_t, 16> switchings(int port) const = 0;
     /// Turns a whole port into inputs or outputs, or releases it.
     virtual void turn(int port, PinMode mode) = 0;
-    /// Takes the lines of a bus from digital use, or gives them back idle. False if another function has one.
+    /// Claims the lines of a bus, or releases them to idle. False if another function uses one.
     virtual bool use(const BusLines& lines, PinMode mode) = 0;
 };
 
-/// What reaches digital inputs beside their wires.
+/// External sources at digital inputs.
 class InputLevels {
 public:
     static constexpr const char* name = "InputLevels";
@@ -53,7 +53,7 @@ public:
     virtual std::uint16_t levels(int port) = 0;
 };
 
-/// What the slots of a chassis are used for.
+/// The modes of a chassis's slots.
 class SlotModes {
 public:
     static constexpr const char* name = "SlotModes";
@@ -62,11 +62,11 @@ public:
     using Modes = std::array<std::uint8_t, slotCount>;
     virtual ~SlotModes() = default;
     virtual const Modes& modes() const = 0;
-    /// A slot goes by its first port. False if there is no such slot or mode.
+    /// A slot is identified by its first port. False if there is no such slot or mode.
     virtual bool setMode(std::uint8_t port, std::uint8_t mode) = 0;
 };
 
-/// What turns at the inputs of the pulse counters.
+/// The signals at the inputs of the pulse counters.
 class PulseSource {
 public:
     static constexpr const char* name = "PulseSource";
@@ -74,7 +74,7 @@ public:
     virtual Oscillator pulses(std::size_t channel) const = 0;
 };
 
-/// The analog outputs, for the inputs that they lead to.
+/// The analog outputs, for the inputs wired to them.
 class OutputVoltages {
 public:
     static constexpr const char* name = "OutputVoltages";
@@ -84,7 +84,7 @@ public:
     virtual double voltage(int port, std::size_t channel, Time time) const = 0;
 };
 
-/// The analog inputs: takes the samples that are due, before what they show changes.
+/// The analog inputs: takes the samples that are due before the signals change.
 class Sampler {
 public:
     static constexpr const char* name = "Sampler";
@@ -92,14 +92,14 @@ public:
     virtual void takeSamples() = 0;
 };
 
-/// The clients to which unsolicited frames go.
+/// The clients that receive unsolicited frames.
 class FrameSink {
 public:
     static constexpr const char* name = "FrameSink";
     virtual ~FrameSink() = default;
     /// False if a client has lost it.
     virtual bool sendUnsolicited(int command, const Frame& frame) = 0;
-    /// Whether somebody listens, and nobody lets more than a few frames wait.
+    /// Whether there are clients, and none has more than a few frames waiting.
     virtual bool hasRoom() const = 0;
 };
 

@@ -28,7 +28,7 @@ std::vector<PortLines> slotLines() {
 
 using Choice = AnalogInputs::Choice;
 
-// Clients choose how many channels there are.
+// Clients choose the number of channels.
 AnalogInputs variableInputs(std::vector<double> rates) {
     return {.ports = {0},
             .read = READ_AI_ON_DEMAND_VARIABLE,

@@ -1,4 +1,4 @@
-// The simulated models as a table: everything that is true of a model stands in its row.
+// The simulated models as a table, one row each.
 #pragma once
 
 #include <algorithm>
@@ -15,14 +15,14 @@ namespace zvr::sim {
 
 class Device;
 
-/// What the lines of one digital port can be; bit i is pin i.
+/// The possible directions of the lines of one digital port; bit i is pin i.
 struct PortLines {
     int port;
     std::uint16_t inputs;
     std::uint16_t outputs;
 };
 
-/// The pins of an output port lead to the same pins of an input port.
+/// The pins of an output port are wired to the same pins of an input port.
 struct Wire {
     int output;
     int input;
@@ -30,7 +30,7 @@ struct Wire {
 
 /// The analog inputs of a model, the same channels behind each chip select of each port; none without ports.
 struct AnalogInputs {
-    /// What a client chooses of a port.
+    /// What a client can select on a port.
     enum class Choice { nothing, channels, chipSelects };
 
     std::vector<int> ports;
@@ -39,14 +39,14 @@ struct AnalogInputs {
     Command read{};    ///< the command of a read on demand
     Command stream{};  ///< that of the data frames; 0 is none
     Choice choice = Choice::nothing;
-    std::vector<double> rates{};      ///< the highest in Hz, by how many are chosen
-    std::vector<double> portUnits{};  ///< by port, where they differ from the coding's
+    std::vector<double> rates{};      ///< highest in Hz, by the number selected
+    std::vector<double> portUnits{};  ///< by port, if they differ from the coding's
 
     double highestRate(std::size_t chosen) const { return rates[std::min(chosen, rates.size()) - 1]; }
 };
 
-/// The analog outputs of a model, the same channels in each port; none without ports. They lead to the inputs of the
-/// same number, where there are any.
+/// The analog outputs of a model, the same channels in each port; none without ports. They are wired to the inputs of
+/// the same number, if any.
 struct AnalogOutputs {
     std::vector<int> ports;
     std::size_t channels = 8;       ///< the mask of a run has a bit for each of at most 8
@@ -61,7 +61,7 @@ struct BusPortNumbers {
     std::vector<int> ports;
 };
 
-/// One group of commands, called as the interface calls it.
+/// One group of commands, named as in the interface.
 struct Module {
     std::string_view name;
     void (*add)(Device&);
@@ -75,9 +75,9 @@ struct Model {
     std::string_view displayName;
     Link link;
     std::vector<Module> modules;
-    int firstYear = 1900;        ///< that the clock counts from
-    int pinsPerPort = 8;         ///< places in a port, whether or not a line is there
-    bool fixedFunction = false;  ///< lines are in use for good
+    int firstYear = 1900;        ///< the clock's epoch
+    int pinsPerPort = 8;         ///< positions in a port, with or without a line
+    bool fixedFunction = false;  ///< lines are always in use
     std::vector<PortLines> lines{};
     std::vector<PortLines> boardLines{};  ///< of what is on the board: LEDs and power inputs
     std::vector<Wire> wires{};
@@ -97,7 +97,7 @@ struct Model {
 
 std::span<const Model> models();
 
-/// Nothing if there is no such model.
+/// Null if there is no such model.
 const Model* findModel(std::string_view name);
 
 /// The rows as one JSON array.

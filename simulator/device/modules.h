@@ -1,4 +1,4 @@
-// What a model is put together from: each function gives a device the commands of one module.
+// The modules of a model: each function adds the commands of one module to a device.
 #pragma once
 
 #include "device/device.h"

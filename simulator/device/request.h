@@ -1,4 +1,4 @@
-// Payloads: requests that are read from front to back, and replies.
+// Payloads: requests that are parsed sequentially, and replies.
 #pragma once
 
 #include <ranges>
@@ -8,8 +8,8 @@
 
 namespace zvr::sim {
 
-/// Reads the payload of a request, item by item. Where it ends too early it throws TooShort, and where it does not end
-/// with the last item WrongLength; either refuses the request as one that cannot be parsed.
+/// Reads the payload of a request, item by item. Throws TooShort if it ends too early, WrongLength if bytes follow the
+/// last item; either refuses the request as malformed.
 class Request {
 public:
     explicit Request(ByteView data) : data_(data) {}
@@ -39,14 +39,14 @@ public:
         if (left() != count) throw WrongLength(count, left());
         return rest();
     }
-    /// Bytes behind their number, and nothing else.
+    /// A count and that many bytes, up to the end.
     ByteView lastCounted() {
         const std::size_t count = u8();
         return lastBytes(count);
     }
 
     std::size_t left() const { return data_.size() - taken_; }
-    /// What has been read so far.
+    /// The bytes read so far.
     ByteView taken() const { return data_.first(taken_); }
 
 private:

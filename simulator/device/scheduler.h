@@ -9,7 +9,7 @@
 
 namespace zvr::sim {
 
-/// Actions by the time at which they are due. What serves the device runs them; not thread-safe.
+/// Actions by due time. The thread that serves the device runs them; not thread-safe.
 class Scheduler {
 public:
     using Clock = std::chrono::steady_clock;
@@ -19,13 +19,13 @@ public:
         if (place == actions_.begin() && onEarlier_) onEarlier_();
     }
 
-    /// When the first action is due.
+    /// Due time of the first action.
     std::optional<Clock::time_point> next() const {
         if (actions_.empty()) return std::nullopt;
         return actions_.begin()->first;
     }
 
-    /// Runs what is due now. What these actions add has to wait for the next call.
+    /// Runs the actions due now. Actions they add wait for the next call.
     void run() {
         const auto end = actions_.upper_bound(Clock::now());
         std::multimap<Clock::time_point, std::function<void()>> due;
@@ -33,7 +33,7 @@ public:
         for (const auto& [time, action] : due) action();
     }
 
-    /// What runs the scheduler is told when the first action has become an earlier one. A second one is an error.
+    /// Sets the callback for when the first action becomes an earlier one. Setting it twice is an error.
     void attach(std::function<void()> onEarlier) {
         if (onEarlier_) throw std::logic_error("the scheduler is run already");
         onEarlier_ = std::move(onEarlier);

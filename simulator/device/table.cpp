@@ -1,4 +1,4 @@
-// The models as JSON, so that what is true of them can be compared with what others take for true.
+// The models as JSON, for comparison with other tables of the models.
 #include <array>
 #include <ostream>
 #include <sstream>
@@ -14,7 +14,7 @@ std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'
 std::string jsonOf(bool value) { return value ? "true" : "false"; }
 std::string jsonOf(std::string_view text) { return quoted(text); }
 std::string jsonOf(const char* text) { return quoted(text); }
-std::string jsonOf(const std::string& json) { return json; }  // what has been written already
+std::string jsonOf(const std::string& json) { return json; }  // already encoded
 template <class Number>
 std::string jsonOf(Number number) {
     std::ostringstream text;

@@ -66,7 +66,7 @@ bool Connection::sendUnsolicited(int command, const Frame& frame) {
         return false;
     }
     send(command, frame);
-    if (!busy_) {  // frames that are made at once leave at once
+    if (!busy_) {  // frames made together are sent together
         busy_ = true;
         asio::post(stream_.get_executor(), [self = shared_from_this()] { self->pump(); });
     }
@@ -82,7 +82,7 @@ void Connection::send(int command, const Frame& frame) {
     if (silent_ || broken_) return;
     if (options_.verbose) logFrame(">", command, frame);
     const Clock::time_point now = Clock::now();
-    // Frames leave in the order in which they were made.
+    // Frames are sent in the order in which they were made.
     const auto enqueue = [&](Frame bytes, Clock::time_point due) {
         queue_.push_back({std::move(bytes), std::max(due, queue_.empty() ? now : queue_.back().due), false});
     };
@@ -107,7 +107,7 @@ void Connection::restart(bool hasClient) {
     if (!busy_) pump();
 }
 
-// Sends what is due, at once where it is taken.
+// Sends what is due, immediately if there is room.
 void Connection::pump() {
     const bool waited = std::exchange(busy_, false);
     while (!queue_.empty()) {
@@ -128,8 +128,8 @@ void Connection::pump() {
     if (waited && rules_.onRoom) rules_.onRoom();
 }
 
-// Writes what is due at the head of the queue. False if not all of it is taken; then the rest is sent later, or the
-// connection is over.
+// Writes what is due at the head of the queue. False if not all was accepted; then the rest is sent later, or the
+// connection has ended.
 bool Connection::write() {
     std::array<asio::const_buffer, fewWaiting> buffers;
     std::size_t count = 0, size = 0;
@@ -164,7 +164,7 @@ bool Connection::write() {
     return false;
 }
 
-// A client that has vanished holds nobody back.
+// A vanished client does not hold the others back.
 void Connection::giveUp() {
     broken_ = !rules_.isLine;
     queue_.clear();

@@ -1,4 +1,4 @@
-// One client of a device: cuts what comes into requests, answers them, and sends the device's unsolicited frames.
+// One client of a device: splits received bytes into requests, answers them, and sends the device's unsolicited frames.
 #pragma once
 
 #include <asio.hpp>
@@ -12,29 +12,29 @@
 
 namespace zvr::sim {
 
-/// Shows a request or a frame on standard error.
+/// Logs a request or a frame on standard error.
 void logFrame(const char* direction, int command, ByteView data);
 void logFrame(const char* direction, int command, const Frame& frame);
 
-/// Lives as long as one of its operations is under way. Sockets and terminals are both served as descriptors; the
-/// program ignores SIGPIPE.
+/// Lives while any of its operations is pending. Sockets and terminals are both served as descriptors; the program
+/// ignores SIGPIPE.
 class Connection : public FrameSink, public std::enable_shared_from_this<Connection> {
 public:
     struct Rules {
-        bool answers = true;  ///< or takes requests for nothing
-        bool isLine = false;  ///< cannot end and holds nobody back: cut it falls silent, and frames get lost
-        std::function<void()> onArrival;  ///< called before what has come is looked at
-        std::function<void()> onRoom;     ///< called when nothing waits for the client any longer
+        bool answers = true;  ///< or requests are ignored
+        bool isLine = false;  ///< cannot end and never blocks others: when cut it falls silent and loses frames
+        std::function<void()> onArrival;  ///< called before received bytes are parsed
+        std::function<void()> onRoom;     ///< called when the client's queue has become empty
     };
 
     Connection(asio::posix::stream_descriptor stream, Device& device, const Options& options, Rules rules);
 
     void read();
-    /// Sends an unsolicited frame. It is dropped, which is logged, if the client lets too many wait.
+    /// Sends an unsolicited frame. If too many are waiting for the client, it is dropped and logged.
     bool sendUnsolicited(int command, const Frame& frame) override;
-    /// Whether only a few frames wait. Where nothing can be sent any longer nothing will wait.
+    /// Whether only a few frames wait; true if nothing can be sent any more.
     bool hasRoom() const override { return queue_.size() < fewWaiting; }
-    /// Forgets what came and what waits, for another client on the same line, or as long as there is none.
+    /// Drops received and queued bytes when the line gets another client or none.
     void restart(bool hasClient);
     /// Ends it; a line falls silent until its next client.
     void end();
@@ -42,7 +42,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    // A client that takes nothing is not read from, or loses frames, so that what waits for it stays bounded.
+    // A client that does not read is not read from, or loses frames, so that its queue stays bounded.
     static constexpr std::size_t mostWaiting = 4096, fewWaiting = 32;
 
     struct Outgoing {
@@ -71,10 +71,10 @@ private:
     std::deque<Outgoing> queue_;
     std::size_t written_ = 0;  // bytes of the first in the queue
     std::size_t dropped_ = 0;
-    bool busy_ = false;    // one wait is under way, and pumps when it is over
+    bool busy_ = false;    // a wait is pending, which pumps when it ends
     bool paused_ = false;  // does not read
     bool silent_ = false;
-    bool broken_ = false;  // takes nothing any longer
+    bool broken_ = false;  // accepts no more data
 };
 
 /// The connections that get unsolicited frames.

@@ -17,7 +17,7 @@ constexpr std::uint8_t toDevice = 0, fromDevice = 1;  // first byte of the data,
 udp::socket listening(asio::io_context& context) {
     try {
         udp::socket socket(context, udp::v4());
-        // Any number of simulators on a host hear the same broadcast.
+        // Any number of simulators on a host receive the same broadcast.
         socket.set_option(udp::socket::reuse_address(true));
         socket.bind({udp::v4(), requestPort});
         return socket;
@@ -40,7 +40,7 @@ struct Answer {
 
 bool isMine(const Device& device, ByteView mac) { return std::ranges::equal(mac, device.network.mac); }
 
-// Nothing to what is malformed or meant for another device.
+// No reply to malformed requests or those for another device.
 std::optional<Answer> answerOf(Device& device, int command, ByteView data) {
     const Bytes accepted{1, 0};  // by the device, with status 0
     if (command == GET_DEVICE_INFO) return Answer{recordOf(device)};

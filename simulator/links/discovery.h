@@ -1,4 +1,4 @@
-// Being found: broadcast requests that every device on a network hears.
+// Discovery: broadcast requests that every device on a network receives.
 #pragma once
 
 #include <asio.hpp>

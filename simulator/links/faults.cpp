@@ -7,7 +7,7 @@ namespace zvr::sim {
 
 namespace {
 
-// Between pieces of a reply, so that they arrive one by one.
+// Between pieces of a reply, so that they arrive separately.
 constexpr std::chrono::milliseconds pieceGap{1};
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What goes wrong with replies on request.
+// Injected faults of replies.
 #pragma once
 
 #include <chrono>
@@ -24,7 +24,7 @@ struct FaultOptions {
     }
 };
 
-/// Bytes to send, and how long after the reply was made.
+/// Bytes to send, and their delay.
 struct Piece {
     Bytes bytes;
     std::chrono::microseconds after{};
@@ -37,9 +37,9 @@ public:
 
     /// Whether anything can go wrong with frames of this command.
     bool concern(int command) const { return any_ && (!options_.command || *options_.command == command); }
-    /// What is sent in place of a reply.
+    /// The pieces that are sent instead of a reply.
     std::vector<Piece> apply(int command, Bytes frame);
-    /// Whether the connection ends behind what has been applied so far.
+    /// Whether the connection ends after the replies processed so far.
     bool cuts() const { return options_.cut && replies_ >= *options_.cut; }
 
 private:

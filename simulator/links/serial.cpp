@@ -34,7 +34,7 @@ std::string slaveOf(Descriptor& master) {
     return path.data();
 }
 
-// Bytes pass as they are, and none are echoed.
+// Raw mode without echo.
 void makeRaw(int terminal) {
     termios settings{};
     checked(tcgetattr(terminal, &settings), "tcgetattr");
@@ -51,7 +51,7 @@ SymbolicLink::SymbolicLink(std::string target, std::string path) : target_(std::
 }
 
 SymbolicLink::~SymbolicLink() {
-    // Another simulator may have taken its place.
+    // Another simulator may have replaced it.
     std::error_code failed;
     if (std::filesystem::read_symlink(path_, failed) == target_) std::filesystem::remove(path_, failed);
 }
@@ -86,7 +86,7 @@ void SerialLine::watch() {
     });
 }
 
-// A line has no connections: that one client has gone and another has come is seen by who opens and closes it.
+// A line has no connections: clients are distinguished by opening and closing it.
 void SerialLine::followClients() {
     alignas(inotify_event) std::array<char, 4096> buffer;
     std::error_code none;
@@ -101,11 +101,11 @@ void SerialLine::followClients() {
     }
 }
 
-// The next client gets nothing that was meant for the one before.
+// The next client must not get data of the previous one.
 void SerialLine::restart() {
     connection_->restart(clients_ > 0);
-    tcflush(master_, TCOFLUSH);                 // what is on its way
-    tcflush(slave_.native_handle(), TCIFLUSH);  // what has arrived
+    tcflush(master_, TCOFLUSH);                 // output in flight
+    tcflush(slave_.native_handle(), TCIFLUSH);  // input not yet read
 }
 
 void SerialLine::cut() {

@@ -5,10 +5,10 @@
 
 namespace zvr::sim {
 
-/// A link in the file system that goes when its owner goes.
+/// A symbolic link that is removed with its owner.
 class SymbolicLink {
 public:
-    /// Takes the place of an older link, but of nothing else; throws std::system_error.
+    /// Replaces an older link, but no other file; throws std::system_error.
     SymbolicLink(std::string target, std::string path);
     ~SymbolicLink();
     SymbolicLink(const SymbolicLink&) = delete;
@@ -26,7 +26,7 @@ public:
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
 
-    /// Where it is reached, as members of a JSON object.
+    /// Its address, as members of a JSON object.
     std::string description() const;
     /// Falls silent until its next client.
     void cut();

@@ -18,13 +18,13 @@ tcp::acceptor listening(asio::io_context& context, const std::string& host, int 
 
 }  // namespace
 
-Listener::Listener(asio::io_context& context, const std::string& host, int port,
+Acceptor::Acceptor(asio::io_context& context, const std::string& host, int port,
                    std::function<void(tcp::socket)> onClient)
     : acceptor_(listening(context, host, port)), retry_(context), onClient_(std::move(onClient)) {
     accept();
 }
 
-void Listener::accept() {
+void Acceptor::accept() {
     acceptor_.async_accept([this](std::error_code error, tcp::socket socket) {
         if (error == asio::error::operation_aborted) return;
         if (!error) {
@@ -32,7 +32,7 @@ void Listener::accept() {
             accept();
             return;
         }
-        // With no descriptor left the same connection would be refused again and again.
+        // Without free descriptors accepting the same connection would fail repeatedly.
         retry_.expires_after(retryAfter);
         retry_.async_wait([this](std::error_code stopped) {
             if (!stopped) accept();
@@ -40,7 +40,7 @@ void Listener::accept() {
     });
 }
 
-void Listener::acceptWaiting() {
+void Acceptor::acceptWaiting() {
     acceptor_.non_blocking(true);
     while (true) {
         std::error_code none;
@@ -64,7 +64,7 @@ Server::Server(asio::io_context& context, Device& device, const Options& options
 Server::~Server() { device_.sink.withdraw(); }
 
 void Server::serve(tcp::socket socket, bool answers) {
-    std::error_code alreadyGone;  // then the first read tells
+    std::error_code alreadyGone;  // the first read then reports it
     socket.set_option(tcp::no_delay(true), alreadyGone);
     asio::posix::stream_descriptor stream(socket.get_executor(), socket.release());
     const auto connection = std::make_shared<Connection>(

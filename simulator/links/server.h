@@ -5,15 +5,15 @@
 
 namespace zvr::sim {
 
-/// Accepts clients on one port.
-class Listener {
+/// Accepts TCP clients on one port.
+class Acceptor {
 public:
     /// Listens at once; throws std::system_error.
-    Listener(asio::io_context& context, const std::string& host, int port,
+    Acceptor(asio::io_context& context, const std::string& host, int port,
              std::function<void(asio::ip::tcp::socket)> onClient);
 
     int port() const { return acceptor_.local_endpoint().port(); }
-    /// Accepts whoever waits for it.
+    /// Accepts the waiting clients.
     void acceptWaiting();
 
 private:
@@ -26,7 +26,7 @@ private:
     std::function<void(asio::ip::tcp::socket)> onClient_;
 };
 
-/// The command port; and on Wi-Fi models the data port, which gets the unsolicited frames.
+/// The command port; on Wi-Fi models also the data port, which sends the unsolicited frames.
 class Server {
 public:
     /// Listens at once; throws std::system_error.
@@ -35,7 +35,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Where it is reached, as members of a JSON object.
+    /// Its address, as members of a JSON object.
     std::string description() const;
     /// Ends all connections.
     void cut();
@@ -47,8 +47,8 @@ private:
     const Options& options_;
     const std::shared_ptr<Subscribers> subscribers_ = std::make_shared<Subscribers>();
     std::vector<std::weak_ptr<Connection>> connections_;
-    Listener commands_;
-    std::optional<Listener> data_;
+    Acceptor commands_;
+    std::optional<Acceptor> data_;
 };
 
 }  // namespace zvr::sim

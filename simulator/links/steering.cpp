@@ -21,7 +21,7 @@ int numberUpTo(const std::string& word, int most) {
     return number;
 }
 
-// What is due is still of the signal before.
+// Samples due so far still belong to the previous signal.
 void setWave(Device& device, const std::string& wave) {
     if (device.sampler) device.sampler->takeSamples();
     device.signals.set(wave);

@@ -1,4 +1,4 @@
-// What lines on standard input change of a device while it runs.
+// Commands on standard input that change a running device.
 #pragma once
 
 #include <string>
@@ -9,26 +9,27 @@
 
 namespace zvr::sim {
 
-/// What the help says of the requests that every device takes.
+/// Help text of the commands for every device.
 extern const char* const steeringHelp;
 
 /// The words of a line.
 using Words = std::vector<std::string>;
 Words wordsOf(const std::string& line);
 
-/// Does what a line asks of a device. False if it is no such request; throws std::invalid_argument if it is refused.
+/// Executes a line's command on a device. False if it is no such command; throws std::invalid_argument if it is
+/// refused.
 bool steer(Device& device, const Words& words);
 
-/// On or off, and nothing else.
+/// Parses "on" or "off".
 bool isOn(const std::string& word);
 
 /// Command by its name or number; throws std::invalid_argument.
 int commandOf(std::string_view text);
 
-/// A text as JSON has it.
+/// A text as a JSON string.
 std::string jsonText(std::string_view text);
 
-/// The answer to a line, one line of JSON: members that `obey` makes of the words, or why it refused them.
+/// The answer to a line, one line of JSON: the members that `obey` returns for the words, or the reason of a refusal.
 template <class Obey>
 std::string answerTo(const std::string& line, const Obey& obey) {
     try {

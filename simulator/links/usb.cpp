@@ -1,7 +1,7 @@
 // zvr-sim-usb: USB models for the libusb of another process, without hardware or rights.
 //
 // A testbed of umockdev holds the files that a device has in /sys and /dev; its preload library shows them to the
-// client, and brings each ioctl on a device's node to this program, which plays the kernel's side of it.
+// client, and passes each ioctl on a device's node to this program, which plays the kernel's part.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <glob.h>
@@ -33,7 +33,7 @@ struct BadRequest : std::invalid_argument {
     using std::invalid_argument::invalid_argument;
 };
 
-// What ties a device to the objects of the testbed, which outlive the calls of this program.
+// Connects a device with the objects of the testbed, which outlive the calls of this program.
 struct Handle {
     std::shared_ptr<UsbDevice> device;
     UMockdevIoctlClient* client;
@@ -43,7 +43,7 @@ void complete(UMockdevIoctlClient* client, long result) {
     umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? static_cast<int>(-result) : 0);
 }
 
-// The handle that is in the way may have been closed a moment ago, and its end not have been seen yet.
+// The conflicting handle may just have been closed without its end having been noticed.
 void answerLater(const std::shared_ptr<UsbDevice>& device, UMockdevIoctlClient* client) {
     struct Question {
         std::shared_ptr<UsbDevice> device;
@@ -85,7 +85,7 @@ gboolean onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer share
     return TRUE;
 }
 
-// The devices that are plugged in, and the testbed that shows them.
+// The attached devices, and the testbed that shows them.
 class Bus {
 public:
     Bus(bool driver, Outside outside, bool verbose)
@@ -95,7 +95,7 @@ public:
         constexpr std::size_t longest = 75;
         if (root_.size() > longest) throw std::runtime_error(root_ + " is too long a path for the sockets in it");
     }
-    // Clients that outlive the bus see the devices go.
+    // Clients that outlive the bus see the devices removed.
     ~Bus() {
         while (!plugged_.empty()) unplug(plugged_.front().device->serial());
     }
@@ -133,7 +133,7 @@ private:
     const bool verbose_;
     std::string root_;
     std::vector<Plugged> plugged_;
-    unsigned addresses_ = 0;  // that have been given; none is given again
+    unsigned addresses_ = 0;  // assigned so far; never reused
     unsigned events_ = 0;
 };
 
@@ -146,7 +146,7 @@ void Bus::plug(std::string_view wanted) {
     const unsigned count = addresses_;
     const std::string serial =
         colon == std::string_view::npos ? format("SIM%05u", count + 1) : std::string(wanted.substr(colon + 1));
-    // It goes into JSON, into lines and onto the wire as it is.
+    // It is written unescaped to JSON, to lines and to the wire.
     const bool plain = std::ranges::all_of(serial, [](char c) { return c > ' ' && c <= '~' && c != '"' && c != '\\'; });
     if (!plain || serial.empty() || serial.size() > 8) {
         throw BadRequest("\"" + serial + "\" is not a serial number of 1 to 8 plain characters");
@@ -213,7 +213,7 @@ void Bus::unplug(std::string_view serial) {
     plugged_.erase(found);
     gone.device->unplug();
     umockdev_testbed_remove_device(testbed_.get(), ("/sys" + gone.path).c_str());
-    // A client that finds this socket without a listener would end itself.
+    // A client that finds no listener at this socket would exit.
     std::filesystem::remove(root_ + "/ioctl" + gone.node);
     umockdev_testbed_detach_ioctl(testbed_.get(), gone.node.c_str(), nullptr);
     announce(gone, "remove");
@@ -267,7 +267,7 @@ struct UsbOptions {
     Outside outside;
 };
 
-// Does what the words of a line ask for; members of the answer.
+// Executes a line's command; returns the members of the answer.
 std::string obey(Bus& bus, Words words) {
     if (words.size() < 2) throw BadRequest("no such request; --help lists them");
     const std::string verb = words[0], what = words[1];
@@ -305,7 +305,7 @@ pid_t start(const UsbOptions& options, const sigset_t& restored) {
     return child;
 }
 
-// Runs until a signal, or the end of the input or of the command, ends it. The exit status.
+// Runs until a signal, or the end of the input or the command; returns the exit status.
 int run(Bus& bus, const UsbOptions& options, const sigset_t& signals, const sigset_t& restored) {
     const FileDescriptor arrivals(signalfd(-1, &signals, SFD_CLOEXEC));
     const pid_t child = options.command.empty() ? 0 : start(options, restored);
@@ -359,7 +359,7 @@ constexpr const char* controls =
 With the serial number of a device behind the first word:
 )";
 
-// What the command line asks for, or an exit status.
+// Parses the command line; returns the options or an exit status.
 std::variant<UsbOptions, int> parseUsb(int argc, char** argv) {
     UsbOptions options;
     char** const end = argv + argc;
@@ -384,7 +384,7 @@ std::variant<UsbOptions, int> parseUsb(int argc, char** argv) {
     return 2;
 }
 
-// A client that is killed amid a request is no fault of this program.
+// A client may be killed during a request.
 void logUnlessKilled(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer) {
     if (std::string_view(message).find("with open stream") == std::string_view::npos) {
         g_log_default_handler(domain, level, message, nullptr);
@@ -392,10 +392,10 @@ void logUnlessKilled(const gchar* domain, GLogLevelFlags level, const gchar* mes
 }
 
 int serve(const UsbOptions& options) {
-    // A missing input is one that ends at once; its number must not go to anything else.
+    // A missing input counts as ended; its descriptor number must not be reused.
     if (fcntl(STDIN_FILENO, F_GETFD) < 0) open("/dev/null", O_RDONLY);
     g_log_set_handler(nullptr, G_LOG_LEVEL_CRITICAL, logUnlessKilled, nullptr);
-    // Blocked before the testbed starts its thread, which inherits it. A broken pipe is an output that nobody reads.
+    // Blocked before the testbed starts its thread, which inherits it. SIGPIPE means an output without a reader.
     sigset_t signals, restored;
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGCHLD}) sigaddset(&signals, signal);

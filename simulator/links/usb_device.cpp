@@ -79,7 +79,7 @@ int makePipe(const std::filesystem::path& path) {
     return open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
 }
 
-// What a client hands over.
+// The client's memory of a transfer.
 template <class Structure>
 Structure& as(const Ref<UMockdevIoctlData>& data) {
     return *reinterpret_cast<Structure*>(data->data);
@@ -257,7 +257,7 @@ long UsbDevice::submit(UMockdevIoctlClient* client, Ref<UMockdevIoctlData> data)
         update();
         return 0;
     }
-    // The kernel claims for a client that did not.
+    // The kernel claims the interface for a client that has not.
     if (const long refusal = claim(client, 0); refusal != 0) return refusal;
     pending_.push_back(std::move(transfer));
     pump();
@@ -268,7 +268,7 @@ long UsbDevice::discard(UMockdevIoctlClient* client, std::uintptr_t address) {
     const auto found = std::ranges::find_if(pending_, [&](const Transfer& transfer) {
         return transfer.client == client && transfer.data->client_addr == address;
     });
-    // One that is complete keeps its bytes and is reaped with them.
+    // A completed transfer keeps its bytes and is reaped with them.
     if (found == pending_.end()) return -EINVAL;
     const bool arrived = late_ && found->urb().endpoint == endpointIn && deliver(*found);
     found->finish(-ENOENT, arrived ? static_cast<std::size_t>(found->urb().actual_length) : 0);

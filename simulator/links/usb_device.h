@@ -28,7 +28,7 @@ namespace zvr::sim {
 
 constexpr std::uint16_t usbVendor = 0x0483, usbProduct = 0x5750;
 
-/// What is in a device's file of descriptors.
+/// The content of a device's descriptors file.
 Bytes usbDescriptors();
 
 struct Unref {
@@ -83,7 +83,7 @@ struct Transfer {
         urb().status = status;
         urb().actual_length = static_cast<int>(count);
     }
-    /// Gives the client what fits of the bytes, behind what the buffer begins with.
+    /// Copies as many bytes as fit to the client, after the buffer's setup packet.
     std::size_t fill(ByteView source, std::size_t offset = 0) const {
         const std::size_t count = std::min(source.size(), bytes().size() - offset);
         std::copy_n(source.begin(), count, static_cast<std::uint8_t*>(urb().buffer) + offset);
@@ -91,14 +91,14 @@ struct Transfer {
     }
 };
 
-/// What is at the lines of the devices.
+/// The equipment at the lines of the devices.
 struct Outside {
     Signals signals;
     Peers peers;
 };
 
-/// One emulated device. The testbed's thread brings the ioctls, the main thread the control lines, and a thread of its
-/// own runs the device's scheduler.
+/// One emulated device. The testbed's thread passes the ioctls, the main thread the control lines, and a separate
+/// thread runs the device's scheduler.
 class UsbDevice : public FrameSink {
 public:
     UsbDevice(const Model& model, const std::string& serial, const std::filesystem::path& node, bool driver,
@@ -109,27 +109,27 @@ public:
     const std::string& serial() const { return serial_; }
     const Model& model() const { return device_.model(); }
 
-    /// Remembers an ioctl that is no transfer.
+    /// Records an ioctl that is no transfer.
     void note(unsigned long request);
     /// Answers an ioctl as the kernel does: a negative errno is a failure. Each open handle is a client.
     long answer(UMockdevIoctlClient* client);
     /// A client has closed its handle, or died.
     void vanished(UMockdevIoctlClient* client);
 
-    /// Transfers under way end with the device; they can still be reaped.
+    /// Pending transfers end with the device; they can still be reaped.
     void unplug();
-    /// Does what a line asks of the device; see links/steering.h.
+    /// Executes a line's command on the device; see links/steering.h.
     bool steer(const Words& words);
-    /// Lets each reply come in the moment in which the client gives up its read.
+    /// Makes each reply arrive at the moment in which the client cancels its read.
     void setLate(bool late);
-    /// What has come, as members of a JSON object.
+    /// The received transfers, as members of a JSON object.
     std::string transfers();
 
 private:
     static constexpr std::size_t mostRemembered = 16, mostRequests = 64;
-    // A client that takes no replies is not listened to, so that what waits for it stays bounded.
+    // Requests of a client that reads no replies are not accepted, so that its queue stays bounded.
     static constexpr std::size_t mostReplies = 4096;
-    // Unsolicited frames are lost sooner, so that requests still get through.
+    // Unsolicited frames are dropped earlier, so that requests still get through.
     static constexpr std::size_t mostStreamed = mostReplies / 2, fewReplies = 128;
     static constexpr int largestTransfer = 1 << 20;
 

@@ -1,4 +1,4 @@
-// What a module has to do later.
+// A module's deferred action.
 #pragma once
 
 #include <memory>
@@ -7,7 +7,7 @@
 
 namespace zvr::sim {
 
-/// One action that is due later; set anew, it is due at the new time only.
+/// One deferred action; setting it again replaces the time.
 class Alarm {
 public:
     Alarm(Scheduler& scheduler, std::function<void()> action)

@@ -90,7 +90,7 @@ public:
         run_.reset();
         open_ = false;
     }
-    // Without a place for a refusal, what cannot start does not.
+    // The reply has no status, so a failed start is silent.
     void start() {
         if (!open_ || settings_.mode == onDemand || (settings_.mode == someSamples && settings_.samples == 0)) return;
         RunPlan plan;
@@ -112,7 +112,7 @@ public:
         if (run_) run_->resume();
     }
 
-    /// One row, of what is there now.
+    /// One row of the current values.
     Bytes read(std::uint8_t chipSelect) {
         // Signals go by rows, and a read is a row whose number is the time in steps that are short enough.
         constexpr double steps = 1e6;
@@ -195,7 +195,7 @@ void addSettings(const Commands& commands) {
 
 void addReads(const Commands& commands, const AnalogInputs& inputs) {
     const std::size_t width = 1 + inputs.channels * inputs.coding.bytes;
-    // The byte behind the port repeats what has been chosen, a chip select or a way of reading.
+    // The byte after the port repeats the selected chip select or kind of reading.
     commands.onRead(inputs.read, width, [&inputs, width](Port& port, Request r) {
         const std::uint8_t second = inputs.read == READ_AI_ON_DEMAND_VARIABLE ? std::uint8_t{0} : r.u8();
         if (inputs.read == READ_AI_ON_DEMAND && second >= mostChipSelects) return Bytes(width);

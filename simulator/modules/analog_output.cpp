@@ -152,7 +152,7 @@ void addAnalogOutput(Device& device) {
         takeSamples();
         ports->restart();
     });
-    // The port as it is now, with the inputs that it leads to sampled up to now.
+    // The port at the current time, after sampling the inputs wired to it up to now.
     const Commands commands(device, Status::analogOutput, [ports, takeSamples](std::uint8_t number, Request&) {
         OutputPort* port = ports->find(number);
         if (port) {

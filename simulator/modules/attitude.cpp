@@ -40,8 +40,8 @@ public:
 
     ImuMotion sensors() const { return imuMotionAt(device_->seconds(), gravity_); }
 
-    /// Estimates follow what turns at once. What was wrong with the orientation at the start decays as gravity and the
-    /// magnetic field show it.
+    /// Estimates follow rotations immediately. The initial error of the orientation decays, corrected by gravity and
+    /// the magnetic field.
     ImuMotion estimates() const {
         const double now = begin_ + std::floor((device_->seconds() - begin_) / period_) * period_;
         ImuMotion motion = imuMotionAt(now, gravity_);
@@ -62,7 +62,7 @@ private:
 
 using Units = Channels<Unit, 1>;
 
-// Without a filter that runs, and without sensors in use, there are zeros.
+// Zeros while the filter is stopped or the sensors are unused.
 Bytes vectorsOf(const std::vector<Vector>& vectors, bool shown) {
     Bytes data;
     for (const Vector& vector : vectors) {

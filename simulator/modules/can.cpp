@@ -128,7 +128,7 @@ public:
         started_ = waits_ = false;
         alarm_.cancel();
     }
-    // Begins anew with what has been counted as errors, so that it comes back to the bus.
+    // Resets the error counters, so that it returns to the bus.
     void start() {
         if (std::exchange(started_, true)) return;
         errors = {};

@@ -1,4 +1,4 @@
-// The flight controller: who it is, and what a flight is told and asked.
+// The flight controller: identity, and commands and queries of a flight.
 #include <memory>
 
 #include "device/modules.h"
@@ -22,7 +22,7 @@ struct Pilot {
     double seconds = 0;  // that it has flown for
 };
 
-// The commands on the flight as it is now. Every request selects port 0.
+// The commands on the flight at the current time. Every request selects port 0.
 class Controller : public PortCommands<Flight> {
 public:
     explicit Controller(Device& device)
@@ -102,7 +102,7 @@ void addStatus(const Controller& controller) {
     controller.onSwitch(DRONE_SET_TAKEOFF_STATUS, &Flight::takeOff);
     controller.onSwitch(DRONE_SET_LANDING_STATUS, &Flight::land);
     controller.onWish(DRONE_STOP_MOVING, [](Flight& f, Request) { return f.stop(); });
-    // Either sensor tells the altitude as it is.
+    // Both sensors measure the true altitude.
     controller.onWish(DRONE_SET_BAROMETER_MODE,
                       [](Flight&, Request r) { return r.u8() <= 1 ? Answer::done : Answer::impossible; });
 }

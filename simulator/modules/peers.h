@@ -1,4 +1,4 @@
-// What hangs on the serial buses of a device.
+// The devices connected to a device's serial buses.
 #pragma once
 
 #include <cstdint>

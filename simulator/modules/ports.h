@@ -8,21 +8,21 @@
 
 namespace zvr::sim {
 
-/// Commands whose requests begin with what selects a port (or a channel, or a sensor), which their replies repeat. What
-/// is not there, or not in a state for the command, is refused with the status of the feature.
+/// Commands whose requests begin with the bytes that select a port (or a channel, or a sensor), which their replies
+/// repeat. A missing port, or one not in a state for the command, is refused with the status of the feature.
 ///
 /// An action is called with the port and, if it takes it, the rest of the request; it may be a member of the port.
 template <class Port>
 class PortCommands {
 public:
-    /// What is selected by a number, and by what it reads behind it; nothing refuses the request.
+    /// The object selected by a number and the bytes read after it; empty refuses the request.
     using Find = std::function<Port*(std::uint8_t number, Request& request)>;
 
     PortCommands(Device& device, Status refusal, Find find)
         : device_(device), refusal_(refusal), find_(std::move(find)) {}
 
     /// A command that changes a port and answers with a status: the action's, or by its bool whether it was done. A
-    /// port with a member `refused` is told of refusals.
+    /// port with a member `refused` is notified of refusals.
     template <class Change>
     void onChange(Command command, Change change) const {
         add(command, [refusal = refusal_, change](Port* port, Request request) {
@@ -50,7 +50,7 @@ public:
         });
     }
 
-    /// A command that answers with a status and values; nothing refuses.
+    /// A command that answers with a status and values; empty refuses.
     template <class Read>
     void onExchange(Command command, Read read) const {
         add(command, [refusal = refusal_, read](Port* port, Request request) {

@@ -108,7 +108,7 @@ void SampleRun::makeRows(std::size_t count) {
     counters_->samples += static_cast<std::uint32_t>(count * plan_.channels * frames_.size());
 }
 
-// What an output is wired to shows that.
+// Inputs wired to an output show its voltage.
 void SampleRun::writeChannel(std::size_t stream, std::size_t channel, std::size_t count, std::uint8_t* to) const {
     const auto& outputs = device_.outputVoltages;
     if (!outputs || !outputs->drives(plan_.port, channel)) {

@@ -10,7 +10,7 @@
 
 namespace zvr::sim {
 
-/// What a port has done, as it tells it.
+/// The counters that a port reports.
 struct SampleCounters {
     std::uint32_t rows = 0;
     std::uint32_t samples = 0;

@@ -10,18 +10,18 @@ class Chip {
 public:
     virtual ~Chip() = default;
 
-    /// What comes back meanwhile; the chip is selected for these bytes.
+    /// The bytes read back; the chip is selected during the transfer.
     virtual Bytes transfer(ByteView bytes) = 0;
     virtual bool follows(bool /*polarity*/, bool /*phase*/) const { return true; }
 };
 
-// What is sent comes back.
+// Loopback.
 class Loop : public Chip {
 public:
     Bytes transfer(ByteView bytes) override { return {bytes.begin(), bytes.end()}; }
 };
 
-// A megabyte in pages of 256 bytes and sectors of 4096. Busy it hears nothing but questions for its status.
+// A megabyte in pages of 256 bytes and sectors of 4096. While busy it only answers status reads.
 class Flash : public Chip {
 public:
     bool follows(bool polarity, bool phase) const override { return polarity == phase; }
@@ -121,7 +121,7 @@ public:
 
     void clear() { settings = {}; }
 
-    /// Nothing if half a word is left.
+    /// Empty if half a word is left.
     std::optional<Bytes> transfer(ByteView bytes) {
         if (settings.words && bytes.size() % 2 != 0) return std::nullopt;
         if (!chip_ || !chip_->follows(settings.polarity, settings.phase)) return Bytes(bytes.size(), 0xFF);

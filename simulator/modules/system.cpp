@@ -25,7 +25,7 @@ struct SystemState {
     std::array<std::array<std::uint8_t, eepromPageSize>, eepromPages> eeprom{};
 };
 
-// The clock runs with the host's, at an offset.
+// The clock is the host's plus an offset.
 WallClock::time_point now(const Device& device) { return WallClock::now() + device.clockOffset; }
 
 std::tm fieldsOf(WallClock::time_point time) {

@@ -1,4 +1,4 @@
-// Thermocouples and resistance thermometers: what their sensors give, and what the device makes of it.
+// Thermocouples and resistance thermometers: their sensors, and the device's conversion.
 #include <array>
 #include <cmath>
 #include <map>
@@ -23,8 +23,7 @@ public:
 
     std::uint8_t usual, last;  // types
 
-    /// What a device makes of a sensor of the usual type at `degrees`, with its cold junction taken to be at
-    /// `junction`.
+    /// The device's reading of a sensor of the usual type at `degrees`, with its cold junction assumed at `junction`.
     double reading(double degrees, std::uint8_t type, double junction) const {
         if (last == 1) {
             constexpr std::array ohms = {100.0, 1000.0};  // at 0 degrees
@@ -41,7 +40,7 @@ struct Sensor {
     std::uint8_t type = 0;
     std::uint8_t samplingMode = 0;
     bool measuresJunction = true;
-    float junction = 0;  // told by the host
+    float junction = 0;  // set by the host
     float offset = 0, savedOffset = 0;
 };
 

@@ -53,7 +53,7 @@ bool moveBySteps(TMC5240& drive, Request r) {
     return drive.moveTo(static_cast<std::int32_t>(from + position), ramp);
 }
 
-// The drive as it is now; its switches are inputs of a digital port.
+// The drive at the current time; its switches are inputs of a digital port.
 class Driver : public InputLevels {
 public:
     explicit Driver(const Track& track) : drive_(track) {}

@@ -171,7 +171,7 @@ private:
         return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(bits / settings.baudRate));
     }
 
-    // What one end takes for the bytes of the other: at another speed it is something else.
+    // The bytes that one end receives from the other: garbled at another speed.
     Bytes seen(ByteView bytes) const {
         const bool sameSpeed = partner_->baudRate == 0 || partner_->baudRate == settings.baudRate;
         Bytes result(bytes.begin(), bytes.end());
@@ -182,7 +182,7 @@ private:
         return result;
     }
 
-    // Bytes come one behind the other. Nobody hears them while reading is off.
+    // Bytes arrive one after another. They are lost while reading is off.
     void arrive(const Bytes& bytes) {
         if (!reading_) return;
         const Clock::duration each = fast() ? Clock::duration::zero() : byteTime();

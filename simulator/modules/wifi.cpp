@@ -1,4 +1,4 @@
-// What the battery-powered models have: LEDs, power inputs, radio, battery and the sensors on the board.
+// The battery-powered models' LEDs, power inputs, radio, battery and the sensors on the board.
 #include <algorithm>
 #include <cmath>
 #include <memory>

@@ -19,7 +19,7 @@ constexpr double capacity = 5 * 3600;  // As
 constexpr double emptyVolts = 14, fullVolts = 16.8;
 constexpr double leastForTakeOff = 0.1, leastForFlight = 0.05;
 
-// In position, as the host knows it.
+// In position by the host's limits.
 constexpr Flight::Six tolerance = {
     5 * std::numbers::pi / 180, 5 * std::numbers::pi / 180, 10 * std::numbers::pi / 180, 0.4, 0.4, 0.4};
 

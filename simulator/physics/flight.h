@@ -1,4 +1,4 @@
-// A drone that flies. Time passes only when it is told.
+// A flying drone. Time advances only through its interface.
 //
 // Numbers are metres, radians and seconds. x is north, y is east, z is down; the ground is at 0.
 #pragma once
@@ -16,7 +16,7 @@ public:
     enum class Task : std::uint8_t { ground, takeOff, hover, move, landing };
     /// Of a take-off or a landing.
     enum class Progress : std::uint8_t { none, underWay, done };
-    /// What came of a wish.
+    /// Outcome of a command.
     enum class Answer : std::uint8_t { done, notNow, impossible };
 
     struct Battery {
@@ -42,16 +42,17 @@ public:
     bool isOnTarget() const;
 
     Answer activate(bool active);
-    /// Holds its position, or what it is told of roll and pitch.
+    /// Whether it holds its position, or the commanded roll and pitch.
     Answer holdPosition(bool holds);
     Answer takeOff(bool start);
     Answer land(bool start);
     Answer stop();
-    /// One axis to a target. Roll and pitch can be told only while the position is not held, x and y only while it is.
+    /// One axis to a target. Roll and pitch can be commanded only while the position is not held, x and y only while it
+    /// is.
     Answer moveTo(Axis axis, double target, double speed);
-    /// x and y along a straight line.
+    /// Moves x and y along a straight line.
     Answer moveTo(double toX, double toY, double speed);
-    /// North and east of a way forward and to the right.
+    /// Converts forward and right distances to north and east.
     std::array<double, 2> fromBody(double forward, double right) const;
 
 private:

@@ -7,7 +7,7 @@ namespace zvr::sim {
 
 using Vector = std::array<double, 3>;
 
-/// What turns the axes of the board into those of the world: x to the north, y to the west, z up.
+/// The rotation from the axes of the board to those of the world: x to the north, y to the west, z up.
 struct Quaternion {
     double w = 1, x = 0, y = 0, z = 0;
 

@@ -164,7 +164,7 @@ bool MCX514::command(std::size_t axis, std::uint8_t code, std::uint32_t data) {
                 break;
             case MOTION_77_DHOLD: state.held = true; break;
             case MOTION_79_R2CLR: state.errors = 0; break;
-            default: break;  // signals that nothing is at, and the page of RR3, which each read tells
+            default: break;  // unconnected signals, and the page of RR3, which each read selects
         }
     }
     return true;

@@ -24,7 +24,7 @@ public:
 private:
     struct Drive {
         unsigned mask;
-        std::size_t main;  ///< the axis whose registers tell the speed
+        std::size_t main;  ///< the axis whose registers set the speed
         Path path;
         double target;  ///< length to go to, or for ever
         Ramp ramp;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double calculation = 0.002;
 
-// Pulses that are behind on a way.
+// Pulses already travelled.
 double whole(double length) { return length < 0 ? std::ceil(length - 1e-6) : std::floor(length + 1e-6); }
 
 std::int64_t counted(std::int64_t count, std::uint32_t most) {
@@ -150,7 +150,7 @@ bool MCX514::startInterpolation(std::uint8_t code) {
     }
     Path path = linePath(end);
     if (code >= MOTION_66_BHK2 && code <= MOTION_68_BHK4) {
-        path = linePath({});  // nobody gives patterns
+        path = linePath({});  // bit patterns are not supplied
     } else if (code > MOTION_63_LHK4) {
         const bool helix = code >= MOTION_69_HLCW;
         const unsigned others = mask & (mask - 1);

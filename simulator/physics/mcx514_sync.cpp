@@ -1,4 +1,4 @@
-// What happens on the MCX514 by itself: events in their order, and the SYNC actions that follow from them.
+// The events of the MCX514 in order, and the SYNC actions they trigger.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -153,7 +153,7 @@ std::optional<double> MCX514::crossing(std::size_t axis, double place, Crossing 
 
 void MCX514::fire(std::size_t axis, int cause, std::uint8_t which) { causes_.push_back({axis, cause, which}); }
 
-// What follows from what has happened, which may go on without end.
+// Processes the consequences of events, which may be endless.
 void MCX514::follow() {
     for (int most = 0; !causes_.empty() && most < mostEvents; ++most) {
         const auto [axis, cause, which] = causes_.front();

@@ -1,4 +1,4 @@
-// What turns at a frequency that may change while it does.
+// An oscillator whose frequency may change while it runs.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,4 @@
-// Ways of several axes at once, by how far they have been gone.
+// Paths of several axes, parametrised by length.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@ struct Path {
     double turn = 0;    ///< length of a full turn; 0 is none
     double corner = 0;  ///< the first length, of four in a turn, at which an axis turns round
 
-    /// Lengths between which no axis turns round; what does not happen within a turn does not happen later.
+    /// Lengths between which no axis reverses; what does not occur within a turn does not occur later.
     std::vector<double> corners(double from) const;
 };
 

@@ -36,7 +36,7 @@ public:
 
     /// Goes on with another speed, in the direction of its sign, which is the present one.
     void changeSpeed(double speed, double rate, double jerk);
-    /// Goes on as it is; `infinity` is a time.
+    /// Goes on unchanged; `infinity` is a valid time.
     void hold(double seconds);
     /// Goes on in a direction, for ever.
     void run(double direction, const Ramp& ramp);

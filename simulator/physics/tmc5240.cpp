@@ -91,7 +91,7 @@ void TMC5240::halt(Process process) {
     watchesLimits_ = true;
 }
 
-// Follows the registers, from where and as fast as it is.
+// Follows the registers from the current position and speed.
 void TMC5240::plan() {
     const Movement now = movement();
     start_ = clock_;
@@ -224,7 +224,7 @@ void TMC5240::write(std::uint8_t address, std::uint32_t value) {
         case PAWL_28_DMAX: break;
         default: return;
     }
-    // Whoever writes these takes over from the drive.
+    // Writing these registers takes over control from the drive.
     if (address == PAWL_20_RAMPMODE && process_ == Process::running) {
         process_ = Process::stopped;
         scans_ = resets_ = false;

@@ -12,7 +12,7 @@ namespace zvr::sim {
 
 class TMC5240 {
 public:
-    /// How a move that the drive runs by itself stands.
+    /// State of a move that the drive runs by itself.
     enum class Process : std::uint8_t { none, running, done, stopped, failed };
 
     explicit TMC5240(const Track& track) : track_(track) { reset(); }
@@ -25,7 +25,7 @@ public:
     std::uint32_t read(std::uint8_t address) const;
     void write(std::uint8_t address, std::uint32_t value);
     std::uint8_t status() const;
-    /// The values that are told together.
+    /// The values that are reported together.
     Bytes parameters() const;
     /// Forward limit, reverse limit and home, from bit 0.
     std::uint16_t switches() const;

@@ -1,4 +1,4 @@
-// What is along the way of an axis, and the search for it.
+// The switches along an axis, and the search for them.
 #pragma once
 
 #include <array>
@@ -33,8 +33,8 @@ struct Tracks : std::array<Track, 4> {
     void set(std::string_view text);
 };
 
-/// Runs to a switch and stops behind its edge; comes back, if `approach` is a speed, and meets the edge with it in the
-/// final direction; and goes on by an offset. It runs for ever if the switch does not come.
+/// Runs to a switch and stops behind its edge; if `approach` is a speed, returns and approaches the edge with it in the
+/// final direction; then goes on by an offset. Runs for ever if there is no switch.
 void seek(Profile& profile, const Zone& zone, int direction, int finalDirection, const Ramp& ramp, double approach,
           double offset);
 

@@ -31,7 +31,7 @@ std::uint64_t periodOf(const Waveform& wave, double rate, std::size_t bytes) {
     if (wave.kind == WaveKind::constant || (wave.kind != WaveKind::count && wave.frequency == 0)) return 1;
     if (wave.kind == WaveKind::count) return bytes == 2 ? 0x10000 / mostAnalogChannels : 0;
     if (wave.kind == WaveKind::noise) return 0;
-    constexpr double fraction = 1024 * 125;  // binary and decimal fractions are told
+    constexpr double fraction = 1024 * 125;  // recognises binary and decimal fractions
     const double frequency = wave.frequency * fraction;
     const double scaled = rate * fraction;
     if (frequency != std::round(frequency) || scaled != std::round(scaled) || scaled > 1e15 || frequency > 1e15)

@@ -1,4 +1,4 @@
-// What is at the analog inputs: signals of a kind, and the codes that a converter makes of them.
+// Signals at the analog inputs, and the codes to which a converter digitises them.
 #pragma once
 
 #include <array>
@@ -31,7 +31,7 @@ struct Waveform {
     double amplitude = 5;
     double offset = 0;
 
-    /// After so many periods, with fractions; noise is told apart by a number.
+    /// After so many periods, with fractions; noise depends on a stream number.
     double at(double periods, std::uint64_t noise) const;
 };
 
@@ -41,7 +41,7 @@ struct Signals {
 
     /// CHANNEL:KIND[:FREQUENCY[:AMPLITUDE[:OFFSET]]]. Throws std::invalid_argument.
     void set(std::string_view text);
-    /// Beyond the last channel the signals begin anew.
+    /// Beyond the last channel the signals repeat.
     const Waveform& at(std::size_t channel) const { return waves[channel % waves.size()]; }
 
     std::array<Waveform, mostAnalogChannels> waves;

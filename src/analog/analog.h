@@ -1,4 +1,4 @@
-// Analog inputs and outputs, and the logger of what they measure.
+// Analog inputs and outputs, and the data logger.
 #pragma once
 
 #include "device/feature.h"

@@ -16,7 +16,7 @@ const Raises portRaises{checkAIPort};
 
 const AnalogInput& traitsOfInput(py::handle self) { return traitsOf(self).analogInput; }
 
-// The port that settings are for, as the device counts it.
+// The port that settings apply to, in the device's numbering.
 Object configuredPort(py::handle self, const Object& port) {
     return traitsOfInput(self).configuresPort0 ? Object(py::int_(0)) : devicePort(self, port);
 }
@@ -52,7 +52,7 @@ Task openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) 
 }
 
 void defineUnion(Package& package) {
-    Feature all(package, "AIUnion", {}, "What every analog input has.");
+    Feature all(package, "AIUnion", {}, "Base of every analog input.");
     all.shared(checkAIPort)
         .field({"ai_dict", "dict[int, list[int]]", "ports of the analog input"})
         .shared({.name = "_convertAITriggerModeToMask",
@@ -64,13 +64,13 @@ void defineUnion(Package& package) {
                  }})
         .operation({.name = "AI_open",
                     .parameters = {port},
-                    .doc = "Opens a port, and lets the decoder thread run.",
+                    .doc = "Opens a port and starts decoding.",
                     .returns = status(1).returns,
                     .raises = portRaises,
                     .body = [](Op op, Object port) { return openOrClose(std::move(op), port, OPEN_AI, openFlag); }})
         .operation({.name = "AI_close",
                     .parameters = {port},
-                    .doc = "Closes a port, and holds the decoder thread. Rows already read stay.",
+                    .doc = "Closes a port and stops decoding. Rows already decoded stay readable.",
                     .returns = status(1).returns,
                     .raises = portRaises,
                     .body = [](Op op, Object port) { return openOrClose(std::move(op), port, CLOSE_AI, closeFlag); }});
@@ -80,8 +80,7 @@ std::size_t channelsOf(py::handle self) {
     return static_cast<std::size_t>(wholeNumber(attribute(self, "ai_num_channels"), "ai_num_channels", 0, 65535));
 }
 
-/// The highest rate with what is enabled, the number of channels or the chip selects of the port; nothing without a
-/// limit.
+/// The highest rate with the enabled number of channels, or chip selects of the port; empty without a limit.
 std::optional<double> rateLimit(py::handle self, const Object& port) {
     const AnalogInput& traits = traitsOfInput(self);
     if (traits.rates.empty()) return std::nullopt;
@@ -120,13 +119,13 @@ void defineInputConfiguration(Feature& feature) {
     const Definition checkSamplingRate{
         .name = "_ckeckAISamplingRate",
         .parameters = {{"port", "int", "port as the device counts it"}, rate},
-        .doc = "Refuses a rate above the model's limit.",
-        .raises = {"InputTypeNotCorrectError: the rate is no number", "AIRateNotVaildError: it is above the limit"},
+        .doc = "Raises AIRateNotVaildError if the rate is above the model's limit.",
+        .raises = {"InputTypeNotCorrectError: the rate is not a number", "AIRateNotVaildError: it is above the limit"},
         .body = checkRate};
     feature.shared(checkAIMode)
         .shared(checkSamplingRate)
         .operation({.name = "AI_setMode",
-                    .parameters = {port, {"mode", "int", "0 on demand, 1 so many rows, 2 without end"}},
+                    .parameters = {port, {"mode", "int", "0 on demand, 1 a number of rows, 2 continuous"}},
                     .doc = "Sets the mode of acquisition.",
                     .returns = status(1).returns,
                     .raises = {checkAIPort, checkAIMode},
@@ -182,9 +181,9 @@ Task startStreaming(Op op, Object port) {
     co_return py::int_(0);
 }
 
-// The constructor lies with the modules: they take different things.
+// The constructors belong to the modules, since their parameters differ.
 void defineBased(Package& package) {
-    Feature based(package, "AIBased", {"AIUnion"}, "What every streaming analog input has.");
+    Feature based(package, "AIBased", {"AIUnion"}, "Base of every streaming analog input.");
     based.field({"ai_max_rate", "int", "highest rate of the model in Hz"})
         .field({"ai_echo_cmd", "int", "command of an on-demand read"})
         .field({"ai_strm_cmd", "int", "command that starts streaming, and of its frames"})
@@ -299,7 +298,7 @@ void defineModule(Package& package) {
     const Definition checkAIChannel{.name = "_checkAIChannel",
                                     .parameters = {{"channel", "int", "number of channels, 1 to the model's"}},
                                     .doc = "Raises AIChannelNotAvaliableError unless the model has so many channels.",
-                                    .raises = {"InputTypeNotCorrectError: `channel` is no integer",
+                                    .raises = {"InputTypeNotCorrectError: `channel` is not an integer",
                                                "AIChannelNotAvaliableError: the model has not so many channels"},
                                     .body = [](py::handle self, const Object& count) {
                                         checkIsInt(count, "channel");
@@ -310,7 +309,7 @@ void defineModule(Package& package) {
         .name = "_checkAIChipSelect",
         .parameters = {{"cs", "int", "chip select, 0 to 2"}},
         .doc = "Raises AICSNotAvaliableError unless the model has the chip select.",
-        .raises = {"InputTypeNotCorrectError: `cs` is no integer", "AICSNotAvaliableError: another chip select"},
+        .raises = {"InputTypeNotCorrectError: `cs` is not an integer", "AICSNotAvaliableError: another chip select"},
         .body = [](py::handle self, const Object& chipSelect) {
             checkIsInt(chipSelect, "cs");
             if (isOneFrom(chipSelect, 0, traitsOfInput(self).chipSelects)) return;
@@ -336,15 +335,14 @@ void defineModule(Package& package) {
         .shared(checkAIChannel)
         .shared(checkAIChipSelect)
         .shared(checkAITriggerMode)
-        .operation(
-            {.name = "AI_readOnDemand",
-             .parameters = {port},
-             .doc = "Reads all channels once.",
-             .returns = {"list[float]",
-                         "volts, rounded to 4 decimals, the channels of all enabled chip selects behind each other",
-                         "the device"},
-             .raises = portRaises,
-             .body = readOnDemand})
+        .operation({.name = "AI_readOnDemand",
+                    .parameters = {port},
+                    .doc = "Reads all channels once.",
+                    .returns = {"list[float]",
+                                "volts, rounded to 4 decimals, all channels of the enabled chip selects in order",
+                                "the device"},
+                    .raises = portRaises,
+                    .body = readOnDemand})
         .operation(
             {.name = "AI_enableChannel",
              .parameters = {port, {"channel", "int", "number of channels, 1 to the model's, counted from channel 0"}},

@@ -1,5 +1,5 @@
-// What the files of the analog inputs share. Their streaming side is a decoder thread, its queues, and the fields that
-// the thread reads.
+// Shared by the files of the analog inputs. Streaming consists of a decoder thread, its queues, and the fields that the
+// thread reads.
 #pragma once
 
 #include "analog/rows.h"
@@ -11,17 +11,17 @@
 
 namespace zvr::python {
 
-/// What a model tells a streaming analog input.
+/// A model's resources for a streaming analog input.
 struct InputOffer {
     Object ports, maxRate, ratio, channels;
     bool variable = false;
     Command streamCommand = START_AI_STREAMING;
 };
 
-/// Sets the fields of the object, and starts its one decoder thread if it does not run yet.
+/// Sets the fields of the object, and starts its only decoder thread if it does not run yet.
 void constructInput(py::handle self, const InputOffer& offer);
 
-/// Mode, number of samples and rate, which those without streaming have too.
+/// Mode, number of samples and rate; modules without streaming have them too.
 void defineInputConfiguration(Feature& feature);
 
 /// Streaming operations and fields that all streaming modules share.
@@ -32,28 +32,28 @@ void defineInputReading(Feature& module);
 /// The row queues of a port's chip selects.
 struct Selection {
     std::vector<Object> objects;
-    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is not ours
-    bool haveOwnSizes = true;                       ///< all of them are ours, and so is what tells their size
+    std::vector<std::shared_ptr<RowQueue>> queues;  ///< shorter than `objects` if one of those is foreign
+    bool haveOwnSizes = true;                       ///< all are the library's own, and their size methods too
 
     bool ours() const { return queues.size() == objects.size(); }
     std::size_t size() const;
 };
 
-/// Those of a port as the device counts it.
+/// The queues of a port in the device's numbering.
 Selection select(py::handle self, const Object& port);
-/// Waits until each queue has this many rows, at most until `deadline`; gives the number that all have, at most
+/// Waits until each queue has this many rows, until `deadline` at most; returns the number that all have, at most
 /// `count`.
 Task awaitRows(Op op, std::shared_ptr<Selection> selection, std::size_t count, Deadline deadline);
-/// Takes consecutive rows as a block, `count` of them at the most.
+/// Takes at most `count` consecutive rows as a block.
 std::shared_ptr<SampleBlock> takeBlock(py::handle self, const Object& port, const Selection& selection,
                                        std::size_t count);
 
-// What the row queues are told of a stream. Queues that are not ours are told nothing.
+// Pass a stream's rate, start and end to the row queues; foreign queues are skipped.
 void noteRate(py::handle self, int port, double rate);
 void noteStart(py::handle self, const Object& port);
 void noteEnd(py::handle self, int port);
 
-/// Blocks of a stream one after the other.
+/// The iterator over a stream's blocks.
 extern const Definition streamOfBlocks;
 
 /// The list of chip selects that are enabled on a port.

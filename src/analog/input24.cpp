@@ -6,7 +6,7 @@ namespace zvr::python {
 
 namespace {
 
-// One sample of three bytes per channel from byte 2 on; `convert` makes a value of the bytes.
+// One sample of three bytes per channel from byte 2 on, decoded by `convert`.
 template <class Convert>
 py::list samples(py::handle self, const Bytes& data, Convert convert) {
     py::list values;

@@ -39,7 +39,7 @@ py::list toFloats(const std::vector<RowRun>& rows) {
 
 constexpr ItemKind floatRows{toFloats, fromFloats};
 
-// One for each chip select of each port; an input without a choice of them has one.
+// One per chip select of each port; a single one if chip selects cannot be chosen.
 std::vector<StreamKey> streamKeys(py::handle self, int command) {
     const AnalogInput& input = traitsOf(self).analogInput;
     const int chipSelects = input.enables == Enables::chipSelects ? input.chipSelects : 1;
@@ -52,7 +52,7 @@ std::vector<StreamKey> streamKeys(py::handle self, int command) {
     return keys;
 }
 
-// How the fields say that a frame becomes rows now.
+// The current layout of rows, from the object's fields.
 RowLayout layoutOf(py::handle self) {
     const auto columns = argument<int>(attribute(self, "ai_num_channels"), "ai_num_channels");
     const auto ratio = argument<double>(attribute(self, "ai_ratio"), "ai_ratio");
@@ -104,7 +104,7 @@ std::shared_ptr<RowFifo> ownRows(const Object& queue) {
     return rows && &rows->kind == &floatRows && !rows->isForeign() ? rows : nullptr;
 }
 
-// Shows the row queues of a port, each with its place in the lists; an object that has none is left alone.
+// Calls `tell` with each row queue of a port; does nothing for an object without queues.
 template <class Tell>
 void tellQueues(py::handle self, const Object& port, Tell tell) {
     try {
@@ -121,7 +121,7 @@ void requireOurs(const Selection& selection) {
     if (!selection.ours()) throw py::type_error("the object's signal queues are not the library's own");
 }
 
-// Takes rows of one width under the lock of their queues, without the interpreter's.
+// Takes rows of one width under the locks of their queues, without the interpreter lock.
 RowsTaken takeUniform(const Selection& selection, const RowsWanted& wanted) {
     requireOurs(selection);
     const WithoutGil released;
@@ -208,7 +208,7 @@ void noteRate(py::handle self, int port, double rate) {
     tellQueues(self, py::int_(port), [&](RowFifo& rows) { rows.setRate(rate); });
 }
 
-// Frames that have come before are of earlier runs.
+// Frames received before this call belong to earlier runs.
 void noteStart(py::handle self, const Object& port) {
     const std::uint64_t before = StreamItem::newest;
     tellQueues(self, port, [&](RowFifo& rows) { rows.beginRun(before); });
@@ -220,7 +220,7 @@ void noteEnd(py::handle self, int port) {
 
 namespace {
 
-// The steps for queues or ways to read them that are not ours: row by row through the object.
+// For foreign queues or overridden methods: reads row by row through the object.
 Task readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows, Object delay) {
     py::list result;
     for (std::size_t row = 0; row < rows; ++row) {
@@ -234,7 +234,7 @@ Task readRowByRow(Op op, std::shared_ptr<Selection> selection, std::size_t rows,
     co_return result;
 }
 
-// What all readings begin with: the port is checked, and rows are waited for.
+// Begins every read: checks the port and waits for rows.
 Task beginReading(Op op, Object port, double delay, std::shared_ptr<Selection> selection, std::size_t count) {
     port = devicePort(op.self(), port);
     op.call("_checkAIPort", port);
@@ -288,7 +288,7 @@ public:
     /// Its last dimension; 0 for memory that has one dimension only.
     std::size_t columns() const { return view_.ndim < 2 ? 0 : static_cast<std::size_t>(view_.shape[view_.ndim - 1]); }
 
-    /// Throws Failure InputDataNotInRangeError if it does not take rows of this width.
+    /// Throws Failure InputDataNotInRangeError if rows of this width do not fit.
     void requireRows(std::size_t width) const {
         const std::string wanted = std::to_string(width) + " is wanted";
         if (columns() != 0 && columns() != width) {
@@ -309,7 +309,7 @@ Task readInto(Op op, Object port, Object buffer, Seconds delay) {
     const auto memory = std::make_shared<WritableDoubles>(buffer);
     const auto selection = std::make_shared<Selection>();
     co_await op.run(beginReading(op, port, 0, selection, 0));
-    // Rows that wait may have an older width.
+    // Waiting rows may have an older width.
     std::size_t width =
         argument<std::uint32_t>(attribute(op.self(), "ai_num_channels"), "ai_num_channels") * selection->objects.size();
     if (selection->size() > 0) width = takeUniform(*selection, {.rows = 0}).columns;
@@ -328,7 +328,7 @@ Task readInto(Op op, Object port, Object buffer, Seconds delay) {
 }
 
 const Parameter countParameter{"num_samples", "int", "most rows to read"};
-const Parameter delayParameter{"delay", "float", "seconds to wait at most for that many rows; with 0 nothing is read",
+const Parameter delayParameter{"delay", "float", "longest wait for that many rows in seconds; with 0 nothing is read",
                                "0.005"};
 const Raises portRaises{checkAIPort};
 
@@ -372,7 +372,7 @@ void defineInputStreaming(Feature& based) {
         .field({"ai_open_flag", "bool", "whether the port is open"})
         .shared({.name = "_AI_changePortToIndex",
                  .parameters = {{"port", "int", "0, 1 or 3"}, {"cs", "int", "chip select"}},
-                 .doc = "Place of a pair of queues in the lists.",
+                 .doc = "Index of a pair of queues in the lists.",
                  .returns = {"int", "counted from 0"},
                  .raises = {"UnboundLocalError: another port"},
                  .body = indexOfQueue})
@@ -394,21 +394,19 @@ void defineInputReading(Feature& module) {
     module
         .withoutTimeout({.name = "AI_readStreaming",
                          .parameters = {inputPortParameter, countParameter, delayParameter},
-                         .doc = "Takes rows that have been streamed.",
+                         .doc = "Takes streamed rows.",
                          .returns = {"list[list[float]]",
-                                     "rows of volts, the channels of all enabled chip selects behind each other; fewer "
-                                     "rows than asked for, "
-                                     "or none, if no more came in time",
+                                     "rows of volts, all channels of the enabled chip selects in order; fewer rows "
+                                     "than requested, or none, if no more came in time",
                                      "the row queues"},
                          .raises = portRaises,
                          .body = readStreaming})
         .withoutTimeout({.name = "AI_readStreamingBlock",
                          .parameters = {inputPortParameter, countParameter, delayParameter},
-                         .doc = "Takes rows that have been streamed as one block of doubles.",
+                         .doc = "Takes streamed rows as one block of doubles.",
                          .returns = {"SampleBlock",
-                                     "volts, (rows, columns); rows of another width than the first, of another run or "
-                                     "behind a gap are left "
-                                     "for the next call",
+                                     "volts, (rows, columns); rows of another width, of another run or after a gap are "
+                                     "left for the next call",
                                      "the row queues"},
                          .raises = portRaises,
                          .body = readBlock})
@@ -416,9 +414,9 @@ void defineInputReading(Feature& module) {
             {.name = "AI_readStreamingInto",
              .parameters = {inputPortParameter,
                             {"buffer", "Any",
-                             "writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one"},
+                             "writable, C-contiguous buffer of doubles, such as numpy.empty((rows, columns))"},
                             delayParameter},
-             .doc = "Writes rows that have been streamed into the caller's memory, as many as fit.",
+             .doc = "Writes as many streamed rows into the caller's memory as fit.",
              .returns = {"int", "number of rows written, from the beginning of the buffer on", "the row queues"},
              .raises = {checkAIPort, "TypeError: the buffer is not one of doubles", "BufferError: it is not writable",
                         "InputDataNotInRangeError: its last dimension is not the row's width, or it holds less than a "
@@ -428,7 +426,7 @@ void defineInputReading(Feature& module) {
         .shared({.name = "AI_getBacklog",
                  .parameters = {inputPortParameter},
                  .doc = "Returns how many rows wait to be read.",
-                 .returns = {"int", "rows that every enabled chip select has", "the row queues"},
+                 .returns = {"int", "rows available from every enabled chip select", "the row queues"},
                  .raises = portRaises,
                  .body =
                      [](py::handle self, const Object& slot) {

@@ -1,4 +1,4 @@
-// Counts pieces of work from their beginning to their end.
+// Tracks pieces of work from beginning to end.
 #pragma once
 
 #include <algorithm>
@@ -10,10 +10,10 @@
 
 namespace zvr {
 
-/// Numbers the pieces of a work, from 1 on, and tells when all up to one of them are done.
+/// Numbers pieces of work from 1 on, and waits until all up to a number are done.
 class Ledger {
 public:
-    /// A piece of the calling thread, from now to the end of the scope.
+    /// One piece of work of the calling thread, for a scope.
     class Entry {
     public:
         explicit Entry(Ledger& ledger) : ledger_(ledger), number_(ledger.begin()) {}
@@ -31,7 +31,7 @@ public:
         return begun_;
     }
 
-    /// Whether the calling thread is at a piece.
+    /// Whether the calling thread is inside a piece.
     bool isMine() const {
         const std::lock_guard lock(mutex_);
         return std::ranges::any_of(open_, [](const auto& piece) { return piece.second == std::this_thread::get_id(); });

@@ -8,8 +8,8 @@ namespace {
 
 constexpr const char* keeperName = "_logging";
 
-// Sits in the object's dictionary, knows the fields as they are, and hands them to the thread when the object goes. The
-// collector sees what it holds: a writer may well refer to the logger.
+// Lives in the object's dictionary, holds the current fields, and passes them to the thread when the object dies. The
+// garbage collector sees what it holds, since a writer may refer to the logger.
 struct Keeper {
     PyObject_HEAD std::shared_ptr<LogThread>* thread;
     std::array<PyObject*, logFieldNames.size()> fields;
@@ -53,7 +53,7 @@ void deallocateKeeper(PyObject* self) {
 
 Object dictionaryOf(py::handle object) { return own(PyObject_GenericGetDict(object.ptr(), nullptr)); }
 
-// An attribute in the object's dictionary, as any other.
+// A descriptor that stores its value in the object's dictionary.
 struct Field {
     PyObject_HEAD LogField field;
     const char* name() const { return logFieldNames[static_cast<std::size_t>(field)]; }
@@ -87,7 +87,7 @@ PyObject* getField(PyObject* self, PyObject* object, PyObject* /*type*/) {
     }
 }
 
-// Sets the attribute, or deletes it where there is no value.
+// Sets the attribute, or deletes it if `value` is null.
 int setField(PyObject* self, PyObject* object, PyObject* value) {
     try {
         const Object dictionary = dictionaryOf(object);
@@ -126,7 +126,7 @@ void prepareTypes() {
     keeperType.tp_traverse = traverseKeeper;
     keeperType.tp_clear = clearKeeper;
     fieldType.tp_name = "pyzvr.log_field";
-    fieldType.tp_doc = "A field of a logger that its thread looks at.";
+    fieldType.tp_doc = "A field of a logger that its thread uses.";
     fieldType.tp_basicsize = sizeof(Field);
     fieldType.tp_flags = Py_TPFLAGS_DEFAULT;
     fieldType.tp_dealloc = deallocateField;

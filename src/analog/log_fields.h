@@ -1,17 +1,17 @@
-// The fields of a logger's object that its thread looks at, as ordinary attributes that tell the thread of a change.
+// The fields of a logger's object that its thread uses: ordinary attributes that notify the thread of changes.
 #pragma once
 
 #include "analog/log_thread.h"
 
 namespace zvr::python {
 
-/// Puts the fields into the class.
+/// Adds the fields to the class.
 void defineLogFields(py::handle type);
 
-/// The thread of an object; nothing if it has none.
+/// The thread of an object; null if it has none.
 std::shared_ptr<LogThread> keptLogThread(py::handle self);
 
-/// Makes it the object's own; the one before, if any, ends.
+/// Makes it the object's thread; a previous one ends.
 void keepLogThread(py::handle self, std::shared_ptr<LogThread> thread);
 
 }  // namespace zvr::python

@@ -10,10 +10,10 @@ namespace zvr::python {
 
 namespace {
 
-// Rows of a block that are written in one go; the others of the interpreter have their turn in between.
+// Rows of a block that are written per call; other Python threads may run in between.
 constexpr Py_ssize_t rowsInOneGo = 256;
 
-// Takes a lock without waiting, where it can be asked so.
+// Takes a lock without waiting, if it supports that.
 bool tryLock(py::handle lock) {
     try {
         return isTrue(callMethod(lock, "acquire", py::bool_(false)));
@@ -62,14 +62,14 @@ std::size_t rowsOf(py::handle rows) {
     return count < 0 ? 1 : static_cast<std::size_t>(count);
 }
 
-void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& abandoned) {
+void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& cancelled) {
     if (!py::isinstance<SampleBlock>(rows)) {
         callMethod(writer, "writerows", rows);
         return;
     }
     const Object view = own(PyMemoryView_FromObject(rows.ptr()));
     const Py_ssize_t count = PyObject_Size(view.ptr());
-    for (Py_ssize_t first = 0; first < count && !abandoned; first += rowsInOneGo) {
+    for (Py_ssize_t first = 0; first < count && !cancelled; first += rowsInOneGo) {
         const py::slice some(first, std::min(first + rowsInOneGo, count), 1);
         callMethod(writer, "writerows", callMethod(own(PyObject_GetItem(view.ptr(), some.ptr())), "tolist"));
         const WithoutGil released;
@@ -80,7 +80,7 @@ void openLock(py::handle lock) {
     try {
         callMethod(lock, "release");
     } catch (const py::error_already_set& failure) {
-        // It is open already, or not ours to open.
+        // It is not locked, or locked by another thread.
         if (!failure.matches(PyExc_RuntimeError)) throw;
     }
 }

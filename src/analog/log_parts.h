@@ -1,5 +1,4 @@
-// What a logger writes through: a lock, a queue and a writer, each the library's own, the host's, or anything of the
-// kind.
+// The parts of a logger: a lock, a queue and a writer, each the library's own, Python's, or any compatible object.
 #pragma once
 
 #include <atomic>
@@ -9,25 +8,25 @@
 
 namespace zvr::python {
 
-/// The gate that the lock is; nothing for a lock of another type, a subclass included: that is used by its methods.
+/// The gate behind a lock; null for any other type, subclasses included, which are used through their methods.
 std::shared_ptr<Gate> ownGate(py::handle lock);
 bool isOwnQueue(py::handle queue);
 
 bool isShut(py::handle lock);
-/// Whether a thread may go on: the lock is taken and given back.
+/// Whether a thread may go on: takes the lock and releases it.
 bool tryPass(py::handle lock);
-/// Lets a thread through that stands at this gate or lock.
+/// Opens a gate or lock for a thread that waits at it.
 void openLock(py::handle lock);
-/// Shuts it, without ever waiting.
+/// Shuts it without waiting.
 void shutLock(py::handle lock);
 
 bool isEmpty(py::handle queue);
 std::uint64_t sizeOf(py::handle queue);
-/// Puts what only wakes a thread; a full queue needs none.
+/// Puts the marker that wakes a thread; a full queue needs none.
 void putMarker(py::handle queue);
 
 std::size_t rowsOf(py::handle rows);
-/// Writes rows, or as many of a block as there is time for until it is abandoned.
-void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& abandoned);
+/// Writes rows; a block is written until `cancelled`.
+void writeRows(py::handle writer, py::handle rows, const std::atomic<bool>& cancelled);
 
 }  // namespace zvr::python

@@ -12,12 +12,12 @@ namespace zvr::python {
 
 namespace {
 
-// A lock of the host tells nobody that it is free.
+// A Python lock cannot notify that it is free, so it is polled.
 constexpr std::chrono::milliseconds lockPoll{20};
 constexpr std::chrono::milliseconds lookEvery{50};
 constexpr const char* bodyName = "_saveStreamingDataThread";
 
-// Touched under the interpreter lock only.
+// Accessed under the interpreter lock only.
 std::set<std::shared_ptr<LogThread>>& threads() {
     static auto& all = neverDestroyed<std::set<std::shared_ptr<LogThread>>>();
     return all;
@@ -27,7 +27,7 @@ Object held(const SharedObject& object) { return object ? borrow(object.get()) :
 
 }  // namespace
 
-// Nothing passes or is written while one of these is there.
+// While one of these exists the thread takes and writes nothing.
 class LogThread::Standing {
 public:
     explicit Standing(LogThread& thread) : thread_(thread) { ++thread_.standing_; }
@@ -90,7 +90,7 @@ Object LogThread::present(LogField field) const {
     return found && found.is_none() ? Object() : found;
 }
 
-// While the object is being collected it is no more, and yet the end has not come: that comes next.
+// During GC the weak reference is already dead but the end has not been set yet.
 bool LogThread::isOver() const {
     if (ended_) return true;
     const Object object = owner();
@@ -126,7 +126,7 @@ void LogThread::wake() {
 
 void LogThread::inherit(LogFields left) {
     if (isForeign()) {
-        // What the file has not given to the disk yet is the parent's to write: it must never be closed here.
+        // The file's buffered data is the parent's to write, so the file must never be closed here.
         (void)neverDestroyed(std::move(left));
         (void)neverDestroyed(shared_from_this());
         return;
@@ -144,7 +144,7 @@ void LogThread::inherit(LogFields left) {
         putMarker(queue);
         return;
     }
-    // An object may be collected at any moment, also while this very thread holds the lock of that queue.
+    // An object may be collected at any moment, even while this thread holds the lock of that queue.
     startThread(name(), [queue = waiting_]() mutable { onInterpreter([&] { putMarker(queue.get()); }); });
 }
 
@@ -154,8 +154,8 @@ void LogThread::end() {
     wake();
 }
 
-std::size_t LogThread::abandon() {
-    abandoned_ = true;
+std::size_t LogThread::cancel() {
+    cancelled_ = true;
     std::size_t rows = rowsInWork_;
     for (const Object& queue : queues()) {
         while (!isEmpty(queue)) {
@@ -177,8 +177,7 @@ std::vector<Object> LogThread::queues() const {
     return all;
 }
 
-// The queue to take from, and whether it is the one that will be filled. What a queue held when it was replaced comes
-// first.
+// The queue to take from, and whether it is the current one. Items of replaced queues come first.
 std::pair<Object, bool> LogThread::nextQueue() {
     while (!replaced_.empty()) {
         const Object first = held(replaced_.front().queue);
@@ -192,14 +191,14 @@ std::pair<Object, bool> LogThread::nextQueue() {
     return {present(LogField::queue), true};
 }
 
-// Of the wait for an item, during which the object must not be held.
+// The timeout of a wait for an item; the object must not be held during that wait.
 Object LogThread::timeLimit() const {
     const Object object = owner();
     const Object limit = object.is_none() ? Object() : attributeOrNothing(object, "queue_timeout");
     return limit ? limit : py::int_(QUEUE_TIMEOUT);
 }
 
-// An item; nothing if none came.
+// An item; null if none came.
 Object LogThread::take(const Object& queue, bool waits) {
     try {
         if (!waits) return callMethod(queue, "get", py::bool_(false));
@@ -249,8 +248,7 @@ void LogThread::awaitPauseEnd(const InterruptCheck& onWait) {
     }
 }
 
-// The writer of now. Rows that were taken wait for a file as those in the queue do; only at the very end may there be
-// rows without one.
+// Waits for a writer. Rows already taken wait for a file as queued ones do; only at the end may there be none.
 Object LogThread::awaitWriter() {
     for (;;) {
         awaitPauseEnd({});
@@ -278,7 +276,7 @@ void LogThread::write(const Object& writer, const Object& rows) {
     const Ledger::Entry entry(writes_);
     rowsInWork_ = rowsOf(rows);
     try {
-        writeRows(writer, rows, abandoned_);
+        writeRows(writer, rows, cancelled_);
     } catch (...) {
         ++lost_;
         if (!std::exchange(reported_, true)) reportThreadFailure(name(), caught());
@@ -286,7 +284,7 @@ void LogThread::write(const Object& writer, const Object& rows) {
     rowsInWork_ = 0;
 }
 
-// While another body stands in the place of the library's, the thread does nothing after the call of it.
+// While the body is replaced by a user's, the thread only calls that one.
 bool LogThread::otherBodyRuns(std::uint64_t seen) {
     Object object = owner();
     if (object.is_none()) return false;
@@ -303,7 +301,7 @@ bool LogThread::otherBodyRuns(std::uint64_t seen) {
 }
 
 void LogThread::writeAll() {
-    while (!abandoned_) {
+    while (!cancelled_) {
         passGate(
             {}, [&] { return present(LogField::lock); }, [&] { return ended_.load(); });
         const std::uint64_t seen = changes_;
@@ -336,7 +334,7 @@ void LogThread::run() {
     });
 }
 
-// An object that was dropped, or is there still at the end of the interpreter, has not closed its file.
+// Closes the file of an object that was dropped, or still exists at interpreter shutdown.
 void LogThread::finish() {
     waiting_.reset();
     finished_ = true;
@@ -359,7 +357,7 @@ void LogThread::awaitWritten() {
     if (hostThread_ && attribute(hostThread_.get(), "ident").equal(py::int_(PyThread_get_thread_ident()))) return;
     std::uint64_t size = 0;
     for (const Object& queue : queues()) size += sizeOf(queue);
-    // One item a turn: those of the queue, after the one that the thread is at. The marker ends a turn that waits.
+    // One item per turn: the current one, then those of the queue. The marker ends a waiting turn.
     std::uint64_t target = turns_.begun() + size;
     Object queue = present(LogField::queue);
     if (queue && !standsStill()) putMarker(queue);
@@ -367,7 +365,7 @@ void LogThread::awaitWritten() {
         if (!works() || standsStill()) return;
         const std::vector<Object> all = queues();
         if (std::ranges::all_of(all, [](const Object& each) { return isEmpty(each); })) {
-            // Somebody else took some of it, or a body of the user's counts no turns.
+            // Another thread took some items, or a user's body counts no turns.
             target = std::min(target, turns_.begun());
             if (hostThread_ && target == 0) return;
             if (!all.empty()) putMarker(all.back());
@@ -382,7 +380,7 @@ void LogThread::awaitWritten() {
 }
 
 void LogThread::writeRest() {
-    if (isForeign() || works() || turns_.isMine() || (ended_ && finished_)) return;  // the end has closed the file
+    if (isForeign() || works() || turns_.isMine() || (ended_ && finished_)) return;  // the file is already closed
     for (const Object& queue : queues()) {
         for (std::uint64_t left = sizeOf(queue); left > 0 && !isEmpty(queue); --left) {
             const Object item = take(queue, false);
@@ -403,8 +401,8 @@ void LogThread::drain() {
         if (const Object file = present(LogField::file)) callMethod(file, "flush");
         return;
     }
-    // Who still writes now writes for ever.
-    abandoned_ = true;
+    // A write still in progress here will not finish.
+    cancelled_ = true;
     noteChange();
     blocking([&](const InterruptCheck& onWait) { return awaitEnd(forever, onWait); });
 }
@@ -427,7 +425,7 @@ void LogThread::runFor(py::handle owner, const Object& queue) {
         if (!rows.is_none()) {
             awaitPauseEnd(onWait);
             const Ledger::Entry entry(writes_);
-            writeRows(attribute(owner, "writer_csv"), rows, abandoned_);
+            writeRows(attribute(owner, "writer_csv"), rows, cancelled_);
         }
         blocking([](const InterruptCheck& look) {
             if (look) look();

@@ -11,48 +11,48 @@
 
 namespace zvr::python {
 
-/// The fields of a logger's object that its thread looks at.
+/// The fields of a logger's object that its thread uses.
 enum class LogField { file, writer, queue, lock };
 inline constexpr std::array<const char*, 4> logFieldNames{"f_handle", "writer_csv", "save_data_queue",
                                                           "save_data_lock"};
-/// Their values; nothing where there is none.
+/// Their values; null if missing.
 using LogFields = std::array<SharedObject, logFieldNames.size()>;
 
-/// What stands behind the object of a logger. The thread looks at the object's fields as they are at each step, and
-/// keeps the object alive for no longer than a look. When the object is gone, it writes what is queued with what the
-/// object left, closes the file and ends.
+/// The native part of a logger. The thread reads the object's fields at each step and keeps the object alive only
+/// during that. When the object is gone, the thread writes the queued rows with its last fields, closes the file and
+/// ends.
 ///
-/// All members are for callers with the interpreter lock; those that wait let it go meanwhile.
+/// All members require the interpreter lock; those that wait release it meanwhile.
 class LogThread final : public OwnedThread, public std::enable_shared_from_this<LogThread> {
 public:
     explicit LogThread(py::handle owner);
 
     void start();
-    /// Lets a thread of the host do the work; what a class puts in the place of the thread's body runs there.
+    /// Uses a Python thread for the work, which runs a subclass's own thread body.
     void startOnHost(const Object& thread);
-    /// Whether there is a thread that writes.
+    /// Whether a thread is there to write.
     bool works() const;
 
-    /// To be told of every change of a watched field, with its value before and now; nothing where there is none.
+    /// Called at every change of a field, with its old and new value; null for none.
     void noteChange(LogField field, const Object& before, const Object& now);
     void noteChange();
-    /// The object goes, and leaves this.
+    /// The object is being deallocated and leaves these fields.
     void inherit(LogFields left);
     /// Ends the thread when its queue is empty.
     void end();
-    /// Ends the thread at once; returns how many rows, at most, are not written.
-    std::size_t abandon();
+    /// Ends the thread at once; returns the largest possible number of unwritten rows.
+    std::size_t cancel();
 
-    /// Waits until everything that is queued now is in the file; returns early if nobody writes: the gate is shut, no
-    /// file is open, or the thread has ended.
+    /// Waits until everything queued so far is in the file; returns early if nothing is written because the gate is
+    /// shut, no file is open, or the thread has ended.
     void awaitWritten();
-    /// Writes what is queued now on this thread, if no other is there to do it.
+    /// Writes the queued rows on this thread, if no other thread does.
     void writeRest();
 
-    /// Ends the thread, whatever its gate, and waits until what is queued for an open file is on its way to the disk.
+    /// Ends the thread, even at a shut gate, and waits until the rows queued for an open file are flushed.
     void drain();
 
-    /// Keeps all threads from writing, from the end of what they are at to the end of the scope.
+    /// Waits for writes in progress and blocks further ones for a scope.
     class Pause {
     public:
         explicit Pause(LogThread& thread);
@@ -64,14 +64,14 @@ public:
         LogThread& thread_;
     };
 
-    /// The body for any queue, on this thread, until the object is killed; errors are the caller's.
+    /// Runs the body for any queue on this thread until the object is killed; errors propagate to the caller.
     void runFor(py::handle owner, const Object& queue);
 
-    /// Name of the file that is open, for a message.
+    /// Name of the open file, for messages.
     Object fileName() const;
     std::uint64_t lost() const { return lost_; }
 
-    /// Those that have rows to write, or may have.
+    /// All threads that may have rows to write.
     static std::vector<std::shared_ptr<LogThread>> all();
 
 private:
@@ -105,9 +105,9 @@ private:
     ThreadBody body_;
     SharedObject hostThread_;
     LogFields heritage_;
-    SharedObject file_;              // held here, or the collector would close it together with an object that it takes
-    std::deque<Replaced> replaced_;  // their items come before those of the present queue
-    SharedObject waiting_;           // the queue that the thread waits in
+    SharedObject file_;              // held here, so that the garbage collector does not close it with the object
+    std::deque<Replaced> replaced_;  // their items come before those of the current queue
+    SharedObject waiting_;           // the queue that the thread waits on
     std::shared_ptr<Gate> gate_;
     std::size_t rowsInWork_ = 0;
     int standing_ = 0;
@@ -115,14 +115,14 @@ private:
     bool finished_ = false;
     bool reported_ = false;
     std::atomic<bool> ended_{false};
-    std::atomic<bool> abandoned_{false};
+    std::atomic<bool> cancelled_{false};
     std::uint64_t lost_ = 0;
 
     std::mutex mutex_;
     std::condition_variable changed_;
     std::atomic<std::uint64_t> changes_{0};
     Ledger turns_;   // each takes one item from the queue
-    Ledger writes_;  // each begins with a look at the writer
+    Ledger writes_;  // each begins by looking up the writer
 };
 
 }  // namespace zvr::python

@@ -1,4 +1,4 @@
-// The logger: rows go to a CSV file from a thread of its own, so that who reads never waits for the disk.
+// The logger: rows go to a CSV file from a thread of its own, so that readers never wait for the disk.
 #include "analog/logger.h"
 
 #include "analog/analog.h"
@@ -17,8 +17,7 @@ namespace {
 
 using LogThreadPointer = std::shared_ptr<LogThread>;
 
-// An object whose class did without the constructor of DataLogger has no thread of ours, and yet steps that need to
-// know of each other.
+// A subclass that never calls DataLogger.__init__ gets its LogThread here, without a thread, to coordinate its steps.
 LogThreadPointer loggerOf(py::handle self) {
     if (LogThreadPointer kept = keptLogThread(self)) return kept;
     const auto made = std::make_shared<LogThread>(self);
@@ -32,7 +31,7 @@ Object fileOf(py::handle self) {
     return file ? file : py::none();
 }
 
-// Puts another file in the place of the open one, between two writes. Gives the old one back.
+// Replaces the open file between two writes. Returns the old one.
 Object exchangeFile(py::handle self, LogThread& logger, const Object& file, const Object& writer) {
     const LogThread::Pause pause(logger);
     Object before = fileOf(self);
@@ -45,7 +44,7 @@ void closeIfOpen(const Object& file) {
     if (!file.is_none()) callMethod(file, "close");
 }
 
-// What is queued reaches the file.
+// Waits until the queued rows are in the file.
 void awaitWritten(py::handle self, LogThread& logger) {
     if (fileOf(self).is_none()) return;
     logger.awaitWritten();
@@ -91,7 +90,7 @@ void construct(py::handle self) {
     logger->startOnHost(thread);
 }
 
-// Whether this is the file that is open already. What is no file of the system is known by its name.
+// Whether this file is already open. An object that is no system file is compared by name.
 bool isOpen(py::handle self, const Object& name) {
     const Object file = fileOf(self);
     if (file.is_none()) return false;
@@ -117,7 +116,7 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         }
     };
     if (isOpen(self, name)) {
-        // Through two files at once, rows would mix.
+        // Two open files at once would interleave rows.
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, py::none(), py::none()));
     }
@@ -164,13 +163,13 @@ void closeLogger(py::handle self, const Object& /*verbose*/) {
                });
 }
 
-// After Ctrl-C, for the rows that a thread is at.
+// Time after Ctrl-C for a write in progress.
 constexpr std::chrono::milliseconds lastRows{500};
 
 void tellLost(LogThread& logger) noexcept {
     try {
         const Object name = logger.fileName();
-        const std::size_t rows = logger.abandon();
+        const std::size_t rows = logger.cancel();
         const auto errors = pythonObject("sys", "stderr");
         if (rows == 0 || errors.is_none()) return;
         const Object text =
@@ -192,31 +191,29 @@ Object alone(const Object& item) {
 
 void defineLogger(Package& package) {
     const Parameter verbose{"verbose", "bool", "whether to print a line", "True"};
-    const std::string flushText = "Waits until everything queued is in the file, and the file on its way to the disk.";
+    const std::string flushText = "Waits until everything queued is in the file, and flushes the file.";
     const Raises flushErrors{
-        "OSError: the disk refuses what is left; what it refused before is in Logger_getLostWrites"};
+        "OSError: the rest cannot be written; earlier failures are counted by Logger_getLostWrites"};
     package
-        .makeClass(
-            "DataLogger", {},
-            "Writes rows to a CSV file from a thread of its own. What is queued before a file is open is written "
-            "when one is.")
+        .makeClass("DataLogger", {},
+                   "Writes rows to a CSV file from a thread of its own. Rows queued before a file is open are written "
+                   "once one is.")
         .field({"f_handle", "Any", "the open file; None while there is none"})
         .field({"writer_csv", "Any", "the CSV writer over it"})
         .field({"filename", "str | None", "name of the file opened last"})
         .field({"save_data_lock", "Gate", "gate of the thread, shut until a file is open"})
-        .field({"save_data_queue", "ItemFifo", "matrices of rows that wait"})
+        .field({"save_data_queue", "ItemFifo", "matrices of rows to be written"})
         .field({"save_data_thread", "DeviceThread", "the thread that writes"})
-        .field({"queue_timeout", "int", "seconds that the thread waits for rows before it looks around"})
+        .field({"queue_timeout", "int", "seconds that the thread waits for rows before it checks its state"})
         .field({"killed", "bool", "set once; the thread ends when its queue is empty"})
         .method({.name = "__init__", .doc = "Starts the thread, which waits for a file.", .body = construct})
         .method({.name = "Logger_openFile",
                  .parameters = {{"filename", "str", "name of the file"},
                                 {"clear_old", "bool", "whether to empty the file; else rows are added", "False"},
                                 verbose},
-                 .doc = "Opens a file, after all that is queued for the one before has reached that.",
-                 .raises = {"OSError: the file cannot be opened; nothing changes then, but that the same file, if it "
-                            "was open, is "
-                            "closed"},
+                 .doc = "Opens a file once all rows queued for the previous one are written.",
+                 .raises = {"OSError: the file cannot be opened; nothing changes then, except that the same file, if "
+                            "it was open, is closed"},
                  .body = openFile})
         .method({.name = "Logger_writeHeader",
                  .parameters = {{"header", "Sequence[object]", "titles of the columns"}},
@@ -251,12 +248,12 @@ void defineLogger(Package& package) {
             {.name = "_saveStreamingDataThread",
              .parameters = {{"queue_", "Any", "the queue to take matrices from"}},
              .doc = "Body of the thread: passes the gate, takes a matrix and writes it, until the object is killed.",
-             .raises = {"queue.Empty: nothing came within `queue_timeout`"},
+             .raises = {"queue.Empty: nothing arrived within `queue_timeout`"},
              .body = [](py::handle self, const Object& queue) { loggerOf(self)->runFor(self, queue); }})
         .method({.name = "_Logger_close",
                  .parameters = {{"verbose", "bool", "without effect", "True"}},
-                 .doc = "Writes what is queued, closes the file and ends the thread for good.",
-                 .raises = {"OSError: the disk refuses it"},
+                 .doc = "Writes the queued rows, closes the file and ends the thread for good.",
+                 .raises = {"OSError: the rows cannot be written"},
                  .body = closeLogger});
     defineLogFields(package.get("DataLogger"));
     refusePickling(package.get("DataLogger"));
@@ -278,7 +275,7 @@ void drainLoggers() {
         for (const LogThreadPointer& logger : all) {
             if (!logger->isForeign()) tellLost(*logger);
         }
-        // What is in the file's buffer reaches the disk when the thread closes it.
+        // The file's buffer is flushed when the thread closes it.
         blocking([&](const InterruptCheck&) {
             for (const Deadline late = Clock::now() + lastRows; const LogThreadPointer& logger : all) {
                 if (!logger->isForeign()) logger->awaitEnd(late, {});

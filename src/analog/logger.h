@@ -1,10 +1,10 @@
-// The logger's part in the end of the interpreter.
+// The logger's part in interpreter shutdown.
 #pragma once
 
 namespace zvr::python {
 
-/// Waits for every live logger until what is queued for an open file is written, then lets their threads end. Ctrl-C
-/// ends the wait and tells what is lost. To be called with the interpreter lock held, while threads still get it.
+/// Waits until every live logger has written the rows queued for an open file, then lets their threads end. Ctrl-C ends
+/// the wait and reports the loss. Call it with the interpreter lock held, while other threads can still get it.
 void drainLoggers();
 
 }  // namespace zvr::python

@@ -19,7 +19,7 @@ const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineChe
                  checkAOChannel{.name = "_checkAOChannel",
                                 .parameters = {{"channel", "int", "channel, counted from 0"}},
                                 .doc = "Raises AOChannelNotAvaliableError unless the model has the channel.",
-                                .raises = {"InputTypeNotCorrectError: `channel` is no integer",
+                                .raises = {"InputTypeNotCorrectError: `channel` is not an integer",
                                            "AOChannelNotAvaliableError: the model has no such channel"},
                                 .body =
                                     [](py::handle self, const Object&channel) {
@@ -34,8 +34,8 @@ const Definition checkAOPort = portCheck(outputPorts), checkAOPinState = lineChe
 const Definition checkRate{
     .name = "_ckeckAOSamplingRate",
     .parameters = {{"rate", "float", "rate in Hz"}},
-    .doc = "Refuses a rate above the model's limit.",
-    .raises = {"InputTypeNotCorrectError: it is no number", "AORateNotVaildError: it is above the limit"},
+    .doc = "Raises AORateNotVaildError if the rate is above the model's limit.",
+    .raises = {"InputTypeNotCorrectError: it is not a number", "AORateNotVaildError: it is above the limit"},
     .body = [](py::handle self, const Object& rate) {
         checkIsNumber(rate, "rate");
         if (rate > attribute(self, "ao_rate")) throw Failure(FailureId::AORateNotVaildError);
@@ -99,14 +99,15 @@ void defineChecks(Feature& output) {
         output.shared(check);
     }
     output.operation(checkAOPinState)
-        .shared({.name = "_checkAONumOfValues",
-                 .parameters = {{"value", "int", "number of values, at most 13"}},
-                 .doc = "Refuses more values than one push takes.",
-                 .raises = {"InputTypeNotCorrectError: it is no integer", "InputDataNotInRangeError: another value"},
-                 .body = [](py::handle, const Object& value) {
-                     checkIsInt(value, "value");
-                     if (value > py::int_(13)) throw Failure(FailureId::InputDataNotInRangeError);
-                 }});
+        .shared(
+            {.name = "_checkAONumOfValues",
+             .parameters = {{"value", "int", "number of values, at most 13"}},
+             .doc = "Raises InputDataNotInRangeError unless one push takes that many values.",
+             .raises = {"InputTypeNotCorrectError: it is not an integer", "InputDataNotInRangeError: another value"},
+             .body = [](py::handle, const Object& value) {
+                 checkIsInt(value, "value");
+                 if (value > py::int_(13)) throw Failure(FailureId::InputDataNotInRangeError);
+             }});
 }
 
 std::vector<FieldDoc> offered() {
@@ -117,7 +118,7 @@ std::vector<FieldDoc> offered() {
             {"ao_rate", "int", "highest rate in Hz"}};
 }
 
-// The same number by its other name.
+// A second name of the same number.
 void defineMaxRate(Feature& output) {
     output.property(
         {"ao_max_rate", "int", "Highest rate in Hz: `ao_rate`."},
@@ -163,7 +164,7 @@ void defineAnalogOutput(Package& package) {
                             {"value_list", "list[float]", "voltages; a shorter list is filled, a longer one cut"}},
              .doc = "Sets the voltages of all channels at once.",
              .returns = result,
-             .raises = {checkAOPort, "InputTypeNotCorrectError: it is no list",
+             .raises = {checkAOPort, "InputTypeNotCorrectError: it is not a list",
                         "InputDataNotInRangeError: a voltage is out of range"},
              .body = writeAll});
 }
@@ -203,7 +204,7 @@ void checkChannels(py::handle self, py::handle channels) {
     for (const py::handle each : channels) callMethod(self, "_checkAOChannel", each);
 }
 
-// Exactly so many values of the list.
+// Pushes exactly `count` values of the list.
 Task push(Op op, Object port, Object count, Object values) {
     port = devicePort(op.self(), port);
     op.call("_checkAOPort", port);
@@ -318,7 +319,7 @@ void defineAnalogOutputStreaming(Package& package) {
                     .parameters = {port, {"channel_list", "list[int]", "channels, counted from 0"}},
                     .doc = "Chooses the channels that generate.",
                     .returns = status(1).returns,
-                    .raises = {checkAOPort, checkAOChannel, "InputTypeNotCorrectError: it is no list"},
+                    .raises = {checkAOPort, checkAOChannel, "InputTypeNotCorrectError: it is not a list"},
                     .body = enableChannels})
         .operation({.name = "_AO_pushToBuffer",
                     .parameters = {port,

@@ -15,7 +15,7 @@ namespace zvr::python {
 
 namespace {
 
-/// The float objects of all codes of a scale, made when they are first wanted.
+/// The float objects of all codes of a scale, made on first use.
 class Floats {
 public:
     explicit Floats(std::shared_ptr<const Scale16> scale) : scale_(std::move(scale)), objects_(65536) {}
@@ -35,7 +35,7 @@ public:
     Floats(const Floats&) = delete;
     Floats& operator=(const Floats&) = delete;
 
-    /// Those of the last few scales are kept.
+    /// Cached for the last few scales.
     static std::shared_ptr<Floats> of(const std::shared_ptr<const Scale16>& scale) {
         constexpr std::size_t kept = 4;
         static auto& recent = neverDestroyed<std::deque<std::shared_ptr<Floats>>>();
@@ -53,16 +53,16 @@ private:
     std::vector<PyObject*> objects_;
 };
 
-/// Goes through the runs of one chip select row by row.
+/// Iterates over the runs of one chip select row by row.
 class Cursor {
 public:
     explicit Cursor(const std::vector<RowRun>& runs) : next_(runs.begin()), end_(runs.end()) { enter(); }
 
-    /// Rows that are left of the run, which all have as many columns.
+    /// Rows left of the current run, all of one width.
     std::size_t rows() const { return left_; }
     Py_ssize_t columns() const { return next_ == end_ ? 0 : next_->layout.columns; }
 
-    /// Puts the next row into the items of a new list; gives the item behind it.
+    /// Writes the next row into the items of a new list; returns the item after it.
     PyObject** fill(PyObject** item) {
         if (next_ == end_) return item;
         PyObject** const behind = item + next_->layout.columns;
@@ -79,7 +79,7 @@ public:
         return behind;
     }
 
-    /// As many rows have been taken.
+    /// Skips this many rows.
     void advance(std::size_t rows) {
         if (next_ == end_ || (left_ -= rows) != 0) return;
         ++next_;
@@ -108,7 +108,7 @@ private:
     std::vector<double> values_;
 };
 
-// Rows that somebody put are spread out, whatever they are.
+// Rows put by users are unpacked item by item, whatever their type.
 py::list spreadOut(const RowRuns& runs, std::size_t rows) {
     py::list result;
     for (std::size_t row = 0; row < rows; ++row) result.append(py::list());
@@ -255,7 +255,7 @@ Object itemOf(py::handle self, const Object& key) {
                          std::string(py::repr(key)) + "; numpy.asarray(block) has all others");
 }
 
-// An array shares the memory unless it is to have other numbers or a copy of its own.
+// An array shares the memory unless another dtype or a copy is requested.
 Object arrayOf(py::handle self, const Object& type, const Object& copy) {
     native<SampleBlock>(self);
     const Object view = pythonObject("numpy", "asarray")(viewOf(self));
@@ -299,8 +299,8 @@ HeldBlock fromState(const py::tuple& state) {
 }
 
 void defineContent(ClassMaker& type) {
-    const Parameter dtype{"dtype", "Any", "numbers of the array, doubles for None", "None"};
-    const Parameter copy{"copy", "bool | None", "whether to copy; None for only if need be", "None"};
+    const Parameter dtype{"dtype", "Any", "dtype of the array; None for doubles", "None"};
+    const Parameter copy{"copy", "bool | None", "whether to copy; None for only if necessary", "None"};
     type.property({"shape", "tuple[int, int]", "Numbers of rows and columns."},
                   [](const SampleBlock& block) -> Object { return py::make_tuple(block.rows, block.columns); })
         .method({.name = "__len__",
@@ -315,16 +315,16 @@ void defineContent(ClassMaker& type) {
                             "TypeError: anything else"},
                  .body = itemOf})
         .method({.name = "__iter__",
-                 .doc = "The rows as lists of floats, one after the other.",
+                 .doc = "Iterates over the rows as lists of floats.",
                  .returns = {"Iterator[list[float]]"},
                  .body = [](py::handle self) { return own(PyObject_GetIter(listOf(self).ptr())); }})
         .method(
             {.name = "tolist", .doc = "The rows as lists of floats.", .returns = {"list[list[float]]"}, .body = listOf})
         .method({.name = "__array__",
                  .parameters = {dtype, copy},
-                 .doc = "The rows as an array of NumPy, which is imported only here.",
-                 .returns = {"Any", "an array; it shares the memory if it has doubles and no copy is asked for"},
-                 .raises = {"ImportError: NumPy is not installed", "ValueError: what is asked for needs a copy"},
+                 .doc = "The rows as a NumPy array. NumPy is imported only here.",
+                 .returns = {"Any", "an array; it shares the memory if it has doubles and no copy is requested"},
+                 .raises = {"ImportError: NumPy is not installed", "ValueError: the request needs a copy"},
                  .body = arrayOf})
         .method({.name = "__repr__",
                  .doc = "Shape, rate and place in the stream.",
@@ -345,26 +345,24 @@ void defineContent(ClassMaker& type) {
                  }});
 }
 
-// A row i of the block was taken at start + (first_row + i) / rate.
+// Row i of the block was taken at start + (first_row + i) / rate.
 void definePlace(ClassMaker& type) {
-    type.property({"rate", "float",
-                   "Rows per second, as the device told when its streaming was opened; not-a-number before that."},
-                  [](const SampleBlock& block) { return block.place.rate; })
-        .property(
-            {"start", "float",
-             "Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's clock "
-             "when the first frame was decoded, less the time that its rows took, and never before "
-             "AI_startStreaming: the device sends no time. Not-a-number as long as nothing came."},
-            [](const SampleBlock& block) { return block.place.start; })
+    type.property(
+            {"rate", "float", "Rows per second, as reported by the device when streaming was opened; NaN before that."},
+            [](const SampleBlock& block) { return block.place.rate; })
+        .property({"start", "float",
+                   "Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's "
+                   "clock when the first frame was decoded, less the time that its rows took, and never before "
+                   "AI_startStreaming: the device sends no time. NaN until data has arrived."},
+                  [](const SampleBlock& block) { return block.place.start; })
         .property({"first_row", "int",
-                   "Number of the first row since AI_startStreaming; rows that were dropped count. Over several chip "
-                   "selects that of the foremost."},
+                   "Number of the first row since AI_startStreaming, counting dropped rows; over several chip selects, "
+                   "that of the first."},
                   [](const SampleBlock& block) { return block.place.first; })
-        .property(
-            {"dropped_before", "int",
-             "Rows between the block before and this one that were dropped because a queue was full. Over several "
-             "chip selects the most of any."},
-            [](const SampleBlock& block) { return block.place.droppedBefore; })
+        .property({"dropped_before", "int",
+                   "Rows dropped between the previous block and this one because a queue was full; over several chip "
+                   "selects, the maximum."},
+                  [](const SampleBlock& block) { return block.place.droppedBefore; })
         .property({"units", "str", "Unit of the values, \"V\"."}, [](const SampleBlock&) { return "V"; })
         .property({"channels", "tuple[int, ...]",
                    "Channel of each column; on the chassis those of chip select n begin at n times their number."},
@@ -392,7 +390,7 @@ void defineSampleBlock(Package& package) {
     ClassMaker maker(type);
     defineContent(maker);
     definePlace(maker);
-    // A block whose constructor has not run has no memory to show.
+    // A block whose constructor has not run has no memory.
     reinterpret_cast<PyHeapTypeObject*>(type.ptr())->as_buffer.bf_getbuffer = [](PyObject* self, Py_buffer* view,
                                                                                  int flags) {
         if (detail::isConstructed(self)) return py::detail::pybind11_getbuffer(self, view, flags);

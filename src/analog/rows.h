@@ -1,4 +1,4 @@
-// Rows of samples as Python sees them: lists of floats, or one block of doubles.
+// Rows of samples for Python: lists of floats, or one block of doubles.
 #pragma once
 
 #include <array>
@@ -14,17 +14,17 @@ using RowRuns = std::vector<std::vector<RowRun>>;
 /// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object.
 py::list toLists(const RowRuns& runs, std::size_t rows);
 
-/// Rows and columns of doubles in one piece of memory, which the buffer protocol hands over without a copy.
+/// Rows and columns of doubles in contiguous memory, exported by the buffer protocol without a copy.
 struct SampleBlock {
     std::size_t rows = 0, columns = 0;
     std::shared_ptr<double> values;
     RowPlace place = {};
-    /// The chip selects whose channels lie behind each other; none where channels are counted through.
+    /// The chip selects in column order; none if channels are numbered consecutively.
     std::array<std::uint8_t, 3> chipSelects{};
     std::uint8_t chipSelectCount = 0;
 };
 
-/// Writes rows of one width in each queue behind each other; needs no interpreter lock.
+/// Writes taken rows, each with the values of all queues in order; needs no interpreter lock.
 void writeRows(const RowsTaken& taken, double* out);
 
 }  // namespace zvr::python

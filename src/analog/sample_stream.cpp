@@ -1,5 +1,5 @@
-// Blocks of a stream one after the other, for a loop of either form: the stream is opened and started when the first
-// one is asked for, and closed when the loop ends in whatever way.
+// Iterators over a stream's blocks in both forms: the stream is opened and started by the first block, and closed
+// however the loop ends.
 #include "analog/analog.h"
 #include "analog/input.h"
 #include "core/wire/commands.h"
@@ -13,20 +13,20 @@ namespace zvr::python {
 
 namespace {
 
-// How long a wait for rows goes on before it is looked whether they can still come.
+// Interval at which a waiting read checks that the stream is alive.
 constexpr std::chrono::milliseconds lookAfter{50};
 
 /// Lives in the object's `_state`, under the interpreter lock.
 struct StreamState {
     bool begun = false, over = false;
-    bool isRead = false;               ///< somebody waits for a block
+    bool isRead = false;               ///< a reader waits for a block
     bool opened = false;               ///< the port was opened here
     bool streams = false;              ///< the device was asked to stream
-    bool hasLoop = false;              ///< an event loop knows of it
-    bool dropped = false;              ///< nobody asks for blocks any more
-    bool closing = false;              ///< the device is being told that it is over
-    std::optional<std::uint64_t> run;  ///< rows of earlier ones are none of its
-    std::uint64_t rows = 0;            ///< of the whole run; 0 is without end
+    bool hasLoop = false;              ///< it is registered with an event loop
+    bool dropped = false;              ///< its last reference is gone; an event loop closes it
+    bool closing = false;              ///< requests that close it are being awaited
+    std::optional<std::uint64_t> run;  ///< rows of earlier runs are skipped
+    std::uint64_t rows = 0;            ///< of the whole run; 0 for no limit
 };
 
 using HeldState = std::shared_ptr<StreamState>;
@@ -39,7 +39,7 @@ Object portOf(py::handle self) { return attribute(self, "_port"); }
 
 bool isConnected(py::handle box) { return !isForeign(box) && isTrue(callMethod(box, "isConnected")); }
 
-// As the loop of an asynchronous generator: it closes what was dropped, and what is left at its own end.
+// Registers with the loop as asynchronous generators do: the loop closes dropped streams, and open ones at its end.
 void tellLoop(py::handle self, StreamState& state) {
     if (std::exchange(state.hasLoop, true)) return;
     const py::tuple hooks = callObject(pythonObject("sys", "get_asyncgen_hooks"));
@@ -108,10 +108,10 @@ Task begin(Op op, HeldState state) {
     co_return py::none();
 }
 
-/// What a look at the queues of a port tells.
+/// The state of a port's queues.
 struct Look {
-    std::size_t waiting;       ///< rows that are there
-    std::uint64_t came;        ///< rows of the run, with those that were dropped
+    std::size_t waiting;       ///< rows available
+    std::uint64_t came;        ///< rows of the run, including dropped ones
     bool isComplete, isEnded;  ///< all rows of the run have come; the device sends no more
 };
 
@@ -126,7 +126,7 @@ Look lookAt(const Selection& selection, const StreamState& state) {
     return look;
 }
 
-// The next block; None once all have been given.
+// The next block; None after the last.
 Task findBlock(Op op, HeldState state) {
     if (state->over) co_return py::none();
     if (!state->begun) co_await op.run(begin(op, state));
@@ -139,7 +139,7 @@ Task findBlock(Op op, HeldState state) {
         const auto selection = std::make_shared<Selection>(select(box, port));
         if (!selection->ours()) throw py::type_error("the object's signal queues are not the library's own");
         const Look look = lookAt(*selection, *state);
-        // Rows may still be on their way when the end is told.
+        // Rows may still be on their way when the end is reported.
         const bool isQuiet = before && *before == look.came;
         before = look.came;
         const bool isOver = look.isComplete || ((isLost || look.isEnded) && isQuiet);
@@ -163,7 +163,7 @@ Task closeStream(Op op) {
     co_return co_await op.run(endRun(deviceOf(op), portOf(op.self()), state));
 }
 
-/// A turn of the one who reads a stream.
+/// Marks a stream as being read, for a scope.
 class Turn {
 public:
     explicit Turn(HeldState state) : state_(std::move(state)) {
@@ -178,7 +178,7 @@ private:
     const HeldState state_;
 };
 
-// A coroutine that is closed may not wait any more.
+// Whether a coroutine is being closed, so that it must not await.
 bool forbidsWaiting(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
@@ -214,7 +214,7 @@ Task nextBlock(Op op) {
     throw py::error_already_set();
 }
 
-// What the close raises does not hide the error that ends the block of statements.
+// An error of closing must not hide the one that ended the block of statements.
 Task leave(Op op, Object failure) {
     const bool isClean = py::len(failure) == 0 || py::tuple(failure)[0].is_none();
     std::exception_ptr error;
@@ -227,7 +227,7 @@ Task leave(Op op, Object failure) {
     co_return py::none();
 }
 
-// A stream that is dropped is closed, by the loop that it was read on if there is one.
+// Closes a dropped stream, on the event loop that read it if there is one.
 void drop(py::handle self) {
     const Object kept = attributeOrNothing(self, "_state");
     const HeldState state = kept ? nativeOrNothing<StreamState>(kept) : nullptr;
@@ -263,31 +263,30 @@ const Definition streamOfBlocks{
     .name = "AI_stream",
     .parameters = {inputPortParameter, rowsParameter},
     .doc =
-        "Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until "
-        "the loop is left. Set mode, rate and channels before.",
+        "Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until "
+        "the loop ends. Set mode, rate and channels before.",
     .returns = {"SampleStream", "blocks of so many consecutive rows", "the row queues"},
-    .raises = {checkAIPort, "TypeError: `rows` is no integer", "ValueError: `rows` is out of range"},
+    .raises = {checkAIPort, "TypeError: `rows` is not an integer", "ValueError: `rows` is out of range"},
     .body = [](py::handle self, const Object& port, const Object& rows) {
         return callObject(packageObject("SampleStream"), self, port, rows);
     }};
 
 void defineSampleStream(Package& package) {
-    const py::class_<StreamState, HeldState> state(package.module(), "_SampleStreamState", "How far a stream is.");
-    const Raises lost{"NetworkConnectionLostError: the connection has ended; what had come was given before",
+    const py::class_<StreamState, HeldState> state(package.module(), "_SampleStreamState", "State of a stream.");
+    const Raises lost{"NetworkConnectionLostError: the connection has ended; all received rows were returned before",
                       "AIModeNotAvaliableError: the port is in mode 0"};
     const auto bothForms = [](ClassMaker& type, const Definition& definition) {
         type.add(definition, Form::method).add(definition, Form::awaitable);
     };
     ClassMaker type = package.makeClass(
         "SampleStream", {},
-        "Blocks of a stream one after the other, of AI_stream.\n\nThe first block opens and starts the stream, and the "
+        "Iterator over a stream's blocks, made by AI_stream.\n\nThe first block opens and starts the stream, and the "
         "port too if none is open. It is closed when the run of mode 1 or the loop ends, by `break` and errors too; "
-        "`with` and `async with` close it at once wherever it is kept longer than the loop. A block is shorter before "
-        "a gap, which the next one tells as `dropped_before`, and at the end. Rows that an earlier run has left "
-        "unread are dropped.");
+        "`with` and `async with` close it at once if it outlives the loop. A block is shorter before a gap, which the "
+        "next one reports as `dropped_before`, and at the end. Unread rows of an earlier run are dropped.");
     type.method({.name = "__init__",
                  .parameters = {{"box", "Any", "device object"}, inputPortParameter, rowsParameter},
-                 .doc = "Asks the device for nothing yet.",
+                 .doc = "Sends nothing to the device yet.",
                  .raises = {checkAIPort, "ValueError: `rows` is out of range"},
                  .body = construct})
         .method({.name = "__iter__", .doc = "Itself.", .returns = {"Self"}, .body = itself})

@@ -1,4 +1,4 @@
-// Serial buses: the device is master, node or terminal, and the host tells it what to do.
+// Serial buses: the device is master, node or terminal, controlled by the host.
 #pragma once
 
 #include "device/feature.h"

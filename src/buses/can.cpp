@@ -1,4 +1,4 @@
-// CAN: frames are written by request, and those of the bus come as a stream of records.
+// CAN: frames are written by request, and received frames arrive as a stream of records.
 #include "buses/buses.h"
 #include "buses/can_frame.h"
 #include "buses/ports.h"
@@ -57,7 +57,7 @@ void construct(py::handle self, const Object& ports) {
     setAttribute(self, "can_data_queue", own(PyObject_GetItem(pool.ptr(), py::int_(int{START_CAN}).ptr())));
 }
 
-// The pin check's own name ends in an underscore, its async variant's does not. Compat 30.
+// Compat 30: the name of the pin check ends in an underscore, that of its async variant does not.
 Task open(Op op, Object port) {
     op.call("_checkCANPort", port);
     if (op.awaitable()) {
@@ -87,14 +87,14 @@ Task start(Op op, Object port) {
 Task close(Op op, Object port) {
     op.call("_checkCANPort", port);
     const Object stopped = co_await op.request("CAN_stop", port);
-    // Compat 21: what is negative already is an error of its own.
+    // Compat 21: a result that is already negative raises its own error.
     if (const Object refusal = refusalOf(stopped)) co_return refusal;
     const Object reply = co_await exchange(op, CLOSE_CAN, payload(port));
     closeStream(op.self(), canFunction);
     co_return statusOf(op, CLOSE_CAN, reply);
 }
 
-// The delay goes by name.
+// The delay is passed by keyword.
 Awaiter take(const Op& op, const Object& queue, const Object& count, const Object& delay) {
     const char* const method = "_getStreamingFromPool";
     if (op.awaitable())
@@ -102,7 +102,7 @@ Awaiter take(const Op& op, const Object& queue, const Object& count, const Objec
     return Awaiter::done(callByName(op.self(), interned(method), {queue, count}, {{"delay", delay}}));
 }
 
-// The 12 bytes of a frame made of these.
+// The 12 bytes of a frame.
 template <class... Args>
 Object wireOf(const Args&... args) {
     return attribute(callObject(attribute(py::module_::import("pyzvr"), "CANFrame"), args...), "frame_in_list");
@@ -141,7 +141,7 @@ const Definition checkCANTXPriority =
 const Definition checkCANDataRangeAndLength{
     .name = "_checkCANDataRangeAndLength",
     .parameters = {{"data", "list[int]", "bytes of a frame"}},
-    .doc = "Refuses more than 8, and numbers that are no bytes.",
+    .doc = "Raises CANDataLengthNotVaildError for more than 8 entries, InputDataNotInRangeError unless all are bytes.",
     .raises = {"CANDataLengthNotVaildError: more than 8 entries", "InputDataNotInRangeError: one is not 0 to 255"},
     .body = [](py::handle, const Object& data) {
         if (py::len(data) > CanFrame::dataBytes) throw Failure(FailureId::CANDataLengthNotVaildError);
@@ -167,7 +167,7 @@ void defineStreaming(Feature& can) {
         .shared({.name = "_CANStreamThread",
                  .parameters = {{"queue_", "Fifo", "queue of records"}},
                  .doc = "Body of the decoder thread: turns records into frames until `_CAN_free`.",
-                 .raises = {"ValueError: what came is no whole number of records"},
+                 .raises = {"ValueError: the data is no whole number of records"},
                  .body = [](py::handle self,
                             const Object& frames) { runDecoderBody(self, canFunction, {.frames = frames}); }})
         .shared({.name = "_CAN_free", .doc = "Ends the decoder thread for good.", .body = [](py::handle self) {
@@ -206,14 +206,13 @@ void defineCan(Package& package) {
                    .returns = status(1).returns,
                    .raises = {checkCANPort, checkCANPinState},
                    .body = open})
-        .operation(
-            {.name = "CAN_start",
-             .parameters = {port},
-             .doc = "Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form "
-                    "waits all the same (compatibility note 22).",
-             .returns = {"int", "0"},
-             .raises = portRaises,
-             .body = start})
+        .operation({.name = "CAN_start",
+                    .parameters = {port},
+                    .doc = "Joins the bus and starts the stream of its frames. There is no reply, yet the blocking "
+                           "form waits for one (compatibility note 22).",
+                    .returns = {"int", "0"},
+                    .raises = portRaises,
+                    .body = start})
         .operation(
             {.name = "CAN_close",
              .parameters = {port},
@@ -222,22 +221,24 @@ void defineCan(Package& package) {
                          "the device"},
              .raises = portRaises,
              .body = close})
-        .operation({.name = "CAN_write",
-                    .parameters = {port,
-                                   id,
-                                   {"data", "list[int]", "at most 8 bytes; those of a remote frame count for nothing"},
-                                   remote.withDefault("False"),
-                                   extended.withDefault("False")},
-                    .doc = "Sends a frame; it always has 8 bytes.",
-                    .returns = status(1).returns,
-                    .raises = {checkCANPort, checkCANDataRangeAndLength,
-                               "InputTypeNotCorrectError: `id_` is no integer, a flag no bool, or `data` no list",
-                               "OverflowError: a standard identifier of more than 11 bits"},
-                    .body = write})
+        .operation(
+            {.name = "CAN_write",
+             .parameters = {port,
+                            id,
+                            {"data", "list[int]", "at most 8 bytes; ignored for a remote frame"},
+                            remote.withDefault("False"),
+                            extended.withDefault("False")},
+             .doc = "Sends a frame; it always has 8 bytes.",
+             .returns = status(1).returns,
+             .raises =
+                 {checkCANPort, checkCANDataRangeAndLength,
+                  "InputTypeNotCorrectError: `id_` is not an integer, a flag is not a bool, or `data` is not a list",
+                  "OverflowError: a standard identifier of more than 11 bits"},
+             .body = write})
         .operation(
             {.name = "CAN_setRXFilterOrMask",
              .parameters = {port, {"index", "int", "filter or mask, in the device's numbering"}, id, remote, extended},
-             .doc = "Sets a filter, or a mask of the identifier's bits that filters look at.",
+             .doc = "Sets a filter, or a mask of the identifier's bits that filters compare.",
              .returns = status(1).returns,
              .raises = portRaises,
              .body = setFilter})
@@ -247,8 +248,8 @@ void defineCan(Package& package) {
                             {"num_frames", "int", "most frames to take"},
                             {"delay", "float", "seconds to wait for that many, once; the awaitable form never waits",
                              "0.005"}},
-             .doc = "Takes frames that have come.",
-             .returns = {"list[CANFrame]", "frames, oldest first; fewer, or none, where no more have come",
+             .doc = "Takes received frames.",
+             .returns = {"list[CANFrame]", "frames, oldest first; fewer, or none, if no more have arrived",
                          "the queue of frames"},
              .body = [](Op op, Object, std::int64_t count, Object delay) -> Task {
                  const Object queue = attribute(op.self(), "can_frame_queue");
@@ -278,7 +279,7 @@ void defineCan(Package& package) {
             {.name = "_CAN_setRXRollover",
              .sends = SET_CAN_RX_ROLLOVER,
              .fields = {turned | asInt},
-             .doc = "Turns on or off that a full receive buffer gives way to the next."},
+             .doc = "Turns the rollover of a full receive buffer to the next one on or off."},
             {.name = "CAN_setRXFilteringOn",
              .sends = SET_CAN_RX_FILTERING_ON,
              .fields = {onOff | asInt},

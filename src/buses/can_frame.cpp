@@ -8,8 +8,8 @@ namespace zvr::python {
 
 namespace {
 
-// Bits of the identifier word: the upper 11 bits of an identifier stand at the top, the flags below them, and the
-// lower 18 bits of an extended one at the bottom.
+// Bits of the identifier word: the upper 11 bits of an identifier at the top, the flags below, and the lower 18 bits of
+// an extended one at the bottom.
 constexpr std::uint32_t remoteBit = 1U << 20, extendedBit = 1U << 19, lowBits = (1U << 18) - 1,
                         allBits = (1U << 29) - 1;
 constexpr int standardShift = 21, extendedShift = 3;
@@ -21,8 +21,8 @@ constexpr std::array fieldNames{"id", "extended_id", "remote", "data", "id_in_li
 /// The fields that a frame has as objects.
 struct Fields {
     struct Entry {
-        PyObject* value = nullptr;  ///< null where the field is not there
-        bool isWire = false;        ///< whether it is still to be made of the bytes of the wire
+        PyObject* value = nullptr;  ///< null if the field is missing
+        bool isWire = false;        ///< whether it has yet to be decoded from the bytes of the wire
     };
     std::array<Entry, fieldNames.size()> entries{};
 
@@ -31,11 +31,11 @@ struct Fields {
 
 struct Holder {
     PyObject_HEAD CanFrame wire;
-    Fields* fields;  // null while all is as the wire has it
+    Fields* fields;  // null while all fields are undecoded
     PyObject *dictionary, *weakReferences;
 };
 
-PyTypeObject* type = nullptr;  // there for good
+PyTypeObject* type = nullptr;  // never released
 
 Holder* holderOf(PyObject* object) { return reinterpret_cast<Holder*>(object); }
 
@@ -74,7 +74,7 @@ PyObject* create(PyTypeObject* wanted, PyObject* /*arguments*/, PyObject* /*name
     return PyErr_NoMemory();
 }
 
-// What is added to an object may refer to it.
+// Tracked by the GC, since an added attribute may refer to the frame.
 int setAdded(PyObject* self, PyObject* name, PyObject* value) {
     track(self);
     return PyObject_GenericSetAttr(self, name, value);
@@ -127,7 +127,7 @@ Object fromWire(const CanFrame& wire, Slot slot) {
     return list;
 }
 
-// A list is made once, and is the frame's own from then on.
+// A list is made once and then belongs to the frame.
 Object get(py::handle self, Slot slot) {
     Holder& holder = checked(self);
     const bool isList = slot >= Slot::data;
@@ -143,7 +143,7 @@ Object get(py::handle self, Slot slot) {
     return borrow(entry.value);
 }
 
-// A null value deletes.
+// A null value deletes the field.
 void set(py::handle self, Slot slot, PyObject* value) {
     Fields::Entry& entry = fieldsOf(checked(self))[slot];
     PyObject* const before = std::exchange(entry.value, Py_XNewRef(value));
@@ -161,7 +161,7 @@ py::list regularize(const Object& values) {
     return list;
 }
 
-// The identifier word of the fields as they are.
+// The identifier word of the current fields.
 std::uint32_t wordOf(py::handle self) {
     const Object number = integerOf(attribute(self, "id"), "id_");
     std::uint32_t word = 0;
@@ -196,7 +196,7 @@ void construct(py::handle self, const Object& number, const Object& extended, co
     callMethod(self, "setID");
 }
 
-// Two bytes tell a standard identifier and its flags.
+// Two bytes are enough for a standard identifier and its flags.
 Object fromBytes(py::handle cls, const Object& values) {
     py::list list;
     eachOf(values, "u8_list", [&](const Object& value) {
@@ -221,7 +221,7 @@ py::str textOfFrame(py::handle self) {
                 attribute(self, "data"));
 }
 
-// What two frames are compared by.
+// The values that two frames are compared by.
 py::tuple saying(py::handle self) {
     return py::make_tuple(attribute(self, "id"), truthOf(attribute(self, "extended_id")),
                           truthOf(attribute(self, "remote")), py::tuple(attribute(self, "data")));
@@ -237,7 +237,7 @@ Object equals(py::handle self, const Object& other) {
     return py::bool_(entering([&] { return saying(self).equal(saying(other)); }));
 }
 
-// The fields that there are, and what a user has added.
+// The existing fields, and attributes that a user has added.
 py::dict stateOf(py::handle self) {
     checked(self);
     py::dict state;
@@ -248,7 +248,7 @@ py::dict stateOf(py::handle self) {
     return state;
 }
 
-// The message object of the host's common CAN package.
+// The message object of the Python package `can`.
 Object toMessage(py::handle self) {
     const bool isRemote = truthOf(attribute(self, "remote"));
     const Object content = isRemote ? Object(py::none()) : Object(toBytes(bytesOf(attribute(self, "data"), "data")));
@@ -318,7 +318,7 @@ std::uint32_t CanFrame::id() const {
 }
 
 Object CanFrameType::make(const CanFrame& frame) {
-    // The collector hears of it when it has fields of its own: until then there is nothing to follow.
+    // Untracked by the GC until it has field objects, since it refers to nothing before.
     Holder* const holder = PyObject_GC_New(Holder, type);
     if (holder == nullptr) throw py::error_already_set();
     new (&holder->wire) CanFrame(frame);
@@ -353,24 +353,24 @@ void defineCanFrame(Package& package) {
                                 {"extended_id", "bool", "whether the identifier has 29 bits", "False"},
                                 {"remote", "bool", "whether it is a remote frame", "False"},
                                 {"data", "Sequence[int]", "bytes; they are filled with zeros, and cut, to 8", "()"}},
-                 .doc = "Makes a frame. Values that are no bytes are kept, and fail where bytes are made of them.",
+                 .doc = "Makes a frame. Values that are not bytes are kept, and fail when converted to bytes.",
                  .raises = {"OverflowError: a standard identifier of more than 11 bits",
-                            "TypeError: the identifier is no integer"},
+                            "TypeError: the identifier is not an integer"},
                  .body = construct})
         .method({.name = "setID",
-                 .doc = "Makes `id_in_list` and `frame_in_list` of the other fields.",
+                 .doc = "Updates `id_in_list` and `frame_in_list` from the other fields.",
                  .raises = {"OverflowError: a standard identifier of more than 11 bits"},
                  .body = setId})
         .method({.name = "regularizeData",
                  .parameters = {values},
-                 .doc = "Fills with zeros, and cuts, to 8 entries.",
+                 .doc = "Pads or cuts to 8 entries.",
                  .returns = {"list[int]", "8 entries"},
                  .body = [](py::handle, const Object& values) { return regularize(values); }});
     const FieldDoc fields[] = {
-        {"id", "int", "Identifier. After a change `setID` is due."},
-        {"extended_id", "bool", "Whether the identifier has 29 bits. After a change `setID` is due."},
-        {"remote", "bool", "Whether it is a remote frame. After a change `setID` is due."},
-        {"data", "list[int]", "The 8 bytes. After a change `setID` is due."},
+        {"id", "int", "Identifier. Call `setID` after a change."},
+        {"extended_id", "bool", "Whether the identifier has 29 bits. Call `setID` after a change."},
+        {"remote", "bool", "Whether it is a remote frame. Call `setID` after a change."},
+        {"data", "list[int]", "The 8 bytes. Call `setID` after a change."},
         {"id_in_list", "list[int]", "The identifier with its flags as the 4 bytes of the wire."},
         {"frame_in_list", "list[int]", "The 12 bytes of the wire: `id_in_list` and `data`."}};
     for (std::size_t i = 0; i < fieldNames.size(); ++i) {
@@ -383,15 +383,16 @@ void defineCanFrame(Package& package) {
                 set(self, slot, nullptr);
             });
     }
-    addClassMethod(cls, {.name = "fromU8List",
-                         .parameters = {{"u8_list", "Sequence[int]",
-                                         "12 bytes of the wire; fewer for a frame with fewer data, and two "
-                                         "are enough for one of 11 bits without"}},
-                         .doc = "Makes a frame of the bytes of the wire.",
-                         .returns = {"Self", "a new frame of this class"},
-                         .raises = {"IndexError: fewer than 2 bytes",
-                                    "struct.error: fewer than 4 bytes of an identifier of 29 bits"},
-                         .body = fromBytes});
+    addClassMethod(
+        cls,
+        {.name = "fromU8List",
+         .parameters =
+             {{"u8_list", "Sequence[int]",
+               "12 bytes of the wire; fewer for less data; two are enough for an 11-bit identifier without data"}},
+         .doc = "Makes a frame of the bytes of the wire.",
+         .returns = {"Self", "a new frame of this class"},
+         .raises = {"IndexError: fewer than 2 bytes", "struct.error: fewer than 4 bytes of an identifier of 29 bits"},
+         .body = fromBytes});
     addClassMethod(cls, {.name = "fromMessage",
                          .parameters = {{"message", "Any", "a can.Message"}},
                          .doc = "Makes a frame of a message of the package `can`.",
@@ -406,11 +407,11 @@ void defineCanFrame(Package& package) {
                  .body = toMessage})
         .method({.name = "__eq__",
                  .parameters = {other},
-                 .doc = "Whether two frames say the same.",
+                 .doc = "Whether two frames have the same content.",
                  .returns = {"bool"},
                  .body = equals})
         .method({.name = "__hash__",
-                 .doc = "By what it says.",
+                 .doc = "Hashes the content.",
                  .returns = {"int"},
                  .body = [](py::handle self) { return py::hash(saying(self)); }})
         .method({.name = "__reduce__",
@@ -427,8 +428,8 @@ void defineCanFrame(Package& package) {
                      [](py::handle self, const Object& state) {
                          for (const auto& [name, value] : py::dict(state)) py::setattr(self, name, value);
                      }})
-        .method({.name = "__str__", .doc = "All of it.", .returns = {"str"}, .body = textOfFrame})
-        .method({.name = "__repr__", .doc = "All of it.", .returns = {"str"}, .body = textOfFrame});
+        .method({.name = "__str__", .doc = "The frame as text.", .returns = {"str"}, .body = textOfFrame})
+        .method({.name = "__repr__", .doc = "The frame as text.", .returns = {"str"}, .body = textOfFrame});
 }
 
 }  // namespace zvr::python

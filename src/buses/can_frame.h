@@ -5,14 +5,14 @@
 
 namespace zvr::python {
 
-/// What the wire has of a frame: four bytes of identifier and flags, and eight of data.
+/// A frame on the wire: four bytes of identifier and flags, and eight of data.
 class CanFrame {
 public:
     static constexpr std::size_t dataBytes = 8, wireBytes = 12;
     using Data = std::array<std::uint8_t, dataBytes>;
 
     CanFrame() = default;
-    /// From the bytes of the wire. Bits that say nothing are dropped.
+    /// From the bytes of the wire. Unused bits are dropped.
     explicit CanFrame(ByteView wire);
 
     std::uint32_t word() const { return readBigEndian<std::uint32_t>(idBytes); }
@@ -24,13 +24,13 @@ public:
     std::array<std::uint8_t, 4> idBytes{};
 };
 
-/// The class of frames. Streams make them by the hundred thousand: such a frame is the bytes of the wire only, and its
-/// lists are made when somebody asks for them.
+/// The class of frames. Streams make them by the hundred thousand, so such a frame holds only the bytes of the wire,
+/// and its lists are made on first access.
 class CanFrameType {
 public:
     static Object make(const CanFrame& frame);
     static bool is(py::handle object);
-    /// The bytes of the wire, from the lists as they are now.
+    /// The bytes of the wire, from the current lists.
     static CanFrame of(py::handle object);
 };
 

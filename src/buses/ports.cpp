@@ -28,11 +28,11 @@ void definePorts(Feature& bus, const PinnedPorts& ports) {
                  .body = [field = ports.field](py::handle self) { return attribute(self, field); }});
 }
 
-Reply bytesFrom(std::size_t place) {
+Reply byteListFrom(std::size_t place) {
     return {[place](py::handle, const Bytes& data) -> Object {
                 return toList(ByteView(data).subspan(std::min(place, data.size())));
             },
-            {"list[int]", "bytes as they came; a refusal shows in their number only", "the device"}};
+            {"list[int]", "bytes received; a refusal shows only in their number", "the device"}};
 }
 
 }  // namespace zvr::python

@@ -8,7 +8,7 @@ namespace {
 
 constexpr PinnedPorts spiPorts{"SPI", "SPI_dict", "SPI_port", FailureId::SPIPortNotAvaliableError};
 
-// The check gets its modes by name.
+// The check takes its modes by keyword.
 Awaiter checkLines(const Op& op, const Object& port) {
     const char* const check = "_checkSPIPinState";
     const py::list modes = freeModes();
@@ -26,7 +26,7 @@ Task open(Op op, Object port) {
     co_return statusOf(op, OPEN_SPI, reply);
 }
 
-// Polarity first; the phase is sent even if that was refused.
+// Sends the polarity first, then the phase even if the polarity was refused.
 Task setMode(Op op, Object port, Object mode) {
     op.call("_checkSPIPort", port);
     op.call("_checkSPIMode", mode);
@@ -79,7 +79,7 @@ void defineSpi(Package& package) {
              .checks = {isInt(count)},
              .sends = READ_SPI,
              .fields = {count | u8},
-             .reply = bytesFrom(2),
+             .reply = byteListFrom(2),
              .doc = "Reads bytes."},
             {.name = "SPI_write",
              .checks = {isList(data)},
@@ -90,10 +90,10 @@ void defineSpi(Package& package) {
              .checks = {isList(data)},
              .sends = READ_AND_WRITE_SPI,
              .fields = {data | length, data | bytes},
-             .reply = bytesFrom(2),
+             .reply = byteListFrom(2),
              .doc = "Writes bytes, and reads as many at the same time."},
             {.name = "SPI_close", .sends = CLOSE_SPI, .doc = "Closes a port and frees its lines."},
-            {.name = "SPI_reset", .sends = RESET_SPI, .doc = "Puts a port back to its settings of the start."},
+            {.name = "SPI_reset", .sends = RESET_SPI, .doc = "Resets a port to its initial settings."},
             {.name = "SPI_setDataSize",
              .checks = {checkSPIDataSize(size)},
              .sends = SET_SPI_DATA_SIZE,
@@ -111,7 +111,7 @@ void defineSpi(Package& package) {
              .fields = {prescaler | i16},
              .doc = "Sets the divider of the clock."},
         });
-    // These two look at no port.
+    // These two do not check the port.
     spi.operations({
         {.name = "_SPI_setCPOL",
          .sends = SET_SPI_CPOL,

@@ -76,7 +76,7 @@ Task close(Op op, Object port) {
     if (op.awaitable()) {
         co_await op.request("_UART_stopReading", port);
     } else {
-        op.call("UART_stopReading", port, op.timeout());  // Compat 1: there is none
+        op.call("UART_stopReading", port, op.timeout());  // Compat 1: there is no such method
     }
     const Object reply = co_await exchange(op, CLOSE_UART, payload(port));
     closeStream(op.self(), uartFunction);
@@ -93,7 +93,7 @@ Task write(Op op, Object port, Object text) {
     co_return statusOf(op, WRITE_UART, reply);
 }
 
-// Checks the arguments and gives the queue of the port.
+// Checks the arguments and returns the queue of the port.
 Object signalQueue(const Op& op, const Object& port, const Object& count) {
     op.call("_checkUARTPort", port);
     checkIsInt(count, "bytes_to_read");
@@ -123,15 +123,15 @@ Task readBytes(Op op, Object port, Object count, Object delay) {
 const Definition checkUARTBaudRate{
     .name = "_checkUARTBaudRate",
     .parameters = {{"baud_rate", "int", "speed in bits per second, at most 400000"}},
-    .doc = "Refuses a higher speed.",
-    .raises = {"InputTypeNotCorrectError: it is no integer", "UARTBaudRateNotSupportError: it is above 400000"},
+    .doc = "Raises UARTBaudRateNotSupportError if the speed is above 400000.",
+    .raises = {"InputTypeNotCorrectError: it is not an integer", "UARTBaudRateNotSupportError: it is above 400000"},
     .body = [](py::handle, const Object& rate) {
         checkIsInt(rate, "baud_rate");
         if (rate > py::int_(400000)) throw Failure(FailureId::UARTBaudRateNotSupportError);
     }};
 const Definition checkUARTDataLength{.name = "_checkUARTDataLength",
                                      .parameters = {{"data", "str | list[str]", "what is to be written"}},
-                                     .doc = "Refuses more than 50 characters.",
+                                     .doc = "Raises UARTExceedMaxLengthError if there are more than 50 characters.",
                                      .raises = {"InputTypeNotCorrectError: it is neither text nor a list",
                                                 "UARTExceedMaxLengthError: it has more than 50 entries"},
                                      .body = [](py::handle, const Object& data) {
@@ -209,16 +209,15 @@ void defineUart(Package& package) {
                  .body = [](py::handle self) { return attribute(self, "uart_dict"); }});
     defineChecks(uart);
     defineStreaming(uart);
-    uart.operation(
-            {.name = "UART_open",
-             .parameters = {port},
-             .doc = "Opens a port and takes its lines. The first one opened is read from until a port is closed.",
-             .returns = status(1).returns,
-             .raises = {checkUARTPort, checkUARTPinState},
-             .body = open})
+    uart.operation({.name = "UART_open",
+                    .parameters = {port},
+                    .doc = "Opens a port and takes its lines. The first one opened is read until a port is closed.",
+                    .returns = status(1).returns,
+                    .raises = {checkUARTPort, checkUARTPinState},
+                    .body = open})
         .operation({.name = "UART_close",
                     .parameters = {port},
-                    .doc = "Closes a port; nothing is read from either after that. The blocking form fails, and sends "
+                    .doc = "Closes the port and stops reading on both ports. The blocking form fails, and sends "
                            "nothing (compatibility note 1).",
                     .returns = status(1).returns,
                     .raises = {checkUARTPort, "AttributeError: always, in the blocking form"},
@@ -247,21 +246,21 @@ void defineUart(Package& package) {
             {.name = "UART_read",
              .parameters = {port, count, delay},
              .doc = "Takes what has arrived on the line.",
-             .returns = {"list[str]", "characters, one for each byte; fewer, or none, where no more have come",
+             .returns = {"list[str]", "characters, one for each byte; fewer, or none, if no more have arrived",
                          "the queue of the port"},
-             .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+             .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is not an integer"},
              .body = read})
         .withoutTimeout({.name = "UART_readBytes",
                          .parameters = {port, count, delay},
                          .doc = "Takes what has arrived on the line, as bytes.",
-                         .returns = {"bytes", "fewer, or none, where no more have come", "the queue of the port"},
-                         .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is no integer"},
+                         .returns = {"bytes", "fewer, or none, if no more have arrived", "the queue of the port"},
+                         .raises = {checkUARTPort, "InputTypeNotCorrectError: `bytes_to_read` is not an integer"},
                          .body = readBytes});
     const Parameter baudRate{"baud_rate", "int", "speed in bits per second, 0 to 400000"};
     uart.sharing({.checks = {checkUARTPort(port)}, .fields = {port | u8}})
         .operations({
             {.name = "_UART_stopReading", .sends = STOP_UART_READING, .doc = "Stops the stream."},
-            {.name = "UART_reset", .sends = RESET_UART, .doc = "Puts a port back to its settings of the start."},
+            {.name = "UART_reset", .sends = RESET_UART, .doc = "Resets a port to its initial settings."},
             {.name = "UART_setBaudRate",
              .checks = {checkUARTBaudRate(baudRate)},
              .sends = SET_UART_BAUD_RATE,

@@ -14,15 +14,15 @@ std::string nameOf(py::handle command) {
     return name.empty() ? "command " + shown(command) : std::string(name);
 }
 
-// What the device's driver information has told, where that is the name of another model.
+// The model name in the device's driver information, if it is that of another model.
 std::string otherModelOf(py::handle self) {
-    const Object told = attributeOrNothing(self, "_driver_name");
-    if (!told || PyUnicode_Check(told.ptr()) == 0) return {};
+    const Object reported = attributeOrNothing(self, "_driver_name");
+    if (!reported || PyUnicode_Check(reported.ptr()) == 0) return {};
     const Object names = callMethod(packageObject("LABEL_DICT"), "values");
-    const int isModel = entering([&] { return PySequence_Contains(names.ptr(), told.ptr()); });
+    const int isModel = entering([&] { return PySequence_Contains(names.ptr(), reported.ptr()); });
     if (isModel < 0) throw py::error_already_set();
-    if (isModel == 0 || callMethod(self, "_getDeviceName").equal(told)) return {};
-    return py::str(told);
+    if (isModel == 0 || callMethod(self, "_getDeviceName").equal(reported)) return {};
+    return py::str(reported);
 }
 
 std::string times(int count) { return count == 1 ? "once" : std::to_string(count) + " times"; }

@@ -1,14 +1,14 @@
-// A request that is sent again and again, and what its time-out tells beside its text.
+// Counts the sendings of a request, for the notes of its timeout error.
 #pragma once
 
 #include "device/request_path.h"
 
 namespace zvr::python {
 
-/// Looking costs nothing; the notes are made when all is over.
+/// `look` is cheap; the notes are made only after a timeout.
 class Attempts {
 public:
-    /// Before a sending: what came until then.
+    /// Before a sending: records the number of bytes received so far.
     void look(const RequestPath& path) {
         if (sendings_ > 1) return;
         client_ = path.client.get();
@@ -22,7 +22,7 @@ public:
 private:
     std::string meanwhile(py::handle self) const;
 
-    const Client* client_ = nullptr;  // only to be compared
+    const Client* client_ = nullptr;  // only compared
     std::uint64_t before_ = 0;
     int sendings_ = 0;
 };

@@ -1,4 +1,4 @@
-// What all types that are bound from C++ have in common as Python sees them.
+// What all types bound from C++ have in common in Python.
 #include "device/protocol.h"
 #include "device/queue_face.h"
 
@@ -7,7 +7,7 @@ namespace zvr::python {
 void refusePickling(py::handle type) {
     ClassMaker(type).method({.name = "__reduce_ex__",
                              .parameters = {{"protocol", "object", ""}},
-                             .doc = "Refuses: threads of this process use it.",
+                             .doc = "Raises TypeError: threads of this process use it.",
                              .returns = {"Any"},
                              .raises = {"TypeError: always"},
                              .body = [](py::handle self, const Object&) -> Object {
@@ -17,7 +17,7 @@ void refusePickling(py::handle type) {
                              }});
 }
 
-// The constructor of a base would look in the object for a part that only an object of the base itself has.
+// A base class's constructor must only get objects that have its native part.
 void guardConstructor(const Object& type) {
     const Object fields = attribute(type, "__dict__");
     if (!fields.contains("__init__")) return;
@@ -31,7 +31,7 @@ void guardConstructor(const Object& type) {
         }
         refuseType(self, "self", std::string("a ") + reinterpret_cast<PyTypeObject*>(type.ptr())->tp_name);
     };
-    // The type stub takes the arguments from what the binding says of the original.
+    // The type stub takes the arguments from the docstring of the original.
     const auto doc = py::cast<std::string>(attribute(original, "__doc__"));
     py::setattr(type, "__init__",
                 py::cpp_function(guarded, py::is_method(type), py::name("construct"), py::doc(doc.c_str())));

@@ -1,4 +1,4 @@
-// Finding devices that nobody is connected to: the operations over a broadcast.
+// Finding devices without a connection: the broadcast operations.
 #include "core/wire/commands.h"
 #include "core/wire/constants.h"
 #include "core/wire/failures.h"
@@ -12,11 +12,11 @@ namespace zvr::python {
 namespace {
 
 const Parameter macParameter{"mac_addr", "str", "MAC address of the device: six hexadecimal numbers with colons"};
-const Parameter ipParameter{"ip_addr", "str", "dotted IPv4 address that the device takes"};
+const Parameter ipParameter{"ip_addr", "str", "new dotted IPv4 address of the device"};
 const Parameter gatewayParameter{"gateway", "str", "dotted address of the gateway"};
 const Parameter maskParameter{"subnet_mask", "str", "dotted subnet mask", "\"255.255.255.0\""};
 
-// Part of a record, shorter where the record is.
+// Part of a record, shorter if the record ends before.
 ByteView part(const Bytes& record, std::size_t from, std::size_t count) {
     const ByteView rest = ByteView(record).subspan(std::min(from, record.size()));
     return rest.first(std::min(count, rest.size()));
@@ -35,7 +35,7 @@ py::list describe(const Bytes& record, std::size_t gatewayBytes) {
     return fields;
 }
 
-// What the devices have answered until now; the set itself goes on living in the pool.
+// Copies the replies received so far; the set itself stays live in the pool.
 std::vector<Bytes> recordsOf(py::handle replies) {
     std::vector<Bytes> records;
     for (const py::handle record : replies) records.push_back(bytesOf(record));
@@ -62,7 +62,7 @@ Task ring(Op op, Object mac) {
     co_return toBytes(recordsOf(replies).at(0));
 }
 
-// The second status of all answers; it is not checked. Compat 7: a set holds equal answers once.
+// The second of the statuses of all replies; it is not checked. Compat 7: a set holds equal replies once.
 Task secondStatus(Op op, Command command, Payload data) {
     const Object replies = co_await ask(op, command, data.list());
     std::vector<int> statuses;
@@ -70,7 +70,7 @@ Task secondStatus(Op op, Command command, Payload data) {
     co_return py::int_(statuses.at(1));
 }
 
-// Compat 6: the command's code is taken for a list of bytes, which it is not.
+// Compat 6: the command's code, an integer, is used as a list of bytes.
 Task reboot(Op op, Object mac) {
     checkIsText(mac, "mac_addr");
     Payload data;
@@ -109,25 +109,24 @@ void defineBroadcast(Package& package) {
              .body = enumerate})
         .withoutTimeout({.name = "Bcst_checkMACAndRing",
                          .parameters = {macParameter},
-                         .doc = "Lets one device ring.",
+                         .doc = "Makes one device ring.",
                          .returns = {"bytes", "the first answer", "the device"},
                          .raises = {typeRaises, "IndexError: no device answered within 5 seconds"},
                          .body = ring})
         .withoutTimeout({.name = "Bcst_checkMACAndReboot",
                          .parameters = {macParameter},
-                         .doc = "Is meant to restart one device; fails for every address before anything is sent "
+                         .doc = "Should restart one device, but fails for every address before anything is sent "
                                 "(compatibility note 6).",
                          .returns = status,
                          .raises = {typeRaises, "TypeError: always"},
                          .body = reboot})
-        .withoutTimeout(
-            {.name = "Bcst_checkMACAndSetIP",
-             .parameters = {ipParameter, macParameter, gatewayParameter, maskParameter},
-             .doc = "Gives one device an address. Equal answers count as one, so a lone device leads to the error "
-                    "(compatibility note 7).",
-             .returns = status,
-             .raises = {typeRaises, "IndexError: fewer than two different answers came within 5 seconds"},
-             .body = setAddress});
+        .withoutTimeout({.name = "Bcst_checkMACAndSetIP",
+                         .parameters = {ipParameter, macParameter, gatewayParameter, maskParameter},
+                         .doc = "Sets the address of one device. Equal answers count as one, so a single device leads "
+                                "to the error (compatibility note 7).",
+                         .returns = status,
+                         .raises = {typeRaises, "IndexError: fewer than two different answers came within 5 seconds"},
+                         .body = setAddress});
     finding.shared({.name = "Bcst_enumerateUSBDevices",
                     .doc = "Finds the devices on USB.",
                     .returns = {"list[list[str]]", "serial number and product name of each", "the devices"},

@@ -29,16 +29,16 @@ int portOf(py::handle port) {
     return static_cast<int>(number);
 }
 
-// The deadline of a send that the caller did not limit: a peer that takes nothing for so long is gone.
+// The deadline of a send without a caller's limit: a peer that accepts no data for this long is gone.
 Deadline sendDeadline() { return deadlineIn(CONNECTION_TIMEOUT); }
 
-// What may be asked of a client's splitter in this process.
+// The client's splitter. Throws in a forked child.
 SharedSplitter& splitterOf(const std::shared_ptr<Client>& client) {
     client->requireOwn();
     return client->splitter;
 }
 
-// Reads what there is; `ended` and `idle` give no bytes.
+// Reads once; `ended` and `idle` return no bytes.
 std::pair<ReadStatus, Bytes> readOnce(const std::shared_ptr<Client>& client, py::handle most) {
     Bytes buffer(lengthOf(most, "length"));
     if (buffer.empty()) return {ReadStatus::data, {}};
@@ -47,7 +47,7 @@ std::pair<ReadStatus, Bytes> readOnce(const std::shared_ptr<Client>& client, py:
     return {reading, std::move(buffer)};
 }
 
-// With no step replaced the bytes go into the stream in the order in which they came, whoever else reads.
+// If no step is replaced, bytes enter the stream in order of arrival even with concurrent readers.
 Object receiveAndSplit(py::handle self, const Object& most) {
     const auto client = native<Client>(self);
     if (hasOwnMethod(self, "recvPacket") && hasOwnMethod(self, "_splitPacket")) {
@@ -65,7 +65,7 @@ Object receiveAndSplit(py::handle self, const Object& most) {
     return callMethod(self, "_splitPacket");
 }
 
-// Sets or deletes an attribute as every object does, and lets the thread that reads look again where it is a step.
+// Sets or deletes an attribute as usual and, if it is a step, makes the reading thread look it up again.
 int changeAttribute(PyObject* self, PyObject* name, PyObject* value) noexcept {
     const int result = entering([&] { return PyObject_GenericSetAttr(self, name, value); });
     if (result != 0) return result;
@@ -84,8 +84,8 @@ void defineClient(Package& package) {
     const auto type =
         py::class_<Client, std::shared_ptr<Client>>(
             package.module(), "Client",
-            "A link to a device: bytes in, frames out. Made by itself it has no link; a subclass brings "
-            "one with methods of its own.",
+            "A link to a device: bytes in, frames out. By itself it has no link; a subclass provides one with methods "
+            "of its own.",
             py::dynamic_attr(),
             py::custom_type_setup([](PyHeapTypeObject* type) { type->ht_type.tp_setattro = changeAttribute; }))
             .def(py::init([] { return std::shared_ptr<Client>(std::make_shared<BareClient>()); }));
@@ -125,7 +125,7 @@ void defineClient(Package& package) {
         .method({.name = "sendPacket",
                  .parameters = {frame},
                  .doc = "Sends a frame.",
-                 .raises = {"OSError: the link's failure; TimeoutError if the device takes nothing for 5 seconds"},
+                 .raises = {"OSError: the link's failure; TimeoutError if the device accepts no data for 5 seconds"},
                  .body =
                      [](py::handle self, const Object& values) {
                          const auto client = native<Client>(self);
@@ -139,7 +139,7 @@ void defineClient(Package& package) {
                      }})
         .method({.name = "recvPacket",
                  .parameters = {length},
-                 .doc = "Reads once, waiting as long as the link's reads wait.",
+                 .doc = "Reads once, with the link's read timeout.",
                  .returns = {"bytes", "at most `length` bytes; none at the end of the stream", "the device"},
                  .raises = {"OSError: the link's failure"},
                  .body = [](py::handle self,
@@ -168,10 +168,11 @@ void defineNetworkClients(Package& package) {
                           .def(py::init<>());
     ClassMaker maker(type);
     defineSocketField<NetworkClient, networkSteps>(
-        maker, "The socket; 0 while there is none. Any object with the methods of a socket may take its place.");
+        maker, "The socket; 0 while there is none. It may be replaced by any object with the methods of a socket.");
     maker
         .method({.name = "setTimeout",
-                 .parameters = {{"timeout", "float | None", "seconds of later reads and sends; None for no limit"}},
+                 .parameters = {{"timeout", "float | None",
+                                 "timeout of later reads and sends in seconds; None for no limit"}},
                  .doc = "Sets the socket's timeout; does nothing while there is no socket.",
                  .body =
                      [](py::handle self, const Object& timeout) {
@@ -181,8 +182,8 @@ void defineNetworkClients(Package& package) {
                          client->setTimeout(seconds);
                      }})
         .method({.name = "disconnect",
-                 .doc = "Shuts the socket down and lets go of it.",
-                 .raises = {"NetworkConnectionLostError: that fails; the socket stays"},
+                 .doc = "Shuts the socket down and releases it.",
+                 .raises = {"NetworkConnectionLostError: shutting down fails; the socket stays"},
                  .body = [](py::handle self) {
                      const auto client = native<NetworkClient>(self);
                      {
@@ -217,7 +218,7 @@ void defineNetworkClients(Package& package) {
         .method({.name = "bind",
                  .parameters = {{"ip_addr", "str", "local IPv4 address; empty for every interface"},
                                 {"port", "int", "UDP port, 0 to 65535"}},
-                 .doc = "Takes a local port.",
+                 .doc = "Binds a local port.",
                  .raises = {"NetworkConnectionError: the port is taken"},
                  .body =
                      [](py::handle self, const Object& address, const Object& port) {
@@ -232,8 +233,8 @@ void defineNetworkClients(Package& package) {
                      }})
         .method({.name = "sendBcstPacket",
                  .parameters = {{"packet", "Sequence[int]", "byte values of a frame"}},
-                 .doc = "Sends a frame to every device, on every interface that carries it.",
-                 .raises = {"OSError: no interface carries it"},
+                 .doc = "Sends a frame to every device, on every interface that can send it.",
+                 .raises = {"OSError: no interface can send it"},
                  .body = [](py::handle self, const Object& values) {
                      const auto client = native<UdpClient>(self);
                      client->requireOwn();
@@ -252,10 +253,10 @@ void defineSerialClient(Package& package) {
                           .def(py::init<>());
     ClassMaker maker(type);
     defineSocketField<SerialClient, lineSteps>(
-        maker, "The open line; 0 while there is none. Any object with read, write and close may take its place.");
+        maker, "The open line; 0 while there is none. It may be replaced by any object with read, write and close.");
     maker
         .property(
-            {"read_timeout", "float", "Seconds that a read waits at most."},
+            {"read_timeout", "float", "Read timeout in seconds."},
             [](py::handle self) {
                 const auto client = native<SerialClient>(self);
                 requireField(self, "read_timeout");
@@ -274,25 +275,25 @@ void defineSerialClient(Package& package) {
                 return kept == nullptr ? Object(py::int_(0)) : borrow(kept);
             },
             [](py::handle self, const Object& value) { dictionaryOf(self)[py::handle(interned("client"))] = value; })
-        .method(
-            {.name = "connect",
-             .parameters = {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
-                            {"baudrate", "int", "speed in bits per second"}},
-             .doc = "Opens the port: 8 data bits, no parity, one stop bit.",
-             .returns = {"bool", "True"},
-             .raises = {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"},
-             .body =
-                 [](py::handle self, const Object& port, const Object& speed) {
-                     const auto client = native<SerialClient>(self);
-                     const auto name = argument<std::string>(port, "port");
-                     const int bauds = argument<int>(speed, "baudrate");
-                     {
-                         const WithoutGil released;
-                         client->connect(name, bauds);
-                     }
-                     restoreField(self, "socket");
-                     return true;
-                 }})
+        .method({.name = "connect",
+                 .parameters = {{"port", "str", R"(name of the port, "COM4" or "/dev/ttyUSB0")"},
+                                {"baudrate", "int", "speed in bits per second"}},
+                 .doc = "Opens the port: 8 data bits, no parity, one stop bit.",
+                 .returns = {"bool", "True"},
+                 .raises = {"UARTConnectionError: there is no such port, another program uses it, or it does not "
+                            "support the speed"},
+                 .body =
+                     [](py::handle self, const Object& port, const Object& speed) {
+                         const auto client = native<SerialClient>(self);
+                         const auto name = argument<std::string>(port, "port");
+                         const int bauds = argument<int>(speed, "baudrate");
+                         {
+                             const WithoutGil released;
+                             client->connect(name, bauds);
+                         }
+                         restoreField(self, "socket");
+                         return true;
+                     }})
         .method(
             {.name = "disconnect", .doc = "Closes the port.", .returns = {"bool", "True"}, .body = [](py::handle self) {
                  const auto client = native<SerialClient>(self);
@@ -311,7 +312,7 @@ std::shared_ptr<UsbClient> usbClient(py::handle self) { return native<UsbClient>
 
 void defineUsbClient(Package& package) {
     const auto identity = py::class_<UsbIdentity, std::shared_ptr<UsbIdentity>>(
-        package.module(), "USBDeviceIdentity", "Where a USB device is attached, and what it tells about itself.");
+        package.module(), "USBDeviceIdentity", "Where a USB device is attached, and how it identifies itself.");
     ClassMaker(identity)
         .property({"bus", "int", "Number of the bus."}, [](py::handle self) { return native<UsbIdentity>(self)->bus; })
         .property({"address", "int", "Address on the bus."},
@@ -324,8 +325,8 @@ void defineUsbClient(Package& package) {
         py::class_<UsbClient, Client, std::shared_ptr<UsbClient>>(
             package.module(), "USBClient",
             "A client over the bulk endpoints of a USB device: USBClient(serial_num=\"default\").\n\nOpens the device "
-            "with this serial number, or with \"default\" the first one, and takes it from a driver of the kernel. "
-            "Raises USBConnectionError if there is none, USBError if it may not be opened.")
+            "with this serial number, or with \"default\" the first one, and detaches a kernel driver from it. Raises "
+            "USBConnectionError if there is none, USBError if opening is not permitted.")
             .def(py::init([](const Object& serialNumber) {
                      const auto serial = argument<std::string>(serialNumber, "serial_num");
                      const auto library = usbLibrary();
@@ -355,7 +356,7 @@ void defineUsbClient(Package& package) {
                  .parameters = {length},
                  .doc = "Reads once, for a millisecond at most.",
                  .returns = {"bytes", "at most `length` bytes", "the device"},
-                 .raises = {"USBTimeoutError: nothing came in time", "USBError: the USB layer's failure"},
+                 .raises = {"USBTimeoutError: nothing arrived in time", "USBError: the USB layer's failure"},
                  .body = [](py::handle self, const Object& most) {
                      const auto [reading, bytes] = readOnce(usbClient(self), most);
                      if (reading == ReadStatus::idle) throw UsbError(LIBUSB_ERROR_TIMEOUT);

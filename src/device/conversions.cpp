@@ -9,7 +9,7 @@ const Parameter integer{"number", "int", "the bits"};
 const Parameter bitIndex{"index", "int", "bit, 0 being the least significant"};
 const Parameter byteValues{"int_list", "Sequence[int]", "byte values, most significant first"};
 
-// A pair of functions for one number: to bytes and from them. `Number` is what they stand for.
+// Defines the pair of functions that convert a `Number` to bytes and back.
 template <class Number>
 void defineNumber(Package& package, const std::string& kind, const std::string& letters) {
     const std::string width = std::to_string(sizeof(Number));
@@ -20,19 +20,19 @@ void defineNumber(Package& package, const std::string& kind, const std::string& 
          .parameters = {{"value", "float", "the number, " + kind}},
          .doc = "Packs a number of " + kind + ".",
          .returns = {"list[int]", width + " byte values, most significant first"},
-         .raises = {"OverflowError: the number does not fit", "TypeError: it is no number"},
+         .raises = {"OverflowError: the number does not fit", "TypeError: it is not a number"},
          .body = [](py::handle, const Object& value) -> Object { return toList(pack<Number>(value, "value")); }});
     package.function(
         {.name = "convert" + width + "U8To" + letters,
          .parameters = {byteValues},
          .doc = "Unpacks a number of " + kind + ".",
          .returns = {type, "the number"},
-         .raises = {"struct.error: there are not " + width + " bytes"},
+         .raises = {"struct.error: the number of bytes is not " + width},
          .body = [](py::handle, const Object& bytes) { return readBigEndian<Number>(bytesOf(bytes, "int_list")); }});
 }
 
 void defineBits(Package& package) {
-    const Raises refused{"TypeError: an argument is no integer",
+    const Raises refused{"TypeError: an argument is not an integer",
                          "ValueError, OverflowError: the position is negative, or 65536 or more"};
     package.function(
         {.name = "clearBit",
@@ -46,7 +46,7 @@ void defineBits(Package& package) {
          .parameters = {integer, bitIndex},
          .doc = "Reads a bit.",
          .returns = {"int", "0 or 1"},
-         .raises = {"TypeError: an argument is no integer", "ValueError: the position is negative"},
+         .raises = {"TypeError: an argument is not an integer", "ValueError: the position is negative"},
          .body = [](py::handle, const Object& number, const Object& index) { return readBit(number, index); }});
     package.function(
         {.name = "fillBit",
@@ -67,7 +67,7 @@ void defineBits(Package& package) {
                       .parameters = {{"slot", "int", "slot of the chassis, from 1"}},
                       .doc = "Turns a slot into its port.",
                       .returns = {"int", "the port, from 0"},
-                      .raises = {"TypeError: it is no number"},
+                      .raises = {"TypeError: it is not a number"},
                       .body = [](py::handle, const Object& slot) -> Object {
                           if (PyNumber_Check(slot.ptr()) == 0) refuseType("slot", "a number", slot);
                           return slot - py::int_(1);
@@ -157,7 +157,7 @@ void defineLists(Package& package) {
         {.name = "adjustDataList",
          .parameters = {{"data_list", "Iterable", "the items"},
                         {"list_length", "int", "number of items of the result", "8"},
-                        {"padding_num", "object", "what fills the end", "0"}},
+                        {"padding_num", "object", "value that fills the end", "0"}},
          .doc = "Cuts or fills a list to a length.",
          .returns = {"list", "exactly `list_length` items"},
          .raises = {"ValueError, OverflowError: `list_length` is negative, or above 1000000"},
@@ -178,12 +178,12 @@ void defineChecks(Package& package) {
         {.name = "checkInputType",
          .parameters = {{"data", "object", "the value"},
                         {"correct_type", "type | tuple[type, ...]", "the type it must be of, or several"}},
-         .doc = "Refuses a value of a wrong type.",
+         .doc = "Raises InputTypeNotCorrectError unless the value is of the type.",
          .raises = {"InputTypeNotCorrectError: the value is of another type"},
          .body = [](py::handle, const Object& value, const Object& type) { checkInputType(value, type); }});
     package.function({.name = "checkInputTypeConsistent",
                       .parameters = {{"data", "object", "one value"}, {"data2", "object", "the other one"}},
-                      .doc = "Refuses two values of different types.",
+                      .doc = "Raises InputTypeNotConsistentError unless the values are of one type.",
                       .returns = {"bool", "True"},
                       .raises = {"InputTypeNotConsistentError: the types differ"},
                       .body = [](py::handle, const Object& first, const Object& second) {
@@ -194,7 +194,7 @@ void defineChecks(Package& package) {
                                      {"low", "float", "least allowed value", "0"},
                                      {"high", "float", "greatest allowed value", "255"},
                                      {"msg", "str | None", "message of the error; None for its own", "None"}},
-                      .doc = "Refuses a list with a value out of range.",
+                      .doc = "Raises InputDataNotInRangeError unless all values are in the range.",
                       .raises = {"InputDataNotInRangeError: a value is out of range"},
                       .body = [](py::handle, const Object& values, const Object& low, const Object& high,
                                  const Object& message) { checkEachItemInRange(values, low, high, message); }});
@@ -202,7 +202,7 @@ void defineChecks(Package& package) {
     const Parameter allowed{"allow_state_list", "Sequence[str]", "uses that are allowed"};
     package.function({.name = "checkFuncPinMap",
                       .parameters = {{"cell", "Sequence[int]", "port and pin"}, pinMap, allowed},
-                      .doc = "Tells whether a pin has an allowed use.",
+                      .doc = "Checks whether a pin has an allowed use.",
                       .returns = {"bool", "whether it has"},
                       .body = [](py::handle, const Object& cell, const Object& map, const Object& states) {
                           return checkFuncPinMap(cell, map, states);
@@ -210,7 +210,7 @@ void defineChecks(Package& package) {
     package.function(
         {.name = "checkPinMap",
          .parameters = {{"cell_list", "Iterable[Sequence[int]]", "pairs of port and pin"}, pinMap, allowed},
-         .doc = "Tells whether all pins have an allowed use.",
+         .doc = "Checks whether all pins have an allowed use.",
          .returns = {"bool", "whether they have"},
          .body = [](py::handle, const Object& cells, const Object& map, const Object& states) {
              return checkPinMap(cells, map, states);

@@ -13,7 +13,7 @@ namespace zvr::python {
 
 namespace {
 
-// A thread of ours waits for foreign locks and queues in turns of this length, to see what is replaced meanwhile.
+// The library's threads wait for foreign locks and queues in slices of this length, to notice replacements meanwhile.
 constexpr double turnSeconds = 0.05;
 constexpr double pollSeconds = 0.005;
 
@@ -26,7 +26,7 @@ void warnOf(FailureId warning) { callObject(failureClass(warning)); }
 
 using Pairs = std::vector<std::pair<Object, Object>>;
 
-// The queues of a field, which holds a list of them, or one.
+// The queues of a field, which holds one queue or a list.
 py::list queuesIn(const StreamedFunction& function, const Object& field) {
     if (function.hasLists) return py::list(field);
     py::list alone;
@@ -49,7 +49,7 @@ DecoderParts partsOf(py::handle self, const DecoderFields& fields, const Decoder
     return {part(given.lock, fields.lock), part(given.frames, fields.frames), part(given.items, fields.items)};
 }
 
-// The next frame of a queue; nothing if it is empty.
+// The next frame of a queue; null if it is empty.
 Object frameOf(const StreamedFunction& function, py::handle queue, double seconds) {
     try {
         if (function.hasLists) return callMethod(queue, "get", py::bool_(false));
@@ -79,8 +79,8 @@ void putAll(const StreamedFunction& function, py::handle queue, const Object& it
     }
 }
 
-// One turn of the body through the object, which `self` gives, or nothing once it is gone. Tells whether any frame
-// came.
+// One iteration of the body through the object, which `self` returns, or null once it is gone. Returns whether there
+// was any frame.
 template <class Self>
 bool turn(const StreamedFunction& function, const DecoderParts& parts, double seconds, Self self) {
     bool any = false;
@@ -95,7 +95,7 @@ bool turn(const StreamedFunction& function, const DecoderParts& parts, double se
     return any;
 }
 
-/// Looks at the object for a decoder thread.
+/// Looks up the parts of a decoder thread in its object.
 class DecoderSupervisor final : public ObjectSupervisor<StreamReader> {
 public:
     DecoderSupervisor(py::handle self, const StreamedFunction& function, const DecoderFields& fields,
@@ -143,7 +143,7 @@ private:
         try {
             reader.setLayout(function_.layoutOf(object));
         } catch (const std::exception&) {
-            return false;  // the next frame tells what is wrong
+            return false;  // the next frame reports the error
         }
         reader.setRoute(std::move(pairs), gate, !function_.hasLists);
         return true;
@@ -191,7 +191,7 @@ void markQueues(py::handle self, const StreamedFunction& function) {
 
 }  // namespace
 
-// Returns whether the lock was free within a turn. A lock that is not one of the host's knows its own ways only.
+// Returns whether the lock was free within a slice. A foreign lock may not support a timeout.
 bool passInTurn(py::handle lock) {
     if (const auto gate = nativeOrNothing<Gate>(lock)) {
         const Deadline until = deadlineIn(turnSeconds);
@@ -236,7 +236,7 @@ void constructStream(py::handle self, const StreamedFunction& function) {
             if (const auto runtime = runtimeOrNothing(self)) runtime->addRows(rows);
             items.append(py::cast(rows));
         }
-        // The constructor of the other form may have run before.
+        // The constructor of the other form may already have run.
         if (hasDecoder(self, fields.thread) && areSame(queuesIn(function, attribute(self, fields.frames)), frames)) {
             continue;
         }

@@ -22,7 +22,7 @@ Object classNamed(const char* type) { return packageObject(type); }
 
 namespace {
 
-// The name of a class counts for its subclasses too.
+// Subclasses inherit the name of their class.
 Object displayName(py::handle self) {
     const Object labels = packageObject("LABEL_DICT");
     for (const py::handle type : attribute(py::type::of(self), "__mro__")) {
@@ -51,7 +51,7 @@ Object restOfData(const Object& data, Py_ssize_t from) {
     return own(PyObject_GetItem(data.ptr(), rest.ptr()));
 }
 
-// The pools are whatever the object has, each by itself.
+// Each pool may have been replaced on the object.
 void fileFrame(py::handle self, int command, const Object& data) {
     const auto kind = py::cast<std::string>(py::str(callMethod(self, "_checkCommandType", py::int_(command), data)));
     if (kind == "streaming") {
@@ -72,14 +72,15 @@ void fileFrame(py::handle self, int command, const Object& data) {
 
 void defineThread(Package& package) {
     using Held = std::shared_ptr<OwnedThread>;
-    ClassMaker type = py::class_<OwnedThread, Held>(
-        package.module(), "DeviceThread", "A thread of a device object: it receives frames, or makes samples of them.");
+    ClassMaker type =
+        py::class_<OwnedThread, Held>(package.module(), "DeviceThread",
+                                      "A thread of a device object: it receives frames, or decodes them to samples.");
     type.property({"name", "str", "Name of the thread."}, [](const Held& thread) { return thread->name(); })
         .property({"daemon", "bool", "True: the thread does not keep the program from ending."},
                   [](const Held&) { return true; })
         .property({"ident", "int", "Number of the thread, as threading.get_ident gives it."},
                   [](const Held& thread) { return thread->ident(); })
-        .property({"native_id", "int", "Number that the system gives the thread."},
+        .property({"native_id", "int", "The system's number of the thread."},
                   [](const Held& thread) { return thread->nativeId(); })
         .method({.name = "is_alive",
                  .doc = "Whether the thread runs.",
@@ -95,14 +96,14 @@ void defineThread(Package& package) {
     refusePickling(type.type());
 }
 
-// Sets or deletes an attribute as every object does, and tells the threads of those that they use.
+// Sets or deletes an attribute as usual, and notifies the threads if they use it.
 template <class Change>
 void changeField(py::handle self, const Object& name, Change change) {
     if (entering(change) != 0) throw py::error_already_set();
     if (!Watch::watches(name)) return;
     const auto runtime = runtimeOrNothing(self);
     if (!runtime) return;
-    runtime->requestPath = nullptr;  // it would keep a client that has been let go of
+    runtime->requestPath = nullptr;  // it would keep a dropped client alive
     runtime->watch->touch(self);
 }
 
@@ -111,7 +112,7 @@ void onConnectionLost(py::handle self, const Object& callback, const Object& loo
     askForLoss(self, callback, loop);
 }
 
-// What closing raises must not hide what the block has raised: it becomes a note of that.
+// An exception of closing must not hide that of the block: it becomes a note of it.
 void noteClosing(const Object& failure, const py::error_already_set& error) {
     const py::tuple ofBlock(failure);
     if (ofBlock.size() < 2 || ofBlock[1].is_none() || !error.matches(PyExc_Exception)) throw;
@@ -154,7 +155,7 @@ std::string placeOf(py::handle self) {
 void defineDevice(Package& package) {
     defineThread(package);
     const py::class_<DeviceRuntime, std::shared_ptr<DeviceRuntime>> runtime(package.module(), "_DeviceRuntime",
-                                                                            "What the threads of a device touch.");
+                                                                            "State that the threads of a device use.");
     refusePickling(runtime);
     Watch::watchNames({"killed", "data_pool_echo", "data_pool_strm", "data_pool_bcst", "_putToDataPool",
                        "_checkCommandType", "__class__", "__dict__"});
@@ -162,19 +163,19 @@ void defineDevice(Package& package) {
     const Parameter command{"cmd", "int", "command code of a received frame"};
     const Parameter data{"data", "bytes", "its data"};
     const Parameter name{"name", "str", "name of the attribute"};
-    package.makeClass("Device", {}, "Root of the device classes: the data pools, and the end of everything.")
+    package.makeClass("Device", {}, "Root of the device classes: the data pools and closing.")
         .field({"killed", "bool", "set once, by `close`; ends the object's threads"})
         .field({"data_pool_echo", "EchoPool", "latest unclaimed reply per key"})
         .field({"data_pool_strm", "StreamPool", "queues of streamed frames"})
         .field({"data_pool_bcst", "BroadcastPool", "sets of replies to broadcasts"})
         .field({"serialize", "bool",
-                "whether requests with the same key take turns, each with a reply of its own; False unless set"})
+                "whether requests with the same key are serialized, each with its own reply; False unless set"})
         .method({.name = "onConnectionLost",
                  .parameters = {{"callback", "Callable[[Exception], object]", "called with the reason, an error"},
                                 {"loop", "asyncio.AbstractEventLoop | None",
                                  "event loop to call it on; None for a thread of the library", "None"}},
-                 .doc = "Has a function called once, when the device or the system has ended the connection; at once "
-                        "if that has happened. Closing and disconnecting are no such end.",
+                 .doc = "Registers a function that is called once when the device or the system has ended the "
+                        "connection, or at once if it already has. Closing and disconnecting do not count.",
                  .body = onConnectionLost})
         .method({.name = "__init__",
                  .doc = "Makes the data pools.",
@@ -189,8 +190,8 @@ void defineDevice(Package& package) {
                          setAttribute(self, lossCallbacks, py::list());
                      }})
         .method({.name = "__setattr__",
-                 .parameters = {name, {"value", "Any", "what it becomes"}},
-                 .doc = "Sets an attribute, threads included.",
+                 .parameters = {name, {"value", "Any", "its new value"}},
+                 .doc = "Sets an attribute and notifies the threads that use it.",
                  .body =
                      [](py::handle self, const Object& name, const Object& value) {
                          changeField(self, name,
@@ -198,7 +199,7 @@ void defineDevice(Package& package) {
                      }})
         .method({.name = "__delattr__",
                  .parameters = {name},
-                 .doc = "Deletes an attribute, threads included.",
+                 .doc = "Deletes an attribute and notifies the threads that use it.",
                  .body =
                      [](py::handle self, const Object& name) {
                          changeField(self, name,
@@ -206,7 +207,7 @@ void defineDevice(Package& package) {
                      }})
         .method({.name = "__reduce_ex__",
                  .parameters = {{"protocol", "object", ""}},
-                 .doc = "Refuses: a connection cannot be copied.",
+                 .doc = "Raises TypeError: a connection cannot be copied.",
                  .returns = {"Any"},
                  .raises = {"TypeError: always"},
                  .body = [](py::handle self, const Object&) -> Object {
@@ -216,7 +217,7 @@ void defineDevice(Package& package) {
                  }})
         .method({.name = "_checkCommandType",
                  .parameters = {command, data},
-                 .doc = "Sorts a frame by its command.",
+                 .doc = "Classifies a frame by its command.",
                  .returns = {"str", R"("streaming", "broadcast", "ignore" or "echo")"},
                  .body = commandType})
         .method({.name = "_putToDataPool",
@@ -225,13 +226,13 @@ void defineDevice(Package& package) {
                  .raises = {"IndexError: the data is too short for its key"},
                  .body = fileFrame})
         .method({.name = "_getDeviceName",
-                 .doc = "The display name.",
+                 .doc = "Returns the display name.",
                  .returns = {"str", "the name in `LABEL_DICT`", "table"},
                  .raises = {"KeyError: the class is not in the table"},
                  .body = displayName})
         .method({.name = "close",
                  .parameters = {verboseParameter},
-                 .doc = "Ends the object for good; a second call does nothing.",
+                 .doc = "Closes the object for good; a second call does nothing.",
                  .body =
                      [](py::handle self, const Object& verbose) {
                          if (isKilled(self)) return;
@@ -242,13 +243,13 @@ void defineDevice(Package& package) {
                          printMessage(verbose, "Closed handle", self);
                      }})
         .method({.name = "__enter__",
-                 .doc = "The object itself.",
+                 .doc = "Returns the object itself.",
                  .returns = {"Self"},
                  .body = [](py::handle self) { return borrow(self.ptr()); }})
         .method({.name = "__exit__",
                  .parameters = {{"*failure", "object", ""}},
-                 .doc = "Closes the object. An exception of the block stays the one that is told: what closing raises "
-                        "then becomes a note of it.",
+                 .doc = "Closes the object. An exception of the block is still the one raised; one of closing becomes "
+                        "a note of it.",
                  .body =
                      [](py::handle self, const Object& failure) {
                          try {
@@ -258,16 +259,16 @@ void defineDevice(Package& package) {
                          }
                      }})
         .method({.name = "__repr__",
-                 .doc = "Tells the model, what it is connected to, the serial number if that is known, and the state.",
+                 .doc = "Shows the model, the address, the serial number if known, and the state.",
                  .returns = {"str"},
                  .body = describe})
         .awaitable({.name = "__aenter__",
-                    .doc = "The object itself.",
+                    .doc = "Returns the object itself.",
                     .returns = {"Self"},
                     .body = [](Op op) -> Task { co_return borrow(op.self().ptr()); }})
         .awaitable({.name = "__aexit__",
                     .parameters = {{"*failure", "object"}},
-                    .doc = "Closes the object, as leaving a plain `with` does, and never stops the event loop.",
+                    .doc = "Closes the object as the end of a plain `with` does, without blocking the event loop.",
                     .body = [](Op op, Object failure) -> Task {
                         try {
                             co_await op.run(awaitInThread(op, "close"));

@@ -13,7 +13,7 @@ void setDisconnected(py::handle self, const DeviceClass& device) {
     setAttribute(self, device.link.status, device.countsStatus ? Object(py::int_(0)) : py::bool_(false));
 }
 
-// The receive thread gets a moment to see what has been done to it.
+// Gives the receive thread a moment to notice the change.
 void giveThreadItsTurn() { sleepBlocking(0.001); }
 
 void openGate(py::handle self, const DeviceLink& link) { callMethod(attribute(self, link.lock), "release"); }
@@ -31,19 +31,19 @@ void callBase(const DeviceClass& device, const char* method, py::handle self, co
     callOf(device.base == nullptr ? "Device" : device.base->name, method, self, args...);
 }
 
-// A connection that is refused is told to the log as well.
-Object joinOrTell(py::handle self, const DeviceClass& device, Arguments given) {
-    const auto tell = [&](const std::string& why) {
+// A failed connection is also logged.
+Object joinOrLog(py::handle self, const DeviceClass& device, Arguments given) {
+    const auto log = [&](const std::string& why) {
         logOf(self, LogLevel::warning, [&] { return "not connected: " + why; });
     };
     try {
         return device.join(self, device.link, given);
     } catch (const Failure& failure) {
-        tell(failure.what());
+        log(failure.what());
         throw;
     } catch (const py::error_already_set& error) {
         const auto cause = py::reinterpret_steal<Object>(PyException_GetCause(error.value().ptr()));
-        tell(std::string(py::str(error.value())) + (cause ? " (" + std::string(py::str(cause)) + ")" : ""));
+        log(std::string(py::str(error.value())) + (cause ? " (" + std::string(py::str(cause)) + ")" : ""));
         throw;
     }
 }
@@ -76,7 +76,7 @@ void startDevice(py::handle self, const DeviceClass& device, const Object& verbo
 
 void connectDevice(py::handle self, const DeviceClass& device, Arguments given) {
     if (device.base == nullptr && isConnected(self, device.link)) return;
-    const Object place = joinOrTell(self, device, given);
+    const Object place = joinOrLog(self, device, given);
     openGate(self, device.link);
     py::tuple places(device.connectParameters.size());
     for (std::size_t i = 0; i < places.size(); ++i) places[i] = i + 1 < places.size() ? given[i] : py::bool_(false);

@@ -1,11 +1,11 @@
-// What a device class is: its link, and the steps that are its own among those that all of them take.
+// The definition of a device class: its link, and its own steps beside the common ones.
 #pragma once
 
 #include "device/devices.h"
 
 namespace zvr::python {
 
-/// What is written of a method whose steps are common to all device classes.
+/// The documentation of a method whose steps are common to all device classes.
 struct MethodText {
     std::string summary;
     Raises raises = {};
@@ -14,23 +14,24 @@ struct MethodText {
 struct DeviceClass {
     const char* name;
     const char* doc;
-    const DeviceClass* base = nullptr;  ///< one whose link is opened first; without it the base is Device
+    const DeviceClass* base = nullptr;  ///< its link is opened first; null means Device
     DeviceLink link;
-    std::vector<FieldDoc> places = {};  ///< fields that tell what it is connected to; the first is for messages
+    std::vector<FieldDoc> places = {};  ///< fields with the address it is connected to; the first is used in messages
     bool countsStatus = false;          ///< the status is 0 or 1
-    bool dropsClient = false;           ///< at its end
+    bool dropsClient = false;           ///< when closed
 
     MethodText start;
     Parameters connectParameters;  ///< the last one is `verbose`
     MethodText connect, disconnect, close;
 
-    /// Connects the client and keeps status and places; gives the place for the message.
+    /// Connects the client and sets status and places; returns the place for the message.
     Object (*join)(py::handle self, const DeviceLink& link, Arguments given);
-    /// Lets go of the client, in a forked child too. Without it `disconnect` of the client does, in its own process.
+    /// Releases the client, in a forked child too. If null, the client's `disconnect` is called, in its own process
+    /// only.
     void (*leave)(py::handle self, const DeviceLink& link) = nullptr;
 };
 
-/// Connects the link's client and keeps what that returns as the status.
+/// Connects the link's client and sets the status to the result.
 void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number);
 
 void startDevice(py::handle self, const DeviceClass& device, const Object& verbose);
@@ -38,9 +39,9 @@ void connectDevice(py::handle self, const DeviceClass& device, Arguments given);
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 /// Whether the device has a connection that has not been lost.
 bool isConnected(py::handle self, const DeviceClass& device);
-/// Lets go of what is left of the connection and makes it anew, with what it was made with.
+/// Releases what is left of the connection and connects again with the same arguments.
 void reconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
-/// Disconnects, ends what the object has and says so, each even if the step before failed.
+/// Disconnects, ends the threads and prints a message; each step runs even if the previous one failed.
 void closeDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 
 inline Raises reconnectErrors(const DeviceClass& device) {
@@ -49,7 +50,7 @@ inline Raises reconnectErrors(const DeviceClass& device) {
     return raises;
 }
 
-/// The row is there for good.
+/// `device` must have static lifetime.
 inline void defineDeviceClass(Package& package, const DeviceClass& device) {
     const char* const base = device.base == nullptr ? "Device" : device.base->name;
     const DeviceLink& link = device.link;
@@ -84,19 +85,19 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
              .raises = device.disconnect.raises,
              .body = [&device](py::handle self, const Object& verbose) { disconnectDevice(self, device, verbose); }})
         .method({.name = "isConnected",
-                 .doc = "Whether there is a connection, and the device has not ended it.",
+                 .doc = "Whether there is a connection that has not been lost.",
                  .returns = {"bool", "", "host record"},
                  .body = [&device](py::handle self) { return isConnected(self, device); }})
         .method({.name = "reconnect",
                  .parameters = {verboseParameter},
-                 .doc = "Gives the handle a new connection to where it was connected last, whatever became of that "
-                        "one. Replies that nobody took are dropped; nothing is set or opened again on the device.",
+                 .doc = "Connects the handle again to its last address, whatever the state of that connection. "
+                        "Unclaimed replies are dropped; nothing is configured or opened again on the device.",
                  .raises = reconnectErrors(device),
                  .body = [&device](py::handle self, const Object& verbose) { reconnectDevice(self, device, verbose); }})
         .awaitable(inThreadOf("connect", device.connectParameters, device.connect.summary, device.connect.raises))
         .awaitable(inThreadOf("disconnect", {verboseParameter}, device.disconnect.summary, device.disconnect.raises))
-        .awaitable(
-            inThreadOf("reconnect", {verboseParameter}, "Gives the handle a new connection.", reconnectErrors(device)))
+        .awaitable(inThreadOf("reconnect", {verboseParameter}, "Connects the handle again to its last address.",
+                              reconnectErrors(device)))
         .awaitable(inThreadOf("close", {verboseParameter}, device.close.summary, device.close.raises))
         .method({.name = "close",
                  .parameters = {verboseParameter},

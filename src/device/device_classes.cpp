@@ -8,10 +8,11 @@ namespace zvr::python {
 
 namespace {
 
-// Longest wait for the receive thread to let go of a USB client that was dropped.
+// Longest wait for the receive thread to release a dropped USB client.
 constexpr std::chrono::milliseconds linger{75};
 
-// The link of commands has the same fields in all classes. A client that comes and goes is one that fails to read, too.
+// The command link has the same fields in all classes. With `comesAndGoes` each connection has a new client, and failed
+// reads are reported.
 DeviceLink commandLink(const char* clientClass, FailureId failure, int readLength, bool comesAndGoes = false) {
     return {.client = "client_cmd",
             .status = "connect_status_cmd",
@@ -54,8 +55,8 @@ Object joinUsb(py::handle self, const DeviceLink& link, Arguments given) {
     return found;
 }
 
-// Drops the client, and gives the receive thread time to drop it too, so that the device is free for the next one. A
-// client that somebody else holds stays, and nobody waits for it.
+// Drops the client and gives the receive thread time to drop it too, so that the device is free for the next one. A
+// client with other references is not waited for.
 void leaveUsb(py::handle self, const DeviceLink& link) {
     Object client = attribute(self, link.client);
     std::shared_future<void> closed;
@@ -85,7 +86,7 @@ Parameters wifiConnectParameters() {
 }
 
 void defineDeviceClasses(Package& package) {
-    const Raises lost{"NetworkConnectionLostError: the connection was lost before; everything is ended all the same"};
+    const Raises lost{"NetworkConnectionLostError: the connection was lost before; everything is closed nevertheless"};
 
     static const DeviceClass network{
         .name = "NetworkDevice",
@@ -101,7 +102,7 @@ void defineDeviceClasses(Package& package) {
                     {"NetworkConnectionError: the device is not reached within 5 seconds"}},
         .disconnect = {"Ends the connection; does nothing if there is none.",
                        {"NetworkConnectionLostError: the connection was lost before"}},
-        .close = {"Ends connection and threads for good; a second call does nothing.", lost},
+        .close = {"Closes connection and threads for good; a second call does nothing.", lost},
         .join = joinNetwork};
     static const DeviceClass wifi{
         .name = "WifiDevice",
@@ -116,13 +117,13 @@ void defineDeviceClasses(Package& package) {
                  .readLength = TCP_DATA_LENGTH_MAX},
         .start = {"Starts the receive threads, which wait for a connection."},
         .connectParameters = wifiConnectParameters(),
-        .connect = {"Connects commands and data. A second call opens another data connection in place of the first.",
-                    {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data side "
-                     "the command side is connected"}},
-        .disconnect = {"Ends both connections, as far as there are any.",
+        .connect = {"Connects commands and data. A second call replaces the data connection.",
+                    {"NetworkConnectionError: the device is not reached within 5 seconds; if only the data side "
+                     "failed, the command side stays connected"}},
+        .disconnect = {"Ends both connections, if there are any.",
                        {"NetworkConnectionLostError: a connection was lost before"}},
-        .close = {"Ends connections and threads for good; a second call does nothing.",
-                  {"NetworkConnectionLostError: a connection was lost before; everything is ended all the same"}},
+        .close = {"Closes connections and threads for good; a second call does nothing.",
+                  {"NetworkConnectionLostError: a connection was lost before; everything is closed nevertheless"}},
         .join = joinWifi};
     static const DeviceClass serial{
         .name = "UARTDevice",
@@ -135,10 +136,11 @@ void defineDeviceClasses(Package& package) {
         .connectParameters = {{"port", "str", R"(name of the serial port, "COM4" or "/dev/ttyUSB0")", "\"COM4\""},
                               {"baudrate", "int", "speed in bits per second", "91600"},
                               verboseParameter},
-        .connect = {"Opens the line; does nothing if it is open.",
-                    {"UARTConnectionError: there is no such port, another program has it, or it has no such speed"}},
+        .connect =
+            {"Opens the line; does nothing if it is open.",
+             {"UARTConnectionError: there is no such port, another program uses it, or it does not support the speed"}},
         .disconnect = {"Closes the line; does nothing if it is not open."},
-        .close = {"Ends line and thread for good; a second call does nothing."},
+        .close = {"Closes line and thread for good; a second call does nothing."},
         .join = joinSerial};
     static const DeviceClass usb{
         .name = "USBDevice",
@@ -151,14 +153,14 @@ void defineDeviceClasses(Package& package) {
                               verboseParameter},
         .connect = {"Opens the device; does nothing if it is open.",
                     {"USBConnectionError: there is no such device, or no libusb",
-                     "USBError: the device may not be opened, or fails"}},
-        .disconnect = {"Lets go of the device; does nothing if it is not open."},
-        .close = {"Ends connection and thread for good; a second call does nothing."},
+                     "USBError: opening the device is not permitted, or fails"}},
+        .disconnect = {"Releases the device; does nothing if it is not open."},
+        .close = {"Closes connection and thread for good; a second call does nothing."},
         .join = joinUsb,
         .leave = leaveUsb};
     static const DeviceClass broadcast{
         .name = "BroadcastDevice",
-        .doc = "Asks all devices on the network at once.",
+        .doc = "Sends requests to all devices on the network at once.",
         .link = {.client = "client_udp",
                  .status = "connect_status_udp",
                  .lock = "recv_udp_lock",
@@ -170,10 +172,10 @@ void defineDeviceClasses(Package& package) {
         .countsStatus = true,
         .start = {"Starts the receive thread, which waits for a port."},
         .connectParameters = {verboseParameter},
-        .connect = {"Takes UDP port 6667, on which the devices answer; does nothing if it has it.",
+        .connect = {"Binds UDP port 6667, on which the devices answer; does nothing if it is bound.",
                     {"NetworkConnectionError: the port is taken, or the handle is closed"}},
-        .disconnect = {"Lets go of the port; does nothing if it has none."},
-        .close = {"Ends port and thread for good; a second call does nothing."},
+        .disconnect = {"Releases the port; does nothing if it is not bound."},
+        .close = {"Closes port and thread for good; a second call does nothing."},
         .join = joinBroadcast};
 
     defineDeviceClass(package, network);

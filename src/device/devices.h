@@ -1,4 +1,4 @@
-// Clients and device classes, as Python sees them.
+// The Python classes of clients and devices.
 #pragma once
 
 #include "device/runtime.h"
@@ -13,7 +13,7 @@ void defineDevice(Package& package);
 void defineUsbEnumeration(Package& package);
 void defineDeviceClasses(Package& package);
 void defineBroadcast(Package& package);
-/// What a device tells of itself: address, mask, MAC, model, serial number, alias, application, gateway.
+/// How a device identifies itself: address, mask, MAC, model, serial number, alias, application, gateway.
 py::list describeRecord(const Bytes& record);
 
 inline void defineDevices(Package& package) {
@@ -24,7 +24,7 @@ inline void defineDevices(Package& package) {
     defineDeviceClasses(package);
 }
 
-/// The library that getLibUSB1() finds, or else the system's own; nothing if there is none.
+/// The library that getLibUSB1() finds, or else the system's own; null if there is none.
 std::shared_ptr<const UsbLibrary> usbLibrary();
 
 /// Parameters and messages that all device classes share.
@@ -37,12 +37,13 @@ bool isTrue(py::handle self, const char* field);
 
 Object classNamed(const char* type);
 
-/// Awaits a method that blocks, on a thread of the event loop's own.
+/// Runs a blocking method in the event loop's executor and awaits it.
 Task awaitInThread(Op op, const char* method, std::vector<Object> given = {});
-/// The awaitable form of such a method. It never stops the event loop; a cancelled one ends in its thread.
+/// The awaitable form of a blocking method. It never blocks the event loop; a cancelled call still finishes in its
+/// thread.
 Definition inThreadOf(const char* method, Parameters parameters, std::string doc, Raises raises);
 
-/// Calls a method of one class on an object, whatever the object's own class makes of it.
+/// Calls a method of a given class on an object, ignoring overrides of the object's class.
 template <class... Args>
 Object callOf(const char* type, const char* name, py::handle self, const Args&... args) {
     return callObject(attribute(classNamed(type), name), self, args...);

@@ -10,12 +10,12 @@ namespace zvr::python {
 
 namespace {
 
-// A request with the places of its arguments.
+// A request with the indices of its arguments.
 struct Plan {
     struct CheckStep {
-        Object method;  // its name; nothing where a function does it
+        Object method;  // its name; null if a function checks
         void (*test)(py::handle value, const char* name);
-        std::string name;  // of the argument that it looks at
+        std::string name;  // of the argument that it checks
         std::vector<std::size_t> arguments;
     };
     struct FieldStep {
@@ -45,7 +45,7 @@ void run(const Plan::CheckStep& check, py::handle self, const std::vector<Object
     own(entering([&] { return PyObject_VectorcallMethod(check.method.ptr(), values.data(), values.size(), nullptr); }));
 }
 
-// What refuses a value tells whose it is.
+// Errors name the argument that has the wrong value.
 void append(const Field& field, Payload& data, const Object& value) {
     const auto named = [&](const std::string& text) {
         const std::string name = field.parameter.name + ": ";
@@ -65,7 +65,7 @@ void append(const Field& field, Payload& data, const Object& value) {
     }
 }
 
-// The steps begin after the call has returned, so they keep the arguments; the plan is there for good.
+// The steps begin after the call has returned, so they own the arguments; the plan has static lifetime.
 Task run(const Plan& plan, Op op, std::vector<Object> arguments) {
     if (plan.adapt != nullptr) plan.adapt(op.self(), arguments);
     for (const Plan::CheckStep& check : plan.checks) run(check, op.self(), arguments);
@@ -207,7 +207,7 @@ Definition accepting(std::string name, Parameter parameter, FailureId failure, s
     return {.name = std::move(name),
             .parameters = {std::move(parameter)},
             .doc = "Raises " + error + " unless " + argument + " is " + values + ".",
-            .raises = {"InputTypeNotCorrectError: " + argument + " is no integer",
+            .raises = {"InputTypeNotCorrectError: " + argument + " is not an integer",
                        error + ": " + argument + " is not " + values},
             .body = [failure, accepted = std::move(accepted)](py::handle, const Object& value) {
                 checkIsInt(value);

@@ -1,4 +1,4 @@
-// Operations that are one exchange, as data: what is checked, what is sent, and how the reply becomes the result.
+// Operations that are one exchange, described as data: checks, request, and decoding of the reply.
 #pragma once
 
 #include <functional>
@@ -9,11 +9,11 @@
 
 namespace zvr::python {
 
-/// How an argument is written into a request's data.
+/// How an argument is encoded in a request's data.
 struct Encoding {
-    const char* kind;  ///< for the page of the wire; empty for a plain byte
+    const char* kind;  ///< shown on the wire format page; empty for a plain byte
     void (*append)(Payload& data, py::handle value, int number);
-    int number = 0;  ///< what `append` knows besides
+    int number = 0;  ///< additional parameter of `append`
 };
 
 /// A number of this width, most significant byte first.
@@ -21,7 +21,7 @@ template <class Number>
 struct PackedNumber : Encoding {
     constexpr explicit PackedNumber(const char* kind)
         : Encoding{kind, [](Payload& data, py::handle value, int) { data.add(pack<Number>(value)); }} {}
-    /// The same for a payload that is put together by hand.
+    /// The same for a payload that is built by hand.
     Bytes operator()(py::handle value) const { return pack<Number>(value); }
     Bytes operator()(int value) const { return pack<Number>(py::int_(value)); }
 };
@@ -35,7 +35,7 @@ inline constexpr Encoding u8{"", [](Payload& data, py::handle value, int) {
                                  if (PyIndex_Check(value.ptr()) == 0) refuseType(nullptr, "an integer", value);
                                  data.add(value);
                              }};
-/// A byte of what is one by the host's `int`: a flag, or a number of another type.
+/// A byte from Python's `int(value)`: a flag, or a number of another type.
 inline constexpr Encoding asInt{"int",
                                 [](Payload& data, py::handle value, int) { data.add(py::int_(borrow(value.ptr()))); }};
 inline constexpr Encoding length{"length",
@@ -45,9 +45,9 @@ inline constexpr Encoding bytes{"bytes", [](Payload& data, py::handle value, int
 inline constexpr Encoding address{"ip", [](Payload& data, py::handle value, int) { data.extend(addressBytes(value)); }};
 inline constexpr Encoding mac{"mac", [](Payload& data, py::handle value, int) { data.extend(macBytes(value)); }};
 
-/// One piece of a request's data: an argument as it is written, or what no argument gives.
+/// One piece of a request's data: an encoded argument or a constant.
 struct Field {
-    Parameter parameter;  ///< without a name where there is no argument
+    Parameter parameter;  ///< without a name for a constant
     std::string kind;
     void (*append)(Payload& data, py::handle value, int number);
     int number;
@@ -56,9 +56,9 @@ struct Field {
 inline Field operator|(const Parameter& parameter, const Encoding& encoding) {
     return {parameter, encoding.kind, encoding.append, encoding.number};
 }
-/// A byte that no argument gives.
+/// A constant byte.
 Field constant(int value, const std::string& name = {});
-/// A word that no argument gives.
+/// A constant 16-bit word.
 Field constantWord(int value);
 
 // Checks of one argument's type.
@@ -71,7 +71,7 @@ Check isText(const Parameter& parameter);
 /// A check method that accepts a few integers and raises the error for others.
 Definition accepting(std::string name, Parameter parameter, FailureId failure, std::vector<int> accepted);
 
-/// What is sent: a command, with its name where others share its number.
+/// The command of a request, with its name if others share its number.
 struct SentCommand {
     SentCommand(Command command) : code(command) {}  // NOLINT: a request is written with its command
     SentCommand(Command command, std::string_view name) : code(command), name(name) {}
@@ -79,8 +79,8 @@ struct SentCommand {
     std::string_view name = {};
 };
 
-/// How a reply becomes the result. `whole` is in its place where more is wanted than its bytes: the reply as it is, of
-/// its own type, or what it answers.
+/// How a reply is decoded to the result. `whole` replaces `decode` if more than the bytes is needed: the reply object
+/// itself, or the command it answers.
 struct Reply {
     std::function<Object(py::handle self, const Bytes& data)> decode;
     Returns returns;
@@ -89,20 +89,20 @@ struct Reply {
 
 /// 0, or the negative code of the device's refusal, from the status byte at this place of the reply.
 Reply status(std::size_t place);
-/// A byte of the reply as it is.
+/// One byte of the reply.
 Reply byteAt(std::size_t place, std::string doc);
 /// The reply, or a part of it, as text.
 Reply textReply(std::string doc, std::size_t length = std::string::npos, std::size_t from = 0);
 /// Four bytes of the reply as a dotted address.
 Reply addressAt(std::size_t place);
 Reply byteList(std::string doc);
-/// The part of a sequence from a place on, in the sequence's own type.
+/// The rest of a sequence from an index on, in the sequence's own type.
 Object restOfSequence(const Object& sequence, Py_ssize_t from);
-/// One item of a sequence; an IndexError where it ends before.
+/// One item of a sequence; throws an IndexError if it is too short.
 Object itemOf(const Object& sequence, Py_ssize_t place);
-/// The reply's bytes from a place on.
+/// The reply's bytes from an offset on.
 Reply bytesFrom(std::size_t place, std::string doc);
-/// Numbers of the reply, one behind the other; further bytes are ignored.
+/// Consecutive numbers of the reply; further bytes are ignored.
 template <class Number>
 Reply numbersAt(std::size_t place, std::size_t count, std::string doc) {
     return {[place, count](py::handle, const Bytes& data) -> Object {
@@ -125,36 +125,36 @@ Reply numberAt(std::size_t place, std::string doc) {
 /// The same result, also kept in a field of the object.
 Reply kept(std::string field, Reply reply);
 
-/// Changes the arguments of a call before they are checked: a model's own way to count its ports.
+/// Changes the arguments of a call before they are checked: maps a model's own port numbers.
 using Adapt = void (*)(py::handle self, std::vector<Object>& arguments);
 
 /// An operation that is one exchange.
 struct Request {
     std::string name;
-    Parameters parameters = {};  ///< where they are not those of the fields, in order
+    Parameters parameters = {};  ///< if they differ from those of the fields
     std::vector<Check> checks = {};
     SentCommand sends;
     std::vector<Field> fields = {};
-    Reply reply = status(1);  ///< what most writes answer: the port, then the status
+    Reply reply = status(1);  ///< the usual reply of a write: port, then status
     Adapt adapt = nullptr;
     std::string doc;
 
-    operator Definition() const;  // NOLINT: a request is a definition, written shorter
+    operator Definition() const;  // NOLINT: a request is a short form of a definition
 };
 
-/// What the requests of a list have in common, before what each has of its own.
+/// Checks and fields shared by the requests of a list; they precede each one's own.
 struct Common {
     std::vector<Check> checks = {};
     std::vector<Field> fields = {};
     Adapt adapt = nullptr;
 };
 
-/// One exchange with the device, in the form of the operation; gives the reply's data.
+/// One exchange with the device, in the form of the operation; returns the reply's data.
 inline Awaiter exchange(const Op& op, int command, const py::list& data) {
     return op.requestBy("_echoPacketWithRetry", py::int_(command), data);
 }
 
-/// The status of a write from this place of its reply: 0, or the negative code of the refusal, which the log is told.
+/// The status of a write at this offset of its reply: 0, or the negative code of the refusal, which is logged.
 Object statusOf(const Op& op, const SentCommand& command, const Object& reply, std::size_t place = 1);
 
 }  // namespace zvr::python

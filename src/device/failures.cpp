@@ -21,8 +21,8 @@ py::str formatted(const char* format, py::handle self) {
 
 PyTypeObject* asType(py::handle type) { return reinterpret_cast<PyTypeObject*>(type.ptr()); }
 
-// OSError makes an error number, a text and a file name of its arguments. Those of a failure are kept as every other
-// exception keeps them.
+// OSError interprets its arguments as error number, text and file name. A failure's arguments must be kept unchanged,
+// as in other exceptions.
 PyObject* makeSystemFailure(PyObject* /*self*/, PyObject* arguments, PyObject* /*named*/) {
     try {
         const Object type = borrow(PyTuple_GetItem(arguments, 0));
@@ -39,7 +39,7 @@ PyObject* makeSystemFailure(PyObject* /*self*/, PyObject* arguments, PyObject* /
 PyMethodDef newSystemFailure{"__new__", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(makeSystemFailure)),
                              METH_VARARGS | METH_KEYWORDS, "Makes the exception, without its message."};
 
-// What a status or a result stands for: itself, unless it is a negative integer.
+// Returns a result unless it is a negative integer, whose failure is raised.
 Object checkedResult(const Object& result) {
     if (PyLong_Check(result.ptr()) == 0) return result;
     int beyond = 0;
@@ -58,14 +58,14 @@ Object checkedResult(const Object& result) {
     throw py::error_already_set();
 }
 
-// Every other failure class: the code is the class's, the message may be the caller's.
+// Every other failure class: the class fixes the code, the caller may set the message.
 void defineFailure(Package& package, FailureId id) {
     const FailureRow& row = rowOf(id);
     const std::string name(row.name);
     std::vector<std::string> bases{std::string(row.base)};
     if (!row.hostBase.empty()) bases.emplace_back(row.hostBase);
     const std::string doc = std::string(row.message) + "\n\nIts code is " + std::to_string(row.code) + ".";
-    // Where a class has its own __new__, the host reads the signature from this head of the documentation.
+    // For a class with its own __new__, Python reads the signature from this first line of the docstring.
     ClassMaker type =
         package.makeClass(name, bases, name + "(msg=" + quoted(row.message) + ", *args, **kwargs)\n--\n\n" + doc);
     setAttribute(type.type(), "__doc__", py::str(doc));
@@ -79,7 +79,7 @@ void defineFailure(Package& package, FailureId id) {
     }
     type.method({.name = "__init__",
                  .parameters = parameters,
-                 .doc = "Takes a message.",
+                 .doc = "Sets the message.",
                  .body = [id](py::handle self, const Object& message, const Object& more, const Object& named) {
                      const Object base = borrow(PyTuple_GET_ITEM(asType(failureClass(id))->tp_bases, 0));
                      py::tuple head = py::make_tuple(self, rowOf(id).code, message);
@@ -93,13 +93,13 @@ void defineFailure(Package& package, FailureId id) {
 
 void say(const Object& text) { callObject(pythonObject("builtins", "print"), text); }
 
-// The innermost frame of Python on this thread; None where it runs none.
+// The innermost Python frame of this thread; None if it runs no Python.
 Object innermostFrame() {
     PyFrameObject* const frame = PyEval_GetFrame();
     return frame == nullptr ? Object(py::none()) : borrow(reinterpret_cast<PyObject*>(frame));
 }
 
-// Whether a frame runs a constructor of this object: a class that a user derives has one.
+// Whether a frame runs a constructor of this object, such as that of a user's subclass.
 bool isConstructorOf(const Object& frame, py::handle self) {
     const Object code = attribute(frame, "f_code");
     if (!attribute(code, "co_name").equal(py::str("__init__"))) return false;
@@ -107,8 +107,8 @@ bool isConstructorOf(const Object& frame, py::handle self) {
     return !names.empty() && callMethod(attribute(frame, "f_locals"), "get", Object(names[0])).is(self);
 }
 
-// The stack of the line that makes the warning, and the warning itself, which names that line. A thread of the library
-// runs no lines: it is told by its name.
+// Prints the stack of the line that constructs the warning and issues the warning for that line. A thread of the
+// library runs no Python, so its name is printed instead.
 void reportWarning(py::handle self) {
     logEvent(LogLevel::warning, [&] { return std::string(py::str(self)); });
     Object frame = innermostFrame();
@@ -136,14 +136,14 @@ void defineFailures(Package& package) {
         .field({"msg", "str", "what happened"})
         .method({.name = "__init__",
                  .parameters = {code, message, anyMore, anyNamed},
-                 .doc = "Takes a code and a message.",
+                 .doc = "Sets a code and a message.",
                  .body =
                      [](py::handle self, const Object& code, const Object& message, const Object&, const Object&) {
                          setAttribute(self, "code", code);
                          setAttribute(self, "msg", message);
                      }})
         .method({.name = "__str__",
-                 .doc = "Tells code and message.",
+                 .doc = "Returns code and message as text.",
                  .returns = {"str"},
                  .body = [](py::handle self) -> Object { return formatted("Error {:d}: {}", self); }});
     package
@@ -155,7 +155,7 @@ void defineFailures(Package& package) {
             {.name = "__init__",
              .parameters =
                  {code, message, anyMore, {"**kwargs", "object", "silent=True makes the construction report nothing"}},
-             .doc = "Takes a code and a message, and reports them.",
+             .doc = "Sets a code and a message, and reports them.",
              .body =
                  [](py::handle self, const Object& code, const Object& message, const Object&, const Object& named) {
                      setAttribute(self, "code", code);
@@ -164,7 +164,7 @@ void defineFailures(Package& package) {
                      if (!isTrue(silent)) reportWarning(self);
                  }})
         .method({.name = "__str__",
-                 .doc = "Tells code and message.",
+                 .doc = "Returns code and message as text.",
                  .returns = {"str"},
                  .body = [](py::handle self) -> Object { return formatted("Warning {:d}: {}", self); }});
     for (std::size_t i = 0; i < failureTable().size(); ++i) defineFailure(package, FailureId(i));
@@ -179,9 +179,9 @@ void defineFailures(Package& package) {
     package.function({.name = "check",
                       .parameters = {{"result", "Any", "what an operation returned"}},
                       .doc = "Raises the failure that a negative code stands for; anything else is returned as it is. "
-                             "Lists and tuples are not looked into, since what they hold may be readings.",
+                             "Items of lists and tuples are not checked, since they may be readings.",
                       .returns = {"Any", "`result`"},
-                      .raises = {"Error: the class of the code; Error itself for a code that no failure has",
+                      .raises = {"Error: the class of the code; Error itself for an unknown code",
                                  "ZVRWarning: the class of a code of the motion functions"},
                       .body = [](py::handle, const Object& result) { return checkedResult(result); }});
     package.function({.name = "checkFirmwareError",

@@ -24,7 +24,7 @@ void defineOperations(ClassMaker& type, const std::vector<Request>& requests) {
 
 Feature::Feature(Package& package, const std::string& prefix, const std::string& doc, Base base)
     : based_(base == Base::own ? std::optional(package.makeClass(prefix + "Based", {},
-                                                                 doc + "\n\nWhat both forms of the feature share."))
+                                                                 doc + "\n\nShared by both forms of the feature."))
                                : std::nullopt),
       blocking_(package.makeClass(prefix + "Module", basesOf("Packet", prefix, base), doc + "\n\nBlocking form.")),
       async_(package.makeClass(prefix + "Module_async", basesOf("Packet_async", prefix, base),
@@ -43,7 +43,7 @@ Feature& Feature::standalone(const Definition& definition) {
 Feature& Feature::constructor(Parameters parameters, Body body) {
     return addShared({.name = "__init__",
                       .parameters = std::move(parameters),
-                      .doc = "Takes what the model offers.",
+                      .doc = "Sets the resources of the model.",
                       .body = std::move(body)},
                      true);
 }

@@ -1,4 +1,4 @@
-// How a feature becomes classes: XModule with the blocking forms, XModule_async with the awaitable ones.
+// Makes the classes of a feature: XModule with the blocking forms, XModule_async with the awaitable ones.
 #pragma once
 
 #include "device/exchange.h"
@@ -9,13 +9,13 @@ namespace zvr::python {
 /// Operations of a class that has the blocking form only.
 void defineOperations(ClassMaker& type, const std::vector<Request>& requests);
 
-/// The classes of a feature: XModule, XModule_async, and for most XBased with what both forms share.
+/// The classes of a feature: XModule, XModule_async, and for most XBased with the shared members.
 class Feature {
 public:
     enum class Base { own, none };
     Feature(Package& package, const std::string& prefix, const std::string& doc, Base base = Base::own);
-    /// A pair of classes with names and bases of its own; a base without an async variant is a base of both. What both
-    /// forms share goes into both.
+    /// A pair of classes with the given names and bases; a base without an async variant is a base of both. Shared
+    /// members go into both.
     Feature(Package& package, const std::string& name, const std::vector<std::string>& bases, const std::string& doc);
 
     /// A check or helper that both forms share.
@@ -23,11 +23,11 @@ public:
     /// A check that needs no object.
     Feature& standalone(const Definition& definition);
 
-    /// A constructor that does more than to keep what it is given.
+    /// A constructor that does more than keep its arguments.
     Feature& constructor(Parameters parameters, Body body);
-    /// A constructor of what both forms share.
+    /// A constructor of the shared base.
     Feature& basedConstructor(Parameters parameters, Body body);
-    /// What a model tells the module: fields of the object, and in this order the parameters of both constructors.
+    /// What a model passes to the module: fields of the object and, in this order, parameters of both constructors.
     Feature& constructorFields(const std::vector<FieldDoc>& fields);
 
     Feature& field(const FieldDoc& field);
@@ -38,7 +38,7 @@ public:
     Feature& operation(const Definition& definition) { return add(definition, Form::blocking); }
     Feature& operations(const std::vector<Request>& requests);
 
-    /// Requests that have checks, fields or the rest in common.
+    /// Requests with common checks, fields or argument mapping.
     class Group {
     public:
         Group(Feature& feature, Common common) : feature_(feature), common_(std::move(common)) {}

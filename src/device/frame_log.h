@@ -1,16 +1,16 @@
-// The frames of all links as the logger "pyzvr.wire" tells them: by name and in hex.
+// Logs the frames of all links to the logger "pyzvr.wire", by name and in hex.
 #pragma once
 
 #include "transport/client.h"
 
 namespace zvr::python {
 
-/// Whether frames are listened to: what was found when it was asked last. Any thread.
+/// Whether frames are logged, as of the last `askForFrameLog`. On any thread.
 bool framesAreLogged() noexcept;
-/// Asks the logger again; from then on clients tell what they send. Under the interpreter lock.
+/// Asks the logger again; from then on the frames that clients send are logged if enabled. Under the interpreter lock.
 void askForFrameLog();
 
-/// Without the interpreter lock. The client may be gone.
+/// Without the interpreter lock. The client may already be destroyed.
 void logReceived(const std::weak_ptr<Client>& client, const Packet& packet) noexcept;
 
 }  // namespace zvr::python

@@ -23,11 +23,11 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 
 [[noreturn]] void timedOut() { throw Failure(FailureId::ReceivePacketTimeoutError); }
 
-// Replies of a motion command wait under a key of their own for each connector, sub-command and axis.
+// Replies of motion commands have a key for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
 
-// Whether other threads of Python compute, so that the interpreter lock is not to be had for milliseconds. Who finds it
-// so asks for the lock as soon as the request is sent, and leaves the reply to the receive thread meanwhile.
+// Detects that other Python threads compute and hold the interpreter lock for milliseconds. A caller then requests the
+// lock as soon as its request is sent, and leaves the reply to the receive thread meanwhile.
 class LockQueue {
 public:
     bool isLong() { return left_ > 0 && left_-- > 0; }
@@ -41,7 +41,7 @@ private:
 };
 LockQueue lockQueue;  // under the interpreter lock
 
-// Sends and waits without a step in Python between the two.
+// Sends and waits without running Python in between.
 Object exchangeOnce(const RequestPath& path, int command, const Bytes& data, double timeout) {
     const EchoPool::Key key = command == MOTION ? motionKey(data) : command;
     const Bytes frame = buildFrame(command, data);
@@ -78,7 +78,7 @@ Object echoPacket(py::handle self, int command, const Object& data, Seconds time
     return callMethod(self, "_getReplyFromPool", py::int_(keyOf(command, data)), py::float_(timeout));
 }
 
-// Sends up to three times in quick succession and then leaves the device the rest of the time. Times are nominal.
+// Sends up to three times in quick succession and then waits for the rest of the time. Times are nominal.
 Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
     auto path = RequestPath::of(self);
     std::shared_ptr<RequestTurn> turn;
@@ -111,7 +111,7 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
         for (std::string& note : attempts.notes(self, command)) std::move(failure).noting(std::move(note));
         throw failure;
     }
-    path = nullptr;  // it would keep a client that is let go of
+    path = nullptr;  // it would keep a dropped client alive
     try {
         return callMethod(self, "_getReplyFromPool", command, py::float_(limit - timer));
     } catch (const py::error_already_set& error) {
@@ -121,7 +121,7 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
     }
 }
 
-// The wait on a mapping that is not ours is a poll; its step is a thousandth of the limit.
+// A foreign mapping is polled, at intervals of a thousandth of the limit.
 Object pollReply(const ReplyPool& pool, const Object& key, double limit) {
     const double step = limit / 1000;
     for (double timer = 0; timer <= limit; timer += step) {
@@ -148,7 +148,7 @@ Object getReplyFromPool(py::handle self, const Object& key, Seconds limit) {
 
 Py_ssize_t sizeOf(py::handle queue) { return argument<Py_ssize_t>(callMethod(queue, "qsize"), "qsize"); }
 
-// Takes what is in a queue now, at most `count` items; -1 means all.
+// Takes the items that are in a queue now, at most `wanted`; -1 means all.
 py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
     const Py_ssize_t size = sizeOf(queue);
     py::list items;
@@ -161,7 +161,7 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
                 items.append(callMethod(queue, "get_nowait"));
             } catch (const py::error_already_set& error) {
                 if (!error.matches(pythonObject("queue", "Empty"))) throw;
-                break;  // somebody else takes from it too
+                break;  // another thread takes from it too
             }
         }
     }
@@ -169,7 +169,7 @@ py::list takeStreaming(py::handle queue, Py_ssize_t wanted) {
     return items;
 }
 
-// Waits for so many items; beyond the end of the object's link only until what had come is decoded.
+// Waits for so many items; once the link has ended only until all received frames are decoded.
 template <class Queue>
 bool awaitSize(py::handle self, py::handle queue, Py_ssize_t count, double seconds) {
     const auto ours = nativeOrNothing<Queue>(queue);
@@ -202,7 +202,7 @@ py::list getStreamingFromPool(py::handle self, const Object& queue, Py_ssize_t w
     return takeOrTell(self, queue, wanted);
 }
 
-// Sends a prepared frame without ever blocking an event loop; false if the link takes no more at the moment.
+// Sends a prepared frame without blocking the event loop; false if the link accepts no more at the moment.
 bool sendNow(py::handle self, const Object& frame) {
     const Object client = clientOf(self);
     const auto link = nativeOrNothing<Client>(client);
@@ -226,7 +226,7 @@ Task sendWithoutReplySteps(Op op, Object command, Object data) {
     co_return py::none();
 }
 
-// The part of an awaited request that needs no turn of the loop: it is sent, and a near device has answered by then.
+// The part of an awaited request that needs no turn of the loop: the sending, and the reply of a nearby device.
 struct Begun {
     bool sent = false;
     Object reply;
@@ -251,7 +251,7 @@ Begun begin(py::handle self, int command, const Object& data, Attempts* attempts
     return begun;
 }
 
-// The loop gets a turn now and then, however fast the device is.
+// Yields to the loop now and then, however fast the device is.
 Awaiter giveLoopItsTurn(const Op& op) { return LoopWakers::loopIsDue() ? op.sleep(0) : Awaiter::done(py::none()); }
 
 bool isTimeOver(const py::error_already_set& error) { return error.matches(pythonObject("asyncio", "TimeoutError")); }
@@ -265,7 +265,7 @@ Task awaitReplySteps(Op op, EchoPool::Key key, Deadline deadline) {
     co_return py::none();
 }
 
-// A peer that takes no more bytes is one that does not answer in time.
+// A peer that accepts no more bytes counts as one that does not answer in time.
 Task echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
     const Deadline deadline = deadlineIn(timeout);
     Begun begun = begin(op.self(), command, data);
@@ -284,7 +284,7 @@ Task echoPacketSteps(Op op, int command, Object data, Seconds timeout) {
 }
 
 Task echoPacketWithRetrySteps(Op op, Object command, Object data, int most, Seconds timeout) {
-    // What it makes must not stay in this frame, where the host's collector does not see it.
+    // Its temporaries must not stay in this frame, where the garbage collector does not see them.
     const auto attempt = [&] {
         static PyObject* const byTimeout = PyTuple_Pack(1, interned("timeout"));
         const py::int_ seconds(RETRY_TIMEOUT);
@@ -354,18 +354,18 @@ void definePacket(Package& package) {
     Watch::watchNames({"_preparePacket", "_echoPacket", "_getReplyFromPool", "_echoPacket_async",
                        "_getReplyFromPool_async", "serialize"});
     const Parameter queue{"queue_", "Fifo", "queue of samples"};
-    const Parameter count{"num_samples", "int", "most items to take; -1 for all that are there"};
+    const Parameter count{"num_samples", "int", "most items to take; -1 for all"};
     const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};
     const Parameter key{"cmd", "int", "key of the echo pool"};
-    const Returns samples{"list", "the items; a lone item that is a list comes flat", "the queue"};
+    const Returns samples{"list", "the items; a single item that is a list is flattened", "the queue"};
     const Returns maybeReply{"bytes | None", "data of the reply, or None if there was none in time", "the device"};
 
-    package.makeClass("Packet_based", {}, "What both forms of the request engine share.")
+    package.makeClass("Packet_based", {}, "Shared by both forms of the request engine.")
         .method({.name = "_preparePacket",
                  .parameters = {command, data.withDefault("[]")},
                  .doc = "Builds a frame.",
                  .returns = {"list[int]", "byte values of the whole frame"},
-                 .raises = {"OverflowError: the data does not fit a frame", "ValueError: a value is no byte"},
+                 .raises = {"OverflowError: the data does not fit a frame", "ValueError: a value is not a byte"},
                  .body = [](py::handle, int code, const Object& bytes) -> Object {
                      return toList(buildFrame(code, bytesOf(bytes, "data_out")));
                  }});
@@ -421,7 +421,7 @@ void definePacket(Package& package) {
                                    data,
                                    {"num_retries", "int", "times to send, one second apart", "3"},
                                    seconds.withDefault("5")},
-                    .doc = "Sends a request until its reply is there.",
+                    .doc = "Sends a request until its reply arrives.",
                     .returns = reply,
                     .body = echoPacketWithRetrySteps})
         .awaitable({.name = "_getReplyFromPool",

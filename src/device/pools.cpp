@@ -1,5 +1,4 @@
-// Pools, queues and gates as Python sees them: mappings, a set, queues and a lock of the usual shape over the C++
-// objects that the receive threads fill.
+// The pools as Python mappings and sets, over the C++ objects that the receive threads fill.
 #include "core/engine/pools.h"
 
 #include "core/engine/gate.h"
@@ -15,7 +14,7 @@ namespace {
     throw py::error_already_set();
 }
 
-// Gives a class the rest of what its kind of collection has; `items` are the type's parameters in the type stub.
+// Adds the mixin methods of a collections.abc class; `items` are the type's parameters in the type stub.
 void completeAs(py::handle type, const char* kind, const char* items, std::initializer_list<const char*> methods) {
     const Object mixin = py::module_::import("collections.abc").attr(kind);
     py::setattr(type, "__stub_base__", py::str(std::string(kind) + items));
@@ -25,18 +24,18 @@ void completeAs(py::handle type, const char* kind, const char* items, std::initi
 }
 
 const Parameter keyParameter{"key", "Any", "key of the pool"};
-const Parameter soughtParameter{"key", "object", "what is looked for"};
-const Parameter otherParameter{"other", "Any", "what it is joined with"};
+const Parameter soughtParameter{"key", "object", "the key or item to look for"};
+const Parameter otherParameter{"other", "Any", "the mapping to merge with"};
 
-// What mappings have beside the methods of collections.abc.
+// The methods of a dict beyond those of collections.abc.
 ClassMaker& completeMapping(ClassMaker& type, const char* items) {
     type.method({.name = "copy",
-                 .doc = "A plain dictionary of what is there now.",
+                 .doc = "Returns a plain dictionary of the current entries.",
                  .returns = {std::string("dict") + items},
                  .body = [](py::handle self) { return py::dict(borrow(self.ptr())); }})
         .method({.name = "__or__",
                  .parameters = {otherParameter},
-                 .doc = "A plain dictionary of both.",
+                 .doc = "Returns a plain dictionary of both.",
                  .returns = {std::string("dict") + items},
                  .body =
                      [](py::handle self, const Object& other) {
@@ -46,7 +45,7 @@ ClassMaker& completeMapping(ClassMaker& type, const char* items) {
                      }})
         .method({.name = "__ror__",
                  .parameters = {otherParameter},
-                 .doc = "A plain dictionary of both.",
+                 .doc = "Returns a plain dictionary of both.",
                  .returns = {std::string("dict") + items},
                  .body =
                      [](py::handle self, const Object& other) {
@@ -56,7 +55,7 @@ ClassMaker& completeMapping(ClassMaker& type, const char* items) {
                      }})
         .method({.name = "__ior__",
                  .parameters = {otherParameter},
-                 .doc = "Takes over what the other one has.",
+                 .doc = "Adds the entries of the other mapping.",
                  .returns = {"Self"},
                  .body =
                      [](py::handle self, const Object& other) {
@@ -71,7 +70,7 @@ ClassMaker& completeMapping(ClassMaker& type, const char* items) {
                {"get", "pop", "clear", "update", "setdefault", "keys", "values", "items", "__eq__",
                 "_MutableMapping__marker"});
     type.method({.name = "popitem",
-                 .doc = "Takes the newest entry out.",
+                 .doc = "Removes and returns the newest entry.",
                  .returns = {"tuple[Any, Any]"},
                  .raises = {"KeyError: there is none"},
                  .body = [](py::handle self) -> Object {
@@ -92,8 +91,8 @@ ClassMaker& completeMapping(ClassMaker& type, const char* items) {
     return type;
 }
 
-// What a pool of ours cannot hold itself - keys that no frame has, values that no frame is - stands in a dictionary
-// beside it.
+// Entries that a native pool cannot hold, with keys or values that no frame can have, are kept in a dictionary beside
+// it.
 py::dict othersOf(py::handle pool) {
     const py::dict fields = own(PyObject_GenericGetDict(pool.ptr(), nullptr));
     if (!fields.contains("_others")) fields["_others"] = py::dict();
@@ -104,7 +103,7 @@ void requireHashable(py::handle key) {
     if (entering([&] { return PyObject_Hash(key.ptr()); }) == -1) throw py::error_already_set();
 }
 
-// The number that a key of a frame is; nothing for what is none.
+// The number of a frame's key; empty if it is not one.
 std::optional<std::int64_t> numberOfKey(py::handle key) {
     requireHashable(key);
     if (PyIndex_Check(key.ptr()) == 0) return std::nullopt;
@@ -134,7 +133,7 @@ Object iteratorOverKeys(py::handle pool, const Keys& keys, Convert convert) {
 }
 
 void defineEchoPool(Package& package) {
-    const Parameter reply{"value", "Any", "data of the reply as bytes, or anything else"};
+    const Parameter reply{"value", "Any", "data of the reply as bytes, or any object"};
     ClassMaker type = py::class_<EchoPool, std::shared_ptr<EchoPool>>(
         package.module(), "EchoPool", "Latest unclaimed reply per command code or composite motion key.",
         py::dynamic_attr());
@@ -151,7 +150,7 @@ void defineEchoPool(Package& package) {
                  }})
         .method({.name = "__setitem__",
                  .parameters = {keyParameter, reply},
-                 .doc = "Files a reply and wakes who waits for it.",
+                 .doc = "Files a reply and notifies its waiters.",
                  .body =
                      [](py::handle self, const Object& key, const Object& value) {
                          const auto pool = native<EchoPool>(self);
@@ -202,7 +201,7 @@ void defineEchoPool(Package& package) {
     completeMapping(type, "[Any, Any]");
 }
 
-// A key is the command, or a tuple of it with port and chip select; nothing for what no frame has.
+// A key is the command, or a tuple of command, port and chip select; empty if no frame can have it.
 std::optional<StreamKey> keyOf(py::handle key, const StreamPool&) {
     py::tuple parts = py::make_tuple(borrow(key.ptr()));
     if (PyTuple_Check(key.ptr())) {
@@ -213,7 +212,7 @@ std::optional<StreamKey> keyOf(py::handle key, const StreamPool&) {
     std::array<int, 3> numbers{0, StreamKey::absent, StreamKey::absent};
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const auto number = numberOfKey(parts[i]);
-        // A negative part would stand for one that is absent.
+        // A negative part would mean an absent one.
         if (!number || *number < (i == 0 ? std::numeric_limits<int>::min() : 0) ||
             *number > std::numeric_limits<int>::max()) {
             return std::nullopt;
@@ -247,11 +246,11 @@ Object objectOfEntry(const Entry& entry) {
     return entry.own ? py::cast(entry.own) : Object();
 }
 
-/// A mapping that makes what is missing, as defaultdict does: by index only, not for `get`, `pop` and `in`.
+/// A mapping that creates missing entries as defaultdict does: by index only, not in `get`, `pop` and `in`.
 template <class Key, class Thing>
 void defineMakingPool(Package& package, const char* name, const char* doc, const char* thing, const char* items) {
     using Pool = MakingPool<Key, Thing>;
-    const Parameter otherwise{"default", "Any", "what is given where there is none", "None"};
+    const Parameter otherwise{"default", "Any", "returned if there is none", "None"};
     ClassMaker type = py::class_<Pool, std::shared_ptr<Pool>>(package.module(), name, doc, py::dynamic_attr());
     static constexpr auto find = [](py::handle self, const Object& key) -> Object {
         const auto pool = native<Pool>(self);
@@ -269,7 +268,7 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
     };
     type.method({.name = "__getitem__",
                  .parameters = {keyParameter},
-                 .doc = "What is there under a key; made if it is missing.",
+                 .doc = "Returns the entry of a key; created if missing.",
                  .returns = {"Any"},
                  .body = [](py::handle self, const Object& key) -> Object {
                      if (Object found = find(self, key)) return found;
@@ -285,9 +284,8 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
         .method({.name = "__setitem__",
                  .parameters = {keyParameter,
                                 {"value", "Any",
-                                 std::string(thing) + ", or what takes its place: it is used "
-                                                      "through its methods"}},
-                 .doc = "Puts something in the place of what is there.",
+                                 std::string(thing) + ", or a replacement that is used through its methods"}},
+                 .doc = "Replaces an entry.",
                  .body =
                      [](py::handle self, const Object& key, const Object& value) {
                          const auto pool = native<Pool>(self);
@@ -302,7 +300,7 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
                      }})
         .method({.name = "__delitem__",
                  .parameters = {keyParameter},
-                 .doc = "Takes it out; the next frame makes another.",
+                 .doc = "Removes an entry; the next frame creates another.",
                  .raises = {"KeyError: there is none"},
                  .body =
                      [](py::handle self, const Object& key) {
@@ -311,7 +309,7 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
                      }})
         .method({.name = "__contains__",
                  .parameters = {soughtParameter},
-                 .doc = "Whether it is there.",
+                 .doc = "Whether there is such an entry.",
                  .returns = {"bool"},
                  .body = [](py::handle self, const Object& key) { return static_cast<bool>(find(self, key)); }})
         .method({.name = "__len__",
@@ -333,15 +331,15 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
     completeMapping(type, items);
     type.method({.name = "get",
                  .parameters = {keyParameter, otherwise},
-                 .doc = "What is there under a key; nothing is made.",
+                 .doc = "Returns the entry of a key, without creating one.",
                  .returns = {"Any"},
                  .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
                      Object found = find(self, key);
                      return found ? found : otherwise;
                  }})
         .method({.name = "pop",
-                 .parameters = {keyParameter, {"*args", "Any", "what is given where there is none"}},
-                 .doc = "Takes an entry out.",
+                 .parameters = {keyParameter, {"*args", "Any", "returned if there is none"}},
+                 .doc = "Removes and returns an entry.",
                  .returns = {"Any"},
                  .raises = {"KeyError: there is none, and no default"},
                  .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
@@ -355,7 +353,7 @@ void defineMakingPool(Package& package, const char* name, const char* doc, const
                  }})
         .method({.name = "setdefault",
                  .parameters = {keyParameter, otherwise},
-                 .doc = "What is there under a key, or else the default, put there.",
+                 .doc = "Returns the entry of a key, or else adds the default and returns it.",
                  .returns = {"Any"},
                  .body = [](py::handle self, const Object& key, const Object& otherwise) -> Object {
                      if (Object found = find(self, key)) return found;
@@ -370,11 +368,10 @@ void defineStreamPool(Package& package) {
         const WithGil acquired;
         callMethod(static_cast<PyObject*>(queue.get()), "put", toBytes(frame));
     };
-    defineMakingPool<StreamKey, StreamFifo>(
-        package, "StreamPool",
-        "Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key makes an "
-        "empty queue.",
-        "a Fifo", "[Any, Any]");
+    defineMakingPool<StreamKey, StreamFifo>(package, "StreamPool",
+                                            "Queue of streamed frames per command, or per tuple of command, port and "
+                                            "chip select. A missing key creates an empty queue.",
+                                            "a Fifo", "[Any, Any]");
 }
 
 py::set setOf(const RecordSet& records) {
@@ -390,7 +387,7 @@ void assign(RecordSet& records, const Object& values) {
     for (Bytes& value : bytes) records.add(std::move(value));
 }
 
-// The methods that a set has too and that give a new set, and those that change it: both work on a plain set.
+// The methods of a set that return a new set, and those that change it: both work on a plain set.
 void completeSet(ClassMaker& type) {
     const Parameter others{"*args", "Any", "sets or other collections"};
     for (const char* name :
@@ -398,7 +395,7 @@ void completeSet(ClassMaker& type) {
           "__ror__", "__rand__", "__rsub__", "__rxor__", "issubset", "issuperset"}) {
         type.add({name,
                   {others},
-                  "As of a set of what is there now.",
+                  "As on a plain set of the current replies.",
                   {"Any"},
                   {},
                   [](const Definition& definition, py::handle self, Arguments given) -> Object {
@@ -411,7 +408,7 @@ void completeSet(ClassMaker& type) {
                              "__ior__", "__iand__", "__isub__", "__ixor__"}) {
         type.add({name,
                   {others},
-                  "As of a set.",
+                  "As on a plain set.",
                   {"Any"},
                   {},
                   [](const Definition& definition, py::handle self, Arguments given) -> Object {
@@ -430,7 +427,7 @@ void defineBroadcastPool(Package& package) {
     using Set = std::shared_ptr<RecordSet>;
     const Parameter record{"value", "bytes", "data of a reply"};
     ClassMaker set = py::class_<RecordSet, Set>(package.module(), "RecordSet",
-                                                "Replies to one broadcast command; equal ones count once.");
+                                                "Replies to one broadcast command, without duplicates.");
     set.method({.name = "__contains__",
                 .parameters = {soughtParameter},
                 .doc = "Whether a reply is there.",
@@ -457,7 +454,7 @@ void defineBroadcastPool(Package& package) {
                  .body = [](const Set& records, const Object& value) { records->discard(bytesOf(value)); }})
         .method({.name = "clear", .doc = "Removes all replies.", .body = [](const Set& records) { records->clear(); }})
         .method({.name = "copy",
-                 .doc = "A plain set of what is there now.",
+                 .doc = "Returns a plain set of the current replies.",
                  .returns = {"set[bytes]"},
                  .body = [](const Set& records) { return setOf(*records); }})
         .method({.name = "__repr__", .doc = "Its content.", .returns = {"str"}, .body = [](const Set& records) {
@@ -474,7 +471,7 @@ void defineBroadcastPool(Package& package) {
         callMethod(static_cast<PyObject*>(records.get()), "add", toBytes(record));
     };
     defineMakingPool<int, RecordSet>(package, "BroadcastPool",
-                                     "Set of replies per broadcast command. A missing key makes an empty set.",
+                                     "Set of replies per broadcast command. A missing key creates an empty set.",
                                      "a RecordSet", "[Any, Any]");
 }
 

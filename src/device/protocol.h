@@ -1,4 +1,4 @@
-// What every operation stands on: constants, failures, conversions, pools and the request engine, as Python sees them.
+// The base of every operation, as Python sees it: constants, failures, conversions, pools and the request engine.
 #pragma once
 
 #include "core/engine/pools.h"
@@ -17,8 +17,8 @@ void definePools(Package& package);
 void defineRowFifo(Package& package);
 void definePacket(Package& package);
 
-/// Gives all bound types of the package what Python can ask of any: a constructor that refuses what it cannot make, and
-/// a refusal to be copied or pickled.
+/// Completes all bound types of the package: constructors that reject objects they cannot construct, and an error on
+/// copying or pickling.
 void completeBoundTypes(Package& package);
 
 inline void defineProtocol(Package& package) {

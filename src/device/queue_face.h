@@ -1,7 +1,7 @@
-// What a queue of ours is to Python: a queue.Queue in everything but name.
+// The Python interface of the library's queues: that of queue.Queue.
 //
 // A queue has size(), capacity(), `tasks` and waitForSize(count, deadline, onWait). Its `Access` names it as `Queue`
-// and knows its items: put(queue, item, deadline) returns whether there was room, take(queue) gives nothing where it is
+// and converts its items: put(queue, item, deadline) returns whether there was room, take(queue) returns null if it is
 // empty.
 #pragma once
 
@@ -42,7 +42,7 @@ Object takeFrom(const std::shared_ptr<typename Access::Queue>& queue, Deadline d
         if (Object item = Access::take(queue)) return item;
         const bool came =
             blocking([&](const InterruptCheck& onWait) { return queue->waitForSize(1, deadline, onWait) > 0; });
-        // Else another taker was quicker.
+        // Otherwise another taker was faster.
         if (!came && (Clock::now() >= deadline || queue->ends() != ends)) raiseQueue("Empty");
     }
 }
@@ -54,7 +54,7 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
     const Parameter item{"item", itemType, itemDoc};
     const Parameter waits{"block", "bool", "whether to wait", "True"};
     const Parameter timeout{"timeout", "float | None", "seconds to wait at most; None for no limit", "None"};
-    const Returns taken{itemType, "the oldest item: what was put, the same object"};
+    const Returns taken{itemType, "the oldest item, the same object that was put"};
     type.method({.name = "put",
                  .parameters = {item, waits, timeout},
                  .doc = "Adds an item.",
@@ -65,7 +65,7 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                  .parameters = {waits, timeout},
                  .doc = "Takes the oldest item.",
                  .returns = taken,
-                 .raises = {"queue.Empty: nothing came in time, or before the connection was closed"},
+                 .raises = {"queue.Empty: nothing arrived in time, or before the connection was closed"},
                  .body = [](const Held& queue, bool waits,
                             const Object& timeout) { return takeFrom<Access>(queue, queueDeadline(waits, timeout)); }})
         .method({.name = "put_nowait",
@@ -76,24 +76,24 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
         .method({.name = "get_nowait",
                  .doc = "Takes the oldest item without waiting.",
                  .returns = taken,
-                 .raises = {"queue.Empty: nothing is there"},
+                 .raises = {"queue.Empty: there is no item"},
                  .body = [](const Held& queue) { return takeFrom<Access>(queue, Clock::now()); }})
         .method({.name = "qsize",
                  .doc = "Number of items.",
                  .returns = {"int"},
                  .body = [](const Held& queue) { return queue->size(); }})
         .method({.name = "empty",
-                 .doc = "Whether it holds nothing.",
+                 .doc = "Whether it is empty.",
                  .returns = {"bool"},
                  .body = [](const Held& queue) { return queue->size() == 0; }})
         .method(
             {.name = "full",
-             .doc = "Whether it holds all it can.",
+             .doc = "Whether it is full.",
              .returns = {"bool"},
              .body = [](const Held& queue) { return queue->capacity() != 0 && queue->size() >= queue->capacity(); }})
         .method({.name = "task_done",
-                 .doc = "Declares an item done that was taken.",
-                 .raises = {"ValueError: none is left to be done"},
+                 .doc = "Declares a taken item done.",
+                 .raises = {"ValueError: no unfinished item is left"},
                  .body =
                      [](const Held& queue) {
                          if (!queue->tasks.done()) throw py::value_error("task_done() called too many times");
@@ -108,7 +108,7 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                          });
                      }})
         .method({.name = "__repr__",
-                 .doc = "How much it holds.",
+                 .doc = "Shows its capacity and size.",
                  .returns = {"str"},
                  .body =
                      [](py::handle self) {
@@ -118,14 +118,14 @@ void defineQueueFace(ClassMaker& type, const char* itemType, const char* itemDoc
                                      queue->capacity() == 0 ? Object(py::str("any size")) : py::int_(queue->capacity()),
                                      queue->size());
                      }})
-        .property({"unfinished_tasks", "int", "Items that nobody has declared done."},
+        .property({"unfinished_tasks", "int", "Items not yet declared done."},
                   [](const Held& queue) { return queue->tasks.count(); })
         .property({"maxsize", "int", "Most items it holds; 0 for no limit."},
                   [](const Held& queue) { return queue->capacity(); });
 }
 
-/// Lets the host's collector see what a queue holds: an item may refer back to it. `objectIn` gives the object of an
-/// item as a pointer, or nothing.
+/// Makes a queue's items visible to the garbage collector, since an item may refer back to the queue. `ObjectIn`
+/// returns the object of an item as a pointer, or null.
 template <class Queue, class ObjectIn>
 py::custom_type_setup collectable(ObjectIn) {
     return py::custom_type_setup([](PyHeapTypeObject* heap) {
@@ -148,13 +148,13 @@ py::custom_type_setup collectable(ObjectIn) {
     });
 }
 
-/// Capacity that a caller gave; as for the host's queues, none and less mean no limit.
+/// The capacity argument; as in queue.Queue, zero or less means no limit.
 inline std::size_t queueCapacity(py::handle maxsize) {
     const auto most = argument<std::int64_t>(maxsize, "maxsize");
     return most <= 0 ? 0 : static_cast<std::size_t>(most);
 }
 
-/// Refuses to be copied by pickling: the object belongs to threads of this process.
+/// Makes pickling raise: the object belongs to threads of this process.
 void refusePickling(py::handle type);
 
 }  // namespace zvr::python

@@ -1,4 +1,4 @@
-// Queues and gates as Python sees them: queues and a lock of the usual shape over the C++ objects that receive threads
+// Queues and gates for Python, with the interfaces of queue.Queue and Lock over the C++ objects that receive threads
 // use.
 #include "core/engine/gate.h"
 #include "core/engine/pools.h"
@@ -13,7 +13,7 @@ namespace {
 
 template <class Item>
 Item itemOf(const Object& item);
-// What is no frame is kept all the same, and given back.
+// An item that is no frame is kept and given back unchanged.
 template <>
 StreamItem itemOf(const Object& item) {
     if (item.is_none()) return {};
@@ -24,7 +24,7 @@ StreamItem itemOf(const Object& item) {
         try {
             frame = bytesOf(item);
         } catch (const std::exception&) {
-            frame.reset();  // the reader of the queue refuses it
+            frame.reset();  // the reader of the queue reports it
         }
     }
     return {std::move(frame), shared(item)};
@@ -73,13 +73,13 @@ void defineFifoOf(Package& package, const char* name, const char* doc, const cha
 }
 
 void defineFifos(Package& package) {
-    defineFifoOf<StreamItem>(package, "Fifo", "Thread-safe queue of frames, or of anything.", "Any",
+    defineFifoOf<StreamItem>(package, "Fifo", "Thread-safe queue of frames or any objects.", "Any",
                              "data of a frame as bytes, or anything else; None is the marker that wakes a reader");
     defineFifoOf<SharedObject>(package, "ItemFifo", "Thread-safe queue of any objects.", "Any",
                                "any object; None is the marker that wakes a reader");
 }
 
-// As of the host's locks, but that a held gate does not make a blocking call wait.
+// As threading.Lock.acquire, except that a blocking call never waits for a shut gate.
 bool acquire(const std::shared_ptr<Gate>& gate, bool waits, double timeout) {
     if (!waits && timeout != -1) throw py::value_error("can't specify a timeout for a non-blocking call");
     if (timeout < 0 && timeout != -1) throw py::value_error("timeout value must be a non-negative number");
@@ -93,20 +93,20 @@ bool acquire(const std::shared_ptr<Gate>& gate, bool waits, double timeout) {
 
 void defineGate(Package& package) {
     using Held = std::shared_ptr<Gate>;
-    const Parameter waits{"blocking", "bool", "whether to shut it although it is shut already; such a call never waits",
+    const Parameter waits{"blocking", "bool", "whether to succeed even if it is shut already; such a call never waits",
                           "True"};
-    const Parameter timeout{"timeout", "float", "seconds to wait for a shut gate to open; -1 for not at all", "-1"};
-    const Returns shut{"bool", "whether the gate is the caller's now; False only for one that was shut"};
-    ClassMaker type = py::class_<Gate, Held>(
-                          package.module(), "Gate",
-                          "Gate of a receive thread, with the face of a lock: shut by acquire, opened by release. A "
-                          "new one is open. Nothing waits for a shut gate for ever, and opening an open one does "
-                          "nothing.")
-                          .def(py::init([] {
-                              auto gate = std::make_shared<Gate>();
-                              gate->release();
-                              return gate;
-                          }));
+    const Parameter timeout{"timeout", "float", "seconds to wait for a shut gate to open; -1 for no wait", "-1"};
+    const Returns shut{"bool", "whether the call succeeded; False only for a gate that was shut"};
+    ClassMaker type =
+        py::class_<Gate, Held>(
+            package.module(), "Gate",
+            "Gate of a receive thread, with the interface of a lock: shut by acquire, opened by release. A new one is "
+            "open. No call waits for a shut gate for ever, and opening an open one does nothing.")
+            .def(py::init([] {
+                auto gate = std::make_shared<Gate>();
+                gate->release();
+                return gate;
+            }));
     type.method({.name = "acquire",
                  .parameters = {waits, timeout},
                  .doc = "Shuts the gate.",

@@ -1,4 +1,4 @@
-// Where the replies to an object's requests lie, and whose turn it is to ask.
+// Where the replies to an object's requests are filed, and the order of serialized requests.
 #pragma once
 
 #include "device/runtime.h"
@@ -6,7 +6,7 @@
 
 namespace zvr::python {
 
-/// The object's pool of replies: ours, or whatever mapping somebody put there; and who brings the replies, if ours.
+/// The object's pool of replies: the library's own or a user's mapping.
 struct ReplyPool {
     explicit ReplyPool(py::handle self)
         : object(attribute(self, "data_pool_echo")),
@@ -19,7 +19,7 @@ struct ReplyPool {
         return ours->await(key, deadline, onWait);
     }
 
-    /// Takes a reply out of a mapping that is not ours; nothing if there is none.
+    /// Takes a reply from a foreign mapping; null if there is none.
     Object takeForeign(const Object& key) const {
         const int contained = entering([&] { return PySequence_Contains(object.ptr(), key.ptr()); });
         if (contained < 0) throw py::error_already_set();
@@ -43,11 +43,11 @@ private:
     }
 };
 
-/// The turn of a request where an object lets those with the same key go one after the other. What lies under the key
-/// when the turn comes is an answer to a request of before.
+/// The turn of a request if an object serializes requests with the same key. A reply that is already there when the
+/// turn begins answers an earlier request and is dropped.
 class RequestTurn {
 public:
-    /// Nothing where requests take no turns.
+    /// Null if requests are not serialized.
     static std::shared_ptr<RequestTurn> of(py::handle self, EchoPool::Key key) {
         const Object serialize = attributeOrNothing(self, "serialize");
         const auto runtime = serialize && isTrue(serialize) ? runtimeOrNothing(self) : nullptr;

@@ -7,7 +7,7 @@ namespace zvr::python {
 
 namespace {
 
-// Whether attributes of a type are found where Watch sees them change.
+// Whether attributes of a type are looked up in the usual way, so that Watch sees all changes.
 bool hasPlainAttributes(py::handle object) { return Py_TYPE(object.ptr())->tp_getattro == PyObject_GenericGetAttr; }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What a request goes through while nothing of it has been replaced, so that it need not be looked up each time.
+// Caches the native objects that a request uses while none of them has been replaced.
 #pragma once
 
 #include "device/runtime.h"
@@ -7,16 +7,16 @@ namespace zvr::python {
 
 class RequestPath {
 public:
-    /// That of an object now; nothing if it has none of ours. Throws Failure NetworkConnectionLostError in a forked
-    /// child.
+    /// The current path of an object; null if its steps or objects are not the library's own. Throws Failure
+    /// NetworkConnectionLostError in a forked child.
     static std::shared_ptr<const RequestPath> of(py::handle self);
 
-    /// Whether the steps of a form are the library's own, so that what they do may be done at once.
+    /// Whether the steps of a form are the library's own, so that they may be done directly.
     bool blocking = false, awaitable = false;
-    bool serialize = false;  ///< requests with the same key take turns
+    bool serialize = false;  ///< requests with the same key are serialized
     std::shared_ptr<Client> client;
     std::shared_ptr<EchoPool> pool;
-    std::shared_ptr<Receiver> receiver;  ///< who brings the replies; may be nothing
+    std::shared_ptr<Receiver> receiver;  ///< receives the replies; may be null
 
     /// Waits for a reply. Without the interpreter lock.
     std::optional<Bytes> await(EchoPool::Key key, Deadline deadline, const InterruptCheck& onWait) const {
@@ -29,7 +29,7 @@ private:
     bool holds() const;
 
     Watch::Seen seen_, clientSeen_;
-    std::weak_ptr<DeviceRuntime> runtime_;  // it keeps the path
+    std::weak_ptr<DeviceRuntime> runtime_;  // the runtime owns the path
     std::uint64_t clientSteps_ = 0;
     std::unique_ptr<const Watch> clientWatch_;
 };

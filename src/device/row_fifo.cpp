@@ -31,7 +31,7 @@ using HeldQueue = std::shared_ptr<RowFifo>;
 struct Access {
     using Queue = RowFifo;
 
-    // What is no row of this queue is kept all the same, and given back; it cannot become numbers.
+    // An item that is no row of this queue is kept and given back unchanged; it cannot be converted to numbers.
     static bool put(const HeldQueue& queue, const Object& item, Deadline deadline) {
         std::pair<RowLayout, Bytes> row{RowLayout::records(1), Bytes(1)};
         try {
@@ -58,22 +58,21 @@ struct Access {
 void defineRowFifo(Package& package) {
     const RowFifoType bound(
         package.module(), "RowFifo",
-        "Thread-safe queue of what a stream brings, kept in compact form: rows of samples, "
-        "bytes, or frames.",
+        "Thread-safe queue of a stream's items, kept in compact form: rows of samples, bytes, or frames.",
         collectable<RowFifo>([](const std::shared_ptr<void>& object) { return static_cast<PyObject*>(object.get()); }));
     ClassMaker type(bound);
     defineQueueFace<Access>(type, "Any",
-                            "a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything");
+                            "a row of samples as a list of floats, a byte as an integer, a CANFrame, or any object");
     refusePickling(bound);
     type.method({.name = "get_many",
                  .parameters = {{"count", "int", "most items to take"}},
                  .doc = "Takes the oldest items without waiting.",
-                 .returns = {"list[Any]", "items, oldest first; fewer, or none, where no more are there"},
+                 .returns = {"list[Any]", "items, oldest first; fewer, or none, if there are no more"},
                  .body =
                      [](const HeldQueue& queue, std::int64_t count) {
                          return queue->takeObjects(static_cast<std::size_t>(std::max(count, std::int64_t{0})));
                      }})
-        .property({"dropped", "int", "Items of the stream that were dropped since it was made: there was no room."},
+        .property({"dropped", "int", "Items of the stream dropped for lack of room since the queue was made."},
                   [](const HeldQueue& queue) { return queue->dropped(); });
 }
 

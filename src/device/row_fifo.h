@@ -1,4 +1,4 @@
-// A queue of rows in compact form that Python sees as a queue of objects.
+// A queue of rows in compact form, for Python a queue of objects.
 #pragma once
 
 #include "core/engine/row_queue.h"
@@ -6,17 +6,17 @@
 
 namespace zvr::python {
 
-/// What the rows of a queue are to Python.
+/// Converts the rows of a queue to Python items and back.
 struct ItemKind {
     py::list (*toList)(const std::vector<RowRun>& rows);
-    /// The layout and the bytes of one row; throws for what is none.
+    /// The layout and the bytes of one row; throws if the item is no row.
     std::pair<RowLayout, Bytes> (*fromItem)(py::handle item);
 };
 
-/// A row that somebody put, as it was.
+/// The object of a row that a user put.
 inline Object objectOf(const RowRun& run) { return borrow(static_cast<PyObject*>(run.object.get())); }
 
-/// Pauses the host's collector while thousands of objects are made that cannot form cycles.
+/// Pauses Python's garbage collector while thousands of objects are made that cannot form cycles.
 class CollectorPause {
 public:
     CollectorPause() : wasOn_(PyGC_Disable() != 0) {}

@@ -15,10 +15,10 @@ namespace zvr::python {
 
 namespace {
 
-// Longest wait, at the end of the interpreter, for threads that stand in code of others.
+// Longest wait at interpreter shutdown for threads that are inside foreign code.
 constexpr std::chrono::milliseconds lastWait{200};
 
-// The threads that are to end with the interpreter; touched under its lock only.
+// The threads to end at interpreter shutdown; accessed under the interpreter lock.
 std::vector<std::weak_ptr<OwnedThread>>& threadsAtExit() {
     static auto& threads = neverDestroyed<std::vector<std::weak_ptr<OwnedThread>>>();
     return threads;
@@ -26,7 +26,7 @@ std::vector<std::weak_ptr<OwnedThread>>& threadsAtExit() {
 
 void printFailure(py::handle failure) { callObject(packageObject("printGenericError"), failure); }
 
-// A failed read of a thread, printed as the failure of Python that it is.
+// Prints a failed read of a thread as a Python exception.
 void reportRead(std::exception_ptr failure) noexcept {
     onInterpreter([&] {
         try {
@@ -46,7 +46,7 @@ Packet packetOf(py::handle pair) {
     return {argument<int>(parts[0], "cmd"), bytesOf(Object(parts[1]))};
 }
 
-// A client that is not one of ours, or one with a step overridden in Python: it is read through its methods.
+// A foreign client, or one with a step overridden in Python: it is read through its methods.
 class PythonSource final : public PacketSource {
 public:
     PythonSource(const Object& client, bool reports) : client_(shared(client)), reports_(reports) {}
@@ -62,7 +62,7 @@ public:
                     reading = ReadStatus::data;
                 }
             } catch (const py::error_already_set& failure) {
-                // A failed read is one that brings nothing.
+                // A failed read counts as one that received nothing.
                 if (!reports_ || failure.matches(packageObject("USBTimeoutError"))) return;
                 printFailure(failure.value());
                 reading = ReadStatus::failed;
@@ -76,7 +76,7 @@ private:
     const bool reports_;
 };
 
-/// Looks at the object for its receive thread.
+/// Looks up the parts of a receive thread in its object.
 class ReceiverSupervisor final : public ObjectSupervisor<Receiver> {
 public:
     ReceiverSupervisor(py::handle self, const DeviceLink& link, std::shared_ptr<Watch> watch, DataPools pools)
@@ -171,7 +171,7 @@ private:
 
     const DeviceLink& link_;
     DataPools pools_;
-    std::shared_ptr<Client> ours_;  // whose steps are looked at
+    std::shared_ptr<Client> ours_;  // whose steps are compared
     std::uint64_t steps_ = 0;
     std::unique_ptr<Watch> clientWatch_;
     Watch::Seen clientSeen_;
@@ -194,7 +194,8 @@ DeviceRuntime::DeviceRuntime(py::handle self)
 
 namespace {
 
-// Takes out those that asked before a moment. Runs no code of Python, so nobody adds to the list meanwhile.
+// Removes and returns the callbacks registered until `moment`. Runs no Python code, so the list does not change
+// meanwhile.
 std::vector<Object> takeAskedBefore(std::int64_t moment, const Object& asked) {
     std::vector<Object> taken;
     for (Py_ssize_t i = 0; PyList_Check(asked.ptr()) != 0 && i < PyList_GET_SIZE(asked.ptr());) {

@@ -1,4 +1,4 @@
-// The C++ state behind a device object: what its threads touch.
+// The C++ state of a device object: what its threads use.
 #pragma once
 
 #include "core/engine/pools.h"
@@ -18,15 +18,15 @@ struct DeviceLink {
     const char* thread;
     const char* body;  ///< method that is the thread's body; also the thread's name
     const char* clientClass = nullptr;
-    FailureId failure = FailureId::NetworkConnectionLostError;  ///< what requests without a connection raise
+    FailureId failure = FailureId::NetworkConnectionLostError;  ///< raised by requests without a connection
     int readLength = 0;
-    bool connectsAnew = false;  ///< connecting makes another client; there is none before
-    bool reportsReads = false;  ///< a failed read is printed and tried again
-    bool anybodySends = false;  ///< a frame that cannot be filed is nobody's fault here, and ignored
+    bool connectsAnew = false;  ///< each connection has a new client; there is none before
+    bool reportsReads = false;  ///< a failed read is printed and retried
+    bool anybodySends = false;  ///< any host may send, so a frame that cannot be filed is ignored
 };
 
-/// The field of those that want to hear of the end of the connection: triples of function, event loop or None, and the
-/// moment in which they asked.
+/// The field with the callbacks for the loss of the connection: triples of function, event loop or None, and time of
+/// registration.
 inline constexpr const char* lossCallbacks = "_loss_callbacks";
 
 /// Lives in the object's `_runtime`. It never refers back to the object, so that dropping the object ends its threads.
@@ -37,46 +37,46 @@ public:
     DeviceRuntime(const DeviceRuntime&) = delete;
     DeviceRuntime& operator=(const DeviceRuntime&) = delete;
 
-    /// Of the process that made the object; a forked child leaves it alone.
+    /// Marks the process that made the object; a forked child must not use it.
     const ProcessMark mark;
-    /// The pools that the object begins with.
+    /// The object's initial pools.
     DataPools pools;
     LoopWakers wakers;
-    /// Who brings the replies to requests; nothing where there is no such link.
+    /// Receives the replies to requests; null if there is no such link.
     const std::shared_ptr<Receiver>& commands() const { return wakers.receiver; }
     const std::shared_ptr<Watch> watch;
-    /// Kept by the requests, under the interpreter lock.
+    /// Cached by requests, under the interpreter lock.
     std::shared_ptr<const class RequestPath> requestPath;
 
     /// The class of errors of the link that carries requests.
     FailureId linkFailure = FailureId::NetworkConnectionLostError;
-    /// A weak one to the object.
+    /// Weak reference to the object.
     const SharedObject reference;
-    /// What the object was connected with last, a tuple.
+    /// The last connection's arguments, a tuple.
     SharedObject connectedWith;
-    /// Whose turn it is to send a request with a key, where requests take turns: one token for each key.
+    /// If requests are serialized, one token per key, held by the request whose turn it is.
     const std::shared_ptr<EchoPool> turns = std::make_shared<EchoPool>();
     std::set<EchoPool::Key> turnsMade;
 
     /// Throws Failure NetworkConnectionLostError in a forked child.
     void requireOwn() const;
-    /// Whether a link is missing or has ended; and its Failure, if it was ended by the device or the system.
+    /// Whether a link is missing or has ended. The second one throws its Failure if the device or the system ended it.
     bool isCut() const;
     void requireLinks() const;
-    /// Whether nothing more comes over a connection that there was.
+    /// Whether a connection that was made has ended or been disconnected.
     bool isOver() const { return connectedWith != nullptr && isCut(); }
 
     /// Makes and starts the receive thread of a connection, gate shut.
     std::shared_ptr<Receiver> startReceiver(py::handle self, const DeviceLink& link);
 
-    /// The rows of the object's streams, whose readers are told when nothing more comes.
+    /// Adds a row queue of the object's streams, for `endWaits`.
     void addRows(const std::shared_ptr<RowQueue>& rows) { rows_.push_back(rows); }
-    /// Ends the waits for replies and for what is streamed: the connection goes.
+    /// Ends the waits for replies and for streamed items, as the connection ends.
     void endWaits();
-    /// Those for what is streamed alone; waits for replies notice a lost link themselves.
+    /// Only those for streamed items; waits for replies notice a lost link themselves.
     void endReads();
 
-    /// Ends the receive threads, and lets go of their links, for good.
+    /// Ends the receive threads and closes their links for good.
     void endAll();
 
 private:
@@ -84,19 +84,19 @@ private:
     std::vector<std::weak_ptr<RowQueue>> rows_;
 };
 
-/// Calls those that asked, until `when`, to hear why a connection has ended, each once, on a thread of ours or on its
-/// event loop. Any thread; does not wait.
+/// Calls each loss callback registered until `when` once, with the reason, on a thread of the library or on its event
+/// loop. Runs on any thread; does not wait.
 void tellLoss(const SharedObject& reference, const std::exception_ptr& loss, Deadline when, bool isNew);
-/// Has it called so; at once if there is a loss.
+/// Registers the callback; invokes it immediately if the link is already lost.
 void askForLoss(py::handle self, const Object& callback, const Object& loop);
 
-/// The looks of a read at whether anything can still come: seldom while it can, and twice more at once when it cannot,
-/// until what had come is decoded.
+/// The intervals at which a read checks its link: long while it is up, and two short ones after its end, by which all
+/// received frames are decoded.
 class EndOfReads {
 public:
     explicit EndOfReads(Deadline deadline) : deadline_(deadline) {}
 
-    /// How long to wait until the next look; nothing when the time is over, or nothing more comes.
+    /// The end of the next interval; nothing at the deadline, or when nothing more can arrive.
     std::optional<Deadline> nextLook(bool isOver) {
         constexpr std::chrono::milliseconds usual{50}, atTheEnd{10};
         constexpr int looksAtTheEnd = 2;
@@ -110,39 +110,39 @@ private:
     int looks_ = 0;
 };
 
-/// Whether the object was made before this process was forked off.
+/// Whether the object was made before this process was forked.
 bool isForeign(py::handle self);
-/// Throws Failure NetworkConnectionLostError if it was.
+/// Throws Failure NetworkConnectionLostError if so.
 void requireOwn(py::handle self);
 
-/// The runtime of an object. The second one throws a missing-attribute failure if it has none.
+/// The runtime of an object. The second one throws an AttributeError if there is none.
 std::shared_ptr<DeviceRuntime> runtimeOrNothing(py::handle self);
 std::shared_ptr<DeviceRuntime> runtimeOf(py::handle self);
 
 /// Whether the object has been closed for good.
 bool isKilled(py::handle self);
 
-/// The object's client of requests. Throws the link's Failure if there is none.
+/// The client that carries the object's requests. Throws the link's Failure if there is none.
 Object clientOf(py::handle self);
-/// Throws the link's Failure if nothing more comes over a connection that there was, or in a forked child.
+/// Throws the link's Failure if a connection that was made has ended or been disconnected, and in a forked child.
 void requireConnection(py::handle self);
-/// What the object is or was last connected to, as messages name it: host and port, line, or USB serial number. Empty
-/// if there is nothing of it.
+/// The address of the current or last connection, for messages: host and port, line, or USB serial number. Empty if
+/// there was none.
 std::string placeOf(py::handle self);
-/// Tells the log something of an object.
+/// Logs a message about an object.
 void logOf(py::handle self, LogLevel level, const std::function<std::string()>& what);
 
-/// The body of a receive thread, on the caller's: reads and files through the object until it is killed.
+/// The body of a receive thread, on the caller's thread: reads and files through the object until it is killed.
 void runReceiverBody(py::handle self, const DeviceLink& link);
 
-/// The thread as Python sees it. It ends when Python drops it.
+/// The Python object of a thread. The thread ends when Python drops it.
 Object threadObject(const std::shared_ptr<OwnedThread>& thread);
 
-/// Has the thread ended when the interpreter leaves.
+/// Makes the thread end at interpreter shutdown.
 void endAtExit(const std::shared_ptr<OwnedThread>& thread);
 
-/// Ends all that still runs when the interpreter leaves, and waits a moment for it. What the logger has is written
-/// first, however long that takes.
+/// At interpreter shutdown, ends all running threads and waits briefly for them. Queued rows of data loggers are
+/// written first, however long that takes.
 void leaveLibrary();
 
 }  // namespace zvr::python

@@ -14,18 +14,18 @@ const Parameter bytesParameter{"data", "Sequence[int]", "byte values"};
 const Parameter level{"level", "int", "level of the option"};
 const Parameter option{"optname", "int", "number of the option"};
 
-// A time-out of a read, or an error of the system; other exceptions of Python are not the link's.
+// Whether a Python exception is a timeout of a read.
 bool isTimeOut(const py::error_already_set& error) {
     return error.matches(PyExc_TimeoutError) || error.matches(PyExc_BlockingIOError);
 }
 
-// An object in place of the socket. It is kept in the client's own dictionary, where the collector sees it, and found
-// there at each call.
+// A user's object in place of the socket. It is kept in the client's dictionary, where the garbage collector sees it,
+// and looked up at each call.
 class PythonSocket final : public Socket {
 public:
     PythonSocket(SharedObject client, const SocketSteps& steps) : client_(std::move(client)), steps_(steps) {}
 
-    /// Nothing if the client is gone.
+    /// Null if the client is gone.
     Object object() const {
         const Object client = callObject(client_.get());
         if (client.is_none()) return {};
@@ -76,14 +76,14 @@ public:
         ended_ = true;
     }
 
-    // Wakes who reads from it; the object itself is the user's.
+    // Wakes its readers; the object itself belongs to the user.
     void close(Deadline /*deadline*/) noexcept override {
         if (ended_ || steps_.setTimeout == nullptr) return;
         onInterpreter([this] {
             try {
                 if (const Object held = object()) callMethod(held, "shutdown", py::int_(int{SHUT_RDWR}));
             } catch (const py::error_already_set&) {
-                // It has no peer any more, or is no real one.
+                // It is not connected any more, or not a real socket.
             }
         });
     }
@@ -95,7 +95,7 @@ private:
         return held;
     }
 
-    // On the receive thread, which nobody asked for exceptions of Python.
+    // Python exceptions must not escape on the receive thread.
     ReadStatus readQuietly(Bytes& buffer) {
         ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
@@ -142,13 +142,13 @@ Object receiveOnce(const std::shared_ptr<SystemSocket>& socket, const Object& mo
 
 void defineSocket(Package& package) {
     const auto type = py::class_<SystemSocket, std::shared_ptr<SystemSocket>>(
-        package.module(), "Socket", "The socket of a client, or its line; made by its connect or bind.");
+        package.module(), "Socket", "The socket or serial line of a client; made by its connect or bind.");
     const Returns address{"tuple[str, int]"};
     const Raises socketRaises{"OSError: the socket's error"};
     ClassMaker(type)
-        .property({"family", "socket.AddressFamily", "Its family of addresses."},
+        .property({"family", "socket.AddressFamily", "Its address family."},
                   [](py::handle self) { return enumeration("AddressFamily", native<SystemSocket>(self)->family()); })
-        .property({"type", "socket.SocketKind", "Stream or datagrams."},
+        .property({"type", "socket.SocketKind", "Stream or datagram."},
                   [](py::handle self) { return enumeration("SocketKind", native<SystemSocket>(self)->type()); })
         .property({"timeout", "float | None", "Seconds that a read or a send waits; None for no limit."},
                   [](py::handle self) { return timeoutObject(native<SystemSocket>(self)->timeout()); })

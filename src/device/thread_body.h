@@ -1,5 +1,5 @@
-// What the threads of a device object share: each has a method of the object for its body, which may be another one
-// than the library's, and looks at the object again when something that it uses has been replaced.
+// Shared by the threads of a device object: the body of each is a method of the object, which users may replace, and
+// the thread looks at the object again when anything that it uses has been replaced.
 #pragma once
 
 #include "core/engine/supervisor.h"
@@ -8,19 +8,18 @@
 
 namespace zvr::python {
 
-/// The body of a thread, as the object has it now.
+/// The current body of a thread.
 class ThreadBody {
 public:
     enum class Found {
         own,     ///< the library's
-        called,  ///< another one, which has just been called and has returned
-        known,   ///< another one, which is not called twice
+        called,  ///< a user's, which has just been called and has returned
+        known,   ///< a user's, which is not called twice
     };
 
     ThreadBody(py::handle self, const char* method) : method_(method), begunByOther_(!hasOwnMethod(self, method)) {}
 
-    /// Calls a body that is not the library's with what `argumentsOf` gives, a tuple. Holds the object no longer than
-    /// the call does.
+    /// Calls a user's body with the tuple that `argumentsOf` returns. Releases the object before the call.
     template <class ArgumentsOf>
     Found callOther(Object& object, ArgumentsOf argumentsOf) {
         if (hasOwnMethod(object, method_)) {
@@ -36,16 +35,16 @@ public:
         return Found::called;
     }
 
-    /// Whether another one was there when the thread was made: the thread ends with it.
+    /// Whether a user's body was there when the thread was made: the thread ends when it returns.
     bool begunByOther() const { return begunByOther_; }
 
 private:
     const char* const method_;
     const bool begunByOther_;
-    const void* called_ = nullptr;  // the function that has been called; only compared
+    const void* called_ = nullptr;  // the function called last; only compared
 };
 
-/// Looks at an object for one of its threads, without keeping it alive.
+/// Looks up a thread's parts in its object, without keeping the object alive.
 template <class Thread>
 class ObjectSupervisor : public Supervisor<Thread> {
 public:
@@ -67,9 +66,9 @@ public:
 
 protected:
     enum class Next {
-        goOn,       ///< with what the look has given the thread, until something changes
-        lookAgain,  ///< at once
-        rest,       ///< and look again, after a moment or at the next change
+        goOn,       ///< with these parts, until something changes
+        lookAgain,  ///< immediately
+        rest,       ///< look again after a moment or at the next change
         end,
     };
 
@@ -78,10 +77,10 @@ protected:
           body_(self, body),
           watch_(std::move(watch)) {}
 
-    /// Gives the thread what it is to use. Under the interpreter lock. Only an object with a watch may let it go on.
+    /// Sets the thread's parts, under the interpreter lock. May return `goOn` only if there is a watch.
     virtual Next look(Thread& thread, Object object) = 0;
 
-    /// The object; nothing once it is gone.
+    /// The object; null once it is gone.
     Object self() const {
         Object object = callObject(self_.get());
         return object.is_none() ? Object() : object;

@@ -1,4 +1,4 @@
-// The USB layer as Python sees it.
+// The USB layer for Python.
 #include "transport/usb.h"
 
 #include "core/wire/constants.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Library = std::shared_ptr<const UsbLibrary>;
 
-// The library beside the package, or nothing, with a warning, which lets the system's own be used.
+// The library beside the package, or None with a warning, which means the system's own.
 Object findLibrary() {
     const Object file = py::getattr(py::module_::import("pyzvr"), "__file__", py::none());
     const Object folder =
@@ -40,11 +40,11 @@ void defineUsbLibrary(Package& package) {
     ClassMaker(type).property({"path", "str", "Where it was found."},
                               [](py::handle self) { return native<UsbLibrary>(self)->path(); });
     package.makeClass("USBError", {"OSError"}, "An error of the USB layer, with the system's error number.");
-    package.makeClass("USBTimeoutError", {"USBError"}, "A USB transfer did not come about within its time.");
+    package.makeClass("USBTimeoutError", {"USBError"}, "A USB transfer timed out.");
     package.function({.name = "getLibUSB1",
                       .doc = "Looks for libusb-1.0 beside the package.",
-                      .returns = {"USBLibrary | None", "the library, or None, which lets the system's own be used"},
-                      .raises = {"ExtLibNotFoundWarning: is issued where there is none beside the package"},
+                      .returns = {"USBLibrary | None", "the library, or None, which means the system's own"},
+                      .raises = {"ExtLibNotFoundWarning: issued if there is none beside the package"},
                       .body = [](py::handle) { return findLibrary(); }});
 }
 

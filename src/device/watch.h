@@ -1,9 +1,9 @@
-// How the threads of an object learn that something they use has been replaced.
+// How the threads of an object notice that something they use has been replaced.
 //
 // Methods and fields of a device object may be set, patched and deleted at any time, on the object, on its class or on
-// a class above it. Setting one on the object counts here, through the attribute setters of Device; setting one on a
-// class gives the class another version. A thread compares both at every turn, which needs no lock, and takes the
-// interpreter lock to look again only when they differ.
+// a class above it. Setting one on the object increments a counter here, through the attribute setters of Device;
+// setting one on a class changes the class's version tag. A thread compares both on every iteration without a lock, and
+// takes the interpreter lock to look again only when they differ.
 #pragma once
 
 #include <mutex>
@@ -15,17 +15,17 @@ namespace zvr::python {
 
 class Watch {
 public:
-    /// What a thread has seen.
+    /// The state that a thread has seen.
     struct Seen {
         std::uint64_t changes = 0;
-        unsigned version = 0;  ///< 0 stands for a class that has none: what is set on it then is not seen
+        unsigned version = 0;  ///< 0 for a class without one: attributes set on it are then not noticed
     };
 
     explicit Watch(py::handle self) { noteType(self); }
 
-    /// Under the interpreter lock, after all that is of interest has been looked up.
+    /// Under the interpreter lock, after all parts have been looked up.
     Seen look() const noexcept { return {changes_, versionNow()}; }
-    /// The same before the look, so that what changes meanwhile is seen later.
+    /// To be called before the look, so that changes meanwhile are noticed afterwards.
     std::uint64_t changes() const noexcept { return changes_; }
     bool changed(const Seen& seen) const noexcept {
         return changes_ != seen.changes || (seen.version != 0 && versionNow() != seen.version);
@@ -33,17 +33,17 @@ public:
 
     /// Something has been set or deleted. Under the interpreter lock.
     void touch(py::handle self);
-    /// The object is gone. Any thread.
+    /// The object is gone. On any thread.
     void touch() noexcept;
 
-    /// Lets the thread look again at each change from now on, as long as it is there.
+    /// Makes the thread look again at each change from now on, while it lives.
     template <class Thread>
     void onChange(const std::shared_ptr<Thread>& thread) {
         const std::lock_guard lock(mutex_);
         observers_.push_back({thread, [](void* who) { static_cast<Thread*>(who)->lookAgain(); }});
     }
 
-    /// Names of the methods and fields that threads use; setting any other one is no change.
+    /// Adds names of methods and fields that threads use; only these count as changes.
     static void watchNames(std::initializer_list<const char*> names);
     static bool watches(py::handle name);
 
@@ -58,7 +58,7 @@ private:
 
     std::atomic<std::uint64_t> changes_{1};
     std::atomic<PyTypeObject*> type_{nullptr};
-    std::vector<SharedObject> types_;  // keeps all that `type_` has been
+    std::vector<SharedObject> types_;  // keeps every former `type_` alive
     std::mutex mutex_;
     std::vector<Observer> observers_;
 };

@@ -13,10 +13,10 @@ template <class Number>
 constexpr Encoding low48{"48 bits of",
                          [](Payload& data, py::handle value, int) { data.add(restOf(pack<Number>(value), 2)); }};
 
-// 1 for what is 1 or more, 0 for all else.
+// 1 for values of 1 or more, else 0.
 void appendFlag(Payload& data, py::handle value, int = 0) { data.add(borrow(value.ptr()) >= py::int_(1) ? 1 : 0); }
 
-// The channel, six bytes of position, and the frequency. `Number` says whether the position has a sign.
+// The channel, six bytes of position, and the frequency. `Number` determines whether the position is signed.
 template <class Number>
 Reply reading() {
     return {[](py::handle, const Bytes& data) -> Object {
@@ -32,7 +32,7 @@ Reply reading() {
             {"list[int | float]", "position in counts, and frequency", "the device"}};
 }
 
-// What counter and encoder have in common.
+// The commands common to counter and encoder.
 struct Kind {
     const char* prefix;
     Command open, start, read, stop, close, setWindow;
@@ -52,7 +52,7 @@ constexpr Kind encoderKind{.prefix = "Encoder",
                            .close = ENCODER_CLOSE,
                            .setWindow = ENCODER_SET_FRQ_WINDOW};
 
-// What both have, with `counts` as the position's range.
+// The operations common to both, with `counts` as the position's range.
 void defineCommon(Feature& feature, const Kind& kind, const Parameter& channel, const Definition& check, Reply reading,
                   const char* counts) {
     const std::string prefix = kind.prefix, read = "_" + prefix + "_read";
@@ -71,7 +71,7 @@ void defineCommon(Feature& feature, const Kind& kind, const Parameter& channel, 
          .reply = std::move(reading),
          .doc = "Reads position and frequency of one moment."},
     });
-    // One exchange each: two readings are of two moments.
+    // Each reading is an exchange of its own, so two are not simultaneous.
     const auto defineReading = [&](const std::string& ending, Returns returns, Py_ssize_t entry) {
         feature.operation({.name = prefix + ending,
                            .parameters = {channel},
@@ -93,14 +93,14 @@ void defineCounter(Package& package) {
     const Parameter channel{"channel", "int", "channel, 0 or 1"};
     const Definition checkCounterChannel{.name = "_checkCounterChannel",
                                          .parameters = {channel},
-                                         .doc = "Refuses a channel that no model has.",
+                                         .doc = "Raises PWMChannelNotAvaliableError unless the channel is 0 or 1.",
                                          .raises = {"PWMChannelNotAvaliableError: `channel` is neither 0 nor 1"},
                                          .body = [](py::handle, const Object& channel) {
                                              if (!isOneOf(channel, {0, 1}))
                                                  throw Failure(FailureId::PWMChannelNotAvaliableError);
                                          }};
     Feature counter(package, "Counter", "Pulse counters.");
-    // Compat 2: the error is the one of the other module.
+    // Compat 2: the error is that of the PWM module.
     counter.shared(checkCounterChannel);
     defineCommon(counter, counterKind, channel, checkCounterChannel, reading<std::uint64_t>(),
                  "counts, 0 to 281474976710655");
@@ -138,10 +138,10 @@ void defineCounter(Package& package) {
 void defineEncoder(Package& package) {
     const Parameter channel{"channel", "int", "channel, 0"};
     const Parameter position{"position", "int", "counts; of 64 bits with sign the low 48 are sent"};
-    const Parameter direction{"direction", "int", "1 or more turns the counting round, else 0"};
+    const Parameter direction{"direction", "int", "1 or more reverses the counting direction, else 0"};
     const Definition checkIndex{.name = "_checkEncoderIndex",
                                 .parameters = {{"index", "int", "channel, 0"}},
-                                .doc = "Refuses a channel that no model has.",
+                                .doc = "Raises EncoderChannelNotAvaliableError unless the channel is 0.",
                                 .raises = {"EncoderChannelNotAvaliableError: `index` is not 0"},
                                 .body = [](py::handle, const Object& index) {
                                     if (!isOneOf(index, {0})) throw Failure(FailureId::EncoderChannelNotAvaliableError);

@@ -1,4 +1,4 @@
-// Digital lines and what is made of them.
+// Digital lines, PWM outputs, counters and the encoder.
 #pragma once
 
 #include "device/feature.h"

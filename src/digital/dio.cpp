@@ -1,5 +1,5 @@
 // General-purpose digital lines: ports and sets of pins are opened as inputs or outputs, read, written, toggled and
-// closed. The device is the only holder of their state.
+// closed. Their state is kept only in the device.
 #include "core/wire/failures.h"
 #include "digital/digital.h"
 #include "models/traits.h"
@@ -11,7 +11,7 @@ namespace {
 constexpr int wholePort = 65535;
 constexpr int allOn = 65535;
 
-const Parameter anyPort{"port", "int", "port number; the device judges it"};
+const Parameter anyPort{"port", "int", "port number; checked by the device"};
 const Parameter inputPort{"port", "int", "port number, a key of the model's input map"};
 const Parameter outputPort{"port", "int", "port number, a key of the model's output map"};
 const Parameter inputPins{"pin", "list[int]", "pin numbers of the port"};
@@ -44,7 +44,7 @@ Reply configurationReply() {
             {"tuple[list[int], list[int], list[int]]", "enabled, direction and state, each " + levels, "the device"}};
 }
 
-// What the operations on inputs and on outputs differ in.
+// The differences between operations on inputs and on outputs.
 struct Side {
     const char* map;
     const char* checkPort;
@@ -81,36 +81,36 @@ Raises portRaises(const char* failure) {
 
 Raises pinRaises(const char* failure) {
     Raises raises = portRaises(failure);
-    raises.add({"PinsNotExistError: the port has no such pin", "TypeError: the pins are no list"});
+    raises.add({"PinsNotExistError: the port has no such pin", "TypeError: the pins are not a list"});
     return raises;
 }
 
 const Definition checkDIPort{.name = "_checkDIPort",
                              .parameters = {inputPort},
-                             .doc = "Refuses a port without inputs.",
+                             .doc = "Raises DIPortNotAvaliableError unless the port has inputs.",
                              .raises = portRaises("DIPortNotAvaliableError"),
                              .body = [](py::handle self, const Object& port) { checkPort(self, input, port); }};
 const Definition checkDOPort{.name = "_checkDOPort",
                              .parameters = {outputPort},
-                             .doc = "Refuses a port without outputs.",
+                             .doc = "Raises DOPortNotAvaliableError unless the port has outputs.",
                              .raises = portRaises("DOPortNotAvaliableError"),
                              .body = [](py::handle self, const Object& port) { checkPort(self, output, port); }};
 const Definition checkDIPortAndPin{
     .name = "_checkDIPortAndPin",
     .parameters = {inputPort, pins},
-    .doc = "Refuses pins that cannot be inputs.",
+    .doc = "Raises PinsNotExistError unless all pins can be inputs.",
     .raises = pinRaises("DIPortNotAvaliableError"),
     .body = [](py::handle self, const Object& port, const Object& pins) { checkPortAndPins(self, input, port, pins); }};
 const Definition checkDOPortAndPin{.name = "_checkDOPortAndPin",
                                    .parameters = {outputPort, pins},
-                                   .doc = "Refuses pins that cannot be outputs.",
+                                   .doc = "Raises PinsNotExistError unless all pins can be outputs.",
                                    .raises = pinRaises("DOPortNotAvaliableError"),
                                    .body = [](py::handle self, const Object& port, const Object& pins) {
                                        checkPortAndPins(self, output, port, pins);
                                    }};
 
-// Opens pins that no other function uses. `pins` is iterated only after the port's modes are read, and `mask` is asked
-// for after that.
+// Opens pins that no other function uses. `pins` is iterated only after the port's modes are read, and `mask` is called
+// after that.
 template <class Mask>
 Task openLines(Op op, const Side& side, Object port, Object pins, Mask mask) {
     const Object modes = co_await op.request("Sys_getPinModeInPort", port);
@@ -136,16 +136,16 @@ std::vector<Request> wireRows() {
          .sends = LOAD_DIO_STARTUP,
          .fields = fillers({anyPort | u8}),
          .reply = configurationReply(),
-         .doc = "Reads the configuration that the port takes at power-up."},
+         .doc = "Reads the port's power-up configuration."},
         {.name = "_DIO_saveStartup",
          .sends = SAVE_DIO_STARTUP,
          .fields = {anyPort | u8, enabled | u16, direction | u16, state | u16},
-         .doc = "Saves the configuration that the port takes at power-up."},
+         .doc = "Saves the port's power-up configuration."},
         {.name = "_getDIOCurrent",
          .sends = GET_DIO_CURRENT,
          .fields = fillers(masked),
          .reply = configurationReply(),
-         .doc = "Reads the present configuration."},
+         .doc = "Reads the current configuration."},
         {.name = "_setDIOCurrent",
          .sends = SET_DIO_CURRENT,
          .fields = {anyPort | u8, mask | u16, enabled | u16, direction | u16, state | u16},
@@ -166,11 +166,11 @@ std::vector<Request> wireRows() {
         {.name = "_readDI",
          .sends = READ_DI,
          .fields = portOnly,
-         .doc = "Lets the device read the port into its state."},
+         .doc = "Makes the device read the port into its stored state."},
         {.name = "_writeDO",
          .sends = WRITE_DO,
          .fields = portOnly,
-         .doc = "Lets the device drive the port from its state."},
+         .doc = "Makes the device drive the port from its stored state."},
         {.name = "_readAndGetDI",
          .sends = READ_AND_GET_DI,
          .fields = masked,
@@ -190,7 +190,7 @@ std::vector<Request> wireRows() {
          .checks = {checkDOPort(outputPort)},
          .sends = SET_SLOT_DO,
          .fields = {outputPort | u8, constant(0)},
-         .doc = "Makes a whole port digital outputs."},  // Idling goes by the map of outputs too.
+         .doc = "Makes a whole port digital outputs."},  // Closing uses the map of outputs too.
         {.name = "_DIO_setPortIdle",
          .checks = {checkDOPort(outputPort)},
          .sends = SET_SLOT_IDLE,
@@ -200,7 +200,7 @@ std::vector<Request> wireRows() {
          .sends = TOGGLE_AND_WRITE_DO,
          .fields = masked,
          .reply = levelsReply("the port's new state"),
-         .doc = "Drives lines to the other level."},
+         .doc = "Toggles lines."},
     };
 }
 
@@ -215,13 +215,13 @@ void defineChecks(Feature& dio) {
                  .body = [](py::handle self) { return attribute(self, "do_dict"); }})
         .shared({.name = "_getPinIndexInInt",
                  .parameters = {outputPins},
-                 .doc = "Pins as a mask.",
+                 .doc = "Converts pins to a mask.",
                  .returns = {"int", "mask, bit i for pin i"},
                  .body = [](py::handle,
                             const Object& pins) { return PyLong_CheckExact(pins.ptr()) ? pins : maskOfIndices(pins); }})
         .shared({.name = "_getPinIndexInList",
                  .parameters = {outputPins},
-                 .doc = "Pins as a list.",
+                 .doc = "Converts pins to a list.",
                  .returns = {"list[int]", "pin numbers"},
                  .body = [](py::handle, const Object& pins) -> Object {
                      if (PyList_CheckExact(pins.ptr())) return pins;
@@ -255,7 +255,7 @@ void defineClosing(Feature& dio) {
                     }});
 }
 
-// The operations of one side that take a whole port. They do nothing on a model of fixed function.
+// The operations of one direction on a whole port. They do nothing on a model of fixed function.
 void definePortOpening(Feature& dio, const Side& side, const Definition& check, const Parameter& port,
                        const std::string& what) {
     const std::string prefix = side.mode;
@@ -404,7 +404,7 @@ void defineOutputs(Feature& dio) {
              }})
         .operation({.name = "DO_togglePort",
                     .parameters = {outputPort},
-                    .doc = "Drives a whole port to the other level.",
+                    .doc = "Toggles a whole port.",
                     .returns = newState,
                     .raises = {checkDOPort},
                     .body = [](Op op, Object port) -> Task {
@@ -413,7 +413,7 @@ void defineOutputs(Feature& dio) {
                     }})
         .operation({.name = "DO_togglePins",
                     .parameters = {outputPort, outputPins},
-                    .doc = "Drives pins to the other level. The device judges which pins there are.",
+                    .doc = "Toggles pins. The device checks the pins.",
                     .returns = newState,
                     .raises = {checkDOPort, "OverflowError: a mask has more than 16 bits"},
                     .body = [](Op op, Object port, Object pins) -> Task {

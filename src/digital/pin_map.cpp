@@ -27,8 +27,8 @@ Task checkLines(Op op, PinnedPorts ports, Object port, Object allowed) {
 Definition portCheck(const PinnedPorts& ports) {
     return {.name = std::string("_check") + ports.prefix + "Port",
             .parameters = {{"port", "int", "port as the device counts it"}},
-            .doc = "Refuses a port that the model lacks.",
-            .raises = {"InputTypeNotCorrectError: `port` is no integer",
+            .doc = "Raises " + std::string(rowOf(ports.failure).name) + " unless the model has the port.",
+            .raises = {"InputTypeNotCorrectError: `port` is not an integer",
                        std::string(rowOf(ports.failure).name) + ": the model has no such port"},
             .body = [ports](py::handle self, const Object& port) {
                 checkIsInt(port, "port");
@@ -42,9 +42,10 @@ Definition portCheck(const PinnedPorts& ports) {
 Definition lineCheck(const PinnedPorts& ports, const char* ending, const char* asyncName) {
     return {
         .name = std::string("_check") + ports.prefix + "PinState" + ending,
-        .parameters = {{"port", "int", "port as the device counts it"},
+        .parameters = {{"port", "int", "port in the device's numbering"},
                        {"allow_state", "list[str]", "modes that are allowed"}},
-        .doc = "Refuses a port whose lines are in use for something else.",
+        .doc = "Raises " + std::string(rowOf(ports.failure).name) +
+               " unless all lines of the port are in an allowed mode.",
         .raises = {std::string(rowOf(ports.failure).name) + ": a line is in another mode"},
         .body = [ports](Op op, Object port, Object allowed) { return checkLines(std::move(op), ports, port, allowed); },
         .asyncName = asyncName};
@@ -54,7 +55,7 @@ Definition portLines(const PinnedPorts& ports) {
     return {
         .name = std::string("_") + ports.prefix + "_getPinMapPort",
         .parameters = {{ports.parameter, "int", "port as the device counts it"}},
-        .doc = "Digital ports of a port's lines.",
+        .doc = "Lists the digital ports of a port's lines.",
         .returns = {"list[int]", "each once", "the model's table"},
         .body = [ports](py::handle self, const Object& port) { return digitalPortsOf(entriesOf(self, ports, port)); }};
 }

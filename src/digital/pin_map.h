@@ -6,16 +6,16 @@
 
 namespace zvr::python {
 
-/// The ports of a function, told to it by the model as a map from port to entries: pairs of digital port and pin, or
-/// plain numbers for what has no line of its own.
+/// The ports of a function. The model passes them as a map from port to entries: pairs of digital port and pin, or
+/// plain numbers for entries without a digital line.
 struct PinnedPorts {
     const char* prefix;     ///< of the function's operations
     const char* field;      ///< of the object that holds the map
-    const char* parameter;  ///< name of a port where its lines are asked for
-    FailureId failure;      ///< of a port that is not there, or whose lines are in use
+    const char* parameter;  ///< name of the port argument in `_X_getPinMapPort`
+    FailureId failure;      ///< for a missing port, or one whose lines are in use
 };
 
-/// The digital ports that the entries name, each once.
+/// The distinct digital ports of the entries.
 py::list digitalPortsOf(py::handle entries);
 
 /// Reads the modes of a port's lines, and throws the error if one is not in an allowed mode.
@@ -27,7 +27,7 @@ inline Object entriesOf(py::handle self, const PinnedPorts& ports, const Object&
 
 /// `_checkXPort`.
 Definition portCheck(const PinnedPorts& ports);
-/// `_checkXPinState`; `ending` and `asyncName` are for names that are not the usual ones.
+/// `_checkXPinState`; `ending` and `asyncName` are for irregular names.
 Definition lineCheck(const PinnedPorts& ports, const char* ending = "", const char* asyncName = "");
 /// `_X_getPinMapPort`.
 Definition portLines(const PinnedPorts& ports);

@@ -1,4 +1,4 @@
-// Pulse-width modulation: the device makes the waveform, the host forwards frequency and duty cycle.
+// Pulse-width modulation: the device makes the waveform, the host sets frequency and duty cycle.
 #include "core/wire/failures.h"
 #include "digital/digital.h"
 
@@ -7,14 +7,14 @@ namespace zvr::python {
 void definePwm(Package& package) {
     const Parameter channel{"channel", "int", "channel, 0 or 1"};
     const Parameter frequency{"frequency", "float",
-                              "frequency in the device's unit, 32-bit float; the device judges it"};
+                              "frequency in the device's unit, 32-bit float; checked by the device"};
     const Parameter dutyCycle{"duty_cycle", "float",
-                              "duty cycle in the device's unit, 32-bit float; the device judges it"};
+                              "duty cycle in the device's unit, 32-bit float; checked by the device"};
     Feature pwm(package, "PWM", "Outputs of pulse-width modulation.");
-    // Compat 2: the error is the counter's, and the counter's is the one of this module.
+    // Compat 2: this module raises the counter's error, and the counter raises this module's.
     const Definition checkChannel{.name = "_checkPWMChannel",
                                   .parameters = {channel},
-                                  .doc = "Refuses a channel that no model has.",
+                                  .doc = "Raises CounterChannelNotAvaliableError unless the channel is 0 or 1.",
                                   .raises = {"CounterChannelNotAvaliableError: `channel` is neither 0 nor 1"},
                                   .body = [](py::handle, const Object& channel) {
                                       if (!isOneOf(channel, {0, 1}))

@@ -1,4 +1,4 @@
-// The classes of the flight controller, and the limits that its checks know.
+// The classes of the flight controller, and the limits of its checks.
 #include "drone/drone.h"
 
 #include "core/wire/failures.h"
@@ -63,21 +63,23 @@ void defineBased(Package& package) {
                                                 : Object(py::float_(limit.value)));
                          }
                      }})
-        .method({.name = "_checkHeightWithNED",
-                 .parameters = {{"height", "float", "z in metres; down is positive"}},
-                 .doc = "Refuses a height out of the limits. The moves do not call it.",
-                 .raises = {"HeightNotAvaliableError: it is out of the limits"},
-                 .body =
-                     [](py::handle self, const Object& height) {
-                         refuseOutside(FailureId::HeightNotAvaliableError, self, height, "z_min_position_NED",
-                                       "z_max_position_NED");
-                     }})
-        .method({.name = "_checkAngle",
-                 .parameters = {{"target", "int", "number of a target; of x, y and z nothing is refused"},
-                                {"angle", "float", "in degrees"}},
-                 .doc = "Refuses an angle out of the limits. The moves do not call it.",
-                 .raises = {"AngleNotAvaliableError: it is out of the limits"},
-                 .body = checkAngle});
+        .method(
+            {.name = "_checkHeightWithNED",
+             .parameters = {{"height", "float", "z in metres; down is positive"}},
+             .doc = "Raises HeightNotAvaliableError unless the height is within the limits. The moves do not call it.",
+             .raises = {"HeightNotAvaliableError: it is out of the limits"},
+             .body =
+                 [](py::handle self, const Object& height) {
+                     refuseOutside(FailureId::HeightNotAvaliableError, self, height, "z_min_position_NED",
+                                   "z_max_position_NED");
+                 }})
+        .method(
+            {.name = "_checkAngle",
+             .parameters = {{"target", "int", "number of a target; x, y and z are not checked"},
+                            {"angle", "float", "in degrees"}},
+             .doc = "Raises AngleNotAvaliableError unless the angle is within the limits. The moves do not call it.",
+             .raises = {"AngleNotAvaliableError: it is out of the limits"},
+             .body = checkAngle});
 }
 
 }  // namespace
@@ -102,11 +104,10 @@ void defineDrone(Package& package) {
     defineBased(package);
     ClassMaker drone = package.makeClass("DroneModule", {"Packet", "DroneBased"},
                                          "A flight controller: status, modes and moves. It has a blocking form only.");
-    for (const char* list : stateLists) {
-        drone.field({list, "list[float]",
-                     "roll, pitch and yaw in degrees, x, y and z in metres, or by second or its square; of the last "
-                     "state read"});
-    }
+    drone.field({stateLists[0], "list[float]", "last position read: degrees for roll, pitch, yaw; m for x, y, z"})
+        .field({stateLists[1], "list[float]", "last velocity read: degrees/s for roll, pitch, yaw; m/s for x, y, z"})
+        .field({stateLists[2], "list[float]",
+                "last acceleration read: degrees/s^2 for roll, pitch, yaw; m/s^2 for x, y, z"});
     drone.method({.name = "__init__", .doc = "Sets the limits and empties the state.", .body = [](py::handle self) {
                       callOf("DroneBased", "__init__", self);
                       for (const char* list : stateLists) setAttribute(self, list, py::list());

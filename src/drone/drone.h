@@ -12,7 +12,7 @@ Definition checkFlightMode();
 void defineDroneStatus(ClassMaker& drone);
 void defineDroneMoves(ClassMaker& drone);
 
-/// Six floats of a reply: roll, pitch and yaw turned into degrees, and x, y and z as they are.
+/// Six floats of a reply: roll, pitch and yaw converted to degrees, and x, y and z unchanged.
 py::list sixAxes(ByteView data, std::size_t place);
 
 void defineDrone(Package& package);

@@ -1,4 +1,4 @@
-// The moves of the flight controller: a target and a speed. It judges them itself; nothing is refused here.
+// The moves of the flight controller: a target and a speed. It checks them itself; this side does not.
 #include "drone/drone.h"
 
 namespace zvr::python {

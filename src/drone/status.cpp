@@ -1,4 +1,4 @@
-// What the flight controller tells of itself, and its modes.
+// The state of the flight controller, and its modes.
 #include "drone/drone.h"
 
 namespace zvr::python {
@@ -21,12 +21,12 @@ Request sets(const char* name, const Parameter& value, std::vector<Check> checks
 constexpr std::pair<const char*, std::size_t> stateGroups[] = {
     {"current_posi_list", 1}, {"current_velo_list", 25}, {"current_acce_list", 49}};
 
-// New lists: who keeps the old ones keeps their values.
+// Sets new lists, so that lists already handed out keep their values.
 void emptyState(py::handle self, std::vector<Object>& /*arguments*/) {
     for (const auto& [list, place] : stateGroups) setAttribute(self, list, py::list());
 }
 
-// A state of which a part is missing leaves the lists empty.
+// An incomplete state leaves the lists empty.
 Reply stateReply() {
     return {[](py::handle self, const Bytes& data) -> Object {
                 std::vector<py::list> values;
@@ -85,7 +85,7 @@ void defineDroneStatus(ClassMaker& drone) {
           .sends = DRONE_STOP_MOVING,
           .fields = {constant(0), constant(0)},
           .doc = "Stops moving."}});
-    // One value of a setting, as an operation of its own.
+    // An operation that sets one fixed value.
     const auto setTo = [&](const char* name, const char* setting, int value, const char* doc) {
         drone.operation(
             {.name = name, .doc = doc, .returns = status(1).returns, .body = [setting, value](Op op) -> Task {
@@ -97,9 +97,9 @@ void defineDroneStatus(ClassMaker& drone) {
     setTo("Drone_activate", "_Drone_setActiveStatus", 1, "Makes it active.");
     setTo("Drone_deactivate", "_Drone_setActiveStatus", 0, "Makes it inactive.");
     setTo("Drone_startTakeOff", "_Drone_setTakeoffStatus", 1, "Takes off.");
-    setTo("Drone_abortTakeOff", "_Drone_setTakeoffStatus", 0, "Ends a take-off before it is done.");
+    setTo("Drone_abortTakeOff", "_Drone_setTakeoffStatus", 0, "Aborts a take-off.");
     setTo("Drone_startLanding", "_Drone_setLandingStatus", 1, "Lands.");
-    setTo("Drone_abortLanding", "_Drone_setLandingStatus", 0, "Ends a landing before it is done.");
+    setTo("Drone_abortLanding", "_Drone_setLandingStatus", 0, "Aborts a landing.");
     const auto readState = [&](const char* name, const char* list, const char* doc, const char* returned) {
         drone.operation({.name = name,
                          .doc = doc,
@@ -113,7 +113,7 @@ void defineDroneStatus(ClassMaker& drone) {
     readState("Drone_getPositionWithNED", "current_posi_list", "Reads the position.",
               "roll, pitch and yaw in degrees, x (north), y (east) and z (down) in metres");
     readState("Drone_getVelocityWithNED", "current_velo_list", "Reads the velocity.",
-              "that of roll, pitch and yaw in degrees, of x, y and z in metres per second");
+              "angular rates in degrees per second, velocities in m/s");
     readState("Drone_getAccelerationWithNED", "current_velo_list",
               "Reads the state; the acceleration is then in `current_acce_list` (compatibility note 23).",
               "the velocity, as `Drone_getVelocityWithNED` gives it");

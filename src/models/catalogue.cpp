@@ -1,4 +1,4 @@
-// Tables for a program that browses the examples: what there is, and what to know before running it.
+// Tables for a program that browses the examples: a list of them, and notes to read before running one.
 #include "models/models.h"
 
 namespace zvr::python {

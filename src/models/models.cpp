@@ -1,4 +1,4 @@
-// The product classes, made of the rows.
+// The product classes, made from the rows.
 #include "models/models.h"
 
 #include <algorithm>
@@ -62,19 +62,20 @@ py::tuple outputArguments(const Model& model) {
     return py::make_tuple(toDict(output.ports), output.low, output.high, output.channels, output.rate);
 }
 
-/// What a module takes of the row, and its functions; each has the ports of one argument, or port 0 alone.
+/// A module's constructor arguments from the row, and its functions; each has the ports of one argument, or port 0
+/// only.
 struct ModuleKind {
     std::string_view prefix;               ///< of its classes
     py::tuple (*arguments)(const Model&);  ///< of its constructor
     std::vector<const char*> functions = {};
     const char* release = nullptr;  ///< ends its threads
-    bool hasSlots = false;          ///< whether its ports are counted as slots where there are some
+    bool hasSlots = false;          ///< whether its ports are counted as slots on models with slots
 };
 
 const ModuleKind& kindOf(std::string_view prefix) {
     static const ModuleKind kinds[] = {
         {"DIO",
-         [](const Model& model) -> py::tuple {  // newer versions of pybind11 make a tuple of a type of its own
+         [](const Model& model) -> py::tuple {  // newer pybind11 versions return a distinct tuple type
              const DigitalLines& lines = model.digital;
              return py::make_tuple(toDict(lines.inputs), toDict(lines.outputs), lines.pinsPerPort);
          },
@@ -128,7 +129,7 @@ void constructModules(const Model& model, py::handle self, const char* ending) {
     }
 }
 
-// The bases are not chained: each constructor is called by class, the device's first, with what the model offers.
+// The bases do not call super(): each constructor is called by class, the device's first, with the model's resources.
 void construct(const Model& model, py::handle self, const Object& verbose) {
     const ModelFamily& family = *model.family;
     callOf(family.device, "__init__", self, verbose);
@@ -139,7 +140,7 @@ void construct(const Model& model, py::handle self, const Object& verbose) {
     if (family.logger == ModelFamily::Logger::last) callOf("DataLogger", "__init__", self);
 }
 
-// The device first, then the logger, then what else has threads; each even if the one before failed.
+// Closes the device, then the logger, then all else that has threads; each step runs even if the previous one failed.
 void close(const Model& model, py::handle self, const Object& verbose) {
     if (isKilled(self)) return;
     std::vector<std::function<void()>> steps;
@@ -161,13 +162,13 @@ void close(const Model& model, py::handle self, const Object& verbose) {
     if (first) std::rethrow_exception(first);
 }
 
-// A Wi-Fi model has a test of its own before each step, so that a second `connect` opens no second data connection.
+// A Wi-Fi model checks the state before each step, so that a second `connect` opens no second data connection.
 void defineConnectingOnce(ClassMaker& type) {
     type.method({.name = "connect",
                  .parameters = wifiConnectParameters(),
                  .doc = "Connects commands and data; does nothing if it is connected.",
-                 .raises = {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data "
-                            "side the command side is connected, and disconnect ends it"},
+                 .raises = {"NetworkConnectionError: the device is not reached within 5 seconds; if only the data side "
+                            "failed, the command side stays connected until disconnect"},
                  .body =
                      [](py::handle self, const Object& address, const Object& dataPort, const Object& commandPort,
                         const Object& verbose) {
@@ -183,7 +184,7 @@ void defineConnectingOnce(ClassMaker& type) {
                  }});
 }
 
-// The first port of each function, as callers count it.
+// The first port of each function, in the caller's numbering.
 py::dict usualPortsOf(const Model& model) {
     py::dict ports;
     for (const char* module : model.modules) {
@@ -197,7 +198,7 @@ py::dict usualPortsOf(const Model& model) {
     return ports;
 }
 
-// What the fields of an object do not tell.
+// The traits that are not fields of an object.
 py::dict describe(const Model& model) {
     const AnalogInput& input = model.analogInput;
     constexpr std::array enabled{"channels", "chip_selects", "nothing"};
@@ -215,7 +216,7 @@ py::dict describe(const Model& model) {
     return traits;
 }
 
-// The rows are there for good.
+// The rows have static lifetime.
 void defineOwnMethods(ClassMaker& type, const Model& model) {
     type.method({.name = "__init__",
                  .parameters = {verboseParameter},
@@ -223,9 +224,9 @@ void defineOwnMethods(ClassMaker& type, const Model& model) {
                  .body = [&model](py::handle self, const Object& verbose) { construct(model, self, verbose); }})
         .method({.name = "close",
                  .parameters = {verboseParameter},
-                 .doc = "Ends connection, file and threads for good; a second call does nothing.",
+                 .doc = "Closes connection, file and threads for good; a second call does nothing.",
                  .raises = {"NetworkConnectionLostError: the connection was lost before",
-                            "OSError: the disk refuses the rest of the log; everything is ended all the same"},
+                            "OSError: the rest of the log cannot be written; everything is closed nevertheless"},
                  .body = [&model](py::handle self, const Object& verbose) { close(model, self, verbose); }});
     if (model.family->connectsOnce) defineConnectingOnce(type);
 }

@@ -1,4 +1,4 @@
-// pyzvr.open: finds a device by what a user knows of it, asks it what it is, and connects a handle of its class.
+// pyzvr.open: finds a device by its address or name, asks for its model, and connects a handle of that class.
 #include <algorithm>
 
 #include "core/wire/commands.h"
@@ -14,18 +14,18 @@ namespace zvr::python {
 
 namespace {
 
-// Time in which the devices of a network are to answer that share an alias with the one that was first.
+// Time for further devices with the same alias to answer after the first one.
 constexpr std::chrono::milliseconds othersAnswer{500};
 constexpr double lookSeconds = 0.01;
 
-/// What the caller has said of the connection; None where nothing.
+/// The caller's arguments for the connection; None if not given.
 struct Connection {
     Object port, dataPort, baudRate, verbose;
 
     Object portOr(int usual) const { return port.is_none() ? Object(py::int_(usual)) : port; }
 };
 
-// Closing alone would tell of the end of the connection.
+// Disconnects first, since closing alone prints a message.
 void closeQuietly(py::handle handle) {
     for (const char* step : {"disconnect", "close"}) {
         try {
@@ -50,7 +50,7 @@ Object connected(const Object& type, const Object& verbose, Connect connect) {
     return handle;
 }
 
-/// Asks a device through a handle that is as good as any other of its link.
+/// Asks a device through a temporary handle of any class with its link.
 template <class Connect>
 std::string askThrough(const char* type, const char* question, Connect connect) {
     const Object handle = connected(classNamed(type), py::bool_(false), connect);
@@ -106,7 +106,7 @@ Object openUsb(const Object& serialNumber, const Object& product, const Connecti
                      [&](py::handle handle) { callMethod(handle, "connect", serialNumber, how.verbose); });
 }
 
-/// A device on the network, as it has answered.
+/// A network device's answer.
 struct Answer {
     std::string address, mac, serialNumber, alias;
 
@@ -117,7 +117,7 @@ struct Answer {
           alias(py::str(fields[5])) {}
 };
 
-/// The addresses of the devices on the network that `fits`; `isOnly` if there can be no other one.
+/// The addresses of the network devices for which `fits` is true; `isOnly` if there can be only one.
 template <class Fits>
 std::vector<std::string> findOnNetwork(py::handle finder, Fits fits, bool isOnly, std::string& others) {
     const py::list nothing = payload(0);
@@ -165,7 +165,7 @@ Object openOnNetwork(const std::string& where, Fits fits, bool isOnly, const Con
         .noting("at " + addresses);
 }
 
-// By serial number or alias: first what is attached here, then what is on the network.
+// By serial number or alias: first devices on USB, then those on the network.
 Object openNamed(const std::string& name, const Connection& how) {
     const py::str wanted(name);
     const py::list attached = callMethod(callObject(classNamed("Packet_based")), "_getAllUSBDevices");
@@ -184,8 +184,8 @@ Object openNamed(const std::string& name, const Connection& how) {
     return openOnNetwork(name, fits, false, how);
 }
 
-// What a pattern finds in a text that it fits whole, else None. A text may be of any length, which is beyond
-// std::regex.
+// The match of a pattern with a whole text, or None. Uses Python's re, since std::regex may overflow the stack on long
+// texts.
 Object matched(const char* pattern, const std::string& text) {
     return callObject(pythonObject("re", "fullmatch"), py::str(pattern), py::str(text));
 }
@@ -221,19 +221,19 @@ void defineOpening(Package& package) {
          .parameters = {{"where", "str",
                          "\"192.168.1.110\", \"box.local:7007\", \"/dev/ttyUSB0\", \"COM4\", a serial number, an alias "
                          "or a MAC address"},
-                        {"port", "int | None", "TCP port of the commands, where `where` names none; 7 unless set",
-                         "None"},
+                        {"port", "int | None", "TCP port of the commands, if `where` names none; 7 unless set", "None"},
                         {"data_port", "int | None", "TCP port of a Wi-Fi device's samples; 1336 unless set", "None"},
                         {"baudrate", "int | None", "speed of a serial line in bits per second", "None"},
                         verboseParameter},
-         .doc = "Asks a device what it is, and connects a handle of its class.\n\nWhat has a dot or a port is an "
+         .doc = "Asks a device for its model and connects a handle of its class.\n\nA name with a dot or a port is an "
                 "address. Other names are serial numbers and aliases: of the devices on USB first, then of those that "
-                "answer on the network within 5 seconds. On a serial line it is a drone.",
+                "answer on the network within 5 seconds. A device on a serial line is a drone.",
          .returns = {"Device", "a handle of the device's class, connected", "the device"},
-         .raises = {"NetworkConnectionError: nobody answers to the name, several do, or there is no class for the "
-                    "device; or the address is not reached",
-                    "UARTConnectionError: the line cannot be opened", "USBConnectionError, USBError: nor the device",
-                    "ReceivePacketTimeoutError: what is there does not tell what it is"},
+         .raises = {"NetworkConnectionError: no device or more than one answers to the name, there is no class for the "
+                    "device, or the address is not reached",
+                    "UARTConnectionError: the line cannot be opened",
+                    "USBConnectionError, USBError: the USB device cannot be opened",
+                    "ReceivePacketTimeoutError: the device found does not identify itself"},
          .body = [](py::handle, const std::string& where, const Object& port, const Object& dataPort,
                     const Object& baudRate, const Object& verbose) {
              return open(where, {port, dataPort, baudRate, verbose});

@@ -36,7 +36,7 @@ std::vector<Pins> wholePorts(int count, int pins) {
     return map;
 }
 
-// A row that derives from a model is that model but for what a derived class says itself.
+// A row that derives from a model copies it, except for the members that a derived class sets itself.
 std::vector<Model> complete(std::vector<Model> rows) {
     for (Model& row : rows) {
         if (row.bases.empty()) continue;
@@ -166,8 +166,8 @@ const std::vector<Model>& models() {
          .modules = {"System", "MCX514", "Network", "SNTP"}},
         {.name = "Drone", .displayName = "Drone", .family = &serial, .what = "Flight controller on a serial line.",
          .modules = {"Drone"}},
-        {.name = "LatticeLite", .displayName = "Lattice-Lite", .what = "the smaller chassis.", .bases = {"Lattice"}},
-        {.name = "DeviceFinder", .displayName = "Device finder", .what = "finds devices on the network and on USB.",
+        {.name = "LatticeLite", .displayName = "Lattice-Lite", .what = "The smaller chassis.", .bases = {"Lattice"}},
+        {.name = "DeviceFinder", .displayName = "Device finder", .what = "Finds devices on the network and on USB.",
          .listing = Listing::tool, .bases = {"BroadcastDevice", "BroadcastModule_async", "BroadcastModule"}},
         {.name = "DataLogger", .displayName = "Data logger", .listing = Listing::tool},
         {.name = "Bollard", .listing = Listing::announced},

@@ -31,7 +31,7 @@ const Model& defaults() {
     return row;
 }
 
-// The display name as it is now; nothing if the object or its class has none.
+// The current display name; null if the object or its class has none.
 Object displayNameOf(py::handle self) {
     if (!attributeOrNothing(self, "_getDeviceName")) return {};
     try {

@@ -40,7 +40,7 @@ inline const Definition checkMCX514MotionPort{
     .name = "_checkMCX514MotionPort",
     .parameters = {{"port", "int", "connector as the device counts it"}},
     .doc = "Raises MotionPortNotAvaliable unless the model has the connector.",
-    .raises = {"InputTypeNotCorrectError: `port` is no integer",
+    .raises = {"InputTypeNotCorrectError: `port` is not an integer",
                "MotionPortNotAvaliable: the model has no such connector"},
     .body = [](py::handle self, const Object& port) {
         checkIsInt(port, "port");
@@ -49,16 +49,18 @@ inline const Definition checkMCX514MotionPort{
     }};
 inline const Definition checkMCX514Axis{
     .name = "_checkMCX514Axis",
-    .parameters = {{"axis", "int", "axis"}, {"mode", "bool", "whether to look at the number too", "True"}},
-    .doc = "Refuses what is no integer. An axis that there is not is told, not refused (compatibility note 10).",
+    .parameters = {{"axis", "int", "axis"}, {"mode", "bool", "whether to check the number too", "True"}},
+    .doc =
+        "Raises InputTypeNotCorrectError unless an int; returns MotionAxisError for an axis outside 0-3 (compatibility "
+        "note 10).",
     .returns = {"Any", "the class `MotionAxisError` for an axis other than 0 to 3, else True"},
-    .raises = {"InputTypeNotCorrectError: an argument is no integer"},
+    .raises = {"InputTypeNotCorrectError: an argument is not an integer"},
     .body = [](py::handle, const Object& axis, const Object& mode) -> Object {
         checkIsInt(axis, "axis");
         if (mode.is(py::bool_(true)) && !isOneOf(axis, {0, 1, 2, 3})) return classNamed("MotionAxisError");
         return py::bool_(true);
     }};
-/// Compat 11: no class of the library has it; a subclass that wants synchronous starts brings it along.
+/// Compat 11: no class of the library has it; a subclass must provide it for synchronous starts.
 inline const Definition checkMotionAxis{.name = "_checkMotionAxis",
                                         .raises = {"AttributeError: the object has no `_checkMotionAxis`"}};
 

@@ -1,5 +1,5 @@
 // The four-axis controller: checks, configuration of axes, captures and break points, and the state of axes. Moves,
-// interpolations and files have pages of their own.
+// interpolations and files have their own source files.
 #include "motion/controller.h"
 
 #include "models/traits.h"
@@ -104,7 +104,7 @@ Task configureCapture(Op op, Object port, Object axis, Object type, Object mode)
     co_return co_await op.request("_Motion_setSYNCAction3", port, axis, py::int_(word));
 }
 
-/// A SYNC action that is switched on and off.
+/// A SYNC action that can be turned on and off.
 struct Action {
     const char* enable;
     const char* disable;
@@ -156,7 +156,7 @@ Task standing(Op op, Object port, Object axis) {
     co_return readBit(state, axis) ^ py::int_(1);
 }
 
-// An input's bit as on or off. All go by the level of the forward limit.
+// An input's bit as on or off. All use the active level of the forward limit.
 Object inputState(const Op& op, const Object& axis, const Object& state, int bit) {
     const Object level = readBit(state, py::int_(bit));
     const bool activeLow = isZero(settingOf(recordOf(op, axis), "Forward Polarity"));
@@ -272,7 +272,7 @@ void defineConfiguration(Feature& controller) {
                     .parameters = {port, axis,
                                    integer("jerk", "change of the acceleration in the chip's unit, 0 to 4294967295"),
                                    integer("accel_mode", "0 trapezoid, 1 or 2 S-curve")},
-                    .doc = "Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.",
+                    .doc = "Stores the shape of acceleration, which is sent with the next one. Nothing is sent.",
                     .raises = enteringRaises({checkMCX514AccelerationMode}),
                     .body = configureJerk})
         .operation({.name = "Motion_rstEncoderPosi",
@@ -332,19 +332,19 @@ void defineStates(Feature& controller) {
     controller
         .operation({.name = "Motion_getMoveStatus",
                     .parameters = {port, axis},
-                    .doc = "Tells whether a move has ended.",
+                    .doc = "Reads whether a move has ended.",
                     .returns = stands,
                     .raises = enteringRaises(),
                     .body = standing})
         .operation({.name = "Motion_checkRef",
                     .parameters = {port, axis},
-                    .doc = "Tells whether a reference search has ended.",
+                    .doc = "Reads whether a reference search has ended.",
                     .returns = stands,
                     .raises = enteringRaises(),
                     .body = standing})
         .operation({.name = "Motion_getHomeStatus",
                     .parameters = {port, axis},
-                    .doc = "Reads the home input. Its level goes by that of the forward limit.",
+                    .doc = "Reads the home input. It uses the active level of the forward limit.",
                     .returns = {"int", "1 active, 0 not", "the device"},
                     .raises = enteringRaises(),
                     .body = homeStatus})
@@ -407,12 +407,12 @@ Object withBits(Object word, const std::vector<Bit>& bits) {
 
 namespace {
 
-// Both forms go through the constructor of their own driver.
+// Each form calls the constructor of its own driver.
 void defineConstructor(Package& package, const char* module, const char* driver) {
     ClassMaker(package.get(module))
         .method({.name = "__init__",
                  .parameters = {{"motion_dict", "dict[int, list[int]]", "connectors of the model's controllers"}},
-                 .doc = "Takes what the model offers.",
+                 .doc = "Sets the resources of the model.",
                  .body = [driver](py::handle self, const Object& connectors) {
                      setAttribute(self, "motion_dict", connectors);
                      callOf(driver, "__init__", self);

@@ -1,4 +1,4 @@
-// What the operations of the four-axis controller share.
+// Shared by the operations of the four-axis controller.
 #pragma once
 
 #include "motion/checks.h"
@@ -12,23 +12,23 @@ const Returns commandStatus = status(6).returns;
 const Parameter axisParameter{"axis", "int",
                               "axis, 0 to 3; a further number is not refused and shares the last record"};
 
-/// What public operations begin with: the chassis's count of ports, and the checks of port and axis.
+/// Begins public operations: maps slots of the chassis to ports, and checks port and axis.
 Object enter(const Op& op, const Object& port);
 Object enter(const Op& op, const Object& port, const Object& axis);
-/// What that raises, and more.
+/// The errors of those checks, and further ones.
 Raises enteringRaises(std::initializer_list<Raises::Entry> more = {}, bool hasAxis = true);
 
 void checkPortAndAxis(const Op& op, const Object& port, const Object& axis);
 
 inline Object recordOf(const Op& op, const Object& axis) { return op.call("_getAxisHandle", axis); }
 
-/// Pulse output and direction of an axis, as its record has them.
+/// Pulse output and direction of an axis, from its record.
 Awaiter applyOutput(const Op& op, const Object& port, const Object& axis);
 
 /// The starting speed that goes with an acceleration.
 Object startingSpeed(const Object& acceleration);
 
-/// A bit of a word, and what it becomes; only the value 1 sets it.
+/// A bit of a word and its new value; only the value 1 sets it.
 struct Bit {
     Bit(int index, Object value) : index(index), value(std::move(value)) {}
     Bit(int index, int value) : Bit(index, py::int_(value)) {}

@@ -1,5 +1,4 @@
-// What writes the registers of the four-axis controller: single bits, and the settings of an axis as its record has
-// them.
+// Writes the registers of the four-axis controller: single bits, and the settings in an axis's record.
 #include "motion/controller.h"
 
 #include "models/traits.h"
@@ -84,7 +83,7 @@ Task setLimitEnable(Op op, Object port, Object axis, Object forward, Object reve
     co_return co_await op.request("_Motion_writeWR2", port, axis, word);
 }
 
-// The bits of S-curve and asymmetry go too.
+// Clears the bits of S-curve and asymmetry too.
 Task setOutput(Op op, Object port, Object axis, Object output, Object direction) {
     setSetting(recordOf(op, axis), "Inverse Motion Direction", direction);
     Object word = co_await op.request("_Motion_getWR3", port, axis);
@@ -139,7 +138,7 @@ Task switchServo(Op op, Object port, Object axis, Object on) {
     co_return status.value();
 }
 
-// The encoder's step counts the port anew on the chassis, so it gets the slot.
+// The encoder's step maps the port again on the chassis, so it gets the slot.
 Task sendAll(Op op, Object port, Object axis) {
     const Object record = recordOf(op, axis);
     const auto setting = [&](const char* key) { return settingOf(record, key); };
@@ -162,7 +161,7 @@ Task sendAll(Op op, Object port, Object axis) {
 }  // namespace
 
 void defineRegisterAccess(Feature& controller) {
-    for (const RegisterBit& row : registerBits()) {  // the table is there for good
+    for (const RegisterBit& row : registerBits()) {  // the table has static lifetime
         controller.operation({.name = row.name,
                               .parameters = {connector, axis, row.value},
                               .doc = std::string("Sets ") + row.what + ": bit " + std::to_string(row.bit) +

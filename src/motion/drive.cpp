@@ -176,7 +176,7 @@ Task configureLimit(Op op, Object port, Object forward, Object reverse, Object p
     co_return status.value();
 }
 
-// Compat 15: three bytes are cut for each value, which is one too few: it fails with the first one.
+// Compat 15: three bytes are sliced for each value, one too few, so it fails on the first one.
 Task parameters(Op op, Object port) {
     op.call("_checkTMC5240Port", port);
     const Object reply = co_await exchange(op, MOTION_GET_PARAM, payload(port));
@@ -216,7 +216,7 @@ void defineBased(Package& package) {
     based.field({"TMC5240_main_dict", "dict[str, list[int]]", "the ramp: value and register by key"})
         .field({"TMC5240_default_dict", "dict[str, list[int]]", "the chip's settings: value and register by key"});
     for (const char* field : statusFields) {
-        based.field({field, "int", "bit of the chip's status, as the last register read told it"});
+        based.field({field, "int", "bit of the chip's status, as of the last register read"});
     }
     based
         .method({.name = "__init__",
@@ -283,7 +283,7 @@ void defineRegisters(Feature& drive) {
                     .body = setRamp})
         .operation({.name = "_Motion_setLimitEnable",
                     .parameters = {port, onOff("forward_enable"), onOff("reverse_enable")},
-                    .doc = "Remembers which limits are in use; nothing is sent.",
+                    .doc = "Stores which limits are in use; nothing is sent.",
                     .returns = zero,
                     .body = [](Op op, Object, Object forward, Object reverse) -> Task {
                         setSetting(attribute(op.self(), "axis"), "Forward Enable", forward);
@@ -292,7 +292,7 @@ void defineRegisters(Feature& drive) {
                     }})
         .operation({.name = "_Motion_setLimitPolarity",
                     .parameters = {port, level("limit_polarity")},
-                    .doc = "Remembers the level of the limits; nothing is sent.",
+                    .doc = "Stores the level of the limits; nothing is sent.",
                     .returns = zero,
                     .body = [](Op op, Object, Object polarity) -> Task {
                         for (const char* key : {"Forward Polarity", "Reverse Polarity"}) {
@@ -309,7 +309,7 @@ void defineRegisters(Feature& drive) {
         .operation(
             {.name = "_Motion_getInpositionStatus",
              .parameters = {port},
-             .doc = "Tells whether the position was reached.",
+             .doc = "Reads whether the position was reached.",
              .returns = {"int", "0 or 1", "the chip's status at the last register read"},
              .raises = {"AttributeError: no register was read yet"},
              .body = [](Op op, Object) -> Task { co_return attribute(op.self(), "status_bit5_positionreach"); }});
@@ -351,7 +351,7 @@ void defineControl(Feature& drive) {
                     .body = [](Op op, Object port) { return switchServo(std::move(op), port, 1); }})
         .operation({.name = "Motion_getAlarmStatus",
                     .parameters = {port},
-                    .doc = "Tells whether the chip reports a fault.",
+                    .doc = "Reads whether the chip reports a fault.",
                     .returns = {"int", "1 for a fault, else 0", "the device"},
                     .raises = portRaises,
                     .body = alarmStatus})

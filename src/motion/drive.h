@@ -1,4 +1,4 @@
-// What the files of the stepper drive share.
+// Shared by the files of the stepper drive.
 #pragma once
 
 #include "motion/records.h"

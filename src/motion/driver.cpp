@@ -16,10 +16,10 @@ constexpr std::size_t statusPlace = 6;
 const Parameter& port = connector;
 const Parameter axis{"axis", "int", "axis, 0 to 3, sent as a mask"};
 
-/// What the four data bytes of a command hold, or the value of its reply.
+/// The type of a command's four data bytes, or of its reply's value.
 enum class Data { none, u32, i32, u16, i16, flag };
 
-/// One command of the chip. `what` is told of it.
+/// One command of the chip; `what` is its description.
 struct ChipCommand {
     MotionCode code;
     std::string name;  ///< without its prefix
@@ -28,7 +28,7 @@ struct ChipCommand {
     std::string argument = {};
 };
 
-/// Commands that share the axis byte and what they do.
+/// Commands with the same axis byte and kind of effect.
 struct Family {
     bool perAxis;
     bool reads;
@@ -78,7 +78,7 @@ const char* rangeOf(Data data) {
 }
 
 Reply valueOf(Data data, const std::string& what) {
-    const std::string doc = what + ", " + rangeOf(data) + "; no refusal is told from it";
+    const std::string doc = what + ", " + rangeOf(data) + "; a refusal cannot be distinguished from a value";
     if (data == Data::i32) return numberAt<std::int32_t>(3, doc);
     return data == Data::u32 ? numberAt<std::uint32_t>(3, doc) : numberAt<std::uint16_t>(5, doc);
 }
@@ -183,7 +183,7 @@ const std::vector<Family>& families() {
          true,
          "Reads ",
          {{MOTION_3B_HLV, "getHelicalCalculation", "the calculated value of a helix", u32},
-          {MOTION_E8_RR0, "writeRR0", "read register 0, bit i of which tells that axis i drives", u16},
+          {MOTION_E8_RR0, "writeRR0", "read register 0, bit i is set while axis i drives", u16},
           {MOTION_EC_RR4, "writeRR4", "read register 4", u16},
           {MOTION_ED_RR5, "writeRR5", "read register 5", u16},
           {MOTION_EE_RR6, "writeRR6", "read register 6", u16},
@@ -230,11 +230,11 @@ const std::vector<Family>& families() {
           {MOTION_6A_HLCCW, "ccwHelicalInterpolation", "Starts a helix, counter-clockwise"},
           {MOTION_6B_HLPCW, "cwHelicalCalculation", "Starts the calculation of a helix, clockwise"},
           {MOTION_6C_HLPCCW, "ccwHelicalCalculation", "Starts the calculation of a helix, counter-clockwise"},
-          {MOTION_6D_DECEN, "enableDeceleration", "Lets an interpolation decelerate"},
+          {MOTION_6D_DECEN, "enableDeceleration", "Makes an interpolation decelerate"},
           {MOTION_6E_DECDIS, "disableDeceleration", "Keeps an interpolation from decelerating"},
           {MOTION_6F_CLRSTEP, "interruptSingleStepInterpolation", "Ends single steps of an interpolation"},
-          {MOTION_FC_I2CCHK, "checkI2C", "Lets the device check its link to the chip"},
-          {MOTION_FD_I2CRST, "resetI2C", "Lets the device reset its link to the chip"},
+          {MOTION_FC_I2CCHK, "checkI2C", "Makes the device check its link to the chip"},
+          {MOTION_FD_I2CRST, "resetI2C", "Makes the device reset its link to the chip"},
           {MOTION_FE_HDRST, "resetHardware", "Resets the chip"},
           {MOTION_FE_HDRST, "reset", "Resets the chip"}}},
         {true,
@@ -276,7 +276,7 @@ const std::vector<Family>& families() {
     return table;
 }
 
-/// The commands that turn subsets of the four SYNC actions on or off: bit i of the number stands for action i.
+/// The commands that turn subsets of the four SYNC actions on or off: bit i of the number is action i.
 Family syncFamily(bool enables) {
     Family family{true, false, enables ? "Enables " : "Disables ", {}};
     for (int subset = 1; subset < 16; ++subset) {
@@ -300,7 +300,7 @@ Task setLogicalPosition(Op op, Object port, Object axis, Object counter) {
     co_return statusOf(op, MOTION, reply, statusPlace);
 }
 
-// Rows that no family has.
+// Commands outside the families.
 std::vector<Request> singleRows() {
     const auto value = [](const char* name, const char* doc) { return Parameter{name, "int", doc}; };
     const Parameter width = value("pulse_width", "width in the chip's unit, 0 to 65535"),

@@ -1,4 +1,4 @@
-// Settings of axes in a text file: the host's INI parser writes and reads it.
+// Settings of axes in a text file: written and read by Python's INI parser.
 #include <span>
 
 #include "motion/records.h"
@@ -59,7 +59,7 @@ Task saveFile(Op op, Sections sections) {
             section[pair[0]] = py::str(op.call("_Motion_INI_convertIntToString", pair[0], pair[1]));
         }
     }
-    // What cannot be told as text fails before the file is touched.
+    // Values that cannot be written as text fail before the file is changed.
     const Object text = callObject(pythonObject("io", "StringIO"));
     callMethod(config, "write", text);
     const Object content = callMethod(text, "getvalue");
@@ -107,7 +107,7 @@ void defineFiles(Feature& feature, Sections sections) {
                  .parameters = {key, {"label", "str", "text in the file"}},
                  .doc = "Value of a setting from its text.",
                  .returns = {"Any", "the value"},
-                 .raises = {"KeyError: the setting or the text is not known", "ValueError: the text is no number"},
+                 .raises = {"KeyError: the setting or the text is not known", "ValueError: the text is not a number"},
                  .body = toValue})
         .withoutTimeout({.name = "Motion_openCfgFile",
                          .parameters = {{"filename", "str", "name of a file that exists", "\"test.ini\""}},
@@ -127,7 +127,7 @@ void defineFiles(Feature& feature, Sections sections) {
                     .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0.",
                     .returns = {"int", "0, or the first status of an axis other than that", "the device"},
                     .raises = {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
-                               "KeyError: a text is not known", "ValueError: a text is no number"},
+                               "KeyError: a text is not known", "ValueError: a text is not a number"},
                     .body = [sections](Op op) { return loadFile(std::move(op), sections); }});
 }
 

@@ -157,7 +157,7 @@ long long wallMilliseconds() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
-// The chip calculates where the helix has to slow down: that is waited for, and kept for the start.
+// The chip calculates where the helix must slow down; waits for the result and keeps it for the start.
 Task configureHelix(Op op, Object port, Object centerX, Object centerY, Object finishX, Object finishY, Object enable3,
                     Object pitch3, Object enable4, Object pitch4, Object turns, Object speed, Object direction,
                     Object limit) {
@@ -272,7 +272,7 @@ void defineInterpolations(Feature& controller) {
                             number("rotation_number", "turns, 0 to 65535"),
                             integer("circular_speed", "pulses per second"),
                             integer("circular_direction", "0 clockwise, 1 counter-clockwise")},
-             .doc = "Sets all of a helix but what the chip calculates.",
+             .doc = "Sets all parameters of a helix except those that the chip calculates.",
              .returns = mergedStatus,
              .raises = enteringRaises({}, false),
              .body = writeHelix})

@@ -99,7 +99,7 @@ Task overrideAcceleration(Op op, Object port, Object axis, Object acceleration, 
     co_return co_await op.request("_Motion_writeAcceleration", port, axis, acceleration, deceleration);
 }
 
-// A continuous move that turns brakes, and starts the other way by itself when it stands.
+// A continuous move that is reversed brakes first, and restarts in the other direction once it stands.
 Task overrideVelocity(Op op, Object port, Object axis, Object velocity) {
     port = enter(op, port, axis);
     checkIsInt(velocity, "velo");

@@ -7,7 +7,7 @@ namespace zvr::python {
 
 namespace {
 
-/// What the values of a setting are called in a file. Numbers stand there as they are.
+/// The names of a setting's values in a file. Numbers are written unchanged.
 struct Texts {
     const char* zero;
     const char* one;
@@ -63,7 +63,7 @@ struct RecordField {
 struct Record {
     const char* name;
     const char* doc;
-    std::size_t given;  ///< so many of the fields are arguments of the constructor
+    std::size_t given;  ///< number of fields that are arguments of the constructor
     std::vector<RecordField> fields;
     bool hasSettings = false;
 };
@@ -152,21 +152,21 @@ void construct(const Record& record, py::handle self, Arguments given) {
     if (record.hasSettings) setAttribute(self, "motion_dict", defaultSettings());
 }
 
-// An object that only inherits from a record is told of as any other.
+// An object without the record's fields gets the default repr.
 Object represent(const Record& record, py::handle self) {
     py::list parts;
-    const auto tell = [&](const char* name) {
+    const auto show = [&](const char* name) {
         const Object value = attributeOrNothing(self, name);
         if (value) parts.append(py::str("{}={!r}").format(name, value));
     };
-    for (const RecordField& field : record.fields) tell(field.name);
-    if (record.hasSettings) tell("motion_dict");
+    for (const RecordField& field : record.fields) show(field.name);
+    if (record.hasSettings) show("motion_dict");
     if (parts.empty()) return callMethod(pythonObject("builtins", "object"), "__repr__", self);
     return py::str("{}({})").format(attribute(py::type::of(borrow(self.ptr())), "__name__"),
                                     py::str(", ").attr("join")(parts));
 }
 
-// The records of the table are there for good.
+// The records of the table have static lifetime.
 void defineRecord(Package& package, const Record& record) {
     ClassMaker type = package.makeClass(record.name, {}, record.doc);
     Definition constructor{.name = "__init__",

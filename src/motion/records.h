@@ -1,4 +1,4 @@
-// What the host remembers of motion. The records are ordinary Python objects, which keep what they are given.
+// The host-side state of motion. The records are ordinary Python objects.
 #pragma once
 
 #include "device/devices.h"
@@ -27,7 +27,7 @@ inline void setFields(py::handle record, std::initializer_list<std::pair<const c
 inline bool isZero(const Object& value) { return value.equal(py::int_(0)); }
 inline bool isOne(const Object& value) { return value.equal(py::int_(1)); }
 
-// Parameters that recur.
+// Common parameters.
 inline Parameter integer(const char* name, const char* doc) { return {name, "int", doc}; }
 inline Parameter onOff(const char* name) { return integer(name, "1 on, 0 off"); }
 inline Parameter level(const char* name) { return integer(name, "1 active high, 0 active low"); }
@@ -37,7 +37,7 @@ inline Parameter inverse(const char* name) { return integer(name, "1 inverse, 0 
 void defineControllerFiles(Feature& controller);
 void defineDriveFiles(Feature& drive);
 
-/// The status of several commands: the greatest, from 0 on, so that a refusal, which is negative, does not show.
+/// The merged status of several commands: their maximum and 0, so a refusal, which is negative, is lost.
 class WorstStatus {
 public:
     void take(const Object& status) {

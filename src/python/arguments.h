@@ -1,5 +1,5 @@
-// What a caller gave, made what a body wants of it: one checked conversion for all callables. A wrong type is a
-// TypeError that names the argument, what came, and what is wanted.
+// Converts a caller's arguments to the parameters of a body: one checked conversion for all callables. A wrong type is
+// a TypeError that names the argument, its type and the expected one.
 #pragma once
 
 #include <concepts>
@@ -10,7 +10,7 @@
 
 namespace zvr::python {
 
-/// Seconds that a caller gave; never not-a-number.
+/// A caller's time in seconds; never NaN.
 struct Seconds {
     double value;
     operator double() const { return value; }  // NOLINT: a time is a number
@@ -18,7 +18,7 @@ struct Seconds {
 
 [[noreturn]] void refuseType(py::handle value, std::string_view name, std::string_view wanted);
 
-/// An integer, as an index is one; throws an OverflowError beyond these limits.
+/// An integer, by `__index__`; throws an OverflowError outside these limits.
 std::int64_t integerArgument(py::handle value, std::string_view name, std::int64_t least, std::uint64_t most);
 double realArgument(py::handle value, std::string_view name);
 Seconds secondsArgument(py::handle value, std::string_view name);
@@ -27,7 +27,7 @@ bool isTrue(py::handle value);
 
 namespace detail {
 
-/// Whether the object is a bound one whose constructors have run.
+/// Whether the object is of a bound type and its constructors have run.
 bool isConstructed(py::handle object);
 std::string nameOfType(const std::type_info& type);
 
@@ -46,11 +46,11 @@ struct IsOptional<std::optional<T>> : std::true_type {
 
 }  // namespace detail
 
-/// The native part of an object; nothing if it has none of this kind, or its constructor has not run.
+/// The native part of an object; null if it has none of this type, or its constructor has not run.
 template <class T>
 std::shared_ptr<T> nativeOrNothing(py::handle object) {
     if (!object) return nullptr;
-    // One of exactly this class is recognised without a search for its type.
+    // An object of exactly this class needs no search for its type.
     static const py::detail::type_info* const bound = py::detail::get_type_info(typeid(T));
     if (bound != nullptr && Py_TYPE(object.ptr()) == bound->type) {
         const auto held = reinterpret_cast<py::detail::instance*>(object.ptr())->get_value_and_holder(bound);
@@ -60,7 +60,7 @@ std::shared_ptr<T> nativeOrNothing(py::handle object) {
     return py::cast<std::shared_ptr<T>>(object);
 }
 
-/// The same; a TypeError if it has none.
+/// The same; throws a TypeError if there is none.
 template <class T>
 std::shared_ptr<T> native(py::handle object, std::string_view name = "self") {
     auto held = nativeOrNothing<T>(object);
@@ -68,7 +68,7 @@ std::shared_ptr<T> native(py::handle object, std::string_view name = "self") {
     return held;
 }
 
-/// An argument as a body's parameter of type `T` wants it.
+/// An argument converted to a body's parameter of type `T`.
 template <class T>
 T argument(py::handle value, std::string_view name) {
     if constexpr (std::is_same_v<T, bool>) {

@@ -20,7 +20,7 @@ public:
         own_ = PyDict_GetItemWithError(names_, key_);
     }
 
-    /// What stands in its place; nothing while that is the library's own.
+    /// The user's replacement; empty while it is the library's own function.
     Object replacement() const {
         PyObject* const now = PyDict_GetItemWithError(names_, key_);
         if (now == own_) return {};
@@ -48,7 +48,7 @@ bool isOfType(py::handle value, py::handle type) {
     return result != 0;
 }
 
-// A note says what came: another library's integers look like plain ones.
+// The note names the type: other libraries' integers look like plain ones.
 [[noreturn]] void refuseInput(py::handle value, const std::string& wanted, const char* name = nullptr) {
     std::string note = name == nullptr ? "" : "'" + std::string(name) + "': ";
     note += std::string(Py_TYPE(value.ptr())->tp_name) + " came, " + wanted + " is wanted";
@@ -56,7 +56,7 @@ bool isOfType(py::handle value, py::handle type) {
     throw Failure(FailureId::InputTypeNotCorrectError).noting(note + "; the value is " + shown(value));
 }
 
-// What `type` says of itself: a name, or several.
+// The name of a type, or of each type of a tuple.
 std::string namesOf(py::handle type) {
     const Object name = attributeOrNothing(type, "__name__");
     if (name) return py::str(name);

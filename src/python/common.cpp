@@ -34,7 +34,8 @@ PyObject* internedWith(Names& names, std::string_view name, const char* ending) 
 
 }  // namespace
 
-// Names are literals nearly always, so the place of one tells which it is; what stands there is compared all the same.
+// Names are nearly always literals, so they are cached by address; the text is compared too, as an address may be
+// reused.
 PyObject* interned(const char* name) {
     struct Known {
         const char* place = nullptr;
@@ -98,7 +99,7 @@ InterruptCheck signalCheck() {
     };
 }
 
-// The thread that ends the interpreter runs it to the last, long after it counts as initialized.
+// The finalizing thread keeps running Python long after Py_IsInitialized() returns false.
 bool interpreterAlive() {
     if (Py_IsInitialized() != 0) return !leaving || leavingThread == PyThread_get_thread_ident();
     return leavingThread == PyThread_get_thread_ident() && PyGILState_GetThisThreadState() != nullptr;
@@ -111,7 +112,7 @@ void leaveInterpreter() {
 
 namespace {
 
-// What is let go of when the interpreter leaves cannot be given back to it; leak checkers find it here.
+// Objects dropped after finalization cannot be released; kept here so that leak checkers see them as reachable.
 void leaveBehind(PyObject* object) {
     static auto& lock = neverDestroyed<std::mutex>();
     static auto& left = neverDestroyed<std::vector<PyObject*>>();

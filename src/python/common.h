@@ -1,4 +1,4 @@
-// What every file of the binding starts from: pybind11, and calls on Python objects by cached names.
+// The base of every file of the binding: pybind11, and calls on Python objects by cached names.
 #pragma once
 
 #include <pybind11/pybind11.h>
@@ -13,11 +13,11 @@ namespace zvr::python {
 namespace py = pybind11;
 using Object = py::object;
 
-/// Keeps a thread for good that the ending interpreter has no more use for. It must hold no lock of the engine.
+/// Parks the calling thread forever during interpreter shutdown. It must hold no lock of the engine.
 [[noreturn]] void parkThread() noexcept;
 
-/// Parks the thread where it is unwound by other than an exception of C++. A destructor does so in handlers of other
-/// exceptions, too, where a handler would end the program.
+/// Parks the thread if it is unwound by anything but a C++ exception. It is a destructor because a handler would
+/// terminate the program where another exception is being handled.
 class UnwindStop {
 public:
     UnwindStop() = default;
@@ -33,8 +33,8 @@ private:
     bool passed_ = false;
 };
 
-/// Makes a call that may run Python code. During finalization the interpreter unwinds the threads that request its
-/// lock; nothing above this call could run then without the lock, so the thread stays here.
+/// Makes a call that may run Python code. During finalization CPython unwinds threads that request the GIL; no
+/// destructor above this call may run without it, so such threads are parked here.
 template <class Call>
 auto entering(Call&& call) {
     UnwindStop stop;
@@ -43,8 +43,8 @@ auto entering(Call&& call) {
     return result;
 }
 
-/// The exception of C++ that is being handled, in a handler of everything. A thread that the interpreter unwinds, which
-/// carries none, is parked; calls that are not made by `entering` let it come here.
+/// The C++ exception that a `catch (...)` has caught. Parks a thread that CPython unwinds, which carries none; it gets
+/// this far from calls that are not made by `entering`.
 inline std::exception_ptr caught() noexcept {
     std::exception_ptr error = std::current_exception();
     if (!error) parkThread();
@@ -61,7 +61,7 @@ inline Object borrow(PyObject* object) { return py::reinterpret_borrow<Object>(o
 
 /// The interned string of a name, made once.
 PyObject* interned(const char* name);
-/// The same for the name of its async variant.
+/// The same for the name of the async variant.
 PyObject* internedAsyncName(const char* name);
 
 inline Object attribute(py::handle object, const char* name) {
@@ -85,7 +85,7 @@ Object callNamed(py::handle self, PyObject* name, const Args&... args) {
     return own(entering([&] { return PyObject_VectorcallMethod(name, call, sizeof...(Args) + 1, nullptr); }));
 }
 
-/// The same with the last argument by its keyword; `keyword` is a tuple of its name.
+/// The same with the last argument passed by keyword; `keyword` is a tuple of its name.
 template <class... Args>
 Object callNamedBy(PyObject* keyword, py::handle self, PyObject* name, const Args&... args) {
     PyObject* const call[] = {self.ptr(), py::handle(args).ptr()...};
@@ -106,12 +106,12 @@ Object callObject(py::handle callable, const Args&... args) {
     }));
 }
 
-/// What a module of the host has under this name now: a replacement lives as long as its replacer wants.
+/// What a Python module currently holds under this name. Not cached, since users may replace it at any time.
 Object pythonObject(const char* module, const char* name);
-/// The same of the package itself.
+/// The same for the package itself.
 inline Object packageObject(const char* name) { return pythonObject("pyzvr", name); }
 
-/// Prints as the host's `print` does now.
+/// Calls the current built-in `print`.
 inline void printLine(py::handle text) { callObject(pythonObject("builtins", "print"), text); }
 
 /// Lets other Python threads run for a scope.
@@ -126,8 +126,8 @@ private:
     PyThreadState* state_;
 };
 
-/// Takes the interpreter lock for a scope, on any thread. Once the interpreter leaves, only the thread that ends it
-/// gets the lock; every other one is parked.
+/// Takes the interpreter lock for a scope, on any thread. During finalization only the finalizing thread gets the lock;
+/// every other thread is parked.
 class WithGil {
 public:
     WithGil();
@@ -139,8 +139,8 @@ private:
     PyGILState_STATE state_;
 };
 
-/// Runs `wait` without the interpreter lock. On the main thread its InterruptCheck lets the host's signal handlers run,
-/// whose exceptions (KeyboardInterrupt first of all) end the wait.
+/// Runs `wait` without the interpreter lock. On the main thread its InterruptCheck runs Python's signal handlers, whose
+/// exceptions (mainly KeyboardInterrupt) end the wait.
 InterruptCheck signalCheck();
 
 template <class Wait>
@@ -150,7 +150,7 @@ auto blocking(Wait&& wait) {
     return wait(onWait);
 }
 
-/// Runs what must happen even if the step before it failed, and lets its exception through after it.
+/// Runs `rest` even if `step` throws, then rethrows that exception.
 template <class Step, class Rest>
 void thenAlways(Step step, Rest rest) {
     std::exception_ptr error;
@@ -166,11 +166,11 @@ void thenAlways(Step step, Rest rest) {
 /// Whether this thread may still take the interpreter lock.
 bool interpreterAlive();
 
-/// Reports the exception that is being handled as one that nobody can be given.
+/// Reports the exception that is being handled as unraisable.
 void reportUnraisable() noexcept;
 
-/// Runs `action` under the interpreter lock on a thread of the library; does nothing once the interpreter is going
-/// away. An exception of `action` is reported as unraisable.
+/// Runs `action` under the interpreter lock on a thread of the library; does nothing during finalization. An exception
+/// of `action` is reported as unraisable.
 template <class Action>
 void onInterpreter(Action&& action) noexcept {
     if (!interpreterAlive()) return;
@@ -184,7 +184,7 @@ void onInterpreter(Action&& action) noexcept {
 
 /// Called when the module is made, and in a forked child.
 void rememberMainThread(unsigned long thread);
-/// Called once, when the interpreter begins to leave: from now on no other thread gets its lock from us.
+/// Called once, when finalization begins: from now on no other thread takes the lock through these classes.
 void leaveInterpreter();
 
 /// A Python object that C++ threads may hold and drop without the interpreter lock.

@@ -9,7 +9,7 @@ namespace zvr::python {
 namespace {
 
 struct CoroutineObject {
-    PyObject_HEAD Task* steps;  // gone once they have finished
+    PyObject_HEAD Task* steps;  // null once they have finished
     PyObject* name;
     PyObject* qualifiedName;
     PyObject* weakReferences;
@@ -58,7 +58,8 @@ PySendResult failed() {
     return PYGEN_ERROR;
 }
 
-// Runs the steps until they wait for the host or finish. A null `value` raises the current failure where they stand.
+// Runs the steps until they await a Python object or finish. A null `value` raises the current exception where they are
+// suspended.
 PySendResult advance(CoroutineObject* self, PyObject* value, PyObject** result) {
     *result = nullptr;
     if (self->running) {
@@ -129,7 +130,7 @@ PyObject* send(PyObject* self, PyObject* value) {
 
 PyObject* next(PyObject* self) { return send(self, Py_None); }
 
-// throw(exception), or the older throw(type, value, traceback).
+// throw(exception), or the deprecated throw(type, value, traceback).
 PyObject* throwFailure(PyObject* self, PyObject* arguments) {
     PyObject* type = nullptr;
     PyObject* value = nullptr;
@@ -226,7 +227,7 @@ PyMemberDef members[] = {
 };
 
 PyGetSetDef properties[] = {
-    {"cr_await", awaitedOf, nullptr, "What the coroutine waits for, or None.", nullptr},
+    {"cr_await", awaitedOf, nullptr, "The object that the coroutine waits for, or None.", nullptr},
     {nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -285,7 +286,7 @@ void limitCoroutine(py::handle coroutine, Deadline limit) {
 
 void prepareCoroutineType(py::module_& /*module*/) {
     coroutineType.tp_name = "pyzvr.coroutine";
-    coroutineType.tp_doc = "What the awaitable form of an operation returns.";
+    coroutineType.tp_doc = "Returned by the awaitable form of an operation.";
     coroutineType.tp_basicsize = sizeof(CoroutineObject);
     coroutineType.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC;
     coroutineType.tp_dealloc = deallocate;

@@ -1,14 +1,14 @@
-// The bridge between C++ coroutines and the host's.
+// The bridge between C++ and Python coroutines.
 //
-// An operation with steps is one C++ coroutine that serves both forms. In the blocking form every co_await completes in
-// place, so the coroutine runs through on the caller's thread. In the awaitable form the same coroutine lives in an
-// object of the host's coroutine protocol: it suspends on an awaitable of the host, which this object then drives on
-// its behalf, passing values, failures and cancellation down and their outcome up.
+// An operation with steps is one C++ coroutine that serves both forms. In the blocking form every co_await completes
+// immediately, so the coroutine runs to its end on the caller's thread. In the awaitable form the same coroutine lives
+// in an object with Python's coroutine protocol: it suspends on a Python awaitable, which this object drives on its
+// behalf, passing values, exceptions and cancellation down and the result up.
 //
 // All of it happens under the interpreter lock.
 //
-// The collector sees what suspended steps hold: their parameters, and what they wait for. An object that refers to the
-// task that runs its own steps is freed with it.
+// The garbage collector sees what suspended steps hold: their parameters and the awaited object. So a cycle between an
+// object and the task that runs its steps is collected.
 #pragma once
 
 #include <coroutine>
@@ -19,13 +19,13 @@
 
 namespace zvr::python {
 
-/// A time limit struck in the awaitable form; becomes the event loop's timeout error.
+/// A time limit expired in the awaitable form; becomes the event loop's timeout error.
 struct AwaitTimedOut : std::runtime_error {
     AwaitTimedOut() : std::runtime_error("the time limit of an awaited exchange struck") {}
 };
 
-/// The parameters of running steps, for the collector. They live as long as the steps; a reference among them is not
-/// theirs and not seen.
+/// The parameters of running steps, for the garbage collector. They live as long as the steps; C++ references among
+/// them are not visited.
 class Held {
 public:
     template <class... Parameters>
@@ -70,7 +70,7 @@ private:
         }
     }
 
-    // What has no room is not seen, and merely keeps what it refers to.
+    // Parameters beyond the array's size are not visited; their objects are merely kept alive.
     void put(const void* place, int (*visit)(const void*, visitproc, void*)) {
         if (count_ < parameters_.size()) parameters_[count_++] = {place, visit};
     }
@@ -83,15 +83,15 @@ private:
 class [[nodiscard]] Task {
 public:
     struct promise_type {
-        Object value;                ///< what the steps returned
-        std::exception_ptr failure;  ///< or threw
-        Object awaited;              ///< the host's iterator that they wait for, while they are suspended
-        Object answer;               ///< what that returned
-        std::exception_ptr trouble;  ///< or raised
-        Deadline limit = forever;    ///< waits for the device end here
+        Object value;                ///< result of the steps
+        std::exception_ptr failure;  ///< or their exception
+        Object awaited;              ///< the Python iterator they wait for while suspended
+        Object answer;               ///< its result
+        std::exception_ptr trouble;  ///< or its exception
+        Deadline limit = forever;    ///< waits for the device end at this time
         const Held held;
 
-        /// The parameters are those of the steps themselves.
+        /// Gets the parameters of the coroutine function.
         template <class... Parameters>
         explicit promise_type(Parameters&... parameters) : held(parameters...) {}
 
@@ -110,7 +110,7 @@ public:
         if (handle_) handle_.destroy();
     }
 
-    /// Runs the steps of a blocking call through.
+    /// Runs the steps of a blocking call to their end.
     Object runThrough() {
         handle_.resume();
         return outcome();
@@ -118,7 +118,7 @@ public:
 
     Handle handle() const { return handle_; }
 
-    /// What the finished steps returned or threw.
+    /// Returns the result of the finished steps, or rethrows their exception.
     Object outcome() {
         if (handle_.promise().failure) std::rethrow_exception(handle_.promise().failure);
         return std::move(handle_.promise().value);
@@ -128,7 +128,7 @@ private:
     Handle handle_;
 };
 
-/// One awaited step: its result is there, or comes from an awaitable of the host.
+/// One awaited step: its result is known, or comes from a Python awaitable.
 class [[nodiscard]] Awaiter {
 public:
     static Awaiter done(Object value) { return Awaiter(std::move(value), true); }
@@ -146,11 +146,11 @@ private:
     Task::Handle steps_;
 };
 
-/// A host coroutine object that runs the steps when it is awaited.
+/// A Python coroutine object that runs the steps when it is awaited.
 Object makeCoroutine(Task steps, py::handle name, py::handle qualifiedName);
 
 bool isOurCoroutine(py::handle object);
-/// Waits for the device inside this coroutine end at `limit` at the latest.
+/// Makes waits for the device inside this coroutine end at `limit` at the latest.
 void limitCoroutine(py::handle coroutine, Deadline limit);
 
 void prepareCoroutineType(py::module_& module);

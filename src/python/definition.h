@@ -1,5 +1,5 @@
-// What is written once of every callable of the package. The method, its async variant, the signature, the docstring,
-// the line of the type stub and the row of the reference page all come from here.
+// The definition of every callable of the package, written once: the method, its async variant, the signature, the
+// docstring, the line of the type stub and the row of the reference page are generated from it.
 #pragma once
 
 #include <functional>
@@ -14,10 +14,10 @@
 namespace zvr::python {
 
 struct Parameter {
-    std::string name;              ///< "*args" and "**kwargs" take what is left over
+    std::string name;              ///< "*args" and "**kwargs" take the remaining arguments
     std::string type = {};         ///< as in the type stub
     std::string doc = {};          ///< unit, range, shape
-    std::string defaultText = {};  ///< default value, as a Python literal; empty if there is none
+    std::string defaultText = {};  ///< default value, as a Python literal; empty for none
 
     Parameter withDefault(std::string literal) const { return {name, type, doc, std::move(literal)}; }
 };
@@ -27,13 +27,13 @@ using Parameters = std::vector<Parameter>;
 struct Returns {
     std::string type = "None";  ///< as in the type stub
     std::string doc = {};       ///< value, unit, shape
-    std::string source = {};    ///< where it comes from: the device, a host record, a table
+    std::string source = {};    ///< origin: the device, a host record, a table
 };
 
 struct Definition;
 using Arguments = const Object*;  ///< one per parameter, in order
 
-/// What a call raises: "SomeError: when". A definition in the list stands for all that it raises itself.
+/// What a call raises: "SomeError: when". A definition in the list adds everything that it raises itself.
 struct Raises : std::vector<std::string> {
     struct Entry {
         Entry(const char* text) : texts{text} {}                            // NOLINT: an entry is written as a text
@@ -44,18 +44,18 @@ struct Raises : std::vector<std::string> {
     };
     Raises() = default;
     Raises(std::initializer_list<Entry> entries) { add(entries); }
-    /// Adds what is not there yet.
+    /// Adds entries that are not there yet.
     void add(std::initializer_list<Entry> entries);
 };
 
-/// A body that is done when it returns.
+/// A body that has finished when it returns.
 using PlainBody = std::function<Object(const Definition&, py::handle self, Arguments)>;
 /// A body that waits for the device; serves both forms.
 using CoroutineBody = std::function<Task(const Definition&, Op, Arguments)>;
 
-/// What runs: made from any callable, captures included. One that takes an Op first is a coroutine; any other is done
-/// when it returns, and takes the object, as a py::handle or as the native part that it wants of it. Then follows one
-/// argument per parameter, an Object as it was given or what `argument` makes of it.
+/// The code of a callable, made from any C++ callable, including captures. If its first parameter is an Op it is a
+/// coroutine; otherwise it takes the object, as a py::handle or as its native part. Then follows one argument per
+/// parameter, an Object unchanged or any type that `argument` converts to.
 struct Body : std::variant<PlainBody, CoroutineBody> {
     Body() = default;
     template <class Function>
@@ -63,14 +63,14 @@ struct Body : std::variant<PlainBody, CoroutineBody> {
         Body(Function function);  // NOLINT: a body is written as a callable
 };
 
-/// A request as the page of the wire shows it.
+/// A request as shown on the wire format page.
 struct RequestText {
     std::string command;
     std::string fields;
 };
 
-/// A check before anything is sent: a method of the object, which is called by name so that a class may have its own,
-/// or a function that looks at one argument.
+/// A check made before anything is sent: a method of the object, called by name so that a class may override it, or a
+/// function that checks one argument.
 struct Check {
     std::string method = {};
     void (*test)(py::handle value, const char* name) = nullptr;
@@ -78,8 +78,8 @@ struct Check {
     Raises raises;
 };
 
-/// Everything that is said of a callable. Definitions live as long as the process, so a coroutine may use what its
-/// body captured.
+/// The definition of a callable. Definitions live as long as the process, so a coroutine may use the captures of its
+/// body.
 struct Definition {
     std::string name;
     Parameters parameters = {};
@@ -87,22 +87,22 @@ struct Definition {
     Returns returns = {};
     Raises raises = {};
     Body body = {};
-    std::string asyncName = {};  ///< of the awaitable form where it is not the usual one
+    std::string asyncName = {};  ///< name of the awaitable form if it is not the usual one
     std::optional<RequestText> request = {};
 
-    /// As a check of these parameters.
+    /// Makes a Check that calls it with these parameters.
     template <class... Checked>
     Check operator()(const Checked&... parameter) const {
         return {name, nullptr, {parameter.name...}, raises};
     }
 };
 
-/// Keeps a definition for good.
+/// Keeps a definition for the life of the process.
 const Definition* keep(Definition definition);
 
 namespace detail {
 
-/// An argument as it was given, or as the body's parameter wants it.
+/// An argument unchanged, or converted to the body's parameter.
 template <class Wanted>
 decltype(auto) convert(const Definition& definition, Arguments arguments, std::size_t index) {
     using Plain = std::remove_cvref_t<Wanted>;
@@ -113,7 +113,7 @@ decltype(auto) convert(const Definition& definition, Arguments arguments, std::s
     }
 }
 
-/// The object that a method is called on: as it is, or its native part.
+/// The object that a method is called on, or its native part.
 template <class Wanted, class First>
 decltype(auto) receiver(First&& first) {
     using Plain = std::remove_cvref_t<Wanted>;

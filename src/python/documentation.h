@@ -1,4 +1,4 @@
-// Signature, docstring and stub line of a definition.
+// Generates the signature, docstring and stub line of a definition.
 #pragma once
 
 #include "python/operation.h"

@@ -19,8 +19,8 @@ std::shared_ptr<LoopWaker> LoopWakers::find(py::handle loop) const {
     return nullptr;
 }
 
-// Most loops let go of their callbacks when they are closed; the others are asked. That may run any code, so it is done
-// on a copy.
+// Most loops release their callbacks when they are closed; the others are asked. That may run any code, so it iterates
+// over a copy.
 void LoopWakers::forgetClosed() {
     const auto wakers = wakers_;
     for (const auto& waker : wakers) {
@@ -64,7 +64,7 @@ std::shared_ptr<LoopWait> LoopWakers::wait(Deadline limit, bool readsLink) {
 
 namespace {
 
-// One loop at most runs on a thread.
+// Per thread, since a thread runs at most one loop.
 thread_local Deadline lastTurn{};
 
 }  // namespace

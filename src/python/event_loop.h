@@ -1,14 +1,15 @@
-// How a step of the awaitable form waits on its event loop for what other threads bring.
+// How a step of the awaitable form waits on its event loop for data from other threads.
 //
-// An object has one waker for each loop that waits on it. Where the loop has `add_reader`, it watches a descriptor by
-// which a thread that brings something wakes it, which needs no interpreter lock; elsewhere that takes the lock for one
-// `call_soon_threadsafe`. While the loop has the right to read the link, the same descriptor tells of bytes there, and
-// the loop reads them itself. Wake-ups are coalesced, and one timer per waker ends the waits whose limit has struck.
+// An object has one waker for each loop that waits on it. If the loop has `add_reader`, it watches a descriptor through
+// which other threads notify it without the interpreter lock; otherwise they take the lock for one
+// `call_soon_threadsafe`. While the loop has the right to read the link, the same descriptor is readable when bytes
+// arrive, and the loop reads them itself. Notifications are coalesced, and one timer per waker ends the waits whose
+// limit has expired.
 //
-// Who keeps what: the loop keeps its callbacks, these keep the futures that tasks wait for, and the tasks keep their
-// steps and the object. The waker keeps nothing of the interpreter. So a task that waits lives as long as its loop will
-// go on with it, as it would with the host's own waits; and when the loop is closed or dropped, its callbacks go, the
-// descriptor with them, and what the tasks held is left to the collector.
+// Ownership: the loop keeps its callbacks, these keep the futures that tasks wait for, and the tasks keep their steps
+// and the object. The waker owns no Python object. So a waiting task lives as long as its loop can resume it, as with
+// asyncio's own waits; when the loop is closed or dropped, its callbacks and the descriptor are released, and the
+// garbage collector frees what the tasks held.
 #pragma once
 
 #include "core/engine/pools.h"
@@ -31,19 +32,19 @@ class LoopWaker;
 class LoopWakers {
 public:
     LoopWakers() = default;
-    /// Who brings the replies; loops read in the place of its thread. Set before anybody waits.
+    /// Receives the replies; loops read in place of its thread. Set before the first wait.
     std::shared_ptr<Receiver> receiver;
     /// The loops stop watching, each on the thread that runs it.
     ~LoopWakers();
     LoopWakers(const LoopWakers&) = delete;
     LoopWakers& operator=(const LoopWakers&) = delete;
 
-    /// A wait on the running loop that ends at `limit` at the latest. The loop reads the link for one that waits for a
-    /// reply; what threads make of frames is theirs to bring.
+    /// A wait on the running loop that ends at `limit` at the latest. With `readsLink`, for replies, the loop reads the
+    /// link; rows are delivered by the decoder threads.
     std::shared_ptr<LoopWait> wait(Deadline limit, bool readsLink = true);
 
-    /// Replies that are there at once do not suspend their step. Whether the loop of this thread has gone without a
-    /// turn for so long that the step ought to; the answer counts as a turn.
+    /// A step whose reply is already there does not suspend. Returns whether this thread's loop has gone so long
+    /// without a turn that the step should yield; true counts as a turn.
     static bool loopIsDue();
 
 private:
@@ -54,7 +55,7 @@ private:
     std::vector<std::shared_ptr<LoopWaker>> wakers_;
 };
 
-/// What waits on the running event loop. Whoever drops it, at whatever moment, ends its part in the loop.
+/// An awaiter on the running event loop. Destroying it, at any time, removes its wait from the loop.
 class LoopAwaiter {
 public:
     LoopAwaiter(const LoopAwaiter&) = delete;
@@ -67,7 +68,7 @@ protected:
     ~LoopAwaiter();
     /// Suspends until the wait is over.
     void suspend(Task::Handle handle);
-    /// Throws what the loop brought instead of a result.
+    /// Rethrows the exception with which the loop ended the wait.
     void resume();
 
     LoopWakers& wakers_;
@@ -84,9 +85,9 @@ public:
         : LoopAwaiter(wakers), pool_(std::move(pool)), key_(key) {}
     ~ReplyAwaiter() { subscription_.reset(); }
 
-    /// Goes on at once if the reply has arrived in between. Throws AwaitTimedOut if the limit has struck already.
+    /// Continues at once if the reply has arrived meanwhile. Throws AwaitTimedOut if the limit has already expired.
     bool await_suspend(Task::Handle handle);
-    /// Throws AwaitTimedOut when the limit has struck.
+    /// Throws AwaitTimedOut if the limit has expired.
     void await_resume();
 
 private:

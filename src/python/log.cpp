@@ -39,7 +39,7 @@ void Log::tell(LogLevel level, const std::function<std::string()>& text) {
 py::handle Log::logger() {
     if (logger_ == nullptr) {
         Object made = callObject(pythonObject("logging", "getLogger"), py::str(name_));
-        // Without a handler of its own a library's warnings would be printed by programs that set up no logging.
+        // Without a handler, warnings would be printed in programs that do not configure logging.
         callMethod(made, "addHandler", callObject(pythonObject("logging", "NullHandler")));
         logger_ = made.release().ptr();
     }

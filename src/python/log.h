@@ -1,4 +1,4 @@
-// What the library tells through the host's logging. It is silent unless the program sets logging up.
+// The library's messages through Python's logging. It is silent unless the program configures logging.
 #pragma once
 
 #include <functional>
@@ -24,7 +24,7 @@ private:
     py::handle logger();
 
     const char* name_;
-    PyObject* logger_ = nullptr;  // the host has one of a name for the life of the process
+    PyObject* logger_ = nullptr;  // logging keeps it for the life of the process
 };
 
 extern Log eventLog, frameLog;  ///< "pyzvr" and "pyzvr.wire"

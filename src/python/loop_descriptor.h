@@ -1,4 +1,4 @@
-// What an event loop watches for one object: a descriptor that other threads ring, and that tells when there is
+// The descriptor that an event loop watches for one object: readable when another thread notifies it, or when there is
 // something to read on a link.
 #pragma once
 
@@ -15,18 +15,18 @@
 
 namespace zvr::python {
 
-/// Where a thread rings and a loop hears it. Closed when the last who may ring or listen has let go.
+/// Threads notify it, a loop polls it. Closed when its last user releases it.
 ///
-/// An epoll of its own serves for both: a link is put into it for one event at a time, from any thread, and so is, to
-/// ring, a descriptor of the process that is always readable. So a link and a loop share this one descriptor, and the
-/// loop need not be told of anything else.
+/// One epoll serves for both: a link is added to it for one event at a time, from any thread; a notification adds, also
+/// for one event, a descriptor of the process that is always readable. So the loop needs to watch this one descriptor
+/// only.
 class LoopDescriptor {
 public:
     struct Heard {
-        bool ring = false, link = false;
+        bool notified = false, link = false;
     };
 
-    /// Nothing where there is none to be had.
+    /// Null if it cannot be made.
     static std::shared_ptr<const LoopDescriptor> make() {
 #ifdef __linux__
         if (const int number = epoll_create1(EPOLL_CLOEXEC); number >= 0) {
@@ -39,30 +39,30 @@ public:
     explicit LoopDescriptor(int number) : descriptor_(number) {}
 
 #ifdef __linux__
-    void ring() const {
+    void notify() const {
         epoll_event event{};
         event.events = EPOLLIN | EPOLLONESHOT;
-        event.data.u64 = ringing;
+        event.data.u64 = notification;
         const int always = alwaysReadable();
         if (epoll_ctl(number(), EPOLL_CTL_MOD, always, &event) != 0) epoll_ctl(number(), EPOLL_CTL_ADD, always, &event);
     }
 
-    /// What has happened since it was asked last.
+    /// The events since the last call.
     Heard listen() const {
         std::array<epoll_event, 4> events{};
         const int count = epoll_wait(number(), events.data(), static_cast<int>(events.size()), 0);
         Heard heard;
         for (int i = 0; i < count; ++i) {
-            (events[static_cast<std::size_t>(i)].data.u64 == ringing ? heard.ring : heard.link) = true;
+            (events[static_cast<std::size_t>(i)].data.u64 == notification ? heard.notified : heard.link) = true;
         }
         return heard;
     }
 #else
-    void ring() const {}
+    void notify() const {}
     Heard listen() const { return {}; }
 #endif
 
-    /// A forked process shares what its parent watches, and must not end it.
+    /// A forked child shares the parent's epoll and must not change it.
     bool isOurs() const { return !mark_.foreign(); }
 
     /// -1 in a forked child.
@@ -70,15 +70,15 @@ public:
 
 private:
 #ifdef __linux__
-    static constexpr std::uint64_t ringing = 1;  // a link has 0
+    static constexpr std::uint64_t notification = 1;  // a link has 0
 
     static int alwaysReadable() {
-        struct Rung {
+        struct Readable {
             Wake wake;
-            Rung() { wake.ring(); }
+            Readable() { wake.ring(); }
         };
-        static PerProcess<Rung> rung;
-        return rung.get().wake.number();
+        static PerProcess<Readable> readable;
+        return readable.get().wake.number();
     }
 #endif
 

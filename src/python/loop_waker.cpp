@@ -10,8 +10,8 @@ bool isClosed(py::handle loop) { return callMethod(loop, "is_closed").cast<bool>
 
 namespace {
 
-// Registers a callback with a loop, in an empty context: the one of the moment belongs to some task, and the loop would
-// keep what it holds for as long as the callback.
+// Registers a callback with a loop in an empty context: the current one belongs to some task, and the loop would keep
+// its contents alive as long as the callback.
 template <class Call>
 void inEmptyContext(Call&& call) {
     struct Entered {
@@ -26,8 +26,8 @@ void inEmptyContext(Call&& call) {
     call();
 }
 
-// Lets the tasks go on that wait for these futures. Each of them may run any code of Python and let other threads run,
-// so nothing is walked here that others may change. The first failure is thrown once all have had their turn.
+// Resumes the tasks that wait for these futures. Each may run any Python code and let other threads run, so the list
+// must not be shared. The first failure is thrown after all have been resumed.
 void resolve(const std::vector<Object>& futures) {
     std::exception_ptr failure;
     for (const Object& future : futures) {
@@ -46,15 +46,15 @@ void resolve(const std::vector<Object>& futures) {
 
 }  // namespace
 
-// What a loop holds of a waker: an object of the host with the callbacks as methods. It shows the collector the futures
-// that are waited for, and its end is the news that the loop has let go.
+// The part of a waker that a loop holds: a Python object with the callbacks as methods. It shows the garbage collector
+// the awaited futures; its deallocation means that the loop has released it.
 struct Callbacks {
     std::shared_ptr<LoopWaker> waker;
     Object loop;  // weak reference
     std::shared_ptr<const LoopDescriptor> descriptor;
 
     static Object make(const std::shared_ptr<LoopWaker>& waker, py::handle loop);
-    /// Nothing once the loop is gone.
+    /// Null once the loop is gone.
     Object livingLoop() const {
         Object living = callObject(loop);
         return living.is_none() ? Object() : living;
@@ -71,7 +71,7 @@ PyTypeObject callbacksType{};
 
 Callbacks& contentOf(py::handle callbacks) { return *reinterpret_cast<CallbacksObject*>(callbacks.ptr())->content; }
 
-// A method that does something with the waker, whatever becomes of the object meanwhile.
+// A method that calls the waker, which stays alive even if the object is released meanwhile.
 template <void (LoopWaker::*action)()>
 PyObject* method(PyObject* self, PyObject* /*unused*/) {
     try {
@@ -85,9 +85,9 @@ PyObject* method(PyObject* self, PyObject* /*unused*/) {
 }
 
 PyMethodDef callbackMethods[] = {
-    {"deliver", method<&LoopWaker::deliver>, METH_NOARGS, "Lets go on what waited for something that has arrived."},
-    {"expire", method<&LoopWaker::expire>, METH_NOARGS, "Ends the waits whose limit has struck."},
-    {"unwatch", method<&LoopWaker::unwatch>, METH_NOARGS, "Ends the watch of the loop."},
+    {"deliver", method<&LoopWaker::deliver>, METH_NOARGS, "Resumes the waits whose data has arrived."},
+    {"expire", method<&LoopWaker::expire>, METH_NOARGS, "Ends the waits whose limit has expired."},
+    {"unwatch", method<&LoopWaker::unwatch>, METH_NOARGS, "Makes the loop stop watching."},
     {nullptr, nullptr, 0, nullptr},
 };
 
@@ -116,7 +116,7 @@ void deallocateCallbacks(PyObject* self) {
 
 void prepareLoopWakerType() {
     callbacksType.tp_name = "pyzvr.waker";
-    callbacksType.tp_doc = "What an event loop calls for the requests that are awaited on it.";
+    callbacksType.tp_doc = "Callbacks of an event loop for the requests awaited on it.";
     callbacksType.tp_basicsize = sizeof(CallbacksObject);
     callbacksType.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC | Py_TPFLAGS_DISALLOW_INSTANTIATION;
     callbacksType.tp_dealloc = deallocateCallbacks;
@@ -169,7 +169,7 @@ void LoopWaker::signal(std::shared_ptr<LoopWait> wait) noexcept {
         descriptor = descriptor_;
     }
     if (descriptor) {
-        descriptor->ring();
+        descriptor->notify();
         return;
     }
     onInterpreter([this] {
@@ -196,12 +196,12 @@ void LoopWaker::onTurn() noexcept {
     }
     if (!descriptor) return;
     armed_ = hasTurn() && receiver_->watchOnce(descriptor->number());
-    if (!armed_) descriptor->ring();  // the loop is to look around
+    if (!armed_) descriptor->notify();  // make the loop check again
 }
 
 bool LoopWaker::isWatching() const { return callbacks_ != nullptr && contentOf(callbacks_).descriptor; }
 
-// A loop that cannot watch the link leaves it to its thread, which is not to wait for others then.
+// A loop that cannot watch the link leaves it to the receive thread, which then keeps reading without a lease.
 void LoopWaker::enterRight() {
     if (!receiver_ || receiver_->isForeign()) return;
     receiver_->right().enter(*this, isWatching() && receiver_->canBeWatched());
@@ -213,7 +213,7 @@ void LoopWaker::leaveRight() noexcept {
     receiver_->right().leave(*this);
 }
 
-// In the place of the receive thread. What that files for this loop is delivered by who calls, without a ring.
+// Reads in place of the receive thread. The caller delivers what is filed for this loop, so no notification is sent.
 void LoopWaker::readLink() {
     if (!receiver_ || !readsForAny()) return;
     {
@@ -227,7 +227,7 @@ void LoopWaker::readLink() {
     right.end(*this);
 }
 
-// Listening comes first: who rings after it rings anew, and who rang before it is among those that are taken.
+// Re-arm first: later notifications wake us again, earlier ones are in the batch taken below.
 void LoopWaker::deliver() {
     const auto descriptor = callbacks_ != nullptr ? contentOf(callbacks_).descriptor : nullptr;
     const bool bytes = descriptor && descriptor->listen().link;
@@ -261,7 +261,7 @@ void LoopWaker::deliver(bool bytes) {
     resolve(futures);
 }
 
-// What has come counts as in time, even if the loop was too busy to read or deliver it yet.
+// Data that has arrived counts as in time, even if the loop was too busy to read or deliver it.
 void LoopWaker::expire() {
     timer_ = forever;
     deliver(hasTurn());
@@ -288,8 +288,8 @@ void LoopWaker::leave(LoopWait& wait) {
     if (dismissed_ && waiting_.empty()) stopWatching();
 }
 
-// The timer of an earlier, already finished wait stays: limits come in order nearly always, so one timer serves many.
-// Where the loop watches nothing, the timer is also what keeps the callbacks while somebody waits.
+// The timer of an earlier, finished wait stays: limits nearly always come in order, so one timer serves many. If the
+// loop watches no descriptor, the timer also keeps the callbacks alive while there are waits.
 void LoopWaker::schedule() {
     constexpr std::chrono::seconds longest{60};
     const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
@@ -318,7 +318,7 @@ void LoopWaker::dismiss() {
     if (waiting_.empty()) stopWatching();
 }
 
-// A watch ends on the thread that runs the loop, if one does.
+// The loop stops watching on the thread that runs it, if any.
 void LoopWaker::stopWatching() {
     const Object callbacks = py::reinterpret_borrow<Object>(callbacks_);
     if (!callbacks) return;

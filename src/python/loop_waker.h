@@ -1,4 +1,4 @@
-// One event loop that waits for what threads bring to one object: its waits, and what wakes it (event_loop.h).
+// One event loop that waits for data of one object: its waits, and what wakes it (event_loop.h).
 #pragma once
 
 #include "python/event_loop.h"
@@ -21,20 +21,20 @@ public:
     /// The link's `waitsEnded` when the wait began.
     const std::uint64_t since;
 
-    /// Any thread. Only the first reply counts.
+    /// On any thread. Only the first reply counts.
     void onReply() noexcept override;
 
-    // All the rest happens under the interpreter lock. The future is gone once the wait is over, so that whichever
-    // thread holds the wait last holds nothing of the interpreter.
+    // All the rest happens under the interpreter lock. The future is released once the wait is over, so that the last
+    // holder of the wait, on any thread, owns no Python object.
     const Object& future() const { return future_; }
     Object takeFuture() { return std::move(future_); }
     Deadline limit() const { return limit_; }
-    /// Its limit has struck: the wait is over, as one in time if something has arrived by now.
+    /// Its limit has expired: the wait is over, and in time if something has arrived by now.
     void end() {
         over_ = true;
         expired_ = !arrived_;
     }
-    /// What it waits for can no longer come.
+    /// Its data can no longer arrive.
     void lose() { over_ = lost_ = true; }
     bool lost() const { return lost_; }
     bool over() const { return over_; }
@@ -60,13 +60,13 @@ public:
     LoopWaker(const LoopWaker&) = delete;
     LoopWaker& operator=(const LoopWaker&) = delete;
 
-    /// Makes the callbacks of a waker and lets the loop watch. The caller is the only one to keep them where the loop
-    /// has nothing to watch.
+    /// Makes the callbacks of a waker and makes the loop watch. If the loop cannot watch, only the caller keeps the
+    /// callbacks alive.
     static Object attach(py::handle loop, std::shared_ptr<Receiver> receiver);
 
-    /// Any thread.
+    /// On any thread.
     void signal(std::shared_ptr<LoopWait> wait) noexcept;
-    /// The link is to be read by the loop, which hears of bytes from now on.
+    /// The loop reads the link; it is notified of incoming data from now on.
     void onTurn() noexcept override;
 
     // On the loop's thread.
@@ -77,9 +77,9 @@ public:
 
     // On any thread, under the interpreter lock.
     void leave(LoopWait& wait);
-    /// The object is gone: the loop stops watching once nobody waits any more.
+    /// The object is gone: the loop stops watching after the last wait.
     void dismiss();
-    /// The loop has let go of the callbacks. Who waits still is never told.
+    /// The loop has released the callbacks. Remaining waits never end.
     void close();
 
     /// The callbacks, as long as the loop has them.
@@ -100,7 +100,7 @@ private:
     void readLink();
 
     const std::shared_ptr<Receiver> receiver_;
-    std::atomic<bool> armed_{false};  // the descriptor tells of bytes
+    std::atomic<bool> armed_{false};  // the descriptor watches the link
 
     // Under the mutex.
     std::mutex mutex_;
@@ -110,7 +110,7 @@ private:
     bool closed_ = false;
 
     // Under the interpreter lock.
-    PyObject* callbacks_ = nullptr;  // not ours
+    PyObject* callbacks_ = nullptr;  // borrowed
     std::vector<LoopWait*> waiting_;
     Deadline timer_ = forever;
     bool dismissed_ = false;

@@ -1,4 +1,4 @@
-// What the steps of an operation see: their object, the form they run in, and the ways to wait.
+// The context of an operation's steps: their object, the form they run in, and the ways to wait.
 #pragma once
 
 #include "python/arguments.h"
@@ -58,14 +58,14 @@ private:
     Object timeout_;
 };
 
-/// Awaits something of the host until `limit`, which raises the event loop's timeout error. Takes it over, since what a
-/// suspended step still holds of it the collector would not see.
+/// Awaits a Python awaitable until `limit`, at which the event loop's timeout error is raised. Takes ownership: the
+/// garbage collector cannot see references held by suspended frames.
 Awaiter within(Deadline limit, Object&& awaitable);
 
-/// Blocks this many seconds, with the host's signal handlers running.
+/// Blocks this many seconds; Python's signal handlers run meanwhile.
 void sleepBlocking(double seconds);
 
-/// Seconds that a caller gave under the name `timeout`, or `name`.
+/// The caller's argument `timeout`, or `name`, in seconds.
 inline double secondsOf(py::handle seconds, const char* name = "timeout") { return secondsArgument(seconds, name); }
 
 }  // namespace zvr::python

@@ -11,13 +11,13 @@ namespace {
 
 constexpr std::size_t mostParameters = 24;
 
-// What one form of a definition is to a caller.
+// The call signature of one form of a definition.
 struct Shape {
     const Definition* definition;
     Form form;
-    std::vector<Object> names;     // interned; without the object and what takes left-overs
-    std::vector<Object> defaults;  // null where there is none
-    std::size_t positional = 0;    // parameters that are not left-overs
+    std::vector<Object> names;     // interned; without self, *args and **kwargs
+    std::vector<Object> defaults;  // null for none
+    std::size_t positional = 0;    // parameters other than *args and **kwargs
     bool restPositional = false;
     bool restNamed = false;
 
@@ -46,7 +46,7 @@ OperationObject* cast(PyObject* object) { return reinterpret_cast<OperationObjec
 
 std::string quoted(py::handle name) { return "'" + py::cast<std::string>(name) + "'"; }
 
-// The arguments of a call, as many as there are parameters.
+// The arguments of a call, one per parameter.
 class Bound {
 public:
     explicit Bound(std::size_t count) : count_(count) { std::uninitialized_value_construct_n(data(), count_); }
@@ -99,7 +99,7 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
     if (shape.restNamed) bound[next] = std::move(restNamed);
 }
 
-// A refused argument is told with all that were given, and with what the definition says of the refusal.
+// Notes of a refused argument: all the arguments given, and the definition's text for this error.
 void noteArguments(const OperationObject* operation, const Failure& failure, const Bound& given) {
     const FailureRow& row = rowOf(failure.id());
     const Shape& shape = *operation->shape;

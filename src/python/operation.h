@@ -1,8 +1,8 @@
-// The one C type of every method and function of the package.
+// The C type of every method and function of the package.
 //
 // It has the vectorcall protocol and the flag of a method descriptor, so that a call through an instance makes no bound
-// method, and `__text_signature__`, so that inspect.signature and help() read it. Its attributes `__stub__` and
-// `__exchange__` feed the type stub and the reference page.
+// method, and `__text_signature__` for inspect.signature and help(). Its attributes `__stub__` and `__exchange__` feed
+// the type stub and the reference page.
 #pragma once
 
 #include "python/definition.h"
@@ -16,16 +16,15 @@ enum class Form {
     awaitable,  ///< its async variant X_async(...)
 };
 
-/// The name that a definition has in a form: that of an async variant ends in "_async".
+/// The name of a definition in a form: an async variant ends in "_async".
 std::string nameIn(const Definition& definition, Form form);
 
-/// Makes the callable of a definition that is kept. `owner` is the name of the class that it goes into, empty for a
-/// function.
+/// Makes the callable of a kept definition. `owner` is the name of the class that it goes into, empty for a function.
 Object makeOperation(const Definition& definition, Form form, const std::string& owner);
 
 bool isOurOperation(py::handle object);
 
-/// The object's attribute of this name if it is a method of ours that nobody has replaced; else nothing.
+/// Whether the object's attribute of this name is a method of the library that has not been replaced.
 bool hasOwnMethod(py::handle object, const char* name);
 
 void prepareOperationType(py::module_& module);

@@ -22,13 +22,13 @@ std::vector<Object>& failureClasses() {
 void setError(py::handle type, py::handle value) { PyErr_SetObject(type.ptr(), value.ptr()); }
 void setError(py::handle type, const char* text) { PyErr_SetString(type.ptr(), text); }
 
-// The exception that is being handled, as one of Python.
+// The exception that is being handled, as a Python exception.
 Object currentException() {
     raiseCurrent();
     return py::error_already_set().value();
 }
 
-// The cause of one that is nested; nothing for others.
+// The cause of a nested failure; null for others.
 Object causeOf(const Failure& failure) {
     const auto* const nested = dynamic_cast<const std::nested_exception*>(&failure);
     if (nested == nullptr || !nested->nested_ptr()) return {};
@@ -47,7 +47,7 @@ void raiseFailure(const Failure& failure) {
     setError(type, raised);
 }
 
-// A reply that ends too early is an IndexError, and where it is unpacked a struct.error as well.
+// The class for a reply that is too short: an IndexError that is also a struct.error.
 py::handle shortReply() {
     static auto& made = neverDestroyed<Object>();
     if (!made) {
@@ -59,7 +59,7 @@ py::handle shortReply() {
     return made;
 }
 
-// What the search for a host's name ended with, as the host's own search numbers it.
+// The error of a host name lookup, as getaddrinfo's error number.
 std::optional<int> nameSearchError(const std::error_code& code) {
     if (code == asio::error::host_not_found) return EAI_NONAME;
     if (code == asio::error::host_not_found_try_again) return EAI_AGAIN;
@@ -68,7 +68,7 @@ std::optional<int> nameSearchError(const std::error_code& code) {
     return std::nullopt;
 }
 
-// Of OSError itself the host picks the subclass by the number.
+// Python picks the subclass of OSError by the error number.
 void raiseSystemError(py::handle type, const std::system_error& error) {
     const std::optional<int> unnamed = nameSearchError(error.code());
     const Object raised =
@@ -105,7 +105,7 @@ void raiseCurrent() noexcept {
         } catch (const std::overflow_error& error) {
             setError(PyExc_OverflowError, error.what());
         } catch (const std::out_of_range& error) {
-            // The C++ library's own texts name its classes.
+            // The C++ library's own texts contain its class names.
             const bool ours = std::string_view(error.what()).find("::") == std::string_view::npos;
             setError(PyExc_IndexError, ours ? error.what() : "an index is out of range");
         } catch (const std::invalid_argument& error) {

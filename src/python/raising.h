@@ -1,4 +1,4 @@
-// How exceptions of C++ become exceptions of Python.
+// Converts C++ exceptions to Python exceptions.
 #pragma once
 
 #include "core/wire/failures.h"
@@ -6,10 +6,10 @@
 
 namespace zvr::python {
 
-/// Sets the exception that is being handled as Python's; to be called in a catch block.
+/// Sets the exception that is being handled as Python's current exception; call it in a catch block.
 void raiseCurrent() noexcept;
 
-/// Lets the constructors that pybind11 calls fail in the same way.
+/// Applies this conversion to constructors called by pybind11.
 void prepareRaising();
 
 /// The Python class of a failure.
@@ -19,13 +19,13 @@ void setFailureClass(FailureId id, Object failureClass);
 /// Whether a Python exception is one of this class.
 bool isFailure(const py::error_already_set& error, FailureId id);
 
-/// Adds a line to what is told of an exception, where the host has such lines (Python 3.11 on).
+/// Adds a note to an exception, where Python has notes (3.11 on).
 void addNote(py::handle error, const std::string& note);
 void addNotes(py::handle error, std::span<const std::string> notes);
-/// A value as a note shows it: cut where it is long, and a stand-in where it cannot be shown.
+/// A value's repr for a note: shortened if long, a placeholder if it fails.
 std::string shown(py::handle value);
 
-/// Reports an error that ends a thread of the library through the host's threading.excepthook.
+/// Reports an error that ends a thread of the library through threading.excepthook.
 void reportThreadFailure(const std::string& threadName, std::exception_ptr error) noexcept;
 
 }  // namespace zvr::python

@@ -16,7 +16,7 @@ std::string named(const char* name, const std::string& text) {
     return name == nullptr ? text : std::string(name) + ": " + text;
 }
 
-// A buffer whose items are single bytes; nothing for any other.
+// The bytes of a buffer whose items are single bytes; empty for any other.
 std::optional<Bytes> plainBuffer(PyObject* object) {
     if (PyMemoryView_Check(object) == 0) return std::nullopt;
     const Py_buffer& view = *PyMemoryView_GET_BUFFER(object);
@@ -34,7 +34,7 @@ std::uint8_t byteOfItem(py::handle item, const char* name, std::size_t place) {
             named(name, at() + " is of type " + Py_TYPE(item.ptr())->tp_name + "; an integer from 0 to 255 is wanted"));
     }
     int overflow = 0;
-    const bool isPlain = PyLong_CheckExact(item.ptr()) != 0;  // the index of others may be code of their own
+    const bool isPlain = PyLong_CheckExact(item.ptr()) != 0;  // __index__ of other types may run any code
     const Object number = isPlain ? borrow(item.ptr()) : own(entering([&] { return PyNumber_Index(item.ptr()); }));
     const long value = PyLong_AsLongAndOverflow(number.ptr(), &overflow);
     if (overflow != 0 || value < 0 || value > 255) {
@@ -63,7 +63,7 @@ Bytes bytesOf(py::handle sequence, const char* name) {
     if (PyUnicode_Check(object) != 0) refuseType(name, "a sequence of byte values", sequence);
     if (auto bytes = plainBuffer(object)) return *std::move(bytes);
     Bytes bytes;
-    if (PyList_CheckExact(object) != 0) {  // an item's own code may change the list meanwhile
+    if (PyList_CheckExact(object) != 0) {  // __index__ of an item may change the list meanwhile
         bytes.reserve(static_cast<std::size_t>(PyList_GET_SIZE(object)));
         for (Py_ssize_t i = 0; i < PyList_GET_SIZE(object); ++i) {
             bytes.push_back(byteOfItem(borrow(PyList_GET_ITEM(object, i)), name, static_cast<std::size_t>(i)));
@@ -147,7 +147,7 @@ py::list toList(ByteView bytes) {
 
 namespace {
 
-// A float is cut toward zero.
+// Truncates a float toward zero.
 Object cutToInteger(py::handle value, const char* name) {
     if (PyIndex_Check(value.ptr()) != 0) return own(entering([&] { return PyNumber_Index(value.ptr()); }));
     const PyNumberMethods* const methods = Py_TYPE(value.ptr())->tp_as_number;
@@ -238,7 +238,7 @@ py::list macBytes(py::handle address, const char* name) {
 
 namespace {
 
-// A short list of bytes is the format's own error.
+// Too few bytes raise the IndexError of str.format.
 py::str formatted(const std::string& format, ByteView bytes) {
     return py::str(format).format(*py::tuple(toList(bytes)));
 }
@@ -257,7 +257,7 @@ namespace {
 
 Object bit(const Object& index) { return py::int_(1) << bitPosition(index, "index"); }
 
-// The lowest bits of a number, least significant first; those of a negative one in two's complement.
+// The lowest bits of a number, least significant first; a negative number is in two's complement.
 std::vector<bool> lowBits(const Object& number, std::size_t width) {
     std::vector<bool> bits(width);
     int overflow = 0;
@@ -285,7 +285,7 @@ Object fillBit(const Object& number, const Object& index) {
     return plain | bit(index);
 }
 
-// What lies beyond the number is its sign: a distant position costs nothing here.
+// Positions beyond the number read its sign, so a distant one costs nothing.
 Object readBit(const Object& number, const Object& index) {
     const Object plain = integerOf(number, "number");
     return (plain >> countedFromZero(index, "index", "the position of a bit")) & py::int_(1);

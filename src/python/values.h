@@ -1,4 +1,4 @@
-// Values of Python as bytes of the wire, and back.
+// Converts Python values to bytes of the wire, and back.
 #pragma once
 
 #include <algorithm>
@@ -13,27 +13,27 @@ namespace zvr::python {
 /// A TypeError in the library's words: "NAME: WANTED is wanted, not TYPE". `name` may be null.
 [[noreturn]] void refuseType(const char* name, const char* wanted, py::handle given);
 
-/// The bytes of a byte string or of an iterable of integers, which are read one by one whatever their memory looks
-/// like. Throws a ValueError for a number outside 0 to 255, a TypeError for what is no integer. `name` is that
-/// of the argument.
+/// The bytes of a byte string or of an iterable of integers, which is read item by item regardless of its memory
+/// layout. Throws a ValueError for a number outside 0 to 255, a TypeError for a non-integer. `name` is that of the
+/// argument.
 Bytes bytesOf(py::handle sequence, const char* name = nullptr);
 
-/// Whether a value counts as true.
+/// The truth value of an object.
 bool truthOf(py::handle value);
 
-/// A plain integer of what stands for one, by `__index__`.
+/// Converts to a plain integer by `__index__`.
 Object integerOf(py::handle value, const char* name);
-/// The same as a number of C++; throws an OverflowError for one that is not between the two.
+/// The same as a C++ number; throws an OverflowError outside `low` to `high`.
 std::int64_t wholeNumber(py::handle value, const char* name, std::int64_t low, std::int64_t high);
 
-/// What a caller asks to be counted or shifted: beyond these limits it is a mistake, and would only eat memory.
+/// Limits of counts and shifts: larger arguments are mistakes that would only consume memory.
 constexpr std::int64_t mostBits = 65536, mostItems = 1000000;
-/// The position of a bit; a ValueError for a negative one.
+/// The position of a bit; throws a ValueError for a negative one.
 Object bitPosition(py::handle index, const char* name);
-/// How many items a caller wants; a ValueError for a negative number.
+/// A number of items; throws a ValueError for a negative one.
 Py_ssize_t itemCount(py::handle count, const char* name);
 
-/// Gives each item to `take`, which returns whether to go on. An iterable may be long: signals are looked at.
+/// Passes each item to `take`, which returns whether to go on. Checks for signals, since an iterable may be long.
 template <class Take>
 void eachOf(py::handle iterable, const char* name, Take take) {
     PyObject* const iterator = entering([&] { return PyObject_GetIter(iterable.ptr()); });
@@ -54,16 +54,16 @@ void eachOf(py::handle iterable, const char* name, Take take) {
     }
 }
 
-/// Calls a method with arguments by place and by name.
+/// Calls a method with positional and keyword arguments.
 Object callByName(py::handle self, PyObject* method, std::initializer_list<py::handle> placed,
                   std::initializer_list<std::pair<const char*, py::handle>> named);
 
 py::bytes toBytes(ByteView bytes);
 py::list toList(ByteView bytes);
 
-/// A number coerced to a fixed width: a float for an integer is cut toward zero. Throws an OverflowError for a
-/// number that does not fit. Defined for the unsigned and signed integers of 16 to 64 bits, float and double. `name` is
-/// that of the argument.
+/// A number converted to a fixed width: a float is truncated toward zero for an integer type. Throws an OverflowError
+/// if the number does not fit. Defined for the unsigned and signed integers of 16 to 64 bits, float and double. `name`
+/// is that of the argument.
 template <class Number>
 Number numberOf(py::handle value, const char* name = nullptr);
 
@@ -74,7 +74,7 @@ Bytes pack(py::handle value, const char* name = nullptr) {
     return bytes;
 }
 
-/// The numbers that a byte string begins with, as many as it holds; bytes that are left over are ignored.
+/// All the numbers in a byte string; remaining bytes are ignored.
 template <class Number>
 std::vector<Number> readNumbers(ByteView bytes) {
     std::vector<Number> numbers;
@@ -84,25 +84,25 @@ std::vector<Number> readNumbers(ByteView bytes) {
     return numbers;
 }
 
-// Bit for bit what the host's math.degrees and math.radians give.
+// Bitwise equal to Python's math.degrees and math.radians.
 inline double degreesOf(double radians) { return radians * (180.0 / std::numbers::pi); }
 inline double radiansOf(double degrees) { return degrees * (std::numbers::pi / 180.0); }
 
-/// UTF-8 text, cut at the first zero character.
+/// UTF-8 text, up to the first zero character.
 py::str textOf(ByteView bytes);
 
 /// The code point of each character.
 py::list codePoints(py::handle text, const char* name = nullptr);
 
-/// The four bytes of a dotted address, the six of a hexadecimal one with colons.
+/// The four bytes of a dotted address, the six of a MAC address with colons.
 py::list addressBytes(py::handle address, const char* name = nullptr);
 py::list macBytes(py::handle address, const char* name = nullptr);
 
-/// The same as text, from as many bytes or more; throws an IndexError for fewer.
+/// The inverse: text from at least that many bytes; throws an IndexError for fewer.
 py::str addressText(ByteView bytes);
 py::str macText(ByteView bytes, const char* digits);
 
-/// Builds the data of a request: byte values as they are, packed numbers and lists in place.
+/// Builds the data of a request from byte values, packed numbers and lists.
 class Payload {
 public:
     Payload& add(py::handle value) {
@@ -131,7 +131,7 @@ py::list payload(const Values&... values) {
     return data.list();
 }
 
-// Bits, masks and lists of pins. The arguments are named as those of the functions that users call.
+// Bits, masks and lists of pins. Arguments are named as in the public functions.
 Object clearBit(const Object& number, const Object& index);
 Object readBit(const Object& number, const Object& index);
 Object fillBit(const Object& number, const Object& index);
@@ -143,12 +143,12 @@ py::list indicesOfMask(py::handle mask);
 Object maskOfPairs(py::handle indices, py::handle bits);
 py::list clipped(py::handle values, py::handle lower, py::handle upper, const char* name = "list_");
 
-/// The checks of arguments and statuses that the package has as functions. Operations ask the module for them each
-/// time: what users put in their place is called, the library's own are spared the way through Python. To be called
-/// when they are all in the module.
+/// Remembers the package's functions that check arguments and statuses. Operations look them up in the module each
+/// time: a user's replacement is called through Python, the library's own directly. Call it when all of them are in the
+/// module.
 void rememberChecks(py::handle module);
 
-/// The code of the error that `checkFirmwareError` raises for a status; nothing if it raises none.
+/// The code of the error that `checkFirmwareError` raises for a status; null if it raises none.
 Object refusalOf(const Object& status);
 
 // Input checks; they throw the named error.
@@ -158,7 +158,7 @@ bool checkInputTypeConsistent(py::handle first, py::handle second);
 bool checkFuncPinMap(py::handle cell, py::handle pinMap, py::handle allowed);
 bool checkPinMap(py::handle cells, py::handle pinMap, py::handle allowed);
 
-// The same as operations call them; `name` is that of the argument.
+// The same, as called by operations; `name` is that of the argument.
 void checkIsInt(py::handle value, const char* name = nullptr);
 void checkIsNumber(py::handle value, const char* name = nullptr);
 void checkIsBool(py::handle value, const char* name = nullptr);
@@ -167,7 +167,7 @@ void checkIsIntOrList(py::handle value, const char* name = nullptr);
 void checkIsText(py::handle value, const char* name = nullptr);
 void checkIsTextOrList(py::handle value, const char* name = nullptr);
 void checkItems(py::handle values, py::handle low, py::handle high, py::handle message = {});
-/// The failure of an argument that must be among these, with a note that lists them.
+/// The failure for an argument outside the accepted values, with a note that lists them.
 Failure notAmong(FailureId failure, py::handle accepted);
 void checkSameType(py::handle first, py::handle second);
 bool isPinFree(py::handle cell, py::handle pinMap, py::handle allowed);
@@ -177,7 +177,7 @@ template <class Numbers = std::initializer_list<int>>
 bool isOneOf(py::handle value, const Numbers& numbers) {
     return std::ranges::any_of(numbers, [&](int number) { return value.equal(py::int_(number)); });
 }
-/// The same of `count` numbers from `first` on.
+/// The same for `count` numbers from `first` on.
 inline bool isOneFrom(py::handle value, int first, int count) {
     return isOneOf(value, std::views::iota(first, first + count));
 }

@@ -1,4 +1,4 @@
-// The inertial unit. Its filter runs in the device; the host sets it up and asks for what it estimates.
+// The inertial unit. Its filter runs in the device; the host configures it and reads its estimates.
 #include "core/engine/scale.h"
 #include "core/wire/failures.h"
 #include "digital/pin_map.h"
@@ -29,7 +29,7 @@ void acceptMode(const Object& mode) {
 
 constexpr std::size_t estimatesPlace = 2, rawPlace = 1, all = std::numeric_limits<std::size_t>::max();
 
-// Angles come first, and may be wanted in degrees.
+// Angles come first, and may be converted to degrees.
 py::list rounded(ByteView bytes, std::size_t inDegrees) {
     py::list values;
     for (const double value : readNumbers<float>(bytes)) {
@@ -94,7 +94,7 @@ void defineAttitude(Package& package) {
         accelerator{"accelerator_decay_time", "float", "in seconds"},
         magnetometer{"magnetometer_decay_time", "float", "in seconds"};
     const auto numbers = [](std::initializer_list<Parameter> parameters) {
-        std::vector<Check> checks;  // not of the port: the device judges it
+        std::vector<Check> checks;  // not of the port, which the device checks
         for (const Parameter& parameter : parameters) checks.push_back(isNumber(parameter));
         return checks;
     };
@@ -117,7 +117,7 @@ void defineAttitude(Package& package) {
         .operation(
             {.name = "AHRS_open",
              .parameters = {port},
-             .doc = "Opens the unit, and has its filter make a step every 3 ms.",
+             .doc = "Opens the unit and sets its filter's step to 3 ms.",
              .returns =
                  {"int",
                   "0: the statuses of both steps merged, in which a refusal does not show (compatibility note 28)",
@@ -133,7 +133,7 @@ void defineAttitude(Package& package) {
         .operation(
             {.name = "AHRS_getEstimate",
              .parameters = {port, mode},
-             .doc = "Reads estimates of one moment.",
+             .doc = "Reads simultaneous estimates.",
              .returns =
                  {"list[float]",
                   "three values of each quantity: angles in degrees first, then angular velocity, then acceleration, "
@@ -150,7 +150,7 @@ void defineAttitude(Package& package) {
         .operations({
             {.name = "AHRS_stop", .sends = AHRS_STOP, .doc = "Stops the filter."},
             {.name = "AHRS_close", .sends = AHRS_CLOSE, .doc = "Closes the unit."},
-            {.name = "AHRS_reset", .sends = AHRS_RESET, .doc = "Starts the filter anew."},
+            {.name = "AHRS_reset", .sends = AHRS_RESET, .doc = "Restarts the filter."},
             estimates("AHRS_getOrientation", orientation, all, "three angles in degrees", "Reads the orientation."),
             estimates("AHRS_getOrientation_rad", orientation, 0, "three angles in radians", "Reads the orientation."),
             estimates("AHRS_getAcceleration_rad", acceleration, 0, "three values in the device's unit",
@@ -158,7 +158,7 @@ void defineAttitude(Package& package) {
             estimates("AHRS_getAngularVelocity_rad", angularVelocity, 0, "three values in the device's unit",
                       "Reads the angular velocity."),
         });
-    // These look at no port: the device judges it.
+    // These do not check the port; the device does.
     ahrs.operations({
         {.name = "_AHRS_getRawdata",
          .sends = AHRS_GET_RAW_DATA,

@@ -1,19 +1,19 @@
-// The record of the 61E+ handheld multimeter, with the host's decimal numbers.
+// The record of the 61E+ handheld multimeter, with Python's decimal numbers.
 #include "sensing/sensing.h"
 
 namespace zvr::python {
 
 namespace {
 
-constexpr std::size_t recordBytes = 14;  // that carry something
+constexpr std::size_t recordBytes = 14;  // that are used
 
-// Some names come more than once: the meter has several places for them on its dial.
+// Some names appear more than once: the meter's dial has several positions for them.
 constexpr std::array modes = {"ACV",   "ACmV",  "DCV",   "DCmV",  "Hz",   "%",      "OHM",   "CONT",
                               "DIDOE", "CAP",   "deg C", "deg F", "DCuA", "ACuA",   "DCmA",  "ACmA",
                               "DCA",   "ACA",   "HFE",   "Live",  "NCV",  "LozV",   "ACA",   "DCA",
                               "LPF",   "AC/DC", "LPF",   "AC+DC", "LPF",  "AC+DC2", "INRUSH"};
 
-// What a display shows beyond the range, and near a live wire.
+// The display's texts for overload, and for non-contact voltage detection.
 constexpr std::array overloads = {".OL", "O.L", "OL.", "OL", "-.OL", "-O.L", "-OL.", "-OL"};
 constexpr std::array fieldStrengths = {"EF", "-", "--", "---", "----", "-----"};
 
@@ -120,7 +120,7 @@ void decode(py::handle self, const Object& record) {
     setAttribute(self, "_data", data);
 }
 
-/// A read-only accessor: its name, the key of what it tells, and its label where that is not the name.
+/// A read-only accessor: its name, its key in `_data`, and its label if different from the name.
 struct Accessor {
     const char* name;
     const char* key;
@@ -182,7 +182,7 @@ void defineMultimeter(Package& package) {
     table({"_EXPONENTS", "dict[str, int]", "exponents of ten of the prefixes"}, exponents);
     table({"_OVERLOAD", "list[str]", "displays beyond the range"}, listOf(overloads));
     table({"_NCV", "list[str]", "displays of field strengths, from none on"}, listOf(fieldStrengths));
-    type.field({"_data", "dict[str, Any]", "all that the record tells, by the names of the device"})
+    type.field({"_data", "dict[str, Any]", "all values of the record, by the device's names"})
         .method({.name = "__init__",
                  .parameters = {{"b", "bytes", "the record, 14 bytes or more"}},
                  .doc = "Decodes a record.",
@@ -191,7 +191,7 @@ void defineMultimeter(Package& package) {
                             "decimal.InvalidOperation: the display shows no number"},
                  .body = decode})
         .method({.name = "__str__",
-                 .doc = "All that the record tells.",
+                 .doc = "All values of the record.",
                  .returns = {"str", "one name and value a line"},
                  .body = textForm});
     for (const Accessor& each : accessors) {

@@ -6,7 +6,7 @@ namespace zvr::python {
 
 namespace {
 
-// Nothing has to be sent for it.
+// Opening and closing send nothing.
 Task checkOnly(Op op, Object port) {
     op.call("_checkDPOTPort", port);
     co_return py::int_(0);
@@ -30,7 +30,7 @@ void definePotentiometer(Package& package) {
     const Parameter value{"value", "float", "resistance in the device's unit, 32-bit float"};
     const Definition checkDPOTPort{.name = "_checkDPOTPort",
                                    .parameters = {port},
-                                   .doc = "Refuses another port.",
+                                   .doc = "Raises DPOTPortNotAvaliableError unless the port is 0.",
                                    .raises = {"DPOTPortNotAvaliableError: another port"},
                                    .body = [](py::handle, const Object& port) {
                                        if (!isOneOf(port, {0})) throw Failure(FailureId::DPOTPortNotAvaliableError);

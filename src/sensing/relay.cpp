@@ -6,7 +6,7 @@ namespace zvr::python {
 
 namespace {
 
-// Nothing has to be sent for it.
+// Opening and closing send nothing.
 Task checkOnly(Op op, Object port) {
     op.call("_checkRelayPort", port);
     co_return py::int_(0);

@@ -1,4 +1,4 @@
-// What measures something else than a voltage: temperature, attitude, relay counters, resistors, and the multimeter.
+// Temperature, attitude, relay counters, resistors, and the multimeter.
 #pragma once
 
 #include "device/feature.h"

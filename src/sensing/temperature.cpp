@@ -1,4 +1,4 @@
-// Thermocouples and resistance thermometers: the device makes degrees of what its sensors give.
+// Thermocouples and resistance thermometers: the device converts its sensors' signals to degrees.
 #include "core/engine/scale.h"
 #include "core/wire/failures.h"
 #include "digital/pin_map.h"
@@ -14,8 +14,8 @@ const Parameter channel{"channel", "int", "sensor of the port, 0 or 1; up to 6 o
 const Parameter temperature{"temperature", "float", "degrees, 32-bit float"};
 constexpr PinnedPorts sensorPorts{"Thermal", "thermal_dict", "thermal_port", FailureId::ThermalPortNotAvaliableError};
 
-// Compat 20: what the device refuses is not turned into a negative code.
-Reply statusByte(std::size_t place) { return byteAt(place, "the device's status as it is: 0, or why it refused"); }
+// Compat 20: a refusal is not converted to a negative code.
+Reply statusByte(std::size_t place) { return byteAt(place, "the device's status byte: 0, or the reason of a refusal"); }
 
 Reply degrees() { return numberAt<float>(2, "degrees"); }
 
@@ -65,10 +65,10 @@ const Definition checkFilterMode = upTo("_checkThermalFilterMode", {"mode", "int
                  checkCoupleType = upTo("_checkThermalTCType", {"tc_type", "int", "0 to 7"}, typeFailure, 7),
                  checkResistorType = upTo("_checkThermalRTDType", {"rtd_type", "int", "0 or 1"}, typeFailure, 1),
                  checkPinState = lineCheck(sensorPorts);
-// Asked for, and not looked at.
+// Read but not checked.
 const Definition deviceName{.name = "_getDeviceName"};
 
-// What requests to one sensor have in common.
+// Common to requests to one sensor.
 const Common ofSensor{.checks = {checkThermalPort(port), checkChipSelect(channel)},
                       .fields = {port | u8, channel | u8}};
 
@@ -100,7 +100,7 @@ Request setType(const Definition& check, const char* codes) {
             .sends = SET_THERMAL_TYPE,
             .fields = {type | u8},
             .reply = statusByte(2),
-            .doc = "Tells the device what its sensor is."};
+            .doc = "Sets the type of a sensor."};
 }
 
 void defineThermal(Package& package) {

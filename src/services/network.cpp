@@ -5,7 +5,7 @@ namespace zvr::python {
 
 namespace {
 
-// Both parts are kept in fields of their own.
+// Each part is kept in its own field.
 Reply addressReply() {
     return {[](py::handle self, const Bytes& data) -> Object {
                 const py::str address = addressText(data);
@@ -41,7 +41,7 @@ Definition alias(const std::string& name, const std::string& original, Parameter
 void defineNetwork(Package& package) {
     const Parameter gateway{"gateway", "str", "dotted IPv4 address"};
     const Parameter macAddress{"mac_addr", "str", "six hexadecimal numbers with colons between them"};
-    const Parameter ip{"ip_addr", "str", "dotted IPv4 address that the device takes"};
+    const Parameter ip{"ip_addr", "str", "new dotted IPv4 address of the device"};
     const Parameter mask{"subnet_mask", "str", "dotted subnet mask", "\"255.255.255.0\""};
     Feature network(package, "Network", "A device's addresses.", Feature::Base::none);
     network.field({"gateway", "str", "last gateway read"})

@@ -5,7 +5,7 @@ namespace zvr::python {
 
 namespace {
 
-// The type is looked at when the length is already there: what has no length fails for that.
+// The length is read before the type check, so an object without len() raises TypeError there.
 constexpr Encoding checkedText{"text", [](Payload& data, py::handle value, int) {
                                    checkIsTextOrList(value, "value");
                                    data.extend(codePoints(value));
@@ -13,7 +13,7 @@ constexpr Encoding checkedText{"text", [](Payload& data, py::handle value, int) 
 constexpr Encoding oneMore{"1 +",
                            [](Payload& data, py::handle value, int) { data.add(borrow(value.ptr()) + py::int_(1)); }};
 
-// The first byte is the device's count, which nobody looks at.
+// The first byte is the device's count, which is ignored.
 Reply characters() {
     return {[](py::handle, const Bytes& data) -> Object {
                 byteOf(data, 0);
@@ -36,8 +36,8 @@ void defineSdCard(Package& package) {
     const std::vector<Check> nameCheck{check(checkIsTextOrList, name)};
     Feature card(package, "SDCard", "The memory card of a device.", Feature::Base::none);
     card.operations(
-        {{.name = "_SD_open", .sends = SD_OPEN, .reply = status(0), .doc = "Makes the card ready."},
-         {.name = "_SD_close", .sends = SD_CLOSE, .reply = status(0), .doc = "Lets go of the card."},
+        {{.name = "_SD_open", .sends = SD_OPEN, .reply = status(0), .doc = "Opens the card."},
+         {.name = "_SD_close", .sends = SD_CLOSE, .reply = status(0), .doc = "Closes the card."},
          {.name = "SD_getStorage",
           .sends = SD_GET_CAPACITY,
           .reply = numberAt<std::uint32_t>(0, "capacity of the card, in the device's unit"),
@@ -58,7 +58,7 @@ void defineSdCard(Package& package) {
           .sends = SD_READ_FILE,
           .fields = {count | oneMore},
           .reply = characters(),
-          .doc = "Reads from the open file. A refusal is not told from content."},
+          .doc = "Reads from the open file. A refusal cannot be distinguished from content."},
          {.name = "SD_closeFile", .sends = SD_CLOSE_FILE, .reply = status(0), .doc = "Closes the open file."}});
 }
 

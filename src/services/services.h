@@ -1,4 +1,4 @@
-// What every device offers, and its services: network, radio, clock, card.
+// The system module, and services: network, radio, clock, card.
 #pragma once
 
 #include "device/feature.h"

@@ -35,11 +35,11 @@ Reply clockReply() {
 Reply driverInfoReply() {
     return {[](py::handle self, const Bytes& data) {
                 const py::list pieces(callMethod(textOf(data), "split", py::str("_")));
-                // Kept for a time-out, which tells it where it is another model's.
+                // Kept for timeout errors, which report it if it is another model's.
                 setAttribute(self, "_driver_name", Object(pieces[0]));
                 return Object(pieces);
             },
-            {"list[str]", "name, version and what else the firmware tells", "the device"}};
+            {"list[str]", "name, version and further information of the firmware", "the device"}};
 }
 
 Reply aliasReply() {
@@ -58,7 +58,7 @@ Reply alarmStateReply() {
 
 Reply alarmConfigReply() {
     return {[](py::handle, const Bytes& data) { return dateText(data, 1, 0); },
-            {"str", "the alarm's time in the form of the clock, its year as the device counts", "the device"}};
+            {"str", "the alarm's time in the form of the clock, its year in the device's numbering", "the device"}};
 }
 
 Task getPinModes(Op op, Object port) {
@@ -107,7 +107,7 @@ Task setSlotMode(Op op, Object slot, Object mode) {
     co_return itemOf(reply, 1);
 }
 
-// A year below 100 is one of the last century; every device is sent the years since 1900.
+// A year below 100 counts from 1900; all devices are sent years since 1900.
 Task setClock(Op op, Object year, Object month, Object day, Object hour, Object minute, Object second) {
     for (const auto& [value, name] :
          {std::pair{year, "year"}, std::pair{month, "month"}, std::pair{day, "day"}, std::pair{hour, "hour"},
@@ -124,7 +124,7 @@ const Returns slotStatus{"int", "the device's status, 0 for success; it is not c
 
 const Definition checkLatticeSlot{.name = "_checkLatticeSlot",
                                   .parameters = {slot},
-                                  .doc = "Refuses a slot that takes no module.",
+                                  .doc = "Raises LatticePortNotAvaliableError unless the slot is 1, 2 or 4.",
                                   .raises = {"InputTypeNotCorrectError: `slot` has the wrong type",
                                              "LatticePortNotAvaliableError: `slot` is not 1, 2 or 4"},
                                   .body = [](py::handle, const Object& slot) {
@@ -137,7 +137,7 @@ void defineSlotSetter(Feature& system, int mode, const std::string& name) {
     const std::string title = slotModes[mode];
     system.operation({.name = name,
                       .parameters = {slot},
-                      .doc = "Puts a slot of the chassis into the mode \"" + title + "\".",
+                      .doc = "Sets a slot of the chassis to the mode \"" + title + "\".",
                       .returns = slotStatus,
                       .raises = {checkLatticeSlot},
                       .body = [mode](Op op, Object slot) -> Task {
@@ -166,7 +166,7 @@ std::vector<Request> rows() {
          .sends = SET_DEV_ALIAS,
          .fields = {Parameter{"alias", "str", "the name, up to 16 characters"} | text},
          .reply = status(0),
-         .doc = "Gives the device a name."},
+         .doc = "Sets the device's name."},
         {.name = "Sys_getRTC",
          .sends = GET_DATE_TIME,
          .fields = {constant(0)},
@@ -186,7 +186,7 @@ std::vector<Request> rows() {
          .sends = RTC_GET_ALARM_STATE,
          .fields = {constant(0)},
          .reply = alarmStateReply(),
-         .doc = "Tells whether the alarm is on."},
+         .doc = "Reads whether the alarm is on."},
         {.name = "_Sys_getRTCAlarmConfig",
          .sends = RTC_GET_ALARM_CONFIG,
          .fields = {constant(0)},
@@ -219,7 +219,7 @@ std::vector<Request> rows() {
         {.name = "_getEEPROMDevice",
          .sends = GET_EEPROM_DEVICE,
          .fields = {Parameter{"device_number", "int", "number of the EEPROM chip, 0 to 255"} | u8},
-         .reply = byteList("what the chip tells of itself"),
+         .reply = byteList("the chip's identification bytes"),
          .doc = "Reads an EEPROM chip's identification."},
         {.name = "_setEEPROMByte",
          .sends = SET_EEPROM_BYTE,
@@ -231,11 +231,11 @@ std::vector<Request> rows() {
          .sends = SET_SERIAL_NUMBER,
          .fields = {Parameter{"serial_num", "str", serialDoc} | text},
          .reply = status(0),
-         .doc = "Gives the device a serial number."},
+         .doc = "Sets the device's serial number."},
         {.name = "_resetFactory",
          .sends = RESET_FACTORY,
          .reply = status(0),
-         .doc = "Puts the device back to its delivered state."},
+         .doc = "Resets the device to its factory state."},
         {.name = "_getThreads",
          .sends = GET_THREADS,
          .reply = kept("thread_info", textReply("the firmware's threads")),
@@ -246,7 +246,7 @@ std::vector<Request> rows() {
 }  // namespace
 
 void defineSystem(Package& package) {
-    Feature system(package, "System", "What every device offers: identity, clock, reboot; the slots of the chassis.");
+    Feature system(package, "System", "Identity, clock and reboot of every device, and the slots of the chassis.");
     system.field({"serial_number", "str", "last serial number read"})
         .field({"rtc_time", "str", "last time read"})
         .field({"driver_info", "str", "last driver information read by the service operation"})
@@ -256,7 +256,7 @@ void defineSystem(Package& package) {
         .shared(checkLatticeSlot)
         .operations(rows())
         .operation({.name = "Sys_getPythonVersion",
-                    .doc = "Tells the library's version; asks no device.",
+                    .doc = "Returns the library's version; sends nothing.",
                     .returns = {"str", "the version", "the library"},
                     .body = [](Op) -> Task { co_return py::str(LIBRARY_VERSION); }})
         .operation(
@@ -289,7 +289,7 @@ void defineSystem(Package& package) {
                     .body = getSlotMode})
         .operation({.name = "_Sys_setSlotMode",
                     .parameters = {slot, mode},
-                    .doc = "Puts a slot of the chassis into a mode.",
+                    .doc = "Sets the mode of a slot of the chassis.",
                     .returns = slotStatus,
                     .raises = {checkLatticeSlot},
                     .body = setSlotMode});

@@ -1,4 +1,4 @@
-// The battery-powered Wi-Fi devices: lights, power, radio, and the sensors that watch the box itself.
+// The battery-powered Wi-Fi devices: lights, power, radio, and the sensors of the box itself.
 #include "services/services.h"
 
 namespace zvr::python {
@@ -11,7 +11,7 @@ Reply doneReply() {
     return {[](py::handle, const Bytes&) -> Object { return py::int_(0); }, done};
 }
 
-// A word with one bit, set for a positive value.
+// A word with one bit set for a positive value.
 constexpr Encoding bitIfPositive(const char* kind, int line) {
     return {kind,
             [](Payload& data, py::handle value, int line) {

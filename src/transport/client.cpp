@@ -17,14 +17,14 @@ Failure PacketSource::lossFailure() const {
 }
 
 void LossListeners::add(const std::shared_ptr<LossListener>& listener, bool isLost) {
-    decltype(untold_) untold;
+    decltype(unreported_) unreported;
     {
         const std::lock_guard lock(mutex_);
         std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock() == listener; });
         listeners_.push_back(listener);
-        untold.swap(untold_);
+        unreported.swap(unreported_);
     }
-    if (untold) tell(untold->first, isLost ? Clock::now() : untold->second);
+    if (unreported) tell(unreported->first, isLost ? Clock::now() : unreported->second);
 }
 
 void LossListeners::remove(const LossListener& listener) {
@@ -33,13 +33,13 @@ void LossListeners::remove(const LossListener& listener) {
 }
 
 void LossListeners::tell(const Failure& reason, Deadline when) {
-    std::vector<std::weak_ptr<LossListener>> told;
+    std::vector<std::weak_ptr<LossListener>> notified;
     {
         const std::lock_guard lock(mutex_);
-        told = listeners_;
-        if (told.empty()) untold_.emplace(reason, when);
+        notified = listeners_;
+        if (notified.empty()) unreported_.emplace(reason, when);
     }
-    for (const auto& each : told) {
+    for (const auto& each : notified) {
         try {
             if (const auto listener = each.lock()) listener->onLoss(reason, when);
         } catch (const std::exception&) {

@@ -16,7 +16,7 @@
 
 namespace zvr {
 
-/// What one read brought.
+/// The result of one read.
 enum class ReadStatus {
     data,    ///< bytes
     idle,    ///< nothing within the read's own time; the next read may bring something
@@ -51,7 +51,7 @@ public:
 private:
     std::mutex mutex_;
     std::vector<std::weak_ptr<LossListener>> listeners_;
-    std::optional<std::pair<Failure, Deadline>> untold_;
+    std::optional<std::pair<Failure, Deadline>> unreported_;
 };
 
 /// A source of packets for a receive loop. One thread reads at a time: the receive thread or another in its place.
@@ -80,8 +80,8 @@ public:
     /// Watches the link in an epoll, for one event, until there is something to read; false if it cannot be watched.
     virtual bool watchOnce(int epoll) const;
 
-    /// Why there is no link: the error with which the device or the system ended it, or `not_connected` if there never
-    /// was one. Sources that cannot know return none.
+    /// Why there is no link: the error with which the device or the system ended it, or `not_connected` if there is
+    /// none. Empty while there is a link, and from sources that cannot know.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }

@@ -24,7 +24,7 @@
 
 namespace zvr {
 
-/// The link is open, and nobody has set a client.
+/// The link is open, but no client is set.
 struct MissingClient : std::runtime_error {
     MissingClient() : std::runtime_error("the link has no client") {}
 };
@@ -79,7 +79,7 @@ public:
     /// Whether nothing can arrive at all: there is no link, or it has ended.
     bool isCut() const;
     /// Called at each loss, as a LossListener is. Set before the start.
-    void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
+    void onLoss(std::function<void(const Failure& reason, Deadline when)> listener) { onLoss_ = std::move(listener); }
     void onLoss(const Failure& reason, Deadline when) override;
 
     /// Ends the thread soon, interrupting its read.

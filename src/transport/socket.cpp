@@ -157,9 +157,9 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
-void SystemSocket::onLoss(std::function<void(Deadline)> told) {
+void SystemSocket::onLoss(std::function<void(Deadline)> listener) {
     const std::lock_guard lock(mutex_);
-    onLoss_ = std::move(told);
+    onLoss_ = std::move(listener);
 }
 
 // A failed read or send of a stream is its end; a datagram socket lives on.
@@ -167,12 +167,12 @@ void SystemSocket::noteLoss(int number) {
     if (!endsWithNothing() || closing_ || shut_) return;
     const auto when = end_.note(number);
     if (!when) return;
-    std::function<void(Deadline)> told;
+    std::function<void(Deadline)> listener;
     {
         const std::lock_guard lock(mutex_);
-        told = onLoss_;
+        listener = onLoss_;
     }
-    if (told) told(*when);
+    if (listener) listener(*when);
 }
 
 void SystemSocket::failAndNote() {

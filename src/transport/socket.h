@@ -30,7 +30,7 @@ public:
     /// Why it has ended, if the peer or the system ended it.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// Sets the function that is called once at that, as a LossListener is.
-    virtual void onLoss(std::function<void(Deadline)> /*told*/) {}
+    virtual void onLoss(std::function<void(Deadline)> /*listener*/) {}
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
@@ -65,7 +65,7 @@ public:
     bool awaitBytes() override;
     bool watchOnce(int epoll) override;
     std::optional<std::error_code> loss() const override;
-    void onLoss(std::function<void(Deadline)> told) override;
+    void onLoss(std::function<void(Deadline)> listener) override;
     /// Sends once, as much as there is room for; returns the number of bytes.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 

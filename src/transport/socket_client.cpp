@@ -72,7 +72,8 @@ std::shared_ptr<Socket> SocketClient::socket() const {
 void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
     requireOwn();
     const std::shared_ptr<Socket> placed = socket;
-    if (placed) placed->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
+    if (placed)
+        placed->onLoss([listeners = losses, reason = lossFailure()](Deadline when) { listeners->tell(reason, when); });
     {
         const std::lock_guard lock(mutex_);
         socket_.swap(socket);

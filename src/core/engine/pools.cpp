@@ -30,7 +30,7 @@ bool ThreadWaiter::park(Deadline until) {
 }
 
 void EchoPool::put(Key key, Bytes data) {
-    std::vector<std::shared_ptr<ReplySubscriber>> told;
+    std::vector<std::shared_ptr<ReplySubscriber>> notified;
     {
         const std::lock_guard lock(mutex_);
         auto place = replies_.find(key);
@@ -45,11 +45,11 @@ void EchoPool::put(Key key, Bytes data) {
         }
         place->second.data = std::move(data);
         for (const auto& [wanted, subscriber] : subscribers_) {
-            if (wanted == key) told.push_back(subscriber);
+            if (wanted == key) notified.push_back(subscriber);
         }
     }
     arrivals_.fetch_add(1, std::memory_order_release);
-    for (const auto& subscriber : told) subscriber->onReply();
+    for (const auto& subscriber : notified) subscriber->onReply();
 }
 
 std::optional<Bytes> EchoPool::take(Key key) {

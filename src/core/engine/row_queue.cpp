@@ -80,7 +80,7 @@ bool RowQueue::count(std::size_t rows) {
     rows_ += rows;
     tasks.add(rows);
     if (rows_ < wanted_) return false;
-    wanted_ = nobody;
+    wanted_ = noWaiter;
     return true;
 }
 

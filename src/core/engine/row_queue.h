@@ -131,7 +131,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t nobody = static_cast<std::size_t>(-1);
+    static constexpr std::size_t noWaiter = static_cast<std::size_t>(-1);
 
     // Bytes of rows. Writes only ever go beyond `used`, so that runs may be read without the lock.
     struct Chunk {
@@ -141,7 +141,7 @@ private:
         std::shared_ptr<void> object = {};
         RowPlace place = {};
         std::size_t rows() const { return (used - taken) / layout.rowBytes(); }
-        /// Whether its first row does not continue the previous chunk.
+        /// Whether its next row follows a gap or begins a run.
         bool breaks() const { return taken == 0 && (place.droppedBefore != 0 || place.first == 0); }
     };
 
@@ -166,7 +166,7 @@ private:
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
     std::atomic<std::uint64_t> ends_{0};
-    mutable std::size_t wanted_ = nobody;  // waiters are woken when there are this many rows
+    mutable std::size_t wanted_ = noWaiter;  // waiters are woken when there are this many rows
     std::vector<std::shared_ptr<ReplySubscriber>> listeners_;
 
     RowPlace now_;  // place of the next row

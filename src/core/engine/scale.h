@@ -31,8 +31,8 @@ struct RowLayout {
     enum class Sample : std::uint8_t {
         scaled16,  ///< two bytes, scaled and rounded
         scaled24,  ///< three bytes, times `ratio`, not rounded
-        value,     ///< a double as it is in memory
-        octet,     ///< a byte as it is
+        value,     ///< a double in the host's byte order
+        octet,     ///< a single byte
         record,    ///< bytes that are no number; a row has `columns` of them
     };
     Sample sample = Sample::scaled16;

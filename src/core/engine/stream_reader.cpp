@@ -119,9 +119,9 @@ void StreamReader::tellOfOverflow(const RowQueue* queue, std::size_t dropped) {
     if (dropped == 0) return;
     Warned& warned = warned_[queue];
     if (const Deadline now = Clock::now(); now - warned.since >= warningSpan) warned = {now, 0};
-    const std::size_t told = std::min(dropped, mostWarnings - warned.count);
-    warned.count += told;
-    if (told != 0) onOverflow_(told);
+    const std::size_t reported = std::min(dropped, mostWarnings - warned.count);
+    warned.count += reported;
+    if (reported != 0) onOverflow_(reported);
 }
 
 void StreamReader::end() {

@@ -32,8 +32,8 @@ std::span<const FailureRow> failureTable();
 
 inline const FailureRow& rowOf(FailureId id) { return failureTable()[static_cast<std::size_t>(id)]; }
 
-/// What the engine throws. The Python side turns it into the class of the same name; where it is nested, the exception
-/// in it becomes the cause.
+/// The exception of the engine. The Python side converts it to the class of the same name; if it is nested, the
+/// exception in it becomes the cause.
 class Failure : public std::exception {
 public:
     explicit Failure(FailureId id) : id_(id) {}

@@ -17,7 +17,7 @@ namespace zvr {
 /// Whether a code takes two bytes in a frame that is built.
 constexpr bool isWide(int command) { return command > 0xFF; }
 /// Whether a code has two bytes in a frame that is read: its first byte alone decides. Compat 24: a code of one byte up
-/// to 48 cannot be told from half of one of two, so devices answer OPEN_CAN (48) with the bytes 00 30.
+/// to 48 cannot be distinguished from half of one of two, so devices answer OPEN_CAN (48) with the bytes 00 30.
 constexpr bool startsWide(std::uint8_t firstByte) { return firstByte <= 48; }
 
 /// Builds a whole frame. Throws std::overflow_error if the length does not fit its 16 bits or the command does not

@@ -115,8 +115,7 @@ std::vector<Packet> Splitter::split() {
     for (;;) {
         const std::size_t trailer = firstTrailer();
         if (trailer == none) break;
-        if (packets.empty())
-            packets.reserve(stream().size() / (trailer + 2));  // consecutive frames tend to be of one size
+        if (packets.empty()) packets.reserve(stream().size() / (trailer + 2));  // often all of one size
         packets.push_back(packetAt(startOf(trailer), trailer));
         restart(0);
         front_ += trailer + 2;

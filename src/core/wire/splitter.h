@@ -60,7 +60,7 @@ private:
     std::uint64_t received_ = 0;
     std::size_t front_ = 0;      // start of the stream in buffer_; all places below are offsets in the stream
     std::size_t lastIndex_ = 0;  // no trailer before it ends a frame
-    std::size_t searched_ = 0;   // the same, for internal use
+    std::size_t searched_ = 0;   // everything before it has been searched
     std::size_t scanned_ = 0;    // start bytes before it have marked their predictions, or predict no place of interest
 
     // The predicted places between searched_ and markedEnd_ hold the mark, modulo ring. Entries of older frames hold
