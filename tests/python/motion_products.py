@@ -20,7 +20,8 @@ WR2 = enum.IntFlag("WR2", "SP0L SP0E SP1L SP1E SP2L SP2E INPL INPE ALML ALME HLM
 WR3 = enum.IntFlag("WR3", "MANLD DSNDE SACC DPMD0 DPMD1 DPL DIRL DPINV PIMD0 PIMD1 PIL PIINV LMINV AVTRI TMMD")
 ON_WR = {WR2: (pyzvr.MOTION_3E_WR2, pyzvr.MOTION_E2_WR2), WR3: (pyzvr.MOTION_3F_WR3, pyzvr.MOTION_E3_WR3)}
 HOME, FORWARD_LIMIT, REVERSE_LIMIT = 1 << 1, 1 << 7, 1 << 8  # bits of MOTION_EB_RR3
-SWAPPED, TWO_AXES, THREE_AXES, HELICAL = 1 << 4, 1 << 6, 1 << 7, 1 << 8  # in MOTION_2A_IPM, beside the mask of the axes
+# Bits of MOTION_2A_IPM, beside the mask of axes.
+SWAPPED, FOUR_AXES, TWO_AXES, THREE_AXES, HELICAL = 1 << 4, 0, 1 << 6, 1 << 7, 1 << 8
 # Words of a SYNC action: its cause, and in the second digit what it does.
 COMPARED, DRIVE_ENDS, CAPTURE_RISES, CAPTURE_FALLS = 1, 6, 10, 11
 LATCH_LOGICAL, LATCH_REAL, START_FORWARD, START_REVERSE, START_SPLIT = 5 << 4, 6 << 4, 13 << 4, 14 << 4, 23 << 4
@@ -127,7 +128,9 @@ def writes(**values):
 
 def rewritten(**values):
     """Each register is read before its value is written."""
-    return [access for name, value in values.items() for access in reads(getattr(pyzvr, name)) + writes(**{name: value})]
+    return [
+        access for name, value in values.items() for access in reads(getattr(pyzvr, name)) + writes(**{name: value})
+    ]
 
 
 def registers(pawl, values=None, status=0, chip=0):

@@ -36,7 +36,7 @@ def refused(case):
     return case._replace(reads=case.reads | {case.frames[-1].code: REFUSED}, result=pyzvr.errFirmwareMotion)
 
 
-def rewriting(operation, arguments, register, written, settings, held=0):
+def sets(operation, arguments, register, written, settings, held=0):
     """A case whose frames read a register, which holds the same each time, and write these values into it."""
     frames = rewrites(AXIS_1, register, *written)
     return AxisCase(operation, arguments, frames, {frames[0].code: held}, settings=settings)
@@ -59,6 +59,11 @@ def search(arguments, mode, end, settings):
     record = {"search_type": kind, "search_velocity": speed, "search_accerleration": rate, "velocity": speed}
     record |= {"acceleration": rate, "deceleration": rate, "stop": 1}
     return AxisCase("Motion_cfgFindRef", arguments, frames, record=record, settings=settings)
+
+
+def search_mode(arguments, H1M, settings):
+    frames = on(AXIS_1, MOTION_23_H1M=H1M) + stops_at_limits(AXIS_1)
+    return AxisCase("_Motion_setAutoHome1", arguments, frames, record={"stop": 1}, settings=settings)
 
 
 def limits(*values):
@@ -89,9 +94,9 @@ def break_points(**fields):
 CONFIGURATION = [
     refused(AxisCase("Motion_open", (), on(ALL_AXES, MOTION_21_P1M=0x5505))),
     AxisCase("Motion_close", ()),
-    rewriting("Motion_cfgAlarm", (1, 1, 0), WR2, [ALL, ALL - WR2.ALML], {"Alarm Enable": 1, "Alarm Polarity": 0}, ALL),
-    rewriting("Motion_cfgHome", (1, 1, 1), WR2, [WR2.SP1E, WR2.SP1L], {"Home Enable": 1, "Home Polarity": 1}),
-    rewriting(
+    sets("Motion_cfgAlarm", (1, 1, 0), WR2, [ALL, ALL - WR2.ALML], {"Alarm Enable": 1, "Alarm Polarity": 0}, held=ALL),
+    sets("Motion_cfgHome", (1, 1, 1), WR2, [WR2.SP1E, WR2.SP1L], {"Home Enable": 1, "Home Polarity": 1}),
+    sets(
         "Motion_cfgInposi",
         (1, 0, 1),
         WR2,
@@ -99,21 +104,19 @@ CONFIGURATION = [
         {"Inposition Enable": 0, "Inposition Polarity": 1},
         held=ALL,
     ),
-    rewriting("Motion_cfgLimit", (1, 1, 0, 1), WR2, [WR2.HLME, WR2.HLMM | WR2.HLML], limits(1, 0, 1, 1), WR2.HLMM),
-    rewriting(
-        "Motion_cfgLimit", (1, 0, 0, 0), WR2, [ALL - WR2.HLME - WR2.HLMM, ALL - WR2.HLML], limits(0, 0, 0, 0), ALL
-    ),
+    sets("Motion_cfgLimit", (1, 1, 0, 1), WR2, [WR2.HLME, WR2.HLMM | WR2.HLML], limits(1, 0, 1, 1), held=WR2.HLMM),
+    sets("Motion_cfgLimit", (1, 0, 0, 0), WR2, [ALL - WR2.HLME - WR2.HLMM, ALL - WR2.HLML], limits(0, 0, 0, 0), ALL),
     # Statuses of several commands merge to the greatest; a refusal is negative.
-    rewriting(
+    sets(
         "Motion_cfgAxis",
         (1, 0, 1, 1, 0),
         WR3,
         [ALL - WR3.MANLD - WR3.DSNDE - WR3.SACC - WR3.DPL - WR3.DPINV, ALL],
         signals(0, 1, 1, 0),
     )._replace(reads={pyzvr.MOTION_3F_WR3: ALL, pyzvr.MOTION_E3_WR3: REFUSED}),
-    rewriting("Motion_cfgAxis", (1, 1, 1, 0, 1), WR3, [0xFF00 | WR3.DPINV, ALL - WR3.PIINV], signals(1, 1, 0, 1), ALL),
-    refused(rewriting("Motion_cfgEncoder", (1, 0), WR2, [WR2.SP2L], {"Encoder Z Polarity": 0})),
-    rewriting("Motion_cfgEncoder", (1, 1), WR2, [ALL - WR2.SP2L], {"Encoder Z Polarity": 1}, ALL),
+    sets("Motion_cfgAxis", (1, 1, 1, 0, 1), WR3, [0xFF00 | WR3.DPINV, ALL - WR3.PIINV], signals(1, 1, 0, 1), held=ALL),
+    refused(sets("Motion_cfgEncoder", (1, 0), WR2, [WR2.SP2L], {"Encoder Z Polarity": 0})),
+    sets("Motion_cfgEncoder", (1, 1), WR2, [ALL - WR2.SP2L], {"Encoder Z Polarity": 1}, held=ALL),
     AxisCase("_Motion_setInstantLimitStop", (1, 1), stops_at_limits(AXIS_1), record={"stop": 1}),
     AxisCase("Motion_cfgJerkAndAccelMode", (1, 7, 2), result=None, record={"jerk": 7, "acceleration_mode": 2}),
     AxisCase("Motion_rstEncoderPosi", (1,), on(AXIS_1, MOTION_09_LP=0, MOTION_0A_RP=0), record={"encoder_position": 0}),
@@ -198,19 +201,11 @@ CONFIGURATION = [
         on(AXIS_1, MOTION_24_H2M=0, MOTION_14_HV=1, MOTION_06_TP=0),
         {"Offset Position": 0, "Approach Velocity Percent": 0.0},
     ),
-    AxisCase(
-        "_Motion_setAutoHome1",
-        (1, 0, 1, 1, 5, 0),
-        on(AXIS_1, MOTION_23_H1M=0b110111) + stops_at_limits(AXIS_1),
-        record={"stop": 1},
-        settings={"Offset Position": 0, "Approach Velocity Percent": 5},
-    ),
-    AxisCase(
-        "_Motion_setAutoHome1",
+    search_mode((1, 0, 1, 1, 5, 0), 0b110111, {"Offset Position": 0, "Approach Velocity Percent": 5}),
+    search_mode(
         (1, 2, 1, 0, 0, -1),
-        on(AXIS_1, MOTION_23_H1M=1 << 15 | 0b1101011) + stops_at_limits(AXIS_1),
-        record={"stop": 1},
-        settings={"Offset Position": -1, "Approach Velocity Percent": 0, "Final Approach Direction": 0},
+        1 << 15 | 0b1101011,
+        {"Offset Position": -1, "Approach Velocity Percent": 0, "Final Approach Direction": 0},
     ),
     AxisCase("Motion_getMoveStatus", (1,), on(NO_AXIS, MOTION_E8_RR0=0), {pyzvr.MOTION_E8_RR0: ALL_AXES - AXIS_1}, 1),
     AxisCase("Motion_getMoveStatus", (1,), on(NO_AXIS, MOTION_E8_RR0=0), {pyzvr.MOTION_E8_RR0: AXIS_1}),

@@ -149,12 +149,8 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     assert call(ratchet, "Motion_saveCfgFile") == 0
     assert second.read_text() == ini.read_text() == text
     after = ini.stat()
-    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (
-        before.st_ino,
-        2,
-        before.st_mode,
-        before.st_uid,
-    )
+    kept = after.st_ino, after.st_nlink, after.st_mode, after.st_uid
+    assert kept == (before.st_ino, 2, before.st_mode, before.st_uid)
     assert set(ini.parent.iterdir()) == {ini, second}
 
 

@@ -5,8 +5,8 @@ from typing import NamedTuple
 
 import pytest
 from cases import operation_of
-from motion_products import ALL_AXES, AXIS_0, AXIS_1, AXIS_2, AXIS_3, HELICAL, NO_AXIS, SWAPPED, THREE_AXES, TWO_AXES
-from motion_products import REFUSED, Frame, frames_of, on, outputs
+from motion_products import AXIS_0, AXIS_1, AXIS_2, AXIS_3, FOUR_AXES, HELICAL, NO_AXIS, SWAPPED, THREE_AXES
+from motion_products import REFUSED, TWO_AXES, Frame, frames_of, on, outputs
 
 import pyzvr
 
@@ -23,11 +23,17 @@ class Interpolation(NamedTuple):
     changes: dict
 
 
-def line(axes, IPM, SV=347, DV=10000, AC=100000, DC=100000):
-    """Frames that prepare a line to the points of these axes, the first of which leads."""
-    frames = outputs(*axes) + on(NO_AXIS, MOTION_2A_IPM=IPM)
-    frames += on(min(axes), MOTION_04_SV=SV, MOTION_05_DV=DV, MOTION_02_AC=AC, MOTION_03_DC=DC)
-    return sum((on(axis, MOTION_06_TP=TP) for axis, TP in axes.items()), frames) + on(NO_AXIS, MOTION_6D_DECEN=0)
+def line(arguments, targets, kind, SV=347, DV=10000, AC=100000, DC=100000):
+    """A case that prepares a line to these places of axes, the first of which leads. The kind is for MOTION_2A_IPM."""
+    masks = [1 << axis for axis in targets]
+    frames = outputs(*masks) + on(NO_AXIS, MOTION_2A_IPM=kind | sum(masks))
+    frames += on(masks[0], MOTION_04_SV=SV, MOTION_05_DV=DV, MOTION_02_AC=AC, MOTION_03_DC=DC)
+    changes = {"speed": DV, "acceleration": AC, "deceleration": DC, "mode": len(targets)}
+    for name, (axis, TP) in zip(("main", "second", "third", "fourth"), targets.items()):
+        frames += on(1 << axis, MOTION_06_TP=TP)
+        changes |= {name + "_axis": axis, name + "_dest": TP}
+    operation = f"Motion_cfg{len(targets)}AxisLinearInterpo"
+    return Interpolation(operation, arguments, frames + on(NO_AXIS, MOTION_6D_DECEN=0), "linear", changes)
 
 
 def helix(lifted, DV, HLN, CP, TP):
@@ -39,30 +45,9 @@ def helix(lifted, DV, HLN, CP, TP):
 
 
 INTERPOLATIONS = [
-    Interpolation(
-        "Motion_cfg2AxisLinearInterpo",
-        (2, 100, 0, 50, 300, 10000, 20000),
-        line({AXIS_0: 50, AXIS_2: 100}, IPM=TWO_AXES | AXIS_0 | AXIS_2, SV=110, DV=300, AC=10000, DC=20000),
-        record="linear",
-        changes={"main_axis": 0, "main_dest": 50, "second_axis": 2, "second_dest": 100}
-        | {"speed": 300, "acceleration": 10000, "deceleration": 20000, "mode": 2},
-    ),
-    Interpolation(
-        "Motion_cfg3AxisLinearInterpo",
-        (3, -1, 2, -2, 1, -3),
-        line({AXIS_1: -3, AXIS_2: -2, AXIS_3: -1}, IPM=THREE_AXES | AXIS_1 | AXIS_2 | AXIS_3),
-        record="linear",
-        changes={"main_axis": 1, "main_dest": -3, "second_axis": 2, "second_dest": -2, "third_axis": 3}
-        | {"third_dest": -1, "speed": 10000, "acceleration": 100000, "deceleration": 100000, "mode": 3},
-    ),
-    Interpolation(
-        "Motion_cfg4AxisLinearInterpo",
-        (0, 1, 3, 2, 1, 3, 2, 4, 5, 4, 4),
-        line({AXIS_0: 1, AXIS_1: 3, AXIS_2: 4, AXIS_3: 2}, IPM=ALL_AXES, SV=2, DV=5, AC=4, DC=4),
-        record="linear",
-        changes={"main_axis": 0, "main_dest": 1, "second_axis": 1, "second_dest": 3, "third_axis": 2, "third_dest": 4}
-        | {"fourth_axis": 3, "fourth_dest": 2, "speed": 5, "acceleration": 4, "deceleration": 4, "mode": 4},
-    ),
+    line((2, 100, 0, 50, 300, 10000, 20000), {0: 50, 2: 100}, TWO_AXES, SV=110, DV=300, AC=10000, DC=20000),
+    line((3, -1, 2, -2, 1, -3), {1: -3, 2: -2, 3: -1}, THREE_AXES),
+    line((0, 1, 3, 2, 1, 3, 2, 4, 5, 4, 4), {0: 1, 1: 3, 2: 4, 3: 2}, FOUR_AXES, SV=2, DV=5, AC=4, DC=4),
     Interpolation(
         "Motion_cfgCircularInterpo",
         (2, 0, 10.9, -20, 0, 40, 1, 500, 6, 7),

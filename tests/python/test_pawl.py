@@ -6,7 +6,7 @@ from typing import NamedTuple
 
 import pytest
 from cases import Exchange, operation_of
-from motion_products import REFUSED, WRONG, reads, registers, rewritten, sent_by, writes
+from motion_products import DRIVE_REFUSED, REFUSED, WRONG, reads, registers, rewritten, sent_by, writes
 from simulators import connected
 
 import pyzvr
@@ -15,61 +15,47 @@ pytestmark = pytest.mark.filterwarnings("ignore:Warning -9")
 
 I32, U32 = pyzvr.convertI32To4U8, pyzvr.convertU32To4U8
 PLACE = pyzvr.PAWL_21_XACTUAL
-FIND = [0, *U32(1), *U32(2), *U32(3), 4, 5, *I32(-6)]
+RESULTS = {0: 0, REFUSED: pyzvr.errFirmwareMotion, DRIVE_REFUSED: pyzvr.errFirmwareDrive}
+FIND = [*U32(1), *U32(2), *U32(3), 4, 5, *I32(-6)]
+
+
+def started(operation, command, arguments, *sent, status=0):
+    """A case on port 0: what goes to the drive after the port, and the status that it replies."""
+    return Exchange(operation, (0, *arguments), command, [0, *sent], bytes([0, status]), RESULTS[status])
+
+
 DRIVE = [
-    Exchange(
-        "Motion_startVelocticyMove", (0, 1, -1, 2, 3), command="START_V_MOVE",
-        sent=[0, *U32(1), *U32(2), *U32(3), 255], reply=b"\0\0", result=0,
+    started("Motion_startVelocticyMove", "START_V_MOVE", (1, -1, 2, 3), *U32(1), *U32(2), *U32(3), 255),
+    started(
+        "Motion_startPositionMove",
+        "START_P_MOVE",
+        (-9, 1, 2, 3, 7),
+        *(*I32(-9), *U32(1), *U32(2), *U32(3), 7),
+        status=DRIVE_REFUSED,
     ),
-    Exchange(
-        "Motion_startPositionMove", (0, -9, 1, 2, 3, 7), command="START_P_MOVE",
-        sent=[0, *I32(-9), *U32(1), *U32(2), *U32(3), 7], reply=b"\0\x37", result=pyzvr.errFirmwareDrive,
+    started("Motion_startScanMove", "START_SCAN_MOVE", (-9, 9, 1, 2), *I32(-9), *I32(9), *U32(1), *U32(2)),
+    started(
+        "Motion_startFindLimit",
+        "START_FIND_END",
+        (257, 1, 2, 3, -4, "true"),
+        *(1, *U32(1), *U32(2), *U32(3), *I32(-4), 1),
     ),
+    started("Motion_startFindHome", "START_FIND_HOME", (1, 2, 3, 4, 5, -6, "true"), *FIND, 1),
+    started("Motion_startFindHome", "START_FIND_HOME", (1, 2, 3, 260, 261, -6, True), *FIND, 0),
+    started("Motion_startFindZPolarity", "START_FIND_Z", (1, 2, 3, 4, 5, -6, "True"), *FIND, 0, status=REFUSED),
+    Exchange("Motion_getProcessState", (0,), "GET_PROC_STATE", sent=[0], reply=b"\0\5rest", result=(5, b"rest")),
+    started("Motion_stopProcess", "STOP_PROC", (), status=DRIVE_REFUSED),
+    started("Motion_resetFactory", "RESET_FACTORY", ()),
+    Exchange("Motion_enableServoOn", (0,), pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 0], reply=b"", result=0),
+    Exchange("Motion_enableServoOff", (0,), pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 1], reply=b"", result=0),
+    Exchange("_Motion_writeDO", (3, 4, 1), pyzvr.SET_AND_WRITE_DO, sent=[3, 0, 16, 0, 16], reply=b"", result=0),
+    Exchange("_Motion_readDI", (3,), pyzvr.READ_AND_GET_DI, sent=[3, 0, 7], reply=b"abc", result=b"abc"),
     Exchange(
-        "Motion_startScanMove", (0, -9, 9, 1, 2), command="START_SCAN_MOVE",
-        sent=[0, *I32(-9), *I32(9), *U32(1), *U32(2)], reply=b"\0\0", result=0,
+        "Motion_getLimitStatus", (0,), pyzvr.READ_AND_GET_DI, sent=[1, 0, 7], reply=b"\1\xff\5more", result=[1, 0, 1]
     ),
+    Exchange("_Motion_read", (1, PLACE), "READ_REG", sent=[1, PLACE], reply=b"\1\0\0rest", result=b"rest"),
     Exchange(
-        "Motion_startFindLimit", (0, 257, 1, 2, 3, -4, "true"), command="START_FIND_END",
-        sent=[0, 1, *U32(1), *U32(2), *U32(3), *I32(-4), 1], reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindHome", (0, 1, 2, 3, 4, 5, -6, "true"), command="START_FIND_HOME", sent=[*FIND, 1],
-        reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindHome", (0, 1, 2, 3, 260, 261, -6, True), command="START_FIND_HOME", sent=[*FIND, 0],
-        reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindZPolarity", (0, 1, 2, 3, 4, 5, -6, "True"), command="START_FIND_Z", sent=[*FIND, 0],
-        reply=b"\0\x36", result=pyzvr.errFirmwareMotion,
-    ),
-    Exchange(
-        "Motion_getProcessState", (0,), command="GET_PROC_STATE", sent=[0], reply=b"\0\5rest", result=(5, b"rest"),
-    ),
-    Exchange("Motion_stopProcess", (0,), command="STOP_PROC", sent=[0], reply=b"\0\x37", result=pyzvr.errFirmwareDrive),
-    Exchange("Motion_resetFactory", (0,), command="RESET_FACTORY", sent=[0], reply=b"\0\0", result=0),
-    Exchange("Motion_enableServoOn", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 0], reply=b"", result=0),
-    Exchange(
-        "Motion_enableServoOff", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 1], reply=b"", result=0,
-    ),
-    Exchange(
-        "_Motion_writeDO", (3, 4, 1), command=pyzvr.SET_AND_WRITE_DO, sent=[3, 0, 16, 0, 16], reply=b"", result=0,
-    ),
-    Exchange("_Motion_readDI", (3,), command=pyzvr.READ_AND_GET_DI, sent=[3, 0, 7], reply=b"abc", result=b"abc"),
-    Exchange(
-        "Motion_getLimitStatus", (0,), command=pyzvr.READ_AND_GET_DI, sent=[1, 0, 7], reply=b"\1\xff\x05more",
-        result=[1, 0, 1],
-    ),
-    Exchange("_Motion_read", (1, PLACE), command="READ_REG", sent=[1, PLACE], reply=b"\1\0\0rest", result=b"rest"),
-    Exchange(
-        "_Motion_write",
-        (1, PLACE, 5),
-        command="WRITE_REG",
-        sent=[1, PLACE, 0, *U32(5)],
-        reply=b"\1\0\0\0\0\0\x36",
-        result=REFUSED,
+        "_Motion_write", (1, PLACE, 5), "WRITE_REG", [1, PLACE, 0, *U32(5)], bytes([1, 0, 0, 0, 0, 0, REFUSED]), REFUSED
     ),
 ]
 
@@ -163,10 +149,8 @@ def test_what_the_drive_remembers(pawl, call):
     assert call(pawl, "_Motion_getInpositionStatus", 0) == pawl.status_bit2_sg2 == pawl.status_bit7_stopr == 1
     assert (pawl.status_bit0_resetflag, pawl.status_bit3_standstill, pawl.status_bit6_stopl) == (0, 0, 0)
     call(pawl, "Motion_cfgLimit", 0, 0, 1, 0)
-    assert [
-        pawl.axis.motion_dict[key]
-        for key in ("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity")
-    ] == [0, 1, 0, 0]
+    limits = ("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity")
+    assert [pawl.axis.motion_dict[key] for key in limits] == [0, 1, 0, 0]
 
 
 def test_what_fails_on_the_drive(pawl, call):

@@ -129,12 +129,7 @@ def test_a_limit_ends_a_drive_and_is_shown(chip):
 
 
 @pytest.mark.parametrize(
-    "search, end",
-    [
-        pytest.param(0b110111, -300, id="home"),
-        pytest.param(0b1111011, -2000, id="limit"),
-        pytest.param(0b1100, -100, id="index"),
-    ],
+    "search, end", [(0b110111, -300), (0b1111011, -2000), (0b1100, -100)], ids=["home", "limit", "index"]
 )
 def test_a_search_ends_at_its_switch(chip, search, end):
     chip.do(AXIS_3, MOTION_02_AC=500000, MOTION_03_DC=500000, MOTION_05_DV=10000, MOTION_06_TP=50, MOTION_14_HV=2000)
