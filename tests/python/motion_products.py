@@ -12,7 +12,7 @@ import pyzvr
 CODES = {value: name for name, value in vars(pyzvr).items() if re.match("MOTION_[0-9A-F]{2}_", name)}
 REGISTERS = {value: name for name, value in vars(pyzvr).items() if re.match("PA[WL]{2}_[0-9A-F]{2}_", name)}
 WRONG = pyzvr.InputTypeNotCorrectError
-NO_AXIS, AXIS_0, AXIS_1, AXIS_2, AXIS_3, ALL_AXES = 0, 1, 2, 4, 8, 15  # masks of axes
+NO_AXIS, AXIS_0, AXIS_1, AXIS_2, AXIS_3, ALL_AXES = 0, 1, 2, 4, 8, 15  # masks of axes, which count from 0
 REFUSED, DRIVE_REFUSED = 54, 55  # statuses of the firmware
 ALL = 0xFFFF  # bits of a register
 # Bits of the write registers from the lowest on, by the command that sets each alone.
@@ -22,9 +22,6 @@ ON_WR = {WR2: (pyzvr.MOTION_3E_WR2, pyzvr.MOTION_E2_WR2), WR3: (pyzvr.MOTION_3F_
 HOME, FORWARD_LIMIT, REVERSE_LIMIT = 1 << 1, 1 << 7, 1 << 8  # bits of MOTION_EB_RR3
 # Bits of MOTION_2A_IPM, beside the mask of axes.
 SWAPPED, FOUR_AXES, TWO_AXES, THREE_AXES, HELICAL = 1 << 4, 0, 1 << 6, 1 << 7, 1 << 8
-# Words of a SYNC action: its cause, and in the second digit what it does.
-COMPARED, DRIVE_ENDS, CAPTURE_RISES, CAPTURE_FALLS = 1, 6, 10, 11
-LATCH_LOGICAL, LATCH_REAL, START_FORWARD, START_REVERSE, START_SPLIT = 5 << 4, 6 << 4, 13 << 4, 14 << 4, 23 << 4
 
 
 class Frame(NamedTuple):

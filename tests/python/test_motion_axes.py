@@ -267,14 +267,14 @@ def test_a_move_starts_by_the_record(ratchet, call, code, records):
         assert frames_of(ratchet) == [Frame(code, AXIS_2)]
 
 
-def held(axes, TP):
+def waiting(axes, TP):
     """Frames that set up an axis and hold its start back."""
     return outputs(axes) + drive(axes, TP) + stops_at_limits(axes) + on(axes, MOTION_77_DHOLD=0)
 
 
 def test_a_synchronous_start_stops_at_its_release(ratchet, call):
     ratchet.axis_4.target_position, ratchet.axis_4.operation_mode = 70, 1
-    expected = held(AXIS_3, 70) + on(AXIS_3, MOTION_50_DRVRL=0) + held(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)
+    expected = waiting(AXIS_3, 70) + on(AXIS_3, MOTION_50_DRVRL=0) + waiting(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)
     with pytest.raises(AttributeError, match="_checkMotionAxis"):
         call(ratchet, "Motion_startMultiAxisMove", 0, [3, 0])
     assert frames_of(ratchet) == expected
@@ -321,7 +321,7 @@ def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
         ("Motion_findRef", (-2,), on(NO_AXIS, MOTION_5A_HMSRC=0)),
         ("Motion_getLogicalPosi", (-1,), on(NO_AXIS, MOTION_30_LP=0)),
         ("Motion_getMoveStatus", (-1,), on(NO_AXIS, MOTION_E8_RR0=0)),
-        ("Motion_startMultiAxisMove", ([0, -1],), held(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)),
+        ("Motion_startMultiAxisMove", ([0, -1],), waiting(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)),
         ("Motion_cfg2AxisLinearInterpo", (1, 5, -1, 6), outputs(NO_AXIS, AXIS_1)),
         ("Motion_cfgCircularInterpo", (0, -1, 1, 2, 3, 4, 0), outputs(AXIS_0, NO_AXIS)),
     ],
@@ -357,8 +357,8 @@ def test_registers_come_back_as_the_reply_was(pawl, call):
 
     for reply in (bytes(range(7)), list(range(7)), bytearray(range(7))):
         pawl._echoPacketWithRetry, pawl._echoPacketWithRetry_async = lambda *_, **__: reply, lambda *_: given(reply)
-        assert call(pawl, "_Motion_read", 0, 1) == reply[3:]
-        assert type(call(pawl, "_Motion_read", 0, 1)) is type(reply)
+        assert call(pawl, "_Motion_read", 0, pyzvr.PAWL_01_GSTAT) == reply[3:]
+        assert type(call(pawl, "_Motion_read", 0, pyzvr.PAWL_01_GSTAT)) is type(reply)
         assert call(pawl, "_Motion_readDI", 0) is reply
         assert call(pawl, "Motion_getProcessState", 0) == (1, reply[2:])
         assert call(pawl, "Motion_readCurrentVelocity", 0) == 0x03040506

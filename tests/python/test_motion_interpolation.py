@@ -37,7 +37,7 @@ def line(arguments, targets, kind, SV=347, DV=10000, AC=100000, DC=100000):
 
 
 def helix(lifted, DV, HLN, CP, TP):
-    """Frames that prepare a helix of the first two axes and another: two coordinates of its centre, three of its end."""
+    """Frames that prepare a helix of two axes along another: two coordinates of its centre, three of its end."""
     frames = outputs(AXIS_0, AXIS_1, lifted) + on(NO_AXIS, MOTION_2A_IPM=HELICAL | TWO_AXES | AXIS_0 | AXIS_1 | lifted)
     frames += on(AXIS_0, MOTION_04_SV=DV, MOTION_05_DV=DV) + on(NO_AXIS, MOTION_1A_HLN=HLN)
     frames += on(AXIS_0, MOTION_06_TP=TP[0], MOTION_08_CP=CP[0]) + on(AXIS_1, MOTION_06_TP=TP[1], MOTION_08_CP=CP[1])
