@@ -7,11 +7,16 @@ from unittest import mock
 
 import pytest
 from cases import operation_of
-from motion_products import OUTPUT, frames_of, take_frames
+from motion_products import ALL, ALL_AXES, AXIS_0, AXIS_1, AXIS_2, AXIS_3, NO_AXIS, REFUSED, REVERSE_LIMIT, WR2, WR3
+from motion_products import FORWARD_LIMIT, HOME, Frame, frames_of, on, outputs, rewrites
 
 import pyzvr
 
 pytestmark = pytest.mark.filterwarnings("ignore:Warning -9")
+
+# Words of a SYNC action: its cause, and in the second digit what it does.
+COMPARED, DRIVE_ENDS, CAPTURE_RISES, CAPTURE_FALLS = 1, 6, 10, 11
+LATCH_LOGICAL, LATCH_REAL, START_FORWARD, START_REVERSE, START_SPLIT = 5 << 4, 6 << 4, 13 << 4, 14 << 4, 23 << 4
 
 
 class AxisCase(NamedTuple):
@@ -19,148 +24,197 @@ class AxisCase(NamedTuple):
 
     operation: str
     arguments: tuple  # after the port
+    frames: list = []  # what is sent
     reads: dict = {}  # what the chip answers, by the code of the command
-    frames: str = ""  # what is sent: code, mask of axes, value
     result: object = 0
     record: dict = {}  # fields of the axis that change
     settings: dict = {}  # entries of its settings that change
 
 
+def refused(case):
+    """The same case, where the chip refuses the last command."""
+    return case._replace(reads=case.reads | {case.frames[-1].code: REFUSED}, result=pyzvr.errFirmwareMotion)
+
+
+def sets(operation, arguments, register, written, settings, held=0):
+    """A case whose frames read a register, which holds the same each time, and write these values into it."""
+    frames = rewrites(AXIS_1, register, *written)
+    return AxisCase(operation, arguments, frames, {frames[0].code: held}, settings=settings)
+
+
+def drive(axes, TP, DV=10000, AC=100000, DC=100000):
+    """Frames that set up a drive. The initial speed goes by the acceleration that the record had before."""
+    return on(axes, MOTION_06_TP=TP, MOTION_05_DV=DV, MOTION_04_SV=347, MOTION_02_AC=AC, MOTION_03_DC=DC)
+
+
+def stops_at_limits(axes):
+    """Frames that let a limit end a drive without deceleration."""
+    return rewrites(axes, WR2, WR2.HLMM)
+
+
+def search(arguments, mode, end, settings):
+    """A case that sets up a search: frames with its mode after its drive, frames at the end."""
+    _, kind, _, speed, rate, *_ = arguments
+    frames = outputs(AXIS_1) + drive(AXIS_1, TP=0, DV=speed, AC=rate, DC=rate) + mode + stops_at_limits(AXIS_1) + end
+    record = {"search_type": kind, "search_velocity": speed, "search_accerleration": rate, "velocity": speed}
+    record |= {"acceleration": rate, "deceleration": rate, "stop": 1}
+    return AxisCase("Motion_cfgFindRef", arguments, frames, record=record, settings=settings)
+
+
+def search_mode(arguments, H1M, settings):
+    frames = on(AXIS_1, MOTION_23_H1M=H1M) + stops_at_limits(AXIS_1)
+    return AxisCase("_Motion_setAutoHome1", arguments, frames, record={"stop": 1}, settings=settings)
+
+
+def limits(*values):
+    return dict(zip(("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity"), values))
+
+
+def signals(*values):
+    names = ("Stepper Output", "Inverse Motion Direction", "Inverse Encoder Direction", "Servo On Polarity")
+    return dict(zip(names, values))
+
+
+def servo(operation, GPIO, LP):
+    frames = on(AXIS_1, MOTION_1C_GPIO=GPIO, MOTION_30_LP=0, MOTION_09_LP=LP)
+    return AxisCase(operation, (1,), frames, {pyzvr.MOTION_30_LP: LP})
+
+
+def capture(kind, mode, word):
+    record = {"capture_type": kind, "capture_mode": mode}
+    return AxisCase("Motion_cfgCapture", (1, kind, mode), on(AXIS_1, MOTION_29_S3M=word), record=record)
+
+
+def break_points(**fields):
+    """Fields of an axis, where those that all cases have in common are added."""
+    fields |= {"start_position": 100, "pulse_width": 2, "pulse_period": 3, "pulse_number": 4}
+    return {"breakpoint_" + name: value for name, value in fields.items()}
+
+
 CONFIGURATION = [
-    AxisCase("Motion_open", (), reads={"21": 54}, frames="21 15 21765", result=-7019),
+    refused(AxisCase("Motion_open", (), on(ALL_AXES, MOTION_21_P1M=0x5505))),
     AxisCase("Motion_close", ()),
-    AxisCase(
-        "Motion_cfgAlarm", (1, 1, 0), reads={"3E": 65535}, frames="3E 2 0, E2 2 65535, 3E 2 0, E2 2 65279",
-        settings={"Alarm Enable": 1, "Alarm Polarity": 0},
+    sets("Motion_cfgAlarm", (1, 1, 0), WR2, [ALL, ALL - WR2.ALML], {"Alarm Enable": 1, "Alarm Polarity": 0}, held=ALL),
+    sets("Motion_cfgHome", (1, 1, 1), WR2, [WR2.SP1E, WR2.SP1L], {"Home Enable": 1, "Home Polarity": 1}),
+    sets(
+        "Motion_cfgInposi",
+        (1, 0, 1),
+        WR2,
+        [ALL - WR2.INPE, ALL],
+        {"Inposition Enable": 0, "Inposition Polarity": 1},
+        held=ALL,
     ),
-    AxisCase(
-        "Motion_cfgHome", (1, 1, 1), frames="3E 2 0, E2 2 8, 3E 2 0, E2 2 4",
-        settings={"Home Enable": 1, "Home Polarity": 1},
-    ),
-    AxisCase(
-        "Motion_cfgInposi", (1, 0, 1), reads={"3E": 65535}, frames="3E 2 0, E2 2 65407, 3E 2 0, E2 2 65535",
-        settings={"Inposition Enable": 0, "Inposition Polarity": 1},
-    ),
-    AxisCase(
-        "Motion_cfgLimit", (1, 1, 0, 1), reads={"3E": 4096}, frames="3E 2 0, E2 2 2048, 3E 2 0, E2 2 5120",
-        settings={"Forward Enable": 1, "Reverse Enable": 0, "Forward Polarity": 1, "Reverse Polarity": 1},
-    ),
-    AxisCase(
-        "Motion_cfgLimit", (1, 0, 0, 0), reads={"3E": 65535}, frames="3E 2 0, E2 2 59391, 3E 2 0, E2 2 64511",
-        settings={"Forward Enable": 0, "Reverse Enable": 0, "Forward Polarity": 0, "Reverse Polarity": 0},
-    ),
+    sets("Motion_cfgLimit", (1, 1, 0, 1), WR2, [WR2.HLME, WR2.HLMM | WR2.HLML], limits(1, 0, 1, 1), held=WR2.HLMM),
+    sets("Motion_cfgLimit", (1, 0, 0, 0), WR2, [ALL - WR2.HLME - WR2.HLMM, ALL - WR2.HLML], limits(0, 0, 0, 0), ALL),
     # Statuses of several commands merge to the greatest; a refusal is negative.
-    AxisCase(
-        "Motion_cfgAxis", (1, 0, 1, 1, 0), reads={"3F": 65535, "E3": 54},
-        frames="3F 2 0, E3 2 65368, 3F 2 0, E3 2 65535",
-        settings={"Stepper Output": 0, "Inverse Motion Direction": 1, "Inverse Encoder Direction": 1,
-            "Servo On Polarity": 0},
-    ),
-    AxisCase(
-        "Motion_cfgAxis", (1, 1, 1, 0, 1), reads={"3F": 65535}, frames="3F 2 0, E3 2 65408, 3F 2 0, E3 2 63487",
-        settings={"Stepper Output": 1, "Inverse Motion Direction": 1, "Inverse Encoder Direction": 0,
-            "Servo On Polarity": 1},
-    ),
-    AxisCase(
-        "Motion_cfgEncoder", (1, 0), reads={"E2": 54}, frames="3E 2 0, E2 2 16", result=-7019,
-        settings={"Encoder Z Polarity": 0},
-    ),
-    AxisCase(
-        "Motion_cfgEncoder", (1, 1), reads={"3E": 65535}, frames="3E 2 0, E2 2 65519",
-        settings={"Encoder Z Polarity": 1},
-    ),
-    AxisCase("_Motion_setInstantLimitStop", (1, 1), frames="3E 2 0, E2 2 4096", record={"stop": 1}),
+    sets(
+        "Motion_cfgAxis",
+        (1, 0, 1, 1, 0),
+        WR3,
+        [ALL - WR3.MANLD - WR3.DSNDE - WR3.SACC - WR3.DPL - WR3.DPINV, ALL],
+        signals(0, 1, 1, 0),
+    )._replace(reads={pyzvr.MOTION_3F_WR3: ALL, pyzvr.MOTION_E3_WR3: REFUSED}),
+    sets("Motion_cfgAxis", (1, 1, 1, 0, 1), WR3, [0xFF00 | WR3.DPINV, ALL - WR3.PIINV], signals(1, 1, 0, 1), held=ALL),
+    refused(sets("Motion_cfgEncoder", (1, 0), WR2, [WR2.SP2L], {"Encoder Z Polarity": 0})),
+    sets("Motion_cfgEncoder", (1, 1), WR2, [ALL - WR2.SP2L], {"Encoder Z Polarity": 1}, held=ALL),
+    AxisCase("_Motion_setInstantLimitStop", (1, 1), stops_at_limits(AXIS_1), record={"stop": 1}),
     AxisCase("Motion_cfgJerkAndAccelMode", (1, 7, 2), result=None, record={"jerk": 7, "acceleration_mode": 2}),
-    AxisCase("Motion_rstEncoderPosi", (1,), frames="09 2 0, 0A 2 0", record={"encoder_position": 0}),
-    AxisCase("Motion_rstEncoderPosi", (1, -5), frames="09 2 -5, 0A 2 -5", record={"encoder_position": -5}),
-    AxisCase("Motion_enableServoOn", (1,), reads={"30": -9}, frames="1C 2 257, 30 2 0, 09 2 -9"),
-    AxisCase("Motion_enableServoOff", (1,), reads={"30": 9}, frames="1C 2 256, 30 2 0, 09 2 9"),
+    AxisCase("Motion_rstEncoderPosi", (1,), on(AXIS_1, MOTION_09_LP=0, MOTION_0A_RP=0), record={"encoder_position": 0}),
     AxisCase(
-        "Motion_cfgCapture", (1, 0, 1), reads={"29": 54}, frames="29 2 106", result=-7019,
-        record={"capture_type": 0, "capture_mode": 1},
+        "Motion_rstEncoderPosi", (1, -5), on(AXIS_1, MOTION_09_LP=-5, MOTION_0A_RP=-5), record={"encoder_position": -5}
     ),
-    AxisCase("Motion_cfgCapture", (1, 1, 1), frames="29 2 107", record={"capture_type": 1, "capture_mode": 1}),
-    AxisCase("Motion_cfgCapture", (1, 0, 0), frames="29 2 90", record={"capture_type": 0, "capture_mode": 0}),
-    AxisCase("Motion_cfgCapture", (1, 1, 0), frames="29 2 91", record={"capture_type": 1, "capture_mode": 0}),
-    AxisCase("Motion_enableCapture", (1, 1), frames="88 2 0"),
-    AxisCase("Motion_enableCapture", (1, 0), frames="98 2 0"),
-    AxisCase("Motion_enableBreakPoint", (1, 1), frames="81 2 0"),
-    AxisCase("Motion_enableBreakPoint", (1, 0), frames="91 2 0"),
+    servo("Motion_enableServoOn", GPIO=0x101, LP=-9),
+    servo("Motion_enableServoOff", GPIO=0x100, LP=9),
+    refused(capture(0, 1, LATCH_REAL | CAPTURE_RISES)),
+    capture(1, 1, LATCH_REAL | CAPTURE_FALLS),
+    capture(0, 0, LATCH_LOGICAL | CAPTURE_RISES),
+    capture(1, 0, LATCH_LOGICAL | CAPTURE_FALLS),
+    AxisCase("Motion_enableCapture", (1, 1), on(AXIS_1, MOTION_88_SYNC3EN=0)),
+    AxisCase("Motion_enableCapture", (1, 0), on(AXIS_1, MOTION_98_SYNC3DIS=0)),
+    AxisCase("Motion_enableBreakPoint", (1, 1), on(AXIS_1, MOTION_81_SYNC0EN=0)),
+    AxisCase("Motion_enableBreakPoint", (1, 0), on(AXIS_1, MOTION_91_SYNC0DIS=0)),
     AxisCase(
-        "Motion_cfgBreakPoint", (1, 0, 0, 100, 2, 3, 4), reads={"42": 0, "40": 15},
-        frames="17 2 131075, 16 2 4, 42 2 0, 22 2 3072, 40 2 0, 20 2 8, 10 2 100, 26 2 369",
-        record={"breakpoint_mode": 0, "breakpoint_polarity": 0, "breakpoint_start_position": 100,
-            "breakpoint_pulse_width": 2, "breakpoint_pulse_period": 3, "breakpoint_pulse_number": 4},
-    ),
-    AxisCase(
-        "Motion_cfgBreakPoint", (1, 1, 1, 100, 2, 3, 4), reads={"42": 65535, "40": 16, "30": -150},
-        frames="17 2 131075, 16 2 4, 42 2 0, 22 2 64511, 40 2 0, 20 2 24, 30 2 0, 10 2 -50, 26 2 369",
-        record={"breakpoint_mode": 1, "breakpoint_start_position": 100, "breakpoint_pulse_width": 2,
-            "breakpoint_pulse_period": 3, "breakpoint_pulse_number": 4},
+        "Motion_cfgBreakPoint",
+        (1, 0, 0, 100, 2, 3, 4),
+        on(AXIS_1, MOTION_17_SP1=2 << 16 | 3, MOTION_16_TM=4, MOTION_42_P2M=0, MOTION_22_P2M=0xC00)
+        + on(AXIS_1, MOTION_40_MRM=0, MOTION_20_MRM=8, MOTION_10_MR0=100, MOTION_26_S0M=START_SPLIT | COMPARED),
+        {pyzvr.MOTION_42_P2M: 0, pyzvr.MOTION_40_MRM: 15},
+        record=break_points(mode=0, polarity=0),
     ),
     AxisCase(
-        "_Motion_sendAllConfiguration", (1,),
-        frames=OUTPUT.format(2) + ", 3E 2 0, E2 2 16, 3E 2 0, E2 2 0, 3E 2 0, E2 2 2048, 3E 2 0, E2 2 0, 3E 2 0, "
-        "E2 2 0, " "3E 2 0, E2 2 0, 3E 2 0, E2 2 1024, 3E 2 0, E2 2 0, 3E 2 0, E2 2 0",
+        "Motion_cfgBreakPoint",
+        (1, 1, 1, 100, 2, 3, 4),
+        on(AXIS_1, MOTION_17_SP1=2 << 16 | 3, MOTION_16_TM=4, MOTION_42_P2M=0, MOTION_22_P2M=ALL - 0x400)
+        + on(AXIS_1, MOTION_40_MRM=0, MOTION_20_MRM=24, MOTION_30_LP=0, MOTION_10_MR0=-50)
+        + on(AXIS_1, MOTION_26_S0M=START_SPLIT | COMPARED),
+        {pyzvr.MOTION_42_P2M: ALL, pyzvr.MOTION_40_MRM: 16, pyzvr.MOTION_30_LP: -150},
+        record=break_points(mode=1),
+    ),
+    AxisCase(
+        "_Motion_sendAllConfiguration",
+        (1,),
+        outputs(AXIS_1) + rewrites(AXIS_1, WR2, WR2.SP2L, 0, WR2.HLME, 0, 0, 0, WR2.HLML, 0, 0),
     ),
     # Moves
     AxisCase(
-        "Motion_cfgAxisMove", (1, 1, -500, -400, 10000, 10000),
-        frames="06 2 -500, 05 2 400, 04 2 347, 02 2 10000, 03 2 10000, 3E 2 0, E2 2 4096",
-        record={"operation_mode": 1, "target_position": -500, "velocity": -400, "acceleration": 10000,
-            "deceleration": 10000, "stop": 1},
+        "Motion_cfgAxisMove",
+        (1, 1, -500, -400, 10000, 10000),
+        drive(AXIS_1, TP=-500, DV=400, AC=10000, DC=10000) + stops_at_limits(AXIS_1),
+        record=dict(
+            operation_mode=1, target_position=-500, velocity=-400, acceleration=10000, deceleration=10000, stop=1
+        ),
     ),
     AxisCase(
-        "Motion_cfgAxisMove", (1, 0), reads={"3F": 7, "06": 54},
-        frames="06 2 0, 05 2 10000, 04 2 347, 02 2 100000, 03 2 100000, 3E 2 0, E2 2 4096", record={"stop": 1},
+        "Motion_cfgAxisMove",
+        (1, 0),
+        drive(AXIS_1, TP=0) + stops_at_limits(AXIS_1),
+        {pyzvr.MOTION_3F_WR3: 7, pyzvr.MOTION_06_TP: REFUSED},
+        record={"stop": 1},
     ),
     AxisCase(
-        "_Motion_writeAcceleration", (1, 10, 20), reads={"3F": 5}, frames="02 2 10, 03 2 20, 3F 2 0, E3 2 2",
+        "_Motion_writeAcceleration",
+        (1, 10, 20),
+        on(AXIS_1, MOTION_02_AC=10, MOTION_03_DC=20) + rewrites(AXIS_1, WR3, WR3.DSNDE),
+        {pyzvr.MOTION_3F_WR3: WR3.MANLD | WR3.SACC},
         record={"acceleration": 10, "deceleration": 20},
     ),
+    refused(AxisCase("Motion_overrideAxisPosi", (1, -3), on(AXIS_1, MOTION_06_TP=-3), record={"target_position": -3})),
     AxisCase(
-        "Motion_overrideAxisPosi", (1, -3), reads={"06": 54}, frames="06 2 -3", result=-7019,
-        record={"target_position": -3},
+        "Motion_overrideAxisAccel",
+        (1, 9, 9),
+        on(AXIS_1, MOTION_02_AC=9, MOTION_03_DC=9),
+        record={"acceleration": 9, "deceleration": 9},
     ),
-    AxisCase(
-        "Motion_overrideAxisAccel", (1, 9, 9), frames="02 2 9, 03 2 9", record={"acceleration": 9, "deceleration": 9},
+    AxisCase("Motion_stop", (1, 0), on(AXIS_1, MOTION_56_DRVSBRK=0), record={"stop_decl": 0}),
+    refused(AxisCase("Motion_stop", (1, 1), on(AXIS_1, MOTION_57_DRVFBRK=0), record={"stop_decl": 1})),
+    refused(AxisCase("Motion_findRef", (1,), on(AXIS_1, MOTION_5A_HMSRC=0))),
+    search(
+        (1, 0, 0, 2000, 10000, 25, 1, 30),
+        on(AXIS_1, MOTION_23_H1M=1 << 15 | 0b10101),
+        on(AXIS_1, MOTION_24_H2M=0b110, MOTION_14_HV=500, MOTION_06_TP=-30),
+        {"Offset Position": 30, "Approach Velocity Percent": 25, "Enable Reset Position": 1}
+        | {"Initial Search Direction": 0, "Final Approach Direction": 0},
     ),
-    AxisCase("Motion_stop", (1, 0), frames="56 2 0", record={"stop_decl": 0}),
-    AxisCase("Motion_stop", (1, 1), reads={"57": 54}, frames="57 2 0", result=-7019, record={"stop_decl": 1}),
-    AxisCase("Motion_findRef", (1,), reads={"5A": 54}, frames="5A 2 0", result=-7019),
-    AxisCase(
-        "Motion_cfgFindRef", (1, 0, 0, 2000, 10000, 25, 1, 30),
-        frames=OUTPUT.format(2) + ", 06 2 0, 05 2 2000, 04 2 347, 02 2 10000, 03 2 10000, 23 2 32789, 3E 2 0, "
-        "E2 2 4096, " "24 2 6, 14 2 500, 06 2 -30",
-        record={"search_velocity": 2000, "search_accerleration": 10000, "velocity": 2000, "acceleration": 10000,
-            "deceleration": 10000, "stop": 1},
-        settings={"Offset Position": 30, "Approach Velocity Percent": 25, "Initial Search Direction": 0,
-            "Final Approach Direction": 0, "Enable Reset Position": 1},
+    search(
+        (1, 1, 1, 10, 4, 0.0),
+        on(AXIS_1, MOTION_23_H1M=0b1100),
+        on(AXIS_1, MOTION_24_H2M=0, MOTION_14_HV=1, MOTION_06_TP=0),
+        {"Offset Position": 0, "Approach Velocity Percent": 0.0},
     ),
-    AxisCase(
-        "Motion_cfgFindRef", (1, 1, 1, 10, 4, 0.0),
-        frames=OUTPUT.format(2) + ", 06 2 0, 05 2 10, 04 2 347, 02 2 4, 03 2 4, 23 2 12, 3E 2 0, E2 2 4096, "
-        "24 2 0, 14 2 1, " "06 2 0",
-        record={"search_type": 1, "search_velocity": 10, "search_accerleration": 4, "velocity": 10,
-            "acceleration": 4, "deceleration": 4, "stop": 1},
-        settings={"Offset Position": 0, "Approach Velocity Percent": 0.0},
+    search_mode((1, 0, 1, 1, 5, 0), 0b110111, {"Offset Position": 0, "Approach Velocity Percent": 5}),
+    search_mode(
+        (1, 2, 1, 0, 0, -1),
+        1 << 15 | 0b1101011,
+        {"Offset Position": -1, "Approach Velocity Percent": 0, "Final Approach Direction": 0},
     ),
-    AxisCase(
-        "_Motion_setAutoHome1", (1, 0, 1, 1, 5, 0), frames="23 2 55, 3E 2 0, E2 2 4096", record={"stop": 1},
-        settings={"Offset Position": 0, "Approach Velocity Percent": 5},
-    ),
-    AxisCase(
-        "_Motion_setAutoHome1", (1, 2, 1, 0, 0, -1), frames="23 2 32875, 3E 2 0, E2 2 4096", record={"stop": 1},
-        settings={"Offset Position": -1, "Approach Velocity Percent": 0, "Final Approach Direction": 0},
-    ),
-    AxisCase("Motion_getMoveStatus", (1,), reads={"E8": 13}, frames="E8 0 0", result=1),
-    AxisCase("Motion_getMoveStatus", (1,), reads={"E8": 2}, frames="E8 0 0"),
-    AxisCase("Motion_checkRef", (3,), reads={"E8": 8}, frames="E8 0 0"),
-    AxisCase("Motion_getHomeStatus", (1,), reads={"EB": 2}, frames="EB 2 0", result=1),
-    AxisCase("Motion_getLimitStatus", (1,), reads={"EB": 256}, frames="EB 2 0", result=[0, 1]),
-    AxisCase("Motion_readCapturePoint", (1,), reads={"37": -7}, frames="37 2 0", result=-7),
-    AxisCase("Motion_getLogicalPosi", (1,), reads={"30": -7}, frames="30 2 0", result=-7),
-    AxisCase("Motion_getEncoderPosi", (1,), reads={"31": -7}, frames="31 2 0", result=-7),
+    AxisCase("Motion_getMoveStatus", (1,), on(NO_AXIS, MOTION_E8_RR0=0), {pyzvr.MOTION_E8_RR0: ALL_AXES - AXIS_1}, 1),
+    AxisCase("Motion_getMoveStatus", (1,), on(NO_AXIS, MOTION_E8_RR0=0), {pyzvr.MOTION_E8_RR0: AXIS_1}),
+    AxisCase("Motion_checkRef", (3,), on(NO_AXIS, MOTION_E8_RR0=0), {pyzvr.MOTION_E8_RR0: AXIS_3}),
+    AxisCase("Motion_getHomeStatus", (1,), on(AXIS_1, MOTION_EB_RR3=0), {pyzvr.MOTION_EB_RR3: HOME}, 1),
+    AxisCase("Motion_getLimitStatus", (1,), on(AXIS_1, MOTION_EB_RR3=0), {pyzvr.MOTION_EB_RR3: REVERSE_LIMIT}, [0, 1]),
+    AxisCase("Motion_readCapturePoint", (1,), on(AXIS_1, MOTION_37_MR3=0), {pyzvr.MOTION_37_MR3: -7}, -7),
+    AxisCase("Motion_getLogicalPosi", (1,), on(AXIS_1, MOTION_30_LP=0), {pyzvr.MOTION_30_LP: -7}, -7),
+    AxisCase("Motion_getEncoderPosi", (1,), on(AXIS_1, MOTION_31_RP=0), {pyzvr.MOTION_31_RP: -7}, -7),
 ]
 
 
@@ -178,48 +232,58 @@ def test_axis_operations(ratchet, call, case):
 def test_shapes_of_acceleration(ratchet, call):
     call(ratchet, "Motion_cfgJerkAndAccelMode", 0, 1, 33, 1)
     assert call(ratchet, "_Motion_writeAcceleration", 0, 1, 10, 10) == 0
-    assert frames_of(ratchet) == "02 2 10, 03 2 10, 00 2 33, 01 2 33, 3F 2 0, E3 2 4"
+    shape = on(AXIS_1, MOTION_02_AC=10, MOTION_03_DC=10, MOTION_00_JK=33, MOTION_01_DJ=33)
+    assert frames_of(ratchet) == shape + rewrites(AXIS_1, WR3, WR3.SACC)
 
 
 def test_a_servo_that_is_active_low(ratchet, call):
     ratchet.axis_1.motion_dict["Servo On Polarity"] = 0
     call(ratchet, "Motion_enableServoOn", 0, 0)
     call(ratchet, "Motion_enableServoOff", 0, 0)
-    assert [frame for frame in take_frames(ratchet)[1] if frame[:2] == "1C"] == ["1C 1 256", "1C 1 257"]
+    switched = [frame for frame in frames_of(ratchet) if frame.code == pyzvr.MOTION_1C_GPIO]
+    assert switched == on(AXIS_0, MOTION_1C_GPIO=0x100) + on(AXIS_0, MOTION_1C_GPIO=0x101)
 
 
 def test_inputs_go_by_the_level_of_the_forward_limit(ratchet, call):
     ratchet.axis_1.motion_dict.update({"Forward Polarity": 0, "Home Polarity": 1})
-    ratchet.chip.values = {"EB": 0b010000010}
+    ratchet.chip.values = {pyzvr.MOTION_EB_RR3: HOME | FORWARD_LIMIT}
     assert call(ratchet, "Motion_getHomeStatus", 0, 0) == 0
     assert call(ratchet, "Motion_getLimitStatus", 0, 0) == [0, 1]
 
 
 @pytest.mark.parametrize(
-    "mode, velocity, frame",
-    [(0, 1, "54"), (1, 1, "50"), (2, 0, "52"), (2, -1, "53"), (0, None, "54"), (1, "fast", "50")],
+    "code, records",
+    [
+        (pyzvr.MOTION_54_DRVAB, [(0, 1), (0, None)]),
+        (pyzvr.MOTION_50_DRVRL, [(1, 1), (1, "fast")]),
+        (pyzvr.MOTION_52_DRVVP, [(2, 0)]),
+        (pyzvr.MOTION_53_DRVVM, [(2, -1)]),
+    ],
 )
-def test_a_move_starts_by_the_record(ratchet, call, mode, velocity, frame):
-    ratchet.axis_3.operation_mode, ratchet.axis_3.velocity = mode, velocity
-    ratchet.chip.values[frame] = 54
-    assert call(ratchet, "Motion_startSingleAxisMove", 0, 2) == -7019
-    assert frames_of(ratchet) == frame + " 4 0"
+def test_a_move_starts_by_the_record(ratchet, call, code, records):
+    ratchet.chip.values[code] = REFUSED
+    for ratchet.axis_3.operation_mode, ratchet.axis_3.velocity in records:
+        assert call(ratchet, "Motion_startSingleAxisMove", 0, 2) == pyzvr.errFirmwareMotion
+        assert frames_of(ratchet) == [Frame(code, AXIS_2)]
+
+
+def waiting(axes, TP):
+    """Frames that set up an axis and hold its start back."""
+    return outputs(axes) + drive(axes, TP) + stops_at_limits(axes) + on(axes, MOTION_77_DHOLD=0)
 
 
 def test_a_synchronous_start_stops_at_its_release(ratchet, call):
     ratchet.axis_4.target_position, ratchet.axis_4.operation_mode = 70, 1
-    each = "3F {0} 0, E3 {0} 24, 06 {0} {1}, 05 {0} 10000, 04 {0} 347, 02 {0} 100000, 03 {0} 100000, 3E {0} 0, " \
-           "E2 {0} 4096, 77 {0} 0, {2} {0} 0"
-    expected = each.format(8, 70, 50) + ", " + each.format(1, 0, 54)
+    expected = waiting(AXIS_3, 70) + on(AXIS_3, MOTION_50_DRVRL=0) + waiting(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)
     with pytest.raises(AttributeError, match="_checkMotionAxis"):
         call(ratchet, "Motion_startMultiAxisMove", 0, [3, 0])
     assert frames_of(ratchet) == expected
     ratchet._checkMotionAxis = lambda mask: None
     assert call(ratchet, "Motion_startMultiAxisMove", 0, [3, 0]) == 0
-    assert frames_of(ratchet) == expected + ", 78 9 0"
+    assert frames_of(ratchet) == expected + on(AXIS_0 | AXIS_3, MOTION_78_DFREE=0)
     with pytest.raises(pyzvr.InputTypeNotCorrectError):
         call(ratchet, "Motion_startMultiAxisMove", 0, [3, "0"])
-    assert frames_of(ratchet) == ""
+    assert frames_of(ratchet) == []
 
 
 def test_overriding_the_speed_of_a_move(ratchet, call):
@@ -227,12 +291,16 @@ def test_overriding_the_speed_of_a_move(ratchet, call):
         call(ratchet, "Motion_overrideAxisVelocity", 0, 0, velocity)
         return frames_of(ratchet), ratchet.axis_1.velocity, ratchet.axis_1.velocity_move_direction
 
-    assert override(-5) == ("05 1 5", -5, 0)
+    def turn(after, speed):
+        then = dict(MOTION_82_SYNC1EN=0, MOTION_56_DRVSBRK=0, MOTION_05_DV=speed)
+        return on(AXIS_0, MOTION_00_JK=0, MOTION_27_S1M=after | DRIVE_ENDS, **then)
+
+    assert override(-5) == (on(AXIS_0, MOTION_05_DV=5), -5, 0)
     ratchet.axis_1.operation_mode = 2
-    assert override(-6) == ("05 1 6", -6, 0)
-    assert override(7) == ("00 1 0, 27 1 214, 82 1 0, 56 1 0, 05 1 7", 7, 1)
-    assert override(8) == ("05 1 8", 8, 1)
-    assert override(0) == ("00 1 0, 27 1 230, 82 1 0, 56 1 0, 05 1 0", 0, 0)
+    assert override(-6) == (on(AXIS_0, MOTION_05_DV=6), -6, 0)
+    assert override(7) == (turn(START_FORWARD, 7), 7, 1)
+    assert override(8) == (on(AXIS_0, MOTION_05_DV=8), 8, 1)
+    assert override(0) == (turn(START_REVERSE, 0), 0, 0)
 
 
 def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
@@ -240,34 +308,33 @@ def test_an_axis_that_there_is_not_is_told_but_not_refused(ratchet, call):
     assert ratchet._checkMCX514Axis(3) is True
     assert ratchet._checkMCX514Axis(9, False) is True
     assert call(ratchet, "Motion_stop", 0, 7, 1) == 0
-    assert frames_of(ratchet) == "57 128 0"
+    assert frames_of(ratchet) == on(1 << 7, MOTION_57_DRVFBRK=0)
     assert ratchet.axis_4.stop_decl == 1
     assert ratchet._getAxisHandle(7) is ratchet.axis_4
 
 
 # A position of a bit is not negative: what has to be sent before a bit is asked for is sent, and no more.
-@pytest.mark.parametrize("operation, arguments, frames",
-                         [("Motion_stop", (-1, 0), "56 0 0"), ("Motion_findRef", (-2,), "5A 0 0"),
-                          ("Motion_getLogicalPosi", (-1,), "30 0 0"), ("Motion_getMoveStatus", (-1,), "E8 0 0"),
-                          ("Motion_startMultiAxisMove",
-                           ([0, -1],), "3F 1 0, E3 1 24, 06 1 0, 05 1 10000, 04 1 347, 02 1 100000, "
-                           "03 1 100000, 3E 1 0, E2 1 4096, 77 1 0, 54 1 0"),
-                          ("Motion_cfg2AxisLinearInterpo", (1, 5, -1, 6), "3F 0 0, E3 0 24, 3F 2 0, E3 2 24"),
-                          ("Motion_cfgCircularInterpo", (0, -1, 1, 2, 3, 4, 0), "3F 1 0, E3 1 24, 3F 0 0, E3 0 24")])
+@pytest.mark.parametrize(
+    "operation, arguments, frames",
+    [
+        ("Motion_stop", (-1, 0), on(NO_AXIS, MOTION_56_DRVSBRK=0)),
+        ("Motion_findRef", (-2,), on(NO_AXIS, MOTION_5A_HMSRC=0)),
+        ("Motion_getLogicalPosi", (-1,), on(NO_AXIS, MOTION_30_LP=0)),
+        ("Motion_getMoveStatus", (-1,), on(NO_AXIS, MOTION_E8_RR0=0)),
+        ("Motion_startMultiAxisMove", ([0, -1],), waiting(AXIS_0, 0) + on(AXIS_0, MOTION_54_DRVAB=0)),
+        ("Motion_cfg2AxisLinearInterpo", (1, 5, -1, 6), outputs(NO_AXIS, AXIS_1)),
+        ("Motion_cfgCircularInterpo", (0, -1, 1, 2, 3, 4, 0), outputs(AXIS_0, NO_AXIS)),
+    ],
+)
 def test_a_negative_axis_goes_on_as_far_as_its_steps_lead(ratchet, call, operation, arguments, frames):
-    fails = len(frames) > 7 or operation == "Motion_getMoveStatus"
+    fails = len(frames) > 1 or operation == "Motion_getMoveStatus"
     with pytest.raises(ValueError, match="index: .*negative") if fails else contextlib.nullcontext():
         call(ratchet, operation, 0, *arguments)
     assert frames_of(ratchet) == frames
     if operation == "Motion_cfg2AxisLinearInterpo":
         record = ratchet.linear_interpo
-        assert (record.main_axis, record.main_dest, record.second_axis, record.mode, record.speed) == (
-            -1,
-            6,
-            1,
-            2,
-            10000,
-        )
+        found = record.main_axis, record.main_dest, record.second_axis, record.mode, record.speed
+        assert found == (-1, 6, 1, 2, 10000)
 
 
 @pytest.mark.parametrize("ending", ["", "_async"])
@@ -290,8 +357,8 @@ def test_registers_come_back_as_the_reply_was(pawl, call):
 
     for reply in (bytes(range(7)), list(range(7)), bytearray(range(7))):
         pawl._echoPacketWithRetry, pawl._echoPacketWithRetry_async = lambda *_, **__: reply, lambda *_: given(reply)
-        assert call(pawl, "_Motion_read", 0, 1) == reply[3:]
-        assert type(call(pawl, "_Motion_read", 0, 1)) is type(reply)
+        assert call(pawl, "_Motion_read", 0, pyzvr.PAWL_01_GSTAT) == reply[3:]
+        assert type(call(pawl, "_Motion_read", 0, pyzvr.PAWL_01_GSTAT)) is type(reply)
         assert call(pawl, "_Motion_readDI", 0) is reply
         assert call(pawl, "Motion_getProcessState", 0) == (1, reply[2:])
         assert call(pawl, "Motion_readCurrentVelocity", 0) == 0x03040506

@@ -6,7 +6,7 @@ import threading
 
 import pytest
 from forms import awaited
-from motion_products import connectors_of
+from motion_products import AXIS_0, AXIS_1, AXIS_2, AXIS_3, connectors_of
 from peer import Peer
 
 import pyzvr
@@ -42,14 +42,14 @@ def test_some_steps_map_a_slot_twice(chassis, call):
 
 def test_four_axes_from_one_loop_over_a_socket_that_answers_out_of_order():
     """Replies to all requests that wait are sent in turned order, some in pieces: each must reach its own axis."""
-    waiting, lock = [], threading.Lock()
+    waiting, lock, header = [], threading.Lock(), bytes([2, 0, 8, pyzvr.MOTION])
 
     def answer(connection, data):
         with lock:
-            for frame in re.findall(rb"\x02\x00\x08\xd0(.{7})\r\n", data, re.DOTALL):
+            for frame in re.findall(header + rb"(.{7})\r\n", data, re.DOTALL):
                 axis = frame[2]
                 value = 1000 * axis + frame[1] if frame[1] in (pyzvr.MOTION_30_LP, pyzvr.MOTION_31_RP) else 0
-                waiting.append(b"\x02\x00\x08\xd0" + frame[:3] + value.to_bytes(4, "big") + b"\r\n")
+                waiting.append(header + frame[:3] + value.to_bytes(4, "big") + b"\r\n")
             if len(waiting) >= 4:
                 stream = b"".join(reversed(waiting))
                 waiting.clear()
@@ -69,4 +69,5 @@ def test_four_axes_from_one_loop_over_a_socket_that_answers_out_of_order():
         ratchet.connect("127.0.0.1", peer.port, verbose=False)
         results = asyncio.run(all_axes(ratchet))
     peer.close()
-    assert results == [(0, [1000 * mask + 48, 1000 * mask + 49]) for mask in (1, 2, 4, 8)]
+    read = pyzvr.MOTION_30_LP, pyzvr.MOTION_31_RP
+    assert results == [(0, [1000 * mask + code for code in read]) for mask in (AXIS_0, AXIS_1, AXIS_2, AXIS_3)]

@@ -5,7 +5,7 @@ import struct
 from pathlib import Path
 
 import pytest
-from motion_products import frames_of
+from motion_products import AXIS_1, AXIS_2, AXIS_3, REFUSED, frames_of, on
 
 import pyzvr
 
@@ -33,11 +33,11 @@ def test_constants_say_their_number():
 
 
 def test_statuses_numbers_and_axes_of_the_driver(ratchet, call):
-    for status, result in [(0, 0), (54, -7019), (14, -7028)]:
-        ratchet.chip.values["00"] = status
+    for status, result in [(0, 0), (REFUSED, -7019), (14, -7028)]:
+        ratchet.chip.values[pyzvr.MOTION_00_JK] = status
         assert call(ratchet, "_Motion_setAccelerationJerk", 0, 3, 1) == result
     assert call(ratchet, "_Motion_setAcceleration", 0, 7, 12.9) == 0
-    assert frames_of(ratchet) == "00 8 1, 00 8 1, 00 8 1, 02 128 12"
+    assert frames_of(ratchet) == 3 * on(AXIS_3, MOTION_00_JK=1) + on(1 << 7, MOTION_02_AC=12)
     for arguments, error in [((0, 8, 1), ValueError), ((256, 0, 1), ValueError), ((0, 0, -1), OverflowError),
                                ((0, 0, "1"), TypeError), ((0, "0", 1), TypeError)]:
         with pytest.raises(error):
@@ -53,7 +53,7 @@ def test_statuses_numbers_and_axes_of_the_driver(ratchet, call):
 def test_a_release_needs_a_check_that_nobody_has(ratchet, call):
     with pytest.raises(AttributeError, match="_checkMotionAxis"):
         call(ratchet, "_Motion_releaseDrivingStart", 0, 6)
-    assert frames_of(ratchet) == ""
+    assert frames_of(ratchet) == []
     ratchet._checkMotionAxis = lambda mask: None
     assert call(ratchet, "_Motion_releaseDrivingStart", 0, 6) == 0
-    assert frames_of(ratchet) == "78 6 0"
+    assert frames_of(ratchet) == on(AXIS_1 | AXIS_2, MOTION_78_DFREE=0)

@@ -12,7 +12,8 @@ from pathlib import Path
 from unittest import mock
 
 import pytest
-from motion_products import connectors_of, handle, registers, sent_by, take_frames
+from motion_products import AXIS_0, AXIS_1, AXIS_3, WR2, WR3, Frame, connectors_of, handle, outputs, registers
+from motion_products import rewritten, sent_by, take_frames, writes
 from simulators import connected
 
 import pyzvr
@@ -54,9 +55,9 @@ def test_settings_go_through_a_file(ratchet, call, ini):
         connectors, frames = take_frames(other)
         assert set(connectors) == {0}
         assert len(frames) == 4 * 20
-        assert frames[:2] == ["3F 1 0", "E3 1 24"]
-        assert frames[61] == "E3 8 0"
-        assert "E2 2 8" in frames
+        assert frames[:2] == outputs(AXIS_0)
+        assert frames[61] == Frame(pyzvr.MOTION_E3_WR3, AXIS_3, 0)
+        assert Frame(pyzvr.MOTION_E2_WR2, AXIS_1, WR2.SP1E) in frames
 
 
 def axes_of(product):
@@ -148,12 +149,8 @@ def test_a_save_writes_into_the_file_itself(ratchet, call, ini):
     assert call(ratchet, "Motion_saveCfgFile") == 0
     assert second.read_text() == ini.read_text() == text
     after = ini.stat()
-    assert (after.st_ino, after.st_nlink, after.st_mode, after.st_uid) == (
-        before.st_ino,
-        2,
-        before.st_mode,
-        before.st_uid,
-    )
+    kept = after.st_ino, after.st_nlink, after.st_mode, after.st_uid
+    assert kept == (before.st_ino, 2, before.st_mode, before.st_uid)
     assert set(ini.parent.iterdir()) == {ini, second}
 
 
@@ -209,7 +206,8 @@ def test_the_drive_keeps_one_axis(pawl, call, ini):
     pawl.axis.motion_dict.update({"Reverse Enable": 1, "Inverse Motion Direction": 0})
     assert call(pawl, "Motion_loadCfgFile") == 0
     assert (pawl.axis.motion_dict["Reverse Enable"], pawl.axis.motion_dict["Inverse Motion Direction"]) == (0, 1)
-    assert sent_by(pawl) == [("3A", 0), "00", ("00", 16), "34", ("34", 16), "34", ("34", 1)]
+    switches = rewritten(PAWL_00_GCONF=16, PAWL_34_SWMODE=16) + rewritten(PAWL_34_SWMODE=1)
+    assert sent_by(pawl) == writes(PAWL_3A_ENC_CONST=0) + switches
 
 
 def test_a_simulated_axis_takes_its_settings_and_moves(ini):
@@ -223,7 +221,8 @@ def test_a_simulated_axis_takes_its_settings_and_moves(ini):
             pass
         return words, [await ratchet.Motion_getLogicalPosi_async(0, axis) for axis in range(4)]
 
+    words = WR2.SP2L | WR2.HLML | WR2.HLME | WR2.HLMM, WR3.DSNDE | WR3.DPMD0 | WR3.DPMD1
     with connected("Ratchet") as ratchet:
-        assert asyncio.run(move(ratchet)) == ((0b1110000010000, 0b11010), [0, 0, -300, 0])
+        assert asyncio.run(move(ratchet)) == (words, [0, 0, -300, 0])
         with pytest.raises(pyzvr.MotionPortNotAvaliable):
             ratchet.Motion_open(1)

@@ -6,7 +6,7 @@ from typing import NamedTuple
 
 import pytest
 from cases import Exchange, operation_of
-from motion_products import WRONG, registers, sent_by
+from motion_products import DRIVE_REFUSED, REFUSED, WRONG, reads, registers, rewritten, sent_by, writes
 from simulators import connected
 
 import pyzvr
@@ -14,63 +14,48 @@ import pyzvr
 pytestmark = pytest.mark.filterwarnings("ignore:Warning -9")
 
 I32, U32 = pyzvr.convertI32To4U8, pyzvr.convertU32To4U8
-FIND = [0, *U32(1), *U32(2), *U32(3), 4, 5, *I32(-6)]
+PLACE = pyzvr.PAWL_21_XACTUAL
+RESULTS = {0: 0, REFUSED: pyzvr.errFirmwareMotion, DRIVE_REFUSED: pyzvr.errFirmwareDrive}
+FIND = [*U32(1), *U32(2), *U32(3), 4, 5, *I32(-6)]
+
+
+def started(operation, command, arguments, *sent, status=0):
+    """A case on port 0: what goes to the drive after the port, and the status that it replies."""
+    return Exchange(operation, (0, *arguments), command, [0, *sent], bytes([0, status]), RESULTS[status])
+
+
 DRIVE = [
-    Exchange(
-        "Motion_startVelocticyMove", (0, 1, -1, 2, 3), command="START_V_MOVE",
-        sent=[0, *U32(1), *U32(2), *U32(3), 255], reply=b"\0\0", result=0,
+    started("Motion_startVelocticyMove", "START_V_MOVE", (1, -1, 2, 3), *U32(1), *U32(2), *U32(3), 255),
+    started(
+        "Motion_startPositionMove",
+        "START_P_MOVE",
+        (-9, 1, 2, 3, 7),
+        *(*I32(-9), *U32(1), *U32(2), *U32(3), 7),
+        status=DRIVE_REFUSED,
     ),
-    Exchange(
-        "Motion_startPositionMove", (0, -9, 1, 2, 3, 7), command="START_P_MOVE",
-        sent=[0, *I32(-9), *U32(1), *U32(2), *U32(3), 7], reply=b"\0\x37", result=-7020,
+    started("Motion_startScanMove", "START_SCAN_MOVE", (-9, 9, 1, 2), *I32(-9), *I32(9), *U32(1), *U32(2)),
+    started(
+        "Motion_startFindLimit",
+        "START_FIND_END",
+        (257, 1, 2, 3, -4, "true"),
+        *(1, *U32(1), *U32(2), *U32(3), *I32(-4), 1),
     ),
+    started("Motion_startFindHome", "START_FIND_HOME", (1, 2, 3, 4, 5, -6, "true"), *FIND, 1),
+    started("Motion_startFindHome", "START_FIND_HOME", (1, 2, 3, 260, 261, -6, True), *FIND, 0),
+    started("Motion_startFindZPolarity", "START_FIND_Z", (1, 2, 3, 4, 5, -6, "True"), *FIND, 0, status=REFUSED),
+    Exchange("Motion_getProcessState", (0,), "GET_PROC_STATE", sent=[0], reply=b"\0\5rest", result=(5, b"rest")),
+    started("Motion_stopProcess", "STOP_PROC", (), status=DRIVE_REFUSED),
+    started("Motion_resetFactory", "RESET_FACTORY", ()),
+    Exchange("Motion_enableServoOn", (0,), pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 0], reply=b"", result=0),
+    Exchange("Motion_enableServoOff", (0,), pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 1], reply=b"", result=0),
+    Exchange("_Motion_writeDO", (3, 4, 1), pyzvr.SET_AND_WRITE_DO, sent=[3, 0, 16, 0, 16], reply=b"", result=0),
+    Exchange("_Motion_readDI", (3,), pyzvr.READ_AND_GET_DI, sent=[3, 0, 7], reply=b"abc", result=b"abc"),
     Exchange(
-        "Motion_startScanMove", (0, -9, 9, 1, 2), command="START_SCAN_MOVE",
-        sent=[0, *I32(-9), *I32(9), *U32(1), *U32(2)], reply=b"\0\0", result=0,
+        "Motion_getLimitStatus", (0,), pyzvr.READ_AND_GET_DI, sent=[1, 0, 7], reply=b"\1\xff\5more", result=[1, 0, 1]
     ),
+    Exchange("_Motion_read", (1, PLACE), "READ_REG", sent=[1, PLACE], reply=b"\1\0\0rest", result=b"rest"),
     Exchange(
-        "Motion_startFindLimit", (0, 257, 1, 2, 3, -4, "true"), command="START_FIND_END",
-        sent=[0, 1, *U32(1), *U32(2), *U32(3), *I32(-4), 1], reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindHome", (0, 1, 2, 3, 4, 5, -6, "true"), command="START_FIND_HOME", sent=[*FIND, 1],
-        reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindHome", (0, 1, 2, 3, 260, 261, -6, True), command="START_FIND_HOME", sent=[*FIND, 0],
-        reply=b"\0\0", result=0,
-    ),
-    Exchange(
-        "Motion_startFindZPolarity", (0, 1, 2, 3, 4, 5, -6, "True"), command="START_FIND_Z", sent=[*FIND, 0],
-        reply=b"\0\x36", result=-7019,
-    ),
-    Exchange(
-        "Motion_getProcessState", (0,), command="GET_PROC_STATE", sent=[0], reply=b"\0\5rest", result=(5, b"rest"),
-    ),
-    Exchange("Motion_stopProcess", (0,), command="STOP_PROC", sent=[0], reply=b"\0\x37", result=-7020),
-    Exchange("Motion_resetFactory", (0,), command="RESET_FACTORY", sent=[0], reply=b"\0\0", result=0),
-    Exchange("Motion_enableServoOn", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 0], reply=b"", result=0),
-    Exchange(
-        "Motion_enableServoOff", (0,), command=pyzvr.SET_AND_WRITE_DO, sent=[2, 0, 1, 0, 1], reply=b"", result=0,
-    ),
-    Exchange(
-        "_Motion_writeDO", (3, 4, 1), command=pyzvr.SET_AND_WRITE_DO, sent=[3, 0, 16, 0, 16], reply=b"", result=0,
-    ),
-    Exchange("_Motion_readDI", (3,), command=pyzvr.READ_AND_GET_DI, sent=[3, 0, 7], reply=b"abc", result=b"abc"),
-    Exchange(
-        "Motion_getLimitStatus", (0,), command=pyzvr.READ_AND_GET_DI, sent=[1, 0, 7], reply=b"\1\xff\x05more",
-        result=[1, 0, 1],
-    ),
-    Exchange(
-        "_Motion_read", (1, 0x21), command="READ_REG", sent=[1, 0x21], reply=b"\1\0\0\1\2\3\4", result=b"\1\2\3\4",
-    ),
-    Exchange(
-        "_Motion_write", (1, 0x21, 5), command="WRITE_REG", sent=[1, 0x21, 0, 0, 0, 0, 5], reply=b"\1\0\0\0\0\0\x36",
-        result=54,
-    ),
-    Exchange(
-        "_Motion_clearFault", (0,), command="WRITE_REG", sent=[0, 1, 0, 0, 0, 0, 31], reply=b"\0\0\0\0\0\0\0",
-        result=0,
+        "_Motion_write", (1, PLACE, 5), "WRITE_REG", [1, PLACE, 0, *U32(5)], bytes([1, 0, 0, 0, 0, 0, REFUSED]), REFUSED
     ),
 ]
 
@@ -88,53 +73,67 @@ class RegisterCase(NamedTuple):
 
     operation: str
     arguments: tuple  # after the port
-    reads: dict = {}  # values of registers
-    sent: list = []  # numbers of registers that are read, and pairs of number and value that are written
+    sent: list = []
+    held: dict = {}  # values of registers
     result: object = 9  # the status that a write gives
 
 
+def reading(operation, result, **held):
+    """A case that reads registers, which hold these values."""
+    values = {getattr(pyzvr, name): value for name, value in held.items()}
+    return RegisterCase(operation, (), reads(*values), values, result)
+
+
+def rewriting(operation, arguments, **values):
+    """A case that reads and writes one register after the other: what it holds, and what is written."""
+    held = {getattr(pyzvr, name): before for name, (before, _) in values.items()}
+    return RegisterCase(operation, arguments, rewritten(**{name: after for name, (_, after) in values.items()}), held)
+
+
 REGISTERS = [
-    RegisterCase("_Motion_setGlobalConfig", (7,), sent=[("00", 7)]),
-    RegisterCase("_Motion_getGlobalConfig", (), reads={0: 258}, sent=["00"], result=b"\0\0\1\2"),
-    RegisterCase("_Motion_setGlobalStatus", (7,), sent=[("01", 7)]),
-    RegisterCase("_Motion_getGlobalStatus", (), reads={1: 3}, sent=["01"], result=b"\0\0\0\3"),
-    RegisterCase("_Motion_setRampMode", (3,), sent=[("20", 3)]),
-    RegisterCase("_Motion_resetPosition", (5,), sent=[("21", 5)]),
-    RegisterCase("_Motion_readCurrentPosition", (), reads={33: 1}, sent=["21"], result=b"\0\0\0\1"),
-    RegisterCase("_Motion_readCurrentVelocity", (), reads={34: 1}, sent=["22"], result=b"\0\0\0\1"),
-    RegisterCase("_Motion_setLimitSwitch", (1,), sent=[("34", 1)]),
-    RegisterCase("_Motion_getLimitSwitch", (), reads={52: 1}, sent=["34"], result=b"\0\0\0\1"),
-    RegisterCase("_Motion_setEncoderPosition", (1,), sent=[("39", 1)]),
-    RegisterCase("_Motion_readEncoderPosition", (), reads={57: 1}, sent=["39"], result=b"\0\0\0\1"),
-    RegisterCase("_Motion_setEncoderDirection", (1,), sent=[("3A", 1)]),
-    RegisterCase("_Motion_readEncoderDirection", (), reads={58: 1}, sent=["3A"], result=b"\0\0\0\1"),
+    RegisterCase("_Motion_setGlobalConfig", (7,), writes(PAWL_00_GCONF=7)),
+    reading("_Motion_getGlobalConfig", b"\0\0\1\2", PAWL_00_GCONF=258),
+    RegisterCase("_Motion_clearFault", (), writes(PAWL_01_GSTAT=31)),
+    RegisterCase("_Motion_setGlobalStatus", (7,), writes(PAWL_01_GSTAT=7)),
+    reading("_Motion_getGlobalStatus", b"\0\0\0\3", PAWL_01_GSTAT=3),
+    RegisterCase("_Motion_setRampMode", (3,), writes(PAWL_20_RAMPMODE=3)),
+    RegisterCase("_Motion_resetPosition", (5,), writes(PAWL_21_XACTUAL=5)),
+    reading("_Motion_readCurrentPosition", b"\0\0\0\1", PAWL_21_XACTUAL=1),
+    reading("_Motion_readCurrentVelocity", b"\0\0\0\1", PAWL_22_VACTUAL=1),
+    RegisterCase("_Motion_setLimitSwitch", (1,), writes(PAWL_34_SWMODE=1)),
+    reading("_Motion_getLimitSwitch", b"\0\0\0\1", PAWL_34_SWMODE=1),
+    RegisterCase("_Motion_setEncoderPosition", (1,), writes(PAWL_39_XENC=1)),
+    reading("_Motion_readEncoderPosition", b"\0\0\0\1", PAWL_39_XENC=1),
+    RegisterCase("_Motion_setEncoderDirection", (1,), writes(PAWL_3A_ENC_CONST=1)),
+    reading("_Motion_readEncoderDirection", b"\0\0\0\1", PAWL_3A_ENC_CONST=1),
     RegisterCase(
-        "_Motion_setRamp", (),
-        sent=[("23", 0), ("2B", 500), ("24", 100000), ("2F", 100000), ("26", 100000), ("2A", 100000), ("30",
-            100000), ("28", 100000)],
+        "_Motion_setRamp",
+        (),
+        writes(PAWL_23_VSTART=0, PAWL_2B_VSTOP=500, PAWL_24_A1=100000, PAWL_2F_A2=100000)
+        + writes(PAWL_26_AMAX=100000, PAWL_2A_D1=100000, PAWL_30_D2=100000, PAWL_28_DMAX=100000),
     ),
     RegisterCase("_Motion_getServeoOnStatus", (), result=0),
     RegisterCase("Motion_open", (), result=0),
     RegisterCase("Motion_close", (), result=0),
-    RegisterCase("Motion_readCurrentVelocity", (), reads={34: 4294967295}, sent=["22"], result=4294967295),
-    RegisterCase("Motion_readEncoderPosition", (), reads={33: 7, 57: 8}, sent=["39", "21"], result=[8, 7]),
-    RegisterCase("Motion_getAlarmStatus", (), reads={1: 0xFFFFEFF9}, sent=["01"], result=0),
-    RegisterCase("Motion_getAlarmStatus", (), reads={1: 0x1000}, sent=["01"], result=1),
-    RegisterCase("Motion_getAlarmStatus", (), reads={1: 4}, sent=["01"], result=1),
-    RegisterCase("Motion_getAlarmStatus", (), reads={1: 2}, sent=["01"], result=1),
-    RegisterCase("Motion_rstEncoderPosi", (6,), sent=[("20", 3), ("21", 6), ("39", 6)]),
-    RegisterCase("Motion_rstEncoderPosi", (), sent=[("20", 3), ("21", 0), ("39", 0)]),
-    RegisterCase("Motion_cfgEncoder", (0, 6), sent=[("21", 6), ("39", 6), ("3A", 1)]),
-    RegisterCase("Motion_cfgAxisDirection", (1,), reads={0: 8, 52: 3}, sent=["00", ("00", 24), "34", ("34", 19)]),
-    RegisterCase("Motion_cfgAxisDirection", (7,), reads={0: 24, 52: 19}, sent=["00", ("00", 8), "34", ("34", 3)]),
-    RegisterCase("Motion_cfgLimit", (1, 0, 0), reads={52: 0xFFFFFFF0}, sent=["34", ("34", 0xFFFD)]),
-    RegisterCase("Motion_cfgLimit", (0, 1, 1), reads={52: 0x12345F}, sent=["34", ("34", 0x3452)]),
+    reading("Motion_readCurrentVelocity", 4294967295, PAWL_22_VACTUAL=4294967295),
+    reading("Motion_readEncoderPosition", [8, 7], PAWL_39_XENC=8, PAWL_21_XACTUAL=7),
+    reading("Motion_getAlarmStatus", 0, PAWL_01_GSTAT=0xFFFFEFF9),
+    reading("Motion_getAlarmStatus", 1, PAWL_01_GSTAT=0x1000),
+    reading("Motion_getAlarmStatus", 1, PAWL_01_GSTAT=4),
+    reading("Motion_getAlarmStatus", 1, PAWL_01_GSTAT=2),
+    RegisterCase("Motion_rstEncoderPosi", (6,), writes(PAWL_20_RAMPMODE=3, PAWL_21_XACTUAL=6, PAWL_39_XENC=6)),
+    RegisterCase("Motion_rstEncoderPosi", (), writes(PAWL_20_RAMPMODE=3, PAWL_21_XACTUAL=0, PAWL_39_XENC=0)),
+    RegisterCase("Motion_cfgEncoder", (0, 6), writes(PAWL_21_XACTUAL=6, PAWL_39_XENC=6, PAWL_3A_ENC_CONST=1)),
+    rewriting("Motion_cfgAxisDirection", (1,), PAWL_00_GCONF=(8, 24), PAWL_34_SWMODE=(3, 19)),
+    rewriting("Motion_cfgAxisDirection", (7,), PAWL_00_GCONF=(24, 8), PAWL_34_SWMODE=(19, 3)),
+    rewriting("Motion_cfgLimit", (1, 0, 0), PAWL_34_SWMODE=(0xFFFFFFF0, 0xFFFD)),
+    rewriting("Motion_cfgLimit", (0, 1, 1), PAWL_34_SWMODE=(0x12345F, 0x3452)),
 ]
 
 
 @pytest.mark.parametrize("case", REGISTERS, ids=operation_of)
 def test_registers_of_the_drive(pawl, call, case):
-    registers(pawl, case.reads, status=9)
+    registers(pawl, case.held, status=9)
     assert call(pawl, case.operation, 0, *case.arguments) == case.result
     assert sent_by(pawl) == case.sent
 
@@ -150,17 +149,15 @@ def test_what_the_drive_remembers(pawl, call):
     assert call(pawl, "_Motion_getInpositionStatus", 0) == pawl.status_bit2_sg2 == pawl.status_bit7_stopr == 1
     assert (pawl.status_bit0_resetflag, pawl.status_bit3_standstill, pawl.status_bit6_stopl) == (0, 0, 0)
     call(pawl, "Motion_cfgLimit", 0, 0, 1, 0)
-    assert [
-        pawl.axis.motion_dict[key]
-        for key in ("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity")
-    ] == [0, 1, 0, 0]
+    limits = ("Forward Enable", "Reverse Enable", "Forward Polarity", "Reverse Polarity")
+    assert [pawl.axis.motion_dict[key] for key in limits] == [0, 1, 0, 0]
 
 
 def test_what_fails_on_the_drive(pawl, call):
     registers(pawl)
     with pytest.raises(OverflowError):
         call(pawl, "Motion_cfgEncoder", 0, 1, 5)
-    assert sent_by(pawl) == [("21", 5), ("39", 5)]
+    assert sent_by(pawl) == writes(PAWL_21_XACTUAL=5, PAWL_39_XENC=5)
     for operation, arguments, error in [
             ("Motion_open", (1,), pyzvr.PAWLPortNotAvaliable), ("Motion_resetFactory", ("0",), WRONG),
             ("_Motion_getServeoOnStatus", (2,), pyzvr.PAWLPortNotAvaliable),

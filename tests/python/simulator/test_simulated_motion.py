@@ -5,12 +5,13 @@ import socket
 import struct
 
 import pytest
+from motion_products import ALL_AXES, AXIS_0, AXIS_1, AXIS_2, AXIS_3, DRIVE_REFUSED, NO_AXIS, REFUSED, TWO_AXES, WR2
+from motion_products import FORWARD_LIMIT, REVERSE_LIMIT
 from simulators import running_simulator
 
 import pyzvr
 
-READ_LP, READ_RP, READ_CV, RR0, RR3 = 0x30, 0x31, 0x32, 0xE8, 0xEB
-MOTION_REFUSED, DRIVE_REFUSED, NOT_ENABLED, TOO_SHORT = 54, 55, 10, 80
+NOT_ENABLED, TOO_SHORT = 10, 80  # statuses of any command
 
 
 class Wire:
@@ -37,21 +38,21 @@ class Wire:
 class Chip(Wire):
     connector = 0
 
-    def run(self, code, mask=0, value=0):
-        header = bytes([self.connector, code, mask])
+    def run(self, code, axes=NO_AXIS, value=0):
+        header = bytes([self.connector, code, axes])
         reply = self.exchange(pyzvr.MOTION, header, struct.pack(">i", value))
         assert len(reply) == 7 and reply[:3] == header
         return struct.unpack(">i", reply[3:])[0]
 
-    def set(self, mask, **values):
-        codes = {"accel": 2, "decel": 3, "initial": 4, "speed": 5, "target": 6, "centre": 8}
-        assert [self.run(codes[name], mask, value) for name, value in values.items()] == [0] * len(values)
+    def do(self, axes, **values):
+        """Runs sub-commands, by their names with their values. None is refused."""
+        assert [self.run(getattr(pyzvr, name), axes, value) for name, value in values.items()] == [0] * len(values)
 
     def settle(self):
         """Waits until nothing drives; the positions that were seen on the way."""
         seen = []
-        while self.run(RR0) & 15:
-            seen.append(tuple(self.run(READ_LP, 1 << axis) for axis in range(4)))
+        while self.run(pyzvr.MOTION_E8_RR0) & ALL_AXES:
+            seen.append(tuple(self.run(pyzvr.MOTION_30_LP, 1 << axis) for axis in range(4)))
         return seen
 
 
@@ -63,113 +64,116 @@ def chip():
 
 def test_every_code_is_answered_and_no_other(chip):
     for axis in range(4):
-        chip.set(1 << axis, target=10 + axis, centre=20, accel=100000, speed=100000)
-    assert chip.run(0x2A, 0, 0b1000111) == 0
+        chip.do(1 << axis, MOTION_06_TP=10 + axis, MOTION_08_CP=20, MOTION_02_AC=100000, MOTION_05_DV=100000)
+    chip.do(NO_AXIS, MOTION_2A_IPM=TWO_AXES | AXIS_0 | AXIS_1 | AXIS_2)
     answered = 0
     for code in range(256):
-        if code in (0x2A, 0xFE) or code < 0x20:
+        if code in (pyzvr.MOTION_2A_IPM, pyzvr.MOTION_FE_HDRST) or code < pyzvr.MOTION_20_MRM:
             continue
-        reply = chip.run(code, 1)
-        answered += reply != MOTION_REFUSED
-        chip.run(0x57, 15)
-    assert answered + 32 == 199  # with those below 0x20 that there are, the mode word and the reset
-    assert [code for code in range(32) if chip.run(code, 1) == MOTION_REFUSED] == [0x1D, 0x1E]
-    assert chip.run(0x2A) == chip.run(0xFE) == 0
+        reply = chip.run(code, AXIS_0)
+        answered += reply != REFUSED
+        chip.run(pyzvr.MOTION_57_DRVFBRK, ALL_AXES)
+    assert answered + 32 == 199  # with those of values that there are, the mode word and the reset
+    assert [code for code in range(pyzvr.MOTION_20_MRM) if chip.run(code, AXIS_0) == REFUSED] == [0x1D, 0x1E]
+    chip.do(NO_AXIS, MOTION_2A_IPM=0, MOTION_FE_HDRST=0)
 
 
 def test_what_is_not_there_is_refused(chip):
-    assert chip.run(0x57, 128) == chip.run(5, 0, 1000) == chip.run(READ_LP) == MOTION_REFUSED
+    assert chip.run(pyzvr.MOTION_57_DRVFBRK, 1 << 7) == chip.run(pyzvr.MOTION_05_DV, NO_AXIS, 1000) == REFUSED
+    assert chip.run(pyzvr.MOTION_30_LP, NO_AXIS) == REFUSED
     chip.connector = 1
-    assert chip.run(0x1F) == NOT_ENABLED
-    for payload in (b"", b"\x00\x05", bytes(6), bytes(8)):
+    assert chip.run(pyzvr.MOTION_1F_NOP) == NOT_ENABLED
+    for payload in (b"", bytes([0, pyzvr.MOTION_05_DV]), bytes(6), bytes(8)):
         assert chip.exchange(pyzvr.MOTION, payload) == payload[:3].ljust(3, b"\0") + bytes([0, 0, 0, TOO_SHORT])
 
 
 def test_values_and_registers_stand_at_their_bytes(chip):
-    chip.set(2, speed=0x01020304)
-    header = bytes([0, 0x45, 2])
+    chip.do(AXIS_1, MOTION_05_DV=0x01020304)
+    header = bytes([0, pyzvr.MOTION_45_DV, AXIS_1])
     assert chip.exchange(pyzvr.MOTION, header, bytes(4)) == header + b"\x01\x02\x03\x04"
-    assert chip.run(0xE2, 8, 0xABCD) == 0
-    header = bytes([0, 0x3E, 8])
+    chip.do(AXIS_3, MOTION_E2_WR2=0xABCD)
+    header = bytes([0, pyzvr.MOTION_3E_WR2, AXIS_3])
     assert chip.exchange(pyzvr.MOTION, header, bytes(4)) == header + b"\0\0\xab\xcd"
 
 
 def test_a_move_has_the_shape_of_a_trapezoid(chip):
-    chip.set(4, accel=20000, decel=20000, initial=0, speed=2000, target=-1200)
-    assert chip.run(0x50, 4) == 0 and chip.run(RR0) == 4
+    chip.do(AXIS_2, MOTION_02_AC=20000, MOTION_03_DC=20000, MOTION_04_SV=0, MOTION_05_DV=2000, MOTION_06_TP=-1200)
+    chip.do(AXIS_2, MOTION_50_DRVRL=0)
+    assert chip.run(pyzvr.MOTION_E8_RR0) == AXIS_2
     speeds = []
-    while chip.run(RR0):
-        speeds.append(chip.run(READ_CV, 4))
+    while chip.run(pyzvr.MOTION_E8_RR0):
+        speeds.append(chip.run(pyzvr.MOTION_32_CV, AXIS_2))
     peak = speeds.index(max(speeds))
     assert speeds[:peak] == sorted(speeds[:peak]) and speeds.count(2000) > len(speeds) / 4
-    assert chip.run(READ_LP, 4) == chip.run(READ_RP, 4) == -1200
+    assert chip.run(pyzvr.MOTION_30_LP, AXIS_2) == chip.run(pyzvr.MOTION_31_RP, AXIS_2) == -1200
 
 
 def test_held_axes_start_together(chip):
-    chip.set(15, accel=50000, decel=50000, initial=0, speed=3000, target=900)
-    assert chip.run(0x77, 15) == 0
+    chip.do(ALL_AXES, MOTION_02_AC=50000, MOTION_03_DC=50000, MOTION_04_SV=0, MOTION_05_DV=3000, MOTION_06_TP=900)
+    chip.do(ALL_AXES, MOTION_77_DHOLD=0)
     for axis in range(4):
-        assert chip.run(0x50, 1 << axis) == 0
-    assert chip.run(RR0) == 0 and chip.run(0x78, 7) == 0 and chip.run(RR0) == 7
+        chip.do(1 << axis, MOTION_50_DRVRL=0)
+    assert chip.run(pyzvr.MOTION_E8_RR0) == 0
+    chip.do(AXIS_0 | AXIS_1 | AXIS_2, MOTION_78_DFREE=0)
+    assert chip.run(pyzvr.MOTION_E8_RR0) == AXIS_0 | AXIS_1 | AXIS_2
     assert all(now[3] == 0 and now[0] <= now[1] <= now[2] for now in chip.settle())
-    assert [chip.run(READ_LP, 1 << axis) for axis in range(4)] == [900, 900, 900, 0]
+    assert [chip.run(pyzvr.MOTION_30_LP, 1 << axis) for axis in range(4)] == [900, 900, 900, 0]
 
 
 def test_a_limit_ends_a_drive_and_is_shown(chip):
-    chip.set(1, accel=500000, decel=500000, speed=10000)
-    assert chip.run(0xE2, 1, 1 << 10 | 1 << 11 | 1 << 12) == 0 and chip.run(0x53, 1) == 0
+    chip.do(AXIS_0, MOTION_02_AC=500000, MOTION_03_DC=500000, MOTION_05_DV=10000)
+    chip.do(AXIS_0, MOTION_E2_WR2=WR2.HLML | WR2.HLME | WR2.HLMM, MOTION_53_DRVVM=0)
     chip.settle()
-    assert chip.run(READ_LP, 1) == -2000 and chip.run(RR3, 1) & 0x180 == 0x100
+    assert chip.run(pyzvr.MOTION_30_LP, AXIS_0) == -2000
+    assert chip.run(pyzvr.MOTION_EB_RR3, AXIS_0) & (FORWARD_LIMIT | REVERSE_LIMIT) == REVERSE_LIMIT
 
 
-@pytest.mark.parametrize("search, end", [(0b110111, -300), (0b1111011, -2000), (0b1100, -100)])
+@pytest.mark.parametrize(
+    "search, end", [(0b110111, -300), (0b1111011, -2000), (0b1100, -100)], ids=["home", "limit", "index"]
+)
 def test_a_search_ends_at_its_switch(chip, search, end):
-    chip.set(8, accel=500000, decel=500000, speed=10000, target=50)
-    assert chip.run(0x14, 8, 2000) == 0
+    chip.do(AXIS_3, MOTION_02_AC=500000, MOTION_03_DC=500000, MOTION_05_DV=10000, MOTION_06_TP=50, MOTION_14_HV=2000)
     for offset in (0, 50):
-        assert chip.run(0x23, 8, search | (1 << 15 if offset else 0)) == 0 and chip.run(0x5A, 8) == 0
+        chip.do(AXIS_3, MOTION_23_H1M=search | (1 << 15 if offset else 0), MOTION_5A_HMSRC=0)
         chip.settle()
-        assert chip.run(READ_LP, 8) == end + offset
-        chip.set(8, target=0)
-        assert chip.run(0x54, 8) == 0
+        assert chip.run(pyzvr.MOTION_30_LP, AXIS_3) == end + offset
+        chip.do(AXIS_3, MOTION_06_TP=0, MOTION_54_DRVAB=0)
         chip.settle()
-        chip.set(8, target=50)
-    assert chip.run(0x24, 8, 6) == 0 and chip.run(0x5A, 8) == 0
+        chip.do(AXIS_3, MOTION_06_TP=50)
+    chip.do(AXIS_3, MOTION_24_H2M=0b110, MOTION_5A_HMSRC=0)
     chip.settle()
-    assert chip.run(READ_LP, 8) == chip.run(READ_RP, 8) == 0
+    assert chip.run(pyzvr.MOTION_30_LP, AXIS_3) == chip.run(pyzvr.MOTION_31_RP, AXIS_3) == 0
 
 
 def test_a_line_and_an_arc(chip):
-    chip.set(3, accel=100000, decel=100000, initial=100, speed=4000)
-    chip.set(1, target=1500)
-    chip.set(2, target=-600)
-    assert chip.run(0x2A, 0, 0b1000011) == chip.run(0x6D) == chip.run(0x61) == 0
+    chip.do(AXIS_0 | AXIS_1, MOTION_02_AC=100000, MOTION_03_DC=100000, MOTION_04_SV=100, MOTION_05_DV=4000)
+    chip.do(AXIS_0, MOTION_06_TP=1500)
+    chip.do(AXIS_1, MOTION_06_TP=-600)
+    chip.do(NO_AXIS, MOTION_2A_IPM=TWO_AXES | AXIS_0 | AXIS_1, MOTION_6D_DECEN=0, MOTION_61_LHK2=0)
     # Reads of two axes are two requests, between which they go on.
     seen = [now for now in chip.settle() if now[0] not in (0, 1500)]
     assert len(seen) > 10 and all(now[1] <= round(now[0] * -0.4) + 1 for now in seen)
-    assert (chip.run(READ_LP, 1), chip.run(READ_LP, 2)) == (1500, -600)
-    for axis in (1, 2):
-        assert chip.run(9, axis) == 0
-    chip.set(1, centre=-400, target=-400)
-    chip.set(2, centre=0, target=400)
-    assert chip.run(0x65) == 0
+    assert (chip.run(pyzvr.MOTION_30_LP, AXIS_0), chip.run(pyzvr.MOTION_30_LP, AXIS_1)) == (1500, -600)
+    chip.do(AXIS_0, MOTION_09_LP=0, MOTION_08_CP=-400, MOTION_06_TP=-400)
+    chip.do(AXIS_1, MOTION_09_LP=0, MOTION_08_CP=0, MOTION_06_TP=400)
+    chip.do(NO_AXIS, MOTION_65_CHKCCW=0)
     assert all(abs(math.hypot(now[0] + 400, now[1]) - 400) < 20 for now in chip.settle())
-    assert (chip.run(READ_LP, 1), chip.run(READ_LP, 2)) == (-400, 400)
+    assert (chip.run(pyzvr.MOTION_30_LP, AXIS_0), chip.run(pyzvr.MOTION_30_LP, AXIS_1)) == (-400, 400)
 
 
 def test_each_slot_in_motion_mode_has_a_chip():
     with running_simulator("Lattice") as simulator:
         chip = Chip(simulator)
-        assert chip.run(0x1F) == NOT_ENABLED
+        assert chip.run(pyzvr.MOTION_1F_NOP) == NOT_ENABLED
         for slot in range(4):
             assert chip.exchange(pyzvr.SET_SLOT_MODE, 2 * slot, 4)[1] == 0
         refused = []
         for chip.connector in range(5):
-            refused.append(chip.run(9, 1, 100 + chip.connector))
+            refused.append(chip.run(pyzvr.MOTION_09_LP, AXIS_0, 100 + chip.connector))
         assert refused == [0, 0, NOT_ENABLED, 0, NOT_ENABLED]
         for chip.connector in (0, 1, 3):
-            assert chip.run(READ_LP, 1) == 100 + chip.connector
-        assert chip.exchange(pyzvr.SET_SLOT_MODE, 6, 0)[1] == 0 and chip.run(READ_LP, 1) == NOT_ENABLED
+            assert chip.run(pyzvr.MOTION_30_LP, AXIS_0) == 100 + chip.connector
+        assert chip.exchange(pyzvr.SET_SLOT_MODE, 6, 0)[1] == 0 and chip.run(pyzvr.MOTION_30_LP, AXIS_0) == NOT_ENABLED
         assert chip.exchange(pyzvr.REBOOT, pyzvr.REBOOT)[0] == 0
 
 
@@ -180,10 +184,14 @@ class Drive(Wire):
         self.status = reply[2]
         return struct.unpack(">i", reply[3:])[0]
 
-    def write(self, register, value):
-        reply = self.exchange(pyzvr.MOTION_WRITE_REG, 0, register, 0, struct.pack(">i", value))
-        assert len(reply) == 7
-        return reply[6]
+    def write(self, **values):
+        """Writes registers, by their names. None is refused."""
+        for name, value in values.items():
+            reply = self.exchange(pyzvr.MOTION_WRITE_REG, 0, getattr(pyzvr, name), 0, struct.pack(">i", value))
+            assert len(reply) == 7 and reply[6] == 0
+
+    def check(self, **values):
+        assert {name: self.read(getattr(pyzvr, name)) for name in values} == values
 
     def start(self, command, layout, *values):
         return self.exchange(command, 0, struct.pack(">" + layout, *values))[1]
@@ -192,17 +200,15 @@ class Drive(Wire):
         return self.exchange(pyzvr.MOTION_GET_PROC_STATE, 0)[1]
 
     def settle(self):
-        while self.state() == 1:
+        while self.state() == RUNS:
             pass
-        return self.state(), self.read(XACTUAL)
+        return self.state(), self.read(pyzvr.PAWL_21_XACTUAL)
 
     def switches(self):
         return struct.unpack(">H", self.exchange(pyzvr.READ_AND_GET_DI, 1, 0, 7)[1:])[0]
 
 
-GCONF, GSTAT, RAMPMODE, XACTUAL, VACTUAL, AMAX, VMAX, DMAX, XTARGET, SWMODE, RAMPSTAT, XENC = (
-    0, 1, 0x20, 0x21, 0x22, 0x26, 0x27, 0x28, 0x2D, 0x34, 0x35, 0x39)  # fmt: skip
-DONE, STOPPED, FAILED = 2, 3, 4
+RUNS, DONE, STOPPED, FAILED = 1, 2, 3, 4  # states of a process
 
 
 @pytest.fixture
@@ -216,19 +222,19 @@ def test_the_drive_moves_by_its_own_commands(drive):
     fast = (20000, 500000, 500000)
     assert drive.start(pyzvr.MOTION_START_P_MOVE, "iIIIB", 1500, *fast, 0) == 0 and drive.settle() == (DONE, 1500)
     assert drive.start(pyzvr.MOTION_START_P_MOVE, "iIIIB", -600, *fast, 1) == 0 and drive.settle() == (DONE, 900)
-    assert drive.read(XENC) == 900
+    assert drive.read(pyzvr.PAWL_39_XENC) == 900
     assert drive.start(pyzvr.MOTION_START_V_MOVE, "IIIB", 1000, 500000, 500000, 1) == 0
-    while drive.read(VACTUAL) != -1000:
+    while drive.read(pyzvr.PAWL_22_VACTUAL) != -1000:
         pass
-    assert drive.status & 0b111000 == 0b010000 and drive.read(RAMPSTAT) >> 8 & 7 == 1
+    assert drive.status & 0b111000 == 0b010000 and drive.read(pyzvr.PAWL_35_RAMPSTAT) >> 8 & 7 == 1
     assert drive.exchange(pyzvr.MOTION_STOP_PROC, 0)[1] == 0 and drive.state() == STOPPED
-    while drive.read(VACTUAL) != 0:
+    while drive.read(pyzvr.PAWL_22_VACTUAL) != 0:
         pass
     assert drive.start(pyzvr.MOTION_START_SCAN_MOVE, "iiII", -50, 50, 5000, 1000000) == 0
     seen = set()
     while not ({-50, 50} <= seen and len(seen) > 5):
-        seen.add(drive.read(XACTUAL))
-    assert drive.state() == 1 and min(seen - {p for p in seen if p > 50}) == -50
+        seen.add(drive.read(pyzvr.PAWL_21_XACTUAL))
+    assert drive.state() == RUNS and min(seen - {p for p in seen if p > 50}) == -50
     assert drive.exchange(pyzvr.MOTION_STOP_PROC, 0)[1] == 0
 
 
@@ -240,17 +246,18 @@ def test_the_drive_searches_its_switches(drive):
     assert drive.start(pyzvr.MOTION_START_FIND_END, "BIIIiB", 0, *fast, -100, 0) == 0
     assert drive.settle() == (DONE, 1900)
     assert drive.start(pyzvr.MOTION_START_FIND_END, "BIIIiB", 0, *fast, 0, 1) == 0
-    assert drive.settle() == (DONE, 0) and drive.read(XENC) == 0 and drive.switches() == 1
+    assert drive.settle() == (DONE, 0) and drive.read(pyzvr.PAWL_39_XENC) == 0 and drive.switches() == 1
     assert drive.start(pyzvr.MOTION_START_FIND_Z, "IIIBBiB", *fast, 1, 1, 7, 0) == 0
     assert drive.settle() == (DONE, -93)
 
 
 def test_limits_of_the_drive_count_when_they_are_enabled(drive):
     velocity = ("IIIB", 20000, 1000000, 1000000, 0)
-    assert drive.write(SWMODE, 0b10) == 0 and drive.start(pyzvr.MOTION_START_V_MOVE, *velocity) == 0
-    while drive.read(XACTUAL) < 3000:
+    drive.write(PAWL_34_SWMODE=0b10)
+    assert drive.start(pyzvr.MOTION_START_V_MOVE, *velocity) == 0
+    while drive.read(pyzvr.PAWL_21_XACTUAL) < 3000:
         pass
-    assert drive.write(SWMODE, 0b11) == 0
+    drive.write(PAWL_34_SWMODE=0b11)
     assert drive.start(pyzvr.MOTION_START_P_MOVE, "iIIIB", 0, 20000, 1000000, 1000000, 0) == 0
     assert drive.settle() == (DONE, 0)
     assert drive.start(pyzvr.MOTION_START_V_MOVE, *velocity) == 0
@@ -258,24 +265,24 @@ def test_limits_of_the_drive_count_when_they_are_enabled(drive):
 
 
 def test_registers_of_the_drive_move_it_too(drive):
-    assert drive.read(GSTAT) == 1 and drive.write(GSTAT, 31) == 0 and drive.read(GSTAT) == 0
-    assert drive.read(GCONF) == 8 and drive.write(GCONF, 24) == 0 and drive.read(GCONF) == 24
-    assert [drive.write(register, value) for register, value in (
-        (AMAX, 500000), (DMAX, 500000), (VMAX, 20000), (RAMPMODE, 0), (XTARGET, -700))] == [0] * 5  # fmt: skip
-    while drive.read(RAMPSTAT) >> 9 & 3 != 3:
+    drive.check(PAWL_01_GSTAT=1, PAWL_00_GCONF=8)
+    drive.write(PAWL_01_GSTAT=31, PAWL_00_GCONF=24)
+    drive.check(PAWL_01_GSTAT=0, PAWL_00_GCONF=24)
+    drive.write(PAWL_26_AMAX=500000, PAWL_28_DMAX=500000, PAWL_27_VMAX=20000, PAWL_20_RAMPMODE=0, PAWL_2D_XTARGET=-700)
+    while drive.read(pyzvr.PAWL_35_RAMPSTAT) >> 9 & 3 != 3:
         pass
-    assert drive.read(XACTUAL) == -700 and drive.state() == 0
-    assert drive.write(RAMPMODE, 3) == drive.write(XACTUAL, 40) == drive.write(XENC, 50) == 0
-    assert (drive.read(XACTUAL), drive.read(XENC)) == (40, 50)
+    assert drive.read(pyzvr.PAWL_21_XACTUAL) == -700 and drive.state() == 0
+    drive.write(PAWL_20_RAMPMODE=3, PAWL_21_XACTUAL=40, PAWL_39_XENC=50)
+    drive.check(PAWL_21_XACTUAL=40, PAWL_39_XENC=50)
     reply = drive.exchange(pyzvr.MOTION_GET_PARAM, 0)
     assert reply[:3] == bytes([0, 0, 88]) and struct.unpack(">II", reply[3:11]) == (24, 32) and len(reply) == 91
     assert drive.exchange(pyzvr.MOTION_RESET_FACTORY, 0)[1] == 0
-    assert (drive.read(GCONF), drive.read(XACTUAL), drive.read(GSTAT)) == (8, 0, 1)
+    drive.check(PAWL_00_GCONF=8, PAWL_21_XACTUAL=0, PAWL_01_GSTAT=1)
 
 
 def test_what_the_drive_cannot_do_is_refused(drive):
     assert drive.exchange(pyzvr.MOTION_STOP_PROC, 1) == bytes([1, DRIVE_REFUSED])
-    assert drive.exchange(pyzvr.MOTION_WRITE_REG, 1, 0, 0, bytes(4))[6] == DRIVE_REFUSED
+    assert drive.exchange(pyzvr.MOTION_WRITE_REG, 1, pyzvr.PAWL_00_GCONF, 0, bytes(4))[6] == DRIVE_REFUSED
     assert drive.exchange(pyzvr.MOTION_START_P_MOVE, 0, 0) == bytes([0, TOO_SHORT])
     move = ("IIIB", 1000, 1000, 1000, 0)
     assert drive.start(pyzvr.MOTION_START_V_MOVE, "IIIB", 0, 1000, 1000, 0) == DRIVE_REFUSED
