@@ -112,8 +112,20 @@ void onConnectionLost(py::handle self, const Object& callback, const Object& loo
     askForLoss(self, callback, loop);
 }
 
-// An exception of closing must not hide that of the block: it becomes a note of it.
-void noteClosing(const Object& failure, const py::error_already_set& error) {
+// Whether a lost connection has been noticed, and so been reported.
+bool isLost(py::handle self) {
+    const auto runtime = runtimeOrNothing(self);
+    try {
+        if (runtime && !runtime->mark.foreign()) runtime->requireLinks();
+        return false;
+    } catch (const Failure&) {
+        return true;
+    }
+}
+
+// An exception of closing must not hide that of the block: it becomes a note of it. A loss is not reported again.
+void noteClosing(bool wasLost, const Object& failure, const py::error_already_set& error) {
+    if (wasLost && isFailure(error, FailureId::NetworkConnectionLostError)) return;
     const py::tuple ofBlock(failure);
     if (ofBlock.size() < 2 || ofBlock[1].is_none() || !error.matches(PyExc_Exception)) throw;
     const std::string name = Py_TYPE(error.value().ptr())->tp_name;
@@ -252,10 +264,11 @@ void defineDevice(Package& package) {
                         "a note of it.",
                  .body =
                      [](py::handle self, const Object& failure) {
+                         const bool wasLost = isLost(self);
                          try {
                              callMethod(self, "close");
                          } catch (const py::error_already_set& error) {
-                             noteClosing(failure, error);
+                             noteClosing(wasLost, failure, error);
                          }
                      }})
         .method({.name = "__repr__",
@@ -270,10 +283,11 @@ void defineDevice(Package& package) {
                     .parameters = {{"*failure", "object"}},
                     .doc = "Closes the object as the end of a plain `with` does, without blocking the event loop.",
                     .body = [](Op op, Object failure) -> Task {
+                        const bool wasLost = isLost(op.self());
                         try {
                             co_await op.run(awaitInThread(op, "close"));
                         } catch (const py::error_already_set& error) {
-                            noteClosing(failure, error);
+                            noteClosing(wasLost, failure, error);
                         }
                         co_return py::none();
                     }});
