@@ -83,9 +83,11 @@ void construct(py::handle self) {
         logger->start();
         return;
     }
-    const Object thread = pythonObject("threading", "Thread")(
-        py::arg("target") = attribute(self, "_saveStreamingDataThread"), py::arg("args") = py::make_tuple(queue),
-        py::arg("name") = logger->name(), py::arg("daemon") = true);
+    const Object thread = callByName(py::module_::import("threading"), interned("Thread"), {},
+                                     {{"target", attribute(self, "_saveStreamingDataThread")},
+                                      {"args", py::make_tuple(queue)},
+                                      {"name", py::str(logger->name())},
+                                      {"daemon", py::bool_(true)}});
     setAttribute(self, "save_data_thread", thread);
     logger->startOnHost(thread);
 }
@@ -120,10 +122,9 @@ void openFile(py::handle self, const Object& name, const Object& clearOld, const
         awaitWritten(self, *logger);
         closeOld(exchangeFile(self, *logger, py::none(), py::none()));
     }
-    const Object file = entering([&] {
-        return Object(pythonObject("builtins", "open")(name, isTrue(clearOld) ? "w" : "a", py::arg("encoding") = "UTF8",
-                                                       py::arg("newline") = ""));
-    });
+    const Object file =
+        callByName(py::module_::import("builtins"), interned("open"), {name, py::str(isTrue(clearOld) ? "w" : "a")},
+                   {{"encoding", py::str("UTF8")}, {"newline", py::str("")}});
     try {
         const Object writer = callObject(pythonObject("csv", "writer"), file);
         awaitWritten(self, *logger);

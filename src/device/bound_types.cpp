@@ -37,12 +37,21 @@ void guardConstructor(const Object& type) {
                 py::cpp_function(guarded, py::is_method(type), py::name("construct"), py::doc(doc.c_str())));
 }
 
+// The collector must not meet an object whose parts are being destroyed, which may run any code.
+void untrackAndDeallocate(PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    reinterpret_cast<PyTypeObject*>(py::detail::get_internals().instance_base)->tp_dealloc(self);
+}
+
 void completeBoundTypes(Package& package) {
+    const auto* const base = reinterpret_cast<PyTypeObject*>(py::detail::get_internals().instance_base);
     for (const auto entry : py::dict(attribute(package.module(), "__dict__"))) {
         if (PyType_Check(entry.second.ptr()) == 0) continue;
         auto* const type = reinterpret_cast<PyTypeObject*>(entry.second.ptr());
         const auto& parts = py::detail::all_type_info(type);
         if (parts.size() != 1 || parts[0]->type != type) continue;
+        const bool isCollected = PyType_HasFeature(type, Py_TPFLAGS_HAVE_GC) != 0;
+        if (isCollected && type->tp_dealloc == base->tp_dealloc) type->tp_dealloc = untrackAndDeallocate;
         const Object bound = borrow(entry.second.ptr());
         guardConstructor(bound);
         if (!Object(attribute(bound, "__dict__")).contains("__reduce_ex__")) refusePickling(bound);
