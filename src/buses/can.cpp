@@ -213,14 +213,15 @@ void defineCan(Package& package) {
                     .returns = {"int", "0"},
                     .raises = portRaises,
                     .body = start})
-        .operation(
-            {.name = "CAN_close",
-             .parameters = {port},
-             .doc = "Leaves the bus, closes a port and frees its lines.",
-             .returns = {"int", "0, or the negative code of the refusal; after a refused stop the port stays open",
-                         "the device"},
-             .raises = portRaises,
-             .body = close})
+        .operation({.name = "CAN_close",
+                    .parameters = {port},
+                    .doc = "Leaves the bus, closes a port and frees its lines.",
+                    .returns = {"int",
+                                "0, or the negative code of the refusal; after a refused stop the port stays open "
+                                "(compatibility note 21)",
+                                "the device"},
+                    .raises = portRaises,
+                    .body = close})
         .operation(
             {.name = "CAN_write",
              .parameters = {port,

@@ -357,7 +357,8 @@ void definePacket(Package& package) {
     const Parameter count{"num_samples", "int", "most items to take; -1 for all"};
     const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};
     const Parameter key{"cmd", "int", "key of the echo pool"};
-    const Returns samples{"list", "the items; a single item that is a list is flattened", "the queue"};
+    const Returns samples{"list", "the items; a single item that is a list is flattened (compatibility note 27)",
+                          "the queue"};
     const Returns maybeReply{"bytes | None", "data of the reply, or None if there was none in time", "the device"};
 
     package.makeClass("Packet_based", {}, "Shared by both forms of the request engine.")

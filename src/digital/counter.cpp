@@ -91,14 +91,14 @@ void defineCommon(Feature& feature, const Kind& kind, const Parameter& channel, 
 
 void defineCounter(Package& package) {
     const Parameter channel{"channel", "int", "channel, 0 or 1"};
-    const Definition checkCounterChannel{.name = "_checkCounterChannel",
-                                         .parameters = {channel},
-                                         .doc = "Raises PWMChannelNotAvaliableError unless the channel is 0 or 1.",
-                                         .raises = {"PWMChannelNotAvaliableError: `channel` is neither 0 nor 1"},
-                                         .body = [](py::handle, const Object& channel) {
-                                             if (!isOneOf(channel, {0, 1}))
-                                                 throw Failure(FailureId::PWMChannelNotAvaliableError);
-                                         }};
+    const Definition checkCounterChannel{
+        .name = "_checkCounterChannel",
+        .parameters = {channel},
+        .doc = "Raises PWMChannelNotAvaliableError unless the channel is 0 or 1 (compatibility note 2).",
+        .raises = {"PWMChannelNotAvaliableError: `channel` is neither 0 nor 1"},
+        .body = [](py::handle, const Object& channel) {
+            if (!isOneOf(channel, {0, 1})) throw Failure(FailureId::PWMChannelNotAvaliableError);
+        }};
     Feature counter(package, "Counter", "Pulse counters.");
     // Compat 2: the error is that of the PWM module.
     counter.shared(checkCounterChannel);

@@ -81,7 +81,8 @@ Raises portRaises(const char* failure) {
 
 Raises pinRaises(const char* failure) {
     Raises raises = portRaises(failure);
-    raises.add({"PinsNotExistError: the port has no such pin", "TypeError: the pins are not a list"});
+    raises.add(
+        {"PinsNotExistError: the port has no such pin", "TypeError: the pins are not a list (compatibility note 35)"});
     return raises;
 }
 

@@ -12,14 +12,14 @@ void definePwm(Package& package) {
                               "duty cycle in the device's unit, 32-bit float; checked by the device"};
     Feature pwm(package, "PWM", "Outputs of pulse-width modulation.");
     // Compat 2: this module raises the counter's error, and the counter raises this module's.
-    const Definition checkChannel{.name = "_checkPWMChannel",
-                                  .parameters = {channel},
-                                  .doc = "Raises CounterChannelNotAvaliableError unless the channel is 0 or 1.",
-                                  .raises = {"CounterChannelNotAvaliableError: `channel` is neither 0 nor 1"},
-                                  .body = [](py::handle, const Object& channel) {
-                                      if (!isOneOf(channel, {0, 1}))
-                                          throw Failure(FailureId::CounterChannelNotAvaliableError);
-                                  }};
+    const Definition checkChannel{
+        .name = "_checkPWMChannel",
+        .parameters = {channel},
+        .doc = "Raises CounterChannelNotAvaliableError unless the channel is 0 or 1 (compatibility note 2).",
+        .raises = {"CounterChannelNotAvaliableError: `channel` is neither 0 nor 1"},
+        .body = [](py::handle, const Object& channel) {
+            if (!isOneOf(channel, {0, 1})) throw Failure(FailureId::CounterChannelNotAvaliableError);
+        }};
     pwm.shared(checkChannel);
     pwm.sharing({.checks = {checkChannel(channel)}, .fields = {channel | u8}})
         .operations({

@@ -224,7 +224,8 @@ void defineOwnMethods(ClassMaker& type, const Model& model) {
                  .body = [&model](py::handle self, const Object& verbose) { construct(model, self, verbose); }})
         .method({.name = "close",
                  .parameters = {verboseParameter},
-                 .doc = "Closes connection, file and threads for good; a second call does nothing.",
+                 .doc = "Closes connection, file and threads for good; a second call does nothing. Where there is a "
+                        "connection, its end is printed in any case (compatibility note 31).",
                  .raises = {"NetworkConnectionLostError: the connection was lost before",
                             "OSError: the rest of the log cannot be written; everything is closed nevertheless"},
                  .body = [&model](py::handle self, const Object& verbose) { close(model, self, verbose); }});

@@ -228,7 +228,7 @@ void defineOpening(Package& package) {
          .doc = "Asks a device for its model and connects a handle of its class.\n\nA name with a dot or a port is an "
                 "address. Other names are serial numbers and aliases: of the devices on USB first, then of those that "
                 "answer on the network within 5 seconds. A device on a serial line is a drone.",
-         .returns = {"Device", "a handle of the device's class, connected", "the device"},
+         .returns = {"Any", "a connected handle of the device's class, which a type checker cannot know", "the device"},
          .raises = {"NetworkConnectionError: no device or more than one answers to the name, there is no class for the "
                     "device, or the address is not reached",
                     "UARTConnectionError: the line cannot be opened",

@@ -57,6 +57,7 @@ inline const Definition checkMCX514Axis{
     .raises = {"InputTypeNotCorrectError: an argument is not an integer"},
     .body = [](py::handle, const Object& axis, const Object& mode) -> Object {
         checkIsInt(axis, "axis");
+        // Compat 10: the class is returned.
         if (mode.is(py::bool_(true)) && !isOneOf(axis, {0, 1, 2, 3})) return classNamed("MotionAxisError");
         return py::bool_(true);
     }};

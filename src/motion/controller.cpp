@@ -159,7 +159,7 @@ Task standing(Op op, Object port, Object axis) {
 // An input's bit as on or off. All use the active level of the forward limit.
 Object inputState(const Op& op, const Object& axis, const Object& state, int bit) {
     const Object level = readBit(state, py::int_(bit));
-    const bool activeLow = isZero(settingOf(recordOf(op, axis), "Forward Polarity"));
+    const bool activeLow = isZero(settingOf(recordOf(op, axis), "Forward Polarity"));  // Compat 34
     return activeLow ? level ^ py::int_(1) : level;
 }
 
@@ -283,13 +283,13 @@ void defineConfiguration(Feature& controller) {
                     .body = resetPosition})
         .operation({.name = "Motion_enableServoOn",
                     .parameters = {port, axis},
-                    .doc = "Switches the servo on.",
+                    .doc = "Switches the servo on. On the chassis it fails in slot 1 (compatibility note 32).",
                     .returns = mergedStatus,
                     .raises = enteringRaises(),
                     .body = [](Op op, Object port, Object axis) { return turnServo(1, std::move(op), port, axis); }})
         .operation({.name = "Motion_enableServoOff",
                     .parameters = {port, axis},
-                    .doc = "Switches the servo off.",
+                    .doc = "Switches the servo off. On the chassis it fails in slot 1 (compatibility note 32).",
                     .returns = mergedStatus,
                     .raises = enteringRaises(),
                     .body = [](Op op, Object port, Object axis) { return turnServo(0, std::move(op), port, axis); }})
@@ -342,12 +342,13 @@ void defineStates(Feature& controller) {
                     .returns = stands,
                     .raises = enteringRaises(),
                     .body = standing})
-        .operation({.name = "Motion_getHomeStatus",
-                    .parameters = {port, axis},
-                    .doc = "Reads the home input. It uses the active level of the forward limit.",
-                    .returns = {"int", "1 active, 0 not", "the device"},
-                    .raises = enteringRaises(),
-                    .body = homeStatus})
+        .operation(
+            {.name = "Motion_getHomeStatus",
+             .parameters = {port, axis},
+             .doc = "Reads the home input. It uses the active level of the forward limit (compatibility note 34).",
+             .returns = {"int", "1 active, 0 not", "the device"},
+             .raises = enteringRaises(),
+             .body = homeStatus})
         .operation({.name = "Motion_getLimitStatus",
                     .parameters = {port, axis},
                     .doc = "Reads both limit inputs.",

@@ -376,7 +376,7 @@ void defineControl(Feature& drive) {
         .operation({.name = "Motion_cfgEncoder",
                     .parameters = {port, integer("encoder_dir", "0; anything else fails after the positions are set"),
                                    position},
-                    .doc = "Sets both positions and the encoder's constant.",
+                    .doc = "Sets both positions and the encoder's constant (compatibility note 16).",
                     .returns = mergedStatus,
                     .raises = {checkPort, "OverflowError: `encoder_dir` is not 0"},
                     .body = configureEncoder})
@@ -396,7 +396,7 @@ void defineControl(Feature& drive) {
                     .parameters = {port},
                     .doc = "Reads the parameters into `TMC5240_default_dict`.",
                     .returns = status(1).returns,
-                    .raises = {checkPort, "struct.error: always, as a value is cut too short"},
+                    .raises = {checkPort, "struct.error: always, as a value is cut too short (compatibility note 15)"},
                     .body = parameters})
         .operation({.name = "_Motion_sendAllConfiguration",
                     .parameters = {port},

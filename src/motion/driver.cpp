@@ -129,7 +129,8 @@ const std::vector<Family>& families() {
           {MOTION_16_TM, "setTimer", "the timer, in the chip's unit", u32, "value"},
           {MOTION_0D_AO, "setAccelerationCounterOffset", "the offset of the acceleration counter", i16, "offset"},
           // Compat 8: the timer's code.
-          {MOTION_16_TM, "splitPulse2", "the number of split pulses", u16, "pulse_number"},
+          {MOTION_16_TM, "splitPulse2", "the timer instead of the number of split pulses (compatibility note 8)", u16,
+           "pulse_number"},
           {MOTION_20_MRM, "setMultiPurposeMode", "the mode of the multi-purpose registers", u16, "mode"},
           {MOTION_22_P2M, "setPIOSignal2", "the second word of signal functions", u16, "state"},
           {MOTION_23_H1M, "setAutoHomeSearchMode1", "the first mode word of the reference search", u16, "mode"},
@@ -336,7 +337,8 @@ std::vector<Request> singleRows() {
          .sends = MOTION,
          .fields = {port | u8, codeField(MOTION_78_DFREE), axes | u8, zero, zero, zero, zero},
          .reply = status(statusPlace),
-         .doc = "Releases the drives that are held. The object must have a check of its own for the mask."},
+         .doc = "Releases the drives that are held. The object must have a check of its own for the mask "
+                "(compatibility note 11)."},
     };
 }
 
@@ -368,7 +370,8 @@ void defineMotionDriver(Package& package) {
     driver.operations(singleRows());
     driver.operation({.name = "Motion_setLogicalPosi",
                       .parameters = {port, axis, {"counter", "int", "position in pulses, -2147483648 to 2147483647"}},
-                      .doc = "Sets the logical position counter. On the chassis the awaitable form takes the slot.",
+                      .doc = "Sets the logical position counter. On the chassis the awaitable form takes the slot "
+                             "(compatibility note 13).",
                       .returns = status(statusPlace).returns,
                       .body = setLogicalPosition});
 }

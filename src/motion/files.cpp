@@ -124,7 +124,8 @@ void defineFiles(Feature& feature, Sections sections) {
                         "OSError: the file is refused, or the disk takes no more"},
              .body = [sections](Op op) { return saveFile(std::move(op), sections); }})
         .operation({.name = "Motion_loadCfgFile",
-                    .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0.",
+                    .doc = "Loads the settings of all axes from the opened file, and sends them to connector 0 "
+                           "(compatibility note 26).",
                     .returns = {"int", "0, or the first status of an axis other than that", "the device"},
                     .raises = {unopened, "configparser.Error: the file is malformed, or lacks a section or a setting",
                                "KeyError: a text is not known", "ValueError: a text is not a number"},

@@ -48,7 +48,8 @@ public:
 private:
     Object value_ = py::int_(0);
 };
-const Returns mergedStatus{"int", "0, or the greatest status; a refusal of one step does not show",
+const Returns mergedStatus{"int",
+                           "0, or the greatest status; a refusal of one step does not show (compatibility note 28)",
                            "the device's statuses of all steps"};
 
 }  // namespace zvr::python

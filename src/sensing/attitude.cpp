@@ -176,11 +176,12 @@ void defineAttitude(Package& package) {
                         const py::float_ gravity(9.81), offset(0.001);
                         co_return co_await op.request("_AHRS_setGeneral", port, gravity, period, offset);
                     }});
-    Definition tau = Request{.name = "_AHRS_VQF_setTau",
-                             .checks = numbers({accelerator, magnetometer}),
-                             .sends = AHRS_VQF_SET_TAU,
-                             .fields = {port | u8, accelerator | f32, magnetometer | f32},
-                             .doc = "Sets how long the filter takes to follow a sensor."};
+    Definition tau = Request{
+        .name = "_AHRS_VQF_setTau",
+        .checks = numbers({accelerator, magnetometer}),
+        .sends = AHRS_VQF_SET_TAU,
+        .fields = {port | u8, accelerator | f32, magnetometer | f32},
+        .doc = "Sets how long the filter takes to follow a sensor; both forms have this name (compatibility note 18)."};
     // Compat 18: both forms have this name. A product has the blocking one.
     tau.asyncName = tau.name;
     ahrs.operation(tau);

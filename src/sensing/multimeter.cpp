@@ -89,7 +89,7 @@ void decode(py::handle self, const Object& record) {
     if (!unit.is_none() && !overload) {
         const Object exponent = itemOr(attribute(self, "_EXPONENTS"), unit[py::int_(0)], py::none());
         if (!exponent.is_none()) {
-            value = callMethod(shown, "rotate", exponent);
+            value = callMethod(shown, "rotate", exponent);  // Compat 33
             unit = unit[py::slice(1, std::nullopt, std::nullopt)];
         }
     }
@@ -139,7 +139,8 @@ constexpr Accessor accessors[] = {
     {"display_unit", "display_unit", "str | None", "unit of the display; None where mode and range have none"},
     {"overload", "overload", "bool", "whether the display shows that the range is exceeded"},
     {"value", "decimal", "Decimal | str",
-     "number without its prefix: its 28 digits rotated by the prefix's exponent; \"Overflow\" beyond the range"},
+     "number without its prefix: its 28 digits rotated by the prefix's exponent (compatibility note "
+     "33); \"Overflow\" beyond the range"},
     {"unit", "unit", "str | None", "unit without its prefix"},
     {"progress", "progres", "int", "length of the bar"},
     {"isMax", "max", "bool", "whether the greatest value is shown"},

@@ -6,7 +6,7 @@ namespace zvr::python {
 
 namespace {
 
-// Opening and closing send nothing.
+// Compat 29: opening and closing send nothing.
 Task checkOnly(Op op, Object port) {
     op.call("_checkRelayPort", port);
     co_return py::int_(0);

@@ -15,7 +15,9 @@ const Parameter temperature{"temperature", "float", "degrees, 32-bit float"};
 constexpr PinnedPorts sensorPorts{"Thermal", "thermal_dict", "thermal_port", FailureId::ThermalPortNotAvaliableError};
 
 // Compat 20: a refusal is not converted to a negative code.
-Reply statusByte(std::size_t place) { return byteAt(place, "the device's status byte: 0, or the reason of a refusal"); }
+Reply statusByte(std::size_t place) {
+    return byteAt(place, "the device's status byte: 0, or the reason of a refusal (compatibility note 20)");
+}
 
 Reply degrees() { return numberAt<float>(2, "degrees"); }
 

@@ -10,14 +10,16 @@ Reply addressReply() {
     return {[](py::handle self, const Bytes& data) -> Object {
                 const py::str address = addressText(data);
                 const py::str mask = addressText(ByteView(data).subspan(std::min<std::size_t>(4, data.size())));
-                setAttribute(self, "ip_addr", address);
+                setAttribute(self, "ip_addr", address);  // Compat 25
                 setAttribute(self, "subnet_mask", mask);
                 py::list both;
                 both.append(address);
                 both.append(mask);
                 return both;
             },
-            {"list[str]", "dotted address and subnet mask; also kept in `ip_addr` and `subnet_mask`", "the device"}};
+            {"list[str]",
+             "dotted address and subnet mask; also kept in `ip_addr` and `subnet_mask` (compatibility note 25)",
+             "the device"}};
 }
 
 // Bytes without a leading zero.

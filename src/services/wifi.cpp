@@ -6,7 +6,7 @@ namespace zvr::python {
 namespace {
 
 // Compat 20
-const Returns done{"int", "always 0; the device's status is not checked", {}};
+const Returns done{"int", "always 0; the device's status is not checked (compatibility note 20)", {}};
 Reply doneReply() {
     return {[](py::handle, const Bytes&) -> Object { return py::int_(0); }, done};
 }
@@ -110,11 +110,11 @@ void defineSystemAnalog(Package& package) {
     Feature sensors(package, "SystemAnalog", "Battery, acceleration and temperature of a Wi-Fi device.",
                     Feature::Base::none);
     sensors.field({"battery", "int", "last battery reading"}).field({"thermo", "float", "last temperature read"});
-    Definition acceleration =
-        Request{.name = "_Wifi_readAcceleration",
-                .sends = READ_ACCELERATION,
-                .reply = numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
-                .doc = "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."};
+    Definition acceleration = Request{
+        .name = "_Wifi_readAcceleration",
+        .sends = READ_ACCELERATION,
+        .reply = numbersAt<std::uint16_t>(0, 3, "words of the x, y and z axis, in the device's unit"),
+        .doc = "Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async` (compatibility note 4)."};
     acceleration.asyncName = "_Wifi_readAccleration_async";  // Compat 4
     sensors.operation(acceleration);
     sensors.operations({

@@ -237,10 +237,14 @@ TEST(TcpClient, SendThatNeverWaitsIsGoneOnWithByTheNextOne) {
         ASSERT_FALSE(client.send(large, past));
         EXPECT_FALSE(client.send(next, past));
         auto received = std::async(std::launch::async, [&] { return readAll(device, large.size() + next.size()); });
-        if (isFinishedByAnother) EXPECT_TRUE(client.send(next, patience()));
+        if (isFinishedByAnother) {
+            EXPECT_TRUE(client.send(next, patience()));
+        }
         const Deadline end = patience();
         while (!client.send(large, past)) ASSERT_LT(Clock::now(), end);
-        if (!isFinishedByAnother) EXPECT_TRUE(client.send(next, patience()));
+        if (!isFinishedByAnother) {
+            EXPECT_TRUE(client.send(next, patience()));
+        }
         ASSERT_TRUE(endsSoon(received));
         Bytes expected = large;
         expected.insert(expected.end(), next.begin(), next.end());

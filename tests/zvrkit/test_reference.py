@@ -107,6 +107,13 @@ def test_every_failure_has_code_bases_and_what_to_do():
     assert "status 10;" in pages["failures/device.rst"]
 
 
+def test_compatibility_notes_and_code_name_each_other():
+    page = (ROOT / "docs/reference/compatibility.md").read_text()
+    code = "".join(path.read_text() for path in sorted((ROOT / "src").rglob("*.[ch]*")))
+    marked = re.findall(r'(?:Compat|compatibility(?: |"\s*")note(?: |"\s*"))\s*(\d+)', code)
+    assert sorted(set(map(int, marked))) == list(range(1, len(re.findall(r"(?m)^\| \d+ \|", page)) + 1))
+
+
 def test_what_is_new_and_told_of_nowhere_fails_the_build(monkeypatch):
     monkeypatch.setattr(pyzvr, "NewModule", type("NewModule", (), {"__module__": "pyzvr"}), raising=False)
     with pytest.raises(LookupError, match="no page tells of pyzvr.NewModule"):
