@@ -1,4 +1,5 @@
 #include "core/wire/constants.h"
+#include "device/connects.h"
 #include "device/devices.h"
 #include "device/frame_log.h"
 #include "device/sockets.h"
@@ -27,6 +28,19 @@ int portOf(py::handle port) {
     const auto number = argument<std::int64_t>(port, "port");
     if (number < 0 || number > 65535) throw std::overflow_error("a port is 0 to 65535");
     return static_cast<int>(number);
+}
+
+// Asked by a client while it is connected, if that is part of connecting a handle.
+InterruptCheck stillWanted() { return ConnectCall::wanted(ConnectCall::current()); }
+
+void keepSocket(std::shared_ptr<Socket> socket) {
+    if (const auto call = ConnectCall::current()) call->noteSocket(std::move(socket));
+}
+
+template <class Action>
+auto withoutGil(Action action) {
+    const WithoutGil released;
+    return action();
 }
 
 // The deadline of a send that the caller did not limit: a peer that takes nothing for so long is gone.
@@ -205,7 +219,9 @@ void defineNetworkClients(Package& package) {
                                 const auto client = native<TcpClient>(self);
                                 const auto host = argument<std::string>(address, "ip_addr");
                                 const int number = portOf(port);
-                                blocking([&](const InterruptCheck& onWait) { client->connect(host, number, onWait); });
+                                keepSocket(blocking([&](const InterruptCheck& onWait) {
+                                    return client->connect(host, number, onWait, stillWanted());
+                                }));
                                 restoreField(self, "socket");
                                 return true;
                             }});
@@ -224,10 +240,7 @@ void defineNetworkClients(Package& package) {
                          const auto client = native<UdpClient>(self);
                          const auto host = argument<std::string>(address, "ip_addr");
                          const int number = portOf(port);
-                         {
-                             const WithoutGil released;
-                             client->bind(host, number);
-                         }
+                         keepSocket(withoutGil([&] { return client->bind(host, number, stillWanted()); }));
                          restoreField(self, "socket");
                      }})
         .method({.name = "sendBcstPacket",
@@ -286,10 +299,7 @@ void defineSerialClient(Package& package) {
                      const auto client = native<SerialClient>(self);
                      const auto name = argument<std::string>(port, "port");
                      const int bauds = argument<int>(speed, "baudrate");
-                     {
-                         const WithoutGil released;
-                         client->connect(name, bauds);
-                     }
+                     keepSocket(withoutGil([&] { return client->connect(name, bauds, stillWanted()); }));
                      restoreField(self, "socket");
                      return true;
                  }})

@@ -37,7 +37,10 @@ bool isTrue(py::handle self, const char* field);
 
 Object classNamed(const char* type);
 
-/// Awaits a method that blocks, on a thread of the event loop's own.
+/// Ends the connects that are under way, as `disconnect` does.
+void endConnects(py::handle self);
+
+/// Awaits a method that blocks, on a thread of its own.
 Task awaitInThread(Op op, const char* method, std::vector<Object> given = {});
 /// The awaitable form of such a method. It never stops the event loop; a cancelled one ends in its thread.
 Definition inThreadOf(const char* method, Parameters parameters, std::string doc, Raises raises);

@@ -283,6 +283,7 @@ void DeviceRuntime::endWaits() {
 
 void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
+    connects.close();
     for (const auto& receiver : receivers_) {
         receiver->end();
         receiver->closeLink();

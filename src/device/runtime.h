@@ -3,6 +3,7 @@
 
 #include "core/engine/pools.h"
 #include "core/engine/row_queue.h"
+#include "device/connects.h"
 #include "device/watch.h"
 #include "python/event_loop.h"
 #include "python/log.h"
@@ -52,6 +53,7 @@ public:
     FailureId linkFailure = FailureId::NetworkConnectionLostError;
     /// A weak one to the object.
     const SharedObject reference;
+    Connects connects;
     /// What the object was connected with last, a tuple.
     SharedObject connectedWith;
     /// Whose turn it is to send a request with a key, where requests take turns: one token for each key.

@@ -168,7 +168,9 @@ void defineConnectingOnce(ClassMaker& type) {
                  .parameters = wifiConnectParameters(),
                  .doc = "Connects commands and data; does nothing if it is connected.",
                  .raises = {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data "
-                            "side the command side is connected, and disconnect ends it"},
+                            "side the command side is connected, and disconnect ends it",
+                            "NetworkConnectionLostError: the handle is disconnected or closed meanwhile, or another "
+                            "connect of it begins"},
                  .body =
                      [](py::handle self, const Object& address, const Object& dataPort, const Object& commandPort,
                         const Object& verbose) {
@@ -180,6 +182,7 @@ void defineConnectingOnce(ClassMaker& type) {
                  .doc = "Ends both connections; does nothing if there is none.",
                  .raises = {"NetworkConnectionLostError: a connection was lost before"},
                  .body = [](py::handle self, const Object& verbose) {
+                     endConnects(self);
                      if (isTrue(self, "connect_status_cmd")) callOf("WifiDevice", "disconnect", self, verbose);
                  }});
 }

@@ -51,15 +51,33 @@ std::optional<std::error_code> SocketClient::loss() const {
     return held ? held->loss() : std::make_error_code(std::errc::not_connected);
 }
 
-void SocketClient::close() noexcept {
+void SocketClient::close() noexcept { closeIf({}); }
+
+void SocketClient::closeIf(const InterruptCheck& wanted) {
     if (isForeign()) return;
     std::shared_ptr<Socket> held;
     {
         const std::lock_guard lock(mutex_);
+        if (wanted) wanted();
         held.swap(socket_);
     }
-    // A port is free for the next socket only when its last user is gone.
-    if (held) held->close(Clock::now() + linger);
+    closeTaken(held);
+}
+
+void SocketClient::letGoOf(const std::shared_ptr<Socket>& socket) noexcept {
+    if (isForeign()) return;
+    std::shared_ptr<Socket> held;
+    {
+        const std::lock_guard lock(mutex_);
+        if (socket_ != socket) return;
+        held.swap(socket_);
+    }
+    closeTaken(held);
+}
+
+// A port is free for the next socket only when its last user is gone.
+void SocketClient::closeTaken(const std::shared_ptr<Socket>& taken) noexcept {
+    if (taken) taken->close(Clock::now() + linger);
     changed();
 }
 
@@ -69,12 +87,13 @@ std::shared_ptr<Socket> SocketClient::socket() const {
     return socket_;
 }
 
-void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
+void SocketClient::replaceSocket(std::shared_ptr<Socket> socket, const InterruptCheck& wanted) {
     requireOwn();
     const std::shared_ptr<Socket> placed = socket;
     if (placed) placed->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
     {
         const std::lock_guard lock(mutex_);
+        if (wanted) wanted();
         socket_.swap(socket);
     }
     if (socket && socket != placed) socket->onLoss({});

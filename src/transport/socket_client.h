@@ -24,14 +24,21 @@ public:
 
     /// Nothing while there is no socket, and in a forked child.
     std::shared_ptr<Socket> socket() const;
-    /// Puts a socket in the place of the one there, which is left as it is.
-    void replaceSocket(std::shared_ptr<Socket> socket);
+    /// Puts a socket in the place of the one there, which is left as it is. `wanted` throws if that is not to be any
+    /// more; it is called with a lock held.
+    void replaceSocket(std::shared_ptr<Socket> socket, const InterruptCheck& wanted = {});
+    /// Closes this socket if it is the one there.
+    void letGoOf(const std::shared_ptr<Socket>& socket) noexcept;
 
 protected:
     /// Throws std::system_error while there is no socket.
     std::shared_ptr<Socket> connectedSocket() const;
+    /// As `close`, if `wanted` does not throw.
+    void closeIf(const InterruptCheck& wanted);
 
 private:
+    void closeTaken(const std::shared_ptr<Socket>& taken) noexcept;
+
     mutable std::mutex mutex_;
     std::shared_ptr<Socket> socket_;
 };

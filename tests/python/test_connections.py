@@ -12,6 +12,7 @@ import weakref
 
 import pytest
 import zvrkit.sim
+from crowd import crowded
 from forms import awaited, blocking
 from links import box, peer
 from loops import KEYS
@@ -20,7 +21,7 @@ from queue_support import until
 
 import pyzvr
 
-__all__ = ["box", "peer"]
+__all__ = ["box", "crowded", "peer"]
 
 ENDS = [pytest.param(finish, id="orderly"), pytest.param(reset, id="reset")]
 
@@ -344,19 +345,6 @@ def test_what_cannot_be_called_is_refused(box, bad):
 # An event loop is never stopped.
 
 
-@pytest.fixture
-def crowded():
-    """A place that takes no more connections, and refuses none."""
-    with socket.create_server(("127.0.0.1", 0), backlog=0) as listener:
-        waiting = [socket.socket() for _ in range(4)]
-        for each in waiting:
-            each.setblocking(False)
-            each.connect_ex(listener.getsockname())
-        yield listener.getsockname()
-        for each in waiting:
-            each.close()
-
-
 class SlowToClose(pyzvr.TarnDio):
 
     def close(self, verbose=True):
@@ -385,7 +373,7 @@ def test_connecting_disconnecting_and_closing_leave_the_loop_running(peer, crowd
                 await product.connect_async("127.0.0.1", nobody.getsockname()[1], verbose=False)
         before = ticks
         with pytest.raises(asyncio.TimeoutError):
-            await asyncio.wait_for(product.connect_async(*crowded, verbose=False), 0.3)
+            await asyncio.wait_for(product.connect_async(*crowded.address, verbose=False), 0.3)
         assert ticks - before > 10
         await product.close_async(verbose=False)
         async with SlowToClose():
