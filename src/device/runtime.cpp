@@ -302,7 +302,7 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
         wakers.receiver = receiver;
         linkFailure = link.failure;
     }
-    receiver->onLoss([reference = reference](const Failure& reason, Deadline when) {
+    receiver->onLoss([reference = reference](const LinkLoss& reason, Deadline when) {
         tellLoss(reference, std::make_exception_ptr(reason), when, true);
     });
     watch->onChange(receiver);

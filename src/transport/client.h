@@ -30,12 +30,24 @@ enum class Reader { caller, thread };
 /// What an error says of a request that has no link to go over.
 inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
 
+/// What is told of a link that the device or the system has ended.
+class LinkLoss final : public Failure {
+public:
+    /// `link` is the class of the link's errors.
+    LinkLoss(FailureId link, std::optional<std::error_code> why);
+    /// The system's reason; nothing for an orderly end.
+    const std::optional<std::error_code>& why() const noexcept { return why_; }
+
+private:
+    std::optional<std::error_code> why_;
+};
+
 /// Hears of links that the device or the system has ended.
 class LossListener {
 public:
     virtual ~LossListener() = default;
     /// Once of each, on the thread that meets the end first; must not wait. `when` is before the end.
-    virtual void onLoss(const Failure& reason, Deadline when) = 0;
+    virtual void onLoss(const LinkLoss& reason, Deadline when) = 0;
 };
 
 /// Who hears of the losses of a source, whose sockets tell them. The first listener hears also of one before it came.
@@ -44,12 +56,12 @@ public:
     /// Where the link `isLost` still, that counts as an end of now.
     void add(const std::shared_ptr<LossListener>& listener, bool isLost);
     void remove(const LossListener& listener);
-    void tell(const Failure& reason, Deadline when);
+    void tell(const LinkLoss& reason, Deadline when);
 
 private:
     std::mutex mutex_;
     std::vector<std::weak_ptr<LossListener>> listeners_;
-    std::optional<std::pair<Failure, Deadline>> untold_;
+    std::optional<std::pair<LinkLoss, Deadline>> untold_;
 };
 
 /// A source of packets for a receive loop. One at a time reads, the receive thread or another in its place.
@@ -83,8 +95,7 @@ public:
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
-    /// What is told of a link that has ended.
-    Failure lossFailure() const;
+    LinkLoss lossFailure() const { return {failure(), loss()}; }
     const std::shared_ptr<LossListeners> losses = std::make_shared<LossListeners>();
 
     /// Grows whenever a step of the source may have been replaced, so that who reads from it looks again.

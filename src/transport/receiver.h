@@ -70,8 +70,8 @@ public:
     /// Whether nothing can come at all: there is no link, or it has ended.
     bool isCut() const;
     /// Told of each such end, as a LossListener is. Set before the start.
-    void onLoss(std::function<void(const Failure& reason, Deadline when)> told) { onLoss_ = std::move(told); }
-    void onLoss(const Failure& reason, Deadline when) override;
+    void onLoss(std::function<void(const LinkLoss& reason, Deadline when)> told) { onLoss_ = std::move(told); }
+    void onLoss(const LinkLoss& reason, Deadline when) override;
 
     /// Ends the thread soon, out of its read.
     void end() override;
@@ -127,7 +127,7 @@ private:
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
     std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // what has been replaced is not known before a look
-    std::function<void(const Failure& reason, Deadline when)> onLoss_;
+    std::function<void(const LinkLoss& reason, Deadline when)> onLoss_;
     ReadingRight right_;
 
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};

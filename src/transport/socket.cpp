@@ -157,7 +157,7 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
-void SystemSocket::onLoss(std::function<void(Deadline)> told) {
+void SystemSocket::onLoss(Told told) {
     const std::lock_guard lock(mutex_);
     onLoss_ = std::move(told);
 }
@@ -167,12 +167,12 @@ void SystemSocket::noteLoss(int number) {
     if (!endsWithNothing() || closing_ || shut_) return;
     const auto when = end_.note(number);
     if (!when) return;
-    std::function<void(Deadline)> told;
+    Told told;
     {
         const std::lock_guard lock(mutex_);
         told = onLoss_;
     }
-    if (told) told(*when);
+    if (told) told(*loss(), *when);
 }
 
 void SystemSocket::failAndNote() {

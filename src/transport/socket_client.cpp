@@ -90,7 +90,11 @@ std::shared_ptr<Socket> SocketClient::socket() const {
 void SocketClient::replaceSocket(std::shared_ptr<Socket> socket, const InterruptCheck& wanted) {
     requireOwn();
     const std::shared_ptr<Socket> placed = socket;
-    if (placed) placed->onLoss([told = losses, reason = lossFailure()](Deadline when) { told->tell(reason, when); });
+    if (placed) {
+        placed->onLoss([told = losses, link = failure()](const std::error_code& why, Deadline when) {
+            told->tell(LinkLoss(link, why), when);
+        });
+    }
     {
         const std::lock_guard lock(mutex_);
         if (wanted) wanted();

@@ -93,6 +93,21 @@ def test_a_request_hears_of_the_end_at_once_and_so_do_those_behind_it(waiting_bo
         form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
 
 
+@pytest.mark.parametrize(("end", "cause"), [(finish, type(None)), (reset, ConnectionResetError)])
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_the_systems_reason_of_a_loss_is_the_cause_of_its_error(waiting_box, silent, form, end, cause):
+    told = queue.Queue()
+    waiting_box.onConnectionLost(told.put)
+    connection = silent.connection()
+    threading.Timer(0.05, end, [connection]).start()
+    for _ in range(2):  # the one that meets it, and one behind it
+        with pytest.raises(pyzvr.NetworkConnectionLostError) as lost:
+            form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
+        assert type(lost.value.__cause__) is cause
+    waiting_box.onConnectionLost(told.put)
+    assert [type(told.get(timeout=5).__cause__) for _ in range(2)] == [cause] * 2
+
+
 def test_all_who_wait_hear_of_the_end(waiting_box, silent):
     connection = silent.connection()
     heard = []
