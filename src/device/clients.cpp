@@ -24,6 +24,15 @@ py::list toList(const std::vector<Packet>& packets) {
     return list;
 }
 
+// A name that the system takes: it would read one with a null character only up to that.
+std::string systemName(py::handle value, const char* name) {
+    std::string text = argument<std::string>(value, name);
+    if (text.find('\0') != std::string::npos) {
+        throw std::invalid_argument("'" + std::string(name) + "' must not hold a null character");
+    }
+    return text;
+}
+
 int portOf(py::handle port) {
     const auto number = argument<std::int64_t>(port, "port");
     if (number < 0 || number > 65535) throw std::overflow_error("a port is 0 to 65535");
@@ -217,7 +226,7 @@ void defineNetworkClients(Package& package) {
                             .raises = {"NetworkConnectionError: that fails"},
                             .body = [](py::handle self, const Object& address, const Object& port) {
                                 const auto client = native<TcpClient>(self);
-                                const auto host = argument<std::string>(address, "ip_addr");
+                                const auto host = systemName(address, "ip_addr");
                                 const int number = portOf(port);
                                 keepSocket(blocking([&](const InterruptCheck& onWait) {
                                     return client->connect(host, number, onWait, stillWanted());
@@ -238,7 +247,7 @@ void defineNetworkClients(Package& package) {
                  .body =
                      [](py::handle self, const Object& address, const Object& port) {
                          const auto client = native<UdpClient>(self);
-                         const auto host = argument<std::string>(address, "ip_addr");
+                         const auto host = systemName(address, "ip_addr");
                          const int number = portOf(port);
                          keepSocket(withoutGil([&] { return client->bind(host, number, stillWanted()); }));
                          restoreField(self, "socket");
@@ -297,7 +306,7 @@ void defineSerialClient(Package& package) {
              .body =
                  [](py::handle self, const Object& port, const Object& speed) {
                      const auto client = native<SerialClient>(self);
-                     const auto name = argument<std::string>(port, "port");
+                     const auto name = systemName(port, "port");
                      const int bauds = argument<int>(speed, "baudrate");
                      keepSocket(withoutGil([&] { return client->connect(name, bauds, stillWanted()); }));
                      restoreField(self, "socket");
