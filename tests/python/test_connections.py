@@ -108,6 +108,26 @@ def test_the_systems_reason_of_a_loss_is_the_cause_of_its_error(waiting_box, sil
     assert [type(told.get(timeout=5).__cause__) for _ in range(2)] == [cause] * 2
 
 
+def test_a_description_tells_of_a_loss_as_the_box_does(box, peer):
+    told = queue.Queue()
+    box.onConnectionLost(lambda _: told.put((repr(box), box.isConnected())))
+    assert repr(box).endswith(", connected>")
+    finish(peer.connection())
+    text, connected = told.get(timeout=5)
+    assert text.endswith(", not connected>") and not connected
+    assert repr(box).endswith(", not connected>")
+    box.reconnect(verbose=False)
+    assert repr(box).endswith(", connected>")
+
+
+def test_a_description_tells_of_a_second_link_that_is_missing(peer):
+    with pyzvr.HeronAnalog() as box, socket.socket() as nobody:
+        nobody.bind(("127.0.0.1", 0))
+        with pytest.raises(pyzvr.NetworkConnectionError):
+            box.connect("127.0.0.1", nobody.getsockname()[1], peer.port, verbose=False)
+        assert repr(box).endswith(", not connected>") and not box.isConnected()
+
+
 def test_all_who_wait_hear_of_the_end(waiting_box, silent):
     connection = silent.connection()
     heard = []
