@@ -145,6 +145,7 @@ void close(const Model& model, py::handle self, const Object& verbose) {
     if (isKilled(self)) return;
     std::vector<std::function<void()>> steps;
     steps.emplace_back([&] { callOf(model.family->device, "close", self, verbose); });
+    if (isForeign(self)) return steps[0]();  // the threads of all the rest are the parent's
     if (model.family->logger != ModelFamily::Logger::none)
         steps.emplace_back([&] { callMethod(self, "_Logger_close"); });
     for (const char* module : model.modules) {
