@@ -1,4 +1,5 @@
 #include "core/wire/constants.h"
+#include "device/connects.h"
 #include "device/devices.h"
 #include "device/frame_log.h"
 #include "device/sockets.h"
@@ -23,10 +24,32 @@ py::list toList(const std::vector<Packet>& packets) {
     return list;
 }
 
+// A name that the system takes: it would read one with a null character only up to that.
+std::string systemName(py::handle value, const char* name) {
+    std::string text = argument<std::string>(value, name);
+    if (text.find('\0') != std::string::npos) {
+        throw std::invalid_argument("'" + std::string(name) + "' must not hold a null character");
+    }
+    return text;
+}
+
 int portOf(py::handle port) {
     const auto number = argument<std::int64_t>(port, "port");
     if (number < 0 || number > 65535) throw std::overflow_error("a port is 0 to 65535");
     return static_cast<int>(number);
+}
+
+// Asked by a client while it is connected, if that is part of connecting a handle.
+InterruptCheck stillWanted() { return ConnectCall::wanted(ConnectCall::current()); }
+
+void keepSocket(std::shared_ptr<Socket> socket) {
+    if (const auto call = ConnectCall::current()) call->noteSocket(std::move(socket));
+}
+
+template <class Action>
+auto withoutGil(Action action) {
+    const WithoutGil released;
+    return action();
 }
 
 // The deadline of a send without a caller's limit: a peer that accepts no data for this long is gone.
@@ -204,9 +227,11 @@ void defineNetworkClients(Package& package) {
                             .raises = {"NetworkConnectionError: that fails"},
                             .body = [](py::handle self, const Object& address, const Object& port) {
                                 const auto client = native<TcpClient>(self);
-                                const auto host = argument<std::string>(address, "ip_addr");
+                                const auto host = systemName(address, "ip_addr");
                                 const int number = portOf(port);
-                                blocking([&](const InterruptCheck& onWait) { client->connect(host, number, onWait); });
+                                keepSocket(blocking([&](const InterruptCheck& onWait) {
+                                    return client->connect(host, number, onWait, stillWanted());
+                                }));
                                 restoreField(self, "socket");
                                 return true;
                             }});
@@ -223,12 +248,9 @@ void defineNetworkClients(Package& package) {
                  .body =
                      [](py::handle self, const Object& address, const Object& port) {
                          const auto client = native<UdpClient>(self);
-                         const auto host = argument<std::string>(address, "ip_addr");
+                         const auto host = systemName(address, "ip_addr");
                          const int number = portOf(port);
-                         {
-                             const WithoutGil released;
-                             client->bind(host, number);
-                         }
+                         keepSocket(withoutGil([&] { return client->bind(host, number, stillWanted()); }));
                          restoreField(self, "socket");
                      }})
         .method({.name = "sendBcstPacket",
@@ -285,12 +307,9 @@ void defineSerialClient(Package& package) {
                  .body =
                      [](py::handle self, const Object& port, const Object& speed) {
                          const auto client = native<SerialClient>(self);
-                         const auto name = argument<std::string>(port, "port");
+                         const auto name = systemName(port, "port");
                          const int bauds = argument<int>(speed, "baudrate");
-                         {
-                             const WithoutGil released;
-                             client->connect(name, bauds);
-                         }
+                         keepSocket(withoutGil([&] { return client->connect(name, bauds, stillWanted()); }));
                          restoreField(self, "socket");
                          return true;
                      }})

@@ -144,7 +144,7 @@ std::string describe(py::handle self) {
     if (isForeign(self)) return text + ", of the parent process>";
     for (const char* status : {"connect_status_cmd", "connect_status_udp"}) {
         const Object connected = attributeOrNothing(self, status);
-        if (connected) return text + (isTrue(connected) ? ", connected>" : ", not connected>");
+        if (connected) return text + (isTrue(callMethod(self, "isConnected")) ? ", connected>" : ", not connected>");
     }
     return text + ">";
 }

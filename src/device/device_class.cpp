@@ -2,6 +2,7 @@
 
 #include "device/frame_log.h"
 #include "python/raising.h"
+#include "python/thread_call.h"
 
 namespace zvr::python {
 
@@ -31,10 +32,10 @@ void callBase(const DeviceClass& device, const char* method, py::handle self, co
     callOf(device.base == nullptr ? "Device" : device.base->name, method, self, args...);
 }
 
-// A failed connection is also logged.
-Object joinOrLog(py::handle self, const DeviceClass& device, Arguments given) {
+// A failed connection is also logged; one that has been superseded is no reason to warn.
+Object joinOrLog(py::handle self, const DeviceClass& device, Arguments given, const ConnectCall& call) {
     const auto log = [&](const std::string& why) {
-        logOf(self, LogLevel::warning, [&] { return "not connected: " + why; });
+        logOf(self, call.isOver() ? LogLevel::info : LogLevel::warning, [&] { return "not connected: " + why; });
     };
     try {
         return device.join(self, device.link, given);
@@ -54,7 +55,9 @@ void connectClient(py::handle self, const DeviceLink& link, const Object& place,
     requireOwn(self);
     const Object client = attribute(self, link.client);
     if (client.is_none()) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-    setAttribute(self, link.status, callMethod(client, "connect", place, number));
+    const Object status = callMethod(client, "connect", place, number);
+    ConnectCall::current()->settle(client);
+    setAttribute(self, link.status, status);
 }
 
 void startDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
@@ -75,12 +78,16 @@ void startDevice(py::handle self, const DeviceClass& device, const Object& verbo
 }
 
 void connectDevice(py::handle self, const DeviceClass& device, Arguments given) {
+    const auto runtime = runtimeOf(self);
+    if (runtime->mark.foreign()) throw Failure(runtime->linkFailure, foreignMessage("The handle"));
     if (device.base == nullptr && isConnected(self, device.link)) return;
-    const Object place = joinOrLog(self, device, given);
+    const Connecting connecting(runtime, device);
+    const Object place = joinOrLog(self, device, given, connecting.call());
+    connecting.call().requireWanted();
     openGate(self, device.link);
     py::tuple places(device.connectParameters.size());
     for (std::size_t i = 0; i < places.size(); ++i) places[i] = i + 1 < places.size() ? given[i] : py::bool_(false);
-    runtimeOf(self)->connectedWith = shared(places);
+    runtime->connectedWith = shared(places);
     const Object& verbose = given[device.connectParameters.size() - 1];
     askForFrameLog();
     logOf(self, LogLevel::info, [] { return "connected"; });
@@ -116,6 +123,7 @@ void reconnectDevice(py::handle self, const DeviceClass& device, const Object& v
     if (isKilled(self)) throw Failure(runtime->linkFailure, "The handle is closed.");
     if (!runtime->connectedWith) throw Failure(runtime->linkFailure, notConnected);
     const py::tuple places = borrow(runtime->connectedWith.get());
+    const Connecting connecting(runtime, device);
     dropLink(self, device);
     callMethod(attribute(self, "data_pool_echo"), "clear");
     attribute(classNamed(device.name), "connect")(self, *places);
@@ -134,14 +142,32 @@ Definition inThreadOf(const char* method, Parameters parameters, std::string doc
 }
 
 Task awaitInThread(Op op, const char* method, std::vector<Object> given) {
-    py::tuple values(given.size());
-    for (std::size_t i = 0; i < given.size(); ++i) values[i] = given[i];
-    const Object call = attribute(op.self(), method);
-    co_return co_await Awaiter::on(pythonObject("asyncio", "to_thread")(call, *values));
+    py::tuple values(given.size() + 1);
+    values[0] = attribute(op.self(), method);
+    for (std::size_t i = 0; i < given.size(); ++i) values[i + 1] = given[i];
+    const Object context = callObject(pythonObject("contextvars", "copy_context"));
+    const auto runtime = runtimeOrNothing(op.self());
+    const auto wakers =
+        runtime ? std::shared_ptr<LoopWakers>(runtime, &runtime->wakers) : std::make_shared<LoopWakers>();
+    const auto connect = runtime ? std::make_shared<ConnectCall>(runtime) : nullptr;
+    const auto call = [connect, run = shared(attribute(context, "run")), values = shared(values)] {
+        const Connecting connecting(connect);
+        return own(entering([&] { return PyObject_CallObject(run.get(), values.get()); }));
+    };
+    const auto abandon = [&] {
+        if (connect) connect->cancel(op.self());
+    };
+    ThreadAwaiter awaiter(*wakers, std::string(method) + "_async", call, abandon);
+    co_return co_await awaiter;
+}
+
+void endConnects(py::handle self) {
+    if (const auto runtime = runtimeOrNothing(self)) runtime->connects.end("The handle was disconnected meanwhile.");
 }
 
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose) {
     const DeviceLink& link = device.link;
+    endConnects(self);
     if (device.base != nullptr) callBase(device, "disconnect", self, py::bool_(false));
     if (!isConnected(self, link)) return;
     if (device.leave == nullptr) requireOwn(self);
@@ -164,6 +190,7 @@ void closeDevice(py::handle self, const DeviceClass& device, const Object& verbo
     const DeviceLink& link = device.link;
     if (isKilled(self)) return;
     if (isForeign(self)) return setAttribute(self, "killed", py::bool_(true));  // the connection is the parent's
+    if (const auto runtime = runtimeOrNothing(self)) runtime->connects.close();
     const auto end = [&] {
         callBase(device, "close", self, py::bool_(false));
         openGate(self, link);

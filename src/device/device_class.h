@@ -31,7 +31,7 @@ struct DeviceClass {
     void (*leave)(py::handle self, const DeviceLink& link) = nullptr;
 };
 
-/// Connects the link's client and sets the status to the result.
+/// Connects the link's client and sets the status to the result; part of connectDevice.
 void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number);
 
 void startDevice(py::handle self, const DeviceClass& device, const Object& verbose);
@@ -39,13 +39,22 @@ void connectDevice(py::handle self, const DeviceClass& device, Arguments given);
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 /// Whether the device has a connection that has not been lost.
 bool isConnected(py::handle self, const DeviceClass& device);
+/// Releases what is left of the connection and prints nothing.
+void dropLink(py::handle self, const DeviceClass& device);
 /// Releases what is left of the connection and connects again with the same arguments.
 void reconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 /// Disconnects, ends the threads and prints a message; each step runs even if the previous one failed.
 void closeDevice(py::handle self, const DeviceClass& device, const Object& verbose);
 
-inline Raises reconnectErrors(const DeviceClass& device) {
+inline Raises connectErrors(const DeviceClass& device) {
     Raises raises = device.connect.raises;
+    raises.add({std::string(rowOf(device.link.failure).name) +
+                ": the handle is disconnected or closed meanwhile, or another connect of it begins"});
+    return raises;
+}
+
+inline Raises reconnectErrors(const DeviceClass& device) {
+    Raises raises = connectErrors(device);
     raises.add({std::string(rowOf(device.link.failure).name) + ": the handle is closed, or has never been connected"});
     return raises;
 }
@@ -73,7 +82,7 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
         .method({.name = "connect",
                  .parameters = device.connectParameters,
                  .doc = device.connect.summary,
-                 .raises = device.connect.raises,
+                 .raises = connectErrors(device),
                  .body = [&device](const Definition&, py::handle self, Arguments given) -> Object {
                      connectDevice(self, device, given);
                      return py::none();
@@ -94,7 +103,7 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
                         "Unclaimed replies are dropped; nothing is configured or opened again on the device.",
                  .raises = reconnectErrors(device),
                  .body = [&device](py::handle self, const Object& verbose) { reconnectDevice(self, device, verbose); }})
-        .awaitable(inThreadOf("connect", device.connectParameters, device.connect.summary, device.connect.raises))
+        .awaitable(inThreadOf("connect", device.connectParameters, device.connect.summary, connectErrors(device)))
         .awaitable(inThreadOf("disconnect", {verboseParameter}, device.disconnect.summary, device.disconnect.raises))
         .awaitable(inThreadOf("reconnect", {verboseParameter}, "Connects the handle again to its last address.",
                               reconnectErrors(device)))

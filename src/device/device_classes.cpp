@@ -48,7 +48,9 @@ Object joinSerial(py::handle self, const DeviceLink& link, Arguments given) {
 Object joinUsb(py::handle self, const DeviceLink& link, Arguments given) {
     if (isKilled(self)) throw Failure(FailureId::USBConnectionError, "The handle is closed.");
     if (isForeign(self)) throw Failure(FailureId::USBConnectionError, foreignMessage("The handle"));
-    setAttribute(self, link.client, callObject(classNamed(link.clientClass), given[0]));
+    const Object client = callObject(classNamed(link.clientClass), given[0]);
+    ConnectCall::current()->settle(client);
+    setAttribute(self, link.client, client);
     setAttribute(self, link.status, py::bool_(true));
     Object found = callMethod(attribute(self, link.client), "takeSerialNumber");
     setAttribute(self, "serial_num", found);
@@ -71,7 +73,9 @@ void leaveUsb(py::handle self, const DeviceLink& link) {
 
 Object joinBroadcast(py::handle self, const DeviceLink& link, Arguments) {
     if (isKilled(self)) throw Failure(FailureId::NetworkConnectionError, "The handle is closed.");
-    callMethod(attribute(self, link.client), "bind", py::str(""), py::int_(UDP_RECV_PORT));
+    const Object client = attribute(self, link.client);
+    callMethod(client, "bind", py::str(""), py::int_(UDP_RECV_PORT));
+    ConnectCall::current()->settle(client);
     setAttribute(self, link.status, py::int_(1));
     return {};
 }

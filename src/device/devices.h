@@ -37,7 +37,10 @@ bool isTrue(py::handle self, const char* field);
 
 Object classNamed(const char* type);
 
-/// Runs a blocking method in the event loop's executor and awaits it.
+/// Ends the connects that are under way, as `disconnect` does.
+void endConnects(py::handle self);
+
+/// Awaits a method that blocks, on a thread of its own.
 Task awaitInThread(Op op, const char* method, std::vector<Object> given = {});
 /// The awaitable form of a blocking method. It never blocks the event loop; a cancelled call still finishes in its
 /// thread.

@@ -306,6 +306,7 @@ void DeviceRuntime::endReads() {
 
 void DeviceRuntime::endAll() {
     if (mark.foreign()) return;
+    connects.close();
     for (const auto& receiver : receivers_) {
         receiver->end();
         receiver->closeLink();
@@ -324,7 +325,7 @@ std::shared_ptr<Receiver> DeviceRuntime::startReceiver(py::handle self, const De
         wakers.receiver = receiver;
         linkFailure = link.failure;
     }
-    receiver->onLoss([reference = reference](const Failure& reason, Deadline when) {
+    receiver->onLoss([reference = reference](const LinkLoss& reason, Deadline when) {
         tellLoss(reference, std::make_exception_ptr(reason), when, true);
     });
     watch->onChange(receiver);

@@ -3,6 +3,7 @@
 
 #include "core/engine/pools.h"
 #include "core/engine/row_queue.h"
+#include "device/connects.h"
 #include "device/watch.h"
 #include "python/event_loop.h"
 #include "python/log.h"
@@ -52,6 +53,7 @@ public:
     FailureId linkFailure = FailureId::NetworkConnectionLostError;
     /// Weak reference to the object.
     const SharedObject reference;
+    Connects connects;
     /// The last connection's arguments, a tuple.
     SharedObject connectedWith;
     /// If requests are serialized, one token per key, held by the request whose turn it is.

@@ -145,6 +145,7 @@ void close(const Model& model, py::handle self, const Object& verbose) {
     if (isKilled(self)) return;
     std::vector<std::function<void()>> steps;
     steps.emplace_back([&] { callOf(model.family->device, "close", self, verbose); });
+    if (isForeign(self)) return steps[0]();  // the threads of all the rest are the parent's
     if (model.family->logger != ModelFamily::Logger::none)
         steps.emplace_back([&] { callMethod(self, "_Logger_close"); });
     for (const char* module : model.modules) {
@@ -167,8 +168,10 @@ void defineConnectingOnce(ClassMaker& type) {
     type.method({.name = "connect",
                  .parameters = wifiConnectParameters(),
                  .doc = "Connects commands and data; does nothing if it is connected.",
-                 .raises = {"NetworkConnectionError: the device is not reached within 5 seconds; if only the data side "
-                            "failed, the command side stays connected until disconnect"},
+                 .raises = {"NetworkConnectionError: the device is not reached within 5 seconds; after a failed data "
+                            "side the command side is connected, and disconnect ends it",
+                            "NetworkConnectionLostError: the handle is disconnected or closed meanwhile, or another "
+                            "connect of it begins"},
                  .body =
                      [](py::handle self, const Object& address, const Object& dataPort, const Object& commandPort,
                         const Object& verbose) {
@@ -180,6 +183,7 @@ void defineConnectingOnce(ClassMaker& type) {
                  .doc = "Ends both connections; does nothing if there is none.",
                  .raises = {"NetworkConnectionLostError: a connection was lost before"},
                  .body = [](py::handle self, const Object& verbose) {
+                     endConnects(self);
                      if (isTrue(self, "connect_status_cmd")) callOf("WifiDevice", "disconnect", self, verbose);
                  }});
 }

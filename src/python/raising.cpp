@@ -8,6 +8,7 @@
 #include "core/engine/never_destroyed.h"
 #include "python/coroutine.h"
 #include "python/log.h"
+#include "transport/client.h"
 #include "transport/usb_library.h"
 
 namespace zvr::python {
@@ -28,8 +29,15 @@ Object currentException() {
     return py::error_already_set().value();
 }
 
-// The cause of a nested failure; null for others.
+// The cause of a nested failure, or the system's reason for a loss; null for others.
 Object causeOf(const Failure& failure) {
+    if (const auto* const loss = dynamic_cast<const LinkLoss*>(&failure); loss != nullptr && loss->why()) {
+        try {
+            throw std::system_error(*loss->why());
+        } catch (...) {
+            return currentException();
+        }
+    }
     const auto* const nested = dynamic_cast<const std::nested_exception*>(&failure);
     if (nested == nullptr || !nested->nested_ptr()) return {};
     try {

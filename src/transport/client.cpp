@@ -1,5 +1,6 @@
 #include "transport/client.h"
 
+#include <asio/error.hpp>
 #include <system_error>
 
 namespace zvr {
@@ -11,9 +12,15 @@ std::optional<ReadStatus> PacketSource::receiveFor(const Wake* /*wake*/, Deadlin
 
 bool PacketSource::watchOnce(int /*epoll*/) const { return false; }
 
-Failure PacketSource::lossFailure() const {
-    constexpr FailureId lost = FailureId::NetworkConnectionLostError;
-    return failure() == lost ? Failure(lost) : Failure(lost, "The connection to the device is lost.");
+namespace {
+
+constexpr FailureId lost = FailureId::NetworkConnectionLostError;
+
+}  // namespace
+
+LinkLoss::LinkLoss(FailureId link, std::optional<std::error_code> why)
+    : Failure(link == lost ? Failure(lost) : Failure(lost, "The connection to the device is lost.")) {
+    if (why && *why != asio::error::eof && *why != std::errc::not_connected) why_ = why;
 }
 
 void LossListeners::add(const std::shared_ptr<LossListener>& listener, bool isLost) {
@@ -32,7 +39,7 @@ void LossListeners::remove(const LossListener& listener) {
     std::erase_if(listeners_, [&](const auto& each) { return each.expired() || each.lock().get() == &listener; });
 }
 
-void LossListeners::tell(const Failure& reason, Deadline when) {
+void LossListeners::tell(const LinkLoss& reason, Deadline when) {
     std::vector<std::weak_ptr<LossListener>> notified;
     {
         const std::lock_guard lock(mutex_);

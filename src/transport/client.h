@@ -32,12 +32,24 @@ enum class Reader { caller, thread };
 inline constexpr const char* notConnected = "There is no connection. Call connect() first.";
 inline constexpr const char* closedForGood = "The handle is closed.";
 
+/// The failure that reports a link that the device or the system has ended.
+class LinkLoss final : public Failure {
+public:
+    /// `link` is the class of the link's errors.
+    LinkLoss(FailureId link, std::optional<std::error_code> why);
+    /// The system's reason; nothing for an orderly end.
+    const std::optional<std::error_code>& why() const noexcept { return why_; }
+
+private:
+    std::optional<std::error_code> why_;
+};
+
 /// Notified when the device or the system has ended a link.
 class LossListener {
 public:
     virtual ~LossListener() = default;
     /// Called once per loss, on the thread that detects it first; must not wait. `when` is before the end.
-    virtual void onLoss(const Failure& reason, Deadline when) = 0;
+    virtual void onLoss(const LinkLoss& reason, Deadline when) = 0;
 };
 
 /// The listeners to a source's losses, which its sockets report. The first listener is also notified of an earlier one.
@@ -46,12 +58,12 @@ public:
     /// If the link `isLost` already, the listener is notified as if it had ended just now.
     void add(const std::shared_ptr<LossListener>& listener, bool isLost);
     void remove(const LossListener& listener);
-    void tell(const Failure& reason, Deadline when);
+    void tell(const LinkLoss& reason, Deadline when);
 
 private:
     std::mutex mutex_;
     std::vector<std::weak_ptr<LossListener>> listeners_;
-    std::optional<std::pair<Failure, Deadline>> unreported_;
+    std::optional<std::pair<LinkLoss, Deadline>> unreported_;
 };
 
 /// A source of packets for a receive loop. One thread reads at a time: the receive thread or another in its place.
@@ -85,8 +97,7 @@ public:
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// The class of the errors of this kind of link.
     virtual FailureId failure() const { return FailureId::NetworkConnectionLostError; }
-    /// The failure that reports a link that has ended.
-    Failure lossFailure() const;
+    LinkLoss lossFailure() const { return {failure(), loss()}; }
     const std::shared_ptr<LossListeners> losses = std::make_shared<LossListeners>();
 
     /// Grows whenever a step of the source may have been replaced, so that its readers look it up again.

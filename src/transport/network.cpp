@@ -49,23 +49,35 @@ void NetworkClient::disconnect() {
     close();
 }
 
-void TcpClient::connect(const std::string& host, int port, const InterruptCheck& onWait) {
+std::shared_ptr<Socket> TcpClient::connect(const std::string& host, int port, const InterruptCheck& onWait,
+                                           const InterruptCheck& wanted) {
+    InterruptCheck check = onWait;
+    if (wanted) {
+        check = [&] {
+            wanted();
+            if (onWait) onWait();
+        };
+    }
     try {
         requireOwn();
-        close();
+        closeIf(wanted);
         setPlace(host + ":" + std::to_string(port));
-        replaceSocket(connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), onWait));
+        auto made = connectTcp(host, port, std::chrono::seconds(CONNECTION_TIMEOUT), check);
+        replaceSocket(made, wanted);
+        return made;
     } catch (const std::system_error&) {
         std::throw_with_nested(Failure(FailureId::NetworkConnectionError));
     }
 }
 
-void UdpClient::bind(const std::string& host, int port) {
+std::shared_ptr<Socket> UdpClient::bind(const std::string& host, int port, const InterruptCheck& wanted) {
     try {
         requireOwn();
-        close();
+        closeIf(wanted);
         setPlace("UDP port " + std::to_string(port));
-        replaceSocket(bindUdp(host, port));
+        auto made = bindUdp(host, port);
+        replaceSocket(made, wanted);
+        return made;
     } catch (const std::system_error&) {
         std::throw_with_nested(Failure(FailureId::NetworkConnectionError));
     }

@@ -17,14 +17,16 @@ public:
 
 class TcpClient final : public NetworkClient {
 public:
-    /// Throws Failure NetworkConnectionError.
-    void connect(const std::string& host, int port, const InterruptCheck& onWait = {});
+    /// Gives the socket that is there now. Throws Failure NetworkConnectionError. `wanted` throws if the connection is
+    /// not wanted any more; it is asked while that is waited for, and with a lock held before it counts.
+    std::shared_ptr<Socket> connect(const std::string& host, int port, const InterruptCheck& onWait = {},
+                                    const InterruptCheck& wanted = {});
 };
 
 class UdpClient final : public NetworkClient {
 public:
-    /// Throws Failure NetworkConnectionError if the port is taken.
-    void bind(const std::string& host, int port);
+    /// The same with a local port. Throws Failure NetworkConnectionError if it is taken.
+    std::shared_ptr<Socket> bind(const std::string& host, int port, const InterruptCheck& wanted = {});
     /// Sends to every device on every interface of this host. An interface that cannot send it is skipped; throws
     /// std::system_error if none can.
     static void sendBroadcast(ByteView bytes, const InterruptCheck& onWait = {});

@@ -220,7 +220,7 @@ void Receiver::wakeAtLoss() {
     if (loss()) right_.tellAll();
 }
 
-void Receiver::onLoss(const Failure& reason, Deadline when) {
+void Receiver::onLoss(const LinkLoss& reason, Deadline when) {
     if (!killed_ && onLoss_) onLoss_(reason, when);
 }
 

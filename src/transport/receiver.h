@@ -79,8 +79,8 @@ public:
     /// Whether nothing can arrive at all: there is no link, or it has ended.
     bool isCut() const;
     /// Called at each loss, as a LossListener is. Set before the start.
-    void onLoss(std::function<void(const Failure& reason, Deadline when)> listener) { onLoss_ = std::move(listener); }
-    void onLoss(const Failure& reason, Deadline when) override;
+    void onLoss(std::function<void(const LinkLoss& reason, Deadline when)> told) { onLoss_ = std::move(told); }
+    void onLoss(const LinkLoss& reason, Deadline when) override;
 
     /// Ends the thread soon, interrupting its read.
     void end() override;
@@ -136,7 +136,7 @@ private:
     std::optional<ReadStatus> trouble_;
     std::exception_ptr failure_, unfiled_;
     std::atomic<std::uint64_t> looksAsked_{0}, looksDone_{0};  // a replaced source takes effect at the next look
-    std::function<void(const Failure& reason, Deadline when)> onLoss_;
+    std::function<void(const LinkLoss& reason, Deadline when)> onLoss_;
     ReadingRight right_;
 
     std::atomic<bool> killed_{false}, ignoresUnfiled_{false}, readsLong_{false};

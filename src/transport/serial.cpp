@@ -58,12 +58,14 @@ bool isTimeOver(const std::system_error& failure) {
 
 SerialClient::SerialClient() : readTimeout_(UART_READ_TIMEOUT) {}
 
-void SerialClient::connect(const std::string& port, int baudRate) {
+std::shared_ptr<Socket> SerialClient::connect(const std::string& port, int baudRate, const InterruptCheck& wanted) {
     try {
         requireOwn();
-        close();
+        closeIf(wanted);
         setPlace(port);
-        replaceSocket(openLine(port, baudRate, readTimeout_));
+        auto made = openLine(port, baudRate, readTimeout_);
+        replaceSocket(made, wanted);
+        return made;
     } catch (const std::system_error&) {
         std::throw_with_nested(Failure(FailureId::UARTConnectionError));
     }

@@ -11,7 +11,8 @@ public:
 
     /// Opens a port by its name, 8 data bits, no parity, one stop bit. Throws Failure UARTConnectionError if there is
     /// no such port, another program has it, or it cannot run at this speed.
-    void connect(const std::string& port, int baudRate);
+    /// `wanted` as that of a TcpClient.
+    std::shared_ptr<Socket> connect(const std::string& port, int baudRate, const InterruptCheck& wanted = {});
 
     /// Closes the port, if one is open. Throws std::system_error if its replacement cannot be closed.
     void disconnect();

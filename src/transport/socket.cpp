@@ -157,7 +157,7 @@ void SystemSocket::requireOwn() const {
     if (mark_.foreign()) throw Failure(foreignFailure_, foreignMessage("The connection"));
 }
 
-void SystemSocket::onLoss(std::function<void(Deadline)> listener) {
+void SystemSocket::onLoss(Told listener) {
     const std::lock_guard lock(mutex_);
     onLoss_ = std::move(listener);
 }
@@ -167,12 +167,12 @@ void SystemSocket::noteLoss(int number) {
     if (!endsWithNothing() || closing_ || shut_) return;
     const auto when = end_.note(number);
     if (!when) return;
-    std::function<void(Deadline)> listener;
+    Told listener;
     {
         const std::lock_guard lock(mutex_);
         listener = onLoss_;
     }
-    if (listener) listener(*when);
+    if (listener) listener(*loss(), *when);
 }
 
 void SystemSocket::failAndNote() {

@@ -30,7 +30,8 @@ public:
     /// Why it has ended, if the peer or the system ended it.
     virtual std::optional<std::error_code> loss() const { return std::nullopt; }
     /// Sets the function that is called once at that, as a LossListener is.
-    virtual void onLoss(std::function<void(Deadline)> /*listener*/) {}
+    using Told = std::function<void(const std::error_code& why, Deadline)>;
+    virtual void onLoss(Told /*told*/) {}
 
     /// Seconds that a read or a send waits; infinite for no limit.
     virtual void setTimeout(double seconds) = 0;
@@ -65,7 +66,7 @@ public:
     bool awaitBytes() override;
     bool watchOnce(int epoll) override;
     std::optional<std::error_code> loss() const override;
-    void onLoss(std::function<void(Deadline)> listener) override;
+    void onLoss(Told told) override;
     /// Sends once, as much as there is room for; returns the number of bytes.
     std::size_t sendSome(ByteView bytes, const InterruptCheck& onWait);
 
@@ -136,7 +137,7 @@ private:
     std::uint64_t begunNumber_ = 0;
     Deadline claimUntil_{};  // whoever sends the same frame until then goes on with it
     LinkEnd end_;            // reason: the system's error; -1 for an orderly end
-    std::function<void(Deadline)> onLoss_;
+    Told onLoss_;
 };
 
 /// Connects to an IPv4 address or host name within `limit`, the search for the name included. Throws std::system_error.

@@ -51,15 +51,33 @@ std::optional<std::error_code> SocketClient::loss() const {
     return held ? held->loss() : std::make_error_code(std::errc::not_connected);
 }
 
-void SocketClient::close() noexcept {
+void SocketClient::close() noexcept { closeIf({}); }
+
+void SocketClient::closeIf(const InterruptCheck& wanted) {
     if (isForeign()) return;
     std::shared_ptr<Socket> held;
     {
         const std::lock_guard lock(mutex_);
+        if (wanted) wanted();
         held.swap(socket_);
     }
-    // A port is free for the next socket only after its last user has left.
-    if (held) held->close(Clock::now() + linger);
+    closeTaken(held);
+}
+
+void SocketClient::letGoOf(const std::shared_ptr<Socket>& socket) noexcept {
+    if (isForeign()) return;
+    std::shared_ptr<Socket> held;
+    {
+        const std::lock_guard lock(mutex_);
+        if (socket_ != socket) return;
+        held.swap(socket_);
+    }
+    closeTaken(held);
+}
+
+// A port is free for the next socket only after its last user has left.
+void SocketClient::closeTaken(const std::shared_ptr<Socket>& taken) noexcept {
+    if (taken) taken->close(Clock::now() + linger);
     changed();
 }
 
@@ -69,13 +87,17 @@ std::shared_ptr<Socket> SocketClient::socket() const {
     return socket_;
 }
 
-void SocketClient::replaceSocket(std::shared_ptr<Socket> socket) {
+void SocketClient::replaceSocket(std::shared_ptr<Socket> socket, const InterruptCheck& wanted) {
     requireOwn();
     const std::shared_ptr<Socket> placed = socket;
-    if (placed)
-        placed->onLoss([listeners = losses, reason = lossFailure()](Deadline when) { listeners->tell(reason, when); });
+    if (placed) {
+        placed->onLoss([told = losses, link = failure()](const std::error_code& why, Deadline when) {
+            told->tell(LinkLoss(link, why), when);
+        });
+    }
     {
         const std::lock_guard lock(mutex_);
+        if (wanted) wanted();
         socket_.swap(socket);
     }
     if (socket && socket != placed) socket->onLoss({});

@@ -24,14 +24,21 @@ public:
 
     /// Null while there is no socket, and in a forked child.
     std::shared_ptr<Socket> socket() const;
-    /// Replaces the socket; the previous one is not closed.
-    void replaceSocket(std::shared_ptr<Socket> socket);
+    /// Replaces the socket; the previous one is not closed. `wanted` throws if it is no longer to be replaced; it is
+    /// called with a lock held.
+    void replaceSocket(std::shared_ptr<Socket> socket, const InterruptCheck& wanted = {});
+    /// Closes this socket if it is the one there.
+    void letGoOf(const std::shared_ptr<Socket>& socket) noexcept;
 
 protected:
     /// Throws std::system_error while there is no socket.
     std::shared_ptr<Socket> connectedSocket() const;
+    /// As `close`, if `wanted` does not throw.
+    void closeIf(const InterruptCheck& wanted);
 
 private:
+    void closeTaken(const std::shared_ptr<Socket>& taken) noexcept;
+
     mutable std::mutex mutex_;
     std::shared_ptr<Socket> socket_;
 };

@@ -345,3 +345,17 @@ def test_wrong_types_are_named(client, action, name):
     assert client.recvAndSplitPacket(100) == [(122, b"SN000001")]
     assert client.recvPacket(0) == b""
     assert client.recvAndSplitPacket(0) == []
+
+
+@pytest.mark.parametrize("connect", [
+    lambda name: pyzvr.TarnDio().connect("127.0.0.1" + name, 1),
+    lambda name: asyncio.run(pyzvr.TarnDio().connect_async("127.0.0.1" + name, 1)),
+    lambda name: pyzvr.TCPClient().connect("localhost" + name, 1),
+    lambda name: pyzvr.UDPClient().bind(name, 0),
+    lambda name: pyzvr.UARTClient().connect("/dev/null" + name, 9600),
+    lambda name: pyzvr.open("127.0.0.1" + name),
+])
+@pytest.mark.parametrize("ending", ["\0", "\0.example.org"])
+def test_a_name_is_never_read_up_to_a_null_character_only(connect, ending):
+    with pytest.raises(ValueError, match="null character"):
+        connect(ending)

@@ -12,6 +12,7 @@ import weakref
 
 import pytest
 import zvrkit.sim
+from crowd import crowded
 from forms import awaited, blocking
 from links import box, peer
 from loops import KEYS
@@ -20,7 +21,7 @@ from queue_support import until
 
 import pyzvr
 
-__all__ = ["box", "peer"]
+__all__ = ["box", "crowded", "peer"]
 
 ENDS = [pytest.param(finish, id="orderly"), pytest.param(reset, id="reset")]
 
@@ -90,6 +91,41 @@ def test_a_request_hears_of_the_end_at_once_and_so_do_those_behind_it(waiting_bo
     assert not waiting_box.isConnected()
     with pytest.raises(pyzvr.NetworkConnectionLostError):
         form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
+
+
+@pytest.mark.parametrize(("end", "cause"), [(finish, type(None)), (reset, ConnectionResetError)])
+@pytest.mark.parametrize("form", [blocking, awaited])
+def test_the_systems_reason_of_a_loss_is_the_cause_of_its_error(waiting_box, silent, form, end, cause):
+    told = queue.Queue()
+    waiting_box.onConnectionLost(told.put)
+    connection = silent.connection()
+    threading.Timer(0.05, end, [connection]).start()
+    for _ in range(2):  # the one that meets it, and one behind it
+        with pytest.raises(pyzvr.NetworkConnectionLostError) as lost:
+            form(waiting_box, "_echoPacketWithRetry", KEYS[0], [1])
+        assert type(lost.value.__cause__) is cause
+    waiting_box.onConnectionLost(told.put)
+    assert [type(told.get(timeout=5).__cause__) for _ in range(2)] == [cause] * 2
+
+
+def test_a_description_tells_of_a_loss_as_the_box_does(box, peer):
+    told = queue.Queue()
+    box.onConnectionLost(lambda _: told.put((repr(box), box.isConnected())))
+    assert repr(box).endswith(", connected>")
+    finish(peer.connection())
+    text, connected = told.get(timeout=5)
+    assert text.endswith(", not connected>") and not connected
+    assert repr(box).endswith(", not connected>")
+    box.reconnect(verbose=False)
+    assert repr(box).endswith(", connected>")
+
+
+def test_a_description_tells_of_a_second_link_that_is_missing(peer):
+    with pyzvr.HeronAnalog() as box, socket.socket() as nobody:
+        nobody.bind(("127.0.0.1", 0))
+        with pytest.raises(pyzvr.NetworkConnectionError):
+            box.connect("127.0.0.1", nobody.getsockname()[1], peer.port, verbose=False)
+        assert repr(box).endswith(", not connected>") and not box.isConnected()
 
 
 def test_all_who_wait_hear_of_the_end(waiting_box, silent):
@@ -409,19 +445,6 @@ def test_what_cannot_be_called_is_refused(box, bad):
 # An event loop is never stopped.
 
 
-@pytest.fixture
-def crowded():
-    """A place that takes no more connections, and refuses none."""
-    with socket.create_server(("127.0.0.1", 0), backlog=0) as listener:
-        waiting = [socket.socket() for _ in range(4)]
-        for each in waiting:
-            each.setblocking(False)
-            each.connect_ex(listener.getsockname())
-        yield listener.getsockname()
-        for each in waiting:
-            each.close()
-
-
 class SlowToClose(pyzvr.TarnDio):
 
     def close(self, verbose=True):
@@ -450,7 +473,7 @@ def test_connecting_disconnecting_and_closing_leave_the_loop_running(peer, crowd
                 await product.connect_async("127.0.0.1", nobody.getsockname()[1], verbose=False)
         before = ticks
         with pytest.raises(asyncio.TimeoutError):
-            await asyncio.wait_for(product.connect_async(*crowded, verbose=False), 0.3)
+            await asyncio.wait_for(product.connect_async(*crowded.address, verbose=False), 0.3)
         assert ticks - before > 10
         await product.close_async(verbose=False)
         async with SlowToClose():

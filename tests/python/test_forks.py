@@ -6,7 +6,7 @@ import sys
 import pytest
 
 FORK = """
-import os, sys, gc, time, pyzvr
+import asyncio, os, sys, gc, time, pyzvr
 port = int(sys.argv[1])
 box = pyzvr.TarnDio()
 box.connect("127.0.0.1", port, verbose=False)
@@ -24,6 +24,8 @@ def child(end):
     assert refused(box.Sys_getSerialNumber), "request"
     assert refused(lambda: box.client_cmd.recvPacket(1)) and refused(lambda: box.client_cmd.stream)
     assert refused(lambda: held.send(b"x")) and held.fileno() == -1
+    assert refused(lambda: box.connect("127.0.0.1", port)) and refused(lambda: asyncio.run(box.connect_async("127.0.0.1", port)))
+    assert refused(box.reconnect) and repr(box).endswith("of the parent process>")
     box.recv_cmd_thread.join()
     other = pyzvr.TarnDio()
     other.connect("127.0.0.1", port, verbose=False)
@@ -78,3 +80,25 @@ print("bound again")
 """
     run = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=60)
     assert "bound again" in run.stdout, run.stderr
+
+
+def test_a_forked_child_closes_handles_with_streams_quietly():
+    code = """
+import os, asyncio, pyzvr
+boxes = [getattr(pyzvr, model)() for model in ("TarnAnalog", "HeronAnalog", "TarnHub", "Lattice") if hasattr(pyzvr, model)]
+assert len(boxes) > 1
+if os.fork() == 0:
+    for box in boxes[1:]:
+        box.close()
+        box.close()
+        assert box.killed and repr(box).endswith("closed>")
+    asyncio.run(boxes[0].close_async())
+    os._exit(0)
+assert os.wait()[1] == 0
+for box in boxes:
+    assert not box.killed
+    box.close()
+print("the parent closes too")
+"""
+    run = subprocess.run([sys.executable, "-W", "ignore", "-c", code], capture_output=True, text=True, timeout=60)
+    assert "the parent closes too" in run.stdout and run.stderr == "", run.stdout + run.stderr
