@@ -14,6 +14,8 @@ from typing import Any, Protocol
 __all__ = ["Box", "Reconnecting", "reconnecting"]
 
 logger = logging.getLogger("zvrkit.connection")
+# Without a handler of its own a library's warnings would be printed by programs that set up no logging.
+logging.getLogger("zvrkit").addHandler(logging.NullHandler())
 
 
 class Box(Protocol):

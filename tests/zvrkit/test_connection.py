@@ -1,6 +1,8 @@
 """A box that is kept connected: it comes back after a loss, with growing pauses, and nothing is done unasked."""
 
 import queue
+import subprocess
+import sys
 import time
 
 import pytest
@@ -89,3 +91,17 @@ def test_a_closed_box_is_left_alone_and_bad_pauses_are_refused(caplog):
     for first, most in ((0, 1), (2, 1), (-1, 5)):
         with pytest.raises(ValueError, match="first"):
             zvrkit.reconnecting(box, first, most)
+
+
+def test_nothing_is_printed_by_a_program_without_logging():
+    code = """
+import queue, pyzvr, zvrkit, zvrkit.sim
+told = queue.Queue()
+with zvrkit.sim.device("TarnDio") as place, pyzvr.TarnDio() as box:
+    box.connect(*place.address, verbose=False)
+    with zvrkit.reconnecting(box, callback=lambda *state: told.put(state)):
+        place.cut()
+        print([told.get(timeout=20)[0] for _ in range(2)])
+"""
+    run = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=60)
+    assert "[False, True]" in run.stdout and run.stderr == ""
