@@ -3248,6 +3248,7 @@ class Device:
 class NetworkDevice(Device):
     """A device behind one TCP connection."""
     ip_addr: str | None
+    disconnect_asked: bool
     connect_status_cmd: bool
     recv_cmd_lock: Gate
     recv_cmd_thread: DeviceThread
@@ -3392,6 +3393,7 @@ class WifiDevice(NetworkDevice):
 class USBDevice(Device):
     """A device on USB."""
     serial_num: str | None
+    disconnect_asked: bool
     connect_status_cmd: bool
     recv_cmd_lock: Gate
     recv_cmd_thread: DeviceThread
@@ -3461,6 +3463,7 @@ class UARTDevice(Device):
     """A device on a serial line."""
     port: str | None
     baudrate: int | None
+    disconnect_asked: bool
     connect_status_cmd: bool
     recv_cmd_lock: Gate
     recv_cmd_thread: DeviceThread
@@ -3586,6 +3589,7 @@ class BroadcastModule_async(Packet_async):
 
 class BroadcastDevice(Device):
     """Asks all devices on the network at once."""
+    disconnect_asked: bool
     connect_status_udp: bool
     recv_udp_lock: Gate
     recv_udp_thread: DeviceThread

@@ -30,6 +30,9 @@ struct DeviceClass {
     void (*leave)(py::handle self, const DeviceLink& link) = nullptr;
 };
 
+/// The field that tells a connection that has been lost from one that nobody wants.
+inline constexpr const char* disconnectAsked = "disconnect_asked";
+
 /// Connects the link's client and keeps what that returns as the status; part of connectDevice.
 void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number);
 
@@ -65,6 +68,9 @@ inline void defineDeviceClass(Package& package, const DeviceClass& device) {
     ClassMaker type = package.makeClass(device.name, {base}, device.doc);
     for (const FieldDoc& place : device.places) type.field(place);
     Watch::watchNames({link.client, link.lock, link.body});
+    if (device.base == nullptr) {
+        type.field({disconnectAsked, "bool", "whether `disconnect` has been called behind the last `connect`"});
+    }
     type.field({link.status, "bool", "whether the connection is open"})
         .field({link.lock, "Gate", "gate of the receive thread, shut while there is no connection"})
         .field({link.thread, "DeviceThread", "the receive thread, from construction to close"})
