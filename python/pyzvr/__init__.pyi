@@ -793,7 +793,7 @@ def printGenericError(err: BaseException) -> None:
         err: the error or warning.
     """
 def check(result: Any) -> Any:
-    """Raises the failure that a negative code stands for; anything else is returned as it is. Lists and tuples are not looked into, since what they hold may be readings.
+    """Raises the failure that a negative code stands for; anything else is returned as it is. Items of lists and tuples are not checked, since they may be readings.
 
     Args:
         result: what an operation returned.
@@ -1011,24 +1011,24 @@ def adjustDataList(data_list: Iterable, list_length: int = 8, padding_num: objec
     Args:
         data_list: the items.
         list_length: number of items of the result.
-        padding_num: what fills the end.
+        padding_num: value that fills the end.
     """
 def checkInputType(data: object, correct_type: type | tuple[type, ...]) -> None:
-    """Refuses a value of a wrong type.
+    """Raises InputTypeNotCorrectError unless the value is of the type.
 
     Args:
         data: the value.
         correct_type: the type it must be of, or several.
     """
 def checkInputTypeConsistent(data: object, data2: object) -> bool:
-    """Refuses two values of different types.
+    """Raises InputTypeNotConsistentError unless the values are of one type.
 
     Args:
         data: one value.
         data2: the other one.
     """
 def checkEachItemInRange(int_list: Iterable[float], low: float = 0, high: float = 255, msg: str | None = None) -> None:
-    """Refuses a list with a value out of range.
+    """Raises InputDataNotInRangeError unless all values are in the range.
 
     Args:
         int_list: the values.
@@ -1037,7 +1037,7 @@ def checkEachItemInRange(int_list: Iterable[float], low: float = 0, high: float 
         msg: message of the error; None for its own.
     """
 def checkFuncPinMap(cell: Sequence[int], pinmap_list: Sequence[str], allow_state_list: Sequence[str]) -> bool:
-    """Tells whether a pin has an allowed use.
+    """Checks whether a pin has an allowed use.
 
     Args:
         cell: port and pin.
@@ -1045,7 +1045,7 @@ def checkFuncPinMap(cell: Sequence[int], pinmap_list: Sequence[str], allow_state
         allow_state_list: uses that are allowed.
     """
 def checkPinMap(cell_list: Iterable[Sequence[int]], pinmap_list: Sequence[str], allow_state_list: Sequence[str]) -> bool:
-    """Tells whether all pins have an allowed use.
+    """Checks whether all pins have an allowed use.
 
     Args:
         cell_list: pairs of port and pin.
@@ -1054,12 +1054,12 @@ def checkPinMap(cell_list: Iterable[Sequence[int]], pinmap_list: Sequence[str], 
     """
 def getLibUSB1() -> USBLibrary | None:
     """Looks for libusb-1.0 beside the package."""
-def open(where: str, port: int | None = None, data_port: int | None = None, baudrate: int | None = None, verbose: bool = True) -> Device:
-    """Asks a device what it is, and connects a handle of its class.
+def open(where: str, port: int | None = None, data_port: int | None = None, baudrate: int | None = None, verbose: bool = True) -> Any:
+    """Asks a device for its model and connects a handle of its class.
 
     Args:
         where: "192.168.1.110", "box.local:7007", "/dev/ttyUSB0", "COM4", a serial number, an alias or a MAC address.
-        port: TCP port of the commands, where `where` names none; 7 unless set.
+        port: TCP port of the commands, if `where` names none; 7 unless set.
         data_port: TCP port of a Wi-Fi device's samples; 1336 unless set.
         baudrate: speed of a serial line in bits per second.
         verbose: whether to print a line.
@@ -1070,7 +1070,7 @@ class Error(Exception):
     code: int
     msg: str
     def __init__(self, code: int, msg: str, *args: object, **kwargs: object) -> None:
-        """Takes a code and a message.
+        """Sets a code and a message.
 
         Args:
             code: number of the error or warning.
@@ -1078,14 +1078,14 @@ class Error(Exception):
             *args: ignored.
         """
     def __str__(self) -> str:
-        """Tells code and message."""
+        """Returns code and message as text."""
 
 class ZVRWarning(UserWarning):
     """Root of the library's warnings. Constructing one prints the call stack and warns."""
     code: int
     msg: str
     def __init__(self, code: int, msg: str, *args: object, **kwargs: object) -> None:
-        """Takes a code and a message, and reports them.
+        """Sets a code and a message, and reports them.
 
         Args:
             code: number of the error or warning.
@@ -1094,12 +1094,12 @@ class ZVRWarning(UserWarning):
             **kwargs: silent=True makes the construction report nothing.
         """
     def __str__(self) -> str:
-        """Tells code and message."""
+        """Returns code and message as text."""
 
 class USBConnectionError(Error, ConnectionError):
     """Failed to connect to ZVR DAQ. Please check USB plugin status and serial number."""
     def __init__(self, msg: str = 'Failed to connect to ZVR DAQ. Please check USB plugin status and serial number.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1109,7 +1109,7 @@ class USBConnectionError(Error, ConnectionError):
 class NetworkConnectionError(Error, ConnectionError):
     """Failed to connect to ZVR DAQ. Please check network status and IP address."""
     def __init__(self, msg: str = 'Failed to connect to ZVR DAQ. Please check network status and IP address.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1119,7 +1119,7 @@ class NetworkConnectionError(Error, ConnectionError):
 class NetworkConnectionLostError(Error, ConnectionError):
     """Network DAQ connection lost."""
     def __init__(self, msg: str = 'Network DAQ connection lost.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1129,7 +1129,7 @@ class NetworkConnectionLostError(Error, ConnectionError):
 class ReceivePacketTimeoutError(Error, TimeoutError):
     """Receive packet timeout."""
     def __init__(self, msg: str = 'Receive packet timeout.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1139,7 +1139,7 @@ class ReceivePacketTimeoutError(Error, TimeoutError):
 class UARTConnectionError(Error, ConnectionError):
     """Failed to connect to drone. Please check COM port."""
     def __init__(self, msg: str = 'Failed to connect to drone. Please check COM port.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1149,7 +1149,7 @@ class UARTConnectionError(Error, ConnectionError):
 class APINotSupportError(Error):
     """In this product, there is no support for this API."""
     def __init__(self, msg: str = 'In this product, there is no support for this API.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1159,7 +1159,7 @@ class APINotSupportError(Error):
 class PinsNotExistError(Error, ValueError):
     """The pin index is not valid or is not recognized."""
     def __init__(self, msg: str = 'The pin index is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1169,7 +1169,7 @@ class PinsNotExistError(Error, ValueError):
 class PinsValueNotDefineError(Error, ValueError):
     """Inconsistency between the number of pins & the number of values."""
     def __init__(self, msg: str = 'Inconsistency between the number of pins & the number of values.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1179,7 +1179,7 @@ class PinsValueNotDefineError(Error, ValueError):
 class InputTypeNotConsistentError(Error, TypeError):
     """Inconsistency between the type of pins & the type of values."""
     def __init__(self, msg: str = 'Inconsistency between the type of pins & the type of values.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1189,7 +1189,7 @@ class InputTypeNotConsistentError(Error, TypeError):
 class InputTypeNotCorrectError(Error, TypeError):
     """The data type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The data type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1199,7 +1199,7 @@ class InputTypeNotCorrectError(Error, TypeError):
 class InputDataNotInRangeError(Error, ValueError):
     """The input value is not the acceptable range."""
     def __init__(self, msg: str = 'The input value is not the acceptable range.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1209,7 +1209,7 @@ class InputDataNotInRangeError(Error, ValueError):
 class IniFileExtensionNameError(Error, ValueError):
     """The Ini file extension name is not correct."""
     def __init__(self, msg: str = 'The Ini file extension name is not correct.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1219,7 +1219,7 @@ class IniFileExtensionNameError(Error, ValueError):
 class IniFileNotFoundError(Error, FileNotFoundError):
     """No such file or directory."""
     def __init__(self, msg: str = 'No such file or directory.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1229,7 +1229,7 @@ class IniFileNotFoundError(Error, FileNotFoundError):
 class DIPortNotAvaliableError(Error, ValueError):
     """The DI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1239,7 +1239,7 @@ class DIPortNotAvaliableError(Error, ValueError):
 class DOPortNotAvaliableError(Error, ValueError):
     """The DO port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DO port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1249,7 +1249,7 @@ class DOPortNotAvaliableError(Error, ValueError):
 class PWMChannelNotAvaliableError(Error, ValueError):
     """The PWM channel is not available."""
     def __init__(self, msg: str = 'The PWM channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1259,7 +1259,7 @@ class PWMChannelNotAvaliableError(Error, ValueError):
 class CounterChannelNotAvaliableError(Error, ValueError):
     """The counter channel is not available."""
     def __init__(self, msg: str = 'The counter channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1269,7 +1269,7 @@ class CounterChannelNotAvaliableError(Error, ValueError):
 class RelayCounterIndexError(Error, ValueError):
     """The relay counter index error is not valid or is not recognized."""
     def __init__(self, msg: str = 'The relay counter index error is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1279,7 +1279,7 @@ class RelayCounterIndexError(Error, ValueError):
 class RelayPortNotAvaliableError(Error, ValueError):
     """The relay port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The relay port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1289,7 +1289,7 @@ class RelayPortNotAvaliableError(Error, ValueError):
 class EncoderChannelNotAvaliableError(Error, ValueError):
     """The encoder channel is not available"""
     def __init__(self, msg: str = 'The encoder channel is not available', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1299,7 +1299,7 @@ class EncoderChannelNotAvaliableError(Error, ValueError):
 class DIChannelNotAvaliableError(Error, ValueError):
     """The DI channel is not available"""
     def __init__(self, msg: str = 'The DI channel is not available', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1309,7 +1309,7 @@ class DIChannelNotAvaliableError(Error, ValueError):
 class DOChannelNotAvaliableError(Error, ValueError):
     """The DO channel is not available"""
     def __init__(self, msg: str = 'The DO channel is not available', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1319,7 +1319,7 @@ class DOChannelNotAvaliableError(Error, ValueError):
 class AIChannelNotAvaliableError(Error, ValueError):
     """The AI channel is not available."""
     def __init__(self, msg: str = 'The AI channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1329,7 +1329,7 @@ class AIChannelNotAvaliableError(Error, ValueError):
 class AIPortNotAvaliableError(Error, ValueError):
     """The AI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1339,7 +1339,7 @@ class AIPortNotAvaliableError(Error, ValueError):
 class AICSNotAvaliableError(Error, ValueError):
     """The AI chip is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI chip is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1349,7 +1349,7 @@ class AICSNotAvaliableError(Error, ValueError):
 class AIModeNotAvaliableError(Error, ValueError):
     """The AI mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1359,7 +1359,7 @@ class AIModeNotAvaliableError(Error, ValueError):
 class AIRateNotVaildError(Error, ValueError):
     """The AI sampling rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI sampling rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1369,7 +1369,7 @@ class AIRateNotVaildError(Error, ValueError):
 class AITriggerModeNotAvaliableError(Error, ValueError):
     """The AI trigger mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AI trigger mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1379,7 +1379,7 @@ class AITriggerModeNotAvaliableError(Error, ValueError):
 class AOPortNotAvaliableError(Error, ValueError):
     """The AO port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AO port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1389,7 +1389,7 @@ class AOPortNotAvaliableError(Error, ValueError):
 class AOModeNotVaildError(Error, ValueError):
     """The AO generation mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO generation mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1399,7 +1399,7 @@ class AOModeNotVaildError(Error, ValueError):
 class AOSpanNotVaildError(Error, ValueError):
     """The AO span mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO span mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1409,7 +1409,7 @@ class AOSpanNotVaildError(Error, ValueError):
 class AOChannelNotAvaliableError(Error, ValueError):
     """The AO channel is not available."""
     def __init__(self, msg: str = 'The AO channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1419,7 +1419,7 @@ class AOChannelNotAvaliableError(Error, ValueError):
 class AOFormNotAvaliableError(Error, ValueError):
     """The AO form is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO form is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1429,7 +1429,7 @@ class AOFormNotAvaliableError(Error, ValueError):
 class AORateNotVaildError(Error, ValueError):
     """The AO sampling rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The AO sampling rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1439,7 +1439,7 @@ class AORateNotVaildError(Error, ValueError):
 class AHRSPortNotAvaliableError(Error, ValueError):
     """The AHRS port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The AHRS port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1449,7 +1449,7 @@ class AHRSPortNotAvaliableError(Error, ValueError):
 class AHRSModeNotAvaliableError(Error, ValueError):
     """The AHRS mode is not available."""
     def __init__(self, msg: str = 'The AHRS mode is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1459,7 +1459,7 @@ class AHRSModeNotAvaliableError(Error, ValueError):
 class ThermalPortNotAvaliableError(Error, ValueError):
     """The thermal port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The thermal port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1469,7 +1469,7 @@ class ThermalPortNotAvaliableError(Error, ValueError):
 class ThermalChipSelectNotAvaliableError(Error, ValueError):
     """The thermal channel is not available."""
     def __init__(self, msg: str = 'The thermal channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1479,7 +1479,7 @@ class ThermalChipSelectNotAvaliableError(Error, ValueError):
 class ThermalModeNotVaildError(Error, ValueError):
     """The thermal filter mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The thermal filter mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1489,7 +1489,7 @@ class ThermalModeNotVaildError(Error, ValueError):
 class ThermalTypeNotVaildError(Error, ValueError):
     """The thermal type mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The thermal type mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1499,7 +1499,7 @@ class ThermalTypeNotVaildError(Error, ValueError):
 class I2CPortNotAvaliableError(Error, ValueError):
     """The I2C port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The I2C port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1509,7 +1509,7 @@ class I2CPortNotAvaliableError(Error, ValueError):
 class I2CClockNotSupportError(Error, ValueError):
     """The I2C clock mode is not available."""
     def __init__(self, msg: str = 'The I2C clock mode is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1519,7 +1519,7 @@ class I2CClockNotSupportError(Error, ValueError):
 class I2CAddressSizeNotVaildError(Error, ValueError):
     """The I2C address mode is not available."""
     def __init__(self, msg: str = 'The I2C address mode is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1529,7 +1529,7 @@ class I2CAddressSizeNotVaildError(Error, ValueError):
 class SPIPortNotAvaliableError(Error, ValueError):
     """The SPI port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The SPI port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1539,7 +1539,7 @@ class SPIPortNotAvaliableError(Error, ValueError):
 class SPIDataLengthExceedMaxError(Error, ValueError):
     """The length of data exceeds maximum transfer length of SPI."""
     def __init__(self, msg: str = 'The length of data exceeds maximum transfer length of SPI.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1549,7 +1549,7 @@ class SPIDataLengthExceedMaxError(Error, ValueError):
 class SPIDataSizeNotVaildError(Error, ValueError):
     """The SPI data size mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI data size mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1559,7 +1559,7 @@ class SPIDataSizeNotVaildError(Error, ValueError):
 class SPIFirstBitNotVaildError(Error, ValueError):
     """The SPI first bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI first bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1569,7 +1569,7 @@ class SPIFirstBitNotVaildError(Error, ValueError):
 class SPIPrescalerNotVaildError(Error, ValueError):
     """The SPI prescaler mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI prescaler mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1579,7 +1579,7 @@ class SPIPrescalerNotVaildError(Error, ValueError):
 class SPIModeNotVaildError(Error, ValueError):
     """The SPI mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The SPI mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1589,7 +1589,7 @@ class SPIModeNotVaildError(Error, ValueError):
 class UARTPortNotAvaliableError(Error, ValueError):
     """The UART port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The UART port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1599,7 +1599,7 @@ class UARTPortNotAvaliableError(Error, ValueError):
 class UARTExceedMaxLengthError(Error, ValueError):
     """The length of data exceeds maximum transfer length of UART."""
     def __init__(self, msg: str = 'The length of data exceeds maximum transfer length of UART.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1609,7 +1609,7 @@ class UARTExceedMaxLengthError(Error, ValueError):
 class UARTBaudRateNotSupportError(Error, ValueError):
     """The UART baud rate is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART baud rate is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1619,7 +1619,7 @@ class UARTBaudRateNotSupportError(Error, ValueError):
 class UARTStopBitNotSupportError(Error, ValueError):
     """The UART stop bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART stop bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1629,7 +1629,7 @@ class UARTStopBitNotSupportError(Error, ValueError):
 class UARTParityNotSupportError(Error, ValueError):
     """The UART parity mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART parity mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1639,7 +1639,7 @@ class UARTParityNotSupportError(Error, ValueError):
 class UARTDataBitNotSupportError(Error, ValueError):
     """The UART data bit mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The UART data bit mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1649,7 +1649,7 @@ class UARTDataBitNotSupportError(Error, ValueError):
 class PAWLPortNotAvaliable(Error, ValueError):
     """The drive port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The drive port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1659,7 +1659,7 @@ class PAWLPortNotAvaliable(Error, ValueError):
 class CANPortNotAvaliableError(Error, ValueError):
     """The CAN port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The CAN port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1669,7 +1669,7 @@ class CANPortNotAvaliableError(Error, ValueError):
 class CANSpeedNotVaildError(Error, ValueError):
     """The CAN speed mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The CAN speed mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1679,7 +1679,7 @@ class CANSpeedNotVaildError(Error, ValueError):
 class CANDataLengthNotVaildError(Error, ValueError):
     """The length of the specified CAN data is invalid."""
     def __init__(self, msg: str = 'The length of the specified CAN data is invalid.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1689,7 +1689,7 @@ class CANDataLengthNotVaildError(Error, ValueError):
 class CANTXNotVaildError(Error, ValueError):
     """The CAN TX is not valid or is not recognized"""
     def __init__(self, msg: str = 'The CAN TX is not valid or is not recognized', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1699,7 +1699,7 @@ class CANTXNotVaildError(Error, ValueError):
 class CANTXPriorityNotVaildError(Error, ValueError):
     """The CAN TX priority is not valid or is not recognized."""
     def __init__(self, msg: str = 'The CAN TX priority is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1709,7 +1709,7 @@ class CANTXPriorityNotVaildError(Error, ValueError):
 class MotionAxisError(ZVRWarning, ValueError):
     """The motion axis is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion axis is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1720,7 +1720,7 @@ class MotionAxisError(ZVRWarning, ValueError):
 class MotionPortNotAvaliable(ZVRWarning, ValueError):
     """The motion port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The motion port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1731,7 +1731,7 @@ class MotionPortNotAvaliable(ZVRWarning, ValueError):
 class MotionStopModeError(ZVRWarning, ValueError):
     """The motion stop mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion stop mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1742,7 +1742,7 @@ class MotionStopModeError(ZVRWarning, ValueError):
 class MotionSearchTypeError(ZVRWarning, ValueError):
     """The motion search type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion search type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1753,7 +1753,7 @@ class MotionSearchTypeError(ZVRWarning, ValueError):
 class MotionSearchDirectionError(ZVRWarning, ValueError):
     """The motion search direction is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion search direction is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1764,7 +1764,7 @@ class MotionSearchDirectionError(ZVRWarning, ValueError):
 class MotionEnableError(ZVRWarning, ValueError):
     """The motion enable is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion enable is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1775,7 +1775,7 @@ class MotionEnableError(ZVRWarning, ValueError):
 class MotionStepperOutputError(ZVRWarning, ValueError):
     """The motion stepper output is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion stepper output is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1786,7 +1786,7 @@ class MotionStepperOutputError(ZVRWarning, ValueError):
 class MotionDirectionError(ZVRWarning, ValueError):
     """The motion direction is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion direction is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1797,7 +1797,7 @@ class MotionDirectionError(ZVRWarning, ValueError):
 class MotionPolarityError(ZVRWarning, ValueError):
     """The motion polarity is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion polarity is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1808,7 +1808,7 @@ class MotionPolarityError(ZVRWarning, ValueError):
 class MotionCaptureTypeError(ZVRWarning, ValueError):
     """The motion capture type is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion capture type is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1819,7 +1819,7 @@ class MotionCaptureTypeError(ZVRWarning, ValueError):
 class MotionCaptureModeError(ZVRWarning, ValueError):
     """The motion capture mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion capture mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1830,7 +1830,7 @@ class MotionCaptureModeError(ZVRWarning, ValueError):
 class MotionBreakPointModeError(ZVRWarning, ValueError):
     """The motion breakpoint mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion breakpoint mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1841,7 +1841,7 @@ class MotionBreakPointModeError(ZVRWarning, ValueError):
 class MotionOperationModeError(ZVRWarning, ValueError):
     """The motion operation mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion operation mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1852,7 +1852,7 @@ class MotionOperationModeError(ZVRWarning, ValueError):
 class MotionAccelerationModeError(ZVRWarning, ValueError):
     """The motion acceleration mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The motion acceleration mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1863,7 +1863,7 @@ class MotionAccelerationModeError(ZVRWarning, ValueError):
 class LatticePortNotAvaliableError(Error, ValueError):
     """The Lattice slot is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The Lattice slot is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1873,7 +1873,7 @@ class LatticePortNotAvaliableError(Error, ValueError):
 class DPOTPortNotAvaliableError(Error, ValueError):
     """The DPOT port is not available or is already occupied by another process."""
     def __init__(self, msg: str = 'The DPOT port is not available or is already occupied by another process.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1883,7 +1883,7 @@ class DPOTPortNotAvaliableError(Error, ValueError):
 class DPOTChannelNotAvaliableError(Error, ValueError):
     """The DPOT channel is not available."""
     def __init__(self, msg: str = 'The DPOT channel is not available.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1893,7 +1893,7 @@ class DPOTChannelNotAvaliableError(Error, ValueError):
 class FlightModeNotAvaliableError(Error, ValueError):
     """The Drone flight mode is not valid or is not recognized."""
     def __init__(self, msg: str = 'The Drone flight mode is not valid or is not recognized.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1903,7 +1903,7 @@ class FlightModeNotAvaliableError(Error, ValueError):
 class HeightNotAvaliableError(Error, ValueError):
     """Input value is out of the allowed range (-8 to 0) m."""
     def __init__(self, msg: str = 'Input value is out of the allowed range (-8 to 0) m.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1913,7 +1913,7 @@ class HeightNotAvaliableError(Error, ValueError):
 class AngleNotAvaliableError(Error, ValueError):
     """Input value is out of the allowed range (-15 to 15) degree."""
     def __init__(self, msg: str = 'Input value is out of the allowed range (-15 to 15) degree.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1923,7 +1923,7 @@ class AngleNotAvaliableError(Error, ValueError):
 class FirmwareEnableError(Error):
     """The functionality is not enabled in the firmware"""
     def __init__(self, msg: str = 'The functionality is not enabled in the firmware', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1933,7 +1933,7 @@ class FirmwareEnableError(Error):
 class FirmwarePinIndexError(Error):
     """The pin index error in the firmware."""
     def __init__(self, msg: str = 'The pin index error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1943,7 +1943,7 @@ class FirmwarePinIndexError(Error):
 class FirmwareHALIndexError(Error):
     """The HAL handle index error in the firmware."""
     def __init__(self, msg: str = 'The HAL handle index error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1953,7 +1953,7 @@ class FirmwareHALIndexError(Error):
 class FirmwareZVRIndexError(Error):
     """The HAL error in the firmware."""
     def __init__(self, msg: str = 'The HAL error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1963,7 +1963,7 @@ class FirmwareZVRIndexError(Error):
 class FirmwareRTCError(Error):
     """The RTC error in the firmware."""
     def __init__(self, msg: str = 'The RTC error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1973,7 +1973,7 @@ class FirmwareRTCError(Error):
 class FirmwareI2CError(Error):
     """The I2C error in the firmware."""
     def __init__(self, msg: str = 'The I2C error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1983,7 +1983,7 @@ class FirmwareI2CError(Error):
 class FirmwareSPIError(Error):
     """The SPI error in the firmware."""
     def __init__(self, msg: str = 'The SPI error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -1993,7 +1993,7 @@ class FirmwareSPIError(Error):
 class FirmwareUARTError(Error):
     """The UART error in the firmware."""
     def __init__(self, msg: str = 'The UART error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2003,7 +2003,7 @@ class FirmwareUARTError(Error):
 class FirmwareTIMError(Error):
     """The Time error in the firmware."""
     def __init__(self, msg: str = 'The Time error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2013,7 +2013,7 @@ class FirmwareTIMError(Error):
 class FirmwarePWMError(Error):
     """The PWM error in the firmware."""
     def __init__(self, msg: str = 'The PWM error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2023,7 +2023,7 @@ class FirmwarePWMError(Error):
 class FirmwarePulseError(Error):
     """The pulse counter error in the firmware."""
     def __init__(self, msg: str = 'The pulse counter error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2033,7 +2033,7 @@ class FirmwarePulseError(Error):
 class FirmwareEncoderError(Error):
     """The encoder counter error in the firmware."""
     def __init__(self, msg: str = 'The encoder counter error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2043,7 +2043,7 @@ class FirmwareEncoderError(Error):
 class FirmwareEEPROMError(Error):
     """The EEPROM error in the firmware."""
     def __init__(self, msg: str = 'The EEPROM error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2053,7 +2053,7 @@ class FirmwareEEPROMError(Error):
 class FirmwareOLEDError(Error):
     """The OLED error in the firmware."""
     def __init__(self, msg: str = 'The OLED error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2063,7 +2063,7 @@ class FirmwareOLEDError(Error):
 class FirmwareCoreError(Error):
     """The Core error in the firmware."""
     def __init__(self, msg: str = 'The Core error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2073,7 +2073,7 @@ class FirmwareCoreError(Error):
 class FirmwareDIOError(Error):
     """The DIO error in the firmware."""
     def __init__(self, msg: str = 'The DIO error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2083,7 +2083,7 @@ class FirmwareDIOError(Error):
 class FirmwareRelayError(Error):
     """The relay error in the firmware."""
     def __init__(self, msg: str = 'The relay error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2093,7 +2093,7 @@ class FirmwareRelayError(Error):
 class FirmwareAIError(Error):
     """The AI error in the firmware."""
     def __init__(self, msg: str = 'The AI error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2103,7 +2103,7 @@ class FirmwareAIError(Error):
 class FirmwareAOError(Error):
     """The AO error in the firmware."""
     def __init__(self, msg: str = 'The AO error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2113,7 +2113,7 @@ class FirmwareAOError(Error):
 class FirmwareMotionError(Error):
     """The motion error in the firmware."""
     def __init__(self, msg: str = 'The motion error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2123,7 +2123,7 @@ class FirmwareMotionError(Error):
 class FirmwareDriveError(Error):
     """The drive error in the firmware."""
     def __init__(self, msg: str = 'The drive error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2133,7 +2133,7 @@ class FirmwareDriveError(Error):
 class FirmwareThermalError(Error):
     """The thermal error in the firmware."""
     def __init__(self, msg: str = 'The thermal error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2143,7 +2143,7 @@ class FirmwareThermalError(Error):
 class FirmwareCANError(Error):
     """The CAN error in the firmware."""
     def __init__(self, msg: str = 'The CAN error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2153,7 +2153,7 @@ class FirmwareCANError(Error):
 class FirmwareUSBError(Error):
     """The USB read/write error in the firmware."""
     def __init__(self, msg: str = 'The USB read/write error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2163,7 +2163,7 @@ class FirmwareUSBError(Error):
 class FirmwareTCPError(Error):
     """The TCP read/write error in the firmware."""
     def __init__(self, msg: str = 'The TCP read/write error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2173,7 +2173,7 @@ class FirmwareTCPError(Error):
 class FirmwareUDPError(Error):
     """The UDP read/write error in the firmware."""
     def __init__(self, msg: str = 'The UDP read/write error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2183,7 +2183,7 @@ class FirmwareUDPError(Error):
 class FirmwareBootloaderError(Error):
     """The bootloader error in the firmware."""
     def __init__(self, msg: str = 'The bootloader error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2193,7 +2193,7 @@ class FirmwareBootloaderError(Error):
 class FirmwareParserError(Error):
     """The parser error in the firmware."""
     def __init__(self, msg: str = 'The parser error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2203,7 +2203,7 @@ class FirmwareParserError(Error):
 class FirmwareOtherError(Error):
     """The other error in the firmware."""
     def __init__(self, msg: str = 'The other error in the firmware.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2213,7 +2213,7 @@ class FirmwareOtherError(Error):
 class ExtLibNotFoundWarning(ZVRWarning):
     """External library "libusb-1.0.dll" not found at indicated path will look at the default path instead"""
     def __init__(self, msg: str = 'External library "libusb-1.0.dll" not found at indicated path will look at the default path instead', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2224,7 +2224,7 @@ class ExtLibNotFoundWarning(ZVRWarning):
 class AIQueueOverflowWarning(ZVRWarning):
     """Occurrence AI queue overflow."""
     def __init__(self, msg: str = 'Occurrence AI queue overflow.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2235,7 +2235,7 @@ class AIQueueOverflowWarning(ZVRWarning):
 class UARTQueueOverflowWarning(ZVRWarning):
     """Occurrence UART queue overflow."""
     def __init__(self, msg: str = 'Occurrence UART queue overflow.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2246,7 +2246,7 @@ class UARTQueueOverflowWarning(ZVRWarning):
 class CANQueueOverflowWarning(ZVRWarning):
     """Occurrence CAN queue overflow."""
     def __init__(self, msg: str = 'Occurrence CAN queue overflow.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2257,7 +2257,7 @@ class CANQueueOverflowWarning(ZVRWarning):
 class AHRSQueueOverflowWarning(ZVRWarning):
     """Occurrence AHRS queue overflow."""
     def __init__(self, msg: str = 'Occurrence AHRS queue overflow.', *args: object, **kwargs: object) -> None:
-        """Takes a message.
+        """Sets the message.
 
         Args:
             msg: text instead of the default.
@@ -2266,13 +2266,13 @@ class AHRSQueueOverflowWarning(ZVRWarning):
         """
 
 class Gate:
-    """Gate of a receive thread, with the face of a lock: shut by acquire, opened by release. A new one is open. Nothing waits for a shut gate for ever, and opening an open one does nothing."""
+    """Gate of a receive thread, with the interface of a lock: shut by acquire, opened by release. A new one is open. No call waits for a shut gate for ever, and opening an open one does nothing."""
     def acquire(self, blocking: bool = True, timeout: float = -1) -> bool:
         """Shuts the gate.
 
         Args:
-            blocking: whether to shut it although it is shut already; such a call never waits.
-            timeout: seconds to wait for a shut gate to open; -1 for not at all.
+            blocking: whether to succeed even if it is shut already; such a call never waits.
+            timeout: seconds to wait for a shut gate to open; -1 for no wait.
         """
     def release(self) -> None:
         """Opens the gate."""
@@ -2283,10 +2283,10 @@ class Gate:
     def __exit__(self, *failure: object) -> None:
         """Opens the gate."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class Fifo:
-    """Thread-safe queue of frames, or of anything."""
+    """Thread-safe queue of frames or any objects."""
     def put(self, item: Any, block: bool = True, timeout: float | None = None) -> None:
         """Adds an item.
 
@@ -2313,23 +2313,23 @@ class Fifo:
     def qsize(self) -> int:
         """Number of items."""
     def empty(self) -> bool:
-        """Whether it holds nothing."""
+        """Whether it is empty."""
     def full(self) -> bool:
-        """Whether it holds all it can."""
+        """Whether it is full."""
     def task_done(self) -> None:
-        """Declares an item done that was taken."""
+        """Declares a taken item done."""
     def join(self) -> None:
         """Waits until every item that was put has been declared done."""
     def __repr__(self) -> str:
-        """How much it holds."""
+        """Shows its capacity and size."""
     @property
     def unfinished_tasks(self) -> int:
-        """Items that nobody has declared done."""
+        """Items not yet declared done."""
     @property
     def maxsize(self) -> int:
         """Most items it holds; 0 for no limit."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def __init__(self, maxsize: int = 0) -> None: ...
 
 class ItemFifo:
@@ -2360,23 +2360,23 @@ class ItemFifo:
     def qsize(self) -> int:
         """Number of items."""
     def empty(self) -> bool:
-        """Whether it holds nothing."""
+        """Whether it is empty."""
     def full(self) -> bool:
-        """Whether it holds all it can."""
+        """Whether it is full."""
     def task_done(self) -> None:
-        """Declares an item done that was taken."""
+        """Declares a taken item done."""
     def join(self) -> None:
         """Waits until every item that was put has been declared done."""
     def __repr__(self) -> str:
-        """How much it holds."""
+        """Shows its capacity and size."""
     @property
     def unfinished_tasks(self) -> int:
-        """Items that nobody has declared done."""
+        """Items not yet declared done."""
     @property
     def maxsize(self) -> int:
         """Most items it holds; 0 for no limit."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def __init__(self, maxsize: int = 0) -> None: ...
 
 class EchoPool(MutableMapping[Any, Any]):
@@ -2388,11 +2388,11 @@ class EchoPool(MutableMapping[Any, Any]):
             key: key of the pool.
         """
     def __setitem__(self, key: Any, value: Any) -> None:
-        """Files a reply and wakes who waits for it.
+        """Files a reply and notifies its waiters.
 
         Args:
             key: key of the pool.
-            value: data of the reply as bytes, or anything else.
+            value: data of the reply as bytes, or any object.
         """
     def __delitem__(self, key: Any) -> None:
         """Drops a reply.
@@ -2404,129 +2404,129 @@ class EchoPool(MutableMapping[Any, Any]):
         """Whether a reply is there.
 
         Args:
-            key: what is looked for.
+            key: the key or item to look for.
         """
     def __len__(self) -> int:
         """Number of replies."""
     def __iter__(self) -> Iterator[Any]:
         """Iterates over the keys that are there now."""
     def copy(self) -> dict[Any, Any]:
-        """A plain dictionary of what is there now."""
+        """Returns a plain dictionary of the current entries."""
     def __or__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ror__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ior__(self, other: Any) -> Self:
-        """Takes over what the other one has.
+        """Adds the entries of the other mapping.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __repr__(self) -> str:
         """Its content."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def popitem(self) -> tuple[Any, Any]:
-        """Takes the newest entry out."""
+        """Removes and returns the newest entry."""
     def __reversed__(self) -> Iterator[Any]:
         """Iterates over the keys from the newest on."""
 
 class StreamPool(MutableMapping[Any, Any]):
-    """Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key makes an empty queue."""
+    """Queue of streamed frames per command, or per tuple of command, port and chip select. A missing key creates an empty queue."""
     def __getitem__(self, key: Any) -> Any:
-        """What is there under a key; made if it is missing.
+        """Returns the entry of a key; created if missing.
 
         Args:
             key: key of the pool.
         """
     def __setitem__(self, key: Any, value: Any) -> None:
-        """Puts something in the place of what is there.
+        """Replaces an entry.
 
         Args:
             key: key of the pool.
-            value: a Fifo, or what takes its place: it is used through its methods.
+            value: a Fifo, or a replacement that is used through its methods.
         """
     def __delitem__(self, key: Any) -> None:
-        """Takes it out; the next frame makes another.
+        """Removes an entry; the next frame creates another.
 
         Args:
             key: key of the pool.
         """
     def __contains__(self, key: object) -> bool:
-        """Whether it is there.
+        """Whether there is such an entry.
 
         Args:
-            key: what is looked for.
+            key: the key or item to look for.
         """
     def __len__(self) -> int:
         """Number of entries."""
     def __iter__(self) -> Iterator[Any]:
         """Iterates over the keys that are there now."""
     def copy(self) -> dict[Any, Any]:
-        """A plain dictionary of what is there now."""
+        """Returns a plain dictionary of the current entries."""
     def __or__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ror__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ior__(self, other: Any) -> Self:
-        """Takes over what the other one has.
+        """Adds the entries of the other mapping.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __repr__(self) -> str:
         """Its content."""
     def get(self, key: Any, default: Any = None) -> Any:
-        """What is there under a key; nothing is made.
+        """Returns the entry of a key, without creating one.
 
         Args:
             key: key of the pool.
-            default: what is given where there is none.
+            default: returned if there is none.
         """
     def pop(self, key: Any, *args: Any) -> Any:
-        """Takes an entry out.
+        """Removes and returns an entry.
 
         Args:
             key: key of the pool.
-            *args: what is given where there is none.
+            *args: returned if there is none.
         """
     def setdefault(self, key: Any, default: Any = None) -> Any:
-        """What is there under a key, or else the default, put there.
+        """Returns the entry of a key, or else adds the default and returns it.
 
         Args:
             key: key of the pool.
-            default: what is given where there is none.
+            default: returned if there is none.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def popitem(self) -> tuple[Any, Any]:
-        """Takes the newest entry out."""
+        """Removes and returns the newest entry."""
     def __reversed__(self) -> Iterator[Any]:
         """Iterates over the keys from the newest on."""
 
 class RecordSet(MutableSet[bytes]):
-    """Replies to one broadcast command; equal ones count once."""
+    """Replies to one broadcast command, without duplicates."""
     def __contains__(self, key: object) -> bool:
         """Whether a reply is there.
 
         Args:
-            key: what is looked for.
+            key: the key or item to look for.
         """
     def __iter__(self) -> Iterator[bytes]:
         """Iterates over the replies that are there now."""
@@ -2547,232 +2547,232 @@ class RecordSet(MutableSet[bytes]):
     def clear(self) -> None:
         """Removes all replies."""
     def copy(self) -> set[bytes]:
-        """A plain set of what is there now."""
+        """Returns a plain set of the current replies."""
     def __repr__(self) -> str:
         """Its content."""
     def union(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def intersection(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def difference(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def symmetric_difference(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __or__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __and__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __sub__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __xor__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __ror__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __rand__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __rsub__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def __rxor__(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def issubset(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def issuperset(self, *args: Any) -> Any:
-        """As of a set of what is there now.
+        """As on a plain set of the current replies.
 
         Args:
             *args: sets or other collections.
         """
     def update(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def intersection_update(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def difference_update(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def symmetric_difference_update(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def __ior__(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def __iand__(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def __isub__(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def __ixor__(self, *args: Any) -> Any:
-        """As of a set.
+        """As on a plain set.
 
         Args:
             *args: sets or other collections.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class BroadcastPool(MutableMapping[Any, Any]):
-    """Set of replies per broadcast command. A missing key makes an empty set."""
+    """Set of replies per broadcast command. A missing key creates an empty set."""
     def __getitem__(self, key: Any) -> Any:
-        """What is there under a key; made if it is missing.
+        """Returns the entry of a key; created if missing.
 
         Args:
             key: key of the pool.
         """
     def __setitem__(self, key: Any, value: Any) -> None:
-        """Puts something in the place of what is there.
+        """Replaces an entry.
 
         Args:
             key: key of the pool.
-            value: a RecordSet, or what takes its place: it is used through its methods.
+            value: a RecordSet, or a replacement that is used through its methods.
         """
     def __delitem__(self, key: Any) -> None:
-        """Takes it out; the next frame makes another.
+        """Removes an entry; the next frame creates another.
 
         Args:
             key: key of the pool.
         """
     def __contains__(self, key: object) -> bool:
-        """Whether it is there.
+        """Whether there is such an entry.
 
         Args:
-            key: what is looked for.
+            key: the key or item to look for.
         """
     def __len__(self) -> int:
         """Number of entries."""
     def __iter__(self) -> Iterator[Any]:
         """Iterates over the keys that are there now."""
     def copy(self) -> dict[Any, Any]:
-        """A plain dictionary of what is there now."""
+        """Returns a plain dictionary of the current entries."""
     def __or__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ror__(self, other: Any) -> dict[Any, Any]:
-        """A plain dictionary of both.
+        """Returns a plain dictionary of both.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __ior__(self, other: Any) -> Self:
-        """Takes over what the other one has.
+        """Adds the entries of the other mapping.
 
         Args:
-            other: what it is joined with.
+            other: the mapping to merge with.
         """
     def __repr__(self) -> str:
         """Its content."""
     def get(self, key: Any, default: Any = None) -> Any:
-        """What is there under a key; nothing is made.
+        """Returns the entry of a key, without creating one.
 
         Args:
             key: key of the pool.
-            default: what is given where there is none.
+            default: returned if there is none.
         """
     def pop(self, key: Any, *args: Any) -> Any:
-        """Takes an entry out.
+        """Removes and returns an entry.
 
         Args:
             key: key of the pool.
-            *args: what is given where there is none.
+            *args: returned if there is none.
         """
     def setdefault(self, key: Any, default: Any = None) -> Any:
-        """What is there under a key, or else the default, put there.
+        """Returns the entry of a key, or else adds the default and returns it.
 
         Args:
             key: key of the pool.
-            default: what is given where there is none.
+            default: returned if there is none.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def popitem(self) -> tuple[Any, Any]:
-        """Takes the newest entry out."""
+        """Removes and returns the newest entry."""
     def __reversed__(self) -> Iterator[Any]:
         """Iterates over the keys from the newest on."""
 
 class RowFifo:
-    """Thread-safe queue of what a stream brings, kept in compact form: rows of samples, bytes, or frames."""
+    """Thread-safe queue of a stream's items, kept in compact form: rows of samples, bytes, or frames."""
     def put(self, item: Any, block: bool = True, timeout: float | None = None) -> None:
         """Adds an item.
 
         Args:
-            item: a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything.
+            item: a row of samples as a list of floats, a byte as an integer, a CANFrame, or any object.
             block: whether to wait.
             timeout: seconds to wait at most; None for no limit.
         """
@@ -2787,30 +2787,30 @@ class RowFifo:
         """Adds an item without waiting.
 
         Args:
-            item: a row of samples as a list of floats, a byte as an integer, a CANFrame, or anything.
+            item: a row of samples as a list of floats, a byte as an integer, a CANFrame, or any object.
         """
     def get_nowait(self) -> Any:
         """Takes the oldest item without waiting."""
     def qsize(self) -> int:
         """Number of items."""
     def empty(self) -> bool:
-        """Whether it holds nothing."""
+        """Whether it is empty."""
     def full(self) -> bool:
-        """Whether it holds all it can."""
+        """Whether it is full."""
     def task_done(self) -> None:
-        """Declares an item done that was taken."""
+        """Declares a taken item done."""
     def join(self) -> None:
         """Waits until every item that was put has been declared done."""
     def __repr__(self) -> str:
-        """How much it holds."""
+        """Shows its capacity and size."""
     @property
     def unfinished_tasks(self) -> int:
-        """Items that nobody has declared done."""
+        """Items not yet declared done."""
     @property
     def maxsize(self) -> int:
         """Most items it holds; 0 for no limit."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def get_many(self, count: int) -> list[Any]:
         """Takes the oldest items without waiting.
 
@@ -2819,11 +2819,11 @@ class RowFifo:
         """
     @property
     def dropped(self) -> int:
-        """Items of the stream that were dropped since it was made: there was no room."""
+        """Items of the stream dropped for lack of room since the queue was made."""
     def __init__(self, maxsize: int = 1000000) -> None: ...
 
 class Packet_based:
-    """What both forms of the request engine share."""
+    """Shared by both forms of the request engine."""
     def _preparePacket(self, cmd: int, data_out: Sequence[int] = []) -> list[int]:
         """Builds a frame.
 
@@ -2864,7 +2864,7 @@ class Packet(Packet_based):
 
         Args:
             queue_: queue of samples.
-            num_samples: most items to take; -1 for all that are there.
+            num_samples: most items to take; -1 for all.
             delay: seconds to wait once if there are fewer items.
         """
     def _sendPacketWithoutReply(self, cmd: int, data_out: Sequence[int]) -> None:
@@ -2893,7 +2893,7 @@ class Packet_async(Packet_based):
             timeout: seconds.
         """
     async def _echoPacketWithRetry_async(self, cmd: int, data_out: Sequence[int], num_retries: int = 3, timeout: float = 5) -> bytes:
-        """Sends a request until its reply is there.
+        """Sends a request until its reply arrives.
 
         Args:
             cmd: command code.
@@ -2912,7 +2912,7 @@ class Packet_async(Packet_based):
 
         Args:
             queue_: queue of samples.
-            num_samples: most items to take; -1 for all that are there.
+            num_samples: most items to take; -1 for all.
             delay: seconds to wait once if there are fewer items.
         """
     async def _sendPacketWithoutReply_async(self, cmd: int, data_out: Sequence[int]) -> None:
@@ -2936,22 +2936,22 @@ class USBLibrary:
     def path(self) -> str:
         """Where it was found."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class USBError(OSError):
     """An error of the USB layer, with the system's error number."""
 
 class USBTimeoutError(USBError):
-    """A USB transfer did not come about within its time."""
+    """A USB transfer timed out."""
 
 class Socket:
-    """The socket of a client, or its line; made by its connect or bind."""
+    """The socket or serial line of a client; made by its connect or bind."""
     @property
     def family(self) -> socket.AddressFamily:
-        """Its family of addresses."""
+        """Its address family."""
     @property
     def type(self) -> socket.SocketKind:
-        """Stream or datagrams."""
+        """Stream or datagram."""
     @property
     def timeout(self) -> float | None:
         """Seconds that a read or a send waits; None for no limit."""
@@ -3012,10 +3012,10 @@ class Socket:
     def close(self) -> None:
         """Closes it, as soon as no other thread is inside one of its calls."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class Client:
-    """A link to a device: bytes in, frames out. Made by itself it has no link; a subclass brings one with methods of its own."""
+    """A link to a device: bytes in, frames out. By itself it has no link; a subclass provides one with methods of its own."""
     stream: bytes
     """Everything received and not yet consumed."""
     last_index: int
@@ -3029,7 +3029,7 @@ class Client:
             int_list: byte values of a frame.
         """
     def recvPacket(self, length: int) -> bytes:
-        """Reads once, waiting as long as the link's reads wait.
+        """Reads once, with the link's read timeout.
 
         Args:
             length: most bytes to read.
@@ -3041,22 +3041,22 @@ class Client:
             length: most bytes to read.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class NetworkClient(Client):
     """A client over a socket."""
     socket: Socket | int
-    """The socket; 0 while there is none. Any object with the methods of a socket may take its place."""
+    """The socket; 0 while there is none. It may be replaced by any object with the methods of a socket."""
     def setTimeout(self, timeout: float | None) -> None:
         """Sets the socket's timeout; does nothing while there is no socket.
 
         Args:
-            timeout: seconds of later reads and sends; None for no limit.
+            timeout: timeout of later reads and sends in seconds; None for no limit.
         """
     def disconnect(self) -> None:
-        """Shuts the socket down and lets go of it."""
+        """Shuts the socket down and releases it."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class TCPClient(NetworkClient):
     """A client over TCP."""
@@ -3068,32 +3068,32 @@ class TCPClient(NetworkClient):
             port: TCP port, 0 to 65535.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class UDPClient(NetworkClient):
     """A client that receives and broadcasts datagrams."""
     def bind(self, ip_addr: str, port: int) -> None:
-        """Takes a local port.
+        """Binds a local port.
 
         Args:
             ip_addr: local IPv4 address; empty for every interface.
             port: UDP port, 0 to 65535.
         """
     def sendBcstPacket(self, packet: Sequence[int]) -> None:
-        """Sends a frame to every device, on every interface that carries it.
+        """Sends a frame to every device, on every interface that can send it.
 
         Args:
             packet: byte values of a frame.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class UARTClient(Client):
     """A client over a serial line."""
     socket: Socket | int
-    """The open line; 0 while there is none. Any object with read, write and close may take its place."""
+    """The open line; 0 while there is none. It may be replaced by any object with read, write and close."""
     read_timeout: float
-    """Seconds that a read waits at most."""
+    """Read timeout in seconds."""
     client: object
     """Not used."""
     def connect(self, port: str, baudrate: int) -> bool:
@@ -3106,10 +3106,10 @@ class UARTClient(Client):
     def disconnect(self) -> bool:
         """Closes the port."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class USBDeviceIdentity:
-    """Where a USB device is attached, and what it tells about itself."""
+    """Where a USB device is attached, and how it identifies itself."""
     @property
     def bus(self) -> int:
         """Number of the bus."""
@@ -3123,7 +3123,7 @@ class USBDeviceIdentity:
     def product(self) -> str:
         """Name of the product."""
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class USBClient(Client):
     """A client over the bulk endpoints of a USB device: USBClient(serial_num="default")."""
@@ -3153,11 +3153,11 @@ class USBClient(Client):
             length: most bytes to read.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
     def __init__(self, serial_num: str = 'default') -> None: ...
 
 class DeviceThread:
-    """A thread of a device object: it receives frames, or makes samples of them."""
+    """A thread of a device object: it receives frames, or decodes them to samples."""
     @property
     def name(self) -> str:
         """Name of the thread."""
@@ -3169,7 +3169,7 @@ class DeviceThread:
         """Number of the thread, as threading.get_ident gives it."""
     @property
     def native_id(self) -> int:
-        """Number that the system gives the thread."""
+        """The system's number of the thread."""
     def is_alive(self) -> bool:
         """Whether the thread runs."""
     def join(self, timeout: float | None = None) -> None:
@@ -3179,17 +3179,17 @@ class DeviceThread:
             timeout: seconds to wait at most; None for no limit.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class Device:
-    """Root of the device classes: the data pools, and the end of everything."""
+    """Root of the device classes: the data pools and closing."""
     killed: bool
     data_pool_echo: EchoPool
     data_pool_strm: StreamPool
     data_pool_bcst: BroadcastPool
     serialize: bool
     def onConnectionLost(self, callback: Callable[[Exception], object], loop: asyncio.AbstractEventLoop | None = None) -> None:
-        """Has a function called once, when the device or the system has ended the connection; at once if that has happened. Closing and disconnecting are no such end.
+        """Registers a function that is called once when the device or the system has ended the connection, or at once if it already has. Closing and disconnecting do not count.
 
         Args:
             callback: called with the reason, an error.
@@ -3198,22 +3198,22 @@ class Device:
     def __init__(self) -> None:
         """Makes the data pools."""
     def __setattr__(self, name: str, value: Any) -> None:
-        """Sets an attribute, threads included.
+        """Sets an attribute and notifies the threads that use it.
 
         Args:
             name: name of the attribute.
-            value: what it becomes.
+            value: its new value.
         """
     def __delattr__(self, name: str) -> None:
-        """Deletes an attribute, threads included.
+        """Deletes an attribute and notifies the threads that use it.
 
         Args:
             name: name of the attribute.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: a connection cannot be copied."""
+        """Raises TypeError: a connection cannot be copied."""
     def _checkCommandType(self, cmd: int, data: bytes) -> str:
-        """Sorts a frame by its command.
+        """Classifies a frame by its command.
 
         Args:
             cmd: command code of a received frame.
@@ -3227,23 +3227,23 @@ class Device:
             data: its data.
         """
     def _getDeviceName(self) -> str:
-        """The display name."""
+        """Returns the display name."""
     def close(self, verbose: bool = True) -> None:
-        """Ends the object for good; a second call does nothing.
+        """Closes the object for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def __enter__(self) -> Self:
-        """The object itself."""
+        """Returns the object itself."""
     def __exit__(self, *failure: object) -> None:
-        """Closes the object. An exception of the block stays the one that is told: what closing raises then becomes a note of it."""
+        """Closes the object. An exception of the block is still the one raised; one of closing becomes a note of it."""
     def __repr__(self) -> str:
-        """Tells the model, what it is connected to, the serial number if that is known, and the state."""
+        """Shows the model, the address, the serial number if known, and the state."""
     async def __aenter__(self) -> Self:
-        """The object itself."""
+        """Returns the object itself."""
     async def __aexit__(self, *failure: object) -> None:
-        """Closes the object, as leaving a plain `with` does, and never stops the event loop."""
+        """Closes the object as the end of a plain `with` does, without blocking the event loop."""
 
 class NetworkDevice(Device):
     """A device behind one TCP connection."""
@@ -3275,9 +3275,9 @@ class NetworkDevice(Device):
             verbose: whether to print a line.
         """
     def isConnected(self) -> bool:
-        """Whether there is a connection, and the device has not ended it."""
+        """Whether there is a connection that has not been lost."""
     def reconnect(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+        """Connects the handle again to its last address, whatever the state of that connection. Unclaimed replies are dropped; nothing is configured or opened again on the device.
 
         Args:
             verbose: whether to print a line.
@@ -3297,19 +3297,19 @@ class NetworkDevice(Device):
             verbose: whether to print a line.
         """
     async def reconnect_async(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection.
+        """Connects the handle again to its last address.
 
         Args:
             verbose: whether to print a line.
         """
     async def close_async(self, verbose: bool = True) -> None:
-        """Ends connection and threads for good; a second call does nothing.
+        """Closes connection and threads for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection and threads for good; a second call does nothing.
+        """Closes connection and threads for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3333,7 +3333,7 @@ class WifiDevice(NetworkDevice):
             verbose: whether to print a line.
         """
     def connect(self, ip: str = "192.168.5.79", port1: int = 1336, port2: int = 7, verbose: bool = True) -> None:  # type: ignore[override]
-        """Connects commands and data. A second call opens another data connection in place of the first.
+        """Connects commands and data. A second call replaces the data connection.
 
         Args:
             ip: IPv4 address or host name.
@@ -3342,21 +3342,21 @@ class WifiDevice(NetworkDevice):
             verbose: whether to print a line.
         """
     def disconnect(self, verbose: bool = True) -> None:
-        """Ends both connections, as far as there are any.
+        """Ends both connections, if there are any.
 
         Args:
             verbose: whether to print a line.
         """
     def isConnected(self) -> bool:
-        """Whether there is a connection, and the device has not ended it."""
+        """Whether there is a connection that has not been lost."""
     def reconnect(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+        """Connects the handle again to its last address, whatever the state of that connection. Unclaimed replies are dropped; nothing is configured or opened again on the device.
 
         Args:
             verbose: whether to print a line.
         """
     async def connect_async(self, ip: str = "192.168.5.79", port1: int = 1336, port2: int = 7, verbose: bool = True) -> None:  # type: ignore[override]
-        """Connects commands and data. A second call opens another data connection in place of the first.
+        """Connects commands and data. A second call replaces the data connection.
 
         Args:
             ip: IPv4 address or host name.
@@ -3365,25 +3365,25 @@ class WifiDevice(NetworkDevice):
             verbose: whether to print a line.
         """
     async def disconnect_async(self, verbose: bool = True) -> None:
-        """Ends both connections, as far as there are any.
+        """Ends both connections, if there are any.
 
         Args:
             verbose: whether to print a line.
         """
     async def reconnect_async(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection.
+        """Connects the handle again to its last address.
 
         Args:
             verbose: whether to print a line.
         """
     async def close_async(self, verbose: bool = True) -> None:
-        """Ends connections and threads for good; a second call does nothing.
+        """Closes connections and threads for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connections and threads for good; a second call does nothing.
+        """Closes connections and threads for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3412,15 +3412,15 @@ class USBDevice(Device):
             verbose: whether to print a line.
         """
     def disconnect(self, verbose: bool = True) -> None:
-        """Lets go of the device; does nothing if it is not open.
+        """Releases the device; does nothing if it is not open.
 
         Args:
             verbose: whether to print a line.
         """
     def isConnected(self) -> bool:
-        """Whether there is a connection, and the device has not ended it."""
+        """Whether there is a connection that has not been lost."""
     def reconnect(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+        """Connects the handle again to its last address, whatever the state of that connection. Unclaimed replies are dropped; nothing is configured or opened again on the device.
 
         Args:
             verbose: whether to print a line.
@@ -3433,25 +3433,25 @@ class USBDevice(Device):
             verbose: whether to print a line.
         """
     async def disconnect_async(self, verbose: bool = True) -> None:
-        """Lets go of the device; does nothing if it is not open.
+        """Releases the device; does nothing if it is not open.
 
         Args:
             verbose: whether to print a line.
         """
     async def reconnect_async(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection.
+        """Connects the handle again to its last address.
 
         Args:
             verbose: whether to print a line.
         """
     async def close_async(self, verbose: bool = True) -> None:
-        """Ends connection and thread for good; a second call does nothing.
+        """Closes connection and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection and thread for good; a second call does nothing.
+        """Closes connection and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3488,9 +3488,9 @@ class UARTDevice(Device):
             verbose: whether to print a line.
         """
     def isConnected(self) -> bool:
-        """Whether there is a connection, and the device has not ended it."""
+        """Whether there is a connection that has not been lost."""
     def reconnect(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+        """Connects the handle again to its last address, whatever the state of that connection. Unclaimed replies are dropped; nothing is configured or opened again on the device.
 
         Args:
             verbose: whether to print a line.
@@ -3510,19 +3510,19 @@ class UARTDevice(Device):
             verbose: whether to print a line.
         """
     async def reconnect_async(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection.
+        """Connects the handle again to its last address.
 
         Args:
             verbose: whether to print a line.
         """
     async def close_async(self, verbose: bool = True) -> None:
-        """Ends line and thread for good; a second call does nothing.
+        """Closes line and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends line and thread for good; a second call does nothing.
+        """Closes line and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
@@ -3533,22 +3533,22 @@ class BroadcastModule(Packet):
     def Bcst_enumerateNetworkDevices(self) -> list[list[str]]:
         """Finds the devices on the network, within 5 seconds. Use the awaitable form (compatibility note 5)."""
     def Bcst_checkMACAndRing(self, mac_addr: str) -> bytes:
-        """Lets one device ring.
+        """Makes one device ring.
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     def Bcst_checkMACAndReboot(self, mac_addr: str) -> int:
-        """Is meant to restart one device; fails for every address before anything is sent (compatibility note 6).
+        """Should restart one device, but fails for every address before anything is sent (compatibility note 6).
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     def Bcst_checkMACAndSetIP(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the error (compatibility note 7).
+        """Sets the address of one device. Equal answers count as one, so a single device leads to the error (compatibility note 7).
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
             gateway: dotted address of the gateway.
             subnet_mask: dotted subnet mask.
@@ -3561,22 +3561,22 @@ class BroadcastModule_async(Packet_async):
     async def Bcst_enumerateNetworkDevices_async(self) -> list[list[str]]:
         """Finds the devices on the network, within 5 seconds. Use the awaitable form (compatibility note 5)."""
     async def Bcst_checkMACAndRing_async(self, mac_addr: str) -> bytes:
-        """Lets one device ring.
+        """Makes one device ring.
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     async def Bcst_checkMACAndReboot_async(self, mac_addr: str) -> int:
-        """Is meant to restart one device; fails for every address before anything is sent (compatibility note 6).
+        """Should restart one device, but fails for every address before anything is sent (compatibility note 6).
 
         Args:
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
         """
     async def Bcst_checkMACAndSetIP_async(self, ip_addr: str, mac_addr: str, gateway: str, subnet_mask: str = "255.255.255.0") -> int:
-        """Gives one device an address. Equal answers count as one, so a lone device leads to the error (compatibility note 7).
+        """Sets the address of one device. Equal answers count as one, so a single device leads to the error (compatibility note 7).
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             mac_addr: MAC address of the device: six hexadecimal numbers with colons.
             gateway: dotted address of the gateway.
             subnet_mask: dotted subnet mask.
@@ -3585,7 +3585,7 @@ class BroadcastModule_async(Packet_async):
         """Finds the devices on USB."""
 
 class BroadcastDevice(Device):
-    """Asks all devices on the network at once."""
+    """Sends requests to all devices on the network at once."""
     connect_status_udp: bool
     recv_udp_lock: Gate
     recv_udp_thread: DeviceThread
@@ -3599,58 +3599,58 @@ class BroadcastDevice(Device):
             verbose: whether to print a line.
         """
     def connect(self, verbose: bool = True) -> None:
-        """Takes UDP port 6667, on which the devices answer; does nothing if it has it.
+        """Binds UDP port 6667, on which the devices answer; does nothing if it is bound.
 
         Args:
             verbose: whether to print a line.
         """
     def disconnect(self, verbose: bool = True) -> None:
-        """Lets go of the port; does nothing if it has none.
+        """Releases the port; does nothing if it is not bound.
 
         Args:
             verbose: whether to print a line.
         """
     def isConnected(self) -> bool:
-        """Whether there is a connection, and the device has not ended it."""
+        """Whether there is a connection that has not been lost."""
     def reconnect(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection to where it was connected last, whatever became of that one. Replies that nobody took are dropped; nothing is set or opened again on the device.
+        """Connects the handle again to its last address, whatever the state of that connection. Unclaimed replies are dropped; nothing is configured or opened again on the device.
 
         Args:
             verbose: whether to print a line.
         """
     async def connect_async(self, verbose: bool = True) -> None:
-        """Takes UDP port 6667, on which the devices answer; does nothing if it has it.
+        """Binds UDP port 6667, on which the devices answer; does nothing if it is bound.
 
         Args:
             verbose: whether to print a line.
         """
     async def disconnect_async(self, verbose: bool = True) -> None:
-        """Lets go of the port; does nothing if it has none.
+        """Releases the port; does nothing if it is not bound.
 
         Args:
             verbose: whether to print a line.
         """
     async def reconnect_async(self, verbose: bool = True) -> None:
-        """Gives the handle a new connection.
+        """Connects the handle again to its last address.
 
         Args:
             verbose: whether to print a line.
         """
     async def close_async(self, verbose: bool = True) -> None:
-        """Ends port and thread for good; a second call does nothing.
+        """Closes port and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends port and thread for good; a second call does nothing.
+        """Closes port and thread for good; a second call does nothing.
 
         Args:
             verbose: whether to print a line.
         """
 
 class SystemBased:
-    """What every device offers: identity, clock, reboot; the slots of the chassis."""
+    """Identity, clock and reboot of every device, and the slots of the chassis."""
     serial_number: str
     rtc_time: str
     driver_info: str
@@ -3658,14 +3658,14 @@ class SystemBased:
     num_of_pins: int
     pin_mode_list: list[int]
     def _checkLatticeSlot(self, slot: int) -> None:
-        """Refuses a slot that takes no module.
+        """Raises LatticePortNotAvaliableError unless the slot is 1, 2 or 4.
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
 
 class SystemModule(Packet, SystemBased):
-    """What every device offers: identity, clock, reboot; the slots of the chassis."""
+    """Identity, clock and reboot of every device, and the slots of the chassis."""
     def Sys_getDriverInfo(self, timeout: float = 3) -> list[str]:
         """Reads name and version of the device's driver.
 
@@ -3686,7 +3686,7 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setDeviceAlias(self, alias: str, timeout: float = 3) -> int:
-        """Gives the device a name.
+        """Sets the device's name.
 
         Args:
             alias: the name, up to 16 characters.
@@ -3716,7 +3716,7 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Sys_getRTCAlarmState(self, timeout: float = 3) -> str:
-        """Tells whether the alarm is on.
+        """Reads whether the alarm is on.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -3777,14 +3777,14 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _setSerialNumber(self, serial_num: str, timeout: float = 3) -> int:
-        """Gives the device a serial number.
+        """Sets the device's serial number.
 
         Args:
             serial_num: the serial number, up to 8 characters.
             timeout: seconds in which the device must answer, above 0.
         """
     def _resetFactory(self, timeout: float = 3) -> int:
-        """Puts the device back to its delivered state.
+        """Resets the device to its factory state.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -3796,7 +3796,7 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_getPythonVersion(self, timeout: float = 3) -> str:
-        """Tells the library's version; asks no device.
+        """Returns the library's version; sends nothing.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -3828,7 +3828,7 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Sys_setSlotMode(self, slot: int, mode: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into a mode.
+        """Sets the mode of a slot of the chassis.
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
@@ -3836,49 +3836,49 @@ class SystemModule(Packet, SystemBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setIdleMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "Idle".
+        """Sets a slot of the chassis to the mode "Idle".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setDIMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "DI".
+        """Sets a slot of the chassis to the mode "DI".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setDOMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "DO".
+        """Sets a slot of the chassis to the mode "DO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setDIOMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "DIO".
+        """Sets a slot of the chassis to the mode "DIO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setMotionMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "Motion".
+        """Sets a slot of the chassis to the mode "Motion".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setAIOMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "AIO".
+        """Sets a slot of the chassis to the mode "AIO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def Sys_setSwitchMode(self, slot: int, timeout: float = 3) -> int:
-        """Puts a slot of the chassis into the mode "Switch".
+        """Sets a slot of the chassis to the mode "Switch".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
@@ -3886,7 +3886,7 @@ class SystemModule(Packet, SystemBased):
         """
 
 class SystemModule_async(Packet_async, SystemBased):
-    """What every device offers: identity, clock, reboot; the slots of the chassis."""
+    """Identity, clock and reboot of every device, and the slots of the chassis."""
     async def Sys_getDriverInfo_async(self) -> list[str]:
         """Reads name and version of the device's driver."""
     async def _getDriverInfo_dev_async(self, mode: int) -> str:
@@ -3898,7 +3898,7 @@ class SystemModule_async(Packet_async, SystemBased):
     async def Sys_getDeviceAlias_async(self) -> str:
         """Reads the name that a user gave the device."""
     async def Sys_setDeviceAlias_async(self, alias: str) -> int:
-        """Gives the device a name.
+        """Sets the device's name.
 
         Args:
             alias: the name, up to 16 characters.
@@ -3918,7 +3918,7 @@ class SystemModule_async(Packet_async, SystemBased):
     async def Sys_stopRTCAlarm_async(self) -> int:
         """Stops the clock's alarm."""
     async def _Sys_getRTCAlarmState_async(self) -> str:
-        """Tells whether the alarm is on."""
+        """Reads whether the alarm is on."""
     async def _Sys_getRTCAlarmConfig_async(self) -> str:
         """Reads the alarm's time."""
     async def Sys_getSerialNumber_async(self) -> str:
@@ -3955,17 +3955,17 @@ class SystemModule_async(Packet_async, SystemBased):
             value: byte value, 0 to 255.
         """
     async def _setSerialNumber_async(self, serial_num: str) -> int:
-        """Gives the device a serial number.
+        """Sets the device's serial number.
 
         Args:
             serial_num: the serial number, up to 8 characters.
         """
     async def _resetFactory_async(self) -> int:
-        """Puts the device back to its delivered state."""
+        """Resets the device to its factory state."""
     async def _getThreads_async(self) -> str:
         """Lists the firmware's threads."""
     async def Sys_getPythonVersion_async(self) -> str:
-        """Tells the library's version; asks no device."""
+        """Returns the library's version; sends nothing."""
     async def Sys_getPinModeInPort_async(self, port: int) -> list[str]:
         """Reads what each pin of a port is used for.
 
@@ -3990,50 +3990,50 @@ class SystemModule_async(Packet_async, SystemBased):
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def _Sys_setSlotMode_async(self, slot: int, mode: int) -> int:
-        """Puts a slot of the chassis into a mode.
+        """Sets the mode of a slot of the chassis.
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
             mode: mode number, 0 to 255.
         """
     async def Sys_setIdleMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "Idle".
+        """Sets a slot of the chassis to the mode "Idle".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setDIMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "DI".
+        """Sets a slot of the chassis to the mode "DI".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setDOMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "DO".
+        """Sets a slot of the chassis to the mode "DO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setDIOMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "DIO".
+        """Sets a slot of the chassis to the mode "DIO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setMotionMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "Motion".
+        """Sets a slot of the chassis to the mode "Motion".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setAIOMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "AIO".
+        """Sets a slot of the chassis to the mode "AIO".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
         """
     async def Sys_setSwitchMode_async(self, slot: int) -> int:
-        """Puts a slot of the chassis into the mode "Switch".
+        """Sets a slot of the chassis to the mode "Switch".
 
         Args:
             slot: slot of the chassis: 1, 2 or 4.
@@ -4068,7 +4068,7 @@ class NetworkModule(Packet):
         """Sets address and subnet mask. The open connection is not touched.
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             subnet_mask: dotted subnet mask.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4107,7 +4107,7 @@ class NetworkModule(Packet):
         """Second name of `Net_setIPAddrAndSubmask`.
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             subnet_mask: dotted subnet mask.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4128,7 +4128,7 @@ class NetworkModule_async(Packet_async):
         """Sets address and subnet mask. The open connection is not touched.
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             subnet_mask: dotted subnet mask.
         """
     async def Net_getMACAddr_async(self) -> str:
@@ -4149,7 +4149,7 @@ class NetworkModule_async(Packet_async):
         """Second name of `Net_setIPAddrAndSubmask`.
 
         Args:
-            ip_addr: dotted IPv4 address that the device takes.
+            ip_addr: new dotted IPv4 address of the device.
             subnet_mask: dotted subnet mask.
         """
 
@@ -4289,7 +4289,7 @@ class SystemAnalogModule(Packet):
     battery: int
     thermo: float
     def _Wifi_readAcceleration(self, timeout: float = 3) -> list[int]:
-        """Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`.
+        """Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async` (compatibility note 4).
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -4316,7 +4316,7 @@ class SystemAnalogModule(Packet):
 class SystemAnalogModule_async(Packet_async):
     """Battery, acceleration and temperature of a Wi-Fi device."""
     async def _Wifi_readAccleration_async(self) -> list[int]:
-        """Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async`."""
+        """Reads the acceleration. The awaitable form is `_Wifi_readAccleration_async` (compatibility note 4)."""
     async def Wifi_readBattery_async(self) -> int:
         """Reads the battery."""
     async def _Wifi_readThermo_async(self) -> float:
@@ -4391,13 +4391,13 @@ class SNTPModule_async(Packet_async):
 class SDCardModule(Packet):
     """The memory card of a device."""
     def _SD_open(self, timeout: float = 3) -> int:
-        """Makes the card ready.
+        """Opens the card.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
         """
     def _SD_close(self, timeout: float = 3) -> int:
-        """Lets go of the card.
+        """Closes the card.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -4424,7 +4424,7 @@ class SDCardModule(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def SD_readFile(self, byte_to_read: int, timeout: float = 3) -> list[str]:
-        """Reads from the open file. A refusal is not told from content.
+        """Reads from the open file. A refusal cannot be distinguished from content.
 
         Args:
             byte_to_read: bytes to read, 0 to 254.
@@ -4440,9 +4440,9 @@ class SDCardModule(Packet):
 class SDCardModule_async(Packet_async):
     """The memory card of a device."""
     async def _SD_open_async(self) -> int:
-        """Makes the card ready."""
+        """Opens the card."""
     async def _SD_close_async(self) -> int:
-        """Lets go of the card."""
+        """Closes the card."""
     async def SD_getStorage_async(self) -> int:
         """Reads the capacity."""
     async def SD_openFile_async(self, filename: str | list[str], mode: int) -> int:
@@ -4459,7 +4459,7 @@ class SDCardModule_async(Packet_async):
             write_data: text, or single characters; up to 255 of one byte each.
         """
     async def SD_readFile_async(self, byte_to_read: int) -> list[str]:
-        """Reads from the open file. A refusal is not told from content.
+        """Reads from the open file. A refusal cannot be distinguished from content.
 
         Args:
             byte_to_read: bytes to read, 0 to 254.
@@ -4473,42 +4473,42 @@ class DIOBased:
     do_dict: dict[int, list[int]]
     dio_num_pins_per_port: int
     def DI_getPinMap(self) -> dict[int, list[int]]:
-        """Tells which pins can be inputs."""
+        """Returns which pins can be inputs."""
     def DO_getPinMap(self) -> dict[int, list[int]]:
-        """Tells which pins can be outputs."""
+        """Returns which pins can be outputs."""
     def _getPinIndexInInt(self, pin: list[int] | int) -> int:
-        """Pins as a mask.
+        """Converts pins to a mask.
 
         Args:
             pin: pin numbers, or a mask of 16 bits with bit i for pin i.
         """
     def _getPinIndexInList(self, pin: list[int] | int) -> list[int]:
-        """Pins as a list.
+        """Converts pins to a list.
 
         Args:
             pin: pin numbers, or a mask of 16 bits with bit i for pin i.
         """
     def _checkDIPort(self, port: int) -> None:
-        """Refuses a port without inputs.
+        """Raises DIPortNotAvaliableError unless the port has inputs.
 
         Args:
             port: port number, a key of the model's input map.
         """
     def _checkDOPort(self, port: int) -> None:
-        """Refuses a port without outputs.
+        """Raises DOPortNotAvaliableError unless the port has outputs.
 
         Args:
             port: port number, a key of the model's output map.
         """
     def _checkDIPortAndPin(self, port: int, pin_list: list[int]) -> None:
-        """Refuses pins that cannot be inputs.
+        """Raises PinsNotExistError unless all pins can be inputs.
 
         Args:
             port: port number, a key of the model's input map.
             pin_list: pin numbers.
         """
     def _checkDOPortAndPin(self, port: int, pin_list: list[int]) -> None:
-        """Refuses pins that cannot be outputs.
+        """Raises PinsNotExistError unless all pins can be outputs.
 
         Args:
             port: port number, a key of the model's output map.
@@ -4518,7 +4518,7 @@ class DIOBased:
 class DIOModule(Packet, DIOBased):
     """General-purpose digital lines."""
     def __init__(self, di_dict: dict[int, list[int]], do_dict: dict[int, list[int]], dio_num_pins_per_port: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             di_dict: pins that can be inputs, by port.
@@ -4526,27 +4526,27 @@ class DIOModule(Packet, DIOBased):
             dio_num_pins_per_port: number of pins in the per-pin lists.
         """
     def DIO_loadStartup(self, port: int, timeout: float = 3) -> tuple[list[int], list[int], list[int]]:
-        """Reads the configuration that the port takes at power-up.
+        """Reads the port's power-up configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
     def _DIO_saveStartup(self, port: int, enabled: int, direction: int, state: int, timeout: float = 3) -> int:
-        """Saves the configuration that the port takes at power-up.
+        """Saves the port's power-up configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             enabled: 16 bits: 1 a pin in use as digital line, 0 a released one.
             direction: 16 bits: 1 an output, 0 an input.
             state: 16 bits: 1 high, 0 low.
             timeout: seconds in which the device must answer, above 0.
         """
     def _getDIOCurrent(self, port: int, mask: int, timeout: float = 3) -> tuple[list[int], list[int], list[int]]:
-        """Reads the present configuration.
+        """Reads the current configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4554,7 +4554,7 @@ class DIOModule(Packet, DIOBased):
         """Configures lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             enabled: 16 bits: 1 a pin in use as digital line, 0 a released one.
             direction: 16 bits: 1 an output, 0 an input.
@@ -4565,7 +4565,7 @@ class DIOModule(Packet, DIOBased):
         """Turns inputs into outputs and outputs into inputs.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
             timeout: seconds in which the device must answer, above 0.
@@ -4574,7 +4574,7 @@ class DIOModule(Packet, DIOBased):
         """Reads the stored state of lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4582,30 +4582,30 @@ class DIOModule(Packet, DIOBased):
         """Stores a state of lines without driving them.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
             timeout: seconds in which the device must answer, above 0.
         """
     def _readDI(self, port: int, timeout: float = 3) -> int:
-        """Lets the device read the port into its state.
+        """Makes the device read the port into its stored state.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
     def _writeDO(self, port: int, timeout: float = 3) -> int:
-        """Lets the device drive the port from its state.
+        """Makes the device drive the port from its stored state.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
     def _readAndGetDI(self, port: int, mask: int, timeout: float = 3) -> list[int]:
         """Reads lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4613,7 +4613,7 @@ class DIOModule(Packet, DIOBased):
         """Drives lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
             timeout: seconds in which the device must answer, above 0.
@@ -4640,10 +4640,10 @@ class DIOModule(Packet, DIOBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _toggleAndWriteDO(self, port: int, mask: int, timeout: float = 3) -> list[int]:
-        """Drives lines to the other level.
+        """Toggles lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4651,7 +4651,7 @@ class DIOModule(Packet, DIOBased):
         """Releases pins.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             pin: mask of 16 bits, bit i for pin i.
             timeout: seconds in which the device must answer, above 0.
         """
@@ -4659,7 +4659,7 @@ class DIOModule(Packet, DIOBased):
         """Releases a whole port.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
     def DI_openPort(self, port: int, timeout: float = 3) -> int:
@@ -4755,14 +4755,14 @@ class DIOModule(Packet, DIOBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def DO_togglePort(self, port: int, timeout: float = 3) -> list[int]:
-        """Drives a whole port to the other level.
+        """Toggles a whole port.
 
         Args:
             port: port number, a key of the model's output map.
             timeout: seconds in which the device must answer, above 0.
         """
     def DO_togglePins(self, port: int, pin: list[int] | int, timeout: float = 3) -> list[int]:
-        """Drives pins to the other level. The device judges which pins there are.
+        """Toggles pins. The device checks the pins.
 
         Args:
             port: port number, a key of the model's output map.
@@ -4773,7 +4773,7 @@ class DIOModule(Packet, DIOBased):
 class DIOModule_async(Packet_async, DIOBased):
     """General-purpose digital lines."""
     def __init__(self, di_dict: dict[int, list[int]], do_dict: dict[int, list[int]], dio_num_pins_per_port: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             di_dict: pins that can be inputs, by port.
@@ -4781,32 +4781,32 @@ class DIOModule_async(Packet_async, DIOBased):
             dio_num_pins_per_port: number of pins in the per-pin lists.
         """
     async def DIO_loadStartup_async(self, port: int) -> tuple[list[int], list[int], list[int]]:
-        """Reads the configuration that the port takes at power-up.
+        """Reads the port's power-up configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
         """
     async def _DIO_saveStartup_async(self, port: int, enabled: int, direction: int, state: int) -> int:
-        """Saves the configuration that the port takes at power-up.
+        """Saves the port's power-up configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             enabled: 16 bits: 1 a pin in use as digital line, 0 a released one.
             direction: 16 bits: 1 an output, 0 an input.
             state: 16 bits: 1 high, 0 low.
         """
     async def _getDIOCurrent_async(self, port: int, mask: int) -> tuple[list[int], list[int], list[int]]:
-        """Reads the present configuration.
+        """Reads the current configuration.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
         """
     async def _setDIOCurrent_async(self, port: int, mask: int, enabled: int, direction: int, state: int) -> int:
         """Configures lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             enabled: 16 bits: 1 a pin in use as digital line, 0 a released one.
             direction: 16 bits: 1 an output, 0 an input.
@@ -4816,7 +4816,7 @@ class DIOModule_async(Packet_async, DIOBased):
         """Turns inputs into outputs and outputs into inputs.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
         """
@@ -4824,41 +4824,41 @@ class DIOModule_async(Packet_async, DIOBased):
         """Reads the stored state of lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
         """
     async def _setDIOState_async(self, port: int, mask: int, state: int) -> int:
         """Stores a state of lines without driving them.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
         """
     async def _readDI_async(self, port: int) -> int:
-        """Lets the device read the port into its state.
+        """Makes the device read the port into its stored state.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
         """
     async def _writeDO_async(self, port: int) -> int:
-        """Lets the device drive the port from its state.
+        """Makes the device drive the port from its stored state.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
         """
     async def _readAndGetDI_async(self, port: int, mask: int) -> list[int]:
         """Reads lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
         """
     async def _setAndWriteDO_async(self, port: int, mask: int, state: int) -> list[int]:
         """Drives lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
             state: 16 bits: 1 high, 0 low.
         """
@@ -4881,24 +4881,24 @@ class DIOModule_async(Packet_async, DIOBased):
             port: port number, a key of the model's output map.
         """
     async def _toggleAndWriteDO_async(self, port: int, mask: int) -> list[int]:
-        """Drives lines to the other level.
+        """Toggles lines.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             mask: pins that the command addresses: 16 bits, bit i for pin i; 65535 is the port.
         """
     async def _closeDIOInPins_async(self, port: int, pin: int) -> int:
         """Releases pins.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
             pin: mask of 16 bits, bit i for pin i.
         """
     async def _closeDIOInPort_async(self, port: int) -> int:
         """Releases a whole port.
 
         Args:
-            port: port number; the device judges it.
+            port: port number; checked by the device.
         """
     async def DI_openPort_async(self, port: int) -> int:
         """Opens a whole port as digital inputs.
@@ -4981,13 +4981,13 @@ class DIOModule_async(Packet_async, DIOBased):
             value: 0 or 1 per pin of the list, or a state word for a mask.
         """
     async def DO_togglePort_async(self, port: int) -> list[int]:
-        """Drives a whole port to the other level.
+        """Toggles a whole port.
 
         Args:
             port: port number, a key of the model's output map.
         """
     async def DO_togglePins_async(self, port: int, pin: list[int] | int) -> list[int]:
-        """Drives pins to the other level. The device judges which pins there are.
+        """Toggles pins. The device checks the pins.
 
         Args:
             port: port number, a key of the model's output map.
@@ -4997,7 +4997,7 @@ class DIOModule_async(Packet_async, DIOBased):
 class PWMBased:
     """Outputs of pulse-width modulation."""
     def _checkPWMChannel(self, channel: int) -> None:
-        """Refuses a channel that no model has.
+        """Raises CounterChannelNotAvaliableError unless the channel is 0 or 1 (compatibility note 2).
 
         Args:
             channel: channel, 0 or 1.
@@ -5038,7 +5038,7 @@ class PWMModule(Packet, PWMBased):
 
         Args:
             channel: channel, 0 or 1.
-            frequency: frequency in the device's unit, 32-bit float; the device judges it.
+            frequency: frequency in the device's unit, 32-bit float; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
     def PWM_setDutyCycle(self, channel: int, duty_cycle: float, timeout: float = 3) -> int:
@@ -5046,7 +5046,7 @@ class PWMModule(Packet, PWMBased):
 
         Args:
             channel: channel, 0 or 1.
-            duty_cycle: duty cycle in the device's unit, 32-bit float; the device judges it.
+            duty_cycle: duty cycle in the device's unit, 32-bit float; checked by the device.
             timeout: seconds in which the device must answer, above 0.
         """
 
@@ -5081,20 +5081,20 @@ class PWMModule_async(Packet_async, PWMBased):
 
         Args:
             channel: channel, 0 or 1.
-            frequency: frequency in the device's unit, 32-bit float; the device judges it.
+            frequency: frequency in the device's unit, 32-bit float; checked by the device.
         """
     async def PWM_setDutyCycle_async(self, channel: int, duty_cycle: float) -> int:
         """Sets the duty cycle.
 
         Args:
             channel: channel, 0 or 1.
-            duty_cycle: duty cycle in the device's unit, 32-bit float; the device judges it.
+            duty_cycle: duty cycle in the device's unit, 32-bit float; checked by the device.
         """
 
 class CounterBased:
     """Pulse counters."""
     def _checkCounterChannel(self, channel: int) -> None:
-        """Refuses a channel that no model has.
+        """Raises PWMChannelNotAvaliableError unless the channel is 0 or 1 (compatibility note 2).
 
         Args:
             channel: channel, 0 or 1.
@@ -5245,7 +5245,7 @@ class CounterModule_async(Packet_async, CounterBased):
 class EncoderBased:
     """The quadrature encoder."""
     def _checkEncoderIndex(self, index: int) -> None:
-        """Refuses a channel that no model has.
+        """Raises EncoderChannelNotAvaliableError unless the channel is 0.
 
         Args:
             index: channel, 0.
@@ -5323,7 +5323,7 @@ class EncoderModule(Packet, EncoderBased):
 
         Args:
             channel: channel, 0.
-            direction: 1 or more turns the counting round, else 0.
+            direction: 1 or more reverses the counting direction, else 0.
             timeout: seconds in which the device must answer, above 0.
         """
     def Encoder_getDirection(self, channel: int, timeout: float = 3) -> int:
@@ -5397,7 +5397,7 @@ class EncoderModule_async(Packet_async, EncoderBased):
 
         Args:
             channel: channel, 0.
-            direction: 1 or more turns the counting round, else 0.
+            direction: 1 or more reverses the counting direction, else 0.
         """
     async def Encoder_getDirection_async(self, channel: int) -> int:
         """Reads the counting direction.
@@ -5410,19 +5410,19 @@ class I2CBased:
     """Ports of an I2C bus whose master is the device."""
     I2C_dict: dict[int, list[tuple[int, int]]]
     def _checkI2CPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises I2CPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
         """
     def _I2C_getPinMapPort(self, I2C_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             I2C_port: port as the device counts it.
         """
     def I2C_getPinMap(self) -> dict[int, list[tuple[int, int]]]:
-        """Tells which ports there are, and their lines."""
+        """Returns which ports there are, and their lines."""
     def _checkI2CClockRate(self, mode: int) -> None:
         """Raises I2CClockNotSupportError unless `mode` is 0, 1, 2 or 3.
 
@@ -5439,15 +5439,15 @@ class I2CBased:
 class I2CModule(Packet, I2CBased):
     """Ports of an I2C bus whose master is the device."""
     def _checkI2CPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises I2CPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, I2C_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             I2C_dict: ports, each with its lines as digital port and pin.
@@ -5493,7 +5493,7 @@ class I2CModule(Packet, I2CBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def I2C_reset(self, port: int, timeout: float = 3) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -5511,14 +5511,14 @@ class I2CModule(Packet, I2CBased):
 class I2CModule_async(Packet_async, I2CBased):
     """Ports of an I2C bus whose master is the device."""
     async def _checkI2CPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises I2CPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, I2C_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             I2C_dict: ports, each with its lines as digital port and pin.
@@ -5559,7 +5559,7 @@ class I2CModule_async(Packet_async, I2CBased):
             port: port of the bus.
         """
     async def I2C_reset_async(self, port: int) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -5576,19 +5576,19 @@ class SPIBased:
     """Ports of an SPI bus whose master is the device."""
     SPI_dict: dict[int, list[tuple[int, int]]]
     def _checkSPIPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises SPIPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
         """
     def _SPI_getPinMapPort(self, SPI_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             SPI_port: port as the device counts it.
         """
     def SPI_getPinMap(self) -> dict[int, list[tuple[int, int]]]:
-        """Tells which ports there are, and their lines."""
+        """Returns which ports there are, and their lines."""
     def _checkSPIDataSize(self, mode: int) -> None:
         """Raises SPIDataSizeNotVaildError unless `mode` is 0 or 1.
 
@@ -5617,15 +5617,15 @@ class SPIBased:
 class SPIModule(Packet, SPIBased):
     """Ports of an SPI bus whose master is the device."""
     def _checkSPIPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises SPIPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, SPI_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             SPI_dict: ports, each with its lines as digital port and pin.
@@ -5677,7 +5677,7 @@ class SPIModule(Packet, SPIBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def SPI_reset(self, port: int, timeout: float = 3) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -5727,14 +5727,14 @@ class SPIModule(Packet, SPIBased):
 class SPIModule_async(Packet_async, SPIBased):
     """Ports of an SPI bus whose master is the device."""
     async def _checkSPIPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises SPIPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, SPI_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             SPI_dict: ports, each with its lines as digital port and pin.
@@ -5780,7 +5780,7 @@ class SPIModule_async(Packet_async, SPIBased):
             port: port of the bus.
         """
     async def SPI_reset_async(self, port: int) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -5835,21 +5835,21 @@ class UARTBased:
     uart_p2_lock: Gate
     uart_p2_stream_thread: DeviceThread
     def _checkUARTPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises UARTPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
         """
     def _UART_getPinMapPort(self, UART_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             UART_port: port as the device counts it.
         """
     def UART_getPinMap(self) -> dict[int, list[tuple[int, int]]]:
-        """Tells which ports there are, and their lines."""
+        """Returns which ports there are, and their lines."""
     def _checkUARTBaudRate(self, baud_rate: int) -> None:
-        """Refuses a higher speed.
+        """Raises UARTBaudRateNotSupportError if the speed is above 400000.
 
         Args:
             baud_rate: speed in bits per second, at most 400000.
@@ -5873,7 +5873,7 @@ class UARTBased:
             mode: 0 to 3.
         """
     def _checkUARTDataLength(self, data: str | list[str]) -> None:
-        """Refuses more than 50 characters.
+        """Raises UARTExceedMaxLengthError if there are more than 50 characters.
 
         Args:
             data: what is to be written.
@@ -5894,28 +5894,28 @@ class UARTBased:
 class UARTModule(Packet, UARTBased):
     """UART ports of the device, as a bridge."""
     def _checkUARTPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises UARTPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, uart_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             uart_dict: ports of the UART, each with its lines.
         """
     def UART_open(self, port: int, timeout: float = 3) -> int:
-        """Opens a port and takes its lines. The first one opened is read from until a port is closed.
+        """Opens a port and takes its lines. The first one opened is read until a port is closed.
 
         Args:
             port: port of the bus.
             timeout: seconds in which the device must answer, above 0.
         """
     def UART_close(self, port: int, timeout: float = 3) -> int:
-        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing (compatibility note 1).
+        """Closes the port and stops reading on both ports. The blocking form fails, and sends nothing (compatibility note 1).
 
         Args:
             port: port of the bus.
@@ -5959,7 +5959,7 @@ class UARTModule(Packet, UARTBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def UART_reset(self, port: int, timeout: float = 3) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -6001,26 +6001,26 @@ class UARTModule(Packet, UARTBased):
 class UARTModule_async(Packet_async, UARTBased):
     """UART ports of the device, as a bridge."""
     async def _checkUARTPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises UARTPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, uart_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             uart_dict: ports of the UART, each with its lines.
         """
     async def UART_open_async(self, port: int) -> int:
-        """Opens a port and takes its lines. The first one opened is read from until a port is closed.
+        """Opens a port and takes its lines. The first one opened is read until a port is closed.
 
         Args:
             port: port of the bus.
         """
     async def UART_close_async(self, port: int) -> int:
-        """Closes a port; nothing is read from either after that. The blocking form fails, and sends nothing (compatibility note 1).
+        """Closes the port and stops reading on both ports. The blocking form fails, and sends nothing (compatibility note 1).
 
         Args:
             port: port of the bus.
@@ -6061,7 +6061,7 @@ class UARTModule_async(Packet_async, UARTBased):
             port: port of the bus.
         """
     async def UART_reset_async(self, port: int) -> int:
-        """Puts a port back to its settings of the start.
+        """Resets a port to its initial settings.
 
         Args:
             port: port of the bus.
@@ -6098,7 +6098,7 @@ class UARTModule_async(Packet_async, UARTBased):
 class CANFrame:
     """A frame of a CAN bus. Frames with the same identifier, flags and data are equal."""
     def __init__(self, id_: int, extended_id: bool = False, remote: bool = False, data: Sequence[int] = ()) -> None:
-        """Makes a frame. Values that are no bytes are kept, and fail where bytes are made of them.
+        """Makes a frame. Values that are not bytes are kept, and fail when converted to bytes.
 
         Args:
             id_: identifier, 11 bits, or 29 where `extended_id`.
@@ -6107,21 +6107,21 @@ class CANFrame:
             data: bytes; they are filled with zeros, and cut, to 8.
         """
     def setID(self) -> None:
-        """Makes `id_in_list` and `frame_in_list` of the other fields."""
+        """Updates `id_in_list` and `frame_in_list` from the other fields."""
     def regularizeData(self, data: Sequence[int]) -> list[int]:
-        """Fills with zeros, and cuts, to 8 entries.
+        """Pads or cuts to 8 entries.
 
         Args:
             data: any number of bytes.
         """
     id: int
-    """Identifier. After a change `setID` is due."""
+    """Identifier. Call `setID` after a change."""
     extended_id: bool
-    """Whether the identifier has 29 bits. After a change `setID` is due."""
+    """Whether the identifier has 29 bits. Call `setID` after a change."""
     remote: bool
-    """Whether it is a remote frame. After a change `setID` is due."""
+    """Whether it is a remote frame. Call `setID` after a change."""
     data: list[int]
-    """The 8 bytes. After a change `setID` is due."""
+    """The 8 bytes. Call `setID` after a change."""
     id_in_list: list[int]
     """The identifier with its flags as the 4 bytes of the wire."""
     frame_in_list: list[int]
@@ -6129,9 +6129,9 @@ class CANFrame:
     def toMessage(self) -> Any:
         """The frame as a message of the package `can`, 8 bytes long."""
     def __eq__(self, other: object) -> bool:
-        """Whether two frames say the same."""
+        """Whether two frames have the same content."""
     def __hash__(self) -> int:
-        """By what it says."""
+        """Hashes the content."""
     def __reduce__(self) -> tuple[Any, ...]:
         """For the modules copy and pickle."""
     def __setstate__(self, state: dict[str, Any]) -> None:
@@ -6141,15 +6141,15 @@ class CANFrame:
             state: fields by name.
         """
     def __str__(self) -> str:
-        """All of it."""
+        """The frame as text."""
     def __repr__(self) -> str:
-        """All of it."""
+        """The frame as text."""
     @classmethod
     def fromU8List(cls, u8_list: Sequence[int]) -> Self:
         """Makes a frame of the bytes of the wire.
 
         Args:
-            u8_list: 12 bytes of the wire; fewer for a frame with fewer data, and two are enough for one of 11 bits without.
+            u8_list: 12 bytes of the wire; fewer for less data; two are enough for an 11-bit identifier without data.
         """
     @classmethod
     def fromMessage(cls, message: Any) -> Self:
@@ -6169,19 +6169,19 @@ class CANBased:
     can_lock: Gate
     can_stream_thread: DeviceThread
     def _checkCANPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises CANPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
         """
     def _CAN_getPinMapPort(self, CAN_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             CAN_port: port as the device counts it.
         """
     def CAN_getPort(self) -> list[int]:
-        """Tells which ports there are."""
+        """Returns which ports there are."""
     def _checkCANSpeed(self, speed: int) -> None:
         """Raises CANSpeedNotVaildError unless `speed` is 0, 1, 2 or 3.
 
@@ -6189,7 +6189,7 @@ class CANBased:
             speed: 0 to 3.
         """
     def _checkCANDataRangeAndLength(self, data: list[int]) -> None:
-        """Refuses more than 8, and numbers that are no bytes.
+        """Raises CANDataLengthNotVaildError for more than 8 entries, InputDataNotInRangeError unless all are bytes.
 
         Args:
             data: bytes of a frame.
@@ -6222,15 +6222,15 @@ class CANBased:
 class CANModule(Packet, CANBased):
     """A node of a CAN bus."""
     def _checkCANPinState_(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises CANPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, can_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             can_dict: ports of the CAN, each with its lines.
@@ -6243,7 +6243,7 @@ class CANModule(Packet, CANBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def CAN_start(self, port: int, timeout: float = 3) -> int:
-        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same (compatibility note 22).
+        """Joins the bus and starts the stream of its frames. There is no reply, yet the blocking form waits for one (compatibility note 22).
 
         Args:
             port: port of the bus.
@@ -6262,13 +6262,13 @@ class CANModule(Packet, CANBased):
         Args:
             port: port of the bus.
             id_: identifier, 11 bits, or 29 where `extended_id`.
-            data: at most 8 bytes; those of a remote frame count for nothing.
+            data: at most 8 bytes; ignored for a remote frame.
             remote: whether it is for remote frames.
             extended_id: whether the identifier has 29 bits.
             timeout: seconds in which the device must answer, above 0.
         """
     def CAN_setRXFilterOrMask(self, port: int, index: int, id_: int, remote: bool, extended_id: bool, timeout: float = 3) -> int:
-        """Sets a filter, or a mask of the identifier's bits that filters look at.
+        """Sets a filter, or a mask of the identifier's bits that filters compare.
 
         Args:
             port: port of the bus.
@@ -6279,7 +6279,7 @@ class CANModule(Packet, CANBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def CAN_read(self, port: int, num_frames: int, delay: float = 0.005) -> list[CANFrame]:
-        """Takes frames that have come.
+        """Takes received frames.
 
         Args:
             port: port of the bus.
@@ -6319,7 +6319,7 @@ class CANModule(Packet, CANBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _CAN_setRXRollover(self, port: int, status: bool, timeout: float = 3) -> int:
-        """Turns on or off that a full receive buffer gives way to the next.
+        """Turns the rollover of a full receive buffer to the next one on or off.
 
         Args:
             port: port of the bus.
@@ -6359,14 +6359,14 @@ class CANModule(Packet, CANBased):
 class CANModule_async(Packet_async, CANBased):
     """A node of a CAN bus."""
     async def _checkCANPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises CANPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, can_dict: dict[int, list[tuple[int, int]]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             can_dict: ports of the CAN, each with its lines.
@@ -6378,7 +6378,7 @@ class CANModule_async(Packet_async, CANBased):
             port: port of the bus.
         """
     async def CAN_start_async(self, port: int) -> int:
-        """Joins the bus and starts the stream of its frames. There is no reply, for which the blocking form waits all the same (compatibility note 22).
+        """Joins the bus and starts the stream of its frames. There is no reply, yet the blocking form waits for one (compatibility note 22).
 
         Args:
             port: port of the bus.
@@ -6395,12 +6395,12 @@ class CANModule_async(Packet_async, CANBased):
         Args:
             port: port of the bus.
             id_: identifier, 11 bits, or 29 where `extended_id`.
-            data: at most 8 bytes; those of a remote frame count for nothing.
+            data: at most 8 bytes; ignored for a remote frame.
             remote: whether it is for remote frames.
             extended_id: whether the identifier has 29 bits.
         """
     async def CAN_setRXFilterOrMask_async(self, port: int, index: int, id_: int, remote: bool, extended_id: bool) -> int:
-        """Sets a filter, or a mask of the identifier's bits that filters look at.
+        """Sets a filter, or a mask of the identifier's bits that filters compare.
 
         Args:
             port: port of the bus.
@@ -6410,7 +6410,7 @@ class CANModule_async(Packet_async, CANBased):
             extended_id: whether the identifier has 29 bits.
         """
     async def CAN_read_async(self, port: int, num_frames: int, delay: float = 0.005) -> list[CANFrame]:
-        """Takes frames that have come.
+        """Takes received frames.
 
         Args:
             port: port of the bus.
@@ -6446,7 +6446,7 @@ class CANModule_async(Packet_async, CANBased):
             priority_mode: 0 to 3.
         """
     async def _CAN_setRXRollover_async(self, port: int, status: bool) -> int:
-        """Turns on or off that a full receive buffer gives way to the next.
+        """Turns the rollover of a full receive buffer to the next one on or off.
 
         Args:
             port: port of the bus.
@@ -6492,15 +6492,15 @@ class SampleBlock:
             key: a row, a slice of consecutive rows, or a row and a column.
         """
     def __iter__(self) -> Iterator[list[float]]:
-        """The rows as lists of floats, one after the other."""
+        """Iterates over the rows as lists of floats."""
     def tolist(self) -> list[list[float]]:
         """The rows as lists of floats."""
     def __array__(self, dtype: Any = None, copy: bool | None = None) -> Any:
-        """The rows as an array of NumPy, which is imported only here.
+        """The rows as a NumPy array. NumPy is imported only here.
 
         Args:
-            dtype: numbers of the array, doubles for None.
-            copy: whether to copy; None for only if need be.
+            dtype: dtype of the array; None for doubles.
+            copy: whether to copy; None for only if necessary.
         """
     def __repr__(self) -> str:
         """Shape, rate and place in the stream."""
@@ -6514,16 +6514,16 @@ class SampleBlock:
         """
     @property
     def rate(self) -> float:
-        """Rows per second, as the device told when its streaming was opened; not-a-number before that."""
+        """Rows per second, as reported by the device when streaming was opened; NaN before that."""
     @property
     def start(self) -> float:
-        """Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's clock when the first frame was decoded, less the time that its rows took, and never before AI_startStreaming: the device sends no time. Not-a-number as long as nothing came."""
+        """Time of the first row of the stream, in seconds since 1970 like time.time(). It is the host's clock when the first frame was decoded, less the time that its rows took, and never before AI_startStreaming: the device sends no time. NaN until data has arrived."""
     @property
     def first_row(self) -> int:
-        """Number of the first row since AI_startStreaming; rows that were dropped count. Over several chip selects that of the foremost."""
+        """Number of the first row since AI_startStreaming, counting dropped rows; over several chip selects, that of the first."""
     @property
     def dropped_before(self) -> int:
-        """Rows between the block before and this one that were dropped because a queue was full. Over several chip selects the most of any."""
+        """Rows dropped between the previous block and this one because a queue was full; over several chip selects, the maximum."""
     @property
     def units(self) -> str:
         """Unit of the values, "V"."""
@@ -6533,9 +6533,9 @@ class SampleBlock:
     def __buffer__(self, flags: int, /) -> memoryview: ...
 
 class SampleStream:
-    """Blocks of a stream one after the other, of AI_stream."""
+    """Iterator over a stream's blocks, made by AI_stream."""
     def __init__(self, box: Any, port: int, rows: int) -> None:
-        """Asks the device for nothing yet.
+        """Sends nothing to the device yet.
 
         Args:
             box: device object.
@@ -6574,10 +6574,10 @@ class SampleStream:
         """
 
 class AIUnion:
-    """What every analog input has."""
+    """Base of every analog input."""
     ai_dict: dict[int, list[int]]
     def _checkAIPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises AIPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
@@ -6589,14 +6589,14 @@ class AIUnion:
             mode: trigger mode, 0 to 6.
         """
     def AI_open(self, port: int, timeout: float = 3) -> int:
-        """Opens a port, and lets the decoder thread run.
+        """Opens a port and starts decoding.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_close(self, port: int, timeout: float = 3) -> int:
-        """Closes a port, and holds the decoder thread. Rows already read stay.
+        """Closes a port and stops decoding. Rows already decoded stay readable.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6604,9 +6604,9 @@ class AIUnion:
         """
 
 class AIUnion_async:
-    """What every analog input has."""
+    """Base of every analog input."""
     def _checkAIPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises AIPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
@@ -6618,20 +6618,20 @@ class AIUnion_async:
             mode: trigger mode, 0 to 6.
         """
     async def AI_open_async(self, port: int) -> int:
-        """Opens a port, and lets the decoder thread run.
+        """Opens a port and starts decoding.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     async def AI_close_async(self, port: int) -> int:
-        """Closes a port, and holds the decoder thread. Rows already read stay.
+        """Closes a port and stops decoding. Rows already decoded stay readable.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
 
 class AIBased(AIUnion):
-    """What every streaming analog input has."""
+    """Base of every streaming analog input."""
     ai_max_rate: int
     ai_echo_cmd: int
     ai_strm_cmd: int
@@ -6654,7 +6654,7 @@ class AIBased(AIUnion):
             mode: 0, 1 or 2.
         """
     def _ckeckAISamplingRate(self, port: int, sampling_rate: float) -> None:
-        """Refuses a rate above the model's limit.
+        """Raises AIRateNotVaildError if the rate is above the model's limit.
 
         Args:
             port: port as the device counts it.
@@ -6665,7 +6665,7 @@ class AIBased(AIUnion):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            mode: 0 on demand, 1 so many rows, 2 without end.
+            mode: 0 on demand, 1 a number of rows, 2 continuous.
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_setNumSamples(self, port: int, num_samples: int, timeout: float = 3) -> int:
@@ -6685,7 +6685,7 @@ class AIBased(AIUnion):
             timeout: seconds in which the device must answer, above 0.
         """
     def _AI_changePortToIndex(self, port: int, cs: int) -> int:
-        """Place of a pair of queues in the lists.
+        """Index of a pair of queues in the lists.
 
         Args:
             port: 0, 1 or 3.
@@ -6744,7 +6744,7 @@ class AIBased(AIUnion):
         """
 
 class AIBased_async(AIUnion_async):
-    """What every streaming analog input has."""
+    """Base of every streaming analog input."""
     def _checkAIMode(self, mode: int) -> None:
         """Raises AIModeNotAvaliableError unless `mode` is 0, 1 or 2.
 
@@ -6752,7 +6752,7 @@ class AIBased_async(AIUnion_async):
             mode: 0, 1 or 2.
         """
     def _ckeckAISamplingRate(self, port: int, sampling_rate: float) -> None:
-        """Refuses a rate above the model's limit.
+        """Raises AIRateNotVaildError if the rate is above the model's limit.
 
         Args:
             port: port as the device counts it.
@@ -6763,7 +6763,7 @@ class AIBased_async(AIUnion_async):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            mode: 0 on demand, 1 so many rows, 2 without end.
+            mode: 0 on demand, 1 a number of rows, 2 continuous.
         """
     async def AI_setNumSamples_async(self, port: int, num_samples: int) -> int:
         """Sets how many rows an acquisition of mode 1 has.
@@ -6780,7 +6780,7 @@ class AIBased_async(AIUnion_async):
             sampling_rate: rows per second in Hz; the limit depends on the model and on what is enabled.
         """
     def _AI_changePortToIndex(self, port: int, cs: int) -> int:
-        """Place of a pair of queues in the lists.
+        """Index of a pair of queues in the lists.
 
         Args:
             port: 0, 1 or 3.
@@ -6835,21 +6835,21 @@ class AIBased_async(AIUnion_async):
 class AIModule(Packet, AIBased):
     """Analog inputs of 16 bits."""
     def _AI_getPinMapPort(self, ai_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             ai_port: port as the device counts it.
         """
     def _checkAIPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises AIPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, ai_dict: dict[int, list[int]], ai_max_rate: int, ai_ratio: float, ai_num_channels: int, ai_variable: bool = False) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -6915,44 +6915,44 @@ class AIModule(Packet, AIBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_readStreaming(self, port: int, num_samples: int, delay: float = 0.005) -> list[list[float]]:
-        """Takes rows that have been streamed.
+        """Takes streamed rows.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_readStreamingBlock(self, port: int, num_samples: int, delay: float = 0.005) -> SampleBlock:
-        """Takes rows that have been streamed as one block of doubles.
+        """Takes streamed rows as one block of doubles.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_readStreamingInto(self, port: int, buffer: Any, delay: float = 0.005) -> int:
-        """Writes rows that have been streamed into the caller's memory, as many as fit.
+        """Writes as many streamed rows into the caller's memory as fit.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            buffer: writable, C-contiguous buffer of doubles, such as numpy.empty((rows, columns)).
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_stream(self, port: int, rows: int) -> SampleStream:
-        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+        """Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until the loop ends. Set mode, rate and channels before.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
-        """Tells how many rows wait to be read.
+        """Returns how many rows wait to be read.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     def AI_getDroppedRows(self, port: int) -> int:
-        """Tells how many rows were dropped because a queue was full.
+        """Returns how many rows were dropped because a queue was full.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -6961,20 +6961,20 @@ class AIModule(Packet, AIBased):
 class AIModule_async(Packet_async, AIBased_async):
     """Analog inputs of 16 bits."""
     def _AI_getPinMapPort(self, ai_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             ai_port: port as the device counts it.
         """
     async def _checkAIPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises AIPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, ai_dict: dict[int, list[int]], ai_max_rate: int, ai_ratio: float, ai_num_channels: int, ai_variable: bool = False) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -7035,44 +7035,44 @@ class AIModule_async(Packet_async, AIBased_async):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     async def AI_readStreaming_async(self, port: int, num_samples: int, delay: float = 0.005) -> list[list[float]]:
-        """Takes rows that have been streamed.
+        """Takes streamed rows.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     async def AI_readStreamingBlock_async(self, port: int, num_samples: int, delay: float = 0.005) -> SampleBlock:
-        """Takes rows that have been streamed as one block of doubles.
+        """Takes streamed rows as one block of doubles.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     async def AI_readStreamingInto_async(self, port: int, buffer: Any, delay: float = 0.005) -> int:
-        """Writes rows that have been streamed into the caller's memory, as many as fit.
+        """Writes as many streamed rows into the caller's memory as fit.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            buffer: writable, C-contiguous buffer of doubles, such as numpy.empty((rows, columns)).
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_stream(self, port: int, rows: int) -> SampleStream:
-        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+        """Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until the loop ends. Set mode, rate and channels before.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
-        """Tells how many rows wait to be read.
+        """Returns how many rows wait to be read.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     def AI_getDroppedRows(self, port: int) -> int:
-        """Tells how many rows were dropped because a queue was full.
+        """Returns how many rows were dropped because a queue was full.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -7081,7 +7081,7 @@ class AIModule_async(Packet_async, AIBased_async):
 class AI24BitStreamingModule(Packet, AIBased):
     """Analog inputs of 24 bits with streaming."""
     def __init__(self, ai_dict: dict[int, list[int]], ai_max_rate: int, ai_ratio: float, ai_num_channels: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -7097,44 +7097,44 @@ class AI24BitStreamingModule(Packet, AIBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_readStreaming(self, port: int, num_samples: int, delay: float = 0.005) -> list[list[float]]:
-        """Takes rows that have been streamed.
+        """Takes streamed rows.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_readStreamingBlock(self, port: int, num_samples: int, delay: float = 0.005) -> SampleBlock:
-        """Takes rows that have been streamed as one block of doubles.
+        """Takes streamed rows as one block of doubles.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_readStreamingInto(self, port: int, buffer: Any, delay: float = 0.005) -> int:
-        """Writes rows that have been streamed into the caller's memory, as many as fit.
+        """Writes as many streamed rows into the caller's memory as fit.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            buffer: writable, C-contiguous buffer of doubles, such as numpy.empty((rows, columns)).
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_stream(self, port: int, rows: int) -> SampleStream:
-        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+        """Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until the loop ends. Set mode, rate and channels before.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
-        """Tells how many rows wait to be read.
+        """Returns how many rows wait to be read.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     def AI_getDroppedRows(self, port: int) -> int:
-        """Tells how many rows were dropped because a queue was full.
+        """Returns how many rows were dropped because a queue was full.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -7143,7 +7143,7 @@ class AI24BitStreamingModule(Packet, AIBased):
 class AI24BitStreamingModule_async(Packet_async, AIBased_async):
     """Analog inputs of 24 bits with streaming."""
     def __init__(self, ai_dict: dict[int, list[int]], ai_max_rate: int, ai_ratio: float, ai_num_channels: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -7158,44 +7158,44 @@ class AI24BitStreamingModule_async(Packet_async, AIBased_async):
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     async def AI_readStreaming_async(self, port: int, num_samples: int, delay: float = 0.005) -> list[list[float]]:
-        """Takes rows that have been streamed.
+        """Takes streamed rows.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     async def AI_readStreamingBlock_async(self, port: int, num_samples: int, delay: float = 0.005) -> SampleBlock:
-        """Takes rows that have been streamed as one block of doubles.
+        """Takes streamed rows as one block of doubles.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             num_samples: most rows to read.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     async def AI_readStreamingInto_async(self, port: int, buffer: Any, delay: float = 0.005) -> int:
-        """Writes rows that have been streamed into the caller's memory, as many as fit.
+        """Writes as many streamed rows into the caller's memory as fit.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            buffer: writable, C-contiguous buffer of doubles, numpy.empty((rows, columns)) for one.
-            delay: seconds to wait at most for that many rows; with 0 nothing is read.
+            buffer: writable, C-contiguous buffer of doubles, such as numpy.empty((rows, columns)).
+            delay: longest wait for that many rows in seconds; with 0 nothing is read.
         """
     def AI_stream(self, port: int, rows: int) -> SampleStream:
-        """Blocks of a new run, for a loop with `for` or `async for`: the port streams from the first block on until the loop is left. Set mode, rate and channels before.
+        """Iterates over the blocks of a new run with `for` or `async for`: the port streams from the first block until the loop ends. Set mode, rate and channels before.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
             rows: rows of a block, 1 to 1000000.
         """
     def AI_getBacklog(self, port: int) -> int:
-        """Tells how many rows wait to be read.
+        """Returns how many rows wait to be read.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
         """
     def AI_getDroppedRows(self, port: int) -> int:
-        """Tells how many rows were dropped because a queue was full.
+        """Returns how many rows were dropped because a queue was full.
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
@@ -7205,7 +7205,7 @@ class AI24BitModule(Packet, AIUnion):
     """Inputs of currents and voltages, on demand."""
     ai_dict: dict[int, list[int]]
     def __init__(self, ai_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -7217,7 +7217,7 @@ class AI24BitModule(Packet, AIUnion):
             mode: 0, 1 or 2.
         """
     def _ckeckAISamplingRate(self, port: int, sampling_rate: float) -> None:
-        """Refuses a rate above the model's limit.
+        """Raises AIRateNotVaildError if the rate is above the model's limit.
 
         Args:
             port: port as the device counts it.
@@ -7228,7 +7228,7 @@ class AI24BitModule(Packet, AIUnion):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            mode: 0 on demand, 1 so many rows, 2 without end.
+            mode: 0 on demand, 1 a number of rows, 2 continuous.
             timeout: seconds in which the device must answer, above 0.
         """
     def AI_setNumSamples(self, port: int, num_samples: int, timeout: float = 3) -> int:
@@ -7258,7 +7258,7 @@ class AI24BitModule(Packet, AIUnion):
 class AI24BitModule_async(Packet_async, AIUnion_async):
     """Inputs of currents and voltages, on demand."""
     def __init__(self, ai_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ai_dict: ports of the analog input.
@@ -7270,7 +7270,7 @@ class AI24BitModule_async(Packet_async, AIUnion_async):
             mode: 0, 1 or 2.
         """
     def _ckeckAISamplingRate(self, port: int, sampling_rate: float) -> None:
-        """Refuses a rate above the model's limit.
+        """Raises AIRateNotVaildError if the rate is above the model's limit.
 
         Args:
             port: port as the device counts it.
@@ -7281,7 +7281,7 @@ class AI24BitModule_async(Packet_async, AIUnion_async):
 
         Args:
             port: port of the analog input; on the chassis the slot, 1, 2 or 4.
-            mode: 0 on demand, 1 so many rows, 2 without end.
+            mode: 0 on demand, 1 a number of rows, 2 continuous.
         """
     async def AI_setNumSamples_async(self, port: int, num_samples: int) -> int:
         """Sets how many rows an acquisition of mode 1 has.
@@ -7312,13 +7312,13 @@ class AOBased:
     ao_channel: int
     ao_rate: int
     def _checkAOPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises AOPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
         """
     def _AO_getPinMapPort(self, ao_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             ao_port: port as the device counts it.
@@ -7348,34 +7348,34 @@ class AOBased:
             span: 0 to 4.
         """
     def _ckeckAOSamplingRate(self, rate: float) -> None:
-        """Refuses a rate above the model's limit.
+        """Raises AORateNotVaildError if the rate is above the model's limit.
 
         Args:
             rate: rate in Hz.
         """
     def _checkAONumOfValues(self, value: int) -> None:
-        """Refuses more values than one push takes.
+        """Raises InputDataNotInRangeError unless one push takes that many values.
 
         Args:
             value: number of values, at most 13.
         """
     def AO_getPort(self) -> list[int]:
-        """Tells which ports there are."""
+        """Returns which ports there are."""
 
 class AOModule(Packet, AOBased):
     """Analog outputs."""
     def _checkAOPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises AOPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     ao_max_rate: int
     """Highest rate in Hz: `ao_rate`."""
     def __init__(self, ao_dict: dict[int, list[Any]], ao_volt_min: float, ao_volt_max: float, ao_channel: int, ao_rate: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ao_dict: ports of the analog output, each with its channels or lines.
@@ -7419,16 +7419,16 @@ class AOModule(Packet, AOBased):
 class AOModule_async(Packet_async, AOBased):
     """Analog outputs."""
     async def _checkAOPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises AOPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     ao_max_rate: int
     """Highest rate in Hz: `ao_rate`."""
     def __init__(self, ao_dict: dict[int, list[Any]], ao_volt_min: float, ao_volt_max: float, ao_channel: int, ao_rate: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ao_dict: ports of the analog output, each with its channels or lines.
@@ -7473,7 +7473,7 @@ class AOStreamingModule(AOModule):
     ao_channel: int
     ao_rate: int
     def __init__(self, ao_dict: dict[int, list[Any]], ao_volt_min: float, ao_volt_max: float, ao_channel: int, ao_rate: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ao_dict: ports of the analog output, each with its channels or lines.
@@ -7619,7 +7619,7 @@ class AOStreamingModule(AOModule):
 class AOStreamingModule_async(AOModule_async):
     """Analog outputs that generate waveforms."""
     def __init__(self, ao_dict: dict[int, list[Any]], ao_volt_min: float, ao_volt_max: float, ao_channel: int, ao_rate: int) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ao_dict: ports of the analog output, each with its channels or lines.
@@ -7747,7 +7747,7 @@ class AOStreamingModule_async(AOModule_async):
         """
 
 class DataLogger:
-    """Writes rows to a CSV file from a thread of its own. What is queued before a file is open is written when one is."""
+    """Writes rows to a CSV file from a thread of its own. Rows queued before a file is open are written once one is."""
     f_handle: Any
     writer_csv: Any
     filename: str | None
@@ -7759,7 +7759,7 @@ class DataLogger:
     def __init__(self) -> None:
         """Starts the thread, which waits for a file."""
     def Logger_openFile(self, filename: str, clear_old: bool = False, verbose: bool = True) -> None:
-        """Opens a file, after all that is queued for the one before has reached that.
+        """Opens a file once all rows queued for the previous one are written.
 
         Args:
             filename: name of the file.
@@ -7791,11 +7791,11 @@ class DataLogger:
             value: the value.
         """
     def Logger_flush(self) -> None:
-        """Waits until everything queued is in the file, and the file on its way to the disk."""
+        """Waits until everything queued is in the file, and flushes the file."""
     async def Logger_flush_async(self) -> None:
-        """Waits until everything queued is in the file, and the file on its way to the disk."""
+        """Waits until everything queued is in the file, and flushes the file."""
     def Logger_getLostWrites(self) -> int:
-        """Tells how many queued matrices could not be written."""
+        """Returns how many queued matrices could not be written."""
     def _saveStreamingDataThread(self, queue_: Any) -> None:
         """Body of the thread: passes the gate, takes a matrix and writes it, until the object is killed.
 
@@ -7803,13 +7803,13 @@ class DataLogger:
             queue_: the queue to take matrices from.
         """
     def _Logger_close(self, verbose: bool = True) -> None:
-        """Writes what is queued, closes the file and ends the thread for good.
+        """Writes the queued rows, closes the file and ends the thread for good.
 
         Args:
             verbose: without effect.
         """
     def __reduce_ex__(self, protocol: object) -> Any:
-        """Refuses: threads of this process use it."""
+        """Raises TypeError: threads of this process use it."""
 
 class ThermalBased:
     """Temperature sensors."""
@@ -7845,7 +7845,7 @@ class ThermalBased:
             rtd_type: 0 or 1.
         """
     def _Thermal_getPinMapPort(self, thermal_port: int) -> list[int]:
-        """Digital ports of a port's lines.
+        """Lists the digital ports of a port's lines.
 
         Args:
             thermal_port: port as the device counts it.
@@ -7857,20 +7857,20 @@ class ThermalBased:
             port: port of the sensors.
         """
     def Thermal_getPinMap(self) -> dict[int, list[Any]]:
-        """Tells which ports there are."""
+        """Returns which ports there are."""
 
 class ThermalModule(Packet, ThermalBased):
     """Temperature sensors."""
     def _checkThermalPinState(self, port: int, allow_state: list[str], timeout: float = 3) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises ThermalPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
             timeout: seconds in which the device must answer, above 0.
         """
     def __init__(self, thermal_dict: dict[int, list[Any]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             thermal_dict: ports of the sensors, each with its channels or lines.
@@ -7952,14 +7952,14 @@ class ThermalModule(Packet, ThermalBased):
 class ThermalModule_async(Packet_async, ThermalBased):
     """Temperature sensors."""
     async def _checkThermalPinState_async(self, port: int, allow_state: list[str]) -> None:
-        """Refuses a port whose lines are in use for something else.
+        """Raises ThermalPortNotAvaliableError unless all lines of the port are in an allowed mode.
 
         Args:
-            port: port as the device counts it.
+            port: port in the device's numbering.
             allow_state: modes that are allowed.
         """
     def __init__(self, thermal_dict: dict[int, list[Any]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             thermal_dict: ports of the sensors, each with its channels or lines.
@@ -8032,7 +8032,7 @@ class ThermalModule_async(Packet_async, ThermalBased):
 class ThermocoupleModule(ThermalModule, ThermalBased):
     """Thermocouples."""
     def Thermal_setType(self, port: int, channel: int, type_: int, timeout: float = 3) -> int:
-        """Tells the device what its sensor is.
+        """Sets the type of a sensor.
 
         Args:
             port: port of the sensors.
@@ -8079,7 +8079,7 @@ class ThermocoupleModule(ThermalModule, ThermalBased):
 class ThermocoupleModule_async(ThermalModule_async, ThermalBased):
     """Thermocouples."""
     async def Thermal_setType_async(self, port: int, channel: int, type_: int) -> int:
-        """Tells the device what its sensor is.
+        """Sets the type of a sensor.
 
         Args:
             port: port of the sensors.
@@ -8121,7 +8121,7 @@ class ThermocoupleModule_async(ThermalModule_async, ThermalBased):
 class ThermalResistanceModule(ThermalModule, ThermalBased):
     """Resistance thermometers."""
     def Thermal_setType(self, port: int, channel: int, type_: int, timeout: float = 3) -> int:
-        """Tells the device what its sensor is.
+        """Sets the type of a sensor.
 
         Args:
             port: port of the sensors.
@@ -8133,7 +8133,7 @@ class ThermalResistanceModule(ThermalModule, ThermalBased):
 class ThermalResistanceModule_async(ThermalModule_async, ThermalBased):
     """Resistance thermometers."""
     async def Thermal_setType_async(self, port: int, channel: int, type_: int) -> int:
-        """Tells the device what its sensor is.
+        """Sets the type of a sensor.
 
         Args:
             port: port of the sensors.
@@ -8145,7 +8145,7 @@ class AHRSBased:
     """The inertial unit."""
     ahrs_dict: dict[int, list[int]]
     def _checkAHRSPort(self, port: int) -> None:
-        """Refuses a port that the model lacks.
+        """Raises AHRSPortNotAvaliableError unless the model has the port.
 
         Args:
             port: port as the device counts it.
@@ -8166,13 +8166,13 @@ class AHRSBased:
 class AHRSModule(Packet, AHRSBased):
     """The inertial unit."""
     def __init__(self, ahrs_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ahrs_dict: ports of the inertial unit.
         """
     def AHRS_open(self, port: int, timeout: float = 3) -> int:
-        """Opens the unit, and has its filter make a step every 3 ms.
+        """Opens the unit and sets its filter's step to 3 ms.
 
         Args:
             port: port of the inertial unit.
@@ -8186,7 +8186,7 @@ class AHRSModule(Packet, AHRSBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def AHRS_getEstimate(self, port: int, mode: int, timeout: float = 3) -> list[float]:
-        """Reads estimates of one moment.
+        """Reads simultaneous estimates.
 
         Args:
             port: port of the inertial unit.
@@ -8208,7 +8208,7 @@ class AHRSModule(Packet, AHRSBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def AHRS_reset(self, port: int, timeout: float = 3) -> int:
-        """Starts the filter anew.
+        """Restarts the filter.
 
         Args:
             port: port of the inertial unit.
@@ -8268,7 +8268,7 @@ class AHRSModule(Packet, AHRSBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def _AHRS_VQF_setTau(self, port: int, accelerator_decay_time: float, magnetometer_decay_time: float, timeout: float = 3) -> int:
-        """Sets how long the filter takes to follow a sensor.
+        """Sets how long the filter takes to follow a sensor; both forms have this name (compatibility note 18).
 
         Args:
             port: port of the inertial unit.
@@ -8280,13 +8280,13 @@ class AHRSModule(Packet, AHRSBased):
 class AHRSModule_async(Packet_async, AHRSBased):
     """The inertial unit."""
     def __init__(self, ahrs_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             ahrs_dict: ports of the inertial unit.
         """
     async def AHRS_open_async(self, port: int) -> int:
-        """Opens the unit, and has its filter make a step every 3 ms.
+        """Opens the unit and sets its filter's step to 3 ms.
 
         Args:
             port: port of the inertial unit.
@@ -8298,7 +8298,7 @@ class AHRSModule_async(Packet_async, AHRSBased):
             port: port of the inertial unit.
         """
     async def AHRS_getEstimate_async(self, port: int, mode: int) -> list[float]:
-        """Reads estimates of one moment.
+        """Reads simultaneous estimates.
 
         Args:
             port: port of the inertial unit.
@@ -8317,7 +8317,7 @@ class AHRSModule_async(Packet_async, AHRSBased):
             port: port of the inertial unit.
         """
     async def AHRS_reset_async(self, port: int) -> int:
-        """Starts the filter anew.
+        """Restarts the filter.
 
         Args:
             port: port of the inertial unit.
@@ -8369,7 +8369,7 @@ class AHRSModule_async(Packet_async, AHRSBased):
             sampling_period: seconds between two steps of the filter, 32-bit float.
         """
     async def _AHRS_VQF_setTau(self, port: int, accelerator_decay_time: float, magnetometer_decay_time: float) -> int:
-        """Sets how long the filter takes to follow a sensor.
+        """Sets how long the filter takes to follow a sensor; both forms have this name (compatibility note 18).
 
         Args:
             port: port of the inertial unit.
@@ -8442,7 +8442,7 @@ class RelayModule_async(Packet_async, RelayBased):
 class DPOTBased:
     """Variable resistors."""
     def _checkDPOTPort(self, port: int) -> None:
-        """Refuses another port.
+        """Raises DPOTPortNotAvaliableError unless the port is 0.
 
         Args:
             port: port of the resistors, 0.
@@ -8548,7 +8548,7 @@ class Measurement:
             b: the record, 14 bytes or more.
         """
     def __str__(self) -> str:
-        """All that the record tells."""
+        """All values of the record."""
     @property
     def binary(self) -> bytes:
         """the whole record"""
@@ -8572,7 +8572,7 @@ class Measurement:
         """whether the display shows that the range is exceeded"""
     @property
     def value(self) -> Decimal | str:
-        """number without its prefix: its 28 digits rotated by the prefix's exponent; "Overflow" beyond the range"""
+        """number without its prefix: its 28 digits rotated by the prefix's exponent (compatibility note 33); "Overflow" beyond the range"""
     @property
     def unit(self) -> str | None:
         """unit without its prefix"""
@@ -8722,7 +8722,7 @@ class MCX514Driver(Packet):
     helical_interpo: MotionHelicalInterpolation
     motion_ini: MotionInifile
     def __init__(self) -> None:
-        """Takes what the model offers."""
+        """Sets the resources of the model."""
     def _Motion_setAccelerationJerk(self, port: int, axis: int, jerk: int, timeout: float = 3) -> int:
         """Sets the change of the acceleration, in the chip's unit.
 
@@ -8922,12 +8922,12 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_splitPulse2(self, port: int, axis: int, pulse_number: int, timeout: float = 3) -> int:
-        """Sets the number of split pulses.
+        """Sets the timer instead of the number of split pulses (compatibility note 8).
 
         Args:
             port: connector of the controller as the device counts it.
             axis: axis, 0 to 3, sent as a mask.
-            pulse_number: the number of split pulses, 0 to 65535.
+            pulse_number: the timer instead of the number of split pulses (compatibility note 8), 0 to 65535.
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_setMultiPurposeMode(self, port: int, axis: int, mode: int, timeout: float = 3) -> int:
@@ -9294,7 +9294,7 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_writeRR0(self, port: int, timeout: float = 3) -> int:
-        """Reads read register 0, bit i of which tells that axis i drives.
+        """Reads read register 0, bit i is set while axis i drives.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -9604,7 +9604,7 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_enableDeceleration(self, port: int, timeout: float = 3) -> int:
-        """Lets an interpolation decelerate.
+        """Makes an interpolation decelerate.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -9625,14 +9625,14 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_checkI2C(self, port: int, timeout: float = 3) -> int:
-        """Lets the device check its link to the chip.
+        """Makes the device check its link to the chip.
 
         Args:
             port: connector of the controller as the device counts it.
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_resetI2C(self, port: int, timeout: float = 3) -> int:
-        """Lets the device reset its link to the chip.
+        """Makes the device reset its link to the chip.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -10210,7 +10210,7 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_releaseDrivingStart(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Releases the drives that are held. The object must have a check of its own for the mask.
+        """Releases the drives that are held. The object must have a check of its own for the mask (compatibility note 11).
 
         Args:
             port: connector of the controller as the device counts it.
@@ -10218,7 +10218,7 @@ class MCX514Driver(Packet):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_setLogicalPosi(self, port: int, axis: int, counter: int, timeout: float = 3) -> int:
-        """Sets the logical position counter. On the chassis the awaitable form takes the slot.
+        """Sets the logical position counter. On the chassis the awaitable form takes the slot (compatibility note 13).
 
         Args:
             port: connector of the controller as the device counts it.
@@ -10230,7 +10230,7 @@ class MCX514Driver(Packet):
 class MCX514Driver_async(Packet_async):
     """The commands of the four-axis motion controller, one by one."""
     def __init__(self) -> None:
-        """Takes what the model offers."""
+        """Sets the resources of the model."""
     async def _Motion_setAccelerationJerk_async(self, port: int, axis: int, jerk: int) -> int:
         """Sets the change of the acceleration, in the chip's unit.
 
@@ -10408,12 +10408,12 @@ class MCX514Driver_async(Packet_async):
             offset: the offset of the acceleration counter, -32768 to 32767.
         """
     async def _Motion_splitPulse2_async(self, port: int, axis: int, pulse_number: int) -> int:
-        """Sets the number of split pulses.
+        """Sets the timer instead of the number of split pulses (compatibility note 8).
 
         Args:
             port: connector of the controller as the device counts it.
             axis: axis, 0 to 3, sent as a mask.
-            pulse_number: the number of split pulses, 0 to 65535.
+            pulse_number: the timer instead of the number of split pulses (compatibility note 8), 0 to 65535.
         """
     async def _Motion_setMultiPurposeMode_async(self, port: int, axis: int, mode: int) -> int:
         """Sets the mode of the multi-purpose registers.
@@ -10735,7 +10735,7 @@ class MCX514Driver_async(Packet_async):
             port: connector of the controller as the device counts it.
         """
     async def _Motion_writeRR0_async(self, port: int) -> int:
-        """Reads read register 0, bit i of which tells that axis i drives.
+        """Reads read register 0, bit i is set while axis i drives.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -11004,7 +11004,7 @@ class MCX514Driver_async(Packet_async):
             port: connector of the controller as the device counts it.
         """
     async def _Motion_enableDeceleration_async(self, port: int) -> int:
-        """Lets an interpolation decelerate.
+        """Makes an interpolation decelerate.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -11022,13 +11022,13 @@ class MCX514Driver_async(Packet_async):
             port: connector of the controller as the device counts it.
         """
     async def _Motion_checkI2C_async(self, port: int) -> int:
-        """Lets the device check its link to the chip.
+        """Makes the device check its link to the chip.
 
         Args:
             port: connector of the controller as the device counts it.
         """
     async def _Motion_resetI2C_async(self, port: int) -> int:
-        """Lets the device reset its link to the chip.
+        """Makes the device reset its link to the chip.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -11538,14 +11538,14 @@ class MCX514Driver_async(Packet_async):
             page: page, 0 or 1.
         """
     async def _Motion_releaseDrivingStart_async(self, port: int, axis: int) -> int:
-        """Releases the drives that are held. The object must have a check of its own for the mask.
+        """Releases the drives that are held. The object must have a check of its own for the mask (compatibility note 11).
 
         Args:
             port: connector of the controller as the device counts it.
             axis: mask of axes, 0 to 15, sent as it is.
         """
     async def Motion_setLogicalPosi_async(self, port: int, axis: int, counter: int) -> int:
-        """Sets the logical position counter. On the chassis the awaitable form takes the slot.
+        """Sets the logical position counter. On the chassis the awaitable form takes the slot (compatibility note 13).
 
         Args:
             port: connector of the controller as the device counts it.
@@ -11634,11 +11634,11 @@ class MCX514Based:
             port: connector as the device counts it.
         """
     def _checkMCX514Axis(self, axis: int, mode: bool = True) -> Any:
-        """Refuses what is no integer. An axis that there is not is told, not refused (compatibility note 10).
+        """Raises InputTypeNotCorrectError unless an int; returns MotionAxisError for an axis outside 0-3 (compatibility note 10).
 
         Args:
             axis: axis.
-            mode: whether to look at the number too.
+            mode: whether to check the number too.
         """
     def _getAxisHandle(self, axis: int) -> MotionAxis:
         """The record of an axis.
@@ -11654,7 +11654,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
     inimode: str
     iniconfig: Any
     def __init__(self, motion_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             motion_dict: connectors of the model's controllers.
@@ -11873,7 +11873,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_cfgJerkAndAccelMode(self, port: int, axis: int, jerk: int, accel_mode: int, timeout: float = 3) -> None:
-        """Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.
+        """Stores the shape of acceleration, which is sent with the next one. Nothing is sent.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -11892,7 +11892,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_enableServoOn(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Switches the servo on.
+        """Switches the servo on. On the chassis it fails in slot 1 (compatibility note 32).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -11900,7 +11900,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_enableServoOff(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Switches the servo off.
+        """Switches the servo off. On the chassis it fails in slot 1 (compatibility note 32).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -11950,7 +11950,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_getMoveStatus(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Tells whether a move has ended.
+        """Reads whether a move has ended.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -11958,7 +11958,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_checkRef(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Tells whether a reference search has ended.
+        """Reads whether a reference search has ended.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -11966,7 +11966,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_getHomeStatus(self, port: int, axis: int, timeout: float = 3) -> int:
-        """Reads the home input. Its level goes by that of the forward limit.
+        """Reads the home input. It uses the active level of the forward limit (compatibility note 34).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -12235,7 +12235,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_writeHelicalInterpolation(self, port: int, finish_point_axis1: float, finish_point_axis2: float, center_point_axis1: float, center_point_axis2: float, enable_axis3: int, pitch_axis3: float, enable_axis4: int, pitch_axis4: float, rotation_number: float, circular_speed: int, circular_direction: int, timeout: float = 3) -> int:
-        """Sets all of a helix but what the chip calculates.
+        """Sets all parameters of a helix except those that the chip calculates.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -12301,7 +12301,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
     def Motion_saveCfgFile(self) -> int:
         """Saves the settings of all axes to the opened file itself: its links and its owner stay."""
     def Motion_loadCfgFile(self, timeout: float = 3) -> int:
-        """Loads the settings of all axes from the opened file, and sends them to connector 0.
+        """Loads the settings of all axes from the opened file, and sends them to connector 0 (compatibility note 26).
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -12310,7 +12310,7 @@ class MCX514Module(MCX514Driver, MCX514Based):
 class MCX514Module_async(MCX514Driver_async, MCX514Based):
     """The four-axis motion controller."""
     def __init__(self, motion_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             motion_dict: connectors of the model's controllers.
@@ -12506,7 +12506,7 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
             encoder_z_polarity: 1 active high, 0 active low.
         """
     async def Motion_cfgJerkAndAccelMode_async(self, port: int, axis: int, jerk: int, accel_mode: int) -> None:
-        """Remembers the shape of acceleration, which goes out with the next one. Nothing is sent.
+        """Stores the shape of acceleration, which is sent with the next one. Nothing is sent.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -12523,14 +12523,14 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
             encoder_posi: position in pulses.
         """
     async def Motion_enableServoOn_async(self, port: int, axis: int) -> int:
-        """Switches the servo on.
+        """Switches the servo on. On the chassis it fails in slot 1 (compatibility note 32).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
             axis: axis, 0 to 3; a further number is not refused and shares the last record.
         """
     async def Motion_enableServoOff_async(self, port: int, axis: int) -> int:
-        """Switches the servo off.
+        """Switches the servo off. On the chassis it fails in slot 1 (compatibility note 32).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -12575,21 +12575,21 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
             en_break: 1 on, 0 off.
         """
     async def Motion_getMoveStatus_async(self, port: int, axis: int) -> int:
-        """Tells whether a move has ended.
+        """Reads whether a move has ended.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
             axis: axis, 0 to 3; a further number is not refused and shares the last record.
         """
     async def Motion_checkRef_async(self, port: int, axis: int) -> int:
-        """Tells whether a reference search has ended.
+        """Reads whether a reference search has ended.
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
             axis: axis, 0 to 3; a further number is not refused and shares the last record.
         """
     async def Motion_getHomeStatus_async(self, port: int, axis: int) -> int:
-        """Reads the home input. Its level goes by that of the forward limit.
+        """Reads the home input. It uses the active level of the forward limit (compatibility note 34).
 
         Args:
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
@@ -12832,7 +12832,7 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
             port: connector of the controller, 0; on the chassis the slot, 1, 2 or 4.
         """
     async def _Motion_writeHelicalInterpolation_async(self, port: int, finish_point_axis1: float, finish_point_axis2: float, center_point_axis1: float, center_point_axis2: float, enable_axis3: int, pitch_axis3: float, enable_axis4: int, pitch_axis4: float, rotation_number: float, circular_speed: int, circular_direction: int) -> int:
-        """Sets all of a helix but what the chip calculates.
+        """Sets all parameters of a helix except those that the chip calculates.
 
         Args:
             port: connector of the controller as the device counts it.
@@ -12895,7 +12895,7 @@ class MCX514Module_async(MCX514Driver_async, MCX514Based):
     async def Motion_saveCfgFile_async(self) -> int:
         """Saves the settings of all axes to the opened file itself: its links and its owner stay."""
     async def Motion_loadCfgFile_async(self) -> int:
-        """Loads the settings of all axes from the opened file, and sends them to connector 0."""
+        """Loads the settings of all axes from the opened file, and sends them to connector 0 (compatibility note 26)."""
 
 class TMC5240Based:
     """The stepper drive."""
@@ -12938,7 +12938,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
     inimode: str
     iniconfig: Any
     def __init__(self, pawl_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             pawl_dict: ports of the model's drive.
@@ -12991,7 +12991,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_setLimitEnable(self, port: int, forward_enable: int, reverse_enable: int, timeout: float = 3) -> int:
-        """Remembers which limits are in use; nothing is sent.
+        """Stores which limits are in use; nothing is sent.
 
         Args:
             port: port of the drive, 0.
@@ -13000,7 +13000,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_setLimitPolarity(self, port: int, limit_polarity: int, timeout: float = 3) -> int:
-        """Remembers the level of the limits; nothing is sent.
+        """Stores the level of the limits; nothing is sent.
 
         Args:
             port: port of the drive, 0.
@@ -13015,7 +13015,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def _Motion_getInpositionStatus(self, port: int, timeout: float = 3) -> int:
-        """Tells whether the position was reached.
+        """Reads whether the position was reached.
 
         Args:
             port: port of the drive, 0.
@@ -13258,7 +13258,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_getAlarmStatus(self, port: int, timeout: float = 3) -> int:
-        """Tells whether the chip reports a fault.
+        """Reads whether the chip reports a fault.
 
         Args:
             port: port of the drive, 0.
@@ -13287,7 +13287,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
             timeout: seconds in which the device must answer, above 0.
         """
     def Motion_cfgEncoder(self, port: int, encoder_dir: int, encoder_posi: int, timeout: float = 3) -> int:
-        """Sets both positions and the encoder's constant.
+        """Sets both positions and the encoder's constant (compatibility note 16).
 
         Args:
             port: port of the drive, 0.
@@ -13350,7 +13350,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
     def Motion_saveCfgFile(self) -> int:
         """Saves the settings of all axes to the opened file itself: its links and its owner stay."""
     def Motion_loadCfgFile(self, timeout: float = 3) -> int:
-        """Loads the settings of all axes from the opened file, and sends them to connector 0.
+        """Loads the settings of all axes from the opened file, and sends them to connector 0 (compatibility note 26).
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -13359,7 +13359,7 @@ class TMC5240Module(Packet, MotionAxis, TMC5240Based):
 class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
     """The stepper drive."""
     def __init__(self, pawl_dict: dict[int, list[int]]) -> None:
-        """Takes what the model offers.
+        """Sets the resources of the model.
 
         Args:
             pawl_dict: ports of the model's drive.
@@ -13406,7 +13406,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
             port: port of the drive, 0.
         """
     async def _Motion_setLimitEnable_async(self, port: int, forward_enable: int, reverse_enable: int) -> int:
-        """Remembers which limits are in use; nothing is sent.
+        """Stores which limits are in use; nothing is sent.
 
         Args:
             port: port of the drive, 0.
@@ -13414,7 +13414,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
             reverse_enable: 1 on, 0 off.
         """
     async def _Motion_setLimitPolarity_async(self, port: int, limit_polarity: int) -> int:
-        """Remembers the level of the limits; nothing is sent.
+        """Stores the level of the limits; nothing is sent.
 
         Args:
             port: port of the drive, 0.
@@ -13427,7 +13427,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
             port: port of the drive, 0.
         """
     async def _Motion_getInpositionStatus_async(self, port: int) -> int:
-        """Tells whether the position was reached.
+        """Reads whether the position was reached.
 
         Args:
             port: port of the drive, 0.
@@ -13641,7 +13641,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
             port: port of the drive, 0.
         """
     async def Motion_getAlarmStatus_async(self, port: int) -> int:
-        """Tells whether the chip reports a fault.
+        """Reads whether the chip reports a fault.
 
         Args:
             port: port of the drive, 0.
@@ -13666,7 +13666,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
             encoder_posi: position in pulses, 0 to 4294967295.
         """
     async def Motion_cfgEncoder_async(self, port: int, encoder_dir: int, encoder_posi: int) -> int:
-        """Sets both positions and the encoder's constant.
+        """Sets both positions and the encoder's constant (compatibility note 16).
 
         Args:
             port: port of the drive, 0.
@@ -13724,7 +13724,7 @@ class TMC5240Module_async(Packet_async, MotionAxis, TMC5240Based):
     async def Motion_saveCfgFile_async(self) -> int:
         """Saves the settings of all axes to the opened file itself: its links and its owner stay."""
     async def Motion_loadCfgFile_async(self) -> int:
-        """Loads the settings of all axes from the opened file, and sends them to connector 0."""
+        """Loads the settings of all axes from the opened file, and sends them to connector 0 (compatibility note 26)."""
 
 class DroneBased:
     """Limits and checks of a flight controller."""
@@ -13758,16 +13758,16 @@ class DroneBased:
     def __init__(self) -> None:
         """Sets the limits."""
     def _checkHeightWithNED(self, height: float) -> None:
-        """Refuses a height out of the limits. The moves do not call it.
+        """Raises HeightNotAvaliableError unless the height is within the limits. The moves do not call it.
 
         Args:
             height: z in metres; down is positive.
         """
     def _checkAngle(self, target: int, angle: float) -> None:
-        """Refuses an angle out of the limits. The moves do not call it.
+        """Raises AngleNotAvaliableError unless the angle is within the limits. The moves do not call it.
 
         Args:
-            target: number of a target; of x, y and z nothing is refused.
+            target: number of a target; x, y and z are not checked.
             angle: in degrees.
         """
 
@@ -13916,7 +13916,7 @@ class DroneModule(Packet, DroneBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Drone_abortTakeOff(self, timeout: float = 3) -> int:
-        """Ends a take-off before it is done.
+        """Aborts a take-off.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -13928,7 +13928,7 @@ class DroneModule(Packet, DroneBased):
             timeout: seconds in which the device must answer, above 0.
         """
     def Drone_abortLanding(self, timeout: float = 3) -> int:
-        """Ends a landing before it is done.
+        """Aborts a landing.
 
         Args:
             timeout: seconds in which the device must answer, above 0.
@@ -14096,7 +14096,7 @@ class SableDio(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14111,7 +14111,7 @@ class SableAnalog(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SP
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14126,7 +14126,7 @@ class SableThermo(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SP
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14141,7 +14141,7 @@ class SableCan(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14156,7 +14156,7 @@ class SableRtd(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, SPIMo
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14171,7 +14171,7 @@ class SableSink(USBDevice, DataLogger, SystemModule, DIOModule, PWMModule, Count
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14186,7 +14186,7 @@ class SableMixed(USBDevice, DataLogger, SystemModule, UARTModule, I2CModule, AIM
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14201,7 +14201,7 @@ class HeronAnalog(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Netw
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14231,7 +14231,7 @@ class HeronImu(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Network
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14261,7 +14261,7 @@ class HeronOut(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Network
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14291,7 +14291,7 @@ class HeronMixed(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Netwo
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14321,7 +14321,7 @@ class HeronFast(WifiDevice, DataLogger, SystemModule, SystemAnalogModule, Networ
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14351,7 +14351,7 @@ class TarnAnalog(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, S
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14366,7 +14366,7 @@ class TarnAnalog24(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitSt
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14381,7 +14381,7 @@ class TarnDio(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, PWM
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14396,7 +14396,7 @@ class TarnDioLite(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule,
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14411,7 +14411,7 @@ class TarnCurrent(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24BitMod
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14426,7 +14426,7 @@ class TarnCurrentVolt(ETHDevice, DataLogger, SystemModule, NetworkModule, AI24Bi
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14441,7 +14441,7 @@ class TarnRelay(ETHDevice, DataLogger, SystemModule, NetworkModule, DIOModule, R
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14456,7 +14456,7 @@ class TarnOut(ETHDevice, DataLogger, SystemModule, NetworkModule, AOStreamingMod
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14471,7 +14471,7 @@ class TarnPot(ETHDevice, DataLogger, SystemModule, NetworkModule, DPOTModule, SN
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14486,7 +14486,7 @@ class TarnThermo(ETHDevice, DataLogger, SystemModule, NetworkModule, Thermocoupl
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14501,7 +14501,7 @@ class Lattice(ETHDevice, DataLogger, SystemModule, NetworkModule, AIModule, AOMo
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14516,7 +14516,7 @@ class Pawl(ETHDevice, SystemModule, NetworkModule, TMC5240Module, SNTPModule, Sy
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14531,7 +14531,7 @@ class Ratchet(ETHDevice, DataLogger, SystemModule, MCX514Module, NetworkModule, 
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
@@ -14546,14 +14546,14 @@ class Drone(UARTDevice, DroneModule):
             verbose: whether to print a line.
         """
     def close(self, verbose: bool = True) -> None:
-        """Ends connection, file and threads for good; a second call does nothing.
+        """Closes connection, file and threads for good; a second call does nothing. Where there is a connection, its end is printed in any case (compatibility note 31).
 
         Args:
             verbose: whether to print a line.
         """
 
 class LatticeLite(Lattice):
-    """Lattice-Lite: the smaller chassis."""
+    """Lattice-Lite: The smaller chassis."""
 
 class DeviceFinder(BroadcastDevice, BroadcastModule_async, BroadcastModule):
-    """Device finder: finds devices on the network and on USB."""
+    """Device finder: Finds devices on the network and on USB."""

@@ -14,6 +14,8 @@ from typing import Any, Protocol
 __all__ = ["Box", "Reconnecting", "reconnecting"]
 
 logger = logging.getLogger("zvrkit.connection")
+# Without a handler of its own a library's warnings would be printed by programs that set up no logging.
+logging.getLogger("zvrkit").addHandler(logging.NullHandler())
 
 
 class Box(Protocol):
@@ -80,11 +82,25 @@ class Reconnecting:
             if not self._try_until_connected():
                 return
 
+    def _leave_alone(self) -> None:
+        def is_wanted() -> bool:
+            return not getattr(self._box, "_disconnect_asked", False) or getattr(self._box, "killed", False)
+
+        if is_wanted():
+            return
+        logger.info("%r: disconnected, and left alone until it is connected", self._box)
+        while not is_wanted() and not self._stopped.wait(self._first):
+            pass
+
     def _try_until_connected(self) -> bool:
         pause = self._first
         while not self._stopped.is_set():
+            self._leave_alone()
+            if self._stopped.is_set():
+                return False
             try:
-                self._box.reconnect(verbose=False)
+                if not self._box.isConnected():
+                    self._box.reconnect(verbose=False)
                 self._box.onConnectionLost(self._lose)
             except Exception as error:
                 if getattr(self._box, "killed", False):
@@ -106,7 +122,7 @@ def reconnecting(box: Box, first: float = 0.1, most: float = 30.0,
 
     After a loss it tries at once, then after `first` seconds, twice that, and so on up to `most` seconds.
     `callback(connected, reason)` is called on a thread: with False and the error after a loss, with True and None when
-    there is a connection again. `logging.getLogger("zvrkit.connection")` tells the same.
+    there is a connection again. `disconnect` ends the trying until the box is connected. `logging.getLogger("zvrkit.connection")` tells the same.
 
         >>> import pyzvr, zvrkit, zvrkit.sim
         >>> with zvrkit.sim.device("TarnDio") as place, pyzvr.TarnDio() as box:

@@ -72,6 +72,7 @@ void startDevice(py::handle self, const DeviceClass& device, const Object& verbo
     const auto receiver = runtimeOf(self)->startReceiver(self, link);
     setAttribute(self, link.client, client);
     setDisconnected(self, device);
+    setAttribute(self, disconnectAsked, py::bool_(false));
     setAttribute(self, link.lock, py::cast(receiver->gate));
     setAttribute(self, link.thread, threadObject(receiver));
     printMessage(verbose, "Opened handle", self);
@@ -84,6 +85,7 @@ void connectDevice(py::handle self, const DeviceClass& device, Arguments given) 
     const Connecting connecting(runtime, device);
     const Object place = joinOrLog(self, device, given, connecting.call());
     connecting.call().requireWanted();
+    setAttribute(self, disconnectAsked, py::bool_(false));
     openGate(self, device.link);
     py::tuple places(device.connectParameters.size());
     for (std::size_t i = 0; i < places.size(); ++i) places[i] = i + 1 < places.size() ? given[i] : py::bool_(false);
@@ -163,6 +165,7 @@ Task awaitInThread(Op op, const char* method, std::vector<Object> given) {
 
 void endConnects(py::handle self) {
     if (const auto runtime = runtimeOrNothing(self)) runtime->connects.end("The handle was disconnected meanwhile.");
+    setAttribute(self, disconnectAsked, py::bool_(true));
 }
 
 void disconnectDevice(py::handle self, const DeviceClass& device, const Object& verbose) {

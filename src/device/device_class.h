@@ -31,6 +31,9 @@ struct DeviceClass {
     void (*leave)(py::handle self, const DeviceLink& link) = nullptr;
 };
 
+/// The field that distinguishes a lost connection from one that was disconnected on purpose.
+inline constexpr const char* disconnectAsked = "_disconnect_asked";
+
 /// Connects the link's client and sets the status to the result; part of connectDevice.
 void connectClient(py::handle self, const DeviceLink& link, const Object& place, const Object& number);
 

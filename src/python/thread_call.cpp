@@ -45,6 +45,7 @@ Object ThreadAwaiter::await_resume() {
         PyErr_SetObject(py::type::handle_of(error).ptr(), error.ptr());
         throw py::error_already_set();
     }
+    if (!outcome_->result) throw std::runtime_error("the interpreter ends: no other thread gets its lock any more");
     return borrow(outcome_->result.get());
 }
 

@@ -1,6 +1,9 @@
 """A box that is kept connected: it comes back after a loss, with growing pauses, and nothing is done unasked."""
 
 import queue
+import subprocess
+import sys
+import threading
 import time
 
 import pytest
@@ -89,3 +92,72 @@ def test_a_closed_box_is_left_alone_and_bad_pauses_are_refused(caplog):
     for first, most in ((0, 1), (2, 1), (-1, 5)):
         with pytest.raises(ValueError, match="first"):
             zvrkit.reconnecting(box, first, most)
+
+
+class Trying(pyzvr.TarnDio):
+    """Tells when it is tried to connect it anew; `goes_on` lets a try end."""
+
+    def __init__(self):
+        super().__init__()
+        self.tried, self.goes_on = threading.Semaphore(0), threading.Event()
+        self.goes_on.set()
+
+    def reconnect(self, verbose=True):
+        self.tried.release()
+        assert self.goes_on.wait(10)
+        super().reconnect(verbose)
+
+
+def wait_until(condition):
+    while not condition():
+        time.sleep(0.001)
+
+
+def test_a_box_that_is_disconnected_while_it_is_tried_is_left_alone_until_it_is_connected(caplog):
+    caplog.set_level("INFO", "zvrkit.connection")
+    telling = Telling()
+    with zvrkit.sim.device("TarnDio") as place, Trying() as box:
+        box.connect(*place.address, verbose=False)
+        with zvrkit.reconnecting(box, first=0.01, most=0.02, callback=telling):
+            place.kill()
+            assert telling.next()[0] is False
+            wait_until(lambda: "not reached" in caplog.text)
+            box.disconnect(verbose=False)
+            wait_until(lambda: "left alone" in caplog.text)
+            with zvrkit.sim.device("TarnDio", "--port", str(place.address[1])) as again:
+                tries = box.tried._value
+                box.connect(*again.address, verbose=False)
+                assert telling.next() == (True, None)
+                assert box.tried._value == tries  # the connection is the user's
+                again.cut()
+                assert [telling.next()[0] for _ in range(2)] == [False, True]
+                assert box.Sys_getSerialNumber() == "SIM00001"
+
+
+def test_a_disconnect_under_a_try_is_not_undone(caplog):
+    caplog.set_level("INFO", "zvrkit.connection")
+    with zvrkit.sim.device("TarnDio") as place, Trying() as box:
+        box.connect(*place.address, verbose=False)
+        with zvrkit.reconnecting(box, first=0.01, most=0.02):
+            assert box._disconnect_asked is False
+            place.cut()
+            assert box.tried.acquire(timeout=10)
+            wait_until(box.isConnected)
+            box.disconnect(verbose=False)
+            assert box._disconnect_asked is True and not box.isConnected()
+            box.connect(*place.address, verbose=False)
+            assert box._disconnect_asked is False
+
+
+def test_nothing_is_printed_by_a_program_without_logging():
+    code = """
+import queue, pyzvr, zvrkit, zvrkit.sim
+told = queue.Queue()
+with zvrkit.sim.device("TarnDio") as place, pyzvr.TarnDio() as box:
+    box.connect(*place.address, verbose=False)
+    with zvrkit.reconnecting(box, callback=lambda *state: told.put(state)):
+        place.cut()
+        print([told.get(timeout=20)[0] for _ in range(2)])
+"""
+    run = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=60)
+    assert "[False, True]" in run.stdout and run.stderr == ""
