@@ -355,7 +355,7 @@ def test_wrong_types_are_named(client, action, name):
     lambda name: pyzvr.UARTClient().connect("/dev/null" + name, 9600),
     lambda name: pyzvr.open("127.0.0.1" + name),
 ])
-@pytest.mark.parametrize("ending", ["\0", "\0.example.org"])
+@pytest.mark.parametrize("ending", ["\0", "\0.example.org"], ids=["last", "within"])
 def test_a_name_is_never_read_up_to_a_null_character_only(connect, ending):
     with pytest.raises(ValueError, match="null character"):
         connect(ending)
