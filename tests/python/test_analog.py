@@ -253,7 +253,7 @@ def test_outputs_that_need_their_lines_and_all_channels_at_once(call):
         box.client_cmd.replies = {pyzvr.GET_PIN_MODE_OF_SLOT: b"\0\x08\x11\x11\x11\x11", pyzvr.OPEN_AO: OK}
         assert call(box, "AO_open", 0) == 0
         assert box.AO_getPort() == [0]
-        assert box._AO_getPinMapPort(0) == [0]
+        assert box._AO_getPinMapPort(0) == [1, 2, 3]
         box.client_cmd.replies[pyzvr.GET_PIN_MODE_OF_SLOT] = b"\0\x08\x11\x31\x11\x11"
         with pytest.raises(pyzvr.AOPortNotAvaliableError):
             call(box, "AO_open", 0)
