@@ -75,7 +75,10 @@ Task takePort(Op device, Object port, HeldState state) {
     const auto before = std::static_pointer_cast<StreamState>(rows->stream.lock());
     if (before) {
         if (before->dropped && !std::exchange(before->over, true)) co_await device.run(endRun(device, port, before));
-        while (before->closing) co_await device.sleep(ECHO_DELAY);
+        // A blocking loop on the event loop's own thread would wait for itself.
+        for (const Deadline limit = deadlineIn(PACKET_TIMEOUT); before->closing && Clock::now() < limit;) {
+            co_await device.sleep(ECHO_DELAY);
+        }
     }
     rows->stream = state;
     co_return py::none();
