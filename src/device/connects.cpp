@@ -12,7 +12,7 @@ thread_local std::shared_ptr<ConnectCall> callOfThread;
 
 constexpr const char* cancelledText = "The call was cancelled.";
 
-// A client that is not ours has no socket that we know of.
+// The sockets of foreign clients are not known.
 void disconnectQuietly(py::handle client) {
     try {
         callMethod(client, "disconnect");

@@ -1,5 +1,5 @@
-// Which connect of a handle is still to be made. Of several it is the one that began last, and none that the handle was
-// disconnected or closed behind, or that was cancelled: those end at once, and what they have reached is closed.
+// Which connect of a handle is current: the last one that began, unless the handle has been disconnected or closed
+// since, or the call was cancelled. All others are superseded: they end at once, and their sockets are closed.
 #pragma once
 
 #include <atomic>
@@ -14,15 +14,15 @@ namespace zvr::python {
 class DeviceRuntime;
 struct DeviceClass;
 
-/// The numbers of a handle's connects. Each takes one when it is asked for, and so does whatever ends those before;
-/// only the begun one with the last number is still to be made. They change under the interpreter lock; any thread may
-/// look.
+/// The sequence numbers of a handle's connects. Each call takes one, and so does whatever supersedes earlier calls;
+/// only the call with the last number is current. They change under the interpreter lock; any thread may
+/// read them.
 class Connects {
 public:
     using Number = std::uint64_t;
 
     Number ask() { return ++asked_; }
-    /// One that is asked for before the last one is over as it begins.
+    /// A call that took its number before the last one is superseded when it begins.
     void begin(Number number) {
         if (number < last_) return;
         isBegun_ = true;
@@ -41,7 +41,7 @@ public:
     }
 
     bool isOver(Number number) const { return isClosed_ || number != last_; }
-    /// What ended those before.
+    /// Why earlier calls were superseded.
     const char* why() const { return isClosed_ ? "The handle is closed." : why_.load(); }
     /// Whether that was another connect.
     bool isBegun() const { return isBegun_ && !isClosed_; }
@@ -53,7 +53,7 @@ private:
     std::atomic<bool> isBegun_{false}, isClosed_{false};
 };
 
-/// One call that connects a handle, with all that it calls on its thread.
+/// One call that connects a handle, and all nested calls on its thread.
 class ConnectCall {
 public:
     explicit ConnectCall(const std::shared_ptr<DeviceRuntime>& runtime);
@@ -61,18 +61,18 @@ public:
     /// The call of this thread, if there is one.
     static std::shared_ptr<ConnectCall> current();
 
-    /// Whether it is not to be made any more; throws the link's Failure then. Any thread, and with locks held.
+    /// Whether it is superseded; the second one throws the link's Failure then. On any thread, also with locks held.
     bool isOver() const;
     void requireWanted() const;
-    /// The same for who waits; nothing for no call.
+    /// The same as an InterruptCheck; empty if there is no call.
     static InterruptCheck wanted(const std::shared_ptr<ConnectCall>& call);
 
-    // The rest happens under the interpreter lock.
-    /// What the client has been given by this call.
+    // The rest requires the interpreter lock.
+    /// Remembers the socket that this call has given its client.
     void noteSocket(std::shared_ptr<Socket> socket) { socket_ = std::move(socket); }
-    /// Before a client that is connected now counts: throws as `requireWanted`, and lets go of the connection then.
+    /// Accepts a client's new connection; throws as `requireWanted` and closes it if the call is superseded.
     void settle(py::handle client);
-    /// Ends it, and what it has connected.
+    /// Supersedes the call and closes what it has connected.
     void cancel(py::handle self);
 
 private:
@@ -88,12 +88,12 @@ private:
     std::atomic<bool> isCancelled_{false};
 };
 
-/// Makes a call the thread's own for a scope.
+/// Makes a call the current one of its thread for a scope.
 class Connecting {
 public:
-    /// One that begins when it comes to its handle.
+    /// For a call that begins when it reaches its handle.
     explicit Connecting(std::shared_ptr<ConnectCall> call);
-    /// The one that this thread is in, if that is of the same handle, or else a new one; it begins now.
+    /// The thread's current call if it is for the same handle, else a new one; it begins now.
     Connecting(const std::shared_ptr<DeviceRuntime>& runtime, const DeviceClass& device);
     ~Connecting();
     Connecting(const Connecting&) = delete;

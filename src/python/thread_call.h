@@ -1,5 +1,5 @@
-// A call that an awaited step has made on a thread of its own, so that it neither stops the event loop nor waits for
-// its turn behind others.
+// A blocking call that an awaited step runs on a thread of its own, so that it neither blocks the event loop nor queues
+// behind other calls.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 
 namespace zvr::python {
 
-/// Waits for the outcome of such a call. A loop that ends, or a step that is cancelled, leaves the thread to itself.
+/// Waits for the outcome of such a call. If the loop ends or the step is cancelled, the thread runs on by itself.
 class ThreadAwaiter : public LoopAwaiter {
 public:
     /// The call is made under the interpreter lock, and must be one that any thread may drop.

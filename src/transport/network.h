@@ -17,8 +17,8 @@ public:
 
 class TcpClient final : public NetworkClient {
 public:
-    /// Gives the socket that is there now. Throws Failure NetworkConnectionError. `wanted` throws if the connection is
-    /// not wanted any more; it is asked while that is waited for, and with a lock held before it counts.
+    /// Returns the new socket. Throws Failure NetworkConnectionError. `wanted` throws if the call is superseded; it is
+    /// called while waiting for the connection, and once more with a lock held before the socket is put in place.
     std::shared_ptr<Socket> connect(const std::string& host, int port, const InterruptCheck& onWait = {},
                                     const InterruptCheck& wanted = {});
 };

@@ -10,7 +10,7 @@ public:
     SerialClient();
 
     /// Opens a port by its name, 8 data bits, no parity, one stop bit. Throws Failure UARTConnectionError if there is
-    /// no such port, another program has it, or it cannot run at this speed.
+    /// no such port, another program uses it, or it does not support the speed.
     /// `wanted` as that of a TcpClient.
     std::shared_ptr<Socket> connect(const std::string& port, int baudRate, const InterruptCheck& wanted = {});
 
