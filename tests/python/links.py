@@ -3,11 +3,12 @@
 import contextlib
 
 import pytest
-from peer import Peer, answer_serial
+from peer import Peer, answer_serial, finish, reset
 
 import pyzvr
 
 REQUEST = [2, 0, 1, 122, 13, 10]
+ENDS = [pytest.param(finish, id="orderly"), pytest.param(reset, id="reset")]
 
 
 @pytest.fixture
@@ -37,3 +38,20 @@ def client(peer):
 
 def link_works(box):
     return box.Sys_getSerialNumber(timeout=2) == "SN000001"
+
+
+@pytest.fixture
+def silent():
+    """A device that never answers."""
+    silent = Peer()
+    yield silent
+    silent.close()
+
+
+@pytest.fixture
+def waiting_box(silent):
+    product = pyzvr.TarnDio()
+    product.connect("127.0.0.1", silent.port, verbose=False)
+    yield product
+    with contextlib.suppress(pyzvr.NetworkConnectionLostError):
+        product.close(verbose=False)
