@@ -112,15 +112,11 @@ void onConnectionLost(py::handle self, const Object& callback, const Object& loo
     askForLoss(self, callback, loop);
 }
 
-// Whether a lost connection has been noticed, and so been reported.
+// Whether a connection has been lost, and anyone who asks sees so.
 bool isLost(py::handle self) {
     const auto runtime = runtimeOrNothing(self);
-    try {
-        if (runtime && !runtime->mark.foreign()) runtime->requireLinks();
-        return false;
-    } catch (const Failure&) {
-        return true;
-    }
+    const Object isConnected = attributeOrNothing(self, "isConnected");
+    return runtime && runtime->connectedWith && isConnected && !isTrue(callObject(isConnected));
 }
 
 // An exception of closing must not hide that of the block: it becomes a note of it. A loss is not reported again.
