@@ -297,7 +297,6 @@ bool SystemSocket::watchOnce([[maybe_unused]] int epoll) {
 // Sends as much as there is room for, and what is left of another frame before that. Gives whether `frame` is sent;
 // once it is begun, `number` is its own.
 bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
-    constexpr std::chrono::seconds claimedWithin{1};
     const std::lock_guard lock(sending_);
     const auto push = [&](ByteView bytes) {
         while (!bytes.empty()) {
@@ -311,6 +310,7 @@ bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
     if (number == 0 && Clock::now() < claimUntil_ && std::ranges::equal(begun_, frame)) number = begunNumber_;
     if (!unsent_.empty() && (number == 0 || number == begunNumber_)) {
         const ByteView left = push(unsent_);
+        if (left.size() != unsent_.size()) claimUntil_ = Clock::now() + Client::finishWithin;
         unsent_.erase(unsent_.begin(), unsent_.end() - static_cast<std::ptrdiff_t>(left.size()));
         if (!unsent_.empty()) return false;
     }
@@ -321,11 +321,10 @@ bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
     const ByteView left = push(frame);
     if (left.size() == frame.size()) return frame.empty();
     number = ++begunNumber_;
-    claimUntil_ = {};
     if (left.empty()) return true;
     unsent_.assign(left.begin(), left.end());
     begun_.assign(frame.begin(), frame.end());
-    claimUntil_ = Clock::now() + claimedWithin;
+    claimUntil_ = Clock::now() + Client::finishWithin;
     return false;
 }
 
