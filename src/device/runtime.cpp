@@ -49,14 +49,18 @@ Packet packetOf(py::handle pair) {
 // A foreign client, or one with a step overridden in Python: it is read through its methods.
 class PythonSource final : public PacketSource {
 public:
-    PythonSource(const Object& client, bool reports) : client_(shared(client)), reports_(reports) {}
+    PythonSource(const Object& client, bool reports) : client_(referenceTo(client)), reports_(reports) {}
+
+    bool isOf(py::handle client) const { return held().is(client); }
 
     ReadStatus receive(std::size_t length, std::vector<Packet>& packets) override {
         ReadStatus reading = ReadStatus::ended;
         onInterpreter([&] {
             reading = ReadStatus::idle;
             try {
-                const Object read = callMethod(client_.get(), "recvAndSplitPacket", py::int_(length));
+                const Object client = held();
+                if (client.is_none()) return;
+                const Object read = callMethod(client, "recvAndSplitPacket", py::int_(length));
                 for (const py::handle packet : py::list(read)) {
                     packets.push_back(packetOf(packet));
                     reading = ReadStatus::data;
@@ -72,6 +76,18 @@ public:
     }
 
 private:
+    // The device object keeps its client alive, and the client may refer back to it: a thread that kept it too would
+    // keep both for ever.
+    static SharedObject referenceTo(const Object& client) {
+        PyObject* const weak = PyWeakref_NewRef(client.ptr(), nullptr);
+        if (weak != nullptr) return shared(own(weak));
+        PyErr_Clear();  // objects of its type cannot be referenced weakly
+        return shared(client);
+    }
+    Object held() const {
+        return PyWeakref_CheckRef(client_.get()) != 0 ? callObject(client_.get()) : borrow(client_.get());
+    }
+
     const SharedObject client_;
     const bool reports_;
 };
@@ -122,23 +138,18 @@ private:
             ours_ = ours;
             clientWatch_ = ours ? std::make_unique<Watch>(client) : nullptr;
         }
-        if (!client || client.is_none()) {
-            client_ = {};
-            return nullptr;
-        }
+        if (!client || client.is_none()) return nullptr;
         if (ours) steps_ = ours->steps();
         if (ours && hasOwnMethod(client, "recvAndSplitPacket") && hasOwnMethod(client, "recvPacket") &&
             hasOwnMethod(client, "_splitPacket")) {
             clientSeen_ = clientWatch_->look();
-            client_ = {};
             return ours;
         }
         if (ours) clientSeen_ = clientWatch_->look();
-        if (client_.get() != client.ptr()) {
-            client_ = shared(client);
-            foreign_ = std::make_shared<PythonSource>(client, link_.reportsReads);
-        }
-        return foreign_;
+        auto foreign = foreign_.lock();
+        if (!foreign || !foreign->isOf(client)) foreign = std::make_shared<PythonSource>(client, link_.reportsReads);
+        foreign_ = foreign;
+        return foreign;
     }
 
     void setSink(Receiver& receiver, const Object& object) {
@@ -175,8 +186,7 @@ private:
     std::uint64_t steps_ = 0;
     std::unique_ptr<Watch> clientWatch_;
     Watch::Seen clientSeen_;
-    SharedObject client_;  // of `foreign_`
-    std::shared_ptr<PacketSource> foreign_;
+    std::weak_ptr<PythonSource> foreign_;
 };
 
 }  // namespace

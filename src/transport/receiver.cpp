@@ -78,6 +78,7 @@ void Receiver::run() {
         silent.reset();
         reporting.reset();
     }
+    setSource(nullptr);  // it may have been set again since the link was closed
 }
 
 // Prepares each read. Returns false, with the right given back, if the loop must start over.

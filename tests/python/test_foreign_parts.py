@@ -2,11 +2,14 @@
 
 import asyncio
 import collections
+import gc
 import queue
 import threading
+import weakref
 from unittest import mock
 
 import pytest
+from fake_client import FakeClient
 from forms import awaited
 from queue_support import ROW, SAMPLES, until
 from replacement import PATIENCE, REPLIES, REQUEST, SERIAL, bytes_pass, frames_pass, on_peers, rows_pass, serial
@@ -158,3 +161,32 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
         connection.sendall(bytes(box._preparePacket(pyzvr.AHRS_START, b"\1more")))
         assert box.data_pool_strm[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"more"
         assert streams[pyzvr.AHRS_START].empty()
+
+@pytest.mark.parametrize("end", ["closed", "dropped"])
+@pytest.mark.parametrize("use", ["read", "unread"])
+def test_a_client_that_refers_back_goes_with_its_object(use, end, call):
+    class Client(FakeClient):
+        read = threading.Event()
+
+        def recvAndSplitPacket(self, _):
+            self.read.set()
+            return []
+
+    for _ in range(20):
+        box = pyzvr.TarnAnalog()
+        Client.read.clear()
+        box.client_cmd = Client(box)
+        call(box, "AI_open", 0)
+        box.recv_cmd_lock.release()
+        assert use == "unread" or Client.read.wait(PATIENCE)
+        gone, threads = weakref.ref(box), [box.recv_cmd_thread, box.ai_stream_thread]
+        if end == "closed":
+            box.close(verbose=False)
+            for thread in threads:
+                thread.join(PATIENCE)
+        del box
+        gc.collect()
+        for thread in threads:
+            thread.join(PATIENCE)
+            assert not thread.is_alive()
+        assert gone() is None
