@@ -255,7 +255,11 @@ Task readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
         co_return co_await op.run(readRowByRow(op, selection, rows, delay));
     }
     const RowsTaken taken = RowQueue::takeTogether(selection->queues, rows);
-    co_return toLists(taken.runs, taken.rows);
+    if (selection->queues.empty()) co_return toLists(taken.runs, taken.rows);
+    LastLists& last = static_cast<RowFifo&>(*selection->queues.front()).lastLists;
+    const py::list lists = toLists(taken.runs, taken.rows, last.take());
+    last.keep(lists);
+    co_return lists;
 }
 
 Task readBlock(Op op, Object port, Py_ssize_t count, Seconds delay) {

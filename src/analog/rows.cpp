@@ -62,19 +62,20 @@ public:
     std::size_t rows() const { return left_; }
     Py_ssize_t columns() const { return next_ == end_ ? 0 : next_->layout.columns; }
 
-    /// Writes the next row into the items of a new list; returns the item after it.
+    /// Writes the next row in place of these items, which are floats or null; returns the item after it.
     PyObject** fill(PyObject** item) {
         if (next_ == end_) return item;
         PyObject** const behind = item + next_->layout.columns;
         if (floats_ != nullptr) {
-            for (Floats& floats = *floats_; item != behind; bytes_ += 2) *item++ = floats(read16(bytes_));
+            for (Floats& floats = *floats_; item != behind; bytes_ += 2) replace(*item++, floats(read16(bytes_)));
             return behind;
         }
         convertRows(next_->layout, bytes_, 1, values_.data(), values_.size());
         bytes_ += next_->layout.rowBytes();
         for (const double value : values_) {
-            *item = PyFloat_FromDouble(value);
-            if (*item++ == nullptr) throw py::error_already_set();
+            PyObject* const object = PyFloat_FromDouble(value);
+            if (object == nullptr) throw py::error_already_set();
+            replace(*item++, object);
         }
         return behind;
     }
@@ -87,6 +88,8 @@ public:
     }
 
 private:
+    static void replace(PyObject*& item, PyObject* object) { Py_XDECREF(std::exchange(item, object)); }
+
     void enter() {
         floats_ = nullptr;
         left_ = RowQueue::noLimit;
@@ -124,16 +127,23 @@ py::list spreadOut(const RowRuns& runs, std::size_t rows) {
     return result;
 }
 
+// Whether nobody but its list of rows has a row, and it holds what it was made with.
+bool isLeft(PyObject* row, Py_ssize_t columns) {
+    if (Py_REFCNT(row) != 1 || !PyList_CheckExact(row) || PyList_GET_SIZE(row) != columns) return false;
+    const std::span items(PySequence_Fast_ITEMS(row), static_cast<std::size_t>(columns));
+    return std::ranges::all_of(items, [](PyObject* item) { return PyFloat_CheckExact(item); });
+}
+
 }  // namespace
 
-py::list toLists(const RowRuns& runs, std::size_t rows) {
+py::list toLists(const RowRuns& runs, std::size_t rows, py::list result) {
     for (const std::vector<RowRun>& chipSelect : runs) {
         for (const RowRun& run : chipSelect) {
             if (run.object) return spreadOut(runs, rows);
         }
     }
     const CollectorPause pause;
-    py::list result(rows);
+    if (result.size() != rows) result = py::list(rows);
     std::vector<Cursor> cursors(runs.begin(), runs.end());
     for (std::size_t row = 0; row < rows;) {
         std::size_t count = rows - row;
@@ -143,9 +153,11 @@ py::list toLists(const RowRuns& runs, std::size_t rows) {
             columns += cursor.columns();
         }
         for (const std::size_t end = row + count; row < end; ++row) {
-            PyObject* const list = PyList_New(columns);
-            if (list == nullptr) throw py::error_already_set();
-            PyList_SET_ITEM(result.ptr(), static_cast<Py_ssize_t>(row), list);
+            PyObject*& list = PySequence_Fast_ITEMS(result.ptr())[row];
+            if (list == nullptr || !isLeft(list, columns)) {
+                Py_XSETREF(list, PyList_New(columns));
+                if (list == nullptr) throw py::error_already_set();
+            }
             PyObject** item = PySequence_Fast_ITEMS(list);
             for (Cursor& cursor : cursors) item = cursor.fill(item);
         }

@@ -11,8 +11,9 @@ namespace zvr::python {
 /// Rows of several chip selects: the same number of each.
 using RowRuns = std::vector<std::vector<RowRun>>;
 
-/// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object.
-py::list toLists(const RowRuns& runs, std::size_t rows);
+/// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object. Fills
+/// `result`, and those rows of it that the program has dropped and left as they were.
+py::list toLists(const RowRuns& runs, std::size_t rows, py::list result = py::list());
 
 /// Rows and columns of doubles in contiguous memory, exported by the buffer protocol without a copy.
 struct SampleBlock {

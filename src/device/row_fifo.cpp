@@ -10,6 +10,22 @@
 
 namespace zvr::python {
 
+py::list LastLists::take() {
+    for (SharedObject& each : lists_) {
+        if (each == nullptr || Py_REFCNT(each.get()) != 1) continue;
+        const py::list rows = py::reinterpret_borrow<py::list>(each.get());
+        each.reset();
+        return rows;
+    }
+    return py::list();
+}
+
+void LastLists::keep(const py::list& rows) {
+    if (rows.size() > most) return;
+    if (lists_.front()) std::swap(lists_.front(), lists_.back());
+    lists_.front() = shared(rows);
+}
+
 py::list RowFifo::takeObjects(std::size_t count) {
     const std::vector<RowRun> runs = take(count);
     if (std::ranges::none_of(runs, [](const RowRun& run) { return run.object != nullptr; })) return kind.toList(runs);

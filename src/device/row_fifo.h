@@ -1,6 +1,8 @@
 // A queue of rows in compact form, for Python a queue of objects.
 #pragma once
 
+#include <array>
+
 #include "core/engine/row_queue.h"
 #include "python/classes.h"
 
@@ -30,6 +32,26 @@ private:
     const bool wasOn_;
 };
 
+/// Lists of rows that the program got last. One that it has dropped since is filled anew, which costs less than making
+/// one. The last but one is kept too: in `rows = read()` the last is in use until the new one has come. Under the
+/// interpreter lock.
+class LastLists {
+public:
+    /// A list that nobody else has any more, or a new one.
+    py::list take();
+    /// Keeps it, unless it is long.
+    void keep(const py::list& rows);
+    template <class Visit>
+    void visit(Visit visit) const {
+        for (const SharedObject& each : lists_) visit(each);
+    }
+    void clear() { lists_ = {}; }
+
+private:
+    static constexpr std::size_t most = 1000;  // rows
+    std::array<SharedObject, 2> lists_;
+};
+
 class RowFifo final : public RowQueue {
 public:
     RowFifo(std::size_t capacity, const ItemKind& kind) : RowQueue(capacity), kind(kind) {}
@@ -37,9 +59,21 @@ public:
     const ItemKind& kind;
     /// State of the loop over blocks that streams into it, under the interpreter lock.
     std::weak_ptr<void> stream;
+    LastLists lastLists;
 
     /// Takes up to `count` items without waiting.
     py::list takeObjects(std::size_t count);
+
+    /// For the garbage collector.
+    template <class Visit>
+    void visit(Visit visit) const {
+        RowQueue::visit(visit);
+        lastLists.visit(visit);
+    }
+    void clear() {
+        RowQueue::clear();
+        lastLists.clear();
+    }
 };
 
 using RowFifoType = py::class_<RowFifo, std::shared_ptr<RowFifo>>;

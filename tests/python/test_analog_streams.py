@@ -1,9 +1,13 @@
 """Streams of analog inputs behind a fake client: rows in every form, queues and what ends a reader."""
 
 import asyncio
+import copy
+import gc
 import os
+import random
 import struct
 import threading
+import weakref
 from unittest import mock
 
 import pytest
@@ -67,6 +71,75 @@ def test_rows_in_every_form(call):
             call(box, "AI_readStreamingInto", 0, bytearray(64))
         with pytest.raises(BufferError):
             call(box, "AI_readStreamingInto", 0, memoryview(bytes(64)).cast("d"))
+
+
+def test_rows_that_the_program_has_are_never_filled_anew(call):
+    """Whatever it kept of a result, or did to it, the next ones leave that alone."""
+    choose = random.Random(1)
+    kept, iterators = [], []  # what the program has, and what it shall stay
+
+    def keep(thing):
+        kept.append((thing, copy.deepcopy(thing)))
+
+    def change(rows):
+        at = choose.randrange(len(rows))
+        choose.choice([
+            lambda: rows[at].append("time"),
+            lambda: rows[at].clear(),
+            lambda: rows[at].__setitem__(3, None),
+            lambda: rows.__setitem__(at, "no row"),
+            lambda: rows.__setitem__(at, rows[0]),
+            lambda: rows.pop(at),
+            lambda: rows.clear(),
+        ])()
+
+    with fake_device("TarnAnalog") as box:
+        call(box, "AI_open", 0)
+        first = 0
+        for _ in range(400):
+            count = choose.choice([1, 7, 7, 7, 20])
+            frames(box, *[row(first + i) for i in range(count)])
+            rows = call(box, "AI_readStreaming", 0, count, 5)
+            assert rows == [[volts(code) for code in row(first + i)] for i in range(count)]
+            first += count
+            choose.choice([
+                lambda: None,
+                lambda: None,
+                lambda: keep(rows),
+                lambda: keep(choose.choice(rows)),
+                lambda: keep(rows[:2]),
+                lambda: iterators.append((iter(rows), copy.deepcopy(rows))),
+                lambda: change(rows),
+            ])()
+        assert len(kept) > 100
+        assert len(iterators) > 20
+        assert all(thing == before for thing, before in kept)
+        assert all(list(rest) == before for rest, before in iterators)
+
+
+def test_what_a_program_put_into_a_row_is_let_go_of(call):
+    class Thing:
+        pass
+
+    with fake_device("TarnAnalog") as box:
+        call(box, "AI_open", 0)
+        thing = Thing()
+        gone = weakref.ref(thing)
+        for i in range(4):
+            frames(box, row(i))
+            rows = call(box, "AI_readStreaming", 0, 1, 5)
+            if i == 0:
+                rows[0][0] = thing
+            del rows, thing
+            thing = None
+        assert gone() is None
+        frames(box, row(9))
+        call(box, "AI_readStreaming", 0, 1, 5)[0].append(box)  # a cycle through the box
+        thread, gone = box.ai_stream_thread, weakref.ref(box)
+    thread.join(5)  # it uses the box until then
+    del box
+    gc.collect()
+    assert gone() is None
 
 
 def test_every_code_is_rounded_as_the_host_rounds():
