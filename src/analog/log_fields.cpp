@@ -51,8 +51,6 @@ void deallocateKeeper(PyObject* self) {
     PyObject_GC_Del(self);
 }
 
-Object dictionaryOf(py::handle object) { return own(PyObject_GenericGetDict(object.ptr(), nullptr)); }
-
 // A descriptor that stores its value in the object's dictionary.
 struct Field {
     PyObject_HEAD LogField field;

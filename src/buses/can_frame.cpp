@@ -234,7 +234,10 @@ Object equals(py::handle self, const Object& other) {
     if (mine.fields == nullptr && others.fields == nullptr) {
         return py::bool_(mine.wire.idBytes == others.wire.idBytes && mine.wire.data == others.wire.data);
     }
-    return py::bool_(entering([&] { return saying(self).equal(saying(other)); }));
+    const py::tuple says = saying(self), othersSay = saying(other);
+    const int same = entering([&] { return PyObject_RichCompareBool(says.ptr(), othersSay.ptr(), Py_EQ); });
+    if (same < 0) throw py::error_already_set();
+    return py::bool_(same != 0);
 }
 
 // The existing fields, and attributes that a user has added.

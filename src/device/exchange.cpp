@@ -177,7 +177,7 @@ Reply kept(std::string field, Reply reply) {
     reply.returns.doc += "; also kept in `" + field + "`";
     return {[field = std::move(field), decode = reply.decode](py::handle self, const Bytes& data) {
                 Object value = decode(self, data);
-                py::setattr(self, field.c_str(), value);
+                setAttribute(self, field.c_str(), value);
                 return value;
             },
             reply.returns};

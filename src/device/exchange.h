@@ -150,9 +150,7 @@ struct Common {
 };
 
 /// One exchange with the device, in the form of the operation; returns the reply's data.
-inline Awaiter exchange(const Op& op, int command, const py::list& data) {
-    return op.requestBy("_echoPacketWithRetry", py::int_(command), data);
-}
+Awaiter exchange(const Op& op, int command, const py::list& data);
 
 /// The status of a write at this offset of its reply: 0, or the negative code of the refusal, which is logged.
 Object statusOf(const Op& op, const SentCommand& command, const Object& reply, std::size_t place = 1);

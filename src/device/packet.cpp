@@ -79,8 +79,8 @@ Object echoPacket(py::handle self, int command, const Object& data, Seconds time
 }
 
 // Sends up to three times in quick succession and then waits for the rest of the time. Times are nominal.
-Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
-    auto path = RequestPath::of(self);
+Object sendUpToThrice(py::handle self, std::shared_ptr<const RequestPath> path, const Object& command,
+                      const Object& data, Seconds limit) {
     std::shared_ptr<RequestTurn> turn;
     if (!path || path->serialize) {
         turn = RequestTurn::of(self, keyOf(argument<int>(command, "cmd"), data));
@@ -119,6 +119,10 @@ Object echoPacketWithRetry(py::handle self, const Object& command, const Object&
             addNotes(error.value(), attempts.notes(self, command));
         throw;
     }
+}
+
+Object echoPacketWithRetry(py::handle self, const Object& command, const Object& data, Seconds limit) {
+    return sendUpToThrice(self, RequestPath::of(self), command, data, limit);
 }
 
 // A foreign mapping is polled, at intervals of a thousandth of the limit.
@@ -350,9 +354,17 @@ Task broadcastSteps(Op op, Object command, Object data) {
 
 }  // namespace
 
+// A call of Python less where the step is the library's own.
+Awaiter exchange(const Op& op, int command, const py::list& data) {
+    const py::int_ code(command);
+    auto path = op.awaitable() ? nullptr : RequestPath::of(op.self());
+    if (!path || !path->retries) return op.requestBy("_echoPacketWithRetry", code, data);
+    return Awaiter::done(sendUpToThrice(op.self(), std::move(path), code, data, {secondsOf(op.timeout())}));
+}
+
 void definePacket(Package& package) {
-    Watch::watchNames({"_preparePacket", "_echoPacket", "_getReplyFromPool", "_echoPacket_async",
-                       "_getReplyFromPool_async", "serialize"});
+    Watch::watchNames({"_preparePacket", "_echoPacket", "_echoPacketWithRetry", "_getReplyFromPool",
+                       "_echoPacket_async", "_getReplyFromPool_async", "serialize"});
     const Parameter queue{"queue_", "Fifo", "queue of samples"};
     const Parameter count{"num_samples", "int", "most items to take; -1 for all"};
     const Parameter delay{"delay", "float", "seconds to wait once if there are fewer items"};

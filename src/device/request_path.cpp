@@ -45,6 +45,7 @@ std::shared_ptr<const RequestPath> RequestPath::find(py::handle self, const std:
     if (!hasOwnMethod(client, "sendPacket") || !hasOwnMethod(self, "_preparePacket")) return nullptr;
     path->blocking = hasOwnMethod(self, "_echoPacket") && hasOwnMethod(self, "_getReplyFromPool");
     path->awaitable = hasOwnMethod(self, "_echoPacket_async") && hasOwnMethod(self, "_getReplyFromPool_async");
+    path->retries = path->blocking && hasOwnMethod(self, "_echoPacketWithRetry");
     const Object serialize = attributeOrNothing(self, "serialize");
     path->serialize = serialize && truthOf(serialize);
     path->clientSeen_ = path->clientWatch_->look();

@@ -260,8 +260,6 @@ std::size_t lengthOf(py::handle most, const char* name) {
     return static_cast<std::size_t>(std::min(length, largest));
 }
 
-py::dict dictionaryOf(py::handle self) { return own(PyObject_GenericGetDict(self.ptr(), nullptr)); }
-
 void requireField(py::handle self, const char* field) {
     if (PyDict_GetItemWithError(dictionaryOf(self).ptr(), interned(field)) == Py_Ellipsis) {
         throw py::attribute_error(std::string("the client has no ") + field);

@@ -30,6 +30,4 @@ void addDeleter(py::handle type, const char* field);
 /// a ValueError for a negative one.
 std::size_t lengthOf(py::handle most, const char* name);
 
-py::dict dictionaryOf(py::handle self);
-
 }  // namespace zvr::python

@@ -11,7 +11,8 @@ void refuseType(py::handle value, std::string_view name, std::string_view wanted
 
 std::int64_t integerArgument(py::handle value, std::string_view name, std::int64_t least, std::uint64_t most) {
     if (PyIndex_Check(value.ptr()) == 0) refuseType(value, name, "an integer");
-    const Object number = own(entering([&] { return PyNumber_Index(value.ptr()); }));
+    const bool isPlain = PyLong_CheckExact(value.ptr()) != 0;
+    const Object number = isPlain ? borrow(value.ptr()) : own(entering([&] { return PyNumber_Index(value.ptr()); }));
     int beyond = 0;
     const long long result = PyLong_AsLongLongAndOverflow(number.ptr(), &beyond);
     if (beyond != 0 || result < least || (result > 0 && static_cast<std::uint64_t>(result) > most)) {
@@ -27,7 +28,9 @@ double realArgument(py::handle value, std::string_view name) {
     if (slots == nullptr || (slots->nb_float == nullptr && slots->nb_index == nullptr)) {
         refuseType(value, name, "a number");
     }
-    const double number = entering([&] { return PyFloat_AsDouble(value.ptr()); });
+    const bool isPlain = PyLong_CheckExact(value.ptr()) != 0;
+    const double number =
+        isPlain ? PyLong_AsDouble(value.ptr()) : entering([&] { return PyFloat_AsDouble(value.ptr()); });
     if (number == -1.0 && PyErr_Occurred() != nullptr) throw py::error_already_set();
     return number;
 }

@@ -39,14 +39,16 @@ PyObject* internedWith(Names& names, std::string_view name, const char* ending) 
 PyObject* interned(const char* name) {
     struct Known {
         const char* place = nullptr;
+        const char* characters = nullptr;
         PyObject* text = nullptr;
     };
     static auto& names = neverDestroyed<Names>();
     static auto& known = neverDestroyed<std::array<Known, 1024>>();
     Known& entry = known[(reinterpret_cast<std::uintptr_t>(name) >> 2) % known.size()];
-    if (entry.place == name && std::strcmp(name, PyUnicode_AsUTF8(entry.text)) == 0) return entry.text;
-    entry = {name, internedWith(names, name, "")};
-    return entry.text;
+    if (entry.place == name && std::strcmp(name, entry.characters) == 0) return entry.text;
+    PyObject* const text = internedWith(names, name, "");
+    entry = {name, PyUnicode_AsUTF8(text), text};
+    return text;
 }
 
 PyObject* internedAsyncName(const char* name) {

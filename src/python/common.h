@@ -16,25 +16,25 @@ using Object = py::object;
 /// Parks the calling thread forever during interpreter shutdown. It must hold no lock of the engine.
 [[noreturn]] void parkThread() noexcept;
 
-/// Parks the thread if it is unwound by anything but a C++ exception. It is a destructor because a handler would
-/// terminate the program where another exception is being handled.
+/// Parks the thread if it is unwound. It is a destructor because a handler would terminate the program where another
+/// exception is being handled.
 class UnwindStop {
 public:
     UnwindStop() = default;
     ~UnwindStop() {
-        if (!passed_ && std::uncaught_exceptions() == before_) parkThread();
+        if (!passed_) parkThread();
     }
     UnwindStop(const UnwindStop&) = delete;
     UnwindStop& operator=(const UnwindStop&) = delete;
     void pass() noexcept { passed_ = true; }
 
 private:
-    const int before_ = std::uncaught_exceptions();
     bool passed_ = false;
 };
 
-/// Makes a call that may run Python code. During finalization CPython unwinds threads that request the GIL; no
-/// destructor above this call may run without it, so such threads are parked here.
+/// Makes a call of Python's C interface, which throws no C++ exception, that may run Python code. During finalization
+/// CPython unwinds threads that request the GIL; no destructor above this call may run without it, so such threads are
+/// parked here.
 template <class Call>
 auto entering(Call&& call) {
     UnwindStop stop;
@@ -110,6 +110,9 @@ Object callObject(py::handle callable, const Args&... args) {
 Object pythonObject(const char* module, const char* name);
 /// The same for the package itself.
 inline Object packageObject(const char* name) { return pythonObject("pyzvr", name); }
+
+/// The attributes of an object itself.
+inline py::dict dictionaryOf(py::handle object) { return own(PyObject_GenericGetDict(object.ptr(), nullptr)); }
 
 /// Calls the current built-in `print`.
 inline void printLine(py::handle text) { callObject(pythonObject("builtins", "print"), text); }

@@ -23,9 +23,42 @@ void reportingErrors(Step step) {
 
 }  // namespace
 
+// Whether the methods and fields that Logger.isEnabledFor uses are those of the host's class.
+bool Log::isPlain() {
+    PyTypeObject* const type = Py_TYPE(logger().ptr());
+    if (type == type_ && type->tp_version_tag == version_ && PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG)) {
+        return isPlain_;
+    }
+    const py::handle asType(reinterpret_cast<PyObject*>(type));
+    const Object method = attribute(asType, "isEnabledFor"), module = py::module_::import("logging");
+    isPlain_ = PyFunction_Check(method.ptr()) != 0 &&
+               PyFunction_GET_GLOBALS(method.ptr()) == PyModule_GetDict(module.ptr()) &&
+               type->tp_getattro == PyObject_GenericGetAttr && !attributeOrNothing(asType, "_cache") &&
+               !attributeOrNothing(asType, "disabled");
+    type_ = type;
+    version_ = type->tp_version_tag;
+    return isPlain_;
+}
+
+// The answer that Logger.isEnabledFor keeps, or null if it is to be called, which takes as long as a tenth of a
+// request.
+py::handle Log::keptAnswer(py::handle level) {
+    if (!isPlain()) return {};
+    const py::dict fields = dictionaryOf(logger());
+    const auto field = [&](const char* name) { return PyDict_GetItemWithError(fields.ptr(), interned(name)); };
+    PyObject* const answers = field("_cache");
+    const bool isKept = answers != nullptr && PyDict_Check(answers) != 0 && field("isEnabledFor") == nullptr &&
+                        field("disabled") == Py_False;
+    return isKept ? PyDict_GetItemWithError(answers, level.ptr()) : nullptr;
+}
+
 bool Log::listens(LogLevel level) {
     bool listens = false;
-    reportingErrors([&] { listens = isTrue(callMethod(logger(), "isEnabledFor", py::int_(static_cast<int>(level)))); });
+    reportingErrors([&] {
+        const py::int_ number(static_cast<int>(level));
+        const py::handle kept = keptAnswer(number);
+        listens = isTrue(kept ? borrow(kept.ptr()) : callMethod(logger(), "isEnabledFor", number));
+    });
     return listens;
 }
 

@@ -22,9 +22,15 @@ public:
 
 private:
     py::handle logger();
+    bool isPlain();
+    py::handle keptAnswer(py::handle level);
 
     const char* name_;
     PyObject* logger_ = nullptr;  // logging keeps it for the life of the process
+    // What `isPlain` has found, for a version of the class.
+    PyTypeObject* type_ = nullptr;
+    unsigned version_ = 0;
+    bool isPlain_ = false;
 };
 
 extern Log eventLog, frameLog;  ///< "pyzvr" and "pyzvr.wire"

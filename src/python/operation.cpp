@@ -2,6 +2,8 @@
 
 #include <structmember.h>
 
+#include <algorithm>
+
 #include "python/documentation.h"
 #include "python/raising.h"
 
@@ -22,6 +24,15 @@ struct Shape {
     bool restNamed = false;
 
     std::size_t size() const { return positional + (restPositional ? 1 : 0) + (restNamed ? 1 : 0); }
+
+    // The index of a parameter; `positional` if there is none of this name. Nearly all names are interned.
+    std::size_t placeOf(py::handle name) const {
+        const auto same = std::ranges::find_if(names, [&](const Object& each) { return each.is(name); });
+        const auto found = same != names.end()
+                               ? same
+                               : std::ranges::find_if(names, [&](const Object& each) { return each.equal(name); });
+        return static_cast<std::size_t>(found - names.begin());
+    }
 };
 
 struct OperationObject {
@@ -76,8 +87,7 @@ void bind(const OperationObject* operation, PyObject* const* given, std::size_t 
     const std::size_t named = names != nullptr ? static_cast<std::size_t>(PyTuple_GET_SIZE(names)) : 0;
     for (std::size_t i = 0; i < named; ++i) {
         const py::handle name = PyTuple_GET_ITEM(names, static_cast<Py_ssize_t>(i));
-        std::size_t place = 0;
-        while (place < shape.positional && !shape.names[place].is(name) && !shape.names[place].equal(name)) ++place;
+        const std::size_t place = shape.placeOf(name);
         if (place == shape.positional) {
             if (!shape.restNamed) refuse(operation, "got an unexpected keyword argument " + quoted(name));
             restNamed[name] = borrow(given[count + i]);

@@ -204,11 +204,13 @@ template float numberOf(py::handle, const char*);
 template double numberOf(py::handle, const char*);
 
 py::str textOf(ByteView bytes) {
-    const Object text = own(PyUnicode_DecodeUTF8(reinterpret_cast<const char*>(bytes.data()),
-                                                 static_cast<Py_ssize_t>(bytes.size()), "strict"));
-    const Py_ssize_t length = PyUnicode_GET_LENGTH(text.ptr());
-    const Py_ssize_t zero = PyUnicode_FindChar(text.ptr(), 0, 0, length, 1);
-    return py::reinterpret_steal<py::str>(own(PyUnicode_Substring(text.ptr(), 0, zero < 0 ? length : zero)).release());
+    Object text = own(PyUnicode_DecodeUTF8(reinterpret_cast<const char*>(bytes.data()),
+                                           static_cast<Py_ssize_t>(bytes.size()), "strict"));
+    if (std::ranges::find(bytes, 0) != bytes.end()) {
+        const Py_ssize_t zero = PyUnicode_FindChar(text.ptr(), 0, 0, PyUnicode_GET_LENGTH(text.ptr()), 1);
+        text = own(PyUnicode_Substring(text.ptr(), 0, zero));
+    }
+    return py::reinterpret_steal<py::str>(text.release());
 }
 
 py::list codePoints(py::handle text, const char* name) {

@@ -108,6 +108,47 @@ def test_frames_are_told_by_name_and_in_hex(caplog, call):
         f"{where} > GET_SERIAL_NUMBER: {sent}", f"{where} < GET_SERIAL_NUMBER: {came}"]
 
 
+def test_every_way_of_asking_for_frames_is_followed_at_once(call):
+    """The library keeps an answer of logging only as long as logging itself does."""
+    wire, told = logging.getLogger("pyzvr.wire"), []
+    handler = mock.Mock(level=0, handle=told.append)
+    never, always = mock.Mock(return_value=False), mock.Mock(return_value=True)
+    with connected("TarnDio") as box:
+        def frames():
+            told.clear()
+            call(box, "Sys_getSerialNumber")
+            return len(told)
+
+        wire.addHandler(handler)
+        try:
+            assert frames() == 0
+            wire.setLevel(logging.DEBUG)
+            assert frames() == frames() == 2
+            for switch in [mock.patch.object(wire, "disabled", True),
+                           mock.patch.object(wire, "isEnabledFor", never),
+                           mock.patch.object(logging.Logger, "isEnabledFor", never),
+                           mock.patch.object(logging.Logger, "disabled", property(lambda _: True), create=True)]:
+                with switch:
+                    assert frames() == 0
+                assert frames() == 2
+            logging.disable(logging.DEBUG)
+            assert frames() == 0
+            logging.disable(logging.NOTSET)
+            assert frames() == 2
+            wire.setLevel(logging.NOTSET)
+            assert frames() == 0
+            with mock.patch.object(logging.getLogger("pyzvr"), "level", logging.DEBUG):
+                wire.manager._clear_cache()
+                assert frames() == 2
+            wire.manager._clear_cache()
+            with mock.patch.object(logging.Logger, "isEnabledFor", always):
+                assert frames() == 2
+            assert frames() == 0
+        finally:
+            wire.removeHandler(handler)
+            wire.setLevel(logging.NOTSET)
+
+
 def test_every_frame_of_a_busy_link_is_told(caplog):
     """Whoever reads: several callers, the receive thread, and with a step replaced."""
     caplog.set_level(logging.DEBUG, "pyzvr.wire")
