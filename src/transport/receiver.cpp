@@ -246,10 +246,12 @@ std::optional<Bytes> Receiver::await(EchoPool& pool, EchoPool::Key key, Deadline
     if (waiter->hasTurn()) {
         // Most replies arrive at once, to the thread that reads; the code below serves the other cases.
         readFor(*waiter, nullptr, deadline);
-        const bool isLate = isOver(since);  // read before the pool, so that a reply filed before the end is found
         if (Clock::now() >= deadline) return std::nullopt;
         if (auto data = pool.take(key)) return data;
-        if (isLate) requireLink(since);
+        if (isOver(since)) {
+            if (auto data = pool.take(key)) return data;  // it was filed before the end
+            requireLink(since);
+        }
     }
     InterruptCheck check;
     if (onWait) {

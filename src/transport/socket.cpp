@@ -121,21 +121,27 @@ class SystemSocket::Use {
 public:
     explicit Use(SystemSocket& socket) : socket_(socket) {
         socket_.requireOwn();
-        const std::lock_guard lock(socket_.mutex_);
-        if (socket_.closing_) throw std::system_error(EBADF, std::system_category());
         ++socket_.users_;
+        if (!socket_.closing_) return;
+        leave();
+        throw std::system_error(EBADF, std::system_category());
     }
     ~Use() {
-        if (socket_.mark_.foreign()) return;
-        const std::lock_guard lock(socket_.mutex_);
-        if (--socket_.users_ > 0) return;
-        if (socket_.closing_) socket_.descriptor_.reset();
-        socket_.left_.notify_all();
+        if (!socket_.mark_.foreign()) leave();
     }
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;
 
 private:
+    // The last one to leave a socket that is being closed closes it.
+    void leave() noexcept {
+        if (--socket_.users_ > 0 || !socket_.closing_) return;
+        const std::lock_guard lock(socket_.mutex_);
+        if (socket_.users_ > 0) return;
+        socket_.descriptor_.reset();
+        socket_.left_.notify_all();
+    }
+
     SystemSocket& socket_;
 };
 
@@ -307,7 +313,8 @@ bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
         }
         return bytes;
     };
-    if (number == 0 && Clock::now() < claimUntil_ && std::ranges::equal(begun_, frame)) number = begunNumber_;
+    const bool isClaimed = claimUntil_ != Deadline() && Clock::now() < claimUntil_;
+    if (number == 0 && isClaimed && std::ranges::equal(begun_, frame)) number = begunNumber_;
     if (!unsent_.empty() && (number == 0 || number == begunNumber_)) {
         const ByteView left = push(unsent_);
         if (left.size() != unsent_.size()) claimUntil_ = Clock::now() + Client::finishWithin;
@@ -330,17 +337,19 @@ bool SystemSocket::sendParts(ByteView frame, std::uint64_t& number) {
 
 bool SystemSocket::send(ByteView bytes, Deadline deadline, const InterruptCheck& onWait) {
     const Use use(*this);
+    std::uint64_t number = 0;
+    if (sendParts(bytes, number)) return true;
     deadline = std::min(deadline, deadlineIn(timeout_));
     const bool waits = deadline > Clock::now();
     bool isLonger = false;
-    for (std::uint64_t number = 0; !sendParts(bytes, number);) {
+    do {
         if (!waits) return false;
         if (number != 0 && !std::exchange(isLonger, true)) {
             deadline = std::max(deadline, Clock::now() + Client::finishWithin);
         }
         if (awaitEvent(POLLOUT, deadline, onWait) == 0) return false;
         if (closing_) throw std::system_error(EBADF, std::system_category());
-    }
+    } while (!sendParts(bytes, number));
     return true;
 }
 

@@ -130,7 +130,7 @@ private:
     std::size_t bufferSize_ = 0;
     std::mutex mutex_;
     std::condition_variable left_;
-    int users_ = 0;
+    std::atomic<int> users_{0};
     std::atomic<bool> closing_{false}, shut_{false};  // by this side
     std::mutex sending_;
     Bytes unsent_, begun_;  // the rest of the frame that was begun last, and that frame
