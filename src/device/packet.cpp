@@ -220,6 +220,12 @@ bool sendNow(py::handle self, const Object& frame) {
     return link->sendRequest(bytes, Clock::now());
 }
 
+// After a request without reply frames come that nobody asks for: the receive thread shall read them at once.
+void readOn(py::handle self) {
+    const auto runtime = runtimeOrNothing(self);
+    if (runtime && runtime->commands()) runtime->commands()->right().hurry();
+}
+
 Task sendWithoutReplySteps(Op op, Object command, Object data) {
     const Object frame = op.call("_preparePacket", command, data);
     const Deadline deadline = deadlineIn(PACKET_TIMEOUT);
@@ -227,6 +233,7 @@ Task sendWithoutReplySteps(Op op, Object command, Object data) {
         if (Clock::now() >= deadline) throw AwaitTimedOut();
         co_await op.sleep(ECHO_DELAY);
     }
+    readOn(op.self());
     co_return py::none();
 }
 
@@ -420,6 +427,7 @@ void definePacket(Package& package) {
                      [](py::handle self, const Object& code, const Object& bytes) {
                          const Object frame = callMethod(self, "_preparePacket", code, bytes);
                          callMethod(clientOf(self), "sendPacket", frame);
+                         readOn(self);
                      }})
         .method(broadcast);
 

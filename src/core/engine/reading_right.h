@@ -21,8 +21,9 @@ namespace zvr {
 
 class ReadingRight {
 public:
-    /// How long the receive thread leaves the link alone after another's last read.
-    static constexpr std::chrono::microseconds lease{1'000};
+    /// How long the receive thread leaves the link alone after another's last read. Shorter, it wakes more often while
+    /// requests follow each other; longer, an unasked frame after the last one is filed later.
+    static constexpr std::chrono::microseconds lease{1'750};
     /// How long bytes may wait for an event loop to read them.
     static constexpr std::chrono::milliseconds longestUnread{15};
 
