@@ -35,6 +35,7 @@ void closeFlag(py::handle self) {
     setAttribute(self, "ai_open_flag", py::bool_(false));
     callMethod(attribute(self, "ai_lock"), "acquire", py::bool_(false));
     for (const py::handle queue : attribute(self, "ai_data_queue_list")) callMethod(queue, "put", py::none());
+    dropSpareLists(self);
 }
 
 Task openOrClose(Op op, Object port, Command command, void (*turn)(py::handle)) {

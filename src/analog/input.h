@@ -52,6 +52,8 @@ std::shared_ptr<SampleBlock> takeBlock(py::handle self, const Object& port, cons
 void noteRate(py::handle self, int port, double rate);
 void noteStart(py::handle self, const Object& port);
 void noteEnd(py::handle self, int port);
+/// No reads follow for now.
+void dropSpareLists(py::handle self);
 
 /// The iterator over a stream's blocks.
 extern const Definition streamOfBlocks;

@@ -215,7 +215,16 @@ void noteStart(py::handle self, const Object& port) {
 }
 
 void noteEnd(py::handle self, int port) {
-    tellQueues(self, py::int_(port), [](RowFifo& rows) { rows.endRun(); });
+    tellQueues(self, py::int_(port), [](RowFifo& rows) {
+        rows.endRun();
+        rows.spareLists.clear();
+    });
+}
+
+void dropSpareLists(py::handle self) {
+    for (const py::handle queue : py::list(attribute(self, "ai_signal_queue_list"))) {
+        if (const auto rows = ownRows(borrow(queue.ptr()))) rows->spareLists.clear();
+    }
 }
 
 namespace {
@@ -256,9 +265,9 @@ Task readStreaming(Op op, Object port, Py_ssize_t count, Object delay) {
     }
     const RowsTaken taken = RowQueue::takeTogether(selection->queues, rows);
     if (selection->queues.empty()) co_return toLists(taken.runs, taken.rows);
-    LastLists& last = static_cast<RowFifo&>(*selection->queues.front()).lastLists;
-    const py::list lists = toLists(taken.runs, taken.rows, last.take());
-    last.keep(lists);
+    SpareLists& spare = static_cast<RowFifo&>(*selection->queues.front()).spareLists;
+    const py::list lists = toLists(taken.runs, taken.rows, spare.take());
+    spare.keep(lists);
     co_return lists;
 }
 
@@ -391,6 +400,7 @@ void defineInputStreaming(Feature& based) {
                      }})
         .shared({.name = "_AI_free", .doc = "Ends the decoder thread for good.", .body = [](py::handle self) {
                      freeStream(self, inputFunction);
+                     dropSpareLists(self);
                  }});
 }
 

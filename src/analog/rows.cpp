@@ -127,11 +127,17 @@ py::list spreadOut(const RowRuns& runs, std::size_t rows) {
     return result;
 }
 
-// Whether nobody but its list of rows has a row, and it holds what it was made with.
-bool isLeft(PyObject* row, Py_ssize_t columns) {
-    if (Py_REFCNT(row) != 1 || !PyList_CheckExact(row) || PyList_GET_SIZE(row) != columns) return false;
-    const std::span items(PySequence_Fast_ITEMS(row), static_cast<std::size_t>(columns));
-    return std::ranges::all_of(items, [](PyObject* item) { return PyFloat_CheckExact(item); });
+std::span<PyObject*> itemsOf(PyObject* list) {
+    return {PySequence_Fast_ITEMS(list), static_cast<std::size_t>(PyList_GET_SIZE(list))};
+}
+
+// Whether nobody else has a list of rows, or one of its rows, and they hold only floats: no code runs while it is
+// filled anew.
+bool isSpare(const py::list& rows) {
+    return Py_REFCNT(rows.ptr()) == 1 && std::ranges::all_of(itemsOf(rows.ptr()), [](PyObject* row) {
+               return Py_REFCNT(row) == 1 && PyList_CheckExact(row) &&
+                      std::ranges::all_of(itemsOf(row), [](PyObject* item) { return PyFloat_CheckExact(item); });
+           });
 }
 
 }  // namespace
@@ -143,7 +149,10 @@ py::list toLists(const RowRuns& runs, std::size_t rows, py::list result) {
         }
     }
     const CollectorPause pause;
-    if (result.size() != rows) result = py::list(rows);
+    if (result.size() != rows || !isSpare(result)) {
+        result.release().dec_ref();  // before the next is begun: what it holds may run code when it goes
+        result = py::list(rows);
+    }
     std::vector<Cursor> cursors(runs.begin(), runs.end());
     for (std::size_t row = 0; row < rows;) {
         std::size_t count = rows - row;
@@ -154,7 +163,7 @@ py::list toLists(const RowRuns& runs, std::size_t rows, py::list result) {
         }
         for (const std::size_t end = row + count; row < end; ++row) {
             PyObject*& list = PySequence_Fast_ITEMS(result.ptr())[row];
-            if (list == nullptr || !isLeft(list, columns)) {
+            if (list == nullptr || PyList_GET_SIZE(list) != columns) {
                 Py_XSETREF(list, PyList_New(columns));
                 if (list == nullptr) throw py::error_already_set();
             }

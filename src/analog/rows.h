@@ -11,8 +11,8 @@ namespace zvr::python {
 /// Rows of several chip selects: the same number of each.
 using RowRuns = std::vector<std::vector<RowRun>>;
 
-/// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object. Fills
-/// `result`, and those rows of it that the program has dropped and left as they were.
+/// A list of rows, each the values of all chip selects in their order. Equal 16-bit codes share one float object.
+/// Reuses `result` if it has that many rows, nobody else has it or a row of it, and nobody changed them.
 py::list toLists(const RowRuns& runs, std::size_t rows, py::list result = py::list());
 
 /// Rows and columns of doubles in contiguous memory, exported by the buffer protocol without a copy.

@@ -10,7 +10,7 @@
 
 namespace zvr::python {
 
-py::list LastLists::take() {
+py::list SpareLists::take() {
     for (SharedObject& each : lists_) {
         if (each == nullptr || Py_REFCNT(each.get()) != 1) continue;
         const py::list rows = py::reinterpret_borrow<py::list>(each.get());
@@ -20,7 +20,7 @@ py::list LastLists::take() {
     return py::list();
 }
 
-void LastLists::keep(const py::list& rows) {
+void SpareLists::keep(const py::list& rows) {
     if (rows.size() > most) return;
     if (lists_.front()) std::swap(lists_.front(), lists_.back());
     lists_.front() = shared(rows);

@@ -32,14 +32,14 @@ private:
     const bool wasOn_;
 };
 
-/// Lists of rows that the program got last. One that it has dropped since is filled anew, which costs less than making
-/// one. The last but one is kept too: in `rows = read()` the last is in use until the new one has come. Under the
-/// interpreter lock.
-class LastLists {
+/// Lists of rows to be filled anew, which costs less than making them: those that the program got last, once it has
+/// dropped them. In `rows = read()` the last is in use until the new one has come, so the one before it is kept, too.
+/// Under the interpreter lock.
+class SpareLists {
 public:
-    /// A list that nobody else has any more, or a new one.
+    /// A list that nobody else has, or a new one.
     py::list take();
-    /// Keeps it, unless it is long.
+    /// Keeps what the program gets, unless it is long.
     void keep(const py::list& rows);
     template <class Visit>
     void visit(Visit visit) const {
@@ -59,7 +59,7 @@ public:
     const ItemKind& kind;
     /// State of the loop over blocks that streams into it, under the interpreter lock.
     std::weak_ptr<void> stream;
-    LastLists lastLists;
+    SpareLists spareLists;
 
     /// Takes up to `count` items without waiting.
     py::list takeObjects(std::size_t count);
@@ -68,11 +68,11 @@ public:
     template <class Visit>
     void visit(Visit visit) const {
         RowQueue::visit(visit);
-        lastLists.visit(visit);
+        spareLists.visit(visit);
     }
     void clear() {
         RowQueue::clear();
-        lastLists.clear();
+        spareLists.clear();
     }
 };
 

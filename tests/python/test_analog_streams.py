@@ -117,27 +117,41 @@ def test_rows_that_the_program_has_are_never_filled_anew(call):
         assert all(list(rest) == before for rest, before in iterators)
 
 
-def test_what_a_program_put_into_a_row_is_let_go_of(call):
-    class Thing:
-        pass
+class Thing:
+    """A thing whose end runs code that looks at every list there is."""
 
+    def __del__(self):
+        for each in gc.get_objects():
+            if type(each) is list:
+                list(iter(each))
+
+
+def test_what_a_program_put_into_a_row_is_let_go_of(call):
     with fake_device("TarnAnalog") as box:
+        def read_with_a_thing(place):
+            frames(box, row(1), row(2))
+            rows, thing = call(box, "AI_readStreaming", 0, 2, 5), Thing()
+            place(rows, thing)
+            return weakref.ref(thing)
+
+        places = [lambda rows, thing: rows.append(thing), lambda rows, thing: rows[1].append(thing),
+                  lambda rows, thing: rows[0].__setitem__(0, thing)]
+        for place in places * 5:
+            call(box, "AI_open", 0)
+            gone = read_with_a_thing(place)
+            for first in range(3):
+                frames(box, row(first), row(first))
+                assert call(box, "AI_readStreaming", 0, 2, 5) == [[volts(code) for code in row(first)]] * 2
+            assert gone() is None
+            gone = read_with_a_thing(place)
+            call(box, "AI_close", 0)
+            assert gone() is None
         call(box, "AI_open", 0)
-        thing = Thing()
-        gone = weakref.ref(thing)
-        for i in range(4):
-            frames(box, row(i))
-            rows = call(box, "AI_readStreaming", 0, 1, 5)
-            if i == 0:
-                rows[0][0] = thing
-            del rows, thing
-            thing = None
-        assert gone() is None
         frames(box, row(9))
         call(box, "AI_readStreaming", 0, 1, 5)[0].append(box)  # a cycle through the box
-        thread, gone = box.ai_stream_thread, weakref.ref(box)
+        gone, thread = weakref.ref(box), box.ai_stream_thread
     thread.join(5)  # it uses the box until then
-    del box
+    del box, read_with_a_thing
     gc.collect()
     assert gone() is None
 
