@@ -49,9 +49,14 @@ Packet packetOf(py::handle pair) {
 // A foreign client, or one with a step overridden in Python: it is read through its methods.
 class PythonSource final : public PacketSource {
 public:
-    PythonSource(const Object& client, bool reports) : client_(referenceTo(client)), reports_(reports) {}
+    /// `isKept` tells whether the object keeps the client alive. It may refer back to the object then, and a thread
+    /// that kept it too would keep both for ever.
+    PythonSource(const Object& client, bool isKept, bool reports)
+        : client_(isKept ? weakReference(client) : shared(client)), reports_(reports) {}
 
     bool isOf(py::handle client) const { return held().is(client); }
+    /// Whether it has found its client gone.
+    bool isGone() const noexcept { return isGone_; }
 
     ReadStatus receive(std::size_t length, std::vector<Packet>& packets) override {
         ReadStatus reading = ReadStatus::ended;
@@ -59,7 +64,10 @@ public:
             reading = ReadStatus::idle;
             try {
                 const Object client = held();
-                if (client.is_none()) return;
+                if (client.is_none()) {
+                    isGone_ = true;
+                    return;
+                }
                 const Object read = callMethod(client, "recvAndSplitPacket", py::int_(length));
                 for (const py::handle packet : py::list(read)) {
                     packets.push_back(packetOf(packet));
@@ -76,12 +84,12 @@ public:
     }
 
 private:
-    // The device object keeps its client alive, and the client may refer back to it: a thread that kept it too would
-    // keep both for ever.
-    static SharedObject referenceTo(const Object& client) {
+    // Or a strong one, if its type allows no other.
+    static SharedObject weakReference(const Object& client) {
         PyObject* const weak = PyWeakref_NewRef(client.ptr(), nullptr);
         if (weak != nullptr) return shared(own(weak));
-        PyErr_Clear();  // objects of its type cannot be referenced weakly
+        if (!PyErr_ExceptionMatches(PyExc_TypeError)) throw py::error_already_set();
+        PyErr_Clear();
         return shared(client);
     }
     Object held() const {
@@ -90,6 +98,7 @@ private:
 
     const SharedObject client_;
     const bool reports_;
+    std::atomic<bool> isGone_{false};
 };
 
 /// Looks up the parts of a receive thread in its object.
@@ -99,7 +108,8 @@ public:
         : ObjectSupervisor(self, link.body, std::move(watch)), link_(link), pools_(std::move(pools)) {}
 
     bool changed() const noexcept override {
-        return ObjectSupervisor::changed() ||
+        const auto foreign = foreign_.lock();
+        return ObjectSupervisor::changed() || (foreign && foreign->isGone()) ||
                (ours_ &&
                 (ours_->steps() != steps_ || (clientSeen_.version != 0 && clientWatch_->changed(clientSeen_))));
     }
@@ -114,7 +124,7 @@ private:
         const Object killed = attributeOrNothing(object, "killed");
         if (killed && isTrue(killed)) return Next::end;
         setGate(receiver, attributeOrNothing(object, link_.lock));
-        receiver.setSource(sourceOf(attributeOrNothing(object, link_.client)));
+        receiver.setSource(sourceOf(object));
         setSink(receiver, object);
         return Next::goOn;
     }
@@ -132,7 +142,8 @@ private:
         });
     }
 
-    std::shared_ptr<PacketSource> sourceOf(const Object& client) {
+    std::shared_ptr<PacketSource> sourceOf(const Object& object) {
+        const Object client = attributeOrNothing(object, link_.client);
         auto ours = nativeOrNothing<Client>(client);
         if (ours != ours_) {
             ours_ = ours;
@@ -143,11 +154,16 @@ private:
         if (ours && hasOwnMethod(client, "recvAndSplitPacket") && hasOwnMethod(client, "recvPacket") &&
             hasOwnMethod(client, "_splitPacket")) {
             clientSeen_ = clientWatch_->look();
+            foreign_.reset();
             return ours;
         }
         if (ours) clientSeen_ = clientWatch_->look();
         auto foreign = foreign_.lock();
-        if (!foreign || !foreign->isOf(client)) foreign = std::make_shared<PythonSource>(client, link_.reportsReads);
+        if (!foreign || !foreign->isOf(client)) {
+            PyObject* const kept = PyDict_GetItemWithError(dictionaryOf(object).ptr(), interned(link_.client));
+            const bool isKept = kept == client.ptr();
+            foreign = std::make_shared<PythonSource>(client, isKept, link_.reportsReads);
+        }
         foreign_ = foreign;
         return foreign;
     }

@@ -162,6 +162,7 @@ def test_a_device_takes_pools_of_the_host_s_kind(call):
         assert box.data_pool_strm[pyzvr.AHRS_START].get(timeout=PATIENCE) == b"more"
         assert streams[pyzvr.AHRS_START].empty()
 
+
 @pytest.mark.parametrize("end", ["closed", "dropped"])
 @pytest.mark.parametrize("use", ["read", "unread"])
 def test_a_client_that_refers_back_goes_with_its_object(use, end, call):
@@ -190,3 +191,36 @@ def test_a_client_that_refers_back_goes_with_its_object(use, end, call):
             thread.join(PATIENCE)
             assert not thread.is_alive()
         assert gone() is None
+
+
+def test_a_client_that_only_a_property_gives_is_read():
+    read = threading.Semaphore(0)
+
+    class Client:
+        def recvAndSplitPacket(self, _):
+            read.release()
+            return []
+
+    class Box(pyzvr.TarnDio):
+        client_cmd = property(lambda _: Client(), lambda *_: None)
+
+    with Box() as box:
+        box.recv_cmd_lock.release()
+        assert all(read.acquire(timeout=PATIENCE) for _ in range(3))
+
+
+def test_a_client_replaced_behind_the_setter_is_read():
+    read = queue.Queue()
+
+    class Client:
+        def recvAndSplitPacket(self, _):
+            read.put(self)
+            return []
+
+    with pyzvr.TarnDio() as box:
+        box.client_cmd = Client()
+        box.recv_cmd_lock.release()
+        read.get(timeout=PATIENCE)
+        other = box.__dict__["client_cmd"] = Client()
+        while read.get(timeout=PATIENCE) is not other:
+            pass
