@@ -7,8 +7,15 @@ namespace zvr::python {
 
 namespace {
 
-// Whether attributes of a type are looked up in the usual way, so that Watch sees all changes.
-bool hasPlainAttributes(py::handle object) { return Py_TYPE(object.ptr())->tp_getattro == PyObject_GenericGetAttr; }
+// Whether attributes are looked up in the usual way, and set by the library's own setters (an operation of devices, a
+// slot of clients), so that Watch sees all changes.
+bool hasPlainAttributes(py::handle object) {
+    const PyTypeObject* const type = Py_TYPE(object.ptr());
+    const Object setter = attribute(py::type::of(object), "__setattr__");
+    const bool isOwnSlot =
+        Py_IS_TYPE(setter.ptr(), &PyWrapperDescr_Type) != 0 && type->tp_setattro != PyObject_GenericSetAttr;
+    return type->tp_getattro == PyObject_GenericGetAttr && (isOwnSlot || isOurOperation(setter));
+}
 
 }  // namespace
 

@@ -13,7 +13,7 @@ public:
 
     /// Whether the steps of a form are the library's own, so that they may be done directly.
     bool blocking = false, awaitable = false;
-    bool retries = false;    ///< whether so is the blocking step that sends again
+    bool retries = false;    ///< whether `_echoPacketWithRetry` is, too
     bool serialize = false;  ///< requests with the same key are serialized
     std::shared_ptr<Client> client;
     std::shared_ptr<EchoPool> pool;

@@ -217,3 +217,24 @@ def test_a_client_can_be_replaced_while_it_is_read(call):
             other.disconnect()
     for peer in peers:
         peer.close()
+
+
+@pytest.mark.parametrize("name, result", [("_echoPacketWithRetry", b"OTHER678"), ("_preparePacket", REQUEST)])
+def test_a_step_set_behind_the_setter_is_followed(name, result):
+    """By a class with a setter of its own, or in the object's dictionary where there is none."""
+    class Box(pyzvr.TarnDio):
+        def __setattr__(self, name, value):
+            self.__dict__[name] = value
+
+    for factory in (Box, pyzvr.TarnDio) if name == "_echoPacketWithRetry" else (Box,):
+        with on_peers(factory) as box:
+            for _ in range(3):
+                assert serial(box) == SERIAL
+                calls = Calls(lambda: box, result)
+                if factory is Box:
+                    setattr(box, name, calls.function(False))
+                else:
+                    box.__dict__[name] = calls.function(False)
+                serial(box)
+                assert not calls.made.empty()
+                del box.__dict__[name]
