@@ -47,7 +47,7 @@ py::handle Log::keptAnswer(py::handle level) {
     const py::dict fields = dictionaryOf(logger());
     const auto field = [&](const char* name) { return PyDict_GetItemWithError(fields.ptr(), interned(name)); };
     PyObject* const answers = field("_cache");
-    const bool isKept = answers != nullptr && PyDict_Check(answers) != 0 && field("isEnabledFor") == nullptr &&
+    const bool isKept = answers != nullptr && PyDict_CheckExact(answers) != 0 && field("isEnabledFor") == nullptr &&
                         field("disabled") == Py_False;
     return isKept ? PyDict_GetItemWithError(answers, level.ptr()) : nullptr;
 }

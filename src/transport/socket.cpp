@@ -379,7 +379,7 @@ void SystemSocket::close(Deadline deadline) noexcept {
     if (users_ == 0) {
         descriptor_.reset();
     } else {
-        waitOn(left_, lock, deadline, [this] { return users_ == 0; });
+        waitOn(left_, lock, deadline, [this] { return descriptor_.get() < 0; });
     }
 }
 

@@ -270,7 +270,7 @@ TEST(BriefYield, GivesUpOnWhatIsSlowAndTriesAgainNowAndThen) {
     int looks = 0;
     const auto look = [&] { return ++looks == 1'000'000; };
     EXPECT_FALSE(BriefYield().until(look, Clock::now()));
-    EXPECT_EQ(looks, 1);
+    EXPECT_EQ(looks, 0);
 }
 
 }  // namespace

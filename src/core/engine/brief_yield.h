@@ -20,7 +20,8 @@ public:
             --callsToSkip_;
             return false;
         }
-        const Deadline until = std::min(deadline, Clock::now() + longest);
+        const Deadline begin = Clock::now(), until = std::min(deadline, begin + longest);
+        if (begin >= until) return false;
         do {
             std::this_thread::yield();
             if (done()) {

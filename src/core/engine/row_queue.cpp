@@ -269,7 +269,7 @@ std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const In
         const std::lock_guard lock(mutex_);
         return isOver();
     };
-    if (brief_.until(look, deadline)) return size();
+    if (look() || brief_.until(look, deadline)) return size();
     waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(arrived_, lock, until, [&] {
