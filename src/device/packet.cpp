@@ -223,7 +223,7 @@ bool sendNow(py::handle self, const Object& frame) {
 // After a request without reply frames come that nobody asks for, so the receive thread reads at once.
 void readOn(py::handle self) {
     const auto runtime = runtimeOrNothing(self);
-    if (runtime && runtime->commands()) runtime->commands()->right().hurry();
+    if (runtime && runtime->commands()) runtime->commands()->right().endLease();
 }
 
 Task sendWithoutReplySteps(Op op, Object command, Object data) {

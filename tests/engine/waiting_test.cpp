@@ -5,7 +5,6 @@
 #include <numeric>
 #include <thread>
 
-#include "core/engine/brief_yield.h"
 #include "core/engine/fifo.h"
 #include "core/engine/gate.h"
 #include "core/wire/bytes.h"
@@ -246,31 +245,6 @@ TEST(Waiting, TimesTooFarAwayAreForeverAndPastOnesArePast) {
     EXPECT_LE(none, Clock::now());
     EXPECT_LT(past, now);
     EXPECT_GT(deadlineIn(999'999), now + std::chrono::seconds(999'000));
-}
-
-TEST(BriefYield, GivesUpOnWhatIsSlowAndTriesAgainNowAndThen) {
-    BriefYield brief;
-    const auto tries = [&](int calls) {
-        int tried = 0;
-        for (int i = 0; i < calls; ++i) {
-            bool looked = false;
-            EXPECT_FALSE(brief.until([&] {
-                looked = true;
-                return false;
-            }));
-            tried += looked ? 1 : 0;
-        }
-        return tried;
-    };
-    EXPECT_EQ(tries(640), 15);  // after 1, 3, 7, 15, 31 and then always 63 calls
-    while (!brief.until([] { return true; })) {
-    }
-    EXPECT_TRUE(brief.until([] { return true; }));  // it is quick again
-    EXPECT_EQ(tries(2), 1);
-    int looks = 0;
-    const auto look = [&] { return ++looks == 1'000'000; };
-    EXPECT_FALSE(BriefYield().until(look, Clock::now()));
-    EXPECT_EQ(looks, 0);
 }
 
 }  // namespace

@@ -11,10 +11,8 @@
 #include <set>
 #include <thread>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
-#include "core/engine/brief_yield.h"
 #include "core/engine/fifo.h"
 #include "core/engine/reading_right.h"
 #include "core/engine/wake.h"
@@ -41,7 +39,9 @@ public:
     void put(Key key, Bytes data);
     /// Removes and returns the reply.
     std::optional<Bytes> take(Key key);
-    /// Waits briefly, in case a nearby device answers at once, and polls with `read` meanwhile.
+    /// Yields to other threads for some microseconds, in case a nearby device answers at once, and polls with `read`
+    /// each time. After a miss this does nothing for a growing number of calls, so that a slow device costs no
+    /// processor time.
     template <class Read>
     void yieldFor(Key key, Read&& read);
     /// Waits for a reply until `deadline` and takes it. A reply that arrives only at the deadline stays in the pool.
@@ -67,10 +67,15 @@ private:
     };
     std::unordered_map<Key, Reply> replies_;
     std::unordered_map<Key, Reply>::node_type spare_;  // node of the reply taken last, for reuse
+    // How long to yield: parking and waking cost as much as an exchange over loopback, and on one core the device
+    // answers meanwhile.
+    static constexpr std::chrono::microseconds longestYield{50};
+    static constexpr int mostSkips = 6;  // as a power of two
+
     std::uint64_t filed_ = 0;
     std::vector<std::pair<Key, std::shared_ptr<ReplySubscriber>>> subscribers_;
     std::atomic<std::uint64_t> arrivals_{0};
-    BriefYield brief_;
+    std::atomic<int> missesInARow_{0}, callsToSkip_{0};
 };
 
 /// Keeps a subscriber in a pool for a scope.
@@ -116,13 +121,25 @@ private:
 
 template <class Read>
 void EchoPool::yieldFor(Key key, Read&& read) {
+    if (callsToSkip_ > 0) {
+        --callsToSkip_;
+        return;
+    }
     std::uint64_t seen = arrivals_.load(std::memory_order_acquire);
     if (contains(key)) return;
-    brief_.until([&] {
+    const Deadline until = Clock::now() + longestYield;
+    do {
+        std::this_thread::yield();
         read();
-        const std::uint64_t before = std::exchange(seen, arrivals_.load(std::memory_order_acquire));
-        return seen != before && contains(key);
-    });
+        const std::uint64_t now = arrivals_.load(std::memory_order_acquire);
+        if (now != seen && contains(key)) {
+            missesInARow_ = 0;
+            return;
+        }
+        seen = now;
+    } while (Clock::now() < until);
+    missesInARow_ = std::min(missesInARow_ + 1, mostSkips);
+    callsToSkip_ = (1 << missesInARow_) - 1;
 }
 
 template <class Wait>

@@ -130,6 +130,12 @@ void ReadingRight::hurry() noexcept {
     changed_.notify_all();
 }
 
+void ReadingRight::endLease() noexcept {
+    const std::lock_guard lock(mutex_);
+    lastUse_ = {};
+    changed_.notify_all();
+}
+
 bool ReadingRight::isWanted() const {
     const std::lock_guard lock(mutex_);
     return std::ranges::any_of(waiters_, [](const Waiter* waiter) { return !waiter->absent_; });

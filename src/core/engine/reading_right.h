@@ -72,6 +72,8 @@ public:
     void give(bool mayRead) noexcept;
     /// Wakes the holder to check again, and the receive thread without waiting for the end of the lease.
     void hurry() noexcept;
+    /// Frames follow that nobody waits for: the receive thread need not wait for the end of the lease.
+    void endLease() noexcept;
     /// Whether any waiter could read.
     bool isWanted() const;
 

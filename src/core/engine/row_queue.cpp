@@ -264,17 +264,11 @@ std::pair<std::size_t, std::size_t> RowQueue::uniformRows(const RowsWanted& want
 
 std::size_t RowQueue::waitForSize(std::size_t count, Deadline deadline, const InterruptCheck& onWait) const {
     const std::uint64_t ends = ends_;
-    const auto isOver = [&] { return rows_ >= count || ends_ != ends; };
-    const auto look = [&] {
-        const std::lock_guard lock(mutex_);
-        return isOver();
-    };
-    if (look() || brief_.until(look, deadline)) return size();
     waitInterruptibly(deadline, onWait, [&](Deadline until) {
         std::unique_lock lock(mutex_);
         return waitOn(arrived_, lock, until, [&] {
             if (rows_ < count) wanted_ = std::min(wanted_, count);
-            return isOver();
+            return rows_ >= count || ends_ != ends;
         });
     });
     return size();

@@ -5,7 +5,6 @@
 #include <limits>
 #include <span>
 
-#include "core/engine/brief_yield.h"
 #include "core/engine/fifo.h"
 #include "core/engine/scale.h"
 
@@ -167,7 +166,6 @@ private:
     std::size_t rows_ = 0;
     std::uint64_t dropped_ = 0;
     std::atomic<std::uint64_t> ends_{0};
-    mutable BriefYield brief_;
     mutable std::size_t wanted_ = noWaiter;  // waiters are woken when there are this many rows
     std::vector<std::shared_ptr<ReplySubscriber>> listeners_;
 
