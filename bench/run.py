@@ -220,11 +220,15 @@ def beside_a_computing_thread(rounds: int) -> None:
 
     thread = threading.Thread(target=compute)
     results = {}
+    usual = sys.getswitchinterval()
     with zvrkit.sim.device("TarnDio", "--delay", "0.0003") as simulator:
         thread.start()
-        for place, others in (("", 0), (", the other core busy", 1)):
+        for place, others, interval in (("", 0, usual), (", the other core busy", 1, usual),
+                                        (", threads taking turns every 0.5 ms", 0, 0.0005)):
             busy = [subprocess.Popen([sys.executable, "-c", "while True: pass"]) for _ in range(others)]
+            sys.setswitchinterval(interval)
             times = measure([BareSocket, Blocking], simulator.address, rounds, 20)
+            sys.setswitchinterval(usual)
             for each in busy:
                 each.kill()
                 each.wait()

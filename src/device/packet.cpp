@@ -26,13 +26,13 @@ const Raises noReply{"ReceivePacketTimeoutError: no reply in time"};
 // Replies of motion commands have a key for each connector, sub-command and axis.
 EchoPool::Key keyOf(int command, py::handle data) { return command == MOTION ? motionKey(bytesOf(data)) : command; }
 
-// Detects that other Python threads compute and hold the interpreter lock for milliseconds. A caller then requests the
+// Detects that other Python threads compute and hold the interpreter lock for long. A caller then requests the
 // lock as soon as its request is sent, and leaves the reply to the receive thread meanwhile.
 class LockQueue {
 public:
     bool isLong() { return left_ > 0 && left_-- > 0; }
     void note(Clock::duration waited) {
-        if (waited > std::chrono::milliseconds(1)) left_ = mostUnseen;
+        if (waited > std::chrono::microseconds(250)) left_ = mostUnseen;
     }
 
 private:
@@ -52,6 +52,7 @@ Object exchangeOnce(const RequestPath& path, int command, const Bytes& data, dou
     Deadline asked;
     auto received = blocking([&](const InterruptCheck& onWait) {
         sent = path.client->sendRequest(frame, deadline, onWait);
+        if (queues && path.receiver) path.receiver->right().endLease();
         auto reply = sent && !queues ? path.await(key, deadline, onWait) : std::nullopt;
         asked = Clock::now();
         return reply;
