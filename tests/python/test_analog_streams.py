@@ -127,23 +127,23 @@ class Thing:
 
 
 def test_what_a_program_put_into_a_row_is_let_go_of(call):
-    with fake_device("TarnAnalog") as box:
-        def read_with_a_thing(place):
-            frames(box, row(1), row(2))
-            rows, thing = call(box, "AI_readStreaming", 0, 2, 5), Thing()
-            place(rows, thing)
-            return weakref.ref(thing)
+    def read_with_a_thing(box, place):
+        frames(box, row(1), row(2))
+        rows, thing = call(box, "AI_readStreaming", 0, 2, 5), Thing()
+        place(rows, thing)
+        return weakref.ref(thing)
 
+    with fake_device("TarnAnalog") as box:
         places = [lambda rows, thing: rows.append(thing), lambda rows, thing: rows[1].append(thing),
                   lambda rows, thing: rows[0].__setitem__(0, thing)]
         for place in places * 5:
             call(box, "AI_open", 0)
-            gone = read_with_a_thing(place)
+            gone = read_with_a_thing(box, place)
             for first in range(3):
                 frames(box, row(first), row(first))
                 assert call(box, "AI_readStreaming", 0, 2, 5) == [[volts(code) for code in row(first)]] * 2
             assert gone() is None
-            gone = read_with_a_thing(place)
+            gone = read_with_a_thing(box, place)
             call(box, "AI_close", 0)
             assert gone() is None
         call(box, "AI_open", 0)
@@ -151,7 +151,7 @@ def test_what_a_program_put_into_a_row_is_let_go_of(call):
         call(box, "AI_readStreaming", 0, 1, 5)[0].append(box)  # a cycle through the box
         gone, thread = weakref.ref(box), box.ai_stream_thread
     thread.join(5)  # it uses the box until then
-    del box, read_with_a_thing
+    del box
     gc.collect()
     assert gone() is None
 
