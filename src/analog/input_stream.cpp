@@ -104,17 +104,24 @@ std::shared_ptr<RowFifo> ownRows(const Object& queue) {
     return rows && &rows->kind == &floatRows && !rows->isForeign() ? rows : nullptr;
 }
 
-// Calls `tell` with each row queue of a port; does nothing for an object without queues.
-template <class Tell>
-void tellQueues(py::handle self, const Object& port, Tell tell) {
+// Calls `use` with the list of row queues, as far as that goes: a user may have replaced anything.
+template <class Use>
+void withQueues(py::handle self, Use use) {
     try {
-        const Object all = attribute(self, "ai_signal_queue_list");
-        eachPair(self, port, [&](const Object& index) {
-            if (const auto rows = ownRows(queueAt(all, index))) tell(*rows);
-        });
+        use(attribute(self, "ai_signal_queue_list"));
     } catch (const py::error_already_set& error) {
         if (!error.matches(PyExc_Exception)) throw;
     }
+}
+
+// Calls `tell` with each row queue of a port.
+template <class Tell>
+void tellQueues(py::handle self, const Object& port, Tell tell) {
+    withQueues(self, [&](const Object& all) {
+        eachPair(self, port, [&](const Object& index) {
+            if (const auto rows = ownRows(queueAt(all, index))) tell(*rows);
+        });
+    });
 }
 
 void requireOurs(const Selection& selection) {
@@ -222,9 +229,11 @@ void noteEnd(py::handle self, int port) {
 }
 
 void dropSpareLists(py::handle self) {
-    for (const py::handle queue : py::list(attribute(self, "ai_signal_queue_list"))) {
-        if (const auto rows = ownRows(borrow(queue.ptr()))) rows->spareLists.clear();
-    }
+    withQueues(self, [](const Object& all) {
+        for (const py::handle queue : py::list(all)) {
+            if (const auto rows = ownRows(borrow(queue.ptr()))) rows->spareLists.clear();
+        }
+    });
 }
 
 namespace {

@@ -156,6 +156,19 @@ def test_what_a_program_put_into_a_row_is_let_go_of(call):
     assert gone() is None
 
 
+@pytest.mark.filterwarnings("ignore::pytest.PytestUnhandledThreadExceptionWarning")  # of the decoder thread, which ends
+@pytest.mark.parametrize("queues", [None, 5, [object()], "deleted"])
+def test_closing_needs_no_row_queues(queues, call):
+    with fake_device("TarnAnalog") as box:
+        call(box, "AI_open", 0)
+        if queues == "deleted":
+            del box.ai_signal_queue_list
+        else:
+            box.ai_signal_queue_list = queues
+        assert call(box, "AI_close", 0) == 0
+    assert repr(box).endswith("closed>")
+
+
 def test_every_code_is_rounded_as_the_host_rounds():
     with fake_device("TarnAnalog") as box:
         box.AI_open(0)
